@@ -1,0 +1,44 @@
+#include "tools/util/detail/allocate.h"
+
+#include "tools/app/KazMemoryException.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace kaz::detail {
+
+namespace {
+
+/// Gives the new-handler its chance to free memory or to throw.
+void handleFailure() {
+    const std::new_handler handler = std::get_new_handler();
+    if (handler == nullptr)
+        throw KazMemoryException();
+    handler();
+}
+
+} // namespace
+
+void* allocate(std::size_t size) {
+    return reallocate(nullptr, size);
+}
+
+void* allocateZeroed(std::size_t size) {
+    for (;;) {
+        if (void* block = std::calloc(size > 0 ? size : 1, 1))
+            return block;
+        handleFailure();
+    }
+}
+
+void* reallocate(void* block, std::size_t size) {
+    // realloc(p, 0) may free p; one byte keeps "untouched or replaced" true.
+    const std::size_t wanted = size > 0 ? size : 1;
+    for (;;) {
+        if (void* result = std::realloc(block, wanted))
+            return result;
+        handleFailure();
+    }
+}
+
+} // namespace kaz::detail
