@@ -1,0 +1,48 @@
+#include "kit/counted.h"
+
+namespace kit {
+
+int Counted::live_ = 0;
+int Counted::checkIns_ = 0;
+int Counted::checkOuts_ = 0;
+
+Counted::Counted(int value) : value_(value) {
+    ++live_;
+}
+
+Counted::Counted(const Counted& other) : value_(other.value_) {
+    ++live_;
+}
+
+Counted::~Counted() {
+    --live_;
+}
+
+void* Counted::checkIn(void* element) {
+    void* copy = element ? new Counted(*static_cast<Counted*>(element)) : nullptr;
+    ++checkIns_;
+    return copy;
+}
+
+void Counted::checkOut(void* element) {
+    ++checkOuts_;
+    delete static_cast<Counted*>(element);
+}
+
+int Counted::compare(const void* a, const void* b) {
+    if (!a || !b)
+        return (a != nullptr) - (b != nullptr);
+    const int left = static_cast<const Counted*>(a)->value_;
+    const int right = static_cast<const Counted*>(b)->value_;
+    return (left > right) - (left < right);
+}
+
+unsigned Counted::hash(const void* element) {
+    return element ? static_cast<unsigned>(static_cast<const Counted*>(element)->value_) : 0;
+}
+
+void Counted::resetCounts() {
+    checkIns_ = checkOuts_ = 0;
+}
+
+} // namespace kit

@@ -1,0 +1,36 @@
+/// @file
+/// Environment variables that find their way back.
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+namespace kit {
+
+/// Sets (or, with null, removes) a variable of the process environment, from
+/// construction to destruction, which brings the earlier state back.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const char* value) : name_(name) {
+        if (const char* old = std::getenv(name))
+            old_ = old;
+        put(value);
+    }
+    ~ScopedEnv() { put(old_ ? old_->c_str() : nullptr); }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    void put(const char* value) {
+        if (value)
+            setenv(name_.c_str(), value, 1);
+        else
+            unsetenv(name_.c_str());
+    }
+
+    std::string name_;
+    std::optional<std::string> old_;
+};
+
+} // namespace kit

@@ -1,0 +1,143 @@
+// The test programs' own malloc family over the C library's internal names: a
+// definition in the program wins over the shared ones, for the library under
+// test too. The sanitizer builds bring an allocator of their own, so there the
+// family is reached through its malloc and only operator new can be failed...
+// unless the interposed functions forward to it, which is what happens here.
+#include "kit/alloc_failure.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define KIT_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KIT_SANITIZED 1
+#endif
+#endif
+
+namespace {
+
+// Counts down to the failing allocation; 0 is off, below 0 fails from here on.
+constinit std::atomic<long> countdown{0};
+constinit std::atomic<bool> failOnward{false};
+constinit std::atomic<bool> hasHit{false};
+
+bool shallFail() {
+    long left = countdown.load(std::memory_order_relaxed);
+    if (left == 0)
+        return false;
+    if (left > 0) {
+        left = countdown.fetch_sub(1) - 1;
+        if (left > 0)
+            return false;
+        if (failOnward)
+            countdown = -1;
+    }
+    hasHit = true;
+    errno = ENOMEM;
+    return true;
+}
+
+void throwMemoryException() {
+    throw KazMemoryException();
+}
+
+} // namespace
+
+namespace kit {
+
+FailAllocation::FailAllocation(long n, Mode mode) {
+    if (std::get_new_handler() == nullptr)
+        std::set_new_handler(throwMemoryException);
+    hasHit = false;
+    failOnward = mode == onward;
+    countdown = n;
+}
+
+FailAllocation::~FailAllocation() {
+    countdown = 0;
+}
+
+bool FailAllocation::hit() const {
+    return hasHit;
+}
+
+} // namespace kit
+
+#ifdef KIT_SANITIZED
+
+extern "C" {
+void* __interceptor_malloc(std::size_t);
+void* __interceptor_calloc(std::size_t, std::size_t);
+void* __interceptor_realloc(void*, std::size_t);
+}
+#define KIT_MALLOC __interceptor_malloc
+#define KIT_CALLOC __interceptor_calloc
+#define KIT_REALLOC __interceptor_realloc
+
+#else
+
+extern "C" {
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+}
+#define KIT_MALLOC __libc_malloc
+#define KIT_CALLOC __libc_calloc
+#define KIT_REALLOC __libc_realloc
+
+#endif
+
+extern "C" {
+
+void* malloc(std::size_t size) {
+    return shallFail() ? nullptr : KIT_MALLOC(size);
+}
+
+void* calloc(std::size_t count, std::size_t size) {
+    return shallFail() ? nullptr : KIT_CALLOC(count, size);
+}
+
+void* realloc(void* block, std::size_t size) {
+    return shallFail() ? nullptr : KIT_REALLOC(block, size);
+}
+
+} // extern "C"
+
+// A conforming operator new: the sanitizers' own ends the process on failure
+// instead of running the new-handler.
+void* operator new(std::size_t size) {
+    for (;;) {
+        if (void* block = malloc(size > 0 ? size : 1))
+            return block;
+        const std::new_handler handler = std::get_new_handler();
+        if (handler == nullptr)
+            throw std::bad_alloc();
+        handler();
+    }
+}
+
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept {
+    std::free(block);
+}

@@ -1,0 +1,62 @@
+/// @file
+/// Whole programs, run and watched by a test.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kit {
+
+/// How a program is started.
+struct RunOptions {
+    /// What standard input holds; its end is the end of input.
+    std::string input;
+    /// Changes to the environment: a value, or removal for a value of "\0" (kit::unset).
+    std::map<std::string, std::string> env;
+    /// Working directory; that of the test when empty.
+    std::string cwd;
+    /// Standard input and output are one terminal; `input` is typed into it
+    /// once something was written to it.
+    bool pty = false;
+    /// Starts without standard output.
+    bool closeStdout = false;
+    /// Starts without standard input.
+    bool closeStdin = false;
+    /// Sent this many milliseconds after the start (0: never), or, with
+    /// `signalAfter`, as soon as that text was written to standard output.
+    int signal = 0;
+    int signalDelayMs = 0;
+    std::string signalAfter;
+    /// Standard output goes to this file instead ("/dev/full").
+    std::string stdoutFile;
+    /// The run is ended by force, and the test fails, after this many seconds.
+    int timeoutSeconds = 60;
+};
+
+inline const std::string unset("\0", 1);
+
+/// How a program ended.
+struct Result {
+    /// Exit status, or -1 when a signal ended it.
+    int status = -1;
+    /// The signal that ended it, or 0.
+    int signal = 0;
+    bool timedOut = false;
+    /// What it wrote; with `pty`, out holds what the terminal showed.
+    std::string out;
+    std::string err;
+    /// With `pty`: did the terminal echo at the moment when the input was
+    /// typed, and does it at the end?
+    bool echoAtInput = true;
+    bool echoAtEnd = true;
+};
+
+/// Runs argv[0] (a path, or a program of the build's bin/ directory by its
+/// plain name) to its end.
+Result run(const std::vector<std::string>& argv, const RunOptions& options = {});
+
+/// The directory of the build's programs and library.
+std::string binDirectory();
+
+} // namespace kit

@@ -1,0 +1,16 @@
+#include "kit/random.h"
+
+#include <cstdlib>
+
+namespace kit {
+
+std::uint64_t seed() {
+    const char* text = std::getenv("KIT_SEED");
+    return text ? std::strtoull(text, nullptr, 10) : 20240229;
+}
+
+std::string seedText() {
+    return "KIT_SEED=" + std::to_string(seed());
+}
+
+} // namespace kit
