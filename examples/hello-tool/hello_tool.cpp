@@ -1,0 +1,22 @@
+// Greets the system that "-system" names. The library's main starts the one
+// static object; what runTool returns is the exit status.
+#include "tools/moxtools.h"
+
+namespace {
+
+class HelloTool : public KazConsoleApp {
+    int runTool(int argc, char** argv) override {
+        const arg_type_enum options[] = {arg_system, arg_verbose, static_cast<arg_type_enum>(-1)};
+        if (!kaz_arg_parse(argc, argv, nullptr, options, 0, false)) {
+            print_err("usage: %s [-system NAME] [-verbose]", getAppName());
+            return 2;
+        }
+        const char* nobody = "world";
+        print_msg("Hello, %s.", kaz_arg_text(arg_system, 0, &nobody));
+        return 0;
+    }
+};
+
+HelloTool theTool;
+
+} // namespace

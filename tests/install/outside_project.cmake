@@ -1,0 +1,29 @@
+# Installs into a fresh prefix, builds examples/hello-tool against it, moves
+# the prefix away and runs the tool: nothing may depend on where it was built.
+set(scratch ${BUILD}/outside)
+file(REMOVE_RECURSE ${scratch})
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${ARGN}\nended with ${status}\n${out}\n${err}")
+  endif()
+  set(out "${out}" PARENT_SCOPE)
+endfunction()
+
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${scratch}/suite)
+set(flags "")
+if(SANITIZE)
+  set(flags "-fsanitize=${SANITIZE}")
+endif()
+run(${CMAKE_COMMAND} -S ${SOURCE}/examples/hello-tool -B ${scratch}/build -G ${GENERATOR}
+    -D CMAKE_PREFIX_PATH=${scratch}/suite -D CMAKE_CXX_COMPILER=${COMPILER}
+    "-D CMAKE_CXX_FLAGS=${flags}" -D CMAKE_BUILD_RPATH_USE_ORIGIN=ON)
+run(${CMAKE_COMMAND} --build ${scratch}/build)
+file(COPY ${scratch}/build/hello-tool DESTINATION ${scratch}/suite/bin)
+file(RENAME ${scratch}/suite ${scratch}/moved)
+set(ENV{LD_LIBRARY_PATH} ${scratch}/moved/bin)
+run(${scratch}/moved/bin/hello-tool -system brewery)
+if(NOT out STREQUAL "Hello, brewery.\n")
+  message(FATAL_ERROR "hello-tool wrote: ${out}")
+endif()
