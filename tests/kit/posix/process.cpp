@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utmp.h>
 
 namespace kit {
 
@@ -73,8 +74,7 @@ std::string programPath(const std::string& name) {
                              const Terminal& terminal, const Pipe& in, const Pipe& out,
                              const Pipe& err) {
     if (options.pty) {
-        setsid();
-        login_tty(terminal.slave);
+        login_tty(terminal.slave); // a session of its own, with this terminal
     } else {
         dup2(in.read, STDIN_FILENO);
         dup2(out.write, STDOUT_FILENO);
@@ -117,7 +117,12 @@ class Conversation {
 public:
     Conversation(const RunOptions& options, pid_t child, Terminal& terminal, Pipe& in, Pipe& out,
                  Pipe& err, Result& result)
-        : options_(options), child_(child), terminal_(terminal), in_(in), out_(out), err_(err),
+        : options_(options),
+          child_(child),
+          terminal_(terminal),
+          in_(in),
+          out_(out),
+          err_(err),
           result_(result) {}
 
     void hold() {
