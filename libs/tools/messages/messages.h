@@ -1,0 +1,54 @@
+/// @file
+/// The IO director's operations as plain functions; see KazIODirector.h for
+/// what they do. Formats are printf formats, and text that comes from outside
+/// is an argument, never the format.
+#pragma once
+
+#include "tools/export.h"
+
+#include <cstdarg>
+
+struct _gu_set_struct_;
+
+/// @name Output of an external command
+/// @{
+
+/// Announces the start of @p command; the result names it in the other calls.
+KAZ_API int tty_start(const char* command);
+KAZ_API void tty_end(int ttyId);
+KAZ_API void tty_msg(int ttyId, const char* format, ...) KAZ_PRINTF(2, 3);
+KAZ_API void vtty_msg(int ttyId, const char* format, va_list args) KAZ_PRINTF(2, 0);
+/// @}
+
+/// @name Messages
+/// `print_msg`, `print_err`, `fatal_err` and `tty_msg` are the very functions
+/// `KazIODirector::printMsg`, `printError`, `fatalError` and `ttyMsg`, under a
+/// second name: their addresses compare equal.
+/// @{
+KAZ_API void print_msg(const char* format, ...) KAZ_PRINTF(1, 2);
+KAZ_API void vprint_msg(const char* format, va_list args) KAZ_PRINTF(1, 0);
+KAZ_API void print_err(const char* format, ...) KAZ_PRINTF(1, 2);
+KAZ_API void vprint_err(const char* format, va_list args) KAZ_PRINTF(1, 0);
+
+/// Ends the process with status 1, unless the installed director's operation
+/// returns.
+KAZ_API void fatal_err(const char* format, ...) KAZ_PRINTF(1, 2);
+KAZ_API void vfatal_err(const char* format, va_list args) KAZ_PRINTF(1, 0);
+
+/// Reports a state that the library's own logic rules out: the fatal error
+/// "Internal error #<code>". The code tells its developers where to look.
+KAZ_API void kazInternalError(unsigned int code);
+/// @}
+
+/// @name Messages about symbols of a diagram
+/// @{
+
+/// @p symbols stays the caller's; null is passed on to the director.
+KAZ_API void print_sym_msg(_gu_set_struct_* symbols, const char* format, ...) KAZ_PRINTF(2, 3);
+KAZ_API void print_sym_err(_gu_set_struct_* symbols, const char* format, ...) KAZ_PRINTF(2, 3);
+
+/// About one symbol. The set that the director receives is its own to keep: it
+/// is not destroyed here.
+KAZ_API void print_single_sym_msg(short symbol, const char* format, ...) KAZ_PRINTF(2, 3);
+KAZ_API void print_single_sym_err(short symbol, const char* format, ...) KAZ_PRINTF(2, 3);
+/// @}
