@@ -1,0 +1,20 @@
+#include "tools/config/KazEnvValue.h"
+
+void KazEnvValue::assign(const char* newText) {
+    keep(newText != nullptr ? newText : "");
+    assigned = true;
+}
+
+void KazEnvValue::keep(const char* newText) {
+    if (newText == nullptr) {
+        clear();
+        return;
+    }
+    if (null || text != newText)
+        text = newText;
+    null = false;
+}
+
+void KazEnvValue::clear() {
+    *this = KazEnvValue();
+}

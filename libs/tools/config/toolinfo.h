@@ -1,0 +1,158 @@
+/// @file
+/// ToolInfo variables: the suite's configuration.
+///
+/// A ToolInfo file is a text of `name=value` lines. A line that begins with "%"
+/// or "." is a comment; white space at the end of a line and blanks around name
+/// and value do not count; a line without "=" or without a name is skipped. Names are
+/// case-sensitive. A line of more than 5120 characters continues as the next
+/// line, and a NUL byte ends its line. A file may name a further one in the
+/// variable "ToolInfo", up to ten files in all.
+///
+/// In the first file the last definition of a name wins; over all files the
+/// first file that defines it wins. An empty value is a definition (later files
+/// cannot replace it) that reads as undefined.
+///
+///     if (const char* dir = TI_Vcont("tmp_dir")) ...
+///     bool colour = TI_yesorno(TI_EnvVcont("colour"), true);
+///
+/// The files are read once, on the first lookup. A tool cannot run without a
+/// ToolInfo file: when none is found, a fatal error says so. With an IO director
+/// whose fatal error returns, the table is then empty and everything here works
+/// on.
+///
+/// Everything here may be used before main and in static destructors. Paths are
+/// native text. Names and texts given as null count as "" unless said otherwise.
+#pragma once
+
+#include "tools/export.h"
+#include "tools/strings/KazString.h"
+
+#include <cstdio>
+#include <ctime>
+
+/// Reads the files: the first one, then the chain. Returns 0. Only the first
+/// call does anything. Costs n log n in the number of definitions, in whatever
+/// order they stand.
+KAZ_API int TI_Vinit();
+
+/// The value of a variable: the run-time assignment (TI_Vasg) when there is one,
+/// else the definition of the files. Null when it is undefined or empty, or when
+/// @p name is null. Valid until the variable changes.
+KAZ_API const char* TI_Vcont(const char* name);
+
+/// The environment variable "KAZ_" and @p name in upper case when it is set, even
+/// to ""; otherwise TI_Vcont(name). Null for a null @p name. A value from the
+/// environment is valid until that variable changes.
+KAZ_API const char* TI_EnvVcont(const char* name);
+
+/// The environment variable of exactly that name when it is set; otherwise
+/// TI_Vcont(name). Null for a null @p name.
+KAZ_API const char* TI_SameEnvVcont(const char* name);
+
+/// Defines a variable in the files' table from one line of file syntax, under
+/// the overwrite flag. Returns 0 also when an earlier definition stays; -1 for a
+/// null line, a comment, a line without "=" and an empty name.
+KAZ_API int TI_Var(const char* line);
+
+/// Assigns a variable at run time, in front of what the files say; @p value
+/// beginning with "~" is expanded by _TI_hm, an empty one hides the files'
+/// definition. Without the overwrite flag a variable that the files define, or
+/// that is assigned already, stays. Returns 0, or -1 when nothing was assigned:
+/// also for a null @p name and without an application that has an active context.
+KAZ_API int TI_Vasg(const char* name, const char* value);
+
+/// Reads one more file into the files' table, its definitions replacing earlier
+/// ones of other files when @p overwrite is true. Returns 0, or -1 for a null
+/// path and for a file that cannot be opened. The overwrite flag is what it was,
+/// and the table is unchanged when memory runs out.
+KAZ_API int TI_V_user_file(const char* path, bool overwrite);
+
+/// Sets the overwrite flag (true at start): whether a new definition replaces an
+/// earlier one of the same name. Returns the previous value.
+KAZ_API bool TI_V_set_overwrite(bool overwrite);
+
+/// What a text says as a yes or no; @p defaultValue for a null or empty text and
+/// for anything that is neither. Leading white space does not count. Yes: begins
+/// with 1, Y, T or J (German "ja"), or is ON; no: begins with 0, N or F, or is
+/// OFF; in either case of letters.
+KAZ_API bool TI_yesorno(const char* text, bool defaultValue);
+
+/// TI_yesorno with the default true.
+KAZ_API bool TI_yes(const char* text);
+
+/// TI_yesorno with the default false. Note that "yes" gives true here too.
+KAZ_API bool TI_no(const char* text);
+
+/// The installation root: the directory that holds the "bin" directory (in
+/// either case) above the library's own file, or the root of that path when
+/// there is no such directory. Computed once; null, and tried again on the next
+/// call, when the library's file cannot be told. Valid for the rest of the
+/// process.
+KAZ_API const char* TI_myRootDir();
+
+/// The same as a string, "" for null.
+KAZ_API KazString kazMoxRootDir();
+
+/// The directory of the library's own file, without a trailing separator; empty
+/// when that cannot be told.
+KAZ_API KazString kazMoxBinDir();
+
+/// Expands a leading "~" that stands alone or before a separator: the user's
+/// home directory, a separator, and the rest. So "~" alone gives the directory
+/// with a separator at its end. Any other path is returned unchanged, and so is
+/// one for a user without a home directory; null gives "".
+///
+/// The home directory is "HOME" when that names an existing directory; else the
+/// platform's: the password database's on POSIX, and on Windows the suite's own
+/// directory in the user's application data, made when missing. The one that is
+/// found through "USERPROFILE" comes with double quotes around the whole path.
+///
+/// The result of an expansion lives in one process-wide buffer that the next
+/// expansion replaces; @p path may lie in that buffer.
+KAZ_API const char* _TI_hm(const char* path);
+
+/// A heap copy of `_TI_hm("~")`, which the caller frees.
+KAZ_API const char* kazGetUserHomeDir();
+
+/// Expands a leading "~" of the text in @p buffer in place when the result with
+/// its terminator fits into @p size characters; else leaves it. Null is ignored.
+KAZ_API void TI_userdir(char* buffer, int size);
+
+/// Opens the ToolInfo file for reading and remembers its name; the caller closes
+/// the stream. Tried in order: the name remembered from an earlier search; then,
+/// when the environment variable "ToolInfo", or else "TOOLINFO", is set, only the
+/// file named there (a name that is not explicit lies below the installation
+/// root); otherwise "~\ToolInfo", and "ToolInfo.W32NTX86" and "ToolInfo" in the
+/// installation root. Null when none opens.
+KAZ_API std::FILE* _TI_Cfile();
+
+/// Copies the remembered name of the ToolInfo file to @p out, which has room for
+/// the platform's longest path with its terminator (a longer name is cut).
+/// Returns 0, or -1 when no name is remembered or @p out is null.
+KAZ_API int TI_Name(char* out);
+
+/// Records the modification time of the file of the remembered name.
+KAZ_API void TI_Vr_done();
+
+/// The time that TI_Vr_done recorded last; 0 when there was no such file.
+KAZ_API std::time_t TI_Vr_time();
+
+/// Where a variable's value in force comes from.
+enum KazVariableSource {
+    KazUndefined, ///< Not defined, or empty.
+    KazRunTime,   ///< Assigned with TI_Vasg.
+    KazDefined,   ///< Defined by the library or with TI_Var, from no file.
+    KazFile,      ///< Defined by a file.
+};
+
+/// What TI_Vcont(name) would answer comes from. For KazFile, @p file (when not
+/// null) receives the name of the file that gave the definition; in every other
+/// case it becomes empty. Reads the files if that has not happened yet.
+KAZ_API KazVariableSource TI_Vsource(const char* name, KazString* file);
+
+/// Calls @p visit with the name of each variable that has a definition or a
+/// run-time assignment, an empty one included, in byte order of the names, each
+/// once, with @p data handed through. @p visit may define and assign variables;
+/// names that come new meanwhile are not visited. Reads the files if that has
+/// not happened yet.
+KAZ_API void TI_Vwalk(void (*visit)(const char* name, void* data), void* data);
