@@ -1,0 +1,8 @@
+#include "tools/app/KazCancellationException.h"
+
+KazCancellationException::KazCancellationException() = default;
+KazCancellationException::~KazCancellationException() = default;
+
+const char* KazCancellationException::getErrorMessage() {
+    return "Cancelled";
+}

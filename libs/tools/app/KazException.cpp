@@ -1,0 +1,19 @@
+#include "tools/app/KazException.h"
+
+#include "tools/messages/messages.h"
+
+KazException::KazException() = default;
+KazException::~KazException() = default;
+
+const char* KazException::getErrorMessage() {
+    return "";
+}
+
+bool KazException::reportError() {
+    const char* text = getErrorMessage();
+    // A derived class may not keep the promise of a text that is never null.
+    if (text == nullptr || *text == '\0')
+        return false;
+    print_err("%s", text);
+    return true;
+}

@@ -1,0 +1,8 @@
+#include "tools/app/KazMemoryException.h"
+
+KazMemoryException::KazMemoryException() = default;
+KazMemoryException::~KazMemoryException() = default;
+
+const char* KazMemoryException::getErrorMessage() {
+    return "Out of memory or swap space";
+}

@@ -1,0 +1,4 @@
+#include "tools/app/KazReportedException.h"
+
+KazReportedException::KazReportedException() = default;
+KazReportedException::~KazReportedException() = default;

@@ -1,0 +1,9 @@
+#include "tools/app/KazResourceException.h"
+
+KazResourceException::KazResourceException() = default;
+KazResourceException::KazResourceException(const char* message) : message(message) {}
+KazResourceException::~KazResourceException() = default;
+
+const char* KazResourceException::getErrorMessage() {
+    return message.getValue();
+}
