@@ -1,0 +1,84 @@
+/// @file
+/// Copying and deleting directory trees.
+#pragma once
+
+#include "tools/export.h"
+#include "tools/strings/KazString.h"
+
+#include <ctime>
+
+namespace kaz::detail {
+class TreeCopy;
+class TreeRemoval;
+} // namespace kaz::detail
+
+/// Copies and deletes the tree below one directory, with a list of names to
+/// leave out, an optional commentary, and a list of what failed.
+///
+///     KazFileManager manager("\\home\\me\\project");
+///     manager.setExclusion("tmp");
+///     if (!manager.copy("\\backup", true))
+///         print_err("not copied:\n%s", manager.getErrors().getValue());
+///
+/// Nothing is thrown except for want of memory; a failure is recorded and the
+/// walk goes on with the next entry. The commentary goes through
+/// KazIODirector::printMsg, names always as arguments.
+///
+/// What is copied: regular files, and links as the files that they point to. A
+/// copied file appears whole or not at all, keeps its permission bits and has
+/// the current time; an older target is replaced. Sources are never touched.
+/// Everything else ends in the failure list: links to directories, dangling
+/// links, pipes, sockets and devices (none is opened), unreadable directories,
+/// a file that would replace itself, names that native text cannot express.
+/// What is written stays inside the destination: a link that stands there in
+/// place of a directory is not followed, and an entry called "~" or "c:x" keeps
+/// its name. The directory that is being copied into is not copied into itself;
+/// it is a failed entry where the walk meets it.
+///
+/// What is deleted: links themselves, never what they point to.
+///
+/// The clash rule counts in seconds: a target that was written in the second in
+/// which the copy of its directory starts counts as written by that copy.
+class KAZ_API KazFileManager {
+public:
+    explicit KazFileManager(KazString root);
+
+    /// Commentary on or off; off at first.
+    void setVerbose(bool verbose);
+    /// One more entry name to leave out, at every level, for copying and deleting.
+    void setExclusion(KazString name);
+    void clearExclusions();
+
+    /// Copies the tree into @p dest under the root's own name, which is created
+    /// there (a root that ends in a separator, "." or ".." has none: its entries
+    /// go straight into @p dest). True when nothing failed.
+    bool copy(KazString dest, bool recursive);
+    /// Copies the entries that match @p pattern straight into @p dest, which must
+    /// exist. The pattern holds at every level: a directory whose name does not
+    /// match is not entered.
+    bool copy(KazString dest, KazString pattern, bool recursive);
+
+    /// Deletes the entries of the root. False when one failed; else removes the
+    /// root itself and is true, even when that removal fails (the root is then in
+    /// the failure list).
+    bool destroy(bool recursive);
+    /// Deletes the entries that match @p pattern, at every level; the root stays.
+    bool destroy(KazString pattern, bool recursive);
+
+    /// The paths that the last copy or destroy could not handle, "\n" between
+    /// them; valid until the next one.
+    const KazString& getErrors() const;
+
+private:
+    friend class kaz::detail::TreeCopy;
+    friend class kaz::detail::TreeRemoval;
+
+    bool isExcluded(const char* name) const;
+    void addError(const char* path);
+
+    KazString errors;
+    KazString exclusions;
+    KazString root;
+    bool verbose = false;
+    std::time_t startTime = 0;
+};

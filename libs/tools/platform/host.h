@@ -1,0 +1,269 @@
+/// @file
+/// The only door to the operating system. Everything above this folder is
+/// written against these declarations and includes no platform header; a port
+/// implements this file in a folder of its own beside posix/.
+///
+/// Conventions that a porter must keep:
+/// - Paths go in and come out as *native text*: the backslash separates, "/" is
+///   accepted on input, results carry backslashes only. A function that deals
+///   in the host's own spelling says so.
+/// - Text that names nothing on this host (on POSIX: a drive letter or two
+///   leading separators) fails with errno ENOENT and touches nothing.
+/// - No path argument may be null. Results are values; pointers that are handed
+///   out say how long they live.
+/// - Functions that return int give 0, or -1 with errno set. Calls that a signal
+///   interrupts are repeated, short transfers are completed.
+/// - Running out of memory ends in the installed new-handler, never in errno.
+/// - Nothing here prints.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kaz::host {
+
+// ---------------------------------------------------------------- environment
+
+/// The value of an environment variable, null when it is unset. Lives until the
+/// variable is changed; never freed by the caller.
+const char* environment(const char* name);
+
+/// Sets a variable for this process and its children; both texts are copied.
+/// Fails with EINVAL for an empty name or one that holds "=".
+int setEnvironment(const char* name, const char* value);
+
+/// Removes a variable; one that is unset is no failure.
+int removeEnvironment(const char* name);
+
+// ---------------------------------------------------------- spelling of paths
+
+/// Whether native text can name a file here. False on POSIX for "C:x" and
+/// "\\server\share"; "1:x" is an ordinary name there.
+bool canName(const char* path);
+
+/// Native text in the host's spelling ("\tmp\x" is "/tmp/x" on POSIX). Text for
+/// which canName() is false comes back in a spelling that names nothing: "".
+std::string hostPath(const char* native);
+
+/// A host path as native text. On POSIX a host name that itself holds a
+/// backslash cannot be expressed; see Entry::expressible.
+std::string nativePath(const char* hostSpelling);
+
+/// The longest path of this host in characters, terminator included.
+std::size_t pathLimit();
+
+/// The character between the entries of the host's search path ("PATH"):
+/// ":" on POSIX, ";" on Windows.
+char searchPathSeparator();
+
+/// The absolute form by text alone: the current directory in front where the
+/// path is relative, "." and ".." folded, runs of separators made one, no
+/// trailing separator added or removed. Text that canName() refuses is folded
+/// the same way but stays on its drive or share. Empty with errno ENOENT for "",
+/// ENAMETOOLONG when the result exceeds pathLimit(), or the reason why there is
+/// no current directory.
+std::string absolutePath(const char* path);
+
+/// The current directory; empty with errno set when it cannot be told.
+std::string currentDirectory();
+
+/// Changes the current directory of the process.
+int changeDirectory(const char* path);
+
+/// The file that holds this library's code: absolute, links resolved in its
+/// directory part only, so that a versioned name stays as it was loaded. Empty
+/// when it cannot be told.
+std::string moduleFileName();
+
+/// The user's home directory from the system's user database; empty when the
+/// user has none there. "HOME" is not looked at.
+std::string homeDirectory();
+
+/// Where temporary files go when nobody says otherwise: the first of "TMPDIR",
+/// "TMP" and "TEMP" that names a directory, else the host's own place.
+std::string temporaryDirectory();
+
+// ------------------------------------------------------------ files, by name
+
+enum class Kind { missing, file, directory, link, special };
+
+/// What is known about a file.
+struct FileStatus {
+    Kind kind = Kind::missing; ///< link only where links are not followed
+    unsigned mode = 0;         ///< the nine permission bits (rwxrwxrwx)
+    std::uint64_t size = 0;    ///< bytes
+    std::int64_t modified = 0; ///< seconds since 1970-01-01 UTC
+    std::uint64_t device = 0;  ///< with `serial`: the same pair, the same file
+    std::uint64_t serial = 0;
+};
+
+/// Examines what @p path names; links are followed. On failure @p result is a
+/// default FileStatus.
+int status(const char* path, FileStatus& result);
+
+/// The same without following a link at the end of the path.
+int linkStatus(const char* path, FileStatus& result);
+
+bool exists(const char* path);      ///< links followed: a dangling one does not
+bool isDirectory(const char* path); ///< links followed
+/// A directory that is reached by its own name, not through a link.
+bool isRealDirectory(const char* path);
+
+/// May the real user use the file so? @p mode adds up 4 read, 2 write, 1 execute
+/// or search; 0 asks for existence.
+int access(const char* path, int mode);
+
+/// Creates one directory; @p mode is cut by the file-creation mask.
+int makeDirectory(const char* path, unsigned mode);
+int removeDirectory(const char* path);
+/// Removes a file or a link (never what the link points to).
+int removeFile(const char* path);
+/// Renames within one file system; an existing target is replaced in one step.
+int renameFile(const char* from, const char* to);
+/// Sets the nine permission bits.
+int setPermissions(const char* path, unsigned mode);
+
+/// The process's file-creation mask. On POSIX it can only be read by setting
+/// it, so another thread that creates a file at that moment may see mask 0777.
+unsigned fileMask();
+/// Sets the mask and returns the previous one.
+unsigned setFileMask(unsigned mask);
+
+/// fopen for a path in native or host spelling. Null with errno set.
+std::FILE* openStream(const char* path, const char* mode);
+
+/// Copies one regular file so that @p target is whole or as before: the bytes go
+/// into a new file beside the target, which then takes the target's name. The
+/// nine permission bits are kept, the modification time is now. Links at
+/// @p source are followed; a link at @p target is replaced, not followed.
+/// Fails with EISDIR for a directory, EINVAL for any other special file
+/// (neither is opened for reading) and for a file onto itself, EEXIST when the
+/// target exists and @p mayReplace is false; else with the host's reason.
+int copyFile(const char* source, const char* target, bool mayReplace);
+
+/// Creates a new, empty file that did not exist before, readable and writable
+/// by the user alone, and opens it for update ("w+b"). Its name is @p prefix
+/// and some characters of the host's choice; it becomes @p path. Null with errno
+/// set and @p path unchanged on failure.
+std::FILE* createTemporary(const char* directory, const char* prefix, std::string& path);
+
+/// The same for a directory of its own, for the user alone.
+int createTemporaryDirectory(const char* parent, const char* prefix, std::string& path);
+
+// -------------------------------------------------------- files, by directory
+
+/// Does @p name match a wildcard? "*" is any run of characters, a leading dot
+/// included, "?" any one byte; nothing else is special. "*.*" matches every
+/// name. Case counts where the host's file names are told apart by case.
+/// Linear space, time at most length of name times length of pattern.
+bool matches(std::string_view pattern, std::string_view name);
+
+/// One name of a directory.
+struct Entry {
+    std::string name; ///< as the host spells it
+    Kind kind = Kind::missing;
+    /// False when the name cannot be written as one component of native text:
+    /// handing it to any function that takes a path would name another file.
+    bool expressible = true;
+};
+
+/// An open directory. Operations on its entries go through the handle, so they
+/// stay inside it whatever the entry is called and however long its path is:
+/// a name is one component in the host's spelling and never interpreted.
+/// All operations on a Directory that is not open fail with EBADF.
+class Directory {
+public:
+    /// Not open.
+    Directory() = default;
+    /// Opens by native path, following links. Check isOpen(); errno tells why not.
+    explicit Directory(const char* path);
+    /// Opens an entry of @p parent that is a real directory (a link is refused
+    /// with ENOTDIR or ELOOP).
+    Directory(const Directory& parent, const std::string& name);
+    Directory(Directory&& other) noexcept;
+    Directory& operator=(Directory&& other) noexcept;
+    Directory(const Directory&) = delete;
+    Directory& operator=(const Directory&) = delete;
+    ~Directory();
+
+    bool isOpen() const;
+    /// The directory itself.
+    int status(FileStatus& result) const;
+    /// An entry, links followed.
+    int status(const std::string& name, FileStatus& result) const;
+
+    /// Replaces @p result by the entries that match @p pattern, "." and ".."
+    /// included where they match, each once, in the host's order. What was read
+    /// before a failure is kept.
+    int list(std::string_view pattern, std::vector<Entry>& result) const;
+
+    int makeDirectory(const std::string& name, unsigned mode) const;
+    int removeDirectory(const std::string& name) const;
+    int removeFile(const std::string& name) const;
+    /// Copies the entry @p name into @p target under @p newName by the rules of
+    /// kaz::host::copyFile with replacement.
+    int copyFile(const std::string& name, const Directory& target,
+                 const std::string& newName) const;
+
+private:
+    std::intptr_t handle_ = -1;
+};
+
+// -------------------------------------------------------------------- streams
+
+/// Flushes and closes every stdio stream of the process, the standard ones
+/// included. Output that is written to one afterwards goes nowhere, input is at
+/// its end; no later file can be hit through a reused descriptor.
+void closeAllStreams();
+
+/// Standard input's terminal stops echoing what is typed, until echoOn(); it is
+/// restored on every way out of the process, termination by SIGINT included.
+/// False when standard input is no terminal: nothing is changed then.
+bool echoOff();
+/// Restores what the last successful echoOff() found; does nothing without one.
+void echoOn();
+
+// ------------------------------------------------------------------ processes
+
+int processId();
+std::string userName(); ///< empty when unknown
+std::string hostName(); ///< empty when unknown
+
+/// Receives a child's output as it arrives, in pieces of any size. May throw:
+/// the child's output is then closed and the child awaited first.
+class OutputSink {
+public:
+    virtual void write(const char* data, std::size_t size) = 0;
+
+protected:
+    ~OutputSink() = default;
+};
+
+/// How a child process ended.
+struct Completion {
+    int error = 0;  ///< why it was never started, an errno value; 0 when it was
+    int status = 0; ///< its exit status; -1 when it was not started or died by a signal
+    int signal = 0; ///< the signal that ended it, else 0
+};
+
+/// Runs a program and waits for it. @p arguments[0] is the program: searched for
+/// along the host's search path when it holds no separator; a native path is
+/// accepted. The other arguments are passed untouched. With a @p sink, standard
+/// output and error of the child arrive there together; without one the child
+/// shares this process's. Standard input is shared. Streams of this process are
+/// flushed first.
+Completion run(const std::vector<std::string>& arguments, OutputSink* sink);
+
+/// The same for one line that the host's command interpreter reads.
+Completion runShell(const char* command, OutputSink* sink);
+
+// --------------------------------------------------------------------- errors
+
+/// The host's text for an errno value; empty when it has none for it.
+std::string errorText(int number);
+
+} // namespace kaz::host
