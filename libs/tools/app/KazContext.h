@@ -1,0 +1,14 @@
+/// @file
+/// Base of the state that a library of the suite keeps in the master context.
+#pragma once
+
+#include "tools/export.h"
+
+/// An empty polymorphic base; copy and assignment copy nothing.
+class KAZ_API KazContext {
+public:
+    KazContext() = default;
+    KazContext(const KazContext&) {}
+    KazContext& operator=(const KazContext&) { return *this; }
+    virtual ~KazContext();
+};

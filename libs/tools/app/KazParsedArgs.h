@@ -1,0 +1,71 @@
+/// @file
+/// A set of parsed command-line arguments.
+#pragma once
+
+#include "tools/app/KazArgDescription.h"
+#include "tools/containers/KazColl.h"
+#include "tools/export.h"
+
+/// The options and plain arguments of one command line, queried by option.
+///
+/// Values persist over calls of parse: a second call adds to what the first
+/// has found, and options that already have values count as repeated. Texts
+/// that are handed out belong to the object and live as long as it does.
+class KAZ_API KazParsedArgs {
+public:
+    KazParsedArgs();
+    ~KazParsedArgs();
+    KazParsedArgs(const KazParsedArgs&) = delete;
+    KazParsedArgs& operator=(const KazParsedArgs&) = delete;
+
+    /// Reads argv[1] to argv[argc - 1] (argv[0] is never looked at; a null
+    /// entry is passed over).
+    ///
+    /// Only options of @p required and @p optional are accepted; both lists end
+    /// with arg_end and may be null. An option that may be given once keeps its
+    /// first value: a repetition is reported on the error channel, and what
+    /// follows it is read as plain arguments.
+    ///
+    /// @return true when every argument was accepted, every required option was
+    /// given in this call, and the set holds at least @p minUntagged plain
+    /// arguments. An unknown or unwanted option, or one whose values are cut
+    /// short, ends the parse at once with false; what was read before it stays.
+    /// Only repetitions are reported, the rest is for the tool to tell.
+    bool parse(int argc, char** argv, const arg_type_enum* required, const arg_type_enum* optional,
+               int minUntagged);
+
+    /// The value at @p index of @p type; "" for an empty one. When the option
+    /// was not given or has no such value: @p *defaultText, or null when
+    /// @p defaultText is null.
+    const char* getArgText(arg_type_enum type, int index, const char** defaultText) const;
+
+    /// Value @p item of occurrence @p occurrence, both counted from 0, of an
+    /// option that takes values. Anything missing as in getArgText.
+    const char* getRepeatingText(arg_type_enum type, int occurrence, int item,
+                                 const char** defaultText) const;
+
+    /// The plain argument at @p index, "" for an empty one, null out of range.
+    /// Makes sure that the tools context exists.
+    const char* getUntagged(int index) const;
+
+    /// Appends all values that @p from holds for the process-wide options.
+    /// A null @p from copies nothing.
+    void copyGlobal(const KazParsedArgs* from);
+
+private:
+    struct Line;
+
+    bool isLegalArgument(arg_type_enum type, Line& line) const;
+    bool hasRequiredArguments(const Line& line) const;
+    bool assignText(const KazArgDescription& row, Line& line);
+    bool assignSwitch(const KazArgDescription& row, const char* argument);
+    bool assignValues(const KazArgDescription& row, Line& line);
+    bool parseOption(Line& line);
+
+    bool hasValues(arg_type_enum type) const;
+    KazColl& valuesOf(arg_type_enum type);
+    void addValue(arg_type_enum type, const char* text);
+
+    KazColl** values;
+    KazColl untagged;
+};
