@@ -1,0 +1,36 @@
+/// @file
+/// A director that listens.
+#pragma once
+
+#include "tools/messages/KazIODirector.h"
+
+#include <string>
+#include <vector>
+
+namespace kit {
+
+/// Installed from construction to destruction. Keeps the formatted text of
+/// every message, error and fatal error, in order and without the newline that
+/// the console would add; fatal errors return to their caller. Confirmations
+/// are answered with `reply` and kept as "title: message".
+class RecordingDirector : public KazIODirector {
+public:
+    RecordingDirector();
+
+    std::vector<std::string> messages;
+    std::vector<std::string> errors;
+    std::vector<std::string> fatals;
+    std::vector<std::string> questions;
+    Reply reply = Accept;
+    bool cancel = false;
+
+protected:
+    void doPrintMsg(const char* format, va_list args) override;
+    void doPrintError(const char* format, va_list args) override;
+    void doFatalError(const char* format, va_list args) override;
+    Reply doConfirm(const KazString& title, const KazString& message, DialogType type,
+                    Reply defaultReply) override;
+    bool isCancelPending(int progressId) override;
+};
+
+} // namespace kit
