@@ -6,7 +6,7 @@ namespace {
 
 class HelloTool : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
-        const arg_type_enum options[] = {arg_system, arg_verbose, static_cast<arg_type_enum>(-1)};
+        const arg_type_enum options[] = {arg_system, arg_verbose, arg_end};
         if (!kaz_arg_parse(argc, argv, nullptr, options, 0, false)) {
             print_err("usage: %s [-system NAME] [-verbose]", getAppName());
             return 2;
