@@ -1,0 +1,190 @@
+#include "tools/app/KazApp.h"
+
+#include "tools/app/KazMemoryException.h"
+#include "tools/app/KazParsedArgs.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
+#include "tools/files/KazFilePath.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/process.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <new>
+
+constinit KazApp* KazApp::theApp = nullptr;
+
+namespace {
+
+/// The program's name, kept for the whole process. The constructor of KazApp
+/// touches it, so that it is destroyed after every application object.
+KazString& appNameCache() {
+    static KazString name;
+    return name;
+}
+
+KazString programName(const char* path) {
+    const KazString extension(".exe");
+    KazString name = kazLastFileComponent(path);
+    name.toLower();
+    const int stem = name.getLength() - extension.getLength();
+    if (stem >= 0 && name.findLast(extension) == stem)
+        name = name.subStringBefore(stem);
+    return name;
+}
+
+/// Puts the suite's programs in front of "Path", whose entries are native text
+/// on every host.
+void extendPath(const char* binDir) {
+    KazString nativeDir(binDir);
+    kazMakeNativePath(nativeDir.getBuffer(nativeDir.getLength()));
+    const char* path = kaz::host::environment("Path");
+    if (path != nullptr && *path != '\0') {
+        nativeDir += ";";
+        nativeDir += path;
+    }
+    TI_putenv("Path", nativeDir);
+}
+
+/// Where the host's own search variable is not the one that extendPath has just
+/// set, child tools are found through this one.
+void extendHostSearchPath(const char* binDir) {
+    const char* nativePath = kaz::host::environment("Path");
+    const char* hostPath = kaz::host::environment("PATH");
+    const bool sameVariable = hostPath != nullptr && nativePath == hostPath;
+    std::string result = kaz::host::hostPath(binDir);
+    if (sameVariable || result.empty())
+        return;
+    if (hostPath != nullptr && *hostPath != '\0')
+        result.append(1, kaz::host::searchPathSeparator()).append(hostPath);
+    TI_putenv("PATH", result.c_str());
+}
+
+/// A product's files are searched along a variable of its own.
+KazString productPathValue(const char* product) {
+    const bool hasProduct = product != nullptr && *product != '\0';
+    KazString variable;
+    if (hasProduct) {
+        variable = product;
+        variable.toLower();
+        variable += "_";
+    }
+    variable += "mox_file_path";
+    if (const char* value = TI_Vcont(variable))
+        return value;
+    if (hasProduct)
+        print_err("TI variable \"%s\" undefined for product \"%s\" -- using default",
+                  variable.getValue(), product);
+    else
+        print_err("TI variable \"%s\" undefined -- using default", variable.getValue());
+    return "templates/ct;templates";
+}
+
+/// Not being able to delete is ignored, for want of memory too.
+void deleteQuietly(const char* path) {
+    try {
+        kaz::host::removeFile(path);
+    } catch (const KazMemoryException&) {
+    }
+}
+
+} // namespace
+
+KazApp::KazApp() {
+    appNameCache();
+    tempFiles.setCheckIn(KazString::checkIn);
+    tempFiles.setCheckOut(KazString::checkOut);
+    theApp = this;
+}
+
+KazApp::~KazApp() {
+    // From here on nobody may call through the virtual slots any more.
+    if (theApp == this)
+        theApp = nullptr;
+    delete parsedArgs;
+    delete productPath;
+}
+
+const char* KazApp::getAppName() const {
+    KazString& name = appNameCache();
+    if (name.isEmpty())
+        name = programName(getArgv0());
+    return name.getValue();
+}
+
+KazParsedArgs* KazApp::getParsedArgs() {
+    if (parsedArgs == nullptr)
+        parsedArgs = new KazParsedArgs;
+    return parsedArgs;
+}
+
+KazMasterContext* KazApp::getActiveContext() {
+    return activeContext;
+}
+
+void KazApp::setBusy(bool) {}
+
+void KazApp::initEnvironment() {
+    // The platform's copy command then never asks before it overwrites.
+    TI_putenv("COPYCMD", "/Y");
+    if (kaz::host::environment("KAZCOREROOT") != nullptr) {
+        nestedCall = true;
+        return;
+    }
+    TI_putenv("KAZCOREROOT", TI_myRootDir());
+    TI_putenv("LANG", "default");
+    const KazString binDir = kazMoxBinDir();
+    extendPath(binDir);
+    extendHostSearchPath(binDir);
+}
+
+const char* KazApp::getArgv0() {
+    if (theApp == nullptr || theApp->argc < 1 || theApp->argv[0] == nullptr)
+        return "";
+    return theApp->argv[0];
+}
+
+void KazApp::removeAtExit(const KazString& path) {
+    KazString kept(path);
+    tempFiles.add(kept.disguise());
+}
+
+KazFilePath* KazApp::getProductPath() {
+    if (productPath == nullptr)
+        productPath = new KazFilePath(productPathValue(kaz_env_product()));
+    return productPath;
+}
+
+void KazApp::removeTemporaryFiles() {
+    // The iostreams keep text of their own once they are unsynchronised.
+    std::cout.flush();
+    std::clog.flush();
+    kaz::host::closeAllStreams();
+    for (int i = tempFiles.getSize() - 1; i >= 0; --i)
+        if (const void* path = tempFiles.getAt(i))
+            deleteQuietly(static_cast<const char*>(path));
+    tempFiles.removeAll();
+}
+
+void KazApp::setHandlers() {
+    std::set_terminate(terminateHandler);
+    std::set_new_handler(newHandler);
+}
+
+void KazApp::newHandler() {
+    throw KazMemoryException();
+}
+
+void KazApp::terminateHandler() {
+    // A fault while the first one is being reported must not start over.
+    static constinit bool entered = false;
+    if (entered)
+        std::abort();
+    entered = true;
+    kazInternalError(2);
+    // Only a director whose fatalError returns leads here.
+    std::exit(EXIT_FAILURE);
+}

@@ -1,0 +1,65 @@
+#include "tools/app/KazMasterContext.h"
+
+#include "tools/app/KazApp.h"
+
+KazContext::~KazContext() = default;
+
+KazMasterContext::KazMasterContext() {
+    if (KazApp* app = KazApp::getInstance())
+        app->setActiveContext(this);
+}
+
+KazMasterContext::KazMasterContext(const KazMasterContext& other) {
+    *this = other;
+}
+
+KazMasterContext& KazMasterContext::operator=(const KazMasterContext& other) {
+    for (int i = 0; i < slotCount; ++i) {
+        if (slots[i] == other.slots[i])
+            continue;
+        release(i);
+        slots[i] = other.slots[i];
+    }
+    return *this;
+}
+
+KazMasterContext::~KazMasterContext() {
+    for (int i = 0; i < slotCount; ++i)
+        release(i);
+    // The field, not the virtual operation: that one would make a new context.
+    KazApp* app = KazApp::getInstance();
+    if (app != nullptr && app->KazApp::getActiveContext() == this)
+        app->setActiveContext(nullptr);
+}
+
+bool KazMasterContext::isDoc() const {
+    return false;
+}
+
+KazMasterContext* KazMasterContext::getInstance() {
+    KazApp* app = KazApp::getInstance();
+    return app != nullptr ? app->getActiveContext() : nullptr;
+}
+
+KazContext* KazMasterContext::getSlot(int slot) const {
+    return slot >= 0 && slot < slotCount ? slots[slot] : nullptr;
+}
+
+bool KazMasterContext::setSlot(int slot, KazContext* context) {
+    if (slot < 0 || slot >= slotCount)
+        return false;
+    if (slots[slot] != context)
+        release(slot);
+    slots[slot] = context;
+    owned |= 1u << slot;
+    return true;
+}
+
+/// Empties a slot and deletes what this object owned there. The slot stays
+/// readable while its context is being destroyed.
+void KazMasterContext::release(int slot) {
+    if (owns(slot))
+        delete slots[slot];
+    slots[slot] = nullptr;
+    owned &= ~(1u << slot);
+}

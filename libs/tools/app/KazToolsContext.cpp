@@ -1,0 +1,32 @@
+#include "tools/app/KazToolsContext.h"
+
+#include "tools/app/KazMasterContext.h"
+#include "tools/app/KazParsedArgs.h"
+
+static_assert(KazToolsContext::envValueCount == kaz_env_id_count);
+
+KazToolsContext::KazToolsContext()
+    : envValues(new KazEnvValue[envValueCount]),
+      repinfoMap(true, 1),
+      vars(true, 61),
+      simpleVars(true, 61) {}
+
+KazToolsContext::~KazToolsContext() {
+    delete parsedArgs;
+    delete[] envValues;
+}
+
+KazToolsContext* KazToolsContext::getInstance() {
+    KazMasterContext* master = KazMasterContext::getInstance();
+    if (master == nullptr)
+        return nullptr;
+    if (master->getSlot(KazMasterContext::toolsSlot) == nullptr)
+        master->setSlot(KazMasterContext::toolsSlot, new KazToolsContext);
+    return static_cast<KazToolsContext*>(master->getSlot(KazMasterContext::toolsSlot));
+}
+
+KazParsedArgs* KazToolsContext::allocParsedArgs() {
+    if (parsedArgs == nullptr)
+        parsedArgs = new KazParsedArgs;
+    return parsedArgs;
+}

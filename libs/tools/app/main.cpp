@@ -1,0 +1,13 @@
+#include "tools/app/KazApp.h"
+#include "tools/messages/messages.h"
+
+/// Entry point of every tool: a tool supplies a static application object, the
+/// library its main. Status 1 when there is no application object.
+KAZ_API int main(int argc, char** argv) {
+    KazApp* app = KazApp::getInstance();
+    if (app == nullptr) {
+        print_err("This program has no application object");
+        return 1;
+    }
+    return app->superMain(argc, argv);
+}
