@@ -14,6 +14,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string>
 
 constinit KazApp* KazApp::theApp = nullptr;
 
@@ -39,8 +40,7 @@ KazString programName(const char* path) {
 /// Puts the suite's programs in front of "Path", whose entries are native text
 /// on every host.
 void extendPath(const char* binDir) {
-    KazString nativeDir(binDir);
-    kazMakeNativePath(nativeDir.getBuffer(nativeDir.getLength()));
+    KazString nativeDir = kazNormalizedPath(binDir);
     const char* path = kaz::host::environment("Path");
     if (path != nullptr && *path != '\0') {
         nativeDir += ";";

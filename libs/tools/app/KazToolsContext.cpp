@@ -13,7 +13,6 @@ KazToolsContext::KazToolsContext()
 
 KazToolsContext::~KazToolsContext() {
     delete parsedArgs;
-    delete[] envValues;
 }
 
 KazToolsContext* KazToolsContext::getInstance() {

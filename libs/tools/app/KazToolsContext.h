@@ -9,6 +9,8 @@
 #include "tools/export.h"
 #include "tools/strings/KazString.h"
 
+#include <memory>
+
 class KazParsedArgs;
 
 /// What configuration, tool environment and argument parsing keep between
@@ -76,7 +78,7 @@ protected:
 
 private:
     KazParsedArgs* parsedArgs = nullptr;
-    KazEnvValue* envValues;
+    std::unique_ptr<KazEnvValue[]> envValues;
     bool initProjDir = false;
     bool initSystem = false;
     bool initSystemDir = false;

@@ -1,0 +1,202 @@
+#include "tools/app/KazParsedArgs.h"
+
+#include "tools/app/KazToolsContext.h"
+#include "tools/app/detail/command_text.h"
+#include "tools/messages/messages.h"
+#include "tools/strings/KazString.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace {
+
+constexpr int typeCount = arg_filter + 1;
+
+bool isType(arg_type_enum type) {
+    return type >= 0 && type < typeCount;
+}
+
+bool listed(const arg_type_enum* list, arg_type_enum type) {
+    for (; list != nullptr && *list != arg_end; ++list)
+        if (*list == type)
+            return true;
+    return false;
+}
+
+/// Collections of strings own their elements by reference count.
+void holdStrings(KazColl& strings) {
+    strings.setCheckIn(KazString::checkIn);
+    strings.setCheckOut(KazString::checkOut);
+}
+
+void append(KazColl& strings, const char* text) {
+    KazString copy(text);
+    strings.add(copy.disguise());
+}
+
+/// An empty string is stored as null.
+const char* textAt(const KazColl& strings, int index) {
+    const void* text = strings.getAt(index);
+    return text != nullptr ? static_cast<const char*>(text) : "";
+}
+
+const char* missing(const char** defaultText) {
+    return defaultText != nullptr ? *defaultText : nullptr;
+}
+
+} // namespace
+
+/// The command line being read, and how far.
+struct KazParsedArgs::Line {
+    int argc;
+    char** argv;
+    const arg_type_enum* required;
+    const arg_type_enum* optional;
+    int position = 1;
+    bool seen[typeCount] = {};
+
+    const char* current() const { return argv[position]; }
+    bool holdsValues(int count) const { return count < argc - position; }
+};
+
+KazParsedArgs::KazParsedArgs() : values(new KazColl* [typeCount] {}) {
+    holdStrings(untagged);
+}
+
+KazParsedArgs::~KazParsedArgs() {
+    for (int i = 0; i < typeCount; ++i)
+        delete values[i];
+    delete[] values;
+}
+
+bool KazParsedArgs::parse(int argc, char** argv, const arg_type_enum* required,
+                          const arg_type_enum* optional, int minUntagged) {
+    Line line{argc, argv, required, optional};
+    for (; line.position < argc; ++line.position) {
+        const char* argument = line.current();
+        if (argument == nullptr)
+            continue;
+        if (argument[0] != '-')
+            append(untagged, argument);
+        else if (!parseOption(line))
+            return false;
+    }
+    return hasRequiredArguments(line) && untagged.getSize() >= minUntagged;
+}
+
+bool KazParsedArgs::parseOption(Line& line) {
+    const KazArgDescription* row = KazArgDescription::match(line.current());
+    if (row == nullptr || !isLegalArgument(row->type, line))
+        return false;
+    if (hasValues(row->type) && row->repeatLimit <= 1) {
+        // The values of the repetition stay on the line as plain arguments.
+        print_err("%s repeated on command line, using first value\n", row->text);
+        return true;
+    }
+    return assignText(*row, line);
+}
+
+bool KazParsedArgs::isLegalArgument(arg_type_enum type, Line& line) const {
+    if (!listed(line.required, type) && !listed(line.optional, type))
+        return false;
+    line.seen[type] = true;
+    return true;
+}
+
+bool KazParsedArgs::hasRequiredArguments(const Line& line) const {
+    const arg_type_enum* type = line.required;
+    for (; type != nullptr && *type != arg_end; ++type)
+        if (!isType(*type) || !line.seen[*type])
+            return false;
+    return true;
+}
+
+bool KazParsedArgs::assignText(const KazArgDescription& row, Line& line) {
+    if (row.isSwitch)
+        return assignSwitch(row, line.current());
+    if (!line.holdsValues(row.valueCount))
+        return false;
+    if (row.repeatLimit < 2 && row.valueCount == 0) {
+        addValue(row.type, "1");
+        return true;
+    }
+    return assignValues(row, line);
+}
+
+bool KazParsedArgs::assignSwitch(const KazArgDescription& row, const char* argument) {
+    const char* digit = std::strchr(argument, '0');
+    if (digit == nullptr)
+        digit = std::strchr(argument, '1');
+    addValue(row.type, digit != nullptr ? digit : row.defaultText);
+    return true;
+}
+
+bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
+    const int stored = hasValues(row.type) ? values[row.type]->getSize() : 0;
+    if (row.repeatLimit >= 2 && stored + row.valueCount > row.valueCount * row.repeatLimit) {
+        print_err("%s argument repeated more than %d times on command line\n", row.text,
+                  row.repeatLimit);
+        return false;
+    }
+    for (int i = 0; i < row.valueCount; ++i) {
+        ++line.position;
+        addValue(row.type, line.current());
+    }
+    return true;
+}
+
+bool KazParsedArgs::hasValues(arg_type_enum type) const {
+    return isType(type) && values[type] != nullptr;
+}
+
+KazColl& KazParsedArgs::valuesOf(arg_type_enum type) {
+    if (values[type] == nullptr) {
+        values[type] = new KazColl;
+        holdStrings(*values[type]);
+    }
+    return *values[type];
+}
+
+void KazParsedArgs::addValue(arg_type_enum type, const char* text) {
+    if (type == arg_Command)
+        append(valuesOf(type), kaz::detail::decodeCommandText(text));
+    else
+        append(valuesOf(type), text);
+}
+
+const char* KazParsedArgs::getArgText(arg_type_enum type, int index,
+                                      const char** defaultText) const {
+    if (!hasValues(type) || index < 0 || index >= values[type]->getSize())
+        return missing(defaultText);
+    return textAt(*values[type], index);
+}
+
+const char* KazParsedArgs::getRepeatingText(arg_type_enum type, int occurrence, int item,
+                                            const char** defaultText) const {
+    const KazArgDescription* row = KazArgDescription::find(type);
+    if (row == nullptr || !hasValues(type) || item >= row->valueCount)
+        return missing(defaultText);
+    const std::int64_t index = static_cast<std::int64_t>(occurrence) * row->valueCount + item;
+    if (index < 0 || index >= values[type]->getSize())
+        return missing(defaultText);
+    return textAt(*values[type], static_cast<int>(index));
+}
+
+const char* KazParsedArgs::getUntagged(int index) const {
+    KazToolsContext::getInstance();
+    if (index < 0 || index >= untagged.getSize())
+        return nullptr;
+    return textAt(untagged, index);
+}
+
+void KazParsedArgs::copyGlobal(const KazParsedArgs* from) {
+    const KazArgDescription* row = KazArgDescription::table();
+    for (; from != nullptr && row->type != arg_end; ++row) {
+        if (!row->isGlobal || !from->hasValues(row->type))
+            continue;
+        const KazColl& source = *from->values[row->type];
+        const int count = source.getSize(); // Fixed now: both sets may be the same.
+        for (int i = 0; i < count; ++i)
+            valuesOf(row->type).add(source.getAt(i));
+    }
+}

@@ -1,0 +1,152 @@
+#include "tools/app/arguments.h"
+
+#include "tools/app/KazApp.h"
+#include "tools/app/KazParsedArgs.h"
+#include "tools/app/KazToolsContext.h"
+#include "tools/app/detail/command_text.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/process.h"
+#include "tools/files/tifiles.h"
+#include "tools/util/text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace {
+
+/// The set that queries ask; null without an application object.
+const KazParsedArgs* currentSet() {
+    KazApp* app = KazApp::getInstance();
+    if (app == nullptr)
+        return nullptr;
+    if (app->getActiveContext() != nullptr)
+        if (const KazParsedArgs* own = KazToolsContext::getInstance()->getParsedArgs())
+            return own;
+    return app->getParsedArgs();
+}
+
+KazParsedArgs* ownSet(const KazParsedArgs* applicationSet) {
+    KazToolsContext* context = KazToolsContext::getInstance();
+    if (context == nullptr)
+        return nullptr;
+    KazParsedArgs* set = context->allocParsedArgs();
+    set->copyGlobal(applicationSet);
+    return set;
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// Tools may write "-e", "-ed", ... or anything behind the full option.
+bool isEditorOption(const char* argument) {
+    static constexpr char option[] = "-editor";
+    if (argument == nullptr || argument[0] != '-' || argument[1] == '\0')
+        return false;
+    const std::size_t length = std::min(std::strlen(argument), sizeof option - 1);
+    for (std::size_t i = 0; i < length; ++i)
+        if (std::tolower(static_cast<unsigned char>(argument[i])) != option[i])
+            return false;
+    return true;
+}
+
+/// A position before the last argument, or 0 when there is none.
+int findEditorOption(int argc, char** argv) {
+    for (int i = 1; i < argc - 1; ++i)
+        if (isEditorOption(argv[i]))
+            return i;
+    return 0;
+}
+
+/// The heap copy is the new argv[0]; null when the path does not fit.
+char* programBeside(const char* argv0, const char* program) {
+    char path[512];
+    const KazString directory = kazPathDirPart(argv0);
+    if (directory.isEmpty())
+        return mkcpy(program);
+    if (TI_catfile(directory, program, path, sizeof path) == nullptr)
+        return nullptr;
+    return mkcpy(path);
+}
+
+} // namespace
+
+bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
+                   const arg_type_enum* optional, int minUntagged, bool ownArgs) {
+    KazApp* app = KazApp::getInstance();
+    KazParsedArgs* set = app != nullptr ? app->getParsedArgs() : nullptr;
+    if (ownArgs && set != nullptr)
+        set = ownSet(set);
+    return set != nullptr && set->parse(argc, argv, required, optional, minUntagged);
+}
+
+const char* kaz_arg_text(arg_type_enum type, int index, const char** defaultText) {
+    if (const KazParsedArgs* set = currentSet())
+        return set->getArgText(type, index, defaultText);
+    return defaultText != nullptr ? *defaultText : nullptr;
+}
+
+const char* kaz_arg_repeating_text(arg_type_enum type, int occurrence, int item,
+                                   const char** defaultText) {
+    if (const KazParsedArgs* set = currentSet())
+        return set->getRepeatingText(type, occurrence, item, defaultText);
+    return defaultText != nullptr ? *defaultText : nullptr;
+}
+
+const char* kaz_arg_get_untagged(int index) {
+    const KazParsedArgs* set = currentSet();
+    return set != nullptr ? set->getUntagged(index) : nullptr;
+}
+
+bool kaz_arg_is_repeating(arg_type_enum type) {
+    const KazArgDescription* row = KazArgDescription::find(type);
+    return row != nullptr && row->repeatLimit > 1;
+}
+
+KazString kaz_arg_text_encode(const char* text) {
+    return kaz::detail::encodeCommandText(text);
+}
+
+bool text_is_integer(const char* text) {
+    return text != nullptr && *text != '\0' && std::all_of(text, text + std::strlen(text), isDigit);
+}
+
+bool text_is_float(const char* text) {
+    if (text == nullptr)
+        return true;
+    return std::all_of(text, text + std::strlen(text),
+                       [](char c) { return isDigit(c) || c == '.'; });
+}
+
+void arg_shift_argv(int* argc, char** argv) {
+    if (*argc < 1) {
+        argv[0] = nullptr;
+        return;
+    }
+    char** end = std::remove(argv, argv + *argc, static_cast<char*>(nullptr));
+    *end = nullptr;
+    *argc = static_cast<int>(end - argv);
+}
+
+void argv_to_glob(int argc, char** argv, int* outArgc, char*** outArgv) {
+    if (outArgc != nullptr)
+        *outArgc = argc;
+    if (outArgv != nullptr)
+        *outArgv = argv;
+}
+
+int get_editor_from_argv(int* argc, char** argv, char** editor, int renameArgv0) {
+    const int option = findEditorOption(*argc, argv);
+    if (option == 0)
+        return 0;
+    *editor = argv[option + 1];
+    argv[option] = nullptr;
+    argv[option + 1] = nullptr;
+    arg_shift_argv(argc, argv);
+    if (renameArgv0 == 0)
+        return 1;
+    if (char* renamed = programBeside(argv[0], TI_cprogname(*editor)))
+        argv[0] = renamed;
+    return 1;
+}
