@@ -1,0 +1,188 @@
+/// @file
+/// An array that can own its elements, and the iterator over it.
+#pragma once
+
+#include "tools/containers/KazArrayPtr.h"
+
+class KazCollIterator;
+
+/// A KazArrayPtr whose elements may belong to it, and whose iterators stay
+/// with their elements while others come and go.
+///
+/// Two optional functions express ownership. Check-in is called on what enters
+/// and what it returns is stored (a counted reference, say, or a copy);
+/// check-out is called on what leaves. Without them the collection stores
+/// plain pointers.
+///
+///     KazColl names;
+///     names.setCheckIn(KazString::checkIn);
+///     names.setCheckOut(KazString::checkOut);
+///     names.add(name.disguise());
+///     for (KazCollIterator i(names); !i.isDone(); i.next())
+///         use(i.item());
+///
+/// Element functions may use the collection: an element that leaves is out of
+/// it before check-out is called, one that enters is in it only after check-in
+/// has returned. Check-out must not throw. When check-in throws or growth
+/// fails, the collection is unchanged; only setAt and copy have by then
+/// checked out what they replace (setAt leaves a null slot, copy an empty
+/// collection). Indexes and counts are not checked.
+///
+/// Copying and assigning are shallow, as for KazArrayPtr: the objects share
+/// slots and elements, and each element is still checked out exactly once.
+/// - Each object has its own size and iterators. An insertion or removal
+///   through one moves the common slots, and the iterators of all; it discards
+///   elements that only a longer one of them counts, and slots that a removal
+///   leaves behind read as null there.
+/// - Whoever must grow takes slots of its own and checks its elements in once
+///   more. With only a check-out function nothing can be held twice: then all
+///   move to the larger storage together.
+/// - Letting go (removeAll, assignment, destruction) checks out nothing while
+///   another object still has the elements.
+///
+/// No locks: a collection and its iterators belong to one thread at a time.
+class KAZ_API KazColl : public KazArrayPtr {
+public:
+    using CheckIn = void* (*)(void*);
+    using CheckOut = void (*)(void*);
+
+    /// Empty, without element functions.
+    KazColl() = default;
+    /// Shares @p other's elements, as assignment does.
+    KazColl(const KazColl& other);
+    /// Checks out every element from the last to the first. Iterators are done
+    /// from then on and may outlive the collection.
+    ~KazColl();
+
+    /// Lets go of the present elements, then shares @p other's and takes over
+    /// its growth rate and element functions (see above). Iterators of this
+    /// object stay where they stand, or are done when there is no such
+    /// position any more.
+    KazColl& operator=(const KazColl& other);
+
+    /// Installs @p function, null for none, for elements to come. Returns the
+    /// one that was in force.
+    CheckIn setCheckIn(CheckIn function);
+    CheckOut setCheckOut(CheckOut function);
+
+    void* getAt(int index) const { return KazArrayPtr::getAt(index); }
+    void* operator[](int index) const { return KazArrayPtr::getAt(index); }
+
+    /// Checks @p item in and appends it. Returns its index.
+    int add(void* item);
+
+    /// Checks out the element at @p index, then checks @p item in at its place.
+    void setAt(int index, void* item);
+
+    /// Checks @p item in and inserts it in front of the element at @p index;
+    /// at or beyond the end it is appended after a gap of null elements.
+    /// Iterators at or behind @p index keep their element.
+    void insertAt(int index, void* item);
+    /// The same for @p count items, checked in in order. @p items may be slots
+    /// of this collection.
+    void insertAt(int index, void** items, int count);
+    /// The same with the elements of @p other, which may be this collection.
+    void insertAt(int index, const KazColl& other);
+
+    /// Appends the elements of @p other, each checked in, in order. Returns
+    /// the index of the first one appended.
+    int append(const KazColl& other);
+
+    /// Replaces the contents by those of @p other: removeAll, then append.
+    /// Nothing happens when @p other is this collection.
+    void copy(const KazColl& other);
+
+    /// Removes @p count elements from @p index on and checks them out in
+    /// ascending order. An iterator on one of them moves to @p index - 1, so
+    /// that its next() reaches what follows them.
+    void removeAt(int index, int count);
+
+    /// Removes every element, checked out from the last to the first, and
+    /// gives the storage back. Iterators are done, but stay registered.
+    void removeAll();
+
+    /// Makes room, as KazArrayPtr does.
+    void inflate(int count);
+
+protected:
+    /// Reads an index of an iterator without trusting it: null outside.
+    void* peek(int index) const { return index >= 0 && index < size ? slot(index) : nullptr; }
+
+private:
+    friend class KazCollIterator;
+    class Incoming;
+
+    // They would bypass the element functions.
+    using KazArrayPtr::elementAt;
+    using KazArrayPtr::remove;
+    using KazArrayPtr::setAtGrow;
+    using KazArrayPtr::setSize;
+
+    void* checkedIn(void* item) const { return checkInFunction ? checkInFunction(item) : item; }
+    void checkedOut(void* item) const {
+        if (checkOutFunction)
+            checkOutFunction(item);
+    }
+
+    bool isAlone() const { return nextSharer == this; }
+    void joinSharersOf(KazColl& other);
+    void leaveSharers();
+    void letGo();
+    void prepare(std::int64_t count);
+    void separate(int count);
+    void moveTogether(int count);
+    void claim();
+    void noteOccupied();
+    void place(int index, void* const* items, int count);
+    int takeOut(int index, int count, void** removed);
+    void advanceIterators(int index, int count);
+    void withdrawIterators(int index, int count);
+
+    CheckOut checkOutFunction = nullptr;
+    CheckIn checkInFunction = nullptr;
+    KazCollIterator* iterators = nullptr;
+    /// Ring of the collections that share the storage; this one when alone.
+    KazColl* nextSharer = this;
+};
+
+/// Walks a collection by index and stays valid whatever happens to it.
+///
+///     for (KazCollIterator i(collection); !i.isDone(); i.next())
+///         use(i.item());
+///
+/// A new iterator stands on the first element. It may outlive the collection,
+/// and is then done. Insertions and removals move it as KazColl tells.
+class KAZ_API KazCollIterator {
+public:
+    explicit KazCollIterator(KazColl& walked) : KazCollIterator(&walked) {}
+    /// A null @p walked gives an iterator that is done.
+    explicit KazCollIterator(KazColl* walked);
+    /// Walks the same collection, from the same position.
+    KazCollIterator(const KazCollIterator& other);
+    ~KazCollIterator();
+
+    /// Takes over the position only; this iterator goes on walking its own
+    /// collection.
+    KazCollIterator& operator=(const KazCollIterator& other);
+
+    bool isDone() const { return index == done; }
+
+    /// Steps to the next element. False when there is none: the iterator is
+    /// then done, and stays so until reset().
+    bool next();
+
+    /// Back to the first element; done when there is none.
+    void reset();
+
+    /// The element, or null when the iterator stands on none.
+    void* item() const { return collection ? collection->peek(index) : nullptr; }
+
+private:
+    friend class KazColl;
+
+    static constexpr std::int32_t done = -2;
+
+    std::int32_t index = done;
+    KazColl* collection = nullptr;
+    KazCollIterator* nextIterator = nullptr;
+};

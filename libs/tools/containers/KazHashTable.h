@@ -1,0 +1,178 @@
+/// @file
+/// The library's untyped associative table, and the iterator over it.
+#pragma once
+
+#include "tools/export.h"
+
+#include <cstdint>
+#include <mutex>
+
+/// One binding, as a bucket stores it.
+struct KazBucketEntry {
+    void* key;
+    void* value;
+};
+
+/// A bucket's block: `count` entries in ascending order of their keys, room
+/// for `capacity`, directly behind these two numbers.
+struct KazBucket {
+    std::int32_t count;
+    std::int32_t capacity;
+
+    KazBucketEntry* entries() { return reinterpret_cast<KazBucketEntry*>(this + 1); }
+};
+
+/// A table from keys to values, both `void*`. A hash picks the bucket, a
+/// binary search finds the key in it; the table never rehashes. It remembers
+/// where it found the last key, so that asking twice costs one comparison.
+///
+///     KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 31);
+///     table.bind(key, value, true);
+///     void* found = table.valueOf(key);
+///
+/// Optional element functions let the table own what it stores: check-in is
+/// called on what enters, and its result is stored; check-out is called on
+/// what leaves. They may use the table themselves: what leaves is out of the
+/// table before it is checked out, what enters is in it only after check-in
+/// has returned. Check-out must not throw.
+///
+/// When memory runs out, or check-in throws, the table is unchanged and
+/// usable; only a value that was being replaced has by then been checked out,
+/// and its key is bound to null.
+///
+/// Every member holds the table's lock for its whole run, calls of element
+/// functions included; the lock is recursive. Iterators take no lock: while
+/// one is in use the table must not change.
+class KAZ_API KazHashTable {
+public:
+    /// Order of two keys: negative, zero or positive. The first is the one
+    /// asked for, the second one stored.
+    using Compare = int (*)(const void*, const void*);
+    using Hash = unsigned (*)(const void*);
+    using CheckIn = void* (*)(void*);
+    using CheckOut = void (*)(void*);
+
+    /// @p size is the number of buckets. At 1 or less there is one bucket, a
+    /// single sorted list, and @p hash is never called.
+    KazHashTable(Compare compare, Hash hash, int size);
+    KazHashTable(const KazHashTable&) = delete;
+    KazHashTable& operator=(const KazHashTable&) = delete;
+    /// Checks everything out, as clear does.
+    virtual ~KazHashTable();
+
+    /// Install an element function, null for none.
+    void setKeyCheckIn(CheckIn function);
+    void setKeyCheckOut(CheckOut function);
+    void setValueCheckIn(CheckIn function);
+    void setValueCheckOut(CheckOut function);
+
+    /// Binds @p key to @p value. A key that is bound already gets the new
+    /// value when @p replace is true (the old one is checked out first, the
+    /// stored key stays); otherwise nothing changes and the result is false.
+    bool bind(void* key, void* value, bool replace);
+
+    /// Replaces the value of a bound key; false, and no change, when it is not
+    /// bound.
+    bool rebind(void* key, void* value);
+
+    /// Removes the key, its value checked out first; false when not bound.
+    bool unbind(const void* key);
+
+    /// The stored value, or null when @p key is not bound.
+    void* valueOf(const void* key);
+    /// The same; @p found tells a bound null from an absent key.
+    void* valueOf(const void* key, bool& found);
+
+    bool isBound(const void* key);
+
+    /// The number of keys bound.
+    int getSize() const;
+
+    /// Removes everything: for each entry the key is checked out, then the
+    /// value.
+    void clear();
+
+    /// Gives back room that the buckets do not need at present.
+    void freeExtra();
+
+    /// The entries of a bucket as key, value, key, value, ...; null for a
+    /// bucket without entries. Count and capacity, 32 bits each, stand
+    /// directly before them. Good until the table changes.
+    void** getBucketData(int bucket) const;
+
+    /// The pointer's value, and the order of two. Together they key a table by
+    /// pointers, or by integers kept in the key's place. The order is the
+    /// difference where that fits an int, else its sign alone.
+    static unsigned hashPointer(const void* key);
+    static int comparePointers(const void* a, const void* b);
+
+protected:
+    using Guard = std::lock_guard<std::recursive_mutex>;
+
+    std::recursive_mutex& mutex() const { return lock; }
+
+private:
+    friend class KazHashTableIterator;
+
+    struct Position {
+        std::int32_t bucket;
+        std::int32_t index;
+        bool found;
+    };
+    class Held;
+
+    std::int32_t bucketSlots() const { return bucketCount > 1 ? bucketCount : 1; }
+    Position findKey(const void* key) const;
+    Position findAgain(const void* key, const Position& before, std::uint32_t revisionBefore) const;
+    KazBucketEntry& entryAt(const Position& position) const;
+    void remember(const Position& position);
+    void replaceValue(const void* key, Position position, void* value);
+    void makeRoom(std::int32_t bucket);
+    void insert(const Position& position, void* key, void* value);
+    KazBucketEntry extract(const Position& position);
+
+    std::int32_t bucketCount;
+    std::int32_t entryCount = 0;
+    std::int32_t cachedBucket = -1;
+    std::int32_t cachedIndex = -1;
+    Hash hash;
+    Compare compare;
+    CheckIn keyCheckIn = nullptr;
+    CheckOut keyCheckOut = nullptr;
+    CheckIn valueCheckIn = nullptr;
+    CheckOut valueCheckOut = nullptr;
+    KazBucket** buckets;
+    mutable std::recursive_mutex lock;
+    /// Counts insertions and removals, so that a member knows whether an
+    /// element function that it called has moved the entries.
+    std::uint32_t revision = 0;
+};
+
+/// Walks a table bucket by bucket, in ascending order of keys within each.
+///
+///     for (KazHashTableIterator i(table); !i.isDone(); i.next())
+///         use(i.getKey(), i.getValue());
+class KAZ_API KazHashTableIterator {
+public:
+    explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
+    explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
+
+    /// Back to the first entry.
+    void reset();
+
+    /// Steps to the next entry; false when there is none.
+    bool next();
+
+    bool isDone() const;
+
+    /// The stored key or value of the present entry; null when done.
+    void* getKey() const;
+    void* getValue() const;
+
+private:
+    const KazBucketEntry* entry() const;
+
+    const KazHashTable* table;
+    std::int32_t bucket = 0;
+    std::int32_t index = -1;
+};

@@ -1,0 +1,51 @@
+/// @file
+/// A collection of strings.
+#pragma once
+
+#include "tools/containers/KazColl.h"
+#include "tools/strings/KazString.h"
+
+/// KazColl of KazString values: the collection holds one reference on the
+/// block of each stored string. Every member does what its namesake in KazColl
+/// does, with a string in place of an element.
+class KAZ_API KazStringColl : public KazColl {
+public:
+    /// Empty; the element functions are KazString::checkIn and checkOut.
+    KazStringColl();
+
+    /// The stored string itself: assigning to it replaces the element. The
+    /// reference is good until the collection changes.
+    KazString& getAt(int index) const;
+    KazString& operator[](int index) const { return getAt(index); }
+
+    int add(const KazString& text);
+    void setAt(int index, const KazString& text);
+    void insertAt(int index, const KazString& text);
+    /// Inserts the @p count strings at @p texts.
+    void insertAt(int index, const KazString* texts, int count);
+    void insertAt(int index, const KazStringColl& other) { KazColl::insertAt(index, other); }
+    int append(const KazStringColl& other) { return KazColl::append(other); }
+    void copy(const KazStringColl& other) { KazColl::copy(other); }
+
+    /// The highest index whose string equals @p text (null means ""), or -1.
+    /// Linear, from the end.
+    int find(const char* text) const;
+    /// The same without regard to case.
+    int findNoCase(const char* text) const;
+
+private:
+    // The slots are handed out as strings, which counts on these two.
+    using KazColl::setCheckIn;
+    using KazColl::setCheckOut;
+};
+
+/// KazCollIterator whose item() is the string.
+class KAZ_API KazStringCollIterator : public KazCollIterator {
+public:
+    explicit KazStringCollIterator(KazStringColl& walked) : KazCollIterator(walked) {}
+    explicit KazStringCollIterator(KazStringColl* walked) : KazCollIterator(walked) {}
+
+    /// The string, sharing the stored block; empty when the iterator stands on
+    /// none.
+    KazString item() const;
+};

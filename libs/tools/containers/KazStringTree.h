@@ -1,0 +1,49 @@
+/// @file
+/// An ordered set of strings.
+#pragma once
+
+#include "tools/containers/KazTree.h"
+#include "tools/strings/KazString.h"
+
+/// KazTree of KazString values in the order of their bytes, the empty string
+/// first. The tree holds one reference on the block of each stored string.
+/// Members do what their namesakes in KazTree do; KazTreeClashException
+/// carries the stored string in disguise (see KazString::undisguise).
+class KAZ_API KazStringTree : public KazTree {
+public:
+    explicit KazStringTree(bool caseSensitive = true);
+
+    void add(const KazString& text);
+    bool contains(const KazString& text) const;
+
+    /// The stored string equal to @p text, sharing its block; empty when there
+    /// is none. It differs from @p text only in a tree that ignores case.
+    KazString find(const KazString& text) const;
+
+    /// Puts @p text in the place of the stored string equal to it; false when
+    /// there is none.
+    bool replace(const KazString& text);
+    bool remove(const KazString& text);
+
+    /// The first and the last string; empty for an empty tree.
+    KazString smallest() const;
+    KazString largest() const;
+    KazString valueAt(int rank) const;
+
+    void copy(const KazStringTree& other) { KazTree::copy(other); }
+
+private:
+    using KazTree::setCheckIn;
+    using KazTree::setCheckOut;
+};
+
+/// KazTreeIterator whose item() is the string.
+class KAZ_API KazStringTreeIterator : public KazTreeIterator {
+public:
+    explicit KazStringTreeIterator(KazStringTree& walked) : KazTreeIterator(walked) {}
+    explicit KazStringTreeIterator(KazStringTree* walked) : KazTreeIterator(walked) {}
+
+    /// The string, sharing the stored block; empty when the iterator stands on
+    /// none.
+    KazString item() const;
+};

@@ -1,0 +1,166 @@
+/// @file
+/// An ordered set of untyped values, and the iterator over it.
+#pragma once
+
+#include "tools/export.h"
+
+#include <cstdint>
+
+struct generic_tree;
+class KazTreeIterator;
+
+/// Values kept in order, each at most once; a thin object around the balanced
+/// tree of tools/util/tree.h.
+///
+///     KazTree tree(compareItems);
+///     tree.add(&item);
+///     for (KazTreeIterator i(tree); !i.isDone(); i.next())
+///         use(i.item());
+///
+/// Optional element functions express ownership as they do for KazColl:
+/// check-in is called on what enters, and its result is stored; check-out is
+/// called on what leaves. They may use the tree: what leaves is out of it
+/// before it is checked out, what enters is in it only after check-in has
+/// returned. Check-out must not throw.
+///
+/// Adding, finding and removing take time proportional to the depth, which
+/// rebalancing on insertion keeps logarithmic but for a small constant. When
+/// memory runs out (KazMemoryException) or check-in throws, the tree is
+/// unchanged.
+///
+/// No locks, and insertions into any two trees must not run at the same time.
+class KAZ_API KazTree {
+public:
+    /// Order of two values: negative when @p stored comes before @p probe,
+    /// zero when they count as equal, positive when it comes after.
+    using Compare = int (*)(const void* stored, const void* probe);
+    using CheckIn = void* (*)(void*);
+    using CheckOut = void (*)(void*);
+
+    /// An empty tree without element functions.
+    explicit KazTree(Compare compare);
+    /// A duplicate: the order and the element functions of @p other, and its
+    /// values, each checked in.
+    KazTree(const KazTree& other);
+    /// Checks every value out. Iterators are done and may outlive the tree.
+    ~KazTree();
+
+    /// Replaces order, element functions and values by @p other's, each value
+    /// checked in; then checks out what was there. Unchanged when that fails.
+    KazTree& operator=(const KazTree& other);
+
+    /// Installs @p function, null for none, for values to come. Returns the
+    /// one that was in force.
+    CheckIn setCheckIn(CheckIn function);
+    CheckOut setCheckOut(CheckOut function);
+
+    /// Checks @p value in and adds it. When an equal value is there already,
+    /// checks it out again and throws KazTreeClashException with the value
+    /// that is there.
+    void add(void* value);
+
+    /// The stored value equal to @p key, or null.
+    void* find(const void* key) const;
+    /// Whether there is a value equal to @p key; tells a stored null apart.
+    bool contains(const void* key) const;
+
+    /// Puts @p value, checked in, in the place of the stored value equal to
+    /// it, which is checked out. False, and nothing happens, when there is
+    /// none.
+    bool replace(void* value);
+
+    /// Removes the value equal to @p key and checks it out; false when there
+    /// is none.
+    bool remove(const void* key);
+
+    /// Removes every value, checked out in ascending order.
+    void removeAll();
+
+    /// The first and the last value in the order; null for an empty tree.
+    void* smallest() const;
+    void* largest() const;
+
+    /// The value that has @p rank values before it; null outside 0 to
+    /// getSize() - 1.
+    void* valueAt(int rank) const;
+
+    /// The number of values.
+    int getSize() const;
+    bool isEmpty() const { return root == nullptr; }
+
+    /// Evens the tree out, so that the sizes of the two sides of any node
+    /// differ by one at most.
+    void balance();
+
+    /// Replaces the values by those of @p other, each passed through
+    /// @p duplicate (null stores the same pointers) and not through check-in.
+    /// @p other must have the same order. What was there is checked out.
+    /// Unchanged when @p duplicate throws: what it has made is checked out.
+    void copy(const KazTree& other, CheckIn duplicate);
+    /// The same with this tree's check-in function.
+    void copy(const KazTree& other) { copy(other, checkInFunction); }
+
+private:
+    friend class KazTreeIterator;
+
+    void checkedOut(void* value) const {
+        if (checkOutFunction)
+            checkOutFunction(value);
+    }
+    generic_tree* duplicateNodes(const KazTree& other, CheckIn duplicate) const;
+    void discard(generic_tree* nodes) const;
+    int rankOf(const void* value) const;
+
+    generic_tree* root = nullptr;
+    Compare compare;
+    CheckOut checkOutFunction = nullptr;
+    CheckIn checkInFunction = nullptr;
+    KazTreeIterator* iterators = nullptr;
+};
+
+/// Walks a tree in order, both ways, and stays valid while values are added
+/// and removed: it keeps to its value. Each step takes time proportional to
+/// the tree's depth.
+///
+/// A new iterator stands on the smallest value. When the value that it stands
+/// on is removed, it stands in the gap: item() is null, next() goes to the
+/// value behind the gap and previous() to the one before. It may outlive the
+/// tree, and is then done; so it is after removeAll, copy and assignment.
+class KAZ_API KazTreeIterator {
+public:
+    explicit KazTreeIterator(KazTree& walked) : KazTreeIterator(&walked) {}
+    /// A null @p walked gives an iterator that is done.
+    explicit KazTreeIterator(KazTree* walked);
+    /// Walks the same tree, from the same position.
+    KazTreeIterator(const KazTreeIterator& other);
+    ~KazTreeIterator();
+    /// Goes over to the other's tree and position.
+    KazTreeIterator& operator=(const KazTreeIterator& other);
+
+    /// Whether a walk in either direction has come to its end.
+    bool isDone() const { return rank < 0; }
+
+    /// Step to the value behind or before. False when there is none: the
+    /// iterator is then done, and stays so until toFirst() or toLast().
+    bool next();
+    bool previous();
+
+    /// To the smallest or the largest value; done when the tree is empty.
+    void toFirst();
+    void toLast();
+
+    /// The value; null when the iterator stands on none.
+    void* item() const { return tree && !inGap ? tree->valueAt(rank) : nullptr; }
+
+private:
+    friend class KazTree;
+
+    void enlist(KazTree* walked);
+    void resign();
+    bool moveTo(int newRank);
+
+    int rank = -1;
+    bool inGap = false;
+    KazTree* tree = nullptr;
+    KazTreeIterator* nextIterator = nullptr;
+};

@@ -1,0 +1,70 @@
+/// @file
+/// Numbered message texts: the message file, and texts registered at run time.
+///
+/// The tools keep their texts in one binary file and refer to them by number.
+/// The file is named by the ToolInfo variable "msg_file"; without it, it is
+/// "bin\W32NTX86\msg_file" below the tools' root directory. `moxmsg` makes
+/// such files.
+///
+/// Layout, all integers little-endian; numbers 0 to 15871 can be in the file.
+/// A number is a block (number / 256) and an entry in it (number % 256).
+///
+///     offset      size  what
+///     0           4     the magic number
+///     4           124   62 x 16 bit, one a block: offset / 16 of its index
+///                       table, 0 when the block has none
+///     table       512   256 x 16 bit, one an entry: offset / 16 of its text,
+///                       0 when the entry has none
+///     text        128   a text of at most 127 bytes and its NUL, read whole
+///
+/// Texts are read on demand through a cache of 20. A hit costs a scan of 20
+/// numbers, a miss one read of 128 bytes. State is process-wide and unlocked.
+#pragma once
+
+#include "tools/export.h"
+
+#include <cstdint>
+
+namespace kaz::catalog {
+
+/// "MZAK", read as a little-endian number.
+constexpr std::uint32_t magic = 0x4B415A4D;
+/// Blocks that a message file can hold, and entries in each.
+constexpr int blockCount = 62;
+constexpr int entryCount = 256;
+/// Index tables and texts begin at multiples of this offset.
+constexpr int alignment = 16;
+constexpr int headerSize = 128;
+constexpr int tableSize = 512;
+constexpr int recordSize = 128;
+/// The highest number that a message file can hold.
+constexpr int lastNumber = blockCount * entryCount - 1;
+
+} // namespace kaz::catalog
+
+/// The text of a message, never null: "" when there is none, or when the file
+/// cannot be read (which print_err reports). The pointer is good until a later
+/// lookup needs the cache entry.
+KAZ_API char* TextLook(int number);
+
+/// A heap copy of TextLook(number); release it with free().
+KAZ_API char* CTextLook(int number);
+
+/// perror() with the text as prefix and errno as it was before the lookup.
+KAZ_API void Textperror(int number);
+
+/// Registers a copy of @p text (null means "") under @p number, or replaces
+/// the text registered there. Returns @p number, or 0 when memory for a new
+/// registration could not be had. A text in the cache is not refreshed, and
+/// numbers of the message file (below 15872) are looked for among the
+/// registered ones only once TI_TextPut has been used.
+KAZ_API int TI_TextPutNo(char* text, int number);
+
+/// Registers @p text under the next free number (15873, 15874, ...), which is
+/// the result; 0 when memory could not be had.
+KAZ_API int TI_TextPut(char* text);
+
+/// Prints the cache's statistics, if the ToolInfo variable "TextStats" asks
+/// for it: unset, empty or "n" means no; a beginning of "yes" or of "stderr"
+/// means standard error; anything else names a file to append to.
+KAZ_API void TextStats();
