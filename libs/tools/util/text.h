@@ -65,8 +65,9 @@ KAZ_API char* string_replace_char(const char* text, char c, const char* replacem
 /// @name Words
 /// A word is written the way the POSIX shell reads it: bare, in apostrophes
 /// (every character stands for itself), in double quotes (a backslash protects
-/// `"`, `\`, `$`, a back-quote and a line end), or after a single backslash.
-/// Blanks, tabs and line ends separate words. Nothing is expanded.
+/// `"`, `\`, `$` and a back-quote), or after a single backslash. A backslash
+/// before a line end takes it away. Blanks, tabs and line ends separate words.
+/// Nothing is expanded.
 /// @{
 
 /// Whether @p word cannot stand bare: it is empty or holds a blank, a control

@@ -1,0 +1,135 @@
+#include "tools/util/text.h"
+
+#include "tools/util/detail/allocate.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <functional>
+#include <initializer_list>
+
+namespace {
+
+char* newText(std::size_t length) {
+    return static_cast<char*>(kaz::detail::allocate(length + 1));
+}
+
+const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+char* copyOf(const char* text, std::size_t length) {
+    char* copy = newText(length);
+    std::memcpy(copy, text, length);
+    copy[length] = '\0';
+    return copy;
+}
+
+/// Joins what @p range holds, in two passes: measure, then write.
+template <typename Range>
+char* join(const Range& texts, const char* separator) {
+    const std::size_t gap = std::strlen(separator);
+    std::size_t length = 0;
+    for (const char* text : texts)
+        length += std::strlen(orEmpty(text)) + gap;
+    char* result = newText(length);
+    char* end = result;
+    bool first = true;
+    for (const char* text : texts) {
+        if (!first)
+            end = std::copy_n(separator, gap, end);
+        first = false;
+        end = std::copy_n(orEmpty(text), std::strlen(orEmpty(text)), end);
+    }
+    *end = '\0';
+    return result;
+}
+
+struct TextArray {
+    const char* const* texts;
+    int count;
+    const char* const* begin() const { return texts; }
+    const char* const* end() const { return texts + count; }
+};
+
+} // namespace
+
+char* mkcpy(const char* text) {
+    return text != nullptr ? copyOf(text, std::strlen(text)) : nullptr;
+}
+
+char* mkncpy(const char* text, int length) {
+    if (text == nullptr)
+        return nullptr;
+    return copyOf(text, strnlen(text, static_cast<std::size_t>(std::max(length, 0))));
+}
+
+char* concat(const char* a, const char* b) {
+    return join(std::initializer_list<const char*>{a, b}, "");
+}
+
+char* concat3(const char* a, const char* b, const char* c) {
+    return join(std::initializer_list<const char*>{a, b, c}, "");
+}
+
+char* concat4(const char* a, const char* b, const char* c, const char* d) {
+    return join(std::initializer_list<const char*>{a, b, c, d}, "");
+}
+
+char* concat_texts(const char* const* texts, int count, const char* separator) {
+    const bool any = texts != nullptr && count > 0;
+    return join(TextArray{texts, any ? count : 0}, orEmpty(separator));
+}
+
+char* concat_onto(char* text, const char* more) {
+    const std::size_t length = std::strlen(orEmpty(text));
+    const std::size_t added = std::strlen(orEmpty(more));
+    // realloc may move the block that `more` points into.
+    const bool own = text != nullptr && more != nullptr && !std::less<>()(more, text) &&
+                     !std::less<>()(text + length, more);
+    const std::size_t offset = own ? static_cast<std::size_t>(more - text) : 0;
+    char* result = static_cast<char*>(kaz::detail::reallocate(text, length + added + 1));
+    std::memcpy(result + length, own ? result + offset : orEmpty(more), added);
+    result[length + added] = '\0';
+    return result;
+}
+
+int kaz_fast_stricmp(const char* a, const char* b) {
+    const char* left = orEmpty(a);
+    const char* right = orEmpty(b);
+    for (;; ++left, ++right) {
+        // Equal bytes are the common case and need no tolower, whatever the locale.
+        if (*left == *right) {
+            if (*left == '\0')
+                return 0;
+            continue;
+        }
+        const int l = std::tolower(static_cast<unsigned char>(*left));
+        const int r = std::tolower(static_cast<unsigned char>(*right));
+        if (l != r)
+            return l < r ? -1 : 1;
+    }
+}
+
+bool is_pattern(const char* name, int classes) {
+    return std::strpbrk(orEmpty(name), classes != 0 ? "*?[" : "*?") != nullptr;
+}
+
+char* string_replace_char(const char* text, char c, const char* replacement) {
+    if (text == nullptr || c == '\0')
+        return mkcpy(text);
+    const char* insert = orEmpty(replacement);
+    const std::size_t insertLength = std::strlen(insert);
+    const std::size_t length = std::strlen(text);
+    const auto hits = static_cast<std::size_t>(std::count(text, text + length, c));
+    char* result = newText(length - hits + hits * insertLength);
+    char* end = result;
+    for (const char* from = text; *from != '\0'; ++from) {
+        if (*from == c)
+            end = std::copy_n(insert, insertLength, end);
+        else
+            *end++ = *from;
+    }
+    *end = '\0';
+    return result;
+}
