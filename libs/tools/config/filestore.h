@@ -7,7 +7,7 @@
 /// filestore directory and the database state from the tools context.
 ///
 /// Names are limited to 139 characters (140 with the terminator), those of system
-/// files to 140. A function that returns a `char*` returns a process-wide buffer
+/// files and diagram files to 140. A function that returns a `char*` returns a process-wide buffer
 /// of its own that its next call overwrites. Nothing here throws except when
 /// memory runs out.
 ///
@@ -122,9 +122,10 @@ KAZ_API int edit_name_is_legal(int checks, int report);
 
 /// The file name of the current diagram: system directory, filestore directory,
 /// and the diagram name (with kaz_diag_strcpy's replacements), a "." and the
-/// revision when there is one. Null without a diagram name.
+/// revision when there is one; "" without a diagram name. Makes nothing.
 ///
-/// A revision of more than 71 characters is reported and cut to that; a name that
-/// would be longer than 139 characters is reported and cut. When the environment
-/// variable "edit_debug_diag_rev" is set, the name is traced on standard error.
+/// A revision that is empty or of more than 71 characters is reported and cut to
+/// what fits; a name of more than 140 characters is reported and cut. When the
+/// environment variable "edit_debug_diag_rev" is set, the revision in use is
+/// traced on standard error.
 KAZ_API char* edit_make_name();

@@ -102,10 +102,9 @@ KAZ_API KazString kazMoxBinDir();
 /// with a separator at its end. Any other path is returned unchanged, and so is
 /// one for a user without a home directory; null gives "".
 ///
-/// The home directory is "HOME" when that names an existing directory; else the
-/// platform's: the password database's on POSIX, and on Windows the suite's own
-/// directory in the user's application data, made when missing. The one that is
-/// found through "USERPROFILE" comes with double quotes around the whole path.
+/// The home directory is "HOME" when that names an existing directory, without a
+/// separator at its end; else the one in the system's user database, when it
+/// exists. Nothing is created.
 ///
 /// The result of an expansion lives in one process-wide buffer that the next
 /// expansion replaces; @p path may lie in that buffer.
@@ -137,22 +136,23 @@ KAZ_API void TI_Vr_done();
 /// The time that TI_Vr_done recorded last; 0 when there was no such file.
 KAZ_API std::time_t TI_Vr_time();
 
-/// Where a variable's value in force comes from.
+/// Where the definition in force of a variable comes from.
 enum KazVariableSource {
-    KazUndefined, ///< Not defined, or empty.
-    KazRunTime,   ///< Assigned with TI_Vasg.
-    KazDefined,   ///< Defined by the library or with TI_Var, from no file.
-    KazFile,      ///< Defined by a file.
+    KazUndefined,   ///< Nowhere.
+    KazEnvironment, ///< The environment variable "KAZ_<NAME>".
+    KazRunTime,     ///< An assignment with TI_Vasg.
+    KazDefined,     ///< The library itself or TI_Var, thus no file.
+    KazFile,        ///< A file.
 };
 
-/// What TI_Vcont(name) would answer comes from. For KazFile, @p file (when not
-/// null) receives the name of the file that gave the definition; in every other
-/// case it becomes empty. Reads the files if that has not happened yet.
-KAZ_API KazVariableSource TI_Vsource(const char* name, KazString* file);
+/// Where the answer of TI_EnvVcont(name) comes from; a definition with an empty
+/// value counts. @p file (may be null) receives the name of the file for KazFile
+/// and becomes empty otherwise. Reads the files if that has not happened yet.
+KAZ_API KazVariableSource TI_EnvVsource(const char* name, KazString* file);
 
 /// Calls @p visit with the name of each variable that has a definition or a
 /// run-time assignment, an empty one included, in byte order of the names, each
 /// once, with @p data handed through. @p visit may define and assign variables;
-/// names that come new meanwhile are not visited. Reads the files if that has
-/// not happened yet.
+/// names that come new meanwhile are not visited. Does nothing for a null
+/// @p visit. Reads the files if that has not happened yet.
 KAZ_API void TI_Vwalk(void (*visit)(const char* name, void* data), void* data);

@@ -1,0 +1,35 @@
+/// @file
+/// Building file names piece by piece and in buffers of fixed size.
+#pragma once
+
+#include "tools/strings/KazString.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace kaz::detail {
+
+inline const char* orEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+/// Copies as much of @p text as fits with its terminator. They may overlap.
+inline void copyCut(char* buffer, std::size_t size, const char* text) {
+    if (size == 0)
+        return;
+    const std::size_t length = std::min(std::strlen(text), size - 1);
+    std::memmove(buffer, text, length);
+    buffer[length] = '\0';
+}
+
+/// Appends a component with a separator before it where there is none.
+inline void appendPart(KazString& path, const char* part) {
+    const int length = path.getLength();
+    const char last = length > 0 ? path.getValue()[length - 1] : '\\';
+    if (last != '\\' && last != '/')
+        path += '\\';
+    path += part;
+}
+
+} // namespace kaz::detail

@@ -1,0 +1,244 @@
+#include "tools/config/filestore.h"
+
+#include "tools/app/KazApp.h"
+#include "tools/app/KazToolsContext.h"
+#include "tools/config/detail/names.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/tifiles.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+namespace {
+
+using kaz::detail::appendPart;
+using kaz::detail::copyCut;
+using kaz::detail::orEmpty;
+
+constexpr int nameLimit = kazFilestoreNameSize;
+constexpr std::size_t nameSize = nameLimit;
+constexpr std::size_t sysFileSize = 141;
+
+KazString filestoreDir() {
+    const KazToolsContext* context = KazToolsContext::getInstance();
+    return context != nullptr ? context->getFilestoreDir() : KazString();
+}
+
+/// The project directory; a "~" that a shell was kept from expanding has lost
+/// its backslash.
+const char* projectDir() {
+    const char* dir = orEmpty(kaz_env_projdir());
+    return std::strncmp(dir, "\\~", 2) == 0 ? dir + 1 : dir;
+}
+
+/// Sets the process's file-creation mask for a scope.
+class ScopedMask {
+public:
+    explicit ScopedMask(unsigned long mask)
+        : previous(kaz::host::setFileMask(static_cast<unsigned>(mask))) {}
+    ~ScopedMask() { kaz::host::setFileMask(previous); }
+    ScopedMask(const ScopedMask&) = delete;
+    ScopedMask& operator=(const ScopedMask&) = delete;
+
+private:
+    unsigned previous;
+};
+
+bool isUsableDirectory(const char* dir) {
+    return *dir == '\0' ||
+           (kaz::host::isDirectory(dir) && kaz::host::access(dir, kazIsDbReadonly() ? 5 : 7) == 0);
+}
+
+void appendIfItFits(char (&path)[nameSize], const char* part) {
+    if (std::strlen(path) + std::strlen(part) + 1 < nameSize)
+        kaz_fs_cat_dir(path, path + nameSize, part);
+}
+
+/// The path of a file of the current system, or empty when something it is made
+/// of is missing or when it is too long.
+KazString sysFilePath(const char* subdirectory, const char* name) {
+    KazString path = _TI_hm(projectDir());
+    const char* system = orEmpty(kaz_env_system());
+    if (!path || *system == '\0' || name == nullptr)
+        return KazString();
+    appendPart(path, system);
+    if (*subdirectory != '\0')
+        appendPart(path, subdirectory);
+    appendPart(path, name);
+    return static_cast<std::size_t>(path.getLength()) < sysFileSize ? path : KazString();
+}
+
+void report(const KazString& message) {
+    const KazApp* app = KazApp::getInstance();
+    if (app != nullptr && app->isGraphical())
+        print_msg("%s", message.getValue());
+    else
+        print_err("%s", message.getValue());
+}
+
+void reportOpenFailure(const char* name, int error) {
+    const char* revision = orEmpty(kaz_env_revision());
+    const std::string reason = kaz::host::errorText(error);
+    KazString message;
+    if (reason.empty())
+        message.format("%s Revision %s: Undocumented system error: %d", name, revision, error);
+    else
+        message.format("%s Revision %s: %.30s", name, revision, reason.c_str());
+    report(message);
+}
+
+std::FILE* openSysFile(const char* subdirectory, const char* name, const char* mode) {
+    const KazString path = sysFilePath(subdirectory, name);
+    if (!path || mode == nullptr)
+        return nullptr;
+    std::FILE* stream = kaz_fs_system_umask_fopen(path, mode);
+    if (stream == nullptr)
+        reportOpenFailure(name, errno);
+    return stream;
+}
+
+} // namespace
+
+int kazGetDbOpen() {
+    const KazToolsContext* context = KazToolsContext::getInstance();
+    return context != nullptr ? context->getDbOpen() : 0;
+}
+
+void kazSetDbOpen(int state) {
+    if (KazToolsContext* context = KazToolsContext::getInstance())
+        context->setDbOpen(state);
+}
+
+bool kazIsDbReadonly() {
+    const KazToolsContext* context = KazToolsContext::getInstance();
+    return context != nullptr && context->isDbReadonly();
+}
+
+void kazSetDbReadonly(bool readonly) {
+    if (KazToolsContext* context = KazToolsContext::getInstance())
+        context->setDbReadonly(readonly);
+}
+
+void kaz_fs_filestore_dir_asgn(const KazString& dir) {
+    if (KazToolsContext* context = KazToolsContext::getInstance())
+        context->setFilestoreDir(dir);
+}
+
+char* kaz_fs_filestore_path() {
+    static char path[nameSize];
+    const KazString project = orEmpty(kaz_env_projdir());
+    const KazString system = orEmpty(kaz_env_system());
+    const KazString filestore = filestoreDir();
+    path[0] = '\0';
+    if (static_cast<std::size_t>(project.getLength()) < nameSize)
+        copyCut(path, nameSize, project);
+    appendIfItFits(path, system);
+    if (filestore)
+        appendIfItFits(path, filestore);
+    return path;
+}
+
+int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
+    if (dir == nullptr)
+        return 1;
+    const std::size_t length = std::strlen(dir);
+    const bool hasSub = *orEmpty(sub) != '\0';
+    if (length >= nameSize)
+        return hasSub ? 2 : !isUsableDirectory(dir);
+
+    // A name of its own, because the expansion of "~" may outgrow dir.
+    char name[nameSize];
+    copyCut(name, nameSize, dir);
+    edit_make_dir_name(name);
+    if (hasSub) {
+        const std::size_t room = end == nullptr ? length : end > dir ? std::size_t(end - dir) : 0;
+        const auto limit = static_cast<int>(std::min(room, nameSize));
+        if (TI_catfile(name, sub, name, limit) == nullptr)
+            return 2;
+        edit_make_dir_name(name);
+    }
+    if (hasSub || std::strlen(name) <= length)
+        std::strcpy(dir, name);
+    return isUsableDirectory(name) ? 0 : 1;
+}
+
+unsigned long kaz_fs_file_umask(const char* path) {
+    kaz::host::FileStatus status;
+    if (kaz::host::status(orEmpty(path), status) != 0)
+        return kaz::host::fileMask();
+    return status.mode ^ 0666U;
+}
+
+unsigned long kaz_fs_system_umask() {
+    return kaz_fs_file_umask(kazComposePath(kaz_env_system_dir(), ".sys_file_mode"));
+}
+
+std::FILE* kaz_fs_system_umask_fopen(const char* path, const char* mode) {
+    const ScopedMask mask(kaz_fs_system_umask());
+    return TI_fopen(path, mode);
+}
+
+std::FILE* kaz_fs_open_sys_file(char* name, char* mode) {
+    return openSysFile("", name, mode);
+}
+
+std::FILE* kaz_fs_open_filestore_file(char* name, char* mode) {
+    return openSysFile(filestoreDir(), name, mode);
+}
+
+char* edit_get_sys_dir() {
+    static char dir[nameSize];
+    const KazString project = projectDir();
+    const KazString system = orEmpty(kaz_env_system());
+    copyCut(dir, nameSize, project);
+    const bool fits = static_cast<std::size_t>(project.getLength()) < nameSize &&
+                      kaz_fs_cat_dir(dir, dir + nameSize, system) != 2;
+    if (!fits) {
+        KazString whole = project;
+        appendPart(whole, system);
+        copyCut(dir, nameSize, whole);
+        print_err("System directory '%s': name too long:", dir);
+    }
+    return dir;
+}
+
+int edit_make_dir_name(char* dir) {
+    if (dir == nullptr || *dir == '\0')
+        return -1;
+    TI_userdir(dir, nameLimit);
+    TI_makedir(dir, nameLimit);
+    return 0;
+}
+
+int edit_set_store_dir() {
+    static char remembered[nameSize];
+    const char* system = orEmpty(kaz_env_system_dir());
+    char name[nameSize] = "";
+    if (kazGetDbOpen() == 1 && std::strlen(system) < nameSize) {
+        copyCut(name, nameSize, system);
+        if (kaz_fs_cat_dir(name, name + nameSize, filestoreDir()) != 0)
+            name[0] = '\0';
+    }
+    if (name[0] == '\0')
+        copyCut(name, nameSize, system);
+    if (std::strcmp(name, remembered) != 0) {
+        copyCut(remembered, nameSize, name);
+        TI_Vasg("filestore", remembered);
+    }
+    return 0;
+}
+
+void kaz_fs_make_absolute_dir(char* dir) {
+    if (dir == nullptr || *dir == '\0')
+        return;
+    const KazString full = kazFullPath(dir);
+    if (static_cast<std::size_t>(full.getLength()) < nameSize)
+        copyCut(dir, nameSize, full);
+    TI_makedir(dir);
+}

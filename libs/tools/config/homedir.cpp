@@ -1,0 +1,90 @@
+#include "tools/config/toolinfo.h"
+#include "tools/files/kazpath.h"
+#include "tools/platform/host.h"
+#include "tools/util/text.h"
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+bool isSeparator(char c) {
+    return c == '\\' || c == '/';
+}
+
+bool isHomePath(const char* path) {
+    return path[0] == '~' && (path[1] == '\0' || isSeparator(path[1]));
+}
+
+/// The directory that holds the lowest "bin" above @p path, else its root part.
+std::string directoryAboveBin(std::string path) {
+    while (kazDirPartLength(path.c_str()) > kazRootPartLength(path.c_str())) {
+        const std::size_t cut = path.find_last_of("\\/");
+        if (cut == path.npos)
+            break;
+        const bool found = kaz_fast_stricmp(path.c_str() + cut + 1, "bin") == 0;
+        path.resize(cut);
+        if (found)
+            return path;
+    }
+    return kazPathRootPart(path.c_str()).getValue();
+}
+
+std::string homeDirectory() {
+    const char* home = kaz::host::environment("HOME");
+    if (home == nullptr || !kaz::host::isDirectory(home))
+        return kaz::host::homeDirectory();
+    std::string result = kaz::host::nativePath(home);
+    if (!result.empty() && isSeparator(result.back()))
+        result.pop_back();
+    return result;
+}
+
+} // namespace
+
+const char* TI_myRootDir() {
+    static constinit const char* root = nullptr;
+    if (root == nullptr) {
+        const std::string module = kaz::host::moduleFileName();
+        if (!module.empty())
+            root = mkcpy(directoryAboveBin(module).c_str());
+    }
+    return root;
+}
+
+KazString kazMoxRootDir() {
+    return KazString(TI_myRootDir());
+}
+
+KazString kazMoxBinDir() {
+    return kazDirForDisplay(kazPathDirPart(kaz::host::moduleFileName().c_str()));
+}
+
+const char* _TI_hm(const char* path) {
+    // Never destroyed: static objects of a tool may expand paths to the very end.
+    static std::string& buffer = *new std::string;
+    if (path == nullptr)
+        return "";
+    if (!isHomePath(path))
+        return path;
+    std::string expanded = homeDirectory();
+    if (expanded.empty())
+        return path;
+    expanded += '\\';
+    expanded += path + (path[1] == '\0' ? 1 : 2);
+    buffer.swap(expanded);
+    return buffer.c_str();
+}
+
+const char* kazGetUserHomeDir() {
+    return mkcpy(_TI_hm("~"));
+}
+
+void TI_userdir(char* buffer, int size) {
+    if (buffer == nullptr || buffer[0] != '~')
+        return;
+    const char* expanded = _TI_hm(buffer);
+    const std::size_t length = std::strlen(expanded);
+    if (size > 0 && length < static_cast<std::size_t>(size))
+        std::memmove(buffer, expanded, length + 1);
+}

@@ -1,0 +1,333 @@
+#include "tools/config/toolinfo.h"
+
+#include "tools/app/KazToolsContext.h"
+#include "tools/config/detail/ToolInfoTable.h"
+#include "tools/files/kazpath.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace {
+
+using kaz::detail::ToolInfoLine;
+using kaz::detail::ToolInfoTable;
+
+constexpr std::size_t chainLimit = 10;
+
+constinit bool overwriteFlag = true;
+constinit std::time_t recordedTime = 0;
+
+/// Sets the overwrite flag for a scope.
+class ScopedOverwrite {
+public:
+    explicit ScopedOverwrite(bool overwrite) : previous(TI_V_set_overwrite(overwrite)) {}
+    ~ScopedOverwrite() { overwriteFlag = previous; }
+    ScopedOverwrite(const ScopedOverwrite&) = delete;
+    ScopedOverwrite& operator=(const ScopedOverwrite&) = delete;
+
+private:
+    bool previous;
+};
+
+struct CloseStream {
+    void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+KazString& rememberedName() {
+    // Never destroyed, like the table of the variables.
+    static KazString& name = *new KazString;
+    return name;
+}
+
+KazStringToStringMap* runTimeVariables() {
+    KazToolsContext* context = KazToolsContext::getInstance();
+    return context != nullptr ? context->getVars() : nullptr;
+}
+
+/// Null for a directory too: some hosts open one and fail on reading only.
+Stream openFile(const char* path) {
+    return Stream(kaz::host::isDirectory(path) ? nullptr : kaz::host::openStream(path, "r"));
+}
+
+/// Opens @p name and remembers it when that works.
+Stream openAndRemember(const KazString& name) {
+    Stream stream = openFile(name);
+    if (stream)
+        rememberedName() = name;
+    return stream;
+}
+
+std::string readAll(std::FILE* stream) {
+    std::string text;
+    char piece[1 << 16];
+    while (const std::size_t count = std::fread(piece, 1, sizeof piece, stream))
+        text.append(piece, count);
+    return text;
+}
+
+void readInto(ToolInfoTable& table, std::FILE* stream, const KazString& name) {
+    const std::string text = readAll(stream);
+    table.defineAll(kaz::detail::parseToolInfoText(text), name, overwriteFlag);
+}
+
+/// A file name as configuration spells it, made explicit and native.
+KazString resolvedName(const char* value) {
+    const KazString expanded = _TI_hm(value);
+    return kazComposePath(TI_myRootDir(), expanded);
+}
+
+Stream openDefaultFile() {
+    Stream stream = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
+    for (const char* name : {"ToolInfo.W32NTX86", "ToolInfo"}) {
+        if (stream)
+            break;
+        stream = openAndRemember(kazComposePath(TI_myRootDir(), name));
+    }
+    return stream;
+}
+
+Stream openFirstFile() {
+    if (rememberedName())
+        if (Stream stream = openFile(rememberedName()))
+            return stream;
+    for (const char* variable : {"ToolInfo", "TOOLINFO"}) {
+        if (const char* value = kaz::host::environment(variable)) {
+            // Remembered even if it does not open: it is what the user asked for.
+            rememberedName() = resolvedName(value);
+            return openFile(rememberedName());
+        }
+    }
+    return openDefaultFile();
+}
+
+void reportNoFile() {
+    if (const char* value = kaz::host::environment("ToolInfo"))
+        fatal_err("Can't open ToolInfo file: %s,\n"
+                  "is ToolInfo environment variable set correctly?\n",
+                  value);
+    else
+        fatal_err("ToolInfo environment variable is not set\n");
+}
+
+/// Character classification follows the user's locale from here on.
+KazString localeInForce() {
+    const char* name = std::setlocale(LC_CTYPE, "");
+    return KazString(name != nullptr ? name : std::setlocale(LC_CTYPE, nullptr));
+}
+
+/// One file under two spellings is one file.
+bool isSameFile(const KazString& a, const KazString& b) {
+    return a == b || kazFullPath(a) == kazFullPath(b);
+}
+
+/// Reads the files that the table's "ToolInfo" leads to, and appends their names.
+void followChain(ToolInfoTable& table, std::vector<KazString>& names) {
+    KazString next;
+    while (names.size() < chainLimit && table.find("ToolInfo", next) && next) {
+        const KazString name = resolvedName(next);
+        const bool known = std::any_of(names.begin(), names.end(), [&name](const KazString& read) {
+            return isSameFile(read, name);
+        });
+        if (known)
+            return;
+        const Stream stream = openFile(name);
+        if (!stream)
+            return;
+        table.remove("ToolInfo");
+        readInto(table, stream.get(), name);
+        names.push_back(name);
+    }
+}
+
+KazString joined(const std::vector<KazString>& names) {
+    KazString result;
+    for (const KazString& name : names) {
+        if (result)
+            result += ' ';
+        result += name;
+    }
+    return result;
+}
+
+void readFiles() {
+    const KazString locale = localeInForce();
+    Stream stream(_TI_Cfile());
+    if (!stream) {
+        reportNoFile();
+        return;
+    }
+    ToolInfoTable& table = ToolInfoTable::instance();
+    std::vector<KazString> names{rememberedName()};
+    {
+        const ScopedOverwrite laterWins(true);
+        readInto(table, stream.get(), names.front());
+    }
+    table.define("TI_locale", locale, true);
+    {
+        const ScopedOverwrite earlierWins(false);
+        followChain(table, names);
+    }
+    table.define("ToolInfo", names.front(), true);
+    table.define("ToolInfoPath", joined(names), true);
+    TI_Vr_done();
+}
+
+/// The value of "KAZ_<NAME>", or null.
+const char* kazVariable(const char* name) {
+    std::string variable = "KAZ_";
+    for (; *name != '\0'; ++name)
+        variable += *name >= 'a' && *name <= 'z' ? static_cast<char>(*name - 'a' + 'A') : *name;
+    return kaz::host::environment(variable.c_str());
+}
+
+std::vector<KazString> allNames() {
+    std::vector<KazString> names;
+    ToolInfoTable::instance().appendNames(names);
+    if (const KazStringToStringMap* assigned = runTimeVariables())
+        for (KazStringToStringMapIterator i(*assigned); !i.isDone(); i.next())
+            names.push_back(i.getKey());
+    std::sort(names.begin(), names.end(),
+              [](const KazString& a, const KazString& b) { return std::strcmp(a, b) < 0; });
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+} // namespace
+
+int TI_Vinit() {
+    static constinit bool initialised = false;
+    if (initialised)
+        return 0;
+    // Set before the reading: a director may look a variable up while it shows
+    // the fatal error. When something is thrown, the next lookup tries again.
+    initialised = true;
+    try {
+        readFiles();
+    } catch (...) {
+        initialised = false;
+        throw;
+    }
+    return 0;
+}
+
+const char* TI_Vcont(const char* name) {
+    if (name == nullptr)
+        return nullptr;
+    TI_Vinit();
+    const KazString key = name;
+    KazStringToStringMap* assigned = runTimeVariables();
+    KazString value;
+    if (assigned == nullptr || !assigned->valueOf(key, value))
+        ToolInfoTable::instance().find(key, value);
+    // The map's own reference keeps the text when this one goes.
+    return value ? value.getValue() : nullptr;
+}
+
+const char* TI_EnvVcont(const char* name) {
+    if (name == nullptr)
+        return nullptr;
+    const char* value = kazVariable(name);
+    return value != nullptr ? value : TI_Vcont(name);
+}
+
+const char* TI_SameEnvVcont(const char* name) {
+    if (name == nullptr)
+        return nullptr;
+    const char* value = kaz::host::environment(name);
+    return value != nullptr ? value : TI_Vcont(name);
+}
+
+int TI_Var(const char* line) {
+    ToolInfoLine definition;
+    if (line == nullptr || !kaz::detail::parseToolInfoLine(line, definition))
+        return -1;
+    ToolInfoTable::instance().define(kaz::detail::makeString(definition.name),
+                                     kaz::detail::makeString(definition.value), overwriteFlag);
+    return 0;
+}
+
+int TI_Vasg(const char* name, const char* value) {
+    if (name == nullptr)
+        return -1;
+    const KazString key = name;
+    if (!overwriteFlag && ToolInfoTable::instance().defines(key))
+        return -1;
+    KazStringToStringMap* assigned = runTimeVariables();
+    if (assigned == nullptr)
+        return -1;
+    return assigned->bind(key, KazString(_TI_hm(value)), overwriteFlag) ? 0 : -1;
+}
+
+int TI_V_user_file(const char* path, bool overwrite) {
+    const Stream stream = path != nullptr ? openFile(path) : nullptr;
+    if (!stream)
+        return -1;
+    const ScopedOverwrite scope(overwrite);
+    readInto(ToolInfoTable::instance(), stream.get(), kazNormalizedPath(path));
+    return 0;
+}
+
+bool TI_V_set_overwrite(bool overwrite) {
+    const bool previous = overwriteFlag;
+    overwriteFlag = overwrite;
+    return previous;
+}
+
+std::FILE* _TI_Cfile() {
+    return openFirstFile().release();
+}
+
+int TI_Name(char* out) {
+    const KazString& name = rememberedName();
+    if (out == nullptr || !name)
+        return -1;
+    const std::size_t length =
+        std::min(static_cast<std::size_t>(name.getLength()), kaz::host::pathLimit() - 1);
+    std::memcpy(out, name.getValue(), length);
+    out[length] = '\0';
+    return 0;
+}
+
+void TI_Vr_done() {
+    kaz::host::FileStatus status;
+    kaz::host::status(rememberedName(), status);
+    recordedTime = static_cast<std::time_t>(status.modified);
+}
+
+std::time_t TI_Vr_time() {
+    return recordedTime;
+}
+
+KazVariableSource TI_EnvVsource(const char* name, KazString* file) {
+    KazString from;
+    KazVariableSource source = KazUndefined;
+    if (name != nullptr && kazVariable(name) != nullptr) {
+        source = KazEnvironment;
+    } else if (name != nullptr) {
+        TI_Vinit();
+        KazStringToStringMap* assigned = runTimeVariables();
+        if (assigned != nullptr && assigned->isBound(name)) {
+            source = KazRunTime;
+        } else if (ToolInfoTable::instance().defines(name)) {
+            from = ToolInfoTable::instance().fileOf(name);
+            source = from ? KazFile : KazDefined;
+        }
+    }
+    if (file != nullptr)
+        *file = from;
+    return source;
+}
+
+void TI_Vwalk(void (*visit)(const char* name, void* data), void* data) {
+    if (visit == nullptr)
+        return;
+    TI_Vinit();
+    for (const KazString& name : allNames())
+        visit(name, data);
+}

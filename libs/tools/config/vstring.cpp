@@ -1,0 +1,269 @@
+#include "tools/config/vstring.h"
+
+#include "tools/app/KazToolsContext.h"
+#include "tools/config/toolinfo.h"
+#include "tools/containers/KazArrayPtr.h"
+#include "tools/util/memory.h"
+#include "tools/util/text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+constexpr int builtInCount = 2;
+
+const char* lookUpSimple(const char* name) {
+    KazToolsContext* context = KazToolsContext::getInstance();
+    KazString value;
+    if (context == nullptr || !context->refSimpleVars().valueOf(name, value))
+        return nullptr;
+    // The map's own reference keeps the text when this one goes.
+    return value.getValue();
+}
+
+const char* lookUpToolInfo(const char* name) {
+    const char* point = std::strchr(name, '.');
+    return std::strncmp(name, "ti", 2) == 0 && point != nullptr ? TI_Vcont(point + 1) : nullptr;
+}
+
+/// The stack of lookup functions, with at least the two at its bottom.
+KazArrayPtr& lookupStack() {
+    // Never destroyed: static objects of a tool may expand texts to the very end.
+    static KazArrayPtr& stack = *new KazArrayPtr;
+    if (stack.getSize() == 0) {
+        stack.add(reinterpret_cast<void*>(&lookUpSimple));
+        stack.add(reinterpret_cast<void*>(&lookUpToolInfo));
+    }
+    return stack;
+}
+
+void* panickingRealloc(void* block, std::size_t size, const char* function) {
+    void* result = std::realloc(block, size);
+    if (result == nullptr)
+        memory_panic(function);
+    return result;
+}
+
+struct Free {
+    void operator()(void* block) const { std::free(block); }
+};
+using HeapText = std::unique_ptr<char, Free>;
+
+/// The characters of an expansion, in a block that one expansion leaves to the
+/// next. An expansion inside a lookup function finds no block and makes one.
+class Output {
+public:
+    Output() : block(kept), size(keptSize), used(0) {
+        kept = nullptr;
+        keptSize = 0;
+        if (block == nullptr)
+            resize(firstSize);
+    }
+    ~Output() {
+        if (keptSize < size) {
+            std::swap(kept, block);
+            keptSize = size;
+        }
+        std::free(block);
+    }
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    void append(std::string_view text) { std::memcpy(room(text.size()), text.data(), text.size()); }
+    void fill(std::size_t count, char c) { std::memset(room(count), c, count); }
+
+    char* copy() {
+        *room(1) = '\0';
+        return mkcpy(block);
+    }
+
+private:
+    static constexpr std::size_t firstSize = 1024;
+    static constexpr std::size_t step = 200;
+
+    char* room(std::size_t count) {
+        if (count > size - used)
+            grow(count);
+        char* place = block + used;
+        used += count;
+        return place;
+    }
+
+    /// At least half as much again each time, so that the growth of a long text
+    /// costs time in proportion to its length.
+    void grow(std::size_t count) {
+        if (count > SIZE_MAX / 2 - used)
+            memory_panic("vstring_sub");
+        const std::size_t wanted = std::max(used + count, size + size / 2);
+        resize(size + (wanted - size + step - 1) / step * step);
+    }
+
+    void resize(std::size_t newSize) {
+        block = static_cast<char*>(panickingRealloc(block, newSize, "vstring_sub"));
+        size = newSize;
+    }
+
+    static constinit char* kept;
+    static constinit std::size_t keptSize;
+
+    char* block;
+    std::size_t size;
+    std::size_t used;
+};
+
+constinit char* Output::kept = nullptr;
+constinit std::size_t Output::keptSize = 0;
+
+/// One run over a text.
+class Expansion {
+public:
+    explicit Expansion(std::string_view text) : input(text) {}
+
+    char* run() {
+        while (!input.empty()) {
+            if (input.front() == '\\')
+                takeBackslashes();
+            else if (input.starts_with("${"))
+                takeReference();
+            else if (input.front() == '"')
+                takeQuote();
+            else
+                takePlain();
+        }
+        return output.copy();
+    }
+
+private:
+    // Beyond it the doubling of a single backslash would fill the memory.
+    static constexpr unsigned depthLimit = 20;
+
+    std::string_view next(std::size_t count) {
+        const std::string_view taken = input.substr(0, count);
+        input.remove_prefix(taken.size());
+        return taken;
+    }
+
+    void takeBackslashes() {
+        const std::string_view run = next(std::min(input.find_first_not_of('\\'), input.size()));
+        output.append(run);
+        backslashes = run.size();
+    }
+
+    void takePlain() {
+        // A "$" here begins no reference.
+        output.append(next(std::min(input.find_first_of("\\$\"", 1), input.size())));
+        backslashes = 0;
+    }
+
+    void takeQuote() {
+        const std::uint64_t nested = std::uint64_t(1) << depth;
+        if (backslashes == nested / 2)
+            ++depth;
+        else if (backslashes == nested / 4)
+            --depth;
+        output.append(next(1));
+        backslashes = 0;
+    }
+
+    void takeReference() {
+        next(2);
+        backslashes = 0;
+        // Without the note a text of many openings would be searched for each.
+        const std::size_t end = unclosed ? input.npos : input.find('}');
+        if (end == input.npos) {
+            unclosed = true;
+            return;
+        }
+        const std::string_view name = next(end);
+        next(1);
+        if (const char* value = valueOf(name))
+            appendValue(value);
+    }
+
+    const char* valueOf(std::string_view name) {
+        const HeapText copy(static_cast<char*>(
+            panickingRealloc(nullptr, name.size() + 1, "vstring_replace_one_var")));
+        std::memcpy(copy.get(), name.data(), name.size());
+        copy.get()[name.size()] = '\0';
+        return vstring_lookup_var(copy.get());
+    }
+
+    void appendValue(std::string_view value) {
+        for (std::size_t at = 0; depth > 0 && (at = value.find('\\')) != value.npos;) {
+            if (depth > depthLimit)
+                memory_panic("vstring_sub");
+            output.append(value.substr(0, at));
+            output.fill(std::size_t(1) << depth, '\\');
+            value.remove_prefix(at + 1);
+        }
+        output.append(value);
+    }
+
+    std::string_view input;
+    Output output;
+    std::uint64_t backslashes = 0; ///< directly before the input
+    unsigned depth = 0;            ///< of nested quotes; each level needs twice the text
+    bool unclosed = false;         ///< no "}" is left
+};
+
+} // namespace
+
+bool vstring_push_lookup_func(const char* (*lookup)(const char*)) {
+    if (lookup != nullptr)
+        lookupStack().add(reinterpret_cast<void*>(lookup));
+    return true;
+}
+
+void vstring_pop_lookup_func() {
+    KazArrayPtr& stack = lookupStack();
+    if (stack.getSize() > builtInCount)
+        stack.remove();
+}
+
+bool vstring_clear_lookup_funcs() {
+    while (lookupStack().getSize() > builtInCount)
+        vstring_pop_lookup_func();
+    return true;
+}
+
+void vstring_set_simple_var(const char* name, const char* value) {
+    if (KazToolsContext* context = KazToolsContext::getInstance())
+        context->refSimpleVars().bind(name, value, true);
+}
+
+const char* vstring_lookup_var(const char* name) {
+    const KazArrayPtr& stack = lookupStack();
+    if (name == nullptr)
+        name = "";
+    // A function may change the stack while it is asked; those below it that are
+    // still there come next.
+    for (int i = stack.getSize() - 1; i >= 0; i = std::min(i, stack.getSize()) - 1) {
+        const auto lookup = reinterpret_cast<vstring_lookup_func>(stack.getAt(i));
+        if (const char* value = lookup(name))
+            return value;
+    }
+    return nullptr;
+}
+
+int vstring_num_vars(const char* text) {
+    int count = 0;
+    for (; text != nullptr && *text != '\0'; ++text) {
+        if (*text == '\\' && text[1] != '\0')
+            ++text;
+        else if (*text == '$' && text[1] == '{')
+            ++count;
+    }
+    return count;
+}
+
+bool vstring_sub(const char* text, char** result) {
+    if (result == nullptr)
+        return false;
+    *result = Expansion(text != nullptr ? text : "").run();
+    return true;
+}
