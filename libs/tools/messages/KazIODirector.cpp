@@ -1,0 +1,193 @@
+#include "tools/messages/KazIODirector.h"
+
+#include "tools/messages/messages.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+/// Every director alive. One that goes must not stay behind as the director
+/// that another falls back to. Never destroyed: directors may be static.
+std::vector<KazIODirector*>& liveDirectors() {
+    static auto* const directors = new std::vector<KazIODirector*>;
+    return *directors;
+}
+
+} // namespace
+
+constinit KazIODirector* KazIODirector::theIODirector = nullptr;
+
+KazIODirector::KazIODirector() : fallenBack(false), previous(nullptr), progressIdCounter(0) {
+    liveDirectors().push_back(this);
+}
+
+KazIODirector::~KazIODirector() {
+    std::erase(liveDirectors(), this);
+    KazIODirector* const successor = previous == this ? nullptr : previous;
+    if (theIODirector == this)
+        theIODirector = successor;
+    for (KazIODirector* director : liveDirectors())
+        if (director->previous == this)
+            director->previous = successor;
+    progressMap.clear();
+}
+
+KazIODirector* KazIODirector::getInstance() {
+    if (theIODirector == nullptr)
+        theIODirector = new KazIODirector;
+    return theIODirector;
+}
+
+void KazIODirector::install() {
+    previous = theIODirector;
+    if (theIODirector != nullptr && theIODirector->isFinal() != 0)
+        return;
+    theIODirector = this;
+}
+
+void KazIODirector::fallBack() {
+    if (previous != nullptr)
+        theIODirector = previous;
+    else
+        fallenBack = true;
+}
+
+// The operation of the director in force, or the console's once it has fallen
+// back. A macro, because only a qualified call goes past the virtual table.
+#define DIRECT(operation, ...)                                                                     \
+    KazIODirector* const director = getInstance();                                                 \
+    return director->fallenBack ? director->KazIODirector::operation(__VA_ARGS__)                  \
+                                : director->operation(__VA_ARGS__)
+
+int KazIODirector::ttyStart(const char* command) {
+    DIRECT(doTtyStart, command);
+}
+
+void KazIODirector::ttyEnd(int ttyId) {
+    DIRECT(doTtyEnd, ttyId);
+}
+
+void KazIODirector::vttyMsg(int ttyId, const char* format, va_list args) {
+    DIRECT(doTtyMsg, ttyId, format, args);
+}
+
+void KazIODirector::vprintMsg(const char* format, va_list args) {
+    DIRECT(doPrintMsg, format, args);
+}
+
+void KazIODirector::vprintError(const char* format, va_list args) {
+    DIRECT(doPrintError, format, args);
+}
+
+void KazIODirector::vfatalError(const char* format, va_list args) {
+    DIRECT(doFatalError, format, args);
+}
+
+void KazIODirector::vprintSymMsg(_gu_set_struct_* symbols, const char* format, va_list args) {
+    DIRECT(doPrintSymMsg, symbols, format, args);
+}
+
+void KazIODirector::vprintSymError(_gu_set_struct_* symbols, const char* format, va_list args) {
+    DIRECT(doPrintSymError, symbols, format, args);
+}
+
+KazIODirector::Reply KazIODirector::confirm(const KazString& title, const KazString& message,
+                                            DialogType type, Reply defaultReply) {
+    DIRECT(doConfirm, title, message, type, defaultReply);
+}
+
+bool KazIODirector::getUserInput(KazString& result, const KazString& title, const KazString& prompt,
+                                 bool echo) {
+    DIRECT(doGetUserInput, result, title, prompt, echo);
+}
+
+int KazIODirector::progressStart(KazString title, int total) {
+    DIRECT(doProgressStart, title, total);
+}
+
+void KazIODirector::progressIncrement(int progressId, double amount, bool flag) {
+    DIRECT(doProgressIncrement, progressId, amount, flag);
+}
+
+void KazIODirector::vProgressMsg(int progressId, int level, const char* format, va_list args) {
+    DIRECT(doProgressMsg, progressId, level, format, args);
+}
+
+void KazIODirector::progressEnd(int progressId) {
+    DIRECT(doProgressEnd, progressId);
+}
+
+void KazIODirector::reset(int progressId) {
+    DIRECT(doReset, progressId);
+}
+
+#undef DIRECT
+
+// The console has no cancellation and no callbacks to fall back to: a director
+// that has fallen back is not asked at all.
+
+bool KazIODirector::cancelPending(int progressId) {
+    KazIODirector* const director = getInstance();
+    return !director->fallenBack && director->isCancelPending(progressId);
+}
+
+void KazIODirector::addCallback(int first, int second) {
+    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+        director->doAddCallback(first, second);
+}
+
+void KazIODirector::removeCallback(int first, int second) {
+    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+        director->doRemoveCallback(first, second);
+}
+
+void KazIODirector::notify(int event) {
+    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+        director->doNotify(event);
+}
+
+void KazIODirector::printMsg(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vprintMsg(format, args);
+    va_end(args);
+}
+
+void KazIODirector::printError(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vprintError(format, args);
+    va_end(args);
+}
+
+void KazIODirector::fatalError(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vfatalError(format, args);
+    va_end(args);
+}
+
+void KazIODirector::ttyMsg(int ttyId, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vttyMsg(ttyId, format, args);
+    va_end(args);
+}
+
+void KazIODirector::progressMsg(int progressId, int level, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vProgressMsg(progressId, level, format, args);
+    va_end(args);
+}
+
+// Second names of the four functions above, not functions of their own. An alias
+// has to be defined beside its target and names it as the linker does.
+void print_msg(const char* format, ...) __attribute__((alias("_ZN13KazIODirector8printMsgEPKcz")));
+void print_err(const char* format, ...)
+    __attribute__((alias("_ZN13KazIODirector10printErrorEPKcz")));
+void fatal_err(const char* format, ...)
+    __attribute__((alias("_ZN13KazIODirector10fatalErrorEPKcz")));
+void tty_msg(int ttyId, const char* format, ...)
+    __attribute__((alias("_ZN13KazIODirector6ttyMsgEiPKcz")));

@@ -1,0 +1,13 @@
+#include "tools/messages/KazNGProgress.h"
+
+KazNGProgress::KazNGProgress() = default;
+KazNGProgress::~KazNGProgress() = default;
+
+unsigned int KazNGProgress::setProgress(unsigned int value) {
+    progress = value;
+    return value;
+}
+
+unsigned int KazNGProgress::getProgress() const {
+    return progress;
+}

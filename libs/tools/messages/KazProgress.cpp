@@ -1,0 +1,167 @@
+#include "tools/messages/KazProgress.h"
+
+#include "tools/messages/KazProgressRange.h"
+
+#include <limits>
+#include <memory>
+#include <ostream>
+
+namespace {
+
+constexpr double complete = 100.0;
+
+/// Written so that a value that is not a number is out of range too.
+double orComplete(double value) {
+    return value >= 0 && value <= complete ? value : complete;
+}
+
+/// Truncates. Ranges that reach beyond 100 overall are possible, and what a
+/// derived class hands back as its value is its own affair.
+unsigned int toOverall(double value) {
+    constexpr unsigned int most = std::numeric_limits<unsigned int>::max();
+    return value < static_cast<double>(most) ? static_cast<unsigned int>(value) : most;
+}
+
+void deleteRange(void* range) {
+    delete static_cast<KazProgressRange*>(range);
+}
+
+KazProgressRange* asRange(void* element) {
+    return static_cast<KazProgressRange*>(element);
+}
+
+} // namespace
+
+// A range is deleted by the collection that it leaves, never beside it.
+
+KazProgress::KazProgress() {
+    ranges.setCheckOut(deleteRange);
+}
+
+KazProgress::KazProgress(const KazProgress& other) : KazProgress() {
+    copyRanges(other);
+}
+
+KazProgress& KazProgress::operator=(const KazProgress& other) {
+    if (this != &other) {
+        ranges.removeAll();
+        copyRanges(other);
+    }
+    return *this;
+}
+
+KazProgress::~KazProgress() = default;
+
+void KazProgress::initialize(bool doReset) {
+    if (doReset)
+        reset();
+    pushRange(complete);
+}
+
+bool KazProgress::operator==(const KazProgress& other) const {
+    return this == &other;
+}
+
+bool KazProgress::operator!=(const KazProgress& other) const {
+    return !(*this == other);
+}
+
+void KazProgress::print(std::ostream& os) const {
+    os << "KazProgress" << std::endl;
+}
+
+void KazProgress::reset() {
+    ranges.removeAll();
+    setProgress(0);
+}
+
+double KazProgress::set(double value, bool absolute) {
+    value = orComplete(value);
+    if (absolute)
+        return setProgress(toOverall(value));
+    if (KazProgressRange* range = innermost())
+        return setInRange(*range, value);
+    pushRange(complete);
+    if (KazProgressRange* range = innermost())
+        range->percent = value;
+    return setProgress(toOverall(value));
+}
+
+double KazProgress::setInRange(KazProgressRange& range, double value) {
+    if (range.percent == complete || value <= range.percent)
+        return range.percent;
+    double overall = value * range.scale + range.start;
+    if (overall > range.end) {
+        range.percent = complete;
+        overall = range.end;
+    }
+    if (overall <= getProgress())
+        return range.percent;
+    const unsigned int result = setProgress(toOverall(overall));
+    range.percent = (overall - range.start) / (range.end - range.start) * 100;
+    return result;
+}
+
+double KazProgress::get(bool absolute) const {
+    if (absolute)
+        return getProgress();
+    const KazProgressRange* const range = innermost();
+    return range != nullptr ? range->percent : 0.0;
+}
+
+double KazProgress::increment(double delta, bool absolute) {
+    delta = orComplete(delta);
+    const double overall = getProgress();
+    if (absolute)
+        return set(overall + delta, true);
+    const KazProgressRange* const range = innermost();
+    return set((range != nullptr ? range->percent : overall) + delta, false);
+}
+
+void KazProgress::pushRange(double share) {
+    share = orComplete(share);
+    auto range = std::make_unique<KazProgressRange>();
+    const double overall = getProgress();
+    range->share = share;
+    range->start = overall;
+    if (const KazProgressRange* const enclosing = innermost()) {
+        range->scale = share * 0.01 * enclosing->scale;
+        range->end = share * enclosing->scale + overall;
+    } else {
+        // Only the outermost range is cut at the end of the scale; an inner one
+        // would lose the proportion between its start and its end.
+        range->scale = share * 0.01;
+        range->end = overall + share > complete ? complete : overall + share;
+    }
+    ranges.insertAt(0, range.get());
+    range.release();
+}
+
+void KazProgress::popRange() {
+    if (ranges.getSize() > 0)
+        ranges.removeAt(0, 1);
+}
+
+void KazProgress::setRange(double share) {
+    popRange();
+    pushRange(share);
+}
+
+bool KazProgress::getRange(double& low, double& high, bool absolute) const {
+    const KazProgressRange* const range = absolute ? nullptr : innermost();
+    low = range != nullptr ? range->start * range->scale : 0;
+    high = range != nullptr ? range->end * range->scale : complete;
+    return true;
+}
+
+KazProgressRange* KazProgress::innermost() const {
+    return ranges.getSize() > 0 ? asRange(ranges.getAt(0)) : nullptr;
+}
+
+void KazProgress::copyRanges(const KazProgress& other) {
+    for (int i = 0; i < other.ranges.getSize(); ++i) {
+        auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges.getAt(i)));
+        ranges.add(range.get());
+        range.release();
+    }
+}

@@ -1,0 +1,103 @@
+#include "tools/messages/KazProgressHandle.h"
+
+#include "tools/messages/KazIODirector.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr int cancelledStatus = 9;
+
+/// Reads a number up to @p end; null when there is none.
+const char* readNumber(const char* text, const char* end, int& number) {
+    const auto [rest, error] = std::from_chars(text, end, number);
+    return error == std::errc() ? rest : nullptr;
+}
+
+} // namespace
+
+KazProgressHandle::KazProgressHandle(KazString name, int n)
+    : id(KazIODirector::progressStart(name, n)) {}
+
+KazProgressHandle::~KazProgressHandle() {
+    KazIODirector::progressEnd(id);
+}
+
+bool KazProgressHandle::cancelPending() {
+    return KazIODirector::cancelPending(id);
+}
+
+void KazProgressHandle::increment(double delta, bool absolute) {
+    KazIODirector::progressIncrement(id, delta, absolute);
+    if (cancelHandler != nullptr)
+        checkCancel();
+}
+
+void KazProgressHandle::msg(int level, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vMsg(level, format, args);
+    va_end(args);
+}
+
+void KazProgressHandle::vMsg(int level, const char* format, va_list args) {
+    KazIODirector::vProgressMsg(id, level, format, args);
+    if (cancelHandler != nullptr)
+        checkCancel();
+}
+
+void KazProgressHandle::startSubProgress(double share, int n) {
+    KazIODirector::getInstance()->doStartSubProgress(id, share, n);
+}
+
+void KazProgressHandle::endSubProgress() {
+    KazIODirector::getInstance()->doEndSubProgress(id);
+}
+
+KazString KazProgressHandle::asCmdLine(int a, int b) {
+    KazString option;
+    option.format(" -progress_channel %d:%d", id, a);
+    if (b != 0)
+        option.appendFormat(":%d", b);
+    return option;
+}
+
+bool KazProgressHandle::parseChannel(const char* channel, int& id, int& a, int& b) {
+    if (channel == nullptr)
+        return false;
+    const char* const end = channel + std::strlen(channel);
+    const char* next = channel;
+    int numbers[3] = {};
+    for (int count = 0; count < 3; ++count) {
+        next = readNumber(next, end, numbers[count]);
+        if (next == nullptr)
+            return false;
+        if (next == end && count > 0) {
+            id = numbers[0];
+            a = numbers[1];
+            b = numbers[2];
+            return true;
+        }
+        if (*next++ != ':')
+            return false;
+    }
+    return false;
+}
+
+void KazProgressHandle::setCancelHandler(void (*handler)()) {
+    cancelHandler = handler;
+}
+
+void KazProgressHandle::checkCancel() {
+    if (!cancelPending())
+        return;
+    if (cancelHandler != nullptr)
+        cancelHandler();
+    std::exit(cancelledStatus);
+}
+
+void KazProgressHandle::reset() {
+    KazIODirector::reset(id);
+}
