@@ -1,0 +1,126 @@
+#include "tools/platform/host.h"
+#include "tools/platform/posix/copy_at.h"
+#include "tools/platform/posix/descriptor.h"
+#include "tools/platform/posix/file_status.h"
+#include "tools/platform/wildcard.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <utility>
+
+namespace kaz::host {
+
+namespace {
+
+constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+struct CloseListing {
+    void operator()(DIR* listing) const { ::closedir(listing); }
+};
+using Listing = std::unique_ptr<DIR, CloseListing>;
+
+/// A descriptor of its own: the position in a listing belongs to the opening.
+Listing openListing(int dir) {
+    Descriptor own(retry([&] { return ::openat(dir, ".", openFlags); }));
+    if (!own.isOpen())
+        return nullptr;
+    Listing listing(::fdopendir(own.get()));
+    if (listing != nullptr)
+        own.release();
+    return listing;
+}
+
+Kind kindOfEntry(int dir, const dirent& entry) {
+    switch (entry.d_type) {
+    case DT_REG:
+        return Kind::file;
+    case DT_DIR:
+        return Kind::directory;
+    case DT_LNK:
+        return Kind::link;
+    case DT_UNKNOWN: {
+        FileStatus info;
+        statusAt(dir, entry.d_name, AT_SYMLINK_NOFOLLOW, info);
+        return info.kind;
+    }
+    default:
+        return Kind::special;
+    }
+}
+
+} // namespace
+
+bool matches(std::string_view pattern, std::string_view name) {
+    return matchWildcard(pattern, name, [](char a, char b) { return a == b; });
+}
+
+Directory::Directory(const char* path)
+    : handle_(canName(path) ? retry([&] { return ::open(hostPath(path).c_str(), openFlags); })
+                            : failWith(ENOENT)) {}
+
+Directory::Directory(const Directory& parent, const std::string& name)
+    : handle_(retry([&] {
+          return ::openat(static_cast<int>(parent.handle_), name.c_str(), openFlags | O_NOFOLLOW);
+      })) {}
+
+Directory::Directory(Directory&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+
+Directory& Directory::operator=(Directory&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+Directory::~Directory() {
+    Descriptor closing(static_cast<int>(handle_));
+}
+
+bool Directory::isOpen() const {
+    return handle_ >= 0;
+}
+
+int Directory::status(FileStatus& result) const {
+    return statusAt(static_cast<int>(handle_), "", AT_EMPTY_PATH, result);
+}
+
+int Directory::status(const std::string& name, FileStatus& result) const {
+    return statusAt(static_cast<int>(handle_), name.c_str(), 0, result);
+}
+
+int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
+    result.clear();
+    const int dir = static_cast<int>(handle_);
+    const Listing listing = openListing(dir);
+    if (listing == nullptr)
+        return -1;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(listing.get());
+        if (entry == nullptr)
+            return errno == 0 ? 0 : -1;
+        const std::string_view name = entry->d_name;
+        if (matches(pattern, name))
+            result.push_back({std::string(name), kindOfEntry(dir, *entry),
+                              name.find('\\') == std::string_view::npos});
+    }
+}
+
+int Directory::makeDirectory(const std::string& name, unsigned mode) const {
+    return ::mkdirat(static_cast<int>(handle_), name.c_str(), mode);
+}
+
+int Directory::removeDirectory(const std::string& name) const {
+    return ::unlinkat(static_cast<int>(handle_), name.c_str(), AT_REMOVEDIR);
+}
+
+int Directory::removeFile(const std::string& name) const {
+    return ::unlinkat(static_cast<int>(handle_), name.c_str(), 0);
+}
+
+int Directory::copyFile(const std::string& name, const Directory& target,
+                        const std::string& newName) const {
+    return copyAt(static_cast<int>(handle_), name.c_str(), static_cast<int>(target.handle_),
+                  newName.c_str(), true);
+}
+
+} // namespace kaz::host

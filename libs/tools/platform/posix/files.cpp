@@ -1,0 +1,146 @@
+#include "tools/platform/host.h"
+#include "tools/platform/posix/copy_at.h"
+#include "tools/platform/posix/descriptor.h"
+#include "tools/platform/posix/file_status.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kaz::host {
+
+namespace {
+
+/// Calls @p operation with the host's spelling of a path that can name a file.
+template <typename Operation>
+int onHostPath(const char* path, Operation operation) {
+    return canName(path) ? operation(hostPath(path).c_str()) : failWith(ENOENT);
+}
+
+/// A template for mkstemp and its kin, which replace the trailing X.
+std::string temporaryTemplate(const char* directory, const char* prefix) {
+    std::string result = hostPath(directory);
+    if (!result.empty() && result.back() != '/')
+        result += '/';
+    for (const char* c = prefix; *c != '\0'; ++c)
+        result += *c == '/' || *c == '\\' || *c == ':' ? '_' : *c;
+    return result + "XXXXXX";
+}
+
+} // namespace
+
+int status(const char* path, FileStatus& result) {
+    result = FileStatus();
+    return onHostPath(path, [&](const char* name) { return statusAt(AT_FDCWD, name, 0, result); });
+}
+
+int linkStatus(const char* path, FileStatus& result) {
+    result = FileStatus();
+    return onHostPath(path, [&](const char* name) {
+        return statusAt(AT_FDCWD, name, AT_SYMLINK_NOFOLLOW, result);
+    });
+}
+
+bool exists(const char* path) {
+    FileStatus info;
+    return status(path, info) == 0;
+}
+
+bool isDirectory(const char* path) {
+    FileStatus info;
+    return status(path, info) == 0 && info.kind == Kind::directory;
+}
+
+bool isRealDirectory(const char* path) {
+    // A trailing separator would make the system follow a link at the end.
+    std::string own = path;
+    while (own.size() > 1 && (own.back() == '/' || own.back() == '\\'))
+        own.pop_back();
+    FileStatus info;
+    return canName(path) && linkStatus(own.c_str(), info) == 0 && info.kind == Kind::directory;
+}
+
+int access(const char* path, int mode) {
+    const int wanted =
+        ((mode & 4) != 0 ? R_OK : 0) | ((mode & 2) != 0 ? W_OK : 0) | ((mode & 1) != 0 ? X_OK : 0);
+    return onHostPath(path, [&](const char* name) { return ::access(name, wanted); });
+}
+
+int makeDirectory(const char* path, unsigned mode) {
+    return onHostPath(path, [&](const char* name) { return ::mkdir(name, mode); });
+}
+
+int removeDirectory(const char* path) {
+    return onHostPath(path, [](const char* name) { return ::rmdir(name); });
+}
+
+int removeFile(const char* path) {
+    return onHostPath(path, [](const char* name) { return ::unlink(name); });
+}
+
+int renameFile(const char* from, const char* to) {
+    return onHostPath(from, [&](const char* name) {
+        return onHostPath(to, [&](const char* newName) { return ::rename(name, newName); });
+    });
+}
+
+int setPermissions(const char* path, unsigned mode) {
+    return onHostPath(path, [&](const char* name) { return ::chmod(name, mode & 0777); });
+}
+
+unsigned fileMask() {
+    const mode_t mask = ::umask(0777);
+    ::umask(mask);
+    return mask;
+}
+
+unsigned setFileMask(unsigned mask) {
+    return ::umask(mask & 0777);
+}
+
+std::FILE* openStream(const char* path, const char* mode) {
+    if (canName(path))
+        return std::fopen(hostPath(path).c_str(), mode);
+    errno = ENOENT;
+    return nullptr;
+}
+
+int copyFile(const char* source, const char* target, bool mayReplace) {
+    return onHostPath(source, [&](const char* from) {
+        return onHostPath(target, [&](const char* to) {
+            return copyAt(AT_FDCWD, from, AT_FDCWD, to, mayReplace);
+        });
+    });
+}
+
+std::FILE* createTemporary(const char* directory, const char* prefix, std::string& path) {
+    if (!canName(directory)) {
+        errno = ENOENT;
+        return nullptr;
+    }
+    std::string name = temporaryTemplate(directory, prefix);
+    std::string result = nativePath(name.c_str());
+    Descriptor file(::mkostemp(name.data(), O_CLOEXEC));
+    if (!file.isOpen())
+        return nullptr;
+    std::FILE* stream = ::fdopen(file.get(), "w+b");
+    if (stream == nullptr) {
+        ::unlink(name.c_str());
+        return nullptr;
+    }
+    file.release();
+    path = nativePath(name.c_str());
+    return stream;
+}
+
+int createTemporaryDirectory(const char* parent, const char* prefix, std::string& path) {
+    if (!canName(parent))
+        return failWith(ENOENT);
+    std::string name = temporaryTemplate(parent, prefix);
+    if (::mkdtemp(name.data()) == nullptr)
+        return -1;
+    path = nativePath(name.c_str());
+    return 0;
+}
+
+} // namespace kaz::host

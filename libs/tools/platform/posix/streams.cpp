@@ -1,0 +1,26 @@
+#include "tools/platform/host.h"
+#include "tools/platform/posix/descriptor.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+
+namespace kaz::host {
+
+void closeAllStreams() {
+    // The C library writes out and empties every stream but keeps descriptors
+    // open. The null device in place of the standard ones ends them for whoever
+    // is at the other end, and keeps a file that is opened later from becoming
+    // the standard output by accident.
+    ::fcloseall();
+    const Descriptor nothing(retry([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
+    for (int standard = 0; standard <= 2 && nothing.isOpen(); ++standard)
+        retry([&] { return ::dup2(nothing.get(), standard); });
+}
+
+std::string errorText(int number) {
+    const char* text = ::strerrordesc_np(number);
+    return text != nullptr ? text : "";
+}
+
+} // namespace kaz::host
