@@ -35,7 +35,8 @@ class TreeRemoval;
 /// its name. The directory that is being copied into is not copied into itself;
 /// it is a failed entry where the walk meets it.
 ///
-/// What is deleted: links themselves, never what they point to.
+/// What is deleted: links themselves, never what they point to (the root that the
+/// manager was given may itself be a link to a directory).
 ///
 /// The clash rule counts in seconds: a target that was written in the second in
 /// which the copy of its directory starts counts as written by that copy.
@@ -65,6 +66,10 @@ public:
     /// Deletes the entries that match @p pattern, at every level; the root stays.
     bool destroy(KazString pattern, bool recursive);
 
+    // A pattern alone would silently be taken for the flag.
+    bool copy(KazString dest, const char* pattern) = delete;
+    bool destroy(const char* pattern) = delete;
+
     /// The paths that the last copy or destroy could not handle, "\n" between
     /// them; valid until the next one.
     const KazString& getErrors() const;
@@ -73,8 +78,9 @@ private:
     friend class kaz::detail::TreeCopy;
     friend class kaz::detail::TreeRemoval;
 
+    bool copyTree(const KazString& dest, const char* pattern, bool recursive, bool makeTop);
     bool isExcluded(const char* name) const;
-    void addError(const char* path);
+    void addError(const KazString& path);
 
     KazString errors;
     KazString exclusions;

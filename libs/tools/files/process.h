@@ -11,19 +11,19 @@
 KAZ_API int TI_putenv(const char* name, const char* value);
 
 /// The program name of an editor, without a directory: the last component of the
-/// program in the command that creates the editor (KazEditorsBase). Null or an
+/// program in the command that creates the editor (KazEditorsBase); a command
+/// that is the editor's name itself is taken whole, blanks included. Null or an
 /// empty name gives "". The result lives until the next call.
 KAZ_API const char* TI_cprogname(const char* editor);
 
 /// Splits a command line into words as a POSIX shell reads them: blanks, tabs
 /// and line ends separate; '...' is literal; in "..." a backslash escapes
 /// `\`, `"`, `$`, a back quote and a line end (which then vanishes) and is
-/// itself anywhere else; outside quotes it escapes any character. Nothing is
-/// expanded, and "#", "&", ";" and their kin are ordinary characters.
+/// itself anywhere else; outside quotes it escapes any character, at the very end
+/// it is itself. Nothing is expanded, and "#", "&", ";" and their kin are ordinary characters.
 /// @param argv becomes a null-terminated vector, vector and words in one block
 /// that the caller releases with std::free; null on failure.
-/// @return the number of words, or -1 for an unclosed quote or a backslash at
-/// the very end.
+/// @return the number of words, or -1 for an unclosed quote.
 KAZ_API int str_to_argv(const char* text, char*** argv);
 
 /// The inverse: one line from which str_to_argv, or a POSIX shell, reads exactly

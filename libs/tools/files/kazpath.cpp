@@ -1,0 +1,276 @@
+#include "tools/files/kazpath.h"
+
+#include "tools/config/toolinfo.h"
+#include "tools/files/detail/text.h"
+#include "tools/platform/host.h"
+#include "tools/strings/KazStringTokenizer.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+using kaz::detail::isSeparator;
+using kaz::detail::joinPath;
+using kaz::detail::textOf;
+using kaz::detail::toText;
+
+namespace {
+
+constexpr char separator = '\\';
+
+bool isAsciiLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// Both ends of an explicit prefix such as "..": the text ends or goes on below.
+bool endsOrDescends(char c) {
+    return c == '\0' || isSeparator(c);
+}
+
+int mappedForCompare(char c) {
+    const int mapped = c == '/' ? separator : std::tolower(static_cast<unsigned char>(c));
+    return static_cast<signed char>(mapped);
+}
+
+/// The root of a UNC name: up to and including the separator behind the share.
+std::size_t shareRootLength(std::string_view path) {
+    constexpr const char* separators = "\\/";
+    const std::size_t server = path.find_first_of(separators, 2);
+    if (server == std::string_view::npos)
+        return path.size();
+    const std::size_t share = path.find_first_of(separators, server + 1);
+    return share == std::string_view::npos ? path.size() : share + 1;
+}
+
+std::size_t rootLength(std::string_view path) {
+    const auto separatorAt = [&](std::size_t i) { return i < path.size() && isSeparator(path[i]); };
+    if (separatorAt(0))
+        return separatorAt(1) ? shareRootLength(path) : 1;
+    if (path.size() < 2 || path[1] != ':')
+        return 0;
+    return separatorAt(2) ? 3 : 2;
+}
+
+std::size_t dirLength(std::string_view path) {
+    const std::size_t last = path.find_last_of("\\/:");
+    if (last == std::string_view::npos || last + 1 < rootLength(path))
+        return 0;
+    return last + 1;
+}
+
+KazString withoutRoot(const KazString& path) {
+    return path.subStringFrom(kazRootPartLength(path.getValue()));
+}
+
+/// Cuts the first component and the separator behind it.
+void cutFirstComponent(KazString& path) {
+    const int end = path.find(separator);
+    path = end < 0 ? KazString() : path.subStringFrom(end + 1);
+}
+
+/// How a directory is written does not matter to kazSamePathName: runs of
+/// backslashes count once, a leading pair stays a pair, one at the end is none.
+std::string plainDirectory(std::string_view dir) {
+    std::string result;
+    for (const char c : dir) {
+        const bool repeated = c == separator && !result.empty() && result.back() == separator;
+        if (!repeated || result.size() == 1)
+            result += c;
+    }
+    if (!result.empty() && result.back() == separator)
+        result.pop_back();
+    return result;
+}
+
+/// Creates a file through @p first and looks for it through @p second. It is
+/// created only where there is none: a file of that name that was there before
+/// is neither emptied nor deleted.
+bool reachSameFile(const std::string& first, const std::string& second) {
+    std::FILE* probe = kaz::host::openStream(first.c_str(), "wx");
+    if (probe == nullptr)
+        return false;
+    std::fclose(probe);
+    probe = kaz::host::openStream(second.c_str(), "r");
+    if (probe != nullptr)
+        std::fclose(probe);
+    kaz::host::removeFile(first.c_str());
+    return probe != nullptr;
+}
+
+/// What the make_unix_path functions do where a part is missing: the other one
+/// as it is. False when both are there.
+bool copyOnlyPart(const char* dir, const char* name, char* out) {
+    if (dir != nullptr && name != nullptr)
+        return false;
+    const char* only = textOf(dir != nullptr ? dir : name);
+    std::memmove(out, only, std::strlen(only) + 1);
+    return true;
+}
+
+void writeFullPath(const std::string& path, char* out) {
+    const KazString full = kazFullPath(path.c_str());
+    std::memcpy(out, full.getValue(), static_cast<std::size_t>(full.getLength()) + 1);
+}
+
+} // namespace
+
+int kazFilenameCompare(const char* a, const char* b) {
+    if (a == b)
+        return 0;
+    for (a = textOf(a), b = textOf(b);; ++a, ++b) {
+        const int difference = mappedForCompare(*a) - mappedForCompare(*b);
+        if (difference != 0 || *a == '\0')
+            return difference;
+    }
+}
+
+KazString kazComposePath(const char* dir, const char* name) {
+    return joinPath(kazIsExplicitPath(name) ? "" : textOf(dir), textOf(name));
+}
+
+KazString kazComposePath(const char* a, const char* b, const char* c) {
+    return kazComposePath(kazComposePath(a, b).getValue(), c);
+}
+
+int kazRootPartLength(const char* path) {
+    return static_cast<int>(rootLength(textOf(path)));
+}
+
+int kazDirPartLength(const char* path) {
+    return static_cast<int>(dirLength(textOf(path)));
+}
+
+KazString kazPathRootPart(const char* path) {
+    const std::string_view text = textOf(path);
+    return toText(text.substr(0, rootLength(text)));
+}
+
+KazString kazPathDirPart(const char* path) {
+    const std::string_view text = textOf(path);
+    return toText(text.substr(0, dirLength(text)));
+}
+
+KazString kazLastFileComponent(const char* path) {
+    const std::string_view text = textOf(path);
+    return toText(text.substr(dirLength(text)));
+}
+
+KazString kazDirForDisplay(const char* path) {
+    std::string_view text = textOf(path);
+    if (text.size() > rootLength(text) && isSeparator(text.back()))
+        text.remove_suffix(1);
+    return toText(text);
+}
+
+bool kazIsAbsolutePath(const char* path) {
+    return path != nullptr && (isSeparator(path[0]) || (isAsciiLetter(path[0]) && path[1] == ':'));
+}
+
+bool kazIsExplicitPath(const char* path) {
+    if (path == nullptr)
+        return false;
+    if (kazIsAbsolutePath(path))
+        return true;
+    if (path[0] == '~')
+        return endsOrDescends(path[1]);
+    return path[0] == '.' &&
+           (endsOrDescends(path[1]) || (path[1] == '.' && endsOrDescends(path[2])));
+}
+
+void kazNormalizePath(char* path) {
+    if (path != nullptr)
+        std::replace(path, path + std::strlen(path), '/', separator);
+}
+
+KazString kazNormalizedPath(const char* path) {
+    return joinPath({}, textOf(path));
+}
+
+void kazMakeNativePath(char* path) {
+    kazNormalizePath(path);
+}
+
+void kazMakeRightSlashPath(char* path) {
+    if (path != nullptr)
+        std::replace(path, path + std::strlen(path), separator, '/');
+}
+
+KazString kazFullPath(const char* path) {
+    if (path == nullptr)
+        return KazString();
+    const std::string full = kaz::host::absolutePath(_TI_hm(path));
+    return full.empty() ? KazString(path) : toText(full);
+}
+
+KazString kazRelativePath(KazString base, KazString path) {
+    base = kazNormalizedPath(base.getValue());
+    path = kazNormalizedPath(path.getValue());
+    if (!kazIsAbsolutePath(base.getValue()) || !kazIsAbsolutePath(path.getValue()) ||
+        kazPathRootPart(base.getValue()) != kazPathRootPart(path.getValue()))
+        return path;
+
+    KazString rest = withoutRoot(path);
+    KazStringTokenizer baseParts(withoutRoot(base), "\\");
+    KazStringTokenizer pathParts(rest, "\\");
+    int up = -1;
+    while (!baseParts.isDone()) {
+        ++up;
+        const KazString part = baseParts.nextString(true);
+        if (!pathParts.isDone() && pathParts.nextString(true) == part) {
+            --up;
+            cutFirstComponent(rest);
+        }
+    }
+    KazString result;
+    result.repeat("..\\", up);
+    result.append(rest);
+    return result;
+}
+
+int kazSamePathName(KazString a, KazString b) {
+    if (a == b)
+        return 1;
+    const std::string first = plainDirectory(a.getValue());
+    const std::string second = plainDirectory(b.getValue());
+    if (KazString(first.c_str()).equalsNoCase(second.c_str()))
+        return 1;
+    const std::string probe = "\\_tmp" + std::to_string(kaz::host::processId());
+    return reachSameFile(first + probe, second + probe) ? 1 : 0;
+}
+
+void kazRemoveBlanksFromPath(KazString& path) {
+    const auto isBlank = [](unsigned char c) { return !std::isprint(c) || std::isspace(c); };
+    const int length = path.getLength();
+    if (std::none_of(path.getValue(), path.getValue() + length, isBlank))
+        return;
+    char* text = path.getBuffer(0);
+    std::replace_if(text, text + length, isBlank, '_');
+}
+
+void make_unix_path(const char* dir, const char* name, char* out) {
+    if (copyOnlyPart(dir, name, out))
+        return;
+    std::string path = dir;
+    if (!path.empty() && !isSeparator(path.back()))
+        path += separator;
+    writeFullPath(path + name, out);
+}
+
+void make_unix_path_rel(const char* dir, const char* name, const char* base, char* out) {
+    if (*textOf(base) == '\0') {
+        make_unix_path(dir, name, out);
+        return;
+    }
+    if (copyOnlyPart(dir, name, out))
+        return;
+    std::string path;
+    for (const char* part : {base, dir}) {
+        path += part;
+        if (path.empty() || !isSeparator(path.back()))
+            path += separator;
+    }
+    writeFullPath(path + name, out);
+}

@@ -1,0 +1,162 @@
+#include "tools/files/process.h"
+
+#include "tools/app/KazEditorsBase.h"
+#include "tools/files/detail/text.h"
+#include "tools/files/kazpath.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+#include "tools/util/detail/allocate.h"
+#include "tools/util/text.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host = kaz::host;
+using kaz::detail::textOf;
+using kaz::detail::toText;
+
+namespace {
+
+struct Free {
+    void operator()(void* block) const { std::free(block); }
+};
+using HeapText = std::unique_ptr<char, Free>;
+using Words = std::vector<HeapText>;
+
+/// False for a quote that is not closed.
+bool readWords(const char* text, Words& words) {
+    for (;;) {
+        char* word = nullptr;
+        const word_status_enum found = next_word(&text, &word);
+        HeapText owned(word);
+        if (found != word_found)
+            return found == word_none;
+        words.push_back(std::move(owned));
+    }
+}
+
+/// The vector, its terminating null and the words behind it in one block.
+char** oneBlock(const Words& words) {
+    std::size_t size = (words.size() + 1) * sizeof(char*);
+    for (const HeapText& word : words)
+        size += std::strlen(word.get()) + 1;
+    auto* const argv = static_cast<char**>(kaz::detail::allocate(size));
+    char* out = reinterpret_cast<char*>(argv + words.size() + 1);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::size_t bytes = std::strlen(words[i].get()) + 1;
+        argv[i] = static_cast<char*>(std::memcpy(out, words[i].get(), bytes));
+        out += bytes;
+    }
+    argv[words.size()] = nullptr;
+    return argv;
+}
+
+class Collector final : public host::OutputSink {
+public:
+    void write(const char* data, std::size_t size) override { text_.append(data, size); }
+    const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+/// Shows output line by line; what is left at the end is a line too.
+class Presenter final : public host::OutputSink {
+public:
+    explicit Presenter(int ttyId) : ttyId_(ttyId) {}
+
+    void write(const char* data, std::size_t size) override {
+        for (std::size_t i = 0; i < size; ++i) {
+            if (data[i] == '\n')
+                show();
+            else
+                line_ += data[i] != '\0' ? data[i] : ' ';
+        }
+    }
+
+    void finish() {
+        if (!line_.empty())
+            show();
+    }
+
+private:
+    void show() {
+        const std::string line = std::move(line_);
+        line_.clear();
+        tty_msg(ttyId_, "%s", line.c_str());
+    }
+
+    int ttyId_;
+    std::string line_;
+};
+
+int statusOf(const host::Completion& ended, int* signal) {
+    if (signal != nullptr)
+        *signal = ended.signal;
+    return ended.status;
+}
+
+} // namespace
+
+int TI_putenv(const char* name, const char* value) {
+    return name != nullptr ? host::setEnvironment(name, textOf(value)) : -1;
+}
+
+const char* TI_cprogname(const char* editor) {
+    static KazString program;
+    const KazString command = KazEditorsBase::getInstance()->getCreationCommand(editor);
+    // A command that is just the name is a name, blanks and all.
+    KazString first = command;
+    if (command != editor) {
+        const char* text = command.getValue();
+        char* word = nullptr;
+        next_word(&text, &word);
+        const HeapText owned(word);
+        first = word;
+    }
+    program = kazLastFileComponent(first.getValue());
+    return program.getValue();
+}
+
+int str_to_argv(const char* text, char*** argv) {
+    *argv = nullptr;
+    Words words;
+    if (!readWords(text, words))
+        return -1;
+    *argv = oneBlock(words);
+    return static_cast<int>(words.size());
+}
+
+KazString argv_to_str(int argc, const char* const* argv) {
+    std::string line;
+    for (int i = 0; argv != nullptr && i < argc && argv[i] != nullptr; ++i) {
+        if (i > 0)
+            line += ' ';
+        line += HeapText(quote_word(argv[i])).get();
+    }
+    return toText(line);
+}
+
+int shell_cmd(const char* command, int* signal) {
+    const int id = tty_start(textOf(command));
+    Presenter output(id);
+    const host::Completion ended = host::runShell(textOf(command), &output);
+    output.finish();
+    tty_end(id);
+    if (ended.error != 0)
+        print_err("%s: %s", textOf(command), host::errorText(ended.error).c_str());
+    return statusOf(ended, signal);
+}
+
+int shell_cmd_output(const char* command, KazString& output, int* signal) {
+    Collector collected;
+    const host::Completion ended = host::runShell(textOf(command), &collected);
+    if (ended.error == 0)
+        output = toText(collected.text());
+    errno = ended.error;
+    return statusOf(ended, signal);
+}

@@ -1,0 +1,133 @@
+#include "tools/files/tifiles.h"
+
+#include "tools/files/detail/text.h"
+#include "tools/files/kazpath.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host = kaz::host;
+using kaz::detail::isSeparator;
+using kaz::detail::textOf;
+using kaz::detail::toText;
+
+namespace {
+
+int failWith(int number) {
+    errno = number;
+    return -1;
+}
+
+int makeOne(const std::string& dir) {
+    if (host::makeDirectory(dir.c_str(), 0777) == 0)
+        return 0;
+    const int reason = errno;
+    return host::isDirectory(dir.c_str()) ? 0 : failWith(reason);
+}
+
+/// The directory to list and what its entries' paths begin with. In the current
+/// directory an entry such as "~" or "c:x" would not stay there without ".\".
+std::string entryPath(const std::string& prefix, const std::string& name) {
+    if (prefix.empty() && kazIsExplicitPath(name.c_str()) && name != "." && name != "..")
+        return ".\\" + name;
+    return prefix + name;
+}
+
+std::string temporaryPlace(const char* dir) {
+    return *textOf(dir) != '\0' ? dir : host::temporaryDirectory();
+}
+
+} // namespace
+
+KazString kazHostPath(const char* native) {
+    return toText(host::hostPath(textOf(native)));
+}
+
+KazString kazNativePath(const char* hostSpelling) {
+    return toText(host::nativePath(textOf(hostSpelling)));
+}
+
+char* TI_catfile(const char* dir, const char* name, char* out, int size) {
+    const KazString path = kaz::detail::joinPath(textOf(dir), textOf(name));
+    if (out == nullptr || path.getLength() >= size)
+        return nullptr;
+    std::memcpy(out, path.getValue(), static_cast<std::size_t>(path.getLength()) + 1);
+    return out;
+}
+
+int TI_makedir(const char* dir) {
+    const std::string path = textOf(dir);
+    for (std::size_t i = static_cast<std::size_t>(kazRootPartLength(dir)); i < path.size(); ++i) {
+        const bool endsComponent = isSeparator(path[i]) && i > 0 && !isSeparator(path[i - 1]);
+        if (endsComponent && makeOne(path.substr(0, i)) != 0)
+            return -1;
+    }
+    return makeOne(path);
+}
+
+int TI_makedir(const char* dir, int limit) {
+    if (static_cast<long long>(std::strlen(textOf(dir))) >= limit)
+        return failWith(ENAMETOOLONG);
+    return TI_makedir(dir);
+}
+
+int TI_mkdir(const char* dir, int mode) {
+    return host::makeDirectory(textOf(dir), static_cast<unsigned>(mode));
+}
+
+FILE* TI_fopen(const char* path, const char* mode) {
+    return host::openStream(textOf(path), textOf(mode));
+}
+
+bool TI_isRealDirectory(const char* path) {
+    return host::isRealDirectory(textOf(path));
+}
+
+int read_a_dir(const char* pattern, KazStringColl& entries) {
+    const std::string_view text = textOf(pattern);
+    const auto dirLength = static_cast<std::size_t>(kazDirPartLength(pattern));
+    const std::string prefix = host::nativePath(std::string(text.substr(0, dirLength)).c_str());
+    const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
+    std::vector<host::Entry> found;
+    dir.list(text.substr(dirLength), found);
+    int appended = 0;
+    for (const host::Entry& entry : found) {
+        if (!entry.expressible)
+            continue;
+        entries.add(toText(entryPath(prefix, entry.name)));
+        ++appended;
+    }
+    return appended;
+}
+
+int copy_file(const char* source, const char* target, bool keepExisting) {
+    return host::copyFile(textOf(source), textOf(target), !keepExisting);
+}
+
+FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
+    std::string created;
+    FILE* file = host::createTemporary(temporaryPlace(dir).c_str(), textOf(prefix), created);
+    if (file != nullptr)
+        path = toText(created);
+    return file;
+}
+
+KazString TI_tmpname(const char* dir, const char* prefix) {
+    KazString path;
+    FILE* file = TI_tmpfile(dir, prefix, path);
+    if (file != nullptr)
+        std::fclose(file);
+    return path;
+}
+
+KazString TI_tmpdir(const char* dir, const char* prefix) {
+    std::string created;
+    if (host::createTemporaryDirectory(temporaryPlace(dir).c_str(), textOf(prefix), created) != 0)
+        return KazString();
+    return toText(created);
+}

@@ -1,0 +1,55 @@
+#include "tools/files/detail/tree_level.h"
+
+#include "tools/files/detail/text.h"
+#include "tools/files/kazpath.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kaz::detail {
+
+TreeLevel::TreeLevel(const KazString& path)
+    : directory_(path.isEmpty() ? "." : path.getValue()),
+      path_(kazNormalizedPath(path.getValue())) {
+    directory_.status(identity_);
+}
+
+TreeLevel::TreeLevel(const TreeLevel& above, const std::string& name)
+    : directory_(above.directory_, name), path_(above.pathOf(name)), above_(&above) {
+    directory_.status(identity_);
+}
+
+TreeLevel::TreeLevel(const TreeLevel& instead, const KazString& path) : TreeLevel(path) {
+    above_ = instead.above_;
+}
+
+KazString TreeLevel::pathOf(const std::string& name) const {
+    return joinPath(path_.getValue(), name);
+}
+
+bool TreeLevel::isSame(const TreeLevel& other) const {
+    return isOpen() && other.isOpen() && identity_.device == other.identity_.device &&
+           identity_.serial == other.identity_.serial;
+}
+
+bool TreeLevel::isAgain() const {
+    const TreeLevel* level = above_;
+    while (level != nullptr && !isSame(*level))
+        level = level->above_;
+    return level != nullptr;
+}
+
+bool hasDirectoryPart(const char* pattern) {
+    return std::strpbrk(pattern, "\\/:") != nullptr;
+}
+
+bool listEntries(const TreeLevel& level, const char* pattern, std::vector<host::Entry>& entries) {
+    const bool complete = level.directory().list(pattern, entries) == 0;
+    const auto isDots = [](const host::Entry& entry) {
+        return entry.name == "." || entry.name == "..";
+    };
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isDots), entries.end());
+    return complete;
+}
+
+} // namespace kaz::detail
