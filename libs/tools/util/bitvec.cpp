@@ -1,0 +1,136 @@
+#include "tools/util/bitvec.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr int wordBits = 32;
+constexpr std::uint32_t fullWord = 0xFFFFFFFFU;
+
+std::int64_t wordCount(std::int64_t size) {
+    return (size + wordBits) / wordBits;
+}
+
+bool isValid(const _bvs_* bv, int i) {
+    return bv != nullptr && i >= 0 && i <= bv->size;
+}
+
+std::uint32_t maskOf(int i) {
+    return std::uint32_t{1} << (i % wordBits);
+}
+
+std::size_t byteCount(const _bvs_* bv) {
+    return static_cast<std::size_t>(wordCount(bv->size)) * sizeof(std::uint32_t);
+}
+
+/// The bits @p from..@p to of a word, both included.
+std::uint32_t maskOf(int from, int to) {
+    return (fullWord << from) & (fullWord >> (wordBits - 1 - to));
+}
+
+/// Whether the valid bits @p from..@p to agree, compared a word at a time.
+bool agree(const _bvs_* a, const _bvs_* b, int from, int to) {
+    for (int word = from / wordBits; word <= to / wordBits; ++word) {
+        const int first = word == from / wordBits ? from % wordBits : 0;
+        const int last = word == to / wordBits ? to % wordBits : wordBits - 1;
+        if (((a->bits[word] ^ b->bits[word]) & maskOf(first, last)) != 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+_bvs_* bitvec_new(int n) {
+    void* header = std::malloc(sizeof(_bvs_));
+    if (header == nullptr)
+        return nullptr;
+    auto* bv = new (header) _bvs_{std::max(n, 0), nullptr};
+    bv->bits = static_cast<std::uint32_t*>(
+        std::calloc(static_cast<std::size_t>(wordCount(bv->size)), sizeof(std::uint32_t)));
+    if (bv->bits == nullptr) {
+        std::free(bv);
+        return nullptr;
+    }
+    return bv;
+}
+
+void bitvec_delete(_bvs_* bv) {
+    if (bv == nullptr)
+        return;
+    std::free(bv->bits);
+    std::free(bv);
+}
+
+_bvs_* bitvec_copy(const _bvs_* bv) {
+    _bvs_* copy = bv != nullptr ? bitvec_new(bv->size) : nullptr;
+    if (copy != nullptr)
+        std::memcpy(copy->bits, bv->bits, byteCount(bv));
+    return copy;
+}
+
+void bitvec_set(_bvs_* bv, int i) {
+    if (isValid(bv, i))
+        bv->bits[i / wordBits] |= maskOf(i);
+}
+
+void bitvec_unset(_bvs_* bv, int i) {
+    if (isValid(bv, i))
+        bv->bits[i / wordBits] &= ~maskOf(i);
+}
+
+void bitvec_put_val(_bvs_* bv, int i, int val) {
+    if (val != 0)
+        bitvec_set(bv, i);
+    else
+        bitvec_unset(bv, i);
+}
+
+bool bitvec_is_set(const _bvs_* bv, int i) {
+    return isValid(bv, i) && (bv->bits[i / wordBits] & maskOf(i)) != 0;
+}
+
+void bitvec_clear(_bvs_* bv) {
+    if (bv != nullptr)
+        std::memset(bv->bits, 0, byteCount(bv));
+}
+
+int bitvec_is_all_clear(const _bvs_* bv) {
+    if (bv == nullptr)
+        return 0;
+    const std::uint32_t* words = bv->bits;
+    const auto isClear = [](std::uint32_t word) { return word == 0; };
+    return std::all_of(words, words + wordCount(bv->size), isClear) ? 1 : 0;
+}
+
+int bitvec_find_unset(const _bvs_* bv) {
+    if (bv == nullptr)
+        return -1;
+    const auto words = static_cast<int>(wordCount(bv->size));
+    for (int word = 0; word < words; ++word)
+        if (bv->bits[word] != fullWord)
+            return word * wordBits + std::countr_one(bv->bits[word]);
+    return -1;
+}
+
+int bitvec_compare(const _bvs_* a, const _bvs_* b) {
+    return a != nullptr ? bitvec_compare_sub(a, b, 0, a->size) : 1;
+}
+
+int bitvec_compare_sub(const _bvs_* a, const _bvs_* b, int from, int to) {
+    if (a == nullptr || b == nullptr || a->size != b->size)
+        return 1;
+    int low = std::max(from, 0);
+    int high = std::min(to, static_cast<int>(a->size));
+    if (low > high)
+        std::swap(low, high);
+    // What lies outside reads as clear on both sides.
+    low = std::max(low, 0);
+    high = std::min(high, static_cast<int>(a->size));
+    return low > high || agree(a, b, low, high) ? 0 : 1;
+}

@@ -1,0 +1,219 @@
+#include "tools/util/string_map.h"
+
+#include "tools/util/detail/panic.h"
+#include "tools/util/text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr int defaultBucketCount = 127;
+constexpr std::size_t maxKeyLength = 255;
+
+/// No chain has this number: they are -(bucketCount - 1) to bucketCount - 1.
+constexpr int noBucket = INT_MIN;
+
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
+
+/// The map's own rule. Bytes count as signed on every platform, so the sum may
+/// be negative, and the remainder with it.
+int defaultBucket(const char* key, std::size_t length, int bucketCount) {
+    int sum = 0;
+    for (std::size_t i = 0; i < length; ++i)
+        sum += static_cast<signed char>(key[i]);
+    return sum % bucketCount;
+}
+
+int bucketOf(const string_map_tp* map, const char* key) {
+    const std::size_t length = key != nullptr ? strnlen(key, maxKeyLength + 1) : 0;
+    if (key == nullptr || length > maxKeyLength)
+        return noBucket;
+    char lowered[maxKeyLength + 1];
+    if (!map->caseSensitive) {
+        std::transform(key, key + length + 1, lowered, [](char c) {
+            return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        });
+        key = lowered;
+    }
+    if (map->hash != nullptr) {
+        const unsigned int bucket = map->hash(key, map->bucketCount);
+        if (bucket < static_cast<unsigned int>(map->bucketCount))
+            return static_cast<int>(bucket);
+    }
+    return defaultBucket(key, length, map->bucketCount);
+}
+
+bool keysEqual(const string_map_tp* map, const char* a, const char* b) {
+    return map->caseSensitive ? std::strcmp(a, b) == 0 : kaz_fast_stricmp(a, b) == 0;
+}
+
+/// The link to the entry of @p key in @p bucket, or to the end of its chain.
+string_map_entry** findLink(const string_map_tp* map, const char* key, int bucket) {
+    string_map_entry** link = &map->buckets[bucket];
+    while (*link != nullptr && !keysEqual(map, (*link)->key, key))
+        link = &(*link)->next;
+    return link;
+}
+
+string_map_entry* makeEntry(const char* key, void* value, string_map_entry* next) {
+    constexpr const char* function = "string_map_define";
+    const std::size_t size = std::strlen(key) + 1;
+    std::unique_ptr<char, FreeBlock> copy(
+        static_cast<char*>(kaz::detail::allocateOrPanic(size, function)));
+    std::memcpy(copy.get(), key, size);
+    void* block = kaz::detail::allocateOrPanic(sizeof(string_map_entry), function);
+    return new (block) string_map_entry{copy.release(), value, next};
+}
+
+void freeEntry(string_map_entry* entry) {
+    std::free(entry->key);
+    std::free(entry);
+}
+
+void releaseValue(const string_map_tp* map, void* value) {
+    if (map->release != nullptr)
+        map->release(value);
+}
+
+/// The bucket visited after @p bucket: the negative ones come last. Gives
+/// -bucketCount behind the last one.
+int bucketAfter(const string_map_tp* map, int bucket) {
+    if (bucket < 0)
+        return bucket - 1;
+    return bucket + 1 < map->bucketCount ? bucket + 1 : -1;
+}
+
+/// Moves to the head of the first non-empty bucket from @p bucket on.
+void enterBucket(string_map_iterator& iterator, int bucket) {
+    const string_map_tp* map = iterator.map;
+    while (bucket > -map->bucketCount && map->buckets[bucket] == nullptr)
+        bucket = bucketAfter(map, bucket);
+    iterator.bucket = bucket;
+    iterator.entry = bucket > -map->bucketCount ? map->buckets[bucket] : nullptr;
+}
+
+} // namespace
+
+string_map_tp* string_map_create(string_map_hash hash, int size, string_map_release release,
+                                 bool caseSensitive) {
+    constexpr const char* function = "string_map_create";
+    const int bucketCount = size > 0 ? size : defaultBucketCount;
+    const std::size_t below = static_cast<std::size_t>(bucketCount) - 1;
+    const std::size_t chains = below + static_cast<std::size_t>(bucketCount);
+    std::unique_ptr<string_map_entry*, FreeBlock> heads(static_cast<string_map_entry**>(
+        kaz::detail::allocateZeroedOrPanic(chains * sizeof(string_map_entry*), function)));
+    void* block = kaz::detail::allocateOrPanic(sizeof(string_map_tp), function);
+    return new (block)
+        string_map_tp{heads.release() + below, 0, bucketCount, hash, release, caseSensitive};
+}
+
+void string_map_destroy(string_map_tp** map) {
+    if (map == nullptr || *map == nullptr)
+        return;
+    string_map_tp* old = std::exchange(*map, nullptr);
+    auto iterator = string_map_init(old);
+    while (!string_map_done(iterator)) {
+        string_map_entry* entry = iterator.entry;
+        string_map_next(&iterator);
+        releaseValue(old, entry->value);
+        freeEntry(entry);
+    }
+    std::free(old->buckets - (old->bucketCount - 1));
+    std::free(old);
+}
+
+bool string_map_define(string_map_tp* map, const char* key, void* value, bool replace) {
+    const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
+    if (bucket == noBucket)
+        return false;
+    string_map_entry* entry = *findLink(map, key, bucket);
+    if (entry == nullptr) {
+        map->buckets[bucket] = makeEntry(key, value, map->buckets[bucket]);
+        return true;
+    }
+    if (replace)
+        releaseValue(map, std::exchange(entry->value, value));
+    return replace;
+}
+
+bool string_map_undefine(string_map_tp* map, const char* key, bool dropValue) {
+    const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
+    if (bucket == noBucket)
+        return false;
+    string_map_entry** link = findLink(map, key, bucket);
+    string_map_entry* entry = *link;
+    if (entry == nullptr)
+        return false;
+    *link = entry->next;
+    if (dropValue)
+        releaseValue(map, entry->value);
+    freeEntry(entry);
+    return true;
+}
+
+void* string_map_find(const string_map_tp* map, const char* key) {
+    const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
+    const string_map_entry* entry = bucket != noBucket ? *findLink(map, key, bucket) : nullptr;
+    return entry != nullptr ? entry->value : nullptr;
+}
+
+string_map_iterator string_map_init(string_map_tp* map) {
+    string_map_iterator iterator{map, nullptr, 0};
+    if (map != nullptr)
+        enterBucket(iterator, 0);
+    return iterator;
+}
+
+void string_map_next(string_map_iterator* iterator) {
+    if (iterator == nullptr || iterator->entry == nullptr)
+        return;
+    iterator->entry = iterator->entry->next;
+    if (iterator->entry == nullptr)
+        enterBucket(*iterator, bucketAfter(iterator->map, iterator->bucket));
+}
+
+bool string_map_done(string_map_iterator iterator) {
+    return iterator.entry == nullptr;
+}
+
+const char* string_map_domain(string_map_iterator iterator) {
+    return iterator.entry != nullptr ? iterator.entry->key : nullptr;
+}
+
+void* string_map_range(string_map_iterator iterator) {
+    return iterator.entry != nullptr ? iterator.entry->value : nullptr;
+}
+
+int string_map_size(string_map_tp* map) {
+    int size = 0;
+    for (auto i = string_map_init(map); !string_map_done(i); string_map_next(&i))
+        ++size;
+    return size;
+}
+
+char** string_map_domain_table(string_map_tp* map) {
+    const std::size_t slots = static_cast<std::size_t>(string_map_size(map)) + 1;
+    char** table = static_cast<char**>(
+        kaz::detail::allocateOrPanic(slots * sizeof(char*), "string_map_domain_table"));
+    char** end = table;
+    for (auto i = string_map_init(map); !string_map_done(i); string_map_next(&i))
+        *end++ = i.entry->key;
+    *end = nullptr;
+    const auto compare = map == nullptr || map->caseSensitive ? std::strcmp : kaz_fast_stricmp;
+    std::sort(table, end, [compare](const char* a, const char* b) { return compare(a, b) < 0; });
+    return table;
+}
+
+void string_map_domain_table_free(char*** table) {
+    if (table != nullptr)
+        std::free(std::exchange(*table, nullptr));
+}

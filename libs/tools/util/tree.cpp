@@ -1,0 +1,419 @@
+#include "tools/util/tree.h"
+
+#include "tools/util/detail/panic.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace {
+
+/// Difference in nodes between two subtrees from which on a tree is balanced.
+constexpr int rebalanceThreshold = 70;
+
+/// One flag for all trees, as insertions set it for whoever started them.
+constinit bool rebalanceNeeded = false;
+
+int weightOf(const generic_tree* node) {
+    return node != nullptr ? node->weight : 0;
+}
+
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
+};
+
+/// The turns taken on the way down, so that a second walk can change weights
+/// from the top once the outcome is known: trees have no parent links, and the
+/// comparator is not to be asked twice. One bit a level; paths of usual trees
+/// need no memory of their own.
+class Path {
+public:
+    explicit Path(const char* functionName) : functionName_(functionName) {}
+
+    void push(bool left) {
+        if (length_ == wordCount_ * wordBits)
+            grow();
+        std::uint64_t& word = words()[length_ / wordBits];
+        const std::uint64_t bit = std::uint64_t{1} << (length_ % wordBits);
+        word = left ? word | bit : word & ~bit;
+        ++length_;
+    }
+
+    std::size_t length() const { return length_; }
+    bool left(std::size_t level) const {
+        return ((words()[level / wordBits] >> (level % wordBits)) & 1) != 0;
+    }
+    generic_tree*& child(generic_tree* node, std::size_t level) const {
+        return left(level) ? node->left : node->right;
+    }
+
+private:
+    static constexpr std::size_t wordBits = 64;
+    static constexpr std::size_t inlineWords = 4;
+
+    void grow() {
+        const std::size_t count = 2 * wordCount_;
+        std::unique_ptr<std::uint64_t, FreeBlock> block(static_cast<std::uint64_t*>(
+            kaz::detail::allocateOrPanic(count * sizeof(std::uint64_t), functionName_)));
+        std::memcpy(block.get(), words(), wordCount_ * sizeof(std::uint64_t));
+        heap_ = std::move(block);
+        wordCount_ = count;
+    }
+
+    std::uint64_t* words() { return heap_ != nullptr ? heap_.get() : inline_; }
+    const std::uint64_t* words() const { return heap_ != nullptr ? heap_.get() : inline_; }
+
+    const char* functionName_;
+    std::uint64_t inline_[inlineWords] = {};
+    std::unique_ptr<std::uint64_t, FreeBlock> heap_;
+    std::size_t wordCount_ = inlineWords;
+    std::size_t length_ = 0;
+};
+
+/// Descends to the value equal to @p key or to the end, and records the turns.
+generic_tree* descend(generic_tree* root, const void* key, tree_comparator cmp, Path& path) {
+    generic_tree* node = root;
+    while (node != nullptr) {
+        const int order = cmp(node->value, key);
+        if (order == 0)
+            break;
+        path.push(order < 0);
+        node = order < 0 ? node->left : node->right;
+    }
+    return node;
+}
+
+/// Adds @p weight to every node along @p path and gives the link at its end.
+generic_tree** addAlong(generic_tree*& root, const Path& path, int weight) {
+    generic_tree** link = &root;
+    for (std::size_t level = 0; level < path.length(); ++level) {
+        (*link)->weight += weight;
+        link = &path.child(*link, level);
+    }
+    return link;
+}
+
+/// Whether a node on the path to the new @p node is lopsided. Its children of
+/// the time before the insertion count, with the weights they have after it.
+bool findLopsided(const generic_tree* root, const generic_tree* node, const Path& path) {
+    const auto weightBefore = [node](const generic_tree* child) {
+        return child != node ? weightOf(child) : 0;
+    };
+    for (std::size_t level = 0; level < path.length(); ++level) {
+        const int difference = weightBefore(root->left) - weightBefore(root->right);
+        if (difference >= rebalanceThreshold || difference <= -rebalanceThreshold)
+            return true;
+        root = path.left(level) ? root->left : root->right;
+    }
+    return false;
+}
+
+typedef generic_tree* generic_tree::*Side;
+
+Side opposite(Side side) {
+    return side == &generic_tree::left ? &generic_tree::right : &generic_tree::left;
+}
+
+/// Takes the child on @p side with all below it away from @p node.
+generic_tree* detach(generic_tree* node, Side side) {
+    generic_tree* child = node->*side;
+    node->weight -= child->weight;
+    node->*side = nullptr;
+    return child;
+}
+
+/// Hangs @p subtree, whose values all lie beyond those of @p root, at its end
+/// on @p side.
+void attachAtEnd(generic_tree* root, Side side, generic_tree* subtree) {
+    for (generic_tree* node = root;; node = node->*side) {
+        node->weight += subtree->weight;
+        if (node->*side == nullptr) {
+            node->*side = subtree;
+            return;
+        }
+    }
+}
+
+bool leansLeft(const generic_tree* node) {
+    return node->left != nullptr &&
+           (node->right == nullptr || node->left->weight > node->right->weight);
+}
+
+bool haveEqualWeights(const generic_tree* a, const generic_tree* b) {
+    return a != nullptr && b != nullptr && a->weight == b->weight;
+}
+
+/// One step towards balance: the heavy child, or the inner child of that when
+/// it is the heavier one, becomes the root. Null when the weights are wrong.
+generic_tree* rotate(generic_tree* root, Side heavy) {
+    generic_tree* child = root->*heavy;
+    const Side inner = opposite(heavy);
+    const bool outerHeavier = leansLeft(child) == (heavy == &generic_tree::left);
+    if (haveEqualWeights(child->left, child->right) || outerHeavier) {
+        detach(root, heavy);
+        attachAtEnd(child, inner, root);
+        return child;
+    }
+    if (child->*inner == nullptr)
+        return nullptr;
+    detach(root, heavy);
+    generic_tree* grandchild = detach(child, inner);
+    attachAtEnd(grandchild, inner, root);
+    attachAtEnd(grandchild, heavy, child);
+    return grandchild;
+}
+
+/// Rotates at @p root until the sizes of its subtrees differ by one at most.
+generic_tree* settle(generic_tree* root) {
+    for (;;) {
+        const int left = weightOf(root->left);
+        const int right = weightOf(root->right);
+        if (root->weight < 3 || (left - right <= 1 && right - left <= 1))
+            return root;
+        generic_tree* next =
+            rotate(root, left > right ? &generic_tree::left : &generic_tree::right);
+        if (next == nullptr)
+            return root;
+        root = next;
+    }
+}
+
+/// A subtree is at most half as heavy as the settled tree around it, so there
+/// are never more than two links a level waiting, at 31 levels at most.
+constexpr std::size_t maxPending = 64;
+
+/// The end of the links on @p side from @p node.
+generic_tree* endOf(generic_tree* node, Side side) {
+    while (node != nullptr && node->*side != nullptr)
+        node = node->*side;
+    return node;
+}
+
+/// Takes the node at the end of @p side out of the tree at @p link.
+generic_tree* unlinkEnd(generic_tree** link, Side side) {
+    while ((*link)->*side != nullptr) {
+        --(*link)->weight;
+        link = &((*link)->*side);
+    }
+    generic_tree* end = *link;
+    *link = end->*opposite(side);
+    return end;
+}
+
+/// Gives a node with two children the value next to its own from its heavier
+/// side; returns the node that held it.
+generic_tree* takeNeighbour(generic_tree* node) {
+    const Side side =
+        node->left->weight > node->right->weight ? &generic_tree::left : &generic_tree::right;
+    generic_tree* end = unlinkEnd(&(node->*side), opposite(side));
+    node->value = end->value;
+    --node->weight;
+    return end;
+}
+
+void releaseNode(generic_tree* node, tree_release release) {
+    if (release != nullptr)
+        release(node->value);
+    std::free(node);
+}
+
+/// Copies a tree without a stack: a copy whose right subtree is still to come
+/// keeps its source in its value slot and the next such copy in its right link.
+class TreeCopier {
+public:
+    ~TreeCopier() {
+        if (result_ == nullptr)
+            return;
+        while (pending_ != nullptr)
+            takePending();
+        delete_tree(result_, nullptr);
+    }
+
+    generic_tree* copy(const generic_tree* source) {
+        copyLeftward(source, &result_);
+        while (pending_ != nullptr) {
+            generic_tree* node = pending_;
+            const generic_tree* from = takePending();
+            copyLeftward(from->right, &node->right);
+        }
+        generic_tree* result = result_;
+        result_ = nullptr;
+        return result;
+    }
+
+private:
+    void copyLeftward(const generic_tree* source, generic_tree** link) {
+        for (; source != nullptr; source = source->left) {
+            generic_tree* node = make_tree_node(source->value);
+            node->weight = source->weight;
+            *link = node;
+            link = &node->left;
+            if (source->right != nullptr) {
+                node->value = const_cast<generic_tree*>(source);
+                node->right = pending_;
+                pending_ = node;
+            }
+        }
+    }
+
+    /// Completes the latest pending node; gives its source.
+    const generic_tree* takePending() {
+        generic_tree* node = pending_;
+        const auto* source = static_cast<const generic_tree*>(node->value);
+        pending_ = node->right;
+        node->right = nullptr;
+        node->value = source->value;
+        return source;
+    }
+
+    generic_tree* result_ = nullptr;
+    generic_tree* pending_ = nullptr;
+};
+
+} // namespace
+
+generic_tree* make_tree_node(void* value) {
+    void* block = kaz::detail::allocateOrPanic(sizeof(generic_tree), "make_tree_node");
+    return new (block) generic_tree{value, nullptr, nullptr, 1};
+}
+
+generic_tree* add_tree_node(generic_tree* root, generic_tree* node, tree_comparator cmp,
+                            bool& added) {
+    added = false;
+    rebalanceNeeded = false;
+    if (node == nullptr)
+        return root;
+    Path path("add_tree_node");
+    if (descend(root, node->value, cmp, path) != nullptr)
+        return root;
+    added = true;
+    *addAlong(root, path, node->weight) = node;
+    if (!rebalanceNeeded)
+        rebalanceNeeded = findLopsided(root, node, path);
+    return rebalanceNeeded ? balance_tree(root, cmp) : root;
+}
+
+void* search_tree(generic_tree* root, const void* key, tree_comparator cmp) {
+    void** slot = search_tree2(root, key, cmp);
+    return slot != nullptr ? *slot : nullptr;
+}
+
+void** search_tree2(generic_tree* root, const void* key, tree_comparator cmp) {
+    while (root != nullptr) {
+        const int order = cmp(root->value, key);
+        if (order == 0)
+            return &root->value;
+        root = order < 0 ? root->left : root->right;
+    }
+    return nullptr;
+}
+
+void* replace_tree_node(generic_tree* root, void* value, tree_comparator cmp) {
+    void** slot = search_tree2(root, value, cmp);
+    return slot != nullptr ? std::exchange(*slot, value) : nullptr;
+}
+
+void* tree_min_value(generic_tree* root) {
+    const generic_tree* end = endOf(root, &generic_tree::right);
+    return end != nullptr ? end->value : nullptr;
+}
+
+void* tree_max_value(generic_tree* root) {
+    const generic_tree* end = endOf(root, &generic_tree::left);
+    return end != nullptr ? end->value : nullptr;
+}
+
+generic_tree* delete_tree_node(generic_tree* root, const void* key, tree_comparator cmp,
+                               tree_release release, bool& deleted) {
+    deleted = false;
+    Path path("delete_tree_node");
+    generic_tree* node = descend(root, key, cmp, path);
+    if (node == nullptr)
+        return root;
+    if (release != nullptr)
+        release(node->value);
+    generic_tree** link = addAlong(root, path, -1);
+    if (node->left != nullptr && node->right != nullptr)
+        node = takeNeighbour(node);
+    else
+        *link = node->left != nullptr ? node->left : node->right;
+    std::free(node);
+    deleted = true;
+    return root;
+}
+
+void delete_tree(generic_tree* root, tree_release release) {
+    // On the way down, a left link is turned round to lead back to the parent
+    // and a right link that was followed is cut: no stack, no memory.
+    generic_tree* parent = nullptr;
+    for (generic_tree* node = root; node != nullptr;) {
+        if (node->left == nullptr && node->right == nullptr) {
+            releaseNode(node, release);
+            while (parent != nullptr && parent->right == nullptr)
+                releaseNode(std::exchange(parent, parent->left), release);
+            node = parent != nullptr ? std::exchange(parent->right, nullptr) : nullptr;
+            continue;
+        }
+        generic_tree* next =
+            node->left != nullptr ? node->left : std::exchange(node->right, nullptr);
+        node->left = std::exchange(parent, node);
+        node = next;
+    }
+}
+
+generic_tree* copy_tree(generic_tree* root) {
+    return TreeCopier().copy(root);
+}
+
+generic_tree* copy_tree_deep(generic_tree* root, tree_value_copy copy) {
+    if (root == nullptr)
+        return nullptr;
+    void* value = copy(root->value);
+    generic_tree* result = copy_tree(root);
+    result->value = value;
+    return result;
+}
+
+generic_tree* balance_tree(generic_tree* root, tree_comparator) {
+    generic_tree** pending[maxPending] = {&root};
+    for (std::size_t count = 1; count > 0;) {
+        generic_tree*& subtree = *pending[--count];
+        if (weightOf(subtree) < 3)
+            continue;
+        subtree = settle(subtree);
+        if (count + 2 > maxPending)
+            continue;
+        pending[count++] = &subtree->left;
+        pending[count++] = &subtree->right;
+    }
+    return root;
+}
+
+int cmp_strings(const char* a, const char* b) {
+    const int order = std::strcmp(a != nullptr ? a : "", b != nullptr ? b : "");
+    return (order > 0) - (order < 0);
+}
+
+int cmp_strings(const void* a, const void* b) {
+    return cmp_strings(static_cast<const char*>(a), static_cast<const char*>(b));
+}
+
+int cmp_ints(int* a, int* b) {
+    return compare_integers(*a, *b);
+}
+
+int cmp_ints(const void* a, const void* b) {
+    return compare_integers(*static_cast<const int*>(a), *static_cast<const int*>(b));
+}
+
+int compare_integers(int a, int b) {
+    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
+}
+
+int compare_integers(const void* a, const void* b) {
+    return compare_integers(static_cast<int>(reinterpret_cast<std::intptr_t>(a)),
+                            static_cast<int>(reinterpret_cast<std::intptr_t>(b)));
+}
