@@ -1,6 +1,7 @@
 #include "tools/messages/KazProgressMap.h"
 
 #include "tools/messages/KazProgress.h"
+#include "tools/util/tree.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ void checkOutValue(void* value) {
 } // namespace
 
 KazProgressMap::KazProgressMap()
-    : KazHashTable(KazHashTable::comparePointers, KazHashTable::hashPointer, onlyBucket) {
+    : KazHashTable(compare_integers, KazHashTable::hashPointer, onlyBucket) {
     setValueCheckOut(checkOutValue);
 }
 

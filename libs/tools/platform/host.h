@@ -220,11 +220,11 @@ private:
 /// its end; no later file can be hit through a reused descriptor.
 void closeAllStreams();
 
-/// Standard input's terminal stops echoing what is typed, until echoOn(); it is
-/// restored on every way out of the process, termination by SIGINT included.
+/// Standard input's terminal stops echoing what is typed, until echoOn(). A
+/// signal that ends or suspends the process meanwhile brings the echo back first.
 /// False when standard input is no terminal: nothing is changed then.
 bool echoOff();
-/// Restores what the last successful echoOff() found; does nothing without one.
+/// The echo is on again, and signals go their usual ways; nothing without echoOff().
 void echoOn();
 
 // ------------------------------------------------------------------ processes

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <termios.h>
 #include <unistd.h>
 
@@ -20,8 +21,9 @@ struct Watch {
 };
 
 constinit Watch watches[] = {
-    {SIGHUP, false, {}},  {SIGINT, false, {}},  {SIGQUIT, false, {}}, {SIGTERM, false, {}},
-    {SIGALRM, false, {}}, {SIGPIPE, false, {}}, {SIGTSTP, false, {}},
+    {SIGHUP, false, {}},  {SIGINT, false, {}},  {SIGQUIT, false, {}},
+    {SIGTERM, false, {}}, {SIGALRM, false, {}}, {SIGPIPE, false, {}},
+    {SIGTSTP, false, {}}, {SIGUSR1, false, {}}, {SIGUSR2, false, {}},
 };
 
 constinit volatile std::sig_atomic_t echoIsOff = 0;
@@ -91,6 +93,8 @@ bool echoOff() {
     echoing.c_lflag |= ECHO;
     silent = mode;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    // For a handler of the tool's that ends the process in its own way.
+    [[maybe_unused]] static const int registered = std::atexit(echoOn);
     watchSignals();
     echoIsOff = 1;
     // What was typed ahead is kept: it may be the answer.

@@ -1,0 +1,113 @@
+// A tool that asks: its first argument names what it does. What it learns goes
+// to standard error, so that standard output holds what the user sees.
+
+#include "tools/app/KazConsoleApp.h"
+#include "tools/messages/KazIODirector.h"
+#include "tools/messages/messages.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+bool askSecret() {
+    KazString secret;
+    const bool given = KazIODirector::getUserInput(secret, "Login", "Password", false);
+    std::fprintf(stderr, "secret: %s\n", given ? secret.getValue() : "none");
+    return given;
+}
+
+bool askName() {
+    KazString name;
+    const bool given = KazIODirector::getUserInput(name, "Login", "Name", true);
+    std::fprintf(stderr, "name: %s\n", given ? name.getValue() : "none");
+    return given;
+}
+
+void noteSignal(int signal) {
+    std::fprintf(stderr, "signal %d\n", signal);
+}
+
+void handle(int signal, void (*handler)(int), int flags) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigaction(signal, &action, nullptr);
+}
+
+bool terminalEchoes() {
+    termios mode;
+    return tcgetattr(STDIN_FILENO, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+}
+
+void waitForEcho(bool wanted) {
+    for (int i = 0; i < 2000 && terminalEchoes() != wanted; ++i)
+        usleep(5000);
+    std::fprintf(stderr, "echo %s\n", terminalEchoes() ? "on" : "off");
+}
+
+/// Does what an interactive shell does when its user suspends a program that is
+/// asking, looks around and brings it back to the foreground.
+int suspendAndContinue() {
+    std::signal(SIGTTOU, SIG_IGN);
+    const pid_t child = fork();
+    if (child == 0) {
+        setpgid(0, 0);
+        tcsetpgrp(STDIN_FILENO, getpid());
+        std::signal(SIGTTOU, SIG_DFL);
+        askSecret();
+        return 0;
+    }
+    waitForEcho(false);
+    kill(child, SIGTSTP);
+    int status = 0;
+    waitpid(child, &status, WUNTRACED);
+    std::fputs(WIFSTOPPED(status) ? "stopped\n" : "not stopped\n", stderr);
+    waitForEcho(true);
+    kill(child, SIGCONT);
+    waitForEcho(false);
+    kill(child, SIGTERM);
+    waitpid(child, &status, 0);
+    std::fprintf(stderr, "ended by %d\n", WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    waitForEcho(true);
+    return 0;
+}
+
+class PromptTool : public KazConsoleApp {
+    int runTool(int, char** argv) override {
+        const std::string_view what = argv[1];
+        if (what == "secret")
+            return askSecret() ? 0 : 3;
+        if (what == "both")
+            return askSecret() && askName() ? 0 : 3;
+        if (what == "restarted" || what == "interrupted") {
+            handle(SIGINT, noteSignal, what == "restarted" ? SA_RESTART : 0);
+            askSecret();
+            struct sigaction now;
+            sigaction(SIGINT, nullptr, &now);
+            return now.sa_handler == noteSignal ? 0 : 4;
+        }
+        if (what == "ignoring") {
+            std::signal(SIGINT, SIG_IGN);
+            return askSecret() ? 0 : 3;
+        }
+        if (what == "suspended")
+            return suspendAndContinue();
+        if (what == "confirm")
+            return KazIODirector::confirm("Save", "Discard changes?", KazIODirector::YesNoCancel,
+                                          KazIODirector::Ignore);
+        print_msg("shown");
+        if (what == "fatal")
+            fatal_err("no such thing as \"%s\"", argv[1]);
+        return 0;
+    }
+};
+
+PromptTool theTool;
+
+} // namespace
