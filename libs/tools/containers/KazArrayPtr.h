@@ -79,7 +79,7 @@ public:
     /// Makes room for at least @p count slots, so that the array can grow to
     /// that size without moving. Capacities are multiples of 4 and grow by the
     /// growth rate, so that adding one at a time costs constant time each.
-    void inflate(int count);
+    void inflate(int count) { reserve(count); }
 
     /// Sets the factor by which the capacity grows, 1.3 at first. A @p rate
     /// that is not above 1.0 (or not a number) means 1.3.
@@ -121,23 +121,27 @@ protected:
 
     /// Stands in memory directly before the first slot.
     struct Storage {
-        std::int32_t owners;   ///< arrays that use these slots
-        std::int32_t occupied; ///< KazColl only: slots that hold an element; -1: as its size says
+        std::int32_t owners;   ///< objects that use these slots
+        std::int32_t occupied; ///< KazColl's: slots that hold elements; -1 for getSize()
     };
 
     Slot& slot(int index) const { return reinterpret_cast<Slot*>(data)[index]; }
-    Storage& storage() const { return reinterpret_cast<Storage*>(data)[-1]; }
-    bool isShared() const { return data != nullptr && storage().owners > 1; }
+    static Storage& storageOf(void** slots) { return reinterpret_cast<Storage*>(slots)[-1]; }
+    Storage& storage() const { return storageOf(data); }
 
-    /// The capacity that inflate(count) chooses; throws when none fits.
+    /// The capacity that inflate(count) chooses.
     int capacityFor(std::int64_t count) const;
-    /// Slots for @p count pointers, with one owner.
+    /// inflate for a count that may be too large.
+    void reserve(std::int64_t count);
+    /// Storage for @p count slots, with one owner.
     static void** allocateSlots(int count);
     /// Drops one owner of @p slots (null allowed); the last one frees them.
     static void release(void** slots);
-    /// Makes @p count slots usable behind the present ones; see setSize.
+    /// The two ranges may overlap.
+    static void moveSlots(void** to, void* const* from, std::int64_t count);
+    /// setSize for sizes above the present one.
     void grow(std::int64_t count);
-    /// Opens @p count slots (their contents open) at @p index; see insertAt.
+    /// Makes place for @p count slots at @p index, see insertAt.
     void openGap(int index, int count);
 
     void** data = nullptr;

@@ -101,8 +101,9 @@ public:
     /// gives the storage back. Iterators are done, but stay registered.
     void removeAll();
 
-    /// Makes room, as KazArrayPtr does.
+    /// As for KazArrayPtr.
     void inflate(int count);
+    void freeExtra();
 
 protected:
     /// Reads an index of an iterator without trusting it: null outside.
@@ -112,37 +113,53 @@ private:
     friend class KazCollIterator;
     class Incoming;
 
+    /// Contents that no longer belong to a collection.
+    struct Departing {
+        void** slots;
+        int count;
+        CheckOut checkOut;
+    };
+
     // They would bypass the element functions.
     using KazArrayPtr::elementAt;
     using KazArrayPtr::remove;
     using KazArrayPtr::setAtGrow;
     using KazArrayPtr::setSize;
 
-    void* checkedIn(void* item) const { return checkInFunction ? checkInFunction(item) : item; }
     void checkedOut(void* item) const {
         if (checkOutFunction)
             checkOutFunction(item);
     }
 
     bool isAlone() const { return nextSharer == this; }
-    void joinSharersOf(KazColl& other);
+    void joinSharersOf(const KazColl& other);
     void leaveSharers();
-    void letGo();
-    void prepare(std::int64_t count);
-    void separate(int count);
-    void moveTogether(int count);
-    void claim();
-    void noteOccupied();
-    void place(int index, void* const* items, int count);
-    int takeOut(int index, int count, void** removed);
+    template <typename Visit>
+    void forEachSharer(Visit visit);
+
+    Departing depart();
+    static void dismiss(const Departing& contents);
+
+    bool holdsElement(int index) const;
+    void* take(int index);
+    void claimSlots();
+    void noteSlots();
+    void makeRoom(std::int64_t count);
+    void separate(int newCapacity);
+    void moveTogether(int newCapacity);
+    void prepare(int index, int count);
+    int appendItems(Incoming& items);
+    void insertItems(int index, Incoming& items);
+    void extract(int index, int count, void** removed);
     void advanceIterators(int index, int count);
     void withdrawIterators(int index, int count);
 
     CheckOut checkOutFunction = nullptr;
     CheckIn checkInFunction = nullptr;
     KazCollIterator* iterators = nullptr;
-    /// Ring of the collections that share the storage; this one when alone.
-    KazColl* nextSharer = this;
+    /// Ring of the collections that share the storage; this one when alone. What
+    /// they share they own once: the last one to leave the ring checks it out.
+    mutable KazColl* nextSharer = this;
 };
 
 /// Walks a collection by index and stays valid whatever happens to it.

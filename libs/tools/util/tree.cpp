@@ -150,6 +150,8 @@ bool haveEqualWeights(const generic_tree* a, const generic_tree* b) {
 /// it is the heavier one, becomes the root. Null when the weights are wrong.
 generic_tree* rotate(generic_tree* root, Side heavy) {
     generic_tree* child = root->*heavy;
+    if (child == nullptr)
+        return nullptr;
     const Side inner = opposite(heavy);
     const bool outerHeavier = leansLeft(child) == (heavy == &generic_tree::left);
     if (haveEqualWeights(child->left, child->right) || outerHeavier) {

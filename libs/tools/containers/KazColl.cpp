@@ -1,0 +1,363 @@
+#include "tools/containers/KazColl.h"
+
+#include "tools/util/detail/allocate.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+// Element functions may do anything to the collection that calls them. So
+// nothing is ever half in: items are checked in aside (Incoming) and then put
+// into the slots, and they are out of the slots before they are checked out.
+
+/// Items on their way in. Those that have been checked in and did not get
+/// there are checked out again.
+class KazColl::Incoming {
+public:
+    Incoming(const KazColl& owner, void* const* from, int count)
+        : checkOut(owner.checkOutFunction), count(count) {
+        if (count > 1)
+            items = static_cast<void**>(
+                kaz::detail::allocate(static_cast<std::size_t>(count) * sizeof(void*)));
+        moveSlots(items, from, count);
+    }
+    Incoming(const Incoming&) = delete;
+    Incoming& operator=(const Incoming&) = delete;
+    ~Incoming() {
+        while (checkOut && held > 0)
+            checkOut(items[--held]);
+        if (items != &single)
+            std::free(items);
+    }
+
+    void checkIn(CheckIn function) {
+        for (int i = 0; i < count; ++i) {
+            if (function)
+                items[i] = function(items[i]);
+            held = i + 1;
+        }
+    }
+
+    int size() const { return count; }
+
+    /// The items, which now belong to the caller.
+    void** surrender() {
+        held = 0;
+        return items;
+    }
+
+private:
+    CheckOut checkOut;
+    int count;
+    int held = 0;
+    void* single = nullptr;
+    void** items = &single;
+};
+
+KazColl::KazColl(const KazColl& other) : KazArrayPtr() {
+    *this = other;
+}
+
+KazColl::~KazColl() {
+    // More than once, should a check-out add something.
+    while (data)
+        dismiss(depart());
+    for (KazCollIterator* i = iterators; i; i = i->nextIterator) {
+        i->index = KazCollIterator::done;
+        i->collection = nullptr;
+    }
+}
+
+KazColl& KazColl::operator=(const KazColl& other) {
+    if (this == &other)
+        return *this;
+    const Departing old = data && data == other.data ? Departing{} : depart();
+    if (data != other.data)
+        joinSharersOf(other);
+    size = other.size;
+    growthRate = other.growthRate;
+    checkOutFunction = other.checkOutFunction;
+    checkInFunction = other.checkInFunction;
+    for (KazCollIterator* i = iterators; i; i = i->nextIterator) {
+        if (i->index >= size)
+            i->index = KazCollIterator::done;
+    }
+    dismiss(old);
+    return *this;
+}
+
+void KazColl::joinSharersOf(const KazColl& other) {
+    Storage& shared = other.storage();
+    ++shared.owners;
+    if (shared.occupied < 0)
+        shared.occupied = other.size;
+    data = other.data;
+    capacity = other.capacity;
+    nextSharer = other.nextSharer;
+    other.nextSharer = this;
+}
+
+void KazColl::leaveSharers() {
+    KazColl* before = nextSharer;
+    while (before->nextSharer != this)
+        before = before->nextSharer;
+    before->nextSharer = nextSharer;
+    nextSharer = this;
+}
+
+template <typename Visit>
+void KazColl::forEachSharer(Visit visit) {
+    KazColl* sharer = this;
+    do {
+        visit(*sharer);
+        sharer = sharer->nextSharer;
+    } while (sharer != this);
+}
+
+/// Empties this object. What it held is the caller's to dismiss; its elements
+/// only when nobody else has them.
+KazColl::Departing KazColl::depart() {
+    Departing contents{data, 0, checkOutFunction};
+    if (data && isAlone())
+        contents.count = storage().occupied >= 0 ? storage().occupied : size;
+    leaveSharers();
+    data = nullptr;
+    size = 0;
+    capacity = 0;
+    return contents;
+}
+
+void KazColl::dismiss(const Departing& contents) {
+    if (contents.checkOut) {
+        const auto* slots = reinterpret_cast<const Slot*>(contents.slots);
+        for (int i = contents.count - 1; i >= 0; --i)
+            contents.checkOut(slots[i]);
+    }
+    release(contents.slots);
+}
+
+KazColl::CheckIn KazColl::setCheckIn(CheckIn function) {
+    return std::exchange(checkInFunction, function);
+}
+
+KazColl::CheckOut KazColl::setCheckOut(CheckOut function) {
+    return std::exchange(checkOutFunction, function);
+}
+
+// Objects that share storage may differ in size. The storage counts the slots
+// that hold elements, so that each is checked out once, whoever comes last.
+
+/// False for a slot that a removal through another object has vacated.
+bool KazColl::holdsElement(int index) const {
+    return storage().occupied < 0 || index < storage().occupied;
+}
+
+void* KazColl::take(int index) {
+    void* item = slot(index);
+    slot(index) = nullptr;
+    return item;
+}
+
+/// Before the slots are rearranged: what only others count has no place in the
+/// new arrangement and goes.
+void KazColl::claimSlots() {
+    while (data && storage().occupied > size) {
+        const int last = --storage().occupied;
+        checkedOut(take(last));
+    }
+}
+
+/// After the slots were rearranged.
+void KazColl::noteSlots() {
+    if (data && storage().occupied >= 0)
+        storage().occupied = isAlone() ? -1 : size;
+}
+
+void KazColl::makeRoom(std::int64_t count) {
+    if (count <= capacity)
+        return;
+    const int newCapacity = capacityFor(count);
+    if (isAlone())
+        KazArrayPtr::inflate(static_cast<int>(count));
+    else if (checkOutFunction && !checkInFunction)
+        moveTogether(newCapacity);
+    else
+        separate(newCapacity);
+}
+
+void KazColl::separate(int newCapacity) {
+    const auto drop = [](void** slots) { release(slots); };
+    std::unique_ptr<void*, decltype(drop)> fresh(allocateSlots(newCapacity), drop);
+    Incoming own(*this, data, size);
+    own.checkIn(checkInFunction);
+    if (isAlone() || own.size() != size)
+        return makeRoom(newCapacity); // a check-in has changed what there is to separate
+    moveSlots(fresh.get(), own.surrender(), size);
+    release(depart().slots);
+    size = own.size();
+    data = fresh.release();
+    capacity = newCapacity;
+}
+
+void KazColl::moveTogether(int newCapacity) {
+    int used = storage().occupied;
+    forEachSharer([&](const KazColl& sharer) { used = std::max(used, sharer.size); });
+    void** slots = allocateSlots(newCapacity);
+    moveSlots(slots, data, used);
+    storageOf(slots) = {0, storage().occupied};
+    forEachSharer([&](KazColl& sharer) {
+        ++storageOf(slots).owners;
+        release(sharer.data);
+        sharer.data = slots;
+        sharer.capacity = newCapacity;
+    });
+}
+
+void KazColl::inflate(int count) {
+    makeRoom(count);
+}
+
+void KazColl::freeExtra() {
+    if (!isAlone())
+        return;
+    claimSlots();
+    noteSlots();
+    KazArrayPtr::freeExtra();
+}
+
+/// Readies the slots for an insertion that cannot fail. Repeats what the
+/// element functions called meanwhile have undone.
+void KazColl::prepare(int index, int count) {
+    const auto needed = [&] { return std::int64_t{std::max(index, size)} + count; };
+    do {
+        makeRoom(needed());
+        claimSlots();
+    } while (needed() > capacity);
+}
+
+int KazColl::appendItems(Incoming& items) {
+    items.checkIn(checkInFunction);
+    prepare(0, items.size());
+    const int first = size;
+    KazArrayPtr::insertAt(first, items.surrender(), items.size());
+    noteSlots();
+    return first;
+}
+
+void KazColl::insertItems(int index, Incoming& items) {
+    items.checkIn(checkInFunction);
+    prepare(index, items.size());
+    KazArrayPtr::insertAt(index, items.surrender(), items.size());
+    noteSlots();
+    advanceIterators(index, items.size());
+}
+
+int KazColl::add(void* item) {
+    Incoming items(*this, &item, 1);
+    return appendItems(items);
+}
+
+void KazColl::setAt(int index, void* item) {
+    if (holdsElement(index))
+        checkedOut(take(index));
+    Incoming items(*this, &item, 1);
+    items.checkIn(checkInFunction);
+    if (index >= size)
+        return; // an element function has removed the place
+    void* met = take(index);
+    slot(index) = *items.surrender();
+    storage().occupied = std::max(storage().occupied, storage().occupied < 0 ? -1 : index + 1);
+    if (met)
+        checkedOut(met); // an element function has put it there
+}
+
+void KazColl::insertAt(int index, void* item) {
+    insertAt(index, &item, 1);
+}
+
+void KazColl::insertAt(int index, void** items, int count) {
+    Incoming incoming(*this, items, count);
+    insertItems(index, incoming);
+}
+
+void KazColl::insertAt(int index, const KazColl& other) {
+    if (other.size > 0)
+        insertAt(index, other.data, other.size);
+}
+
+int KazColl::append(const KazColl& other) {
+    Incoming items(*this, other.data, other.size);
+    return appendItems(items);
+}
+
+void KazColl::copy(const KazColl& other) {
+    if (this == &other)
+        return;
+    // First what can fail, while nothing is lost yet.
+    Incoming items(*this, other.data, other.size);
+    KazColl room;
+    room.inflate(other.size);
+    removeAll();
+    if (!data) {
+        std::swap(data, room.data);
+        std::swap(capacity, room.capacity);
+    }
+    appendItems(items);
+}
+
+void KazColl::removeAt(int index, int count) {
+    claimSlots();
+    void* few[64];
+    const auto drop = [](void** block) { std::free(block); };
+    std::unique_ptr<void*, decltype(drop)> many(nullptr, drop);
+    count = std::min(count, size - index);
+    int portion = static_cast<int>(std::size(few));
+    // Removal must not fail for want of memory: without it, by portions.
+    if (count > portion)
+        many.reset(
+            static_cast<void**>(std::malloc(static_cast<std::size_t>(count) * sizeof(void*))));
+    if (many)
+        portion = count;
+    for (; count > 0; count = std::min(count - portion, size - index)) {
+        void** removed = many ? many.get() : few;
+        const int taken = std::min(count, portion);
+        extract(index, taken, removed);
+        std::for_each_n(removed, taken, [this](void* item) { checkedOut(item); });
+    }
+}
+
+/// Takes elements out of the slots, for the caller to check out.
+void KazColl::extract(int index, int count, void** removed) {
+    const int oldSize = size;
+    moveSlots(removed, data + index, count);
+    KazArrayPtr::removeAt(index, count);
+    if (!isAlone())
+        std::fill(data + size, data + oldSize, nullptr);
+    noteSlots();
+    withdrawIterators(index, count);
+}
+
+void KazColl::removeAll() {
+    dismiss(depart());
+    for (KazCollIterator* i = iterators; i; i = i->nextIterator)
+        i->index = KazCollIterator::done;
+}
+
+void KazColl::advanceIterators(int index, int count) {
+    forEachSharer([=](KazColl& sharer) {
+        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
+            if (i->index >= index)
+                i->index += count;
+        }
+    });
+}
+
+void KazColl::withdrawIterators(int index, int count) {
+    forEachSharer([=](KazColl& sharer) {
+        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
+            if (i->index >= index)
+                i->index = std::max(i->index - count, index - 1);
+        }
+    });
+}

@@ -1,0 +1,39 @@
+#include "tools/containers/KazColl.h"
+
+KazCollIterator::KazCollIterator(KazColl* walked) : collection(walked) {
+    if (!collection)
+        return;
+    nextIterator = collection->iterators;
+    collection->iterators = this;
+    reset();
+}
+
+KazCollIterator::KazCollIterator(const KazCollIterator& other) : KazCollIterator(other.collection) {
+    index = other.index;
+}
+
+KazCollIterator::~KazCollIterator() {
+    if (!collection)
+        return;
+    KazCollIterator** link = &collection->iterators;
+    while (*link != this)
+        link = &(*link)->nextIterator;
+    *link = nextIterator;
+}
+
+// Assignment is for remembering a position; the list that an iterator is on
+// says whose changes move it, and that does not change.
+KazCollIterator& KazCollIterator::operator=(const KazCollIterator& other) {
+    index = other.index;
+    return *this;
+}
+
+bool KazCollIterator::next() {
+    if (!isDone() && (!collection || ++index >= collection->size))
+        index = done;
+    return !isDone();
+}
+
+void KazCollIterator::reset() {
+    index = collection && collection->size > 0 ? 0 : done;
+}

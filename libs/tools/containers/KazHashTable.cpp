@@ -1,0 +1,373 @@
+#include "tools/containers/KazHashTable.h"
+
+#include "tools/app/KazMemoryException.h"
+#include "tools/util/detail/allocate.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <utility>
+
+// A bucket's capacity follows the size in bytes that its block would have with
+// 32-bit pointers; the block itself is as large as the capacity needs.
+
+namespace {
+
+using CheckIn = KazHashTable::CheckIn;
+using CheckOut = KazHashTable::CheckOut;
+
+constexpr std::int64_t narrowHeader = 8;
+constexpr std::int64_t narrowEntry = 8;
+
+std::int64_t capacityOf(std::int64_t narrowSize) {
+    return (narrowSize - narrowHeader) / narrowEntry;
+}
+
+/// About 30 % more, in blocks of 16 bytes. The constant is 1 - 1.3 in float.
+std::int64_t grownCapacity(std::int32_t capacity) {
+    const auto less = static_cast<std::int64_t>(static_cast<float>(capacity) * -0.29999995F);
+    const std::int64_t wanted = capacity - less;
+    return capacityOf((wanted * narrowEntry + 31) & ~std::int64_t{15});
+}
+
+std::int64_t tightCapacity(std::int32_t count) {
+    return capacityOf((std::int64_t{count} * narrowEntry + 23) & ~std::int64_t{15});
+}
+
+std::size_t blockBytes(std::int64_t capacity) {
+    return sizeof(KazBucket) + static_cast<std::size_t>(capacity) * sizeof(KazBucketEntry);
+}
+
+void* passed(CheckIn function, void* item) {
+    return function ? function(item) : item;
+}
+
+void passOut(CheckOut function, void* item) {
+    if (function)
+        function(item);
+}
+
+} // namespace
+
+/// A key or value that has been checked in; checked out again unless it gets
+/// into the table.
+class KazHashTable::Held {
+public:
+    Held(CheckIn checkIn, CheckOut checkOut, void* item)
+        : checkOut(checkOut), item(passed(checkIn, item)) {}
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() {
+        if (held)
+            passOut(checkOut, item);
+    }
+
+    void* surrender() {
+        held = false;
+        return item;
+    }
+
+private:
+    CheckOut checkOut;
+    void* item;
+    bool held = true;
+};
+
+KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
+    : bucketCount(size),
+      hash(hash),
+      compare(compare),
+      buckets(static_cast<KazBucket**>(kaz::detail::allocateZeroed(
+          static_cast<std::size_t>(bucketSlots()) * sizeof(KazBucket*)))) {}
+
+KazHashTable::~KazHashTable() {
+    // More than once, should a check-out bind something.
+    while (entryCount > 0)
+        clear();
+    std::free(buckets);
+}
+
+void KazHashTable::setKeyCheckIn(CheckIn function) {
+    const Guard guard(lock);
+    keyCheckIn = function;
+}
+
+void KazHashTable::setKeyCheckOut(CheckOut function) {
+    const Guard guard(lock);
+    keyCheckOut = function;
+}
+
+void KazHashTable::setValueCheckIn(CheckIn function) {
+    const Guard guard(lock);
+    valueCheckIn = function;
+}
+
+void KazHashTable::setValueCheckOut(CheckOut function) {
+    const Guard guard(lock);
+    valueCheckOut = function;
+}
+
+/// Where the key is, or where it would be inserted.
+KazHashTable::Position KazHashTable::findKey(const void* key) const {
+    const Position cached{cachedBucket, cachedIndex, true};
+    if (cachedIndex >= 0 && compare(key, entryAt(cached).key) == 0)
+        return cached;
+    Position position{0, 0, false};
+    if (bucketCount > 1)
+        position.bucket =
+            static_cast<std::int32_t>(hash(key) % static_cast<std::uint32_t>(bucketCount));
+    KazBucket* block = buckets[position.bucket];
+    std::int32_t high = block ? block->count : 0;
+    while (position.index < high) {
+        const std::int32_t middle = position.index + (high - position.index) / 2;
+        const int order = compare(key, block->entries()[middle].key);
+        if (order == 0)
+            return {position.bucket, middle, true};
+        if (order < 0)
+            high = middle;
+        else
+            position.index = middle + 1;
+    }
+    return position;
+}
+
+/// The position after element functions have been called: the one found
+/// before, unless they have changed the table.
+KazHashTable::Position KazHashTable::findAgain(const void* key, const Position& before,
+                                               std::uint32_t revisionBefore) const {
+    return revision == revisionBefore ? before : findKey(key);
+}
+
+KazBucketEntry& KazHashTable::entryAt(const Position& position) const {
+    return buckets[position.bucket]->entries()[position.index];
+}
+
+void KazHashTable::remember(const Position& position) {
+    cachedBucket = position.bucket;
+    cachedIndex = position.index;
+}
+
+bool KazHashTable::bind(void* key, void* value, bool replace) {
+    const Guard guard(lock);
+    Position position = findKey(key);
+    if (position.found && !replace)
+        return false;
+    if (position.found) {
+        replaceValue(key, position, value);
+        return true;
+    }
+    const std::uint32_t revisionBefore = revision;
+    Held newKey(keyCheckIn, keyCheckOut, key);
+    Held newValue(valueCheckIn, valueCheckOut, value);
+    position = findAgain(key, position, revisionBefore);
+    if (position.found && !replace)
+        return false;
+    if (position.found) {
+        void* old = std::exchange(entryAt(position).value, newValue.surrender());
+        remember(position);
+        passOut(valueCheckOut, old);
+        return true;
+    }
+    makeRoom(position.bucket);
+    insert(position, newKey.surrender(), newValue.surrender());
+    return true;
+}
+
+bool KazHashTable::rebind(void* key, void* value) {
+    const Guard guard(lock);
+    const Position position = findKey(key);
+    if (position.found)
+        replaceValue(key, position, value);
+    return position.found;
+}
+
+void KazHashTable::replaceValue(const void* key, Position position, void* value) {
+    const std::uint32_t revisionBefore = revision;
+    remember(position);
+    passOut(valueCheckOut, std::exchange(entryAt(position).value, nullptr));
+    Held newValue(valueCheckIn, valueCheckOut, value);
+    position = findAgain(key, position, revisionBefore);
+    if (!position.found)
+        return; // an element function has unbound the key
+    void* met = std::exchange(entryAt(position).value, newValue.surrender());
+    remember(position);
+    if (met)
+        passOut(valueCheckOut, met); // an element function has put it there
+}
+
+/// Makes the bucket's block large enough for one entry more.
+void KazHashTable::makeRoom(std::int32_t bucket) {
+    KazBucket* block = buckets[bucket];
+    if (block && block->count < block->capacity)
+        return;
+    const std::int64_t capacity = block ? grownCapacity(block->capacity) : 1;
+    if (capacity > std::numeric_limits<std::int32_t>::max())
+        throw KazMemoryException();
+    const bool isNew = block == nullptr;
+    block = static_cast<KazBucket*>(kaz::detail::reallocate(block, blockBytes(capacity)));
+    if (isNew)
+        block->count = 0;
+    block->capacity = static_cast<std::int32_t>(capacity);
+    buckets[bucket] = block;
+}
+
+void KazHashTable::insert(const Position& position, void* key, void* value) {
+    KazBucket* block = buckets[position.bucket];
+    KazBucketEntry* entries = block->entries();
+    std::copy_backward(entries + position.index, entries + block->count,
+                       entries + block->count + 1);
+    entries[position.index] = {key, value};
+    ++block->count;
+    ++entryCount;
+    ++revision;
+    remember(position);
+}
+
+bool KazHashTable::unbind(const void* key) {
+    const Guard guard(lock);
+    const Position position = findKey(key);
+    if (!position.found)
+        return false;
+    const KazBucketEntry entry = extract(position);
+    passOut(valueCheckOut, entry.value);
+    passOut(keyCheckOut, entry.key);
+    return true;
+}
+
+KazBucketEntry KazHashTable::extract(const Position& position) {
+    KazBucket* block = buckets[position.bucket];
+    KazBucketEntry* entries = block->entries();
+    const KazBucketEntry entry = entries[position.index];
+    std::copy(entries + position.index + 1, entries + block->count, entries + position.index);
+    if (--block->count == 0) {
+        std::free(block);
+        buckets[position.bucket] = nullptr;
+    }
+    --entryCount;
+    ++revision;
+    cachedIndex = -1;
+    return entry;
+}
+
+void* KazHashTable::valueOf(const void* key) {
+    bool found = false;
+    return valueOf(key, found);
+}
+
+void* KazHashTable::valueOf(const void* key, bool& found) {
+    const Guard guard(lock);
+    const Position position = findKey(key);
+    found = position.found;
+    if (!found)
+        return nullptr;
+    remember(position);
+    return entryAt(position).value;
+}
+
+bool KazHashTable::isBound(const void* key) {
+    bool found = false;
+    valueOf(key, found);
+    return found;
+}
+
+int KazHashTable::getSize() const {
+    const Guard guard(lock);
+    return entryCount;
+}
+
+void KazHashTable::clear() {
+    const Guard guard(lock);
+    for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket) {
+        KazBucket* block = std::exchange(buckets[bucket], nullptr);
+        if (!block)
+            continue;
+        entryCount -= block->count;
+        ++revision;
+        cachedIndex = -1;
+        for (std::int32_t i = 0; i < block->count; ++i) {
+            passOut(keyCheckOut, block->entries()[i].key);
+            passOut(valueCheckOut, block->entries()[i].value);
+        }
+        std::free(block);
+    }
+    cachedBucket = -1;
+    cachedIndex = -1;
+}
+
+void KazHashTable::freeExtra() {
+    const Guard guard(lock);
+    for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket) {
+        KazBucket* block = buckets[bucket];
+        if (!block || tightCapacity(block->count) >= block->capacity)
+            continue;
+        const std::int64_t capacity = tightCapacity(block->count);
+        // Not through the allocation helper: nobody needs to hear of a failed shrink.
+        auto* shrunk = static_cast<KazBucket*>(std::realloc(block, blockBytes(capacity)));
+        if (!shrunk)
+            continue;
+        shrunk->capacity = static_cast<std::int32_t>(capacity);
+        buckets[bucket] = shrunk;
+    }
+}
+
+void** KazHashTable::getBucketData(int bucket) const {
+    const Guard guard(lock);
+    KazBucket* block = buckets[bucket];
+    return block ? &block->entries()->key : nullptr;
+}
+
+unsigned KazHashTable::hashPointer(const void* key) {
+    return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(key));
+}
+
+int KazHashTable::comparePointers(const void* a, const void* b) {
+    const auto first = reinterpret_cast<std::intptr_t>(a);
+    const auto second = reinterpret_cast<std::intptr_t>(b);
+    if (first == second)
+        return 0;
+    const auto difference = static_cast<std::intptr_t>(static_cast<std::uintptr_t>(first) -
+                                                       static_cast<std::uintptr_t>(second));
+    const bool overflows = (difference < 0) != (first < second);
+    if (!overflows && difference >= std::numeric_limits<int>::min() &&
+        difference <= std::numeric_limits<int>::max())
+        return static_cast<int>(difference);
+    return first < second ? -1 : 1;
+}
+
+void KazHashTableIterator::reset() {
+    bucket = 0;
+    index = -1;
+    next();
+}
+
+bool KazHashTableIterator::next() {
+    if (bucket >= table->bucketSlots())
+        return false;
+    ++index;
+    while (bucket < table->bucketSlots() && isDone()) {
+        ++bucket;
+        index = 0;
+    }
+    return !isDone();
+}
+
+bool KazHashTableIterator::isDone() const {
+    if (bucket >= table->bucketSlots())
+        return true;
+    const KazBucket* block = table->buckets[bucket];
+    return !block || index >= block->count;
+}
+
+const KazBucketEntry* KazHashTableIterator::entry() const {
+    return isDone() ? nullptr : table->buckets[bucket]->entries() + index;
+}
+
+void* KazHashTableIterator::getKey() const {
+    const KazBucketEntry* present = entry();
+    return present ? present->key : nullptr;
+}
+
+void* KazHashTableIterator::getValue() const {
+    const KazBucketEntry* present = entry();
+    return present ? present->value : nullptr;
+}

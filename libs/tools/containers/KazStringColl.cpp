@@ -1,0 +1,63 @@
+#include "tools/containers/KazStringColl.h"
+
+// A slot and a string are both one pointer to the characters, so a slot can be
+// handed out as the string that it is. The collection itself looks at slots
+// only as kaz::detail::Slot, or bytewise, so the compiler takes either view of
+// them into account.
+static_assert(sizeof(KazString) == sizeof(void*) && alignof(KazString) == alignof(void*));
+
+namespace {
+
+/// The block of @p text, borrowed.
+void* blockOf(const KazString& text) {
+    return const_cast<KazString&>(text).disguise();
+}
+
+} // namespace
+
+KazStringColl::KazStringColl() {
+    setCheckIn(KazString::checkIn);
+    setCheckOut(KazString::checkOut);
+}
+
+KazString& KazStringColl::getAt(int index) const {
+    return reinterpret_cast<KazString&>(slot(index));
+}
+
+int KazStringColl::add(const KazString& text) {
+    return KazColl::add(blockOf(text));
+}
+
+void KazStringColl::setAt(int index, const KazString& text) {
+    // The slot may hold the only reference to its block.
+    const KazString kept = text;
+    KazColl::setAt(index, blockOf(kept));
+}
+
+void KazStringColl::insertAt(int index, const KazString& text) {
+    KazColl::insertAt(index, blockOf(text));
+}
+
+void KazStringColl::insertAt(int index, const KazString* texts, int count) {
+    KazColl::insertAt(index, reinterpret_cast<void**>(const_cast<KazString*>(texts)), count);
+}
+
+int KazStringColl::find(const char* text) const {
+    for (int i = size - 1; i >= 0; --i) {
+        if (getAt(i) == text)
+            return i;
+    }
+    return -1;
+}
+
+int KazStringColl::findNoCase(const char* text) const {
+    for (int i = size - 1; i >= 0; --i) {
+        if (getAt(i).equalsNoCase(text))
+            return i;
+    }
+    return -1;
+}
+
+KazString KazStringCollIterator::item() const {
+    return KazString::undisguise(KazCollIterator::item());
+}

@@ -1,0 +1,61 @@
+#include "tools/containers/KazStringToStringMap.h"
+
+KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
+    : KazHashTable(caseSensitive ? KazString::compareDisguised : KazString::compareNoCaseDisguised,
+                   caseSensitive ? KazString::hashDisguised : KazString::hashNoCaseDisguised,
+                   size) {
+    setKeyCheckIn(KazString::checkIn);
+    setKeyCheckOut(KazString::checkOut);
+    setValueCheckIn(KazString::checkIn);
+    setValueCheckOut(KazString::checkOut);
+}
+
+// The strings given may be the map's own, with the only reference to their
+// block there: a copy keeps them through the exchange.
+
+bool KazStringToStringMap::bind(const KazString& key, const KazString& value, bool replace) {
+    KazString keptKey = key;
+    KazString keptValue = value;
+    return KazHashTable::bind(keptKey.disguise(), keptValue.disguise(), replace);
+}
+
+bool KazStringToStringMap::rebind(const KazString& key, const KazString& value) {
+    KazString keptKey = key;
+    KazString keptValue = value;
+    return KazHashTable::rebind(keptKey.disguise(), keptValue.disguise());
+}
+
+bool KazStringToStringMap::unbind(const KazString& key) {
+    return KazHashTable::unbind(key.getValue());
+}
+
+bool KazStringToStringMap::isBound(const KazString& key) {
+    return KazHashTable::isBound(key.getValue());
+}
+
+KazString KazStringToStringMap::valueOf(const KazString& key) {
+    bool found = false;
+    return valueOf(key, found);
+}
+
+KazString KazStringToStringMap::valueOf(const KazString& key, bool& found) {
+    // Until the copy holds a reference of its own.
+    const Guard guard(mutex());
+    return KazString::undisguise(KazHashTable::valueOf(key.getValue(), found));
+}
+
+bool KazStringToStringMap::valueOf(const KazString& key, KazString& value) {
+    bool found = false;
+    KazString stored = valueOf(key, found);
+    if (found)
+        value = stored;
+    return found;
+}
+
+KazString KazStringToStringMapIterator::getKey() const {
+    return KazString::undisguise(KazHashTableIterator::getKey());
+}
+
+KazString KazStringToStringMapIterator::getValue() const {
+    return KazString::undisguise(KazHashTableIterator::getValue());
+}
