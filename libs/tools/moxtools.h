@@ -8,6 +8,11 @@
 #include "tools/util/memory.h"
 #include "tools/util/text.h"
 
+#include "tools/strings/KazQuotedStringTokenizer.h"
+#include "tools/strings/KazString.h"
+#include "tools/strings/KazStringRep.h"
+#include "tools/strings/KazStringTokenizer.h"
+
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"

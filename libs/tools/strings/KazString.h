@@ -405,7 +405,8 @@ public:
     /// @}
 
     /// @name Extracting
-    /// The whole text comes back as the same block, shared.
+    /// The whole text comes back as the same block, shared, except from
+    /// subString() with an @p n beyond the end.
     /// @{
 
     /// Up to @p n characters from @p start on; empty when @p start is outside
@@ -472,7 +473,24 @@ protected:
 
 private:
     char* chars() const { return static_cast<char*>(rep_); }
+    /// Releases the block and takes over @p rep.
+    void adopt(char* rep) noexcept;
+    /// privateCopy() to a capacity given as a whole.
+    void makeOwn(std::int64_t capacity);
+    /// Terminates the text at @p length, which becomes the length.
+    void endAt(std::int64_t length);
+    /// Whether @p s points into this string's buffer.
+    bool holds(const char* s) const;
     void appendSlowly(char c);
+    void appendText(const char* s, std::int64_t n);
+    void insertText(int pos, const char* s, std::int64_t n);
+    void repeatText(const char* s, std::int64_t n, int times);
+    /// Puts @p s in place of the @p removed characters at @p pos.
+    void splice(std::int64_t pos, std::int64_t removed, const char* s, std::int64_t n);
+    void replaceRange(int pos, int n, const char* s, std::int64_t added);
+    void replaceFirst(const char* from, const char* to, std::int64_t n);
+    void replaceEvery(const char* from, const char* to, std::int64_t n);
+    void unescapeRange(std::int64_t from, std::int64_t to, char esc);
 
     static const char theEmptyText[1];
 

@@ -1,0 +1,188 @@
+#include "tools/strings/KazString.h"
+
+#include "tools/app/KazMemoryException.h"
+#include "tools/messages/messages.h"
+#include "tools/strings/detail/Block.h"
+#include "tools/strings/detail/CharSet.h"
+#include "tools/strings/detail/Characters.h"
+#include "tools/strings/detail/Hash.h"
+#include "tools/strings/detail/Pattern.h"
+#include "tools/strings/detail/Search.h"
+#include "tools/strings/detail/wide_text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <ostream>
+
+namespace {
+using String = KazString;
+using Char = char;
+} // namespace
+
+#include "tools/strings/detail/core_members.inc"
+#include "tools/strings/detail/edit_members.inc"
+#include "tools/strings/detail/search_members.inc"
+
+constinit const char* const KazString::theDefaultWhitespaces = " \t\n\r";
+
+KazString::KazString(const char* s) : rep_(isNothing(s) ? nullptr : createRep(s)) {}
+
+KazString::KazString(char c) : rep_(createRep(&c, 1, 1)) {}
+
+KazString::KazString(const unsigned short* ws) {
+    if (ws == nullptr)
+        return;
+    const kaz::detail::WideBuffer wide = kaz::detail::widened(ws);
+    if (wide == nullptr)
+        return;
+    const std::size_t n = std::wcstombs(nullptr, wide.get(), 0);
+    if (n == 0 || n == static_cast<std::size_t>(-1))
+        return;
+    rep_ = Block::make(0, static_cast<std::int64_t>(n));
+    setStringLength(static_cast<int>(std::wcstombs(chars(), wide.get(), n + 1)));
+}
+
+// ---- Formatting
+
+namespace {
+
+/// A second pass over a variable argument list.
+struct ArgumentsAgain {
+    explicit ArgumentsAgain(va_list first) { va_copy(args, first); }
+    ~ArgumentsAgain() { va_end(args); }
+    ArgumentsAgain(const ArgumentsAgain&) = delete;
+    ArgumentsAgain& operator=(const ArgumentsAgain&) = delete;
+
+    va_list args;
+};
+
+} // namespace
+
+void KazString::appendFormatV(const char* fmt, va_list args) {
+    // Most results fit the small buffer and are formatted once only.
+    char small[512];
+    ArgumentsAgain again(args);
+    errno = 0;
+    const int n = std::vsnprintf(small, sizeof small, orEmpty(fmt), args);
+    if (n < 0) {
+        if (errno == EOVERFLOW || errno == ENOMEM)
+            throw KazMemoryException();
+        return;
+    }
+    if (static_cast<std::size_t>(n) < sizeof small)
+        return append(small);
+    KazString large;
+    std::vsnprintf(large.getBuffer(n), static_cast<std::size_t>(n) + 1, fmt, again.args);
+    large.releaseBuffer();
+    append(large);
+}
+
+void KazString::appendFormat(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    ArgumentsAgain copy(args); // ends its list when appending throws, too
+    va_end(args);
+    appendFormatV(fmt, copy.args);
+}
+
+void KazString::formatV(const char* fmt, va_list args) {
+    KazString result;
+    result.appendFormatV(fmt, args);
+    *this = std::move(result);
+}
+
+void KazString::format(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    ArgumentsAgain copy(args);
+    va_end(args);
+    formatV(fmt, copy.args);
+}
+
+// ---- What narrow strings do not offer
+
+namespace {
+
+template <class Result>
+Result unsupported(Result result) {
+    kazInternalError(1);
+    return result;
+}
+
+} // namespace
+
+bool KazString::equalsLocale(const char*) const {
+    return unsupported(false);
+}
+
+bool KazString::equalsLocale(const KazString&) const {
+    return unsupported(false);
+}
+
+int KazString::compareLocale(const char*) const {
+    return unsupported(-1);
+}
+
+int KazString::compareLocale(const KazString&) const {
+    return unsupported(-1);
+}
+
+bool KazString::equalsLocale(const char*, const char*) {
+    return unsupported(false);
+}
+
+bool KazString::equalsLocale(const KazString&, const KazString&) {
+    return unsupported(false);
+}
+
+int KazString::compareLocale(const char*, const char*) {
+    return unsupported(-1);
+}
+
+int KazString::compareLocale(const KazString&, const KazString&) {
+    return unsupported(-1);
+}
+
+int KazString::findNot(const char*, int) const {
+    return unsupported(-1);
+}
+
+int KazString::findNot(const KazString&, int) const {
+    return unsupported(-1);
+}
+
+int KazString::findLastNot(const char*, int) const {
+    return unsupported(-1);
+}
+
+int KazString::findLastNot(const KazString&, int) const {
+    return unsupported(-1);
+}
+
+// ---- Output
+
+void KazString::dump() const {
+    if (rep_ == nullptr) {
+        std::printf("NULL string\n");
+        return;
+    }
+    const int realLength = static_cast<int>(std::strlen(chars()));
+    if (getStringLength() != realLength)
+        std::printf(
+            "Error: wrong internal string length - internal length = %d, real length = %d\n",
+            getStringLength(), realLength);
+    if (getStringLength() > getBufferLength())
+        std::printf("Error: buffer overflow - string length = %d, buffer length = %d\n",
+                    getStringLength(), getBufferLength());
+    std::printf("value = '%s', ref count = %d\n", chars(), getRep()->referenceCount);
+}
+
+std::ostream& operator<<(std::ostream& out, const KazString& s) {
+    return out << s.getValue();
+}

@@ -1,0 +1,83 @@
+/// @file
+/// Making and extending string blocks.
+#pragma once
+
+#include "tools/strings/KazStringRep.h"
+#include "tools/strings/detail/Characters.h"
+#include "tools/util/detail/allocate.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace kaz::detail {
+
+/// Throws KazMemoryException: no memory can hold a text of that length.
+[[noreturn]] void throwTextTooLong();
+
+/// Blocks of characters of type Ch. Lengths and capacities come in 64 bits and
+/// are checked here, in one place, against what the header can hold.
+template <class Ch>
+struct Block {
+    /// The largest number of the form 16k + 3 that is an int32.
+    static constexpr std::int64_t maxCapacity = 0x7FFFFFF3;
+
+    static Ch* characters(KazStringRep* rep) {
+        return static_cast<Ch*>(static_cast<void*>(rep + 1));
+    }
+
+    /// A block for @p capacity characters that says it holds @p length of them.
+    /// The caller writes these; all behind them is zero, so that no text ever
+    /// shows memory of others.
+    static Ch* make(std::int64_t length, std::int64_t capacity) {
+        const std::int32_t room = bufferLength(capacity);
+        const std::size_t size = bytes(room);
+        auto* const rep =
+            static_cast<KazStringRep*>(length == 0 ? allocateZeroed(size) : allocate(size));
+        *rep = {static_cast<std::int32_t>(length), room, 1};
+        if (length > 0)
+            zeroSpare(rep);
+        return characters(rep);
+    }
+
+    /// A block for @p capacity characters with as many of @p s as fit.
+    static Ch* make(Text<Ch> s, std::int64_t capacity) {
+        s.length = std::max<std::int64_t>(0, std::min<std::int64_t>(s.length, capacity));
+        Ch* const text = make(s.length, capacity);
+        put(text, s);
+        return text;
+    }
+
+    /// The unshared block of @p text with room for @p capacity characters.
+    /// realloc instead of a new block and a copy: it mostly extends in place,
+    /// which keeps exact growth linear in practice.
+    static Ch* extend(Ch* text, std::int64_t capacity) {
+        const std::int32_t room = bufferLength(capacity);
+        auto* const rep =
+            static_cast<KazStringRep*>(reallocate(KazStringRep::of(text), bytes(room)));
+        rep->bufferLength = room;
+        zeroSpare(rep);
+        return characters(rep);
+    }
+
+private:
+    /// Blocks come in multiples of 16 bytes (of 16 characters, when these are
+    /// wider), header and terminator included.
+    static std::int32_t bufferLength(std::int64_t needed) {
+        if (needed > maxCapacity)
+            throwTextTooLong();
+        needed = std::max<std::int64_t>(needed, 0);
+        return static_cast<std::int32_t>(((needed + 28) & ~std::int64_t{15}) - 13);
+    }
+
+    static std::size_t bytes(std::int32_t room) {
+        return sizeof(KazStringRep) + (static_cast<std::size_t>(room) + 1) * sizeof(Ch);
+    }
+
+    static void zeroSpare(KazStringRep* rep) {
+        Ch* const text = characters(rep);
+        std::fill(text + rep->stringLength, text + rep->bufferLength + 1, Ch{});
+    }
+};
+
+} // namespace kaz::detail

@@ -1,0 +1,31 @@
+/// @file
+/// Between 16-bit text and the runtime's wide characters.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+
+namespace kaz::detail {
+
+struct FreeMemory {
+    void operator()(void* p) const { std::free(p); }
+};
+
+/// A heap array of wide characters.
+using WideBuffer = std::unique_ptr<wchar_t, FreeMemory>;
+
+/// The terminated 16-bit text @p s in the runtime's wide characters, where
+/// these are wider with each surrogate pair as one. Null for a lone surrogate.
+WideBuffer widened(const unsigned short* s);
+
+/// How many 16-bit units the @p n wide characters at @p s take.
+std::size_t unitsOf(const wchar_t* s, std::size_t n);
+
+/// Writes these units to @p out.
+void putUnits(unsigned short* out, const wchar_t* s, std::size_t n);
+
+/// Room for @p n wide characters and a terminator.
+WideBuffer wideBuffer(std::size_t n);
+
+} // namespace kaz::detail
