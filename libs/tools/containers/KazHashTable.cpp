@@ -1,6 +1,7 @@
 #include "tools/containers/KazHashTable.h"
 
 #include "tools/app/KazMemoryException.h"
+#include "tools/containers/detail/held_item.h"
 #include "tools/util/detail/allocate.h"
 
 #include <algorithm>
@@ -11,9 +12,10 @@
 // A bucket's capacity follows the size in bytes that its block would have with
 // 32-bit pointers; the block itself is as large as the capacity needs.
 
+using kaz::detail::HeldItem;
+
 namespace {
 
-using CheckIn = KazHashTable::CheckIn;
 using CheckOut = KazHashTable::CheckOut;
 
 constexpr std::int64_t narrowHeader = 8;
@@ -38,40 +40,12 @@ std::size_t blockBytes(std::int64_t capacity) {
     return sizeof(KazBucket) + static_cast<std::size_t>(capacity) * sizeof(KazBucketEntry);
 }
 
-void* passed(CheckIn function, void* item) {
-    return function ? function(item) : item;
-}
-
 void passOut(CheckOut function, void* item) {
     if (function)
         function(item);
 }
 
 } // namespace
-
-/// A key or value that has been checked in; checked out again unless it gets
-/// into the table.
-class KazHashTable::Held {
-public:
-    Held(CheckIn checkIn, CheckOut checkOut, void* item)
-        : checkOut(checkOut), item(passed(checkIn, item)) {}
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-    ~Held() {
-        if (held)
-            passOut(checkOut, item);
-    }
-
-    void* surrender() {
-        held = false;
-        return item;
-    }
-
-private:
-    CheckOut checkOut;
-    void* item;
-    bool held = true;
-};
 
 KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
     : bucketCount(size),
@@ -157,8 +131,8 @@ bool KazHashTable::bind(void* key, void* value, bool replace) {
         return true;
     }
     const std::uint32_t revisionBefore = revision;
-    Held newKey(keyCheckIn, keyCheckOut, key);
-    Held newValue(valueCheckIn, valueCheckOut, value);
+    HeldItem newKey(keyCheckIn, keyCheckOut, key);
+    HeldItem newValue(valueCheckIn, valueCheckOut, value);
     position = findAgain(key, position, revisionBefore);
     if (position.found && !replace)
         return false;
@@ -185,7 +159,7 @@ void KazHashTable::replaceValue(const void* key, Position position, void* value)
     const std::uint32_t revisionBefore = revision;
     remember(position);
     passOut(valueCheckOut, std::exchange(entryAt(position).value, nullptr));
-    Held newValue(valueCheckIn, valueCheckOut, value);
+    HeldItem newValue(valueCheckIn, valueCheckOut, value);
     position = findAgain(key, position, revisionBefore);
     if (!position.found)
         return; // an element function has unbound the key

@@ -119,7 +119,6 @@ private:
         std::int32_t index;
         bool found;
     };
-    class Held;
 
     std::int32_t bucketSlots() const { return bucketCount > 1 ? bucketCount : 1; }
     Position findKey(const void* key) const;

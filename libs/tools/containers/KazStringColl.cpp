@@ -6,15 +6,6 @@
 // them into account.
 static_assert(sizeof(KazString) == sizeof(void*) && alignof(KazString) == alignof(void*));
 
-namespace {
-
-/// The block of @p text, borrowed.
-void* blockOf(const KazString& text) {
-    return const_cast<KazString&>(text).disguise();
-}
-
-} // namespace
-
 KazStringColl::KazStringColl() {
     setCheckIn(KazString::checkIn);
     setCheckOut(KazString::checkOut);
@@ -25,17 +16,17 @@ KazString& KazStringColl::getAt(int index) const {
 }
 
 int KazStringColl::add(const KazString& text) {
-    return KazColl::add(blockOf(text));
+    return KazColl::add(text.disguise());
 }
 
 void KazStringColl::setAt(int index, const KazString& text) {
     // The slot may hold the only reference to its block.
     const KazString kept = text;
-    KazColl::setAt(index, blockOf(kept));
+    KazColl::setAt(index, kept.disguise());
 }
 
 void KazStringColl::insertAt(int index, const KazString& text) {
-    KazColl::insertAt(index, blockOf(text));
+    KazColl::insertAt(index, text.disguise());
 }
 
 void KazStringColl::insertAt(int index, const KazString* texts, int count) {

@@ -14,14 +14,14 @@ KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
 // block there: a copy keeps them through the exchange.
 
 bool KazStringToStringMap::bind(const KazString& key, const KazString& value, bool replace) {
-    KazString keptKey = key;
-    KazString keptValue = value;
+    const KazString keptKey = key;
+    const KazString keptValue = value;
     return KazHashTable::bind(keptKey.disguise(), keptValue.disguise(), replace);
 }
 
 bool KazStringToStringMap::rebind(const KazString& key, const KazString& value) {
-    KazString keptKey = key;
-    KazString keptValue = value;
+    const KazString keptKey = key;
+    const KazString keptValue = value;
     return KazHashTable::rebind(keptKey.disguise(), keptValue.disguise());
 }
 

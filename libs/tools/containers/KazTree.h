@@ -73,7 +73,7 @@ public:
     /// is none.
     bool remove(const void* key);
 
-    /// Removes every value, checked out in ascending order.
+    /// Removes every value and checks it out, in no particular order.
     void removeAll();
 
     /// The first and the last value in the order; null for an empty tree.
@@ -92,10 +92,10 @@ public:
     /// differ by one at most.
     void balance();
 
-    /// Replaces the values by those of @p other, each passed through
-    /// @p duplicate (null stores the same pointers) and not through check-in.
-    /// @p other must have the same order. What was there is checked out.
-    /// Unchanged when @p duplicate throws: what it has made is checked out.
+    /// Replaces the values by those of @p other, whose order the tree takes
+    /// over. Each is passed through @p duplicate (null stores the same
+    /// pointers) instead of check-in. What was there is then checked out.
+    /// Unchanged when @p duplicate throws: what it made is checked out.
     void copy(const KazTree& other, CheckIn duplicate);
     /// The same with this tree's check-in function.
     void copy(const KazTree& other) { copy(other, checkInFunction); }
@@ -107,9 +107,9 @@ private:
         if (checkOutFunction)
             checkOutFunction(value);
     }
-    generic_tree* duplicateNodes(const KazTree& other, CheckIn duplicate) const;
-    void discard(generic_tree* nodes) const;
-    int rankOf(const void* value) const;
+    void** placeOf(const void* key) const;
+    int rankOf(const void* key) const;
+    void adopt(generic_tree* nodes, const KazTree& other);
 
     generic_tree* root = nullptr;
     Compare compare;

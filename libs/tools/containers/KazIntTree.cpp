@@ -1,0 +1,14 @@
+#include "tools/containers/KazIntTree.h"
+
+namespace {
+
+/// Unlike a difference, right for values that are far apart, too.
+int compareValues(const void* stored, const void* probe) {
+    const auto a = reinterpret_cast<std::intptr_t>(stored);
+    const auto b = reinterpret_cast<std::intptr_t>(probe);
+    return (a > b) - (a < b);
+}
+
+} // namespace
+
+KazIntTree::KazIntTree() : KazTree(compareValues) {}

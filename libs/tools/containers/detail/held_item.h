@@ -1,0 +1,33 @@
+/// @file
+/// An element on its way into a container.
+#pragma once
+
+namespace kaz::detail {
+
+/// Checks @p item in when made. Unless the container takes it over with
+/// surrender(), it is checked out again in the end. Either function may be null.
+class HeldItem {
+public:
+    HeldItem(void* (*checkIn)(void*), void (*checkOut)(void*), void* item)
+        : checkOut_(checkOut), item_(checkIn ? checkIn(item) : item) {}
+    HeldItem(const HeldItem&) = delete;
+    HeldItem& operator=(const HeldItem&) = delete;
+    ~HeldItem() {
+        if (held_ && checkOut_)
+            checkOut_(item_);
+    }
+
+    void* get() const { return item_; }
+
+    void* surrender() {
+        held_ = false;
+        return item_;
+    }
+
+private:
+    void (*checkOut_)(void*);
+    void* item_;
+    bool held_ = true;
+};
+
+} // namespace kaz::detail
