@@ -2,18 +2,14 @@
 /// Between 16-bit text and the runtime's wide characters.
 #pragma once
 
+#include "tools/strings/detail/Characters.h"
+
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
 
 namespace kaz::detail {
 
-struct FreeMemory {
-    void operator()(void* p) const { std::free(p); }
-};
-
 /// A heap array of wide characters.
-using WideBuffer = std::unique_ptr<wchar_t, FreeMemory>;
+using WideBuffer = OwnedText<wchar_t>;
 
 /// The terminated 16-bit text @p s in the runtime's wide characters, where
 /// these are wider with each surrogate pair as one. Null for a lone surrogate.

@@ -1,0 +1,34 @@
+#include "tools/strings/KazQuotedStringTokenizer.h"
+
+#include "tools/strings/detail/tokens.h"
+
+#include <cstdlib>
+
+using namespace kaz::detail;
+
+KazQuotedStringTokenizer::KazQuotedStringTokenizer(const KazString& text_, const char* delimiters_,
+                                                   const char* quotes_, char escape_)
+    : KazStringTokenizer(text_, delimiters_), quotes(ownSet(quotes_).release()), escape(escape_) {}
+
+KazQuotedStringTokenizer::KazQuotedStringTokenizer(const KazQuotedStringTokenizer& o)
+    : KazStringTokenizer(o), quotes(ownSet(o.quotes).release()), escape(o.escape) {}
+
+KazQuotedStringTokenizer& KazQuotedStringTokenizer::operator=(const KazQuotedStringTokenizer& o) {
+    OwnedText<char> copy = ownSet(o.quotes);
+    KazStringTokenizer::operator=(o);
+    std::free(quotes);
+    quotes = copy.release();
+    escape = o.escape;
+    return *this;
+}
+
+KazQuotedStringTokenizer::~KazQuotedStringTokenizer() {
+    std::free(quotes);
+}
+
+KazString KazQuotedStringTokenizer::nextString(bool skipRuns) {
+    if (isDone())
+        return KazString();
+    const int start = tokenStart();
+    return takeToken(start, findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
+}
