@@ -170,17 +170,20 @@ generic_tree* rotate(generic_tree* root, Side heavy) {
 
 /// Rotates at @p root until the sizes of its subtrees differ by one at most.
 generic_tree* settle(generic_tree* root) {
-    for (;;) {
+    // Every shape settles in fewer steps than it has nodes; wrong weights could
+    // go round for ever.
+    for (int steps = root->weight; steps > 0; --steps) {
         const int left = weightOf(root->left);
         const int right = weightOf(root->right);
-        if (root->weight < 3 || (left - right <= 1 && right - left <= 1))
-            return root;
+        if (left - right <= 1 && right - left <= 1)
+            break;
         generic_tree* next =
             rotate(root, left > right ? &generic_tree::left : &generic_tree::right);
         if (next == nullptr)
-            return root;
+            break;
         root = next;
     }
+    return root;
 }
 
 /// A subtree is at most half as heavy as the settled tree around it, so there
