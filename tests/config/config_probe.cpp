@@ -1,0 +1,109 @@
+// A tool that asks the library what a script on standard input says: one command
+// a line, its words separated by tabs, and one line of answer each.
+#include "tools/app/KazConsoleApp.h"
+#include "tools/app/arguments.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
+
+#include <array>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+std::string text(const char* value) {
+    return value != nullptr ? "=" + std::string(value) : "-";
+}
+
+kaz_env_id_enum idOf(const std::string& name) {
+    for (int id = 0; id < kaz_env_id_count; ++id)
+        if (name == kaz_env_name(static_cast<kaz_env_id_enum>(id)))
+            return static_cast<kaz_env_id_enum>(id);
+    return static_cast<kaz_env_id_enum>(-1);
+}
+
+std::string source(const char* name) {
+    KazString file;
+    const int kind = TI_EnvVsource(name, &file);
+    return std::to_string(kind) + " " + file.getValue();
+}
+
+std::string allNames() {
+    std::string names;
+    TI_Vwalk([](const char* name,
+                void* data) { *static_cast<std::string*>(data) += name + std::string(";"); },
+             &names);
+    return names;
+}
+
+std::string rememberedName() {
+    std::array<char, 5000> name{};
+    return TI_Name(name.data()) == 0 ? "=" + std::string(name.data()) : "-";
+}
+
+std::string typedValues() {
+    std::ostringstream out;
+    out << kaz_env_port() << ' ' << kaz_env_pagewidth() << ' ' << kaz_env_batch();
+    return out.str();
+}
+
+const std::map<std::string, std::function<std::string(const Words&)>> commands = {
+    {"init", [](const Words&) { return std::to_string(TI_Vinit()); }},
+    {"cont", [](const Words& w) { return text(TI_Vcont(w[1].c_str())); }},
+    {"envcont", [](const Words& w) { return text(TI_EnvVcont(w[1].c_str())); }},
+    {"same", [](const Words& w) { return text(TI_SameEnvVcont(w[1].c_str())); }},
+    {"var", [](const Words& w) { return std::to_string(TI_Var(w[1].c_str())); }},
+    {"asg", [](const Words& w) { return std::to_string(TI_Vasg(w[1].c_str(), w[2].c_str())); }},
+    {"user",
+     [](const Words& w) { return std::to_string(TI_V_user_file(w[1].c_str(), w[2] == "1")); }},
+    {"overwrite", [](const Words& w) { return std::to_string(TI_V_set_overwrite(w[1] == "1")); }},
+    {"source", [](const Words& w) { return source(w[1].c_str()); }},
+    {"walk", [](const Words&) { return allNames(); }},
+    {"name", [](const Words&) { return rememberedName(); }},
+    {"root", [](const Words&) { return text(TI_myRootDir()); }},
+    {"bin", [](const Words&) { return text(kazMoxBinDir()); }},
+    {"env", [](const Words& w) { return text(kaz_env_text(idOf(w[1]))); }},
+    {"asgn",
+     [](const Words& w) {
+         kaz_env_asgn(idOf(w[1]), w.size() > 2 ? w[2].c_str() : nullptr);
+         return std::string();
+     }},
+    {"typed", [](const Words&) { return typedValues(); }},
+};
+
+Words split(const std::string& line) {
+    Words words;
+    std::size_t start = 0;
+    for (std::size_t tab = 0; tab != line.npos; start = tab + 1) {
+        tab = line.find('\t', start);
+        words.push_back(line.substr(start, tab - start));
+    }
+    return words;
+}
+
+class Probe : public KazConsoleApp {
+private:
+    int runTool(int argc, char** argv) override {
+        std::vector<arg_type_enum> options;
+        for (int type = 0; type <= 71; ++type)
+            options.push_back(static_cast<arg_type_enum>(type));
+        options.push_back(static_cast<arg_type_enum>(-1));
+        if (!kaz_arg_parse(argc, argv, nullptr, options.data(), 0, false))
+            return 3;
+        for (std::string line; std::getline(std::cin, line);) {
+            const Words words = split(line);
+            std::cout << commands.at(words[0])(words) << '\n';
+        }
+        return 0;
+    }
+};
+
+Probe probe;
+
+} // namespace

@@ -1,0 +1,152 @@
+#include "tools/config/kazenv.h"
+
+#include "kit/env.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// A probe with a ToolInfo file and a command line.
+Lines ask(const Lines& script, const std::string& toolInfo, kit::RunOptions options = {},
+          Lines arguments = {}) {
+    const kit::TempTree tree;
+    options.env["ToolInfo"] = tree.write("ToolInfo", toolInfo);
+    for (const std::string& command : script)
+        options.input += command + "\n";
+    arguments.insert(arguments.begin(), "config_probe");
+    const kit::Result result = kit::run(arguments, options);
+    EXPECT_EQ(result.status, 0) << result.err;
+    Lines answers;
+    std::istringstream out(result.out);
+    for (std::string line; std::getline(out, line);)
+        answers.push_back(line);
+    EXPECT_EQ(answers.size(), script.size());
+    answers.resize(script.size());
+    return answers;
+}
+
+std::string nameOf(int id) {
+    return kaz_env_name(static_cast<kaz_env_id_enum>(id));
+}
+
+std::string upper(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return text;
+}
+
+/// Options that carry a text of their own under the value's name.
+const std::map<std::string, std::string> options = {
+    {"projdir", "-projdir"}, {"system", "-system"},      {"revision", "-Revision"},
+    {"product", "-product"}, {"editor_name", "-editor"}, {"file", "-file"},
+    {"filter", "-filter"},   {"formats", "-formats"},    {"handle", "-handle"},
+    {"host", "-host"},       {"output", "-output"},      {"pageheight", "-pageheight"},
+    {"port", "-port"},       {"printer", "-printer"},    {"session", "-session"},
+    {"target", "-target"},   {"toolinfo", "-toolinfo"},  {"trace_file", "-trace_file"},
+    {"type", "-Type"},       {"source", "-source"},      {"srcdir", "-srcdir"},
+};
+
+TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random rng(kit::seed());
+    for (int round = 0; round < 8; ++round) {
+        Lines arguments, script, expected;
+        kit::RunOptions run;
+        std::string toolInfo;
+        std::map<std::string, std::string> assigned, values;
+        for (int id = 0; id < kaz_env_id_count; ++id) {
+            const std::string name = nameOf(id);
+            run.env["KAZ_" + upper(name)] = kit::unset;
+            if (rng.oneIn(2)) {
+                toolInfo += name + "=file" + name + "\n";
+                values[name] = "file" + name;
+            }
+            if (rng.oneIn(3)) {
+                run.env["KAZ_" + upper(name)] = rng.oneIn(3) ? "" : "environment";
+                values[name] = run.env["KAZ_" + upper(name)];
+            }
+            if (options.count(name) != 0 && rng.oneIn(3)) {
+                arguments.insert(arguments.end(), {options.at(name), "argument" + name});
+                values[name] = "argument" + name;
+            }
+        }
+        const auto query = [&](const std::string& name) {
+            const auto& source = assigned.count(name) != 0 ? assigned : values;
+            std::string answer = source.count(name) != 0 ? "=" + source.at(name) : "-";
+            // The one value that is made of two others.
+            if (answer == "-" && name == "system_dir")
+                return;
+            script.push_back("env\t" + name);
+            expected.push_back(answer);
+        };
+        for (int step = 0; step < 300; ++step) {
+            const std::string name = nameOf(rng.below(kaz_env_id_count));
+            if (!rng.oneIn(3)) {
+                query(name);
+                continue;
+            }
+            const std::optional<std::string> text =
+                rng.oneIn(3) ? std::nullopt : std::optional(rng.text(3, "xyz"));
+            script.push_back("asgn\t" + name + (text ? "\t" + *text : ""));
+            expected.emplace_back();
+            if (text)
+                assigned[name] = *text;
+            else
+                assigned.erase(name);
+        }
+        ASSERT_EQ(ask(script, toolInfo, run, arguments), expected) << "round " << round;
+    }
+}
+
+TEST(KazEnv, SwitchesAndNumbersHaveTheirTypes) {
+    const Lines script = {
+        "typed", "asgn\tport\t+2147483647", "asgn\tpagewidth\t-2.5e1", "asgn\tbatch\tno",
+        "typed", "asgn\tport\t2147483648",  "asgn\tpagewidth\tinf",    "asgn\tbatch\t",
+        "typed", "asgn\tport\t12x",         "asgn\tpagewidth\t1,5",    "asgn\tbatch\tja",
+        "typed"};
+    const Lines answers = ask(script, "port = 9 \n", {}, {"-batch", "-pagewidth", " 21.5 "});
+    EXPECT_EQ(answers[0], "9 21.5 1");
+    EXPECT_EQ(answers[4], "2147483647 -25 0");
+    EXPECT_EQ(answers[8], "0 0 0");
+    EXPECT_EQ(answers[12], "0 0 1");
+    EXPECT_EQ(ask({"typed"}, "", {}, {"-batch0"})[0], "0 0 0");
+}
+
+TEST(KazEnv, TheSystemDirectoryFollowsProjectAndSystem) {
+    kit::TempTree home;
+    kit::RunOptions run;
+    run.env["HOME"] = home.path();
+    const Lines script = {"env\tsystem_dir",       "asgn\tsystem\tsys",         "env\tsystem_dir",
+                          "asgn\tprojdir\t\\~\\p", "env\tsystem_dir",           "asgn\tprojdir\t",
+                          "env\tsystem_dir",       "asgn\tsystem_dir\tD:\\own", "env\tsystem_dir"};
+    const Lines answers = ask(script, "projdir=/work/p\n", run);
+    EXPECT_EQ(answers[0], "-");
+    EXPECT_EQ(answers[2], "=\\work\\p\\sys");
+    EXPECT_EQ(answers[4], "=" + home.native() + "\\p\\sys");
+    EXPECT_EQ(answers[6], "-");
+    EXPECT_EQ(answers[8], "=D:\\own");
+    EXPECT_FALSE(home.exists("p")) << "asking makes no directory";
+}
+
+TEST(KazEnv, UnknownIdentifiersNameNothing) {
+    for (const int id : {-1, kaz_env_id_count, 1000}) {
+        const auto unknown = static_cast<kaz_env_id_enum>(id);
+        EXPECT_EQ(kaz_env_name(unknown), nullptr);
+        EXPECT_EQ(kaz_env_text(unknown), nullptr);
+        EXPECT_FALSE(kaz_env_is_set(unknown));
+        kaz_env_asgn(unknown, "x");
+    }
+}
+
+} // namespace

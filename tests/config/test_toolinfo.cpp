@@ -1,0 +1,509 @@
+#include "tools/config/toolinfo.h"
+
+#include "kit/capture.h"
+#include "kit/director.h"
+#include "kit/env.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines linesOf(const std::string& text) {
+    Lines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// Runs a probe on a script; the answers must be as many as the commands.
+Lines ask(const Lines& script, kit::RunOptions options = {},
+          const std::string& program = "config_probe") {
+    for (const std::string& command : script)
+        options.input += command + "\n";
+    const kit::Result result = kit::run({program}, options);
+    EXPECT_EQ(result.status, 0) << result.err;
+    Lines answers = linesOf(result.out);
+    EXPECT_EQ(answers.size(), script.size()) << result.out << result.err;
+    answers.resize(script.size());
+    return answers;
+}
+
+// ------------------------------------------------------------------ the model
+
+/// The rules of the files, step by step and without a thought of speed.
+class Model {
+public:
+    std::map<std::string, std::string> table, assigned, origin;
+    bool overwrite = true;
+
+    int defineLine(std::string line, const std::string& file = {}) {
+        if (line.empty() || line[0] == '%' || line[0] == '.')
+            return -1;
+        while (!line.empty() && std::string("\n\r \t").find(line.back()) != std::string::npos)
+            line.pop_back();
+        const std::size_t equals = line.find('=');
+        if (equals == std::string::npos)
+            return -1;
+        const std::string name = blanksOff(line.substr(0, equals));
+        if (name.empty())
+            return -1;
+        bind(name, blanksOff(line.substr(equals + 1)), file);
+        return 0;
+    }
+
+    void bind(const std::string& name, const std::string& value, const std::string& file) {
+        if (overwrite || table.count(name) == 0) {
+            table[name] = value;
+            origin[name] = file;
+        }
+    }
+
+    void readFile(const std::string& text, const std::string& name) {
+        std::string line;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            line += text[i];
+            if (text[i] == '\n' || line.size() == 5120 || i + 1 == text.size()) {
+                defineLine(line.c_str(), name);
+                line.clear();
+            }
+        }
+    }
+
+    std::string value(const std::string& name) const {
+        const auto& map = assigned.count(name) != 0 ? assigned : table;
+        const auto found = map.find(name);
+        return found == map.end() || found->second.empty() ? "-" : "=" + found->second;
+    }
+
+    int assign(const std::string& name, const std::string& value) {
+        if (!overwrite && (table.count(name) != 0 || assigned.count(name) != 0))
+            return -1;
+        assigned[name] = value;
+        return 0;
+    }
+
+    std::string source(const std::string& name) const {
+        if (assigned.count(name) != 0)
+            return std::to_string(KazRunTime) + " ";
+        if (table.count(name) == 0)
+            return std::to_string(KazUndefined) + " ";
+        const std::string& file = origin.at(name);
+        return std::to_string(file.empty() ? KazDefined : KazFile) + " " + file;
+    }
+
+private:
+    static std::string blanksOff(std::string text) {
+        while (!text.empty() && text.front() == ' ')
+            text.erase(0, 1);
+        while (!text.empty() && text.back() == ' ')
+            text.pop_back();
+        return text;
+    }
+};
+
+const char* const names[] = {"a", "b", "projdir", "Name", "name", "x y", "z\xe4", "ToolInfoPath"};
+
+std::string randomName(kit::Random& rng) {
+    return names[rng.below(std::size(names))];
+}
+
+/// One line, often an odd one. A chain link is left to the caller.
+std::string randomLine(kit::Random& rng) {
+    const std::string blanks = rng.text(2, "  \t");
+    switch (rng.below(12)) {
+    case 0:
+        return std::string(rng.oneIn(2) ? "%" : ".") + randomName(rng) + "=comment";
+    case 1:
+        return rng.text(6, "ab =\t.%");
+    case 2: // around the limit of a line, its rest being a line of its own
+        return randomName(rng) + "=" +
+               std::string(static_cast<std::size_t>(rng.between(5100, 5125)), 'v') +
+               randomName(rng) + "=rest";
+    case 3:
+        return randomName(rng) + "=before" + std::string(1, '\0') + "after=b";
+    case 4:
+        return randomName(rng) + "=";
+    default:
+        return blanks + randomName(rng) + rng.text(2, " \t") + "=" + rng.text(2, " ") +
+               rng.text(8, "abc=%~$\\/\xff ") + rng.text(3, " \t\r");
+    }
+}
+
+/// Files f0 to f13 that name one another; a probe with HOME there reads them.
+class Chain {
+public:
+    explicit Chain(kit::Random& rng) : rng(rng) {
+        for (int i = 0; i < count; ++i) {
+            std::string text;
+            for (int n = rng.below(12); n > 0; --n)
+                text += (rng.oneIn(4) ? "ToolInfo=" + link(i) : randomLine(rng)) + ending();
+            if (rng.below(8) != 0)
+                text += "ToolInfo=" + link(i) + "\n";
+            texts.push_back(text);
+            tree.write("f" + std::to_string(i), text);
+        }
+    }
+
+    std::string native(int i) const { return tree.native("f" + std::to_string(i)); }
+
+    kit::RunOptions options() const {
+        kit::RunOptions options;
+        options.env = {{"HOME", tree.path()},
+                       {"LC_ALL", "C"},
+                       {"TOOLINFO", kit::unset},
+                       {"ToolInfo", rng.oneIn(2) ? native(0) : "~/f0"}};
+        return options;
+    }
+
+    /// What the files say, read in their order.
+    Model read() const {
+        Model model;
+        model.readFile(texts[0], native(0));
+        model.bind("TI_locale", "C", "");
+        model.overwrite = false;
+        std::string path = native(0);
+        std::vector<int> read{0};
+        while (read.size() < 10) {
+            const int next = fileOf(model.table["ToolInfo"]);
+            if (next < 0 || std::count(read.begin(), read.end(), next) != 0)
+                break;
+            model.table.erase("ToolInfo");
+            model.readFile(texts[static_cast<std::size_t>(next)], native(next));
+            read.push_back(next);
+            path += " " + native(next);
+        }
+        model.overwrite = true;
+        model.bind("ToolInfo", native(0), "");
+        model.bind("ToolInfoPath", path, "");
+        return model;
+    }
+
+private:
+    static constexpr int count = 14;
+
+    /// Mostly onwards, so that long chains come about.
+    std::string link(int from) {
+        const int to = rng.oneIn(4) ? rng.below(count) : (from + 1) % count;
+        const std::string name = "f" + std::to_string(to);
+        switch (rng.below(9)) {
+        case 0:
+            return "~/" + name;
+        case 1:
+            return "~\\" + name;
+        case 2:
+            return tree.path(name);
+        case 3:
+            return rng.oneIn(3) ? tree.path("missing") : tree.path("./" + name);
+        case 4:
+            return rng.oneIn(3) ? "" : tree.native(name);
+        case 5:
+            return rng.oneIn(3) ? tree.path() : tree.native(name);
+        default:
+            return tree.native(name);
+        }
+    }
+
+    int fileOf(const std::string& value) const {
+        const std::size_t component = value.find_last_of("\\/") + 1;
+        if (component >= value.size() || value[component] != 'f')
+            return -1;
+        return std::stoi(value.substr(component + 1));
+    }
+
+    std::string ending() { return rng.oneIn(3) ? "\r\n" : "\n"; }
+
+    kit::Random& rng;
+    kit::TempTree tree;
+    std::vector<std::string> texts;
+};
+
+TEST(ToolInfoFiles, ChainsAndLaterDefinitionsFollowTheModel) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random rng(kit::seed());
+    for (int round = 0; round < 60; ++round) {
+        const Chain chain(rng);
+        Model model = chain.read();
+        Lines script, expected;
+        const auto query = [&](const std::string& name) {
+            script.insert(script.end(), {"cont\t" + name, "source\t" + name});
+            expected.insert(expected.end(), {model.value(name), model.source(name)});
+        };
+        const auto command = [&](const std::string& text, int answer) {
+            script.push_back(text);
+            expected.push_back(std::to_string(answer));
+        };
+        command("init", 0);
+        for (const char* name : {"ToolInfo", "ToolInfoPath", "TI_locale", "none"})
+            query(name);
+        for (int step = 0; step < 40; ++step) {
+            const std::string name = randomName(rng);
+            const std::string value = rng.text(3, "pq");
+            switch (rng.below(6)) {
+            case 0:
+                command("var\t " + name + " = " + value + " ",
+                        model.defineLine(name + "=" + value));
+                break;
+            case 1:
+                command("asg\t" + name + "\t" + value, model.assign(name, value));
+                break;
+            case 2: {
+                const bool flag = rng.oneIn(2);
+                command("overwrite\t" + std::to_string(flag), model.overwrite);
+                model.overwrite = flag;
+                break;
+            }
+            default:
+                query(name);
+            }
+        }
+        std::string all;
+        std::map<std::string, std::string> everything = model.table;
+        everything.insert(model.assigned.begin(), model.assigned.end());
+        for (const auto& entry : everything)
+            all += entry.first + ";";
+        script.push_back("walk");
+        expected.push_back(all);
+        ASSERT_EQ(ask(script, chain.options()), expected) << "round " << round;
+    }
+}
+
+TEST(ToolInfoFiles, MoreFilesOverTheTableFollowTheModel) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random rng(kit::seed());
+    kit::TempTree tree;
+    for (int round = 0; round < 20; ++round) {
+        Model model;
+        model.bind("TI_locale", "C", "");
+        model.bind("ToolInfo", tree.native("first"), "");
+        model.bind("ToolInfoPath", tree.native("first"), "");
+        tree.write("first", "");
+        Lines script{"init"}, expected{"0"};
+        for (int file = 0; file < 4; ++file) {
+            const std::string name = "user" + std::to_string(file);
+            std::string text;
+            for (int n = rng.below(30); n > 0; --n)
+                text += randomLine(rng) + "\n";
+            tree.write(name, text);
+            const bool overwrite = rng.oneIn(2);
+            script.push_back("user\t" + tree.path(name) + "\t" + std::to_string(overwrite));
+            expected.push_back("0");
+            model.overwrite = overwrite;
+            model.readFile(text, tree.native(name));
+            for (const char* variable : names) {
+                script.insert(script.end(), {std::string("cont\t") + variable,
+                                             std::string("source\t") + variable});
+                expected.insert(expected.end(), {model.value(variable), model.source(variable)});
+            }
+            // The flag is what it was before.
+            script.push_back("overwrite\t1");
+            expected.push_back("1");
+        }
+        kit::RunOptions options;
+        options.env = {{"ToolInfo", tree.path("first")}, {"LC_ALL", "C"}};
+        ASSERT_EQ(ask(script, options), expected) << "round " << round;
+    }
+}
+
+// ------------------------------------------------------ where the file is found
+
+/// An installation of its own: library and probe in a "BIN" directory.
+class Suite {
+public:
+    Suite() {
+        namespace fs = std::filesystem;
+        tree.mkdir("Suite/BIN");
+        tree.mkdir("home");
+        for (const auto& entry : fs::directory_iterator(kit::binDirectory())) {
+            const std::string name = entry.path().filename().string();
+            if (name == "config_probe" || name.starts_with("libmoxtools.so"))
+                fs::copy(entry.path(), tree.path("Suite/BIN/" + name),
+                         fs::copy_options::copy_symlinks);
+        }
+        options.env = {
+            {"HOME", tree.path("home")}, {"ToolInfo", kit::unset}, {"TOOLINFO", kit::unset}};
+    }
+
+    std::string probe() const { return tree.path("Suite/BIN/config_probe"); }
+    kit::Result start() { return kit::run({probe()}, withInput("init\n")); }
+    kit::RunOptions withInput(const std::string& input) {
+        kit::RunOptions result = options;
+        result.input = input;
+        return result;
+    }
+    Lines answers(const Lines& script) { return ask(script, options, probe()); }
+
+    kit::TempTree tree;
+    kit::RunOptions options;
+};
+
+TEST(ToolInfoSearch, LooksInTheHomeDirectoryThenInTheInstallation) {
+    Suite suite;
+    const auto found = [&suite] { return suite.answers({"cont\twho", "name"}); };
+
+    EXPECT_EQ(suite.start().err, "ToolInfo environment variable is not set\n");
+    EXPECT_EQ(suite.start().status, 1);
+
+    suite.tree.write("Suite/ToolInfo", "who=root\n");
+    EXPECT_EQ(found(), (Lines{"=root", "=" + suite.tree.native("Suite/ToolInfo")}));
+    suite.tree.write("Suite/ToolInfo.W32NTX86", "who=platform\n");
+    EXPECT_EQ(found(), (Lines{"=platform", "=" + suite.tree.native("Suite/ToolInfo.W32NTX86")}));
+    suite.tree.mkdir("home/ToolInfo"); // a directory is no candidate
+    EXPECT_EQ(found()[0], "=platform");
+    std::filesystem::remove(suite.tree.path("home/ToolInfo"));
+    suite.tree.write("home/ToolInfo", "who=home\n");
+    EXPECT_EQ(found(), (Lines{"=home", "=" + suite.tree.native("home/ToolInfo")}));
+
+    // A variable is final, whatever else there is; one name beats the other.
+    suite.tree.write("Suite/conf/extra", "who=TOOLINFO\n");
+    suite.tree.write("home/mine", "who=ToolInfo\n");
+    suite.options.env["TOOLINFO"] = "conf/extra";
+    EXPECT_EQ(found(), (Lines{"=TOOLINFO", "=" + suite.tree.native("Suite/conf/extra")}));
+    suite.options.env["ToolInfo"] = "~/mine";
+    EXPECT_EQ(found(), (Lines{"=ToolInfo", "=" + suite.tree.native("home/mine")}));
+    suite.options.env["ToolInfo"] = "~/none";
+    EXPECT_EQ(suite.start().err, "Can't open ToolInfo file: ~/none,\n"
+                                 "is ToolInfo environment variable set correctly?\n");
+    EXPECT_EQ(suite.start().status, 1);
+}
+
+TEST(ToolInfoSearch, TheDirectoryAboveBinIsTheRoot) {
+    Suite suite;
+    const std::string suiteDir = suite.tree.native("Suite");
+    EXPECT_EQ(suite.answers({"root", "bin"}), (Lines{"=" + suiteDir, "=" + suiteDir + "\\BIN"}));
+    std::filesystem::rename(suite.tree.path("Suite/BIN"), suite.tree.path("Suite/tools"));
+    const Lines moved =
+        ask({"root", "bin"}, suite.options, suite.tree.path("Suite/tools/config_probe"));
+    EXPECT_EQ(moved, (Lines{"=\\", "=" + suiteDir + "\\tools"}));
+}
+
+// --------------------------------------------------------------- in this process
+
+/// The one fatal error is recorded and returns: the rest must work all the same.
+class ToolInfo : public testing::Test {
+protected:
+    kit::TempTree tree;
+    kit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
+    kit::RecordingDirector director;
+};
+
+TEST_F(ToolInfo, GoesOnWithoutAFileWhenTheFatalErrorReturns) {
+    EXPECT_EQ(TI_Vcont("anything"), nullptr);
+    EXPECT_LE(director.fatals.size(), 1U);
+    EXPECT_EQ(TI_Vinit(), 0);
+    EXPECT_EQ(TI_V_set_overwrite(true), true);
+    EXPECT_EQ(TI_Var("lone = value"), 0);
+    EXPECT_STREQ(TI_Vcont("lone"), "value");
+    EXPECT_LE(director.fatals.size(), 1U);
+}
+
+TEST_F(ToolInfo, RefusesWhatDefinesNothing) {
+    for (const char* line : {"", "%x=1", ".x=1", "no sign", "=value", "  =value", "\n"})
+        EXPECT_EQ(TI_Var(line), -1) << line;
+    EXPECT_EQ(TI_Var(nullptr), -1);
+    EXPECT_EQ(TI_Vasg(nullptr, "x"), -1);
+    EXPECT_EQ(TI_V_user_file(nullptr, true), -1);
+    EXPECT_EQ(TI_V_user_file(tree.path("missing").c_str(), true), -1);
+    EXPECT_EQ(TI_V_user_file(tree.path().c_str(), true), -1);
+    EXPECT_EQ(TI_Vcont(nullptr), nullptr);
+    EXPECT_EQ(TI_EnvVcont(nullptr), nullptr);
+    EXPECT_EQ(TI_SameEnvVcont(nullptr), nullptr);
+}
+
+TEST_F(ToolInfo, TheEnvironmentComesBeforeEverything) {
+    TI_Var("projdir=file");
+    TI_Vasg("projdir", "assigned");
+    EXPECT_STREQ(TI_EnvVcont("projdir"), "assigned");
+    {
+        const kit::ScopedEnv variable("KAZ_PROJDIR", "");
+        EXPECT_STREQ(TI_EnvVcont("projdir"), "");
+        EXPECT_STREQ(TI_SameEnvVcont("projdir"), "assigned");
+        EXPECT_EQ(TI_EnvVsource("projdir", nullptr), KazEnvironment);
+    }
+    const kit::ScopedEnv variable("projdir", "same");
+    EXPECT_STREQ(TI_SameEnvVcont("projdir"), "same");
+    EXPECT_EQ(TI_Vasg("projdir", nullptr), 0);
+    EXPECT_EQ(TI_Vcont("projdir"), nullptr) << "an empty assignment hides the file";
+}
+
+TEST_F(ToolInfo, AssignedValuesMayBeginInTheHomeDirectory) {
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    TI_Vasg("dir", "~/sub");
+    EXPECT_EQ(TI_Vcont("dir"), tree.native() + "\\sub");
+    TI_Var("dir2=~/sub");
+    EXPECT_STREQ(TI_Vcont("dir2"), "~/sub") << "files are not expanded";
+}
+
+TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
+    const std::string home = tree.native();
+    {
+        const kit::ScopedEnv variable("HOME", (tree.path() + "/").c_str());
+        EXPECT_EQ(_TI_hm("~"), home + "\\");
+        EXPECT_EQ(_TI_hm("~/"), home + "\\");
+        EXPECT_EQ(_TI_hm("~\\a/b"), home + "\\a/b");
+        EXPECT_EQ(_TI_hm("~//a"), home + "\\/a");
+        for (const char* path : {"", "~user", "a~", "/~", "."})
+            EXPECT_EQ(_TI_hm(path), path) << "the same pointer";
+        EXPECT_STREQ(_TI_hm(nullptr), "");
+
+        char* copy = const_cast<char*>(kazGetUserHomeDir());
+        EXPECT_EQ(copy, home + "\\");
+        std::free(copy);
+    }
+    // An argument in the result's own buffer.
+    tree.mkdir("~");
+    const kit::ScopedEnv variable("HOME", "~");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(tree.path());
+    const char* once = _TI_hm("~/x");
+    EXPECT_STREQ(once, "~\\x");
+    EXPECT_STREQ(_TI_hm(once), "~\\x");
+    EXPECT_STREQ(_TI_hm(_TI_hm("~/a/fairly/long/path/below/the/home/directory")),
+                 "~\\a/fairly/long/path/below/the/home/directory");
+    std::filesystem::current_path(before);
+}
+
+TEST_F(ToolInfo, ExpandsInPlaceWhatFits) {
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    const std::string expanded = tree.native() + "\\x";
+    const int length = static_cast<int>(expanded.size());
+    std::array<char, 500> buffer{};
+    for (const int size : {length + 1, length, 0, -1}) {
+        std::strcpy(buffer.data(), "~/x");
+        TI_userdir(buffer.data(), size);
+        EXPECT_EQ(buffer.data(), size > length ? expanded : "~/x") << size;
+    }
+}
+
+TEST_F(ToolInfo, ReadsYesAndNo) {
+    const std::map<std::string, int> answers = {
+        {"", -1},      {"  ", -1}, {"1", 1},     {"yes", 1},  {" ja", 1},  {"True", 1},
+        {"t", 1},      {"on", 1},  {"\tON", 1},  {"one", -1}, {"onx", -1}, {"0", 0},
+        {"No", 0},     {"n", 0},   {"FALSE", 0}, {"off", 0},  {"Off", 0},  {"offx", -1},
+        {"maybe", -1}, {"2", -1},  {"\r\n1", 1}};
+    for (const auto& [text, answer] : answers) {
+        EXPECT_EQ(TI_yesorno(text.c_str(), false), answer > 0) << text;
+        EXPECT_EQ(TI_yesorno(text.c_str(), true), answer != 0) << text;
+        EXPECT_EQ(TI_yes(text.c_str()), answer != 0) << text;
+        EXPECT_EQ(TI_no(text.c_str()), answer > 0) << text;
+    }
+    EXPECT_TRUE(TI_yes(nullptr));
+    EXPECT_FALSE(TI_no(nullptr));
+}
+
+} // namespace
