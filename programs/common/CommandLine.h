@@ -1,0 +1,51 @@
+/// @file
+/// The command line of a companion program.
+#pragma once
+
+#include "tools/app/KazArgDescription.h"
+
+#include <string>
+#include <vector>
+
+/// Which of the suite's shared options a program takes, and what its other
+/// arguments are. Parses, and explains what is wrong with a command line.
+///
+///     const CommandLine commandLine("moxinfo", "[name ...]", "Shows variables.",
+///                                   {{arg_output, "FILE", "write to FILE"}});
+///     if (!commandLine.parse(argc, argv))
+///         return CommandLine::wrongUsage;
+class CommandLine {
+public:
+    /// The exit status for a command line that cannot be used.
+    static constexpr int wrongUsage = 2;
+
+    struct Option {
+        arg_type_enum type;
+        const char* value; ///< What its value is called; null for one without value.
+        const char* help;
+        bool required = false;
+    };
+
+    /// The texts are kept as they are, not copied. @p minArguments is how many
+    /// arguments that are no option there must be.
+    CommandLine(const char* program, const char* arguments, const char* summary,
+                std::vector<Option> options, int minArguments = 0);
+
+    /// Parses into the application's argument set (see kaz_arg_parse). On failure
+    /// says on the error channel what is wrong and how the program is used.
+    bool parse(int argc, char** argv) const;
+
+    /// Prints @p problem and the usage text on the error channel.
+    void complain(const std::string& problem) const;
+
+private:
+    const Option* find(arg_type_enum type) const;
+    std::string problemOf(int argc, char** argv) const;
+    std::string usage() const;
+
+    const char* program;
+    const char* arguments;
+    const char* summary;
+    std::vector<Option> options;
+    int minArguments;
+};
