@@ -113,8 +113,9 @@ TEST_F(Filestore, CatDirStaysInItsRoom) {
         const bool fits = dir.size() + 4 < static_cast<std::size_t>(room);
         EXPECT_EQ(kaz_fs_cat_dir(buffer.data(), buffer.data() + room, "sub"), fits ? 0 : 2) << room;
         EXPECT_STREQ(buffer.c_str(), (fits ? dir + "\\sub" : dir).c_str());
-        if (!fits)
+        if (!fits) {
             EXPECT_EQ(buffer.substr(dir.size() + 1), rest);
+        }
     }
     char buffer[140];
     std::strcpy(buffer, dir.c_str());

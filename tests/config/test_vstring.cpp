@@ -254,7 +254,7 @@ TEST_F(VString, EndsWellWhenMemoryRunsOut) {
         EXPECT_EQ(expand("${a}").size(), 53U);
     });
     EXPECT_GT(failures, 0);
-    EXPECT_EQ(expand(text), expected);
+    EXPECT_TRUE(expand(text) == expected);
 }
 
 } // namespace
