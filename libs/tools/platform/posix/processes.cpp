@@ -6,8 +6,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace kaz::host {
 
@@ -87,7 +88,8 @@ bool atEnd(const pollfd& output) {
 /// Until the output ends or the child does: a process that it left in the
 /// background may hold the output open for ever.
 void forward(int output, Child& child, OutputSink& sink) {
-    const Descriptor ending(::pidfd_open(child.id(), 0));
+    // The C library's own declaration does not link from C++.
+    const Descriptor ending(static_cast<int>(::syscall(SYS_pidfd_open, child.id(), 0)));
     const int pause = ending.isOpen() ? -1 : 20; // milliseconds, without that kind of handle
     std::array<pollfd, 2> wait{{{output, POLLIN, 0}, {ending.get(), POLLIN, 0}}};
     while (!child.await(WNOHANG)) {

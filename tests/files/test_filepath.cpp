@@ -1,0 +1,96 @@
+// The search path.
+#include "tools/files/KazFilePath.h"
+
+#include "kit/env.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+#include "tools/config/vstring.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> values(const KazStringColl& found) {
+    std::vector<std::string> result;
+    for (int i = 0; i < found.getSize(); ++i)
+        result.push_back(found[i].getValue());
+    return result;
+}
+
+TEST(FilePath, TextIsTheListWithoutTheEmpty) {
+    EXPECT_STREQ(KazFilePath("; a ;;b c;\t;").getText().getValue(), "a;b c");
+    EXPECT_TRUE(KazFilePath(nullptr).isEmpty());
+    EXPECT_TRUE(KazFilePath(";;").isEmpty());
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    for (int i = 0; i < 1000; ++i) {
+        const KazFilePath path(random.text(15, "ab;; ~\\").c_str());
+        const KazFilePath again(path.getText().getValue());
+        ASSERT_EQ(again.getSize(), path.getSize());
+        for (int entry = -1; entry <= path.getSize(); ++entry)
+            ASSERT_EQ(again.getDir(entry), path.getDir(entry));
+    }
+}
+
+TEST(FilePath, EntriesKeepTheirOrder) {
+    KazFilePath path("c");
+    path.append("d;e");
+    path.prepend("a;b");
+    EXPECT_STREQ(path.getText().getValue(), "a;b;c;d;e");
+    const KazFilePath copy = path;
+    EXPECT_TRUE(path.contains("C"));
+    EXPECT_TRUE(path.remove("D"));
+    EXPECT_FALSE(path.remove("d"));
+    EXPECT_FALSE(path.contains("d"));
+    path.set("x;X");
+    EXPECT_TRUE(path.remove("x"));
+    EXPECT_TRUE(path.isEmpty());
+    EXPECT_EQ(copy.getSize(), 5);
+}
+
+TEST(FilePath, FindsInOrderAndExpandsLate) {
+    const kit::TempTree tree;
+    const kit::ScopedEnv home("HOME", tree.path("home").c_str());
+    tree.write("home/t/one", "");
+    tree.write("two/one", "");
+    tree.write("two/sub/deep", "");
+    tree.mkdir("home/t/deep");
+    tree.write("two/deep", "");
+    KazFilePath path("missing;~/t;${filepath_test}\\two;");
+    vstring_set_simple_var("filepath_test", tree.native().c_str());
+    EXPECT_STREQ(path.getExpandedDir(1).getValue(), tree.native("home/t").c_str());
+    EXPECT_EQ(path.find("one").getValue(), tree.native("home/t/one"));
+    EXPECT_EQ(path.find("sub/deep").getValue(), tree.native("two/sub/deep"));
+    EXPECT_EQ(path.find("deep").getValue(), tree.native("two/deep")); // no directory
+    EXPECT_EQ(path.findDirectory("deep").getValue(), tree.native("home/t/deep"));
+    EXPECT_TRUE(path.find("nowhere").isEmpty());
+    EXPECT_TRUE(path.find("").isEmpty());
+    EXPECT_TRUE(path.find(nullptr).isEmpty());
+
+    path.append(tree.native("two").c_str());
+    KazStringColl found;
+    EXPECT_EQ(path.findAll("one", found), 2);
+    EXPECT_EQ(values(found),
+              (std::vector<std::string>{tree.native("home/t/one"), tree.native("two/one")}));
+    EXPECT_EQ(path.findMatching("?*e*", found), 2); // one of home/t, deep of two
+    EXPECT_EQ(found[2].getValue(), tree.native("home/t/one"));
+    EXPECT_EQ(found[3].getValue(), tree.native("two/deep"));
+}
+
+TEST(FilePath, ExplicitNamesAreNotSearchedFor) {
+    const kit::TempTree tree;
+    const kit::ScopedEnv home("HOME", tree.path("home").c_str());
+    tree.write("dir/f", "");
+    tree.write("home/f", "");
+    const KazFilePath path(tree.native("dir").c_str());
+    EXPECT_EQ(path.find(tree.path("home/f").c_str()).getValue(), tree.native("home/f"));
+    EXPECT_EQ(path.find("~/f").getValue(), tree.native("home/f"));
+    EXPECT_TRUE(path.find("./f").isEmpty());
+    EXPECT_TRUE(path.find("C:f").isEmpty());
+    KazStringColl found;
+    EXPECT_EQ(path.findMatching("~\\*", found), 1);
+}
+
+} // namespace
