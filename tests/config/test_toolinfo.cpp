@@ -180,13 +180,14 @@ public:
         std::string path = native(0);
         std::vector<int> read{0};
         while (read.size() < 10) {
-            const int next = fileOf(model.table["ToolInfo"]);
+            const std::string name = resolved(model.table["ToolInfo"]);
+            const int next = fileOf(name);
             if (next < 0 || std::count(read.begin(), read.end(), next) != 0)
                 break;
             model.table.erase("ToolInfo");
-            model.readFile(texts[static_cast<std::size_t>(next)], native(next));
+            model.readFile(texts[static_cast<std::size_t>(next)], name);
             read.push_back(next);
-            path += " " + native(next);
+            path += " " + name;
         }
         model.overwrite = true;
         model.bind("ToolInfo", native(0), "");
@@ -219,8 +220,15 @@ private:
         }
     }
 
-    int fileOf(const std::string& value) const {
-        const std::size_t component = value.find_last_of("\\/") + 1;
+    std::string resolved(std::string value) const {
+        if (value.starts_with('~'))
+            value.replace(0, 1, tree.path());
+        std::replace(value.begin(), value.end(), '/', '\\');
+        return value;
+    }
+
+    static int fileOf(const std::string& value) {
+        const std::size_t component = value.rfind('\\') + 1;
         if (component >= value.size() || value[component] != 'f')
             return -1;
         return std::stoi(value.substr(component + 1));
