@@ -12,7 +12,9 @@ namespace kit {
 struct RunOptions {
     /// What standard input holds; its end is the end of input.
     std::string input;
-    /// Changes to the environment: a value, or removal for a value of "\0" (kit::unset).
+    /// Changes to the environment: a value, or removal for kit::unset.
+    /// KAZCOREROOT is unset unless it is given here, so that a tool is the
+    /// outermost one.
     std::map<std::string, std::string> env;
     /// Working directory; that of the test when empty.
     std::string cwd;

@@ -86,6 +86,8 @@ std::string programPath(const std::string& name) {
         close(STDOUT_FILENO);
     if (options.closeStdin)
         close(STDIN_FILENO);
+    // The tests are tools themselves; what they start is not meant to be nested.
+    unsetenv("KAZCOREROOT");
     for (const auto& [name, value] : options.env) {
         if (value == unset)
             unsetenv(name.c_str());
