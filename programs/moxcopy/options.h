@@ -1,0 +1,34 @@
+/// @file
+/// What moxcopy is asked to do.
+#pragma once
+
+#include "tools/strings/KazString.h"
+
+#include <vector>
+
+/// A diagram that was named on the command line.
+struct Diagram {
+    KazString given;    ///< as the user wrote it
+    KazString fileName; ///< as its files are called under the naming rules
+};
+
+/// The command line, checked. Paths are native and absolute.
+struct CopyOptions {
+    KazString system;
+    KazString source; ///< the system's directory
+    KazString target; ///< the directory that receives the copy
+    KazString filter; ///< a wildcard for file names, or ""
+    std::vector<Diagram> diagrams;
+    bool verbose = false;
+    bool force = false;
+    bool quiet = false;
+
+    /// Only some of the system's files are wanted.
+    bool isRestricted() const { return !filter.isEmpty() || !diagrams.empty(); }
+    /// The directory that is the copy.
+    KazString destination() const;
+};
+
+/// Reads the command line. False when the tool cannot run with it: what is wrong
+/// has then been said, with the usage where that helps.
+bool readOptions(int argc, char** argv, CopyOptions& options);

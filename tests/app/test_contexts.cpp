@@ -1,0 +1,175 @@
+#include "tools/app/KazMasterContext.h"
+
+#include "frame_app.h"
+#include "kit/alloc_failure.h"
+#include "tools/app/KazEditorsBase.h"
+#include "tools/app/KazParsedArgs.h"
+#include "tools/app/KazToolsContext.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace {
+
+/// Notes its number when it goes.
+class Noted : public KazContext {
+public:
+    Noted(std::vector<int>& log, int number) : log_(log), number_(number) {}
+    ~Noted() override { log_.push_back(number_); }
+
+private:
+    std::vector<int>& log_;
+    int number_;
+};
+
+} // namespace
+
+TEST(MasterContext, DeletesItsSlotsInOrderAndLeavesTheApplication) {
+    FrameApp app;
+    std::vector<int> gone;
+    auto context = std::make_unique<KazMasterContext>();
+    EXPECT_EQ(KazMasterContext::getInstance(), context.get());
+    EXPECT_FALSE(context->isDoc());
+    for (int slot : {15, 3, 0, 16})
+        EXPECT_TRUE(context->setSlot(slot, new Noted(gone, slot)));
+    Noted refused(gone, 99);
+    EXPECT_FALSE(context->setSlot(17, &refused));
+    EXPECT_FALSE(context->setSlot(-1, &refused));
+    EXPECT_EQ(context->getSlot(17), nullptr);
+    EXPECT_EQ(context->getSlot(1), nullptr);
+    context.reset();
+    EXPECT_EQ(gone, (std::vector<int>{0, 3, 15, 16}));
+    EXPECT_EQ(app.getActiveContext(), nullptr);
+}
+
+TEST(MasterContext, OnlyTheActiveOneClearsTheApplication) {
+    FrameApp app;
+    auto first = std::make_unique<KazMasterContext>();
+    KazMasterContext second;
+    first.reset();
+    EXPECT_EQ(app.getActiveContext(), &second);
+    KazMasterContext copy(second);
+    EXPECT_EQ(app.getActiveContext(), &second) << "a copy does not register";
+}
+
+TEST(MasterContext, CopiesShareWithoutOwning) {
+    FrameApp app;
+    std::vector<int> gone;
+    {
+        KazMasterContext original;
+        original.setSlot(0, new Noted(gone, 0));
+        {
+            KazMasterContext copy(original);
+            EXPECT_EQ(copy.getSlot(0), original.getSlot(0));
+            copy.setSlot(1, new Noted(gone, 1));
+            copy.setSlot(0, new Noted(gone, 10));
+        }
+        EXPECT_EQ(gone, (std::vector<int>{10, 1})) << "what was put into the copy is its own";
+        KazMasterContext assigned;
+        assigned.setSlot(0, new Noted(gone, 2));
+        assigned = original;
+        EXPECT_EQ(gone.back(), 2);
+        original = assigned;
+        original = *&original;
+        EXPECT_EQ(gone.size(), 3u);
+    }
+    EXPECT_EQ(gone, (std::vector<int>{10, 1, 2, 0}));
+}
+
+TEST(MasterContext, MayOutliveTheApplication) {
+    std::optional<FrameApp> app(std::in_place);
+    auto context = std::make_unique<KazMasterContext>();
+    ASSERT_NE(KazToolsContext::getInstance(), nullptr);
+    app.reset();
+    EXPECT_EQ(KazApp::getInstance(), nullptr);
+    EXPECT_EQ(KazMasterContext::getInstance(), nullptr);
+    EXPECT_EQ(KazToolsContext::getInstance(), nullptr);
+    context.reset();
+    KazMasterContext withoutApplication;
+    EXPECT_STREQ(KazApp::getArgv0(), "");
+}
+
+TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
+    FrameApp app;
+    EXPECT_EQ(KazToolsContext::getInstance(), nullptr) << "no active context";
+    KazMasterContext master;
+    KazToolsContext* tools = KazToolsContext::getInstance();
+    ASSERT_EQ(tools, KazToolsContext::getInstance());
+    EXPECT_EQ(master.getSlot(KazMasterContext::toolsSlot), tools);
+
+    EXPECT_EQ(tools->getParsedArgs(), nullptr);
+    KazParsedArgs* args = tools->allocParsedArgs();
+    EXPECT_EQ(tools->allocParsedArgs(), args);
+    EXPECT_EQ(tools->getParsedArgs(), args);
+
+    for (int id = 0; id < KazToolsContext::envValueCount; ++id) {
+        const KazEnvValue* value = tools->getEnvValue(static_cast<kaz_env_id_enum>(id));
+        EXPECT_FALSE(value->isAssigned());
+        EXPECT_TRUE(value->isNull());
+        EXPECT_EQ(value, tools->getEnvValue(static_cast<kaz_env_id_enum>(0)) + id);
+    }
+    EXPECT_FALSE(tools->isInitProjDir() || tools->isInitSystem() || tools->isInitSystemDir() ||
+                 tools->isInitEditorName() || tools->isInitDiagram() || tools->isInitRevision());
+    tools->setInitSystemDir();
+    EXPECT_TRUE(tools->isInitSystemDir());
+    EXPECT_FALSE(tools->isInitSystem());
+
+    EXPECT_EQ(tools->getDbOpen(), 0);
+    EXPECT_FALSE(tools->isDbReadonly());
+    tools->setFilestoreDir("filestore");
+    tools->setToolName("tool");
+    EXPECT_STREQ(tools->getFilestoreDir(), "filestore");
+    EXPECT_STREQ(tools->getToolName(), "tool");
+    EXPECT_STREQ(tools->getDefSuffix(), "");
+    EXPECT_STREQ(tools->getRepinfoSysDir(), "");
+
+    KazMasterContext other;
+    EXPECT_NE(KazToolsContext::getInstance(), tools) << "each master context has its own";
+}
+
+TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
+    FrameApp app;
+    const long failed = kit::sweepAllocations(
+        [] {
+            KazMasterContext master;
+            KazToolsContext::getInstance()->allocParsedArgs();
+        },
+        [&] { EXPECT_EQ(app.getActiveContext(), nullptr); });
+    EXPECT_GT(failed, 2);
+}
+
+TEST(App, KeepsFlagsAndArguments) {
+    FrameApp first;
+    FrameApp app;
+    EXPECT_EQ(KazApp::getInstance(), &app) << "the last one constructed wins";
+    EXPECT_FALSE(app.getDebugFlag() || app.getVerboseFlag() || app.isNestedCall());
+    app.setDebugFlag(true);
+    EXPECT_TRUE(app.getDebugFlag());
+    EXPECT_FALSE(app.getVerboseFlag());
+    EXPECT_EQ(app.getParsedArgs(), app.getParsedArgs());
+    EXPECT_STREQ(KazApp::getArgv0(), "") << "superMain has not run";
+    EXPECT_STREQ(app.getAppName(), "");
+    app.removeAtExit("kept.txt"); // only a console application deletes it
+}
+
+TEST(EditorsBase, GivesTheInstalledOnesCommand) {
+    class Graphical : public KazEditorsBase {
+        KazString getCreationCommand(const char* name) override {
+            KazString command("start ");
+            command += name;
+            return command;
+        }
+    };
+    {
+        Graphical installed;
+        EXPECT_EQ(KazEditorsBase::getInstance(), &installed);
+        EXPECT_STREQ(KazEditorsBase::getInstance()->getCreationCommand("gr"), "start gr");
+    }
+    KazEditorsBase* plain = KazEditorsBase::getInstance();
+    EXPECT_EQ(plain, KazEditorsBase::getInstance());
+    EXPECT_STREQ(plain->getCreationCommand("gr"), "gr");
+    EXPECT_STREQ(plain->getCreationCommand(nullptr), "");
+}

@@ -1,0 +1,180 @@
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+
+namespace {
+
+std::map<std::string, std::string> linesOf(const std::string& text) {
+    std::map<std::string, std::string> result;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        result[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+    return result;
+}
+
+std::string nativeText(std::string path) {
+    for (char& c : path)
+        if (c == '/')
+            c = '\\';
+    return path;
+}
+
+kit::RunOptions outermost() {
+    kit::RunOptions options;
+    options.env = {{"KAZCOREROOT", kit::unset},
+                   {"Path", kit::unset},
+                   {"LANG", "C"},
+                   {"PATH", "/usr/bin:/bin"},
+                   {"COPYCMD", kit::unset}};
+    return options;
+}
+
+} // namespace
+
+TEST(Process, OutermostToolPreparesTheEnvironment) {
+    kit::RunOptions options = outermost();
+    auto result = kit::run({"app_tool", "environment"}, options);
+    EXPECT_EQ(result.status, 0);
+    auto lines = linesOf(result.out);
+    const std::string bin = kit::binDirectory();
+    EXPECT_EQ(lines["name"], "app_tool");
+    EXPECT_EQ(lines["nested"], "0");
+    EXPECT_EQ(lines["graphical"], "0");
+    EXPECT_EQ(lines["COPYCMD"], "/Y");
+    EXPECT_EQ(lines["LANG"], "default");
+    EXPECT_EQ(lines["KAZCOREROOT"], nativeText(bin.substr(0, bin.rfind('/'))));
+    EXPECT_EQ(lines["KAZCOREROOT"], lines["root"]);
+    EXPECT_EQ(lines["Path"], nativeText(bin));
+    EXPECT_EQ(lines["PATH"], bin + ":/usr/bin:/bin");
+
+    options.env["Path"] = "\\suite;\\other";
+    options.env["PATH"] = "";
+    lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    EXPECT_EQ(lines["Path"], nativeText(bin) + ";\\suite;\\other");
+    EXPECT_EQ(lines["PATH"], bin);
+}
+
+TEST(Process, NestedToolLeavesTheEnvironmentAlone) {
+    kit::RunOptions options = outermost();
+    options.env["KAZCOREROOT"] = "";
+    auto lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    EXPECT_EQ(lines["nested"], "1");
+    EXPECT_EQ(lines["COPYCMD"], "/Y");
+    EXPECT_EQ(lines["KAZCOREROOT"], "");
+    EXPECT_EQ(lines["LANG"], "C");
+    EXPECT_EQ(lines["Path"], "(unset)");
+    EXPECT_EQ(lines["PATH"], "/usr/bin:/bin");
+}
+
+/// The child is found by its plain name although its directory is on no search
+/// path of the caller.
+TEST(Process, ToolsFindAndNestEachOther) {
+    kit::TempTree elsewhere;
+    kit::RunOptions options = outermost();
+    options.cwd = elsewhere.path();
+    auto result = kit::run({"app_tool", "run", "app_tool", "environment"}, options);
+    EXPECT_EQ(result.status, 0) << result.err;
+    auto lines = linesOf(result.out);
+    EXPECT_EQ(lines["name"], "app_tool");
+    EXPECT_EQ(lines["nested"], "1");
+    EXPECT_EQ(lines["LANG"], "default");
+    EXPECT_EQ(lines["Path"], nativeText(kit::binDirectory())) << "prefixed once only";
+}
+
+TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
+    kit::TempTree tree;
+    const std::string tool = kit::binDirectory() + "/app_tool";
+    const std::map<std::string, std::string> names = {{"C:\\Tools\\MyTool.EXE", "mytool"},
+                                                      {"/a/B.exe/tool.exe.bak", "tool.exe.bak"},
+                                                      {"x.exe.exe", "x.exe"},
+                                                      {".exe", ""},
+                                                      {"exe", "exe"},
+                                                      {"dir/", ""}};
+    for (const auto& [argv0, name] : names) {
+        const std::string script = tree.write(
+            "start.py", "import os, sys\nos.execv(sys.argv[1], [sys.argv[2], 'environment'])\n");
+        auto lines = linesOf(kit::run({"/usr/bin/python3", script, tool, argv0}).out);
+        EXPECT_EQ(lines["argv0"], argv0);
+        EXPECT_EQ(lines["name"], name) << argv0;
+    }
+}
+
+TEST(Process, ExceptionsBecomeStatusesAndOneMessage) {
+    struct Case {
+        const char* what;
+        const char* err;
+    };
+    const Case cases[] = {{"memory", "Out of memory or swap space\n"},
+                          {"file", "Could not find \"100%s\".\n"},
+                          {"reported", ""},
+                          {"standard", "Internal error #2\n"},
+                          {"director", "Internal error #2\n"}};
+    for (const Case& c : cases) {
+        auto result = kit::run({"app_tool", c.what});
+        EXPECT_EQ(result.status, 1) << c.what << " signal " << result.signal;
+        EXPECT_EQ(result.err, c.err) << c.what;
+        EXPECT_EQ(result.out, "") << c.what;
+    }
+}
+
+TEST(Process, WithoutAnApplicationObjectThereIsAMessage) {
+    auto result = kit::run({"empty_tool"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "This program has no application object\n");
+}
+
+TEST(Process, ConsoleApplicationMakesItsContextWhenNoneIsActive) {
+    EXPECT_EQ(kit::run({"app_tool", "contexts"}).out, "kept=1 replaced=1 again=1\n");
+}
+
+TEST(Process, TemporaryFilesGoAndNothingPrintedIsLost) {
+    kit::TempTree tree;
+    const std::string kept = tree.write("kept", "kept");
+    auto result = kit::run({"app_tool", "leave", tree.path("a"), tree.native("b")});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.out, "not ended by a line feed");
+    EXPECT_EQ(result.err, "");
+    EXPECT_FALSE(tree.exists("a"));
+    EXPECT_TRUE(tree.exists("kept"));
+}
+
+TEST(Process, ProductPathComesFromTheProductsVariable) {
+    kit::TempTree tree;
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.write("ToolInfo", "gantt_mox_file_path=g1;g2\n");
+    auto result = kit::run({"app_tool", "product", "GANTT"}, options);
+    EXPECT_EQ(result.out, "g1;g2|1\n");
+    EXPECT_EQ(result.err, "");
+
+    result = kit::run({"app_tool", "product", "Pert%s"}, options);
+    EXPECT_EQ(result.out, "templates/ct;templates|1\n");
+    EXPECT_EQ(result.err,
+              "TI variable \"pert%s_mox_file_path\" undefined for product \"Pert%s\" -- "
+              "using default\n");
+    result = kit::run({"app_tool", "product"}, options);
+    EXPECT_EQ(result.out, "templates/ct;templates|1\n");
+    EXPECT_EQ(result.err, "TI variable \"mox_file_path\" undefined -- using default\n");
+}
+
+/// What is printed after the application's destructor has closed the streams
+/// goes nowhere; everything before arrives, and nothing breaks.
+TEST(Process, StaticObjectsMayUseTheLibraryAtAnyTime) {
+    kit::TempTree tree;
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.write("ToolInfo", "x=y\n");
+    auto result = kit::run({"static_tool"}, options);
+    EXPECT_EQ(result.status, 7) << "signal " << result.signal << "\n" << result.err;
+    EXPECT_EQ(result.out, "before: application no, context no\n"
+                          "body: application yes, context yes\n"
+                          "body: name 'static_tool'\n"
+                          "late: application yes, context yes\n"
+                          "late: name 'static_tool'\n"
+                          "destructor: application yes, context yes\n"
+                          "destructor: name 'static_tool'\n");
+    EXPECT_EQ(result.err, "before on the error channel\nbody on the error channel\n"
+                          "late on the error channel\ndestructor on the error channel\n");
+}
