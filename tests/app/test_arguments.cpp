@@ -142,7 +142,7 @@ TEST(OptionTable, NamesAwkwardAbbreviations) {
     const std::map<std::string, std::string> known = {
         {"-", "-Quiet"},      {"-f", "-formats"},
         {"-fi", "-file"},     {"-F", "-Force"},
-        {"-t", "-toolinfo"},  {"-ta", "-target"},
+        {"-t", "-target"},    {"-to", "-toolinfo"},
         {"-trace", "-trace"}, {"-p", "-projdir"},
         {"-C", "-Command"},   {"-commands_", "-commands_file"},
         {"-batch0", "-batch"}};
