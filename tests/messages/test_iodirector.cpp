@@ -213,8 +213,8 @@ TEST(Console, ANewlineFollowsUnlessTheFormatEndsInOne) {
     print_msg("done\n");
     print_msg("done");
     print_msg("%s", "done\n");
-    print_msg(empty);
-    print_msg(none);
+    print_msg(empty, 0);
+    print_msg(none, 0);
     tty_msg(0, "tty");
     print_sym_msg(nullptr, "symbols\n");
     EXPECT_EQ(capture.out(), "done\ndone\ndone\n\n\n\ntty\nsymbols\n");

@@ -200,7 +200,8 @@ void KazIODirector::doProgressIncrement(int progressId, double amount, bool flag
 
 void KazIODirector::doProgressMsg(int, int, const char* format, va_list args) {
     std::putchar('\n');
-    std::vprintf(format != nullptr ? format : "", args);
+    if (format != nullptr)
+        std::vprintf(format, args);
     std::fflush(stdout);
 }
 

@@ -43,7 +43,8 @@ void KazMsgProgressHandle::vMsg(int level, const char* format, va_list args) {
     KazProgressHandle::vMsg(level, format, args);
     char text[textSize];
     text[0] = '\0';
-    std::vsnprintf(text, sizeof text, format != nullptr ? format : "", again);
+    if (format != nullptr)
+        std::vsnprintf(text, sizeof text, format, again);
     va_end(again);
     printPlain(withoutConversions(text).getValue());
 }
