@@ -2,7 +2,7 @@
 
 #include "tools/messages/messages.h"
 
-#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -103,7 +103,7 @@ bool KazIODirector::getUserInput(KazString& result, const KazString& title, cons
 }
 
 int KazIODirector::progressStart(KazString title, int total) {
-    DIRECT(doProgressStart, title, total);
+    DIRECT(doProgressStart, std::move(title), total);
 }
 
 void KazIODirector::progressIncrement(int progressId, double amount, bool flag) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -183,13 +184,15 @@ bool KazIODirector::doGetUserInput(KazString& result, const KazString& title,
     return true;
 }
 
+// The parameter is by value in the interface that directors override.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 int KazIODirector::doProgressStart(KazString title, int) {
     auto progress = std::make_unique<KazConsoleProgress>();
     std::printf("%s ", title.getValue());
     std::fflush(stdout);
     const int progressId = ++progressIdCounter;
     progressMap.bind(asKey(progressId), static_cast<KazProgress*>(progress.get()), true);
-    progress.release();
+    static_cast<void>(progress.release());
     return progressId;
 }
 

@@ -3,6 +3,7 @@
 #include "tools/messages/KazIODirector.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -33,7 +34,8 @@ KazString withoutConversions(const char* text) {
 
 } // namespace
 
-KazMsgProgressHandle::KazMsgProgressHandle(KazString name, int n) : KazProgressHandle(name, n) {}
+KazMsgProgressHandle::KazMsgProgressHandle(KazString name, int n)
+    : KazProgressHandle(std::move(name), n) {}
 KazMsgProgressHandle::~KazMsgProgressHandle() = default;
 
 void KazMsgProgressHandle::vMsg(int level, const char* format, va_list args) {

@@ -134,7 +134,7 @@ void KazProgress::pushRange(double share) {
         range->end = overall + share > complete ? complete : overall + share;
     }
     ranges.insertAt(0, range.get());
-    range.release();
+    static_cast<void>(range.release());
 }
 
 void KazProgress::popRange() {
@@ -162,6 +162,6 @@ void KazProgress::copyRanges(const KazProgress& other) {
     for (int i = 0; i < other.ranges.getSize(); ++i) {
         auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges.getAt(i)));
         ranges.add(range.get());
-        range.release();
+        static_cast<void>(range.release());
     }
 }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -19,7 +20,7 @@ const char* readNumber(const char* text, const char* end, int& number) {
 } // namespace
 
 KazProgressHandle::KazProgressHandle(KazString name, int n)
-    : id(KazIODirector::progressStart(name, n)) {}
+    : id(KazIODirector::progressStart(std::move(name), n)) {}
 
 KazProgressHandle::~KazProgressHandle() {
     KazIODirector::progressEnd(id);
