@@ -294,22 +294,24 @@ int replyTo(const std::string& input, int defaultReply) {
     }
 }
 
+void expectConfirmation(int type, int defaultReply, const std::string& text) {
+    kit::ScopedInput input(text);
+    kit::Capture capture;
+    EXPECT_EQ(KazIODirector::confirm("Save", "Discard %d?",
+                                     static_cast<KazIODirector::DialogType>(type),
+                                     static_cast<KazIODirector::Reply>(defaultReply)),
+              replyTo(text, defaultReply))
+        << type << " " << defaultReply << " " << text;
+    EXPECT_EQ(capture.out(), "Save: Discard %d? " + choices(type, defaultReply) + " ");
+}
+
 TEST(Console, ConfirmOffersMarksAndReadsTheAnswers) {
-    std::vector<std::string> inputs = {"", "\n", "\r\n", "cancel\n", "Yes please\n", "x\n", " y\n"};
-    for (int c = 1; c < 256; ++c)
-        inputs.push_back(std::string(1, static_cast<char>(c)) + "\n");
     for (int type : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 1000})
         for (int defaultReply : {-1, 0, 1, 2, 3})
-            for (const std::string& text : inputs) {
-                kit::ScopedInput input(text);
-                kit::Capture capture;
-                EXPECT_EQ(KazIODirector::confirm("Save", "Discard %d?",
-                                                 static_cast<KazIODirector::DialogType>(type),
-                                                 static_cast<KazIODirector::Reply>(defaultReply)),
-                          replyTo(text, defaultReply))
-                    << type << " " << defaultReply << " " << text;
-                EXPECT_EQ(capture.out(), "Save: Discard %d? " + choices(type, defaultReply) + " ");
-            }
+            for (const char* text : {"", "\n", "\r\n", "cancel\n", "Yes please\n", "x\n", " y\n"})
+                expectConfirmation(type, defaultReply, text);
+    for (int c = 1; c < 256; ++c)
+        expectConfirmation(KazIODirector::YesNo, 2, std::string(1, static_cast<char>(c)) + "\n");
 }
 
 /// What the console makes of the next line of @p input; false at its end.

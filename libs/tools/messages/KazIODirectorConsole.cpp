@@ -191,8 +191,9 @@ int KazIODirector::doProgressStart(KazString title, int) {
     std::printf("%s ", title.getValue());
     std::fflush(stdout);
     const int progressId = ++progressIdCounter;
-    progressMap.bind(asKey(progressId), static_cast<KazProgress*>(progress.get()), true);
-    static_cast<void>(progress.release());
+    // Memory can run out while the entry is made, so the object enters last.
+    progressMap.bind(asKey(progressId), nullptr, true);
+    progressMap.rebind(asKey(progressId), static_cast<KazProgress*>(progress.release()));
     return progressId;
 }
 

@@ -30,6 +30,12 @@ KazProgressRange* asRange(void* element) {
     return static_cast<KazProgressRange*>(element);
 }
 
+/// After this an element can be handed over: the insertion cannot fail half-way,
+/// with the element's owner in doubt.
+void makeRoom(KazColl& ranges) {
+    ranges.inflate(ranges.getSize() + 1);
+}
+
 } // namespace
 
 // A range is deleted by the collection that it leaves, never beside it.
@@ -133,8 +139,8 @@ void KazProgress::pushRange(double share) {
         range->scale = share * 0.01;
         range->end = overall + share > complete ? complete : overall + share;
     }
-    ranges.insertAt(0, range.get());
-    static_cast<void>(range.release());
+    makeRoom(ranges);
+    ranges.insertAt(0, range.release());
 }
 
 void KazProgress::popRange() {
@@ -161,7 +167,7 @@ KazProgressRange* KazProgress::innermost() const {
 void KazProgress::copyRanges(const KazProgress& other) {
     for (int i = 0; i < other.ranges.getSize(); ++i) {
         auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges.getAt(i)));
-        ranges.add(range.get());
-        static_cast<void>(range.release());
+        makeRoom(ranges);
+        ranges.add(range.release());
     }
 }
