@@ -288,6 +288,20 @@ TEST(DirectorProgress, NumbersCountAndDotsFollowTheTitle) {
     EXPECT_EQ(KazIODirector::progressStart("e", 0), 4);
 }
 
+TEST(DirectorProgress, AStartThatFailsLeavesNothingBehind) {
+    KazIODirector::getInstance();
+    kit::Capture capture;
+    const KazString title("copy");
+    int started = 0;
+    EXPECT_GT(kit::sweepAllocations([&] { started = KazIODirector::progressStart(title, 0); },
+                                    [&] { EXPECT_EQ(started, 0); }),
+              1);
+    const std::string before = capture.out();
+    KazIODirector::progressIncrement(started, 10, false);
+    KazIODirector::progressEnd(started);
+    EXPECT_EQ(capture.out(), before + "..");
+}
+
 TEST(ProgressHandle, SpeaksToTheDirectorUnderItsNumber) {
     LoggingDirector director;
     director.install();
