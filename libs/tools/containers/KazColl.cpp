@@ -15,42 +15,53 @@
 /// there are checked out again.
 class KazColl::Incoming {
 public:
-    Incoming(const KazColl& owner, void* const* from, int count)
-        : checkOut(owner.checkOutFunction), count(count) {
-        if (count > 1)
+    /// Place for up to @p most items.
+    Incoming(const KazColl& owner, int most)
+        : checkOutFunction(owner.checkOutFunction), limit(most) {
+        if (most > 1)
             items = static_cast<void**>(
-                kaz::detail::allocate(static_cast<std::size_t>(count) * sizeof(void*)));
-        moveSlots(items, from, count);
+                kaz::detail::allocate(static_cast<std::size_t>(most) * sizeof(void*)));
     }
     Incoming(const Incoming&) = delete;
     Incoming& operator=(const Incoming&) = delete;
     ~Incoming() {
-        while (checkOut && held > 0)
-            checkOut(items[--held]);
+        while (checkOutFunction && count > 0)
+            checkOutFunction(items[--count]);
         if (items != &single)
             std::free(items);
     }
 
-    void checkIn(CheckIn function) {
-        for (int i = 0; i < count; ++i) {
-            if (function)
-                items[i] = function(items[i]);
-            held = i + 1;
-        }
+    void checkIn(CheckIn function, void* const* from) {
+        // Aside first: the items may be slots that a check-in moves.
+        moveSlots(items, from, limit);
+        while (count < limit)
+            append(function, items[count]);
+    }
+
+    /// The elements of @p source, read one by one: a check-in that removes
+    /// some has ended their life.
+    void checkIn(CheckIn function, const KazColl& source) {
+        while (count < limit && count < source.size)
+            append(function, source.slot(count));
     }
 
     int size() const { return count; }
 
     /// The items, which now belong to the caller.
     void** surrender() {
-        held = 0;
+        count = 0;
         return items;
     }
 
 private:
-    CheckOut checkOut;
-    int count;
-    int held = 0;
+    void append(CheckIn function, void* item) {
+        items[count] = function ? function(item) : item;
+        ++count;
+    }
+
+    CheckOut checkOutFunction;
+    int limit;
+    int count = 0;
     void* single = nullptr;
     void** items = &single;
 };
@@ -189,13 +200,14 @@ void KazColl::makeRoom(std::int64_t count) {
 void KazColl::separate(int newCapacity) {
     const auto drop = [](void** slots) { release(slots); };
     std::unique_ptr<void*, decltype(drop)> fresh(allocateSlots(newCapacity), drop);
-    Incoming own(*this, data, size);
-    own.checkIn(checkInFunction);
+    Incoming own(*this, size);
+    own.checkIn(checkInFunction, *this);
     if (isAlone() || own.size() != size)
         return makeRoom(newCapacity); // a check-in has changed what there is to separate
-    moveSlots(fresh.get(), own.surrender(), size);
+    const int kept = size;
+    moveSlots(fresh.get(), own.surrender(), kept);
     release(depart().slots);
-    size = own.size();
+    size = kept;
     data = fresh.release();
     capacity = newCapacity;
 }
@@ -237,32 +249,33 @@ void KazColl::prepare(int index, int count) {
 }
 
 int KazColl::appendItems(Incoming& items) {
-    items.checkIn(checkInFunction);
-    prepare(0, items.size());
+    const int count = items.size();
+    prepare(0, count);
     const int first = size;
-    KazArrayPtr::insertAt(first, items.surrender(), items.size());
+    KazArrayPtr::insertAt(first, items.surrender(), count);
     noteSlots();
     return first;
 }
 
 void KazColl::insertItems(int index, Incoming& items) {
-    items.checkIn(checkInFunction);
-    prepare(index, items.size());
-    KazArrayPtr::insertAt(index, items.surrender(), items.size());
+    const int count = items.size();
+    prepare(index, count);
+    KazArrayPtr::insertAt(index, items.surrender(), count);
     noteSlots();
-    advanceIterators(index, items.size());
+    advanceIterators(index, count);
 }
 
 int KazColl::add(void* item) {
-    Incoming items(*this, &item, 1);
+    Incoming items(*this, 1);
+    items.checkIn(checkInFunction, &item);
     return appendItems(items);
 }
 
 void KazColl::setAt(int index, void* item) {
     if (holdsElement(index))
         checkedOut(take(index));
-    Incoming items(*this, &item, 1);
-    items.checkIn(checkInFunction);
+    Incoming items(*this, 1);
+    items.checkIn(checkInFunction, &item);
     if (index >= size)
         return; // an element function has removed the place
     void* met = take(index);
@@ -277,28 +290,34 @@ void KazColl::insertAt(int index, void* item) {
 }
 
 void KazColl::insertAt(int index, void** items, int count) {
-    Incoming incoming(*this, items, count);
+    Incoming incoming(*this, count);
+    incoming.checkIn(checkInFunction, items);
     insertItems(index, incoming);
 }
 
 void KazColl::insertAt(int index, const KazColl& other) {
-    if (other.size > 0)
-        insertAt(index, other.data, other.size);
+    if (other.size == 0)
+        return;
+    Incoming incoming(*this, other.size);
+    incoming.checkIn(checkInFunction, other);
+    insertItems(index, incoming);
 }
 
 int KazColl::append(const KazColl& other) {
-    Incoming items(*this, other.data, other.size);
+    Incoming items(*this, other.size);
+    items.checkIn(checkInFunction, other);
     return appendItems(items);
 }
 
 void KazColl::copy(const KazColl& other) {
     if (this == &other)
         return;
-    // First what can fail, while nothing is lost yet.
-    Incoming items(*this, other.data, other.size);
+    // The memory first, while nothing is lost yet.
+    Incoming items(*this, other.size);
     KazColl room;
     room.inflate(other.size);
     removeAll();
+    items.checkIn(checkInFunction, other);
     if (!data) {
         std::swap(data, room.data);
         std::swap(capacity, room.capacity);

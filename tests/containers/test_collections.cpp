@@ -1,0 +1,457 @@
+#include "tools/containers/KazColl.h"
+#include "tools/containers/KazIntColl.h"
+#include "tools/containers/KazStringColl.h"
+
+#include "kit/alloc_failure.h"
+#include "kit/counted.h"
+#include "kit/random.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <list>
+#include <string>
+#include <vector>
+
+namespace {
+
+using kit::Counted;
+
+/// A collection that owns Counted elements.
+struct OwningColl : KazColl {
+    OwningColl() {
+        setCheckIn(Counted::checkIn);
+        setCheckOut(Counted::checkOut);
+    }
+    void addValue(int value) {
+        Counted element(value);
+        add(&element);
+    }
+};
+
+int valueOf(const void* element) {
+    return element ? static_cast<const Counted*>(element)->value() : 0;
+}
+
+std::vector<int> values(const KazColl& coll) {
+    std::vector<int> result;
+    for (int i = 0; i < coll.getSize(); ++i)
+        result.push_back(valueOf(coll[i]));
+    return result;
+}
+
+/// What a collection and its iterators are to do, told in the plainest way.
+struct Model {
+    std::vector<int> values;
+    std::list<int> iterators; // positions; -2 is done
+    int gaps = 0;             // elements that nobody has checked in
+
+    int size() const { return static_cast<int>(values.size()); }
+    void insert(int at, const std::vector<int>& items) {
+        gaps += std::max(at - size(), 0);
+        if (at > size())
+            values.resize(static_cast<std::size_t>(at));
+        values.insert(values.begin() + at, items.begin(), items.end());
+        for (int& i : iterators)
+            i += i >= at ? static_cast<int>(items.size()) : 0;
+    }
+    void remove(int at, int count) {
+        values.erase(values.begin() + at, values.begin() + at + count);
+        for (int& i : iterators)
+            i = i >= at ? std::max(i - count, at - 1) : i;
+    }
+    void clear() {
+        values.clear();
+        for (int& i : iterators)
+            i = -2;
+    }
+    int item(int i) const { return i >= 0 ? values[static_cast<std::size_t>(i)] : 0; }
+};
+
+TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    Counted::resetCounts();
+    Model model;
+    {
+        OwningColl coll;
+        std::list<KazCollIterator> iterators;
+        for (int step = 0; step < 20000; ++step) {
+            const int at = random.below(model.size() + 2);
+            Counted one(random.between(1, 99));
+            switch (random.below(12)) {
+            case 0:
+            case 1:
+                EXPECT_EQ(coll.add(&one), model.size());
+                model.values.push_back(one.value());
+                break;
+            case 2:
+                coll.insertAt(at, &one);
+                model.insert(at, {one.value()});
+                break;
+            case 3: {
+                Counted two(7);
+                void* items[] = {&one, &two};
+                coll.insertAt(at, items, 2);
+                model.insert(at, {one.value(), 7});
+                break;
+            }
+            case 4:
+                if (model.size() > 0 && model.size() < 40) {
+                    coll.insertAt(at, coll);
+                    model.insert(at, std::vector<int>(model.values));
+                }
+                break;
+            case 5:
+                if (model.size() > 0) {
+                    coll.setAt(at % model.size(), &one);
+                    model.values[static_cast<std::size_t>(at % model.size())] = one.value();
+                }
+                break;
+            case 6:
+            case 7:
+                if (model.size() > 0) {
+                    const int from = random.below(model.size());
+                    const int count = random.between(1, model.size() - from);
+                    coll.removeAt(from, count);
+                    model.remove(from, count);
+                }
+                break;
+            case 8:
+                if (random.oneIn(10)) {
+                    coll.removeAll();
+                    model.clear();
+                } else {
+                    coll.freeExtra();
+                }
+                break;
+            case 9:
+                if (iterators.size() < 6) {
+                    if (iterators.empty() || random.oneIn(2)) {
+                        iterators.emplace_front(coll);
+                        model.iterators.push_front(model.size() > 0 ? 0 : -2);
+                    } else {
+                        iterators.emplace_front(iterators.back());
+                        model.iterators.push_front(model.iterators.back());
+                    }
+                } else {
+                    auto doomed = std::next(iterators.begin(), random.below(6));
+                    model.iterators.erase(std::next(model.iterators.begin(),
+                                                    std::distance(iterators.begin(), doomed)));
+                    iterators.erase(doomed);
+                }
+                break;
+            default: {
+                auto expected = model.iterators.begin();
+                for (KazCollIterator& i : iterators) {
+                    if (*expected != -2 && ++*expected == model.size())
+                        *expected = -2;
+                    EXPECT_EQ(i.next(), *expected != -2);
+                    ++expected;
+                }
+            }
+            }
+            ASSERT_EQ(values(coll), model.values) << "step " << step;
+            auto expected = model.iterators.begin();
+            for (const KazCollIterator& i : iterators) {
+                ASSERT_EQ(i.isDone(), *expected == -2) << "step " << step;
+                ASSERT_EQ(valueOf(i.item()), model.item(*expected)) << "step " << step;
+                ++expected;
+            }
+        }
+        OwningColl kept;
+        kept.copy(coll);
+        EXPECT_EQ(values(kept), model.values);
+    }
+    EXPECT_EQ(Counted::live(), 0);
+    EXPECT_EQ(Counted::checkIns() + model.gaps, Counted::checkOuts());
+}
+
+TEST(CollectionTest, IteratorsInsideARemovedRangeStepBack) {
+    KazIntColl coll;
+    for (int i = 0; i < 5; ++i)
+        coll.add(i);
+    KazIntCollIterator iterator(coll);
+    iterator.next();
+    iterator.next();
+    coll.removeAt(1, 2);
+    EXPECT_EQ(iterator.item(), 0);
+    EXPECT_TRUE(iterator.next());
+    EXPECT_EQ(iterator.item(), 3);
+
+    iterator.reset();
+    coll.removeAt(0, 1); // before the first element, which is not the end
+    EXPECT_FALSE(iterator.isDone());
+    EXPECT_EQ(iterator.item(), 0);
+    EXPECT_TRUE(iterator.next());
+    EXPECT_EQ(iterator.item(), 3);
+}
+
+TEST(CollectionTest, IteratorsOutliveTheirCollection) {
+    auto coll = std::make_unique<KazIntColl>();
+    coll->add(1);
+    KazIntCollIterator first(*coll);
+    auto second = std::make_unique<KazIntCollIterator>(first);
+    KazIntColl other;
+    other.add(5);
+    other.add(6);
+    KazIntCollIterator elsewhere(other);
+    elsewhere.next();
+    first = elsewhere; // the position, not the collection
+    EXPECT_EQ(first.item(), 0);
+    EXPECT_EQ(second->item(), 1);
+    coll.reset();
+    EXPECT_TRUE(first.isDone());
+    EXPECT_FALSE(second->next());
+    second.reset();
+    first = elsewhere;
+    EXPECT_EQ(first.item(), 0);
+    EXPECT_FALSE(first.next());
+    first.reset();
+    EXPECT_TRUE(first.isDone());
+    EXPECT_TRUE(KazCollIterator(nullptr).isDone());
+}
+
+std::vector<std::pair<char, int>> elementLog;
+
+TEST(CollectionTest, ElementFunctionsAreCalledInOrder) {
+    const auto in = [](void* element) {
+        elementLog.emplace_back('i', valueOf(element));
+        return Counted::checkIn(element);
+    };
+    const auto out = [](void* element) {
+        elementLog.emplace_back('o', valueOf(element));
+        Counted::checkOut(element);
+    };
+    using Log = std::vector<std::pair<char, int>>;
+    const auto logged = [] { return std::exchange(elementLog, {}); };
+    KazColl source;
+    Counted one(1), two(2), three(3);
+    for (Counted* element : {&one, &two, &three})
+        source.add(element);
+    KazColl coll;
+    EXPECT_EQ(coll.setCheckIn(in), nullptr);
+    EXPECT_EQ(coll.setCheckOut(out), nullptr);
+    coll.append(source);
+    EXPECT_EQ(logged(), (Log{{'i', 1}, {'i', 2}, {'i', 3}}));
+    coll.setAt(1, &one);
+    EXPECT_EQ(logged(), (Log{{'o', 2}, {'i', 1}}));
+    coll.copy(source);
+    EXPECT_EQ(logged(), (Log{{'o', 3}, {'o', 1}, {'o', 1}, {'i', 1}, {'i', 2}, {'i', 3}}));
+    coll.copy(coll);
+    EXPECT_EQ(logged(), Log{});
+    coll.removeAt(0, 2);
+    EXPECT_EQ(logged(), (Log{{'o', 1}, {'o', 2}}));
+    coll.insertAt(0, source);
+    logged();
+    coll.removeAll();
+    EXPECT_EQ(logged(), (Log{{'o', 3}, {'o', 3}, {'o', 2}, {'o', 1}}));
+    EXPECT_EQ(coll.setCheckOut(nullptr), static_cast<KazColl::CheckOut>(out));
+}
+
+TEST(CollectionTest, FailureLeavesEverythingAsItWas) {
+    Counted::resetCounts();
+    OwningColl coll;
+    KazColl plain;
+    for (int i = 1; i <= 4; ++i) {
+        coll.addValue(i);
+        plain.add(coll[i - 1]);
+    }
+    KazCollIterator iterator(coll);
+    const std::vector<int> before = values(coll);
+    const std::function<void(KazColl&)> actions[] = {
+        [&](KazColl& c) { c.add(plain[0]); },
+        [&](KazColl& c) { c.insertAt(1, plain[0]); },
+        [&](KazColl& c) { c.insertAt(9, plain); },
+        [&](KazColl& c) { c.append(plain); },
+    };
+    for (const auto& action : actions) {
+        const long failures = kit::sweepAllocations([&] { action(coll); },
+                                                    [&] {
+                                                        EXPECT_EQ(values(coll), before);
+                                                        EXPECT_EQ(Counted::live(), 4);
+                                                        EXPECT_EQ(iterator.item(), coll[0]);
+                                                    });
+        EXPECT_GE(failures, 2); // a check-in and the growth
+        coll.removeAll();
+        for (int value : before)
+            coll.addValue(value);
+        coll.freeExtra();
+        iterator.reset();
+        for (int i = 0; i < 4; ++i)
+            plain.setAt(i, coll[i]);
+    }
+    // A large removal needs no memory.
+    for (int i = 0; i < 200; ++i)
+        coll.addValue(i);
+    kit::FailAllocation failure(1, kit::FailAllocation::onward);
+    coll.removeAt(1, 190);
+    EXPECT_TRUE(failure.hit());
+    EXPECT_EQ(coll.getSize(), 14);
+    EXPECT_EQ(valueOf(coll[1]), 187);
+    EXPECT_EQ(Counted::live(), 14);
+}
+
+/// Element functions that change the collection that is calling them.
+struct Meddler {
+    static inline KazColl* coll = nullptr;
+    static inline kit::Random* random = nullptr;
+    static inline int depth = 0;
+
+    static void meddle() {
+        if (!coll || depth > 2 || !random->oneIn(3))
+            return;
+        ++depth;
+        Counted element(100 + depth);
+        const int size = coll->getSize();
+        switch (random->below(6)) {
+        case 0:
+            coll->add(&element);
+            break;
+        case 1:
+            coll->insertAt(0, &element);
+            break;
+        case 2:
+            if (size > 0)
+                coll->removeAt(random->below(size), 1);
+            break;
+        case 3:
+            if (size > 0)
+                coll->setAt(random->below(size), &element);
+            break;
+        case 4:
+            if (size > 50)
+                coll->removeAll();
+            break;
+        default:
+            coll->freeExtra();
+        }
+        --depth;
+    }
+    static void* in(void* element) {
+        meddle();
+        return Counted::checkIn(element);
+    }
+    static void out(void* element) {
+        Counted::checkOut(element);
+        meddle();
+    }
+};
+
+TEST(CollectionTest, ElementFunctionsMayChangeTheCollection) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    {
+        KazColl coll;
+        coll.setCheckIn(Meddler::in);
+        coll.setCheckOut(Meddler::out);
+        Meddler::coll = &coll;
+        Meddler::random = &random;
+        KazColl twin;
+        for (int step = 0; step < 20000; ++step) {
+            Counted element(step);
+            void* two[] = {&element, &element};
+            const int size = coll.getSize();
+            switch (random.below(7)) {
+            case 0:
+                coll.add(&element);
+                break;
+            case 1:
+                coll.insertAt(random.below(size + 1), two, 2);
+                break;
+            case 2:
+                if (size > 0)
+                    coll.setAt(random.below(size), &element);
+                break;
+            case 3:
+                if (size > 0)
+                    coll.removeAt(random.below(size), random.between(1, 3));
+                break;
+            case 4:
+                if (random.oneIn(20))
+                    coll.removeAll();
+                break;
+            case 5:
+                if (random.oneIn(3))
+                    twin = coll;
+                break;
+            default:
+                if (size < 60)
+                    coll.append(coll);
+            }
+            for (int value : values(coll))
+                ASSERT_GE(value, 0);
+            for (int value : values(twin))
+                ASSERT_GE(value, 0);
+        }
+        Meddler::coll = nullptr;
+    }
+    EXPECT_EQ(Counted::live(), 0);
+}
+
+TEST(IntCollTest, KeepsIntegers) {
+    KazIntColl coll;
+    const int numbers[] = {-1, 0, 2147483647, -2147483647 - 1, 0};
+    coll.insertAt(0, numbers, 5);
+    coll.insertAt(1, 7);
+    coll.setAt(0, -5);
+    EXPECT_EQ(coll.find(0), 5);
+    EXPECT_EQ(coll.find(-2147483647 - 1), 4);
+    EXPECT_EQ(coll.find(1), -1);
+    KazIntColl other;
+    other.copy(coll);
+    EXPECT_EQ(other.append(coll), 6);
+    other.insertAt(3, coll);
+    std::vector<int> walked;
+    for (KazIntCollIterator i(other); !i.isDone(); i.next())
+        walked.push_back(i.item());
+    EXPECT_EQ(walked,
+              (std::vector<int>{-5, 7, -1 + 1, -5, 7, 0, 2147483647, -2147483647 - 1, 0, 2147483647,
+                                -2147483647 - 1, 0, -5, 7, 0, 2147483647, -2147483647 - 1, 0}));
+}
+
+TEST(StringCollTest, HoldsOneReferenceForEachElement) {
+    KazString a("a"), b("b");
+    const auto references = [](const KazString& text) {
+        return static_cast<const std::int32_t*>(text.disguise())[-1];
+    };
+    {
+        KazStringColl coll;
+        coll.add(a);
+        coll.add(b);
+        coll.add(a);
+        EXPECT_EQ(references(a), 3);
+        EXPECT_EQ(coll.find("a"), 2);
+        EXPECT_EQ(coll.find("c"), -1);
+        EXPECT_EQ(coll.findNoCase("B"), 1);
+        coll.add("");
+        EXPECT_EQ(coll.find(nullptr), 3);
+
+        coll.getAt(2) = "other"; // the slot is the string
+        EXPECT_EQ(references(a), 2);
+        EXPECT_STREQ(coll[2].getValue(), "other");
+        coll.setAt(2, coll[2]); // its only reference
+        EXPECT_STREQ(coll[2].getValue(), "other");
+
+        KazStringColl copied;
+        copied.copy(coll);
+        copied.insertAt(0, b);
+        EXPECT_EQ(references(a), 3);
+        EXPECT_EQ(references(b), 4);
+        const KazString array[] = {a, "x"};
+        copied.insertAt(1, array, 2);
+        KazStringCollIterator i(copied);
+        i.next();
+        {
+            const KazString shared = i.item();
+            EXPECT_EQ(references(a), 6); // a, array, coll, copied twice, shared
+        }
+        coll.removeAt(0, 1);
+        EXPECT_EQ(references(a), 4);
+        EXPECT_TRUE(KazStringCollIterator(nullptr).item().isEmpty());
+    }
+    EXPECT_EQ(references(a), 1);
+    EXPECT_EQ(references(b), 1);
+}
+
+} // namespace

@@ -1,0 +1,327 @@
+#include "tools/containers/KazHashTable.h"
+
+#include "kit/alloc_failure.h"
+#include "kit/counted.h"
+#include "kit/random.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using kit::Counted;
+
+void* number(std::intptr_t n) {
+    return reinterpret_cast<void*>(n);
+}
+
+int valueOf(const void* element) {
+    return element ? static_cast<const Counted*>(element)->value() : -1;
+}
+
+/// A table that owns Counted keys and values.
+struct OwningTable : KazHashTable {
+    explicit OwningTable(int size) : KazHashTable(Counted::compare, Counted::hash, size) {
+        setKeyCheckIn(Counted::checkIn);
+        setKeyCheckOut(Counted::checkOut);
+        setValueCheckIn(Counted::checkIn);
+        setValueCheckOut(Counted::checkOut);
+    }
+    bool bindValues(int key, int value, bool replace) {
+        Counted k(key), v(value);
+        return bind(&k, &v, replace);
+    }
+    int lookUp(int key) {
+        Counted k(key);
+        return valueOf(KazHashTable::valueOf(&k));
+    }
+    using KazHashTable::valueOf;
+
+private:
+    static int valueOf(const void* element) { return ::valueOf(element); }
+};
+
+std::map<int, int> walk(const KazHashTable& table) {
+    std::map<int, int> result;
+    for (KazHashTableIterator i(table); !i.isDone(); i.next())
+        result.emplace(valueOf(i.getKey()), valueOf(i.getValue()));
+    return result;
+}
+
+class HashTableModelTest : public testing::TestWithParam<int> {};
+
+TEST_P(HashTableModelTest, BehavesLikeAMap) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    Counted::resetCounts();
+    {
+        OwningTable table(GetParam());
+        std::map<int, int> model;
+        for (int step = 0; step < 20000; ++step) {
+            Counted key(random.below(120)), value(step);
+            const auto bound = model.find(key.value());
+            const bool isBound = bound != model.end();
+            switch (random.below(9)) {
+            case 0:
+                EXPECT_EQ(table.bind(&key, &value, false), !isBound);
+                model.emplace(key.value(), value.value());
+                break;
+            case 1:
+                EXPECT_TRUE(table.bind(&key, &value, true));
+                model[key.value()] = value.value();
+                break;
+            case 2:
+                EXPECT_EQ(table.rebind(&key, &value), isBound);
+                if (isBound)
+                    bound->second = value.value();
+                break;
+            case 3:
+            case 4:
+                EXPECT_EQ(table.unbind(&key), isBound);
+                model.erase(key.value());
+                break;
+            case 5:
+                EXPECT_EQ(table.isBound(&key), isBound);
+                break;
+            case 6:
+                EXPECT_EQ(table.lookUp(key.value()), isBound ? bound->second : -1);
+                break;
+            case 7:
+                table.freeExtra();
+                break;
+            default:
+                if (random.oneIn(300)) {
+                    table.clear();
+                    model.clear();
+                }
+            }
+            ASSERT_EQ(table.getSize(), static_cast<int>(model.size()));
+            if (step % 50 == 0) {
+                ASSERT_EQ(walk(table), model) << "step " << step;
+            }
+        }
+    }
+    EXPECT_EQ(Counted::live(), 0);
+    EXPECT_EQ(Counted::checkIns(), Counted::checkOuts());
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, HashTableModelTest, testing::Values(-3, 0, 1, 2, 7, 127));
+
+TEST(HashTableTest, KeepsBucketsSortedInBlocksThatGrowByAThird) {
+    KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 4);
+    std::vector<int> capacities;
+    const auto blockNumbers = [&](int bucket) {
+        return reinterpret_cast<const std::int32_t*>(table.getBucketData(bucket)) - 2;
+    };
+    for (int i = 0; i < 16; ++i) {
+        table.bind(number(4 * (16 - i) + 1), number(i), false);
+        const int capacity = blockNumbers(1)[1];
+        if (capacities.empty() || capacities.back() != capacity)
+            capacities.push_back(capacity);
+    }
+    EXPECT_EQ(capacities, (std::vector<int>{1, 3, 5, 7, 11, 15, 21}));
+    EXPECT_EQ(blockNumbers(1)[0], 16);
+    for (int i = 0; i < 16; ++i)
+        EXPECT_EQ(table.getBucketData(1)[2 * i], number(4 * i + 5));
+    for (int i = 1; i < 4; ++i)
+        table.unbind(number(4 * i + 1));
+    table.unbind(number(17));
+    table.freeExtra(); // 12 entries need 12 * 8 + 23 bytes, in blocks of 16: room for 13
+    EXPECT_EQ(blockNumbers(1)[1], 13);
+
+    table.bind(number(3), nullptr, false);
+    EXPECT_EQ(table.getBucketData(0), nullptr);
+    KazHashTableIterator i(table);
+    for (int entries = 0; entries < 12; ++entries)
+        i.next();
+    EXPECT_EQ(i.getKey(), number(3));
+    EXPECT_FALSE(i.next());
+    EXPECT_FALSE(i.next());
+    EXPECT_EQ(i.getKey(), nullptr);
+    table.unbind(number(3));
+    EXPECT_EQ(table.getBucketData(3), nullptr);
+    bool found = true;
+    EXPECT_EQ(table.valueOf(number(3), found), nullptr);
+    EXPECT_FALSE(found);
+}
+
+int comparisons = 0;
+int hashes = 0;
+
+TEST(HashTableTest, RemembersTheEntryLastFound) {
+    KazHashTable table(
+        [](const void* a, const void* b) {
+            ++comparisons;
+            return KazHashTable::comparePointers(a, b);
+        },
+        [](const void* key) {
+            ++hashes;
+            return KazHashTable::hashPointer(key);
+        },
+        5);
+    const auto cost = [](auto action) {
+        comparisons = hashes = 0;
+        action();
+        return std::pair(comparisons, hashes);
+    };
+    using Cost = std::pair<int, int>;
+    for (int key = 10; key < 60; key += 10)
+        table.bind(number(key), number(key), false);
+    EXPECT_EQ(cost([&] { table.isBound(number(50)); }), Cost(1, 0)); // just bound
+    EXPECT_EQ(cost([&] { table.valueOf(number(30)); }), Cost(2, 1));
+    EXPECT_EQ(cost([&] { table.valueOf(number(30)); }), Cost(1, 0));
+    EXPECT_FALSE(table.isBound(number(31)));
+    EXPECT_FALSE(table.unbind(number(31)));
+    EXPECT_FALSE(table.bind(number(50), nullptr, false));
+    EXPECT_EQ(cost([&] { table.rebind(number(30), nullptr); }), Cost(1, 0));
+    table.unbind(number(10));
+    EXPECT_EQ(cost([&] { table.valueOf(number(30)); }).second, 1);
+}
+
+TEST(HashTableTest, PointersCompareByDifferenceOrSign) {
+    EXPECT_EQ(KazHashTable::comparePointers(number(7), number(10)), -3);
+    EXPECT_EQ(KazHashTable::comparePointers(number(5), number(5)), 0);
+    EXPECT_EQ(KazHashTable::comparePointers(number(INTPTR_MAX), number(INTPTR_MIN)), 1);
+    EXPECT_EQ(KazHashTable::comparePointers(number(INTPTR_MIN), number(1)), -1);
+    EXPECT_EQ(KazHashTable::comparePointers(number(0x100000000), number(0)), 1);
+    EXPECT_EQ(KazHashTable::hashPointer(number(-1)), 0xFFFFFFFFU);
+}
+
+TEST(HashTableTest, FailureLeavesTheTableAsItWas) {
+    OwningTable table(3);
+    for (int i = 0; i < 9; ++i)
+        table.bindValues(i, 10 * i, false);
+    const std::map<int, int> before = walk(table);
+    Counted key(30), value(3);
+    const auto unchanged = [&] {
+        EXPECT_EQ(walk(table), before);
+        EXPECT_EQ(table.getSize(), 9);
+        EXPECT_EQ(Counted::live(), 20);
+    };
+    const long failures =
+        kit::sweepAllocations([&] { table.bind(&key, &value, false); }, unchanged);
+    EXPECT_EQ(failures, 3); // key, value, block
+    EXPECT_EQ(table.lookUp(30), 3);
+    {
+        // The old value goes first, so a new one that cannot be had leaves none.
+        kit::FailAllocation failure(1);
+        EXPECT_ANY_THROW(table.rebind(&key, &value));
+    }
+    bool found = false;
+    EXPECT_EQ(table.valueOf(&key, found), nullptr);
+    EXPECT_TRUE(found);
+    EXPECT_TRUE(table.rebind(&key, &value));
+    EXPECT_EQ(table.lookUp(30), 3);
+    table.unbind(&key);
+    {
+        kit::FailAllocation failure(1, kit::FailAllocation::onward);
+        table.freeExtra();
+    }
+    unchanged();
+}
+
+/// Element functions that change the table that is calling them.
+struct Meddler {
+    static inline KazHashTable* table = nullptr;
+    static inline kit::Random* random = nullptr;
+    static inline int depth = 0;
+
+    static void meddle() {
+        if (!table || depth > 2 || !random->oneIn(3))
+            return;
+        ++depth;
+        Counted key(random->below(30)), value(depth);
+        switch (random->below(6)) {
+        case 0:
+            table->bind(&key, &value, true);
+            break;
+        case 1:
+            table->rebind(&key, &value);
+            break;
+        case 2:
+        case 3:
+            table->unbind(&key);
+            break;
+        case 4:
+            table->freeExtra();
+            break;
+        default:
+            if (random->oneIn(30))
+                table->clear();
+        }
+        --depth;
+    }
+    static void* in(void* element) {
+        meddle();
+        return Counted::checkIn(element);
+    }
+    static void out(void* element) {
+        Counted::checkOut(element);
+        meddle();
+    }
+};
+
+TEST(HashTableTest, ElementFunctionsMayChangeTheTable) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    for (int size : {1, 4}) {
+        {
+            KazHashTable table(Counted::compare, Counted::hash, size);
+            table.setKeyCheckIn(Meddler::in);
+            table.setKeyCheckOut(Meddler::out);
+            table.setValueCheckIn(Meddler::in);
+            table.setValueCheckOut(Meddler::out);
+            Meddler::table = &table;
+            Meddler::random = &random;
+            for (int step = 0; step < 20000; ++step) {
+                Counted key(random.below(30)), value(step);
+                switch (random.below(4)) {
+                case 0:
+                    table.bind(&key, &value, random.oneIn(2));
+                    break;
+                case 1:
+                    table.rebind(&key, &value);
+                    break;
+                case 2:
+                    table.unbind(&key);
+                    break;
+                default:
+                    if (random.oneIn(100))
+                        table.clear();
+                }
+                const std::map<int, int> entries = walk(table);
+                ASSERT_EQ(table.getSize(), static_cast<int>(entries.size()));
+                for (const auto& [k, v] : entries) {
+                    Counted probe(k);
+                    ASSERT_EQ(valueOf(table.valueOf(&probe)), v);
+                }
+            }
+            Meddler::table = nullptr;
+        }
+        EXPECT_EQ(Counted::live(), 0);
+    }
+}
+
+TEST(HashTableTest, ThreadsTakeTurns) {
+    KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 3);
+    const auto work = [&table](int first) {
+        for (int round = 0; round < 20; ++round) {
+            for (int i = first; i < 400; i += 2)
+                table.bind(number(i), number(i), true);
+            for (int i = first; i < 400; i += 4)
+                table.unbind(number(i));
+            table.freeExtra();
+        }
+    };
+    std::thread odd(work, 1), even(work, 2);
+    odd.join();
+    even.join();
+    EXPECT_EQ(table.getSize(), 199);
+    for (int i = 1; i < 400; ++i)
+        EXPECT_EQ(table.valueOf(number(i)), i % 4 == 1 || i % 4 == 2 ? nullptr : number(i));
+}
+
+} // namespace
