@@ -12,6 +12,9 @@
 #include "tools/strings/KazString.h"
 #include "tools/strings/KazStringRep.h"
 #include "tools/strings/KazStringTokenizer.h"
+#include "tools/strings/KazWQuotedStringTokenizer.h"
+#include "tools/strings/KazWString.h"
+#include "tools/strings/KazWStringTokenizer.h"
 
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazFilePath.h"

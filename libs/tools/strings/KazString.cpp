@@ -172,14 +172,7 @@ void KazString::dump() const {
         std::printf("NULL string\n");
         return;
     }
-    const int realLength = static_cast<int>(std::strlen(chars()));
-    if (getStringLength() != realLength)
-        std::printf(
-            "Error: wrong internal string length - internal length = %d, real length = %d\n",
-            getStringLength(), realLength);
-    if (getStringLength() > getBufferLength())
-        std::printf("Error: buffer overflow - string length = %d, buffer length = %d\n",
-                    getStringLength(), getBufferLength());
+    kaz::detail::reportBlock(*getRep(), Text::of(chars()).length);
     std::printf("value = '%s', ref count = %d\n", chars(), getRep()->referenceCount);
 }
 

@@ -3,6 +3,7 @@
 #include "tools/app/KazMemoryException.h"
 #include "tools/strings/detail/Block.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 void KazStringRep::destroy(void* text) {
@@ -11,4 +12,14 @@ void KazStringRep::destroy(void* text) {
 
 void kaz::detail::throwTextTooLong() {
     throw KazMemoryException();
+}
+
+void kaz::detail::reportBlock(const KazStringRep& rep, std::ptrdiff_t realLength) {
+    if (rep.stringLength != realLength)
+        std::printf(
+            "Error: wrong internal string length - internal length = %d, real length = %d\n",
+            rep.stringLength, static_cast<int>(realLength));
+    if (rep.stringLength > rep.bufferLength)
+        std::printf("Error: buffer overflow - string length = %d, buffer length = %d\n",
+                    rep.stringLength, rep.bufferLength);
 }

@@ -15,6 +15,10 @@ namespace kaz::detail {
 /// Throws KazMemoryException: no memory can hold a text of that length.
 [[noreturn]] void throwTextTooLong();
 
+/// Prints a line to standard output for each way in which @p rep contradicts
+/// itself or the text, which is @p realLength characters long.
+void reportBlock(const KazStringRep& rep, std::ptrdiff_t realLength);
+
 /// Blocks of characters of type Ch. Lengths and capacities come in 64 bits and
 /// are checked here, in one place, against what the header can hold.
 template <class Ch>

@@ -1,0 +1,37 @@
+#include "tools/strings/KazWQuotedStringTokenizer.h"
+
+#include "tools/strings/detail/tokens.h"
+
+#include <cstdlib>
+
+using namespace kaz::detail;
+
+KazWQuotedStringTokenizer::KazWQuotedStringTokenizer(const KazWString& text_,
+                                                     const unsigned short* delimiters_,
+                                                     const unsigned short* quotes_,
+                                                     unsigned short escape_)
+    : KazWStringTokenizer(text_, delimiters_), quotes(ownSet(quotes_).release()), escape(escape_) {}
+
+KazWQuotedStringTokenizer::KazWQuotedStringTokenizer(const KazWQuotedStringTokenizer& o)
+    : KazWStringTokenizer(o), quotes(ownSet(o.quotes).release()), escape(o.escape) {}
+
+KazWQuotedStringTokenizer&
+KazWQuotedStringTokenizer::operator=(const KazWQuotedStringTokenizer& o) {
+    OwnedText<unsigned short> copy = ownSet(o.quotes);
+    KazWStringTokenizer::operator=(o);
+    std::free(quotes);
+    quotes = copy.release();
+    escape = o.escape;
+    return *this;
+}
+
+KazWQuotedStringTokenizer::~KazWQuotedStringTokenizer() {
+    std::free(quotes);
+}
+
+KazWString KazWQuotedStringTokenizer::nextString(bool skipRuns) {
+    if (isDone())
+        return KazWString();
+    const int start = tokenStart();
+    return takeToken(start, findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
+}

@@ -1,0 +1,323 @@
+/// @file
+/// The wide string class.
+#pragma once
+
+#include "tools/export.h"
+#include "tools/strings/KazString.h"
+#include "tools/strings/KazStringRep.h"
+
+#include <iosfwd>
+
+/// A string of 16-bit characters (UTF-16 units) of the same design as
+/// KazString: one pointer to a shared block, copied on write, null when empty.
+///
+/// @code
+///   KazWString title = "Bericht";           // widened by the runtime
+///   title.toUpper();
+///   KazString shown = title.toNarrow();     // and back
+/// @endcode
+///
+/// Every member means what the member of that name means in KazString, its
+/// empty-side signs, kinds of empty, limits and failures included, with
+/// `unsigned short` for `char`: texts are terminated by a 16-bit NUL, order is
+/// that of the unsigned units, lengths and capacities count units. Only what
+/// differs is said here. Narrow text is accepted wherever a KazWString is, by
+/// conversion. Formatting and locale collation are left to the narrow class.
+class KAZ_API KazWString {
+public:
+    using StringRep = KazStringRep;
+
+    static const unsigned short* const theDefaultWhitespaces;
+    static const KazWString theEmptyString;
+
+    /// @name Construction and assignment
+    /// @{
+
+    constexpr KazWString() noexcept = default;
+    KazWString(const unsigned short* s);
+    KazWString(unsigned short c);
+    /// The 16-bit form of a multibyte text by the runtime's conversion in the
+    /// current locale; a character beyond 16 bits becomes a surrogate pair.
+    /// Null when @p s is null or empty or cannot be converted.
+    KazWString(const char* s);
+    /// The same of @p s up to its first NUL.
+    explicit KazWString(const KazString& s);
+    KazWString(const KazWString& o) noexcept : rep_(o.rep_) { StringRep::retain(rep_); }
+    KazWString(KazWString&& o) noexcept : rep_(o.rep_) { o.rep_ = nullptr; }
+    ~KazWString() { StringRep::release(rep_); }
+
+    static void deleteString(KazWString* p);
+
+    KazWString& operator=(const KazWString& o) noexcept;
+    KazWString& operator=(KazWString&& o) noexcept;
+    KazWString& operator=(const unsigned short* s);
+    /// @}
+
+    /// @name Access
+    /// @{
+
+    operator bool() const { return getLength() != 0; }
+    const unsigned short* getValue() const { return rep_ != nullptr ? chars() : theEmptyText; }
+    operator const unsigned short*() const { return getValue(); }
+    int getLength() const { return rep_ != nullptr ? StringRep::of(rep_)->stringLength : 0; }
+    bool isEmpty() const { return getLength() == 0; }
+    unsigned short operator[](int i) const;
+    unsigned short& operator[](int i);
+    unsigned short* getCopyValue() const;
+    /// The multibyte form up to the first NUL; see KazString's constructor from
+    /// 16-bit text.
+    KazString toNarrow() const { return KazString(getValue()); }
+    /// @}
+
+    /// @name Comparison
+    /// Without regard to case means through the runtime's `towlower`;
+    /// compareN gives -1, 0 or 1.
+    /// @{
+
+    int compare(const unsigned short* s) const;
+    int compare(const KazWString& o) const;
+    int compareN(const unsigned short* s, int n) const;
+    int compareN(const KazWString& o, int n) const;
+    bool equalsN(const unsigned short* s, int n) const;
+    bool equalsN(const KazWString& o, int n) const;
+    bool equals(const unsigned short* s) const;
+    bool equals(const KazWString& o) const;
+    int compareNoCase(const unsigned short* s) const;
+    int compareNoCase(const KazWString& o) const;
+    bool equalsNoCase(const unsigned short* s) const;
+    bool equalsNoCase(const KazWString& o) const;
+
+    bool operator==(const unsigned short* s) const { return equals(s); }
+    bool operator==(const KazWString& o) const { return equals(o); }
+    bool operator!=(const unsigned short* s) const { return !equals(s); }
+    bool operator!=(const KazWString& o) const { return !equals(o); }
+    bool operator<(const unsigned short* s) const { return compare(s) < 0; }
+    bool operator<(const KazWString& o) const { return compare(o) < 0; }
+    bool operator>(const unsigned short* s) const { return compare(s) > 0; }
+    bool operator>(const KazWString& o) const { return compare(o) > 0; }
+    bool operator<=(const unsigned short* s) const { return compare(s) <= 0; }
+    bool operator<=(const KazWString& o) const { return compare(o) <= 0; }
+    bool operator>=(const unsigned short* s) const { return compare(s) >= 0; }
+    bool operator>=(const KazWString& o) const { return compare(o) >= 0; }
+
+    friend bool operator==(const unsigned short* a, const KazWString& b) { return b.equals(a); }
+    friend bool operator!=(const unsigned short* a, const KazWString& b) { return !b.equals(a); }
+    friend bool operator<(const unsigned short* a, const KazWString& b) { return b.compare(a) > 0; }
+    friend bool operator>(const unsigned short* a, const KazWString& b) { return b.compare(a) < 0; }
+    friend bool operator<=(const unsigned short* a, const KazWString& b) {
+        return b.compare(a) >= 0;
+    }
+    friend bool operator>=(const unsigned short* a, const KazWString& b) {
+        return b.compare(a) <= 0;
+    }
+    /// @}
+
+    /// @name Comparators and hashes for containers
+    /// @{
+
+    static int compare(const unsigned short* a, const unsigned short* b);
+    static int compareDisguised(const void* a, const void* b);
+    static int compare(const KazWString& a, const KazWString& b) { return a.compare(b); }
+    static int compareStrings(const KazWString* a, const KazWString* b) { return a->compare(*b); }
+    static int compareNoCase(const unsigned short* a, const unsigned short* b);
+    static int compareNoCaseDisguised(const void* a, const void* b);
+    static int compareNoCase(const KazWString& a, const KazWString& b) {
+        return a.compareNoCase(b);
+    }
+
+    static unsigned hash(const unsigned short* s);
+    static unsigned hashDisguised(const void* s);
+    static unsigned hash(const KazWString& s);
+    static unsigned hashNoCase(const unsigned short* s);
+    static unsigned hashNoCaseDisguised(const void* s);
+    static unsigned hashNoCase(const KazWString& s);
+    /// @}
+
+    /// @name Representations in untyped containers
+    /// @{
+
+    void* disguise() const { return rep_; }
+    static KazWString undisguise(void* p);
+    static void* checkIn(void* p) {
+        StringRep::retain(p);
+        return p;
+    }
+    static void checkOut(void* p) { StringRep::release(p); }
+    /// @}
+
+    /// @name Buffer access
+    /// @{
+
+    unsigned short* getBuffer(int n);
+    void releaseBuffer(int n = -1);
+    void setLength(int n);
+    void clear() { setLength(0); }
+    void setSize(unsigned n);
+    void minimizeSize();
+    /// @}
+
+    /// @name Appending
+    /// @{
+
+    void append(unsigned short c);
+    void append(const unsigned short* s);
+    void append(const KazWString& o);
+    void appendNumber(int n);
+    KazWString& operator+=(unsigned short c) {
+        append(c);
+        return *this;
+    }
+    KazWString& operator+=(const unsigned short* s) {
+        append(s);
+        return *this;
+    }
+    KazWString& operator+=(const KazWString& o) {
+        append(o);
+        return *this;
+    }
+    KazWString operator+(unsigned short c) const;
+    KazWString operator+(const unsigned short* s) const;
+    KazWString operator+(const KazWString& o) const;
+    friend KazWString operator+(const unsigned short* a, const KazWString& b) {
+        return KazWString(a) + b;
+    }
+    /// @}
+
+    /// @name Searching
+    /// @{
+
+    int find(unsigned short c, int start = 0) const;
+    int find(const unsigned short* s, int start = 0) const;
+    int find(const KazWString& s, int start = 0) const;
+    int findChar(const unsigned short* set, int start = 0) const;
+    int findNot(unsigned short c, int start = 0) const;
+    int findPattern(const unsigned short* pattern, int start = 0) const;
+    int findPattern(const KazWString& pattern, int start = 0) const;
+    int findLast(unsigned short c, int start = 0) const;
+    int findLast(const unsigned short* s, int start = 0) const;
+    int findLast(const KazWString& s, int start = 0) const;
+    int findLastChar(const unsigned short* set, int start = 0) const;
+    int findLastNot(unsigned short c, int start) const;
+    int count(unsigned short c) const;
+    /// @}
+
+    /// @name Editing
+    /// @{
+
+    void trimLeft(const unsigned short* set = nullptr);
+    void trimRight(const unsigned short* set = nullptr);
+
+    void prepend(const unsigned short* s);
+    void prepend(const KazWString& s);
+    void insert(int pos, const unsigned short* s);
+    void insert(int pos, const KazWString& s);
+    void repeat(unsigned short c, int n);
+    void repeat(const unsigned short* s, int n);
+    void repeat(const KazWString& s, int n);
+    void remove(int pos, int n);
+    void removeFrom(int pos);
+    void removeBefore(int pos);
+
+    void replace(int pos, int n, const unsigned short* s);
+    void replace(int pos, int n, const KazWString& s);
+    void replace(const unsigned short* from, const unsigned short* to);
+    void replace(const unsigned short* from, const KazWString& to);
+    void replace(const KazWString& from, const unsigned short* to);
+    void replace(const KazWString& from, const KazWString& to);
+    void replaceAll(const unsigned short* from, const unsigned short* to);
+    void replaceAll(const unsigned short* from, const KazWString& to);
+    void replaceAll(const KazWString& from, const unsigned short* to);
+    void replaceAll(const KazWString& from, const KazWString& to);
+    void replaceInSet(const unsigned short* set, unsigned short c);
+    void replaceInSet(KazWString& set, unsigned short c);
+    void replaceAllInSet(const unsigned short* set, unsigned short c);
+    void replaceAllInSet(KazWString& set, unsigned short c);
+    void translate(const unsigned short* from, const unsigned short* to);
+    void translate(const unsigned short* set, unsigned short c);
+
+    void fill(unsigned short c);
+    void fill(unsigned short c, int start, int n);
+    void fillFrom(unsigned short c, int start);
+    void fillBefore(unsigned short c, int n);
+    /// @}
+
+    /// @name Extracting
+    /// @{
+
+    KazWString subString(int start, int n) const;
+    KazWString subStringBefore(int n) const;
+    KazWString subStringFrom(int start) const;
+    KazWString split(unsigned short c);
+    KazWString split(const unsigned short* set);
+    /// @}
+
+    /// @name Case, escaping, quoting
+    /// Case goes through the runtime's `towupper` and `towlower`, unit by unit.
+    /// @{
+
+    void toUpper();
+    void toLower();
+    void escape(const unsigned short* set, unsigned short esc);
+    void unescape(unsigned short esc);
+    void escapeForQrl(const unsigned short* set);
+    void enquote(unsigned short q, const unsigned short* set, unsigned short esc);
+    void dequote(unsigned short q, unsigned short esc);
+    /// @}
+
+    /// Prints the text in its narrow form, otherwise as KazString::dump().
+    void dump() const;
+
+protected:
+    static unsigned short* createRep(const unsigned short* s);
+    static unsigned short* createRep(const unsigned short* s, int length, int capacity);
+    static unsigned short* createRep(int capacity);
+    void privateCopy(int extra);
+    void addReference(const KazWString& o) noexcept;
+    void removeReference() noexcept;
+
+    StringRep* getRep() const { return StringRep::of(rep_); }
+    int getStringLength() const { return getRep()->stringLength; }
+    void setStringLength(int n) { getRep()->stringLength = n; }
+    int getBufferLength() const { return getRep()->bufferLength; }
+    void setBufferLength(int n) { getRep()->bufferLength = n; }
+
+private:
+    unsigned short* chars() const { return static_cast<unsigned short*>(rep_); }
+    void adopt(unsigned short* rep) noexcept;
+    void makeOwn(std::int64_t capacity);
+    void endAt(std::int64_t length);
+    bool holds(const unsigned short* s) const;
+    void appendSlowly(unsigned short c);
+    void appendText(const unsigned short* s, std::int64_t n);
+    void insertText(int pos, const unsigned short* s, std::int64_t n);
+    void repeatText(const unsigned short* s, std::int64_t n, int times);
+    void splice(std::int64_t pos, std::int64_t removed, const unsigned short* s, std::int64_t n);
+    void replaceRange(int pos, int n, const unsigned short* s, std::int64_t added);
+    void replaceFirst(const unsigned short* from, const unsigned short* to, std::int64_t n);
+    void replaceEvery(const unsigned short* from, const unsigned short* to, std::int64_t n);
+    void unescapeRange(std::int64_t from, std::int64_t to, unsigned short esc);
+
+    static const unsigned short theEmptyText[1];
+
+    void* rep_ = nullptr;
+};
+
+static_assert(sizeof(KazWString) == sizeof(void*), "containers keep strings in pointer slots");
+
+inline void KazWString::append(unsigned short c) {
+    if (rep_ != nullptr) {
+        StringRep* const rep = getRep();
+        const int length = rep->stringLength;
+        if (rep->referenceCount == 1 && length < rep->bufferLength) {
+            unsigned short* const end = chars() + length;
+            end[0] = c;
+            end[1] = 0;
+            rep->stringLength = length + 1;
+            return;
+        }
+    }
+    appendSlowly(c);
+}
+
+/// Writes the narrow form of the text.
+KAZ_API std::ostream& operator<<(std::ostream& out, const KazWString& s);

@@ -1,0 +1,43 @@
+#include "tools/strings/KazWStringTokenizer.h"
+
+#include "tools/strings/detail/tokens.h"
+
+#include <cstdlib>
+
+using namespace kaz::detail;
+
+// The text is trimmed before the set is copied, so that nothing can fail once
+// the set is owned.
+KazWStringTokenizer::KazWStringTokenizer(const KazWString& text_, const unsigned short* delimiters_)
+    : text(trimmed(text_, delimiters_)),
+      delimiters(ownSet(delimiters_).release()),
+      position(text.isEmpty() ? -1 : 0) {}
+
+KazWStringTokenizer::KazWStringTokenizer(const KazWStringTokenizer& o)
+    : text(o.text), delimiters(ownSet(o.delimiters).release()), position(o.position) {}
+
+KazWStringTokenizer& KazWStringTokenizer::operator=(const KazWStringTokenizer& o) {
+    unsigned short* const copy = ownSet(o.delimiters).release();
+    std::free(delimiters);
+    delimiters = copy;
+    text = o.text;
+    position = o.position;
+    return *this;
+}
+
+KazWStringTokenizer::~KazWStringTokenizer() {
+    std::free(delimiters);
+}
+
+KazWString KazWStringTokenizer::takeToken(int start, int found, bool skipRuns) {
+    const KazWString token = tokenBetween(text, start, found);
+    position = found > 0 && skipRuns ? lastOfRun(text, delimiters, found) : found;
+    return token;
+}
+
+KazWString KazWStringTokenizer::nextString(bool skipRuns) {
+    if (isDone())
+        return KazWString();
+    const int start = tokenStart();
+    return takeToken(start, text.findChar(delimiters, start), skipRuns);
+}
