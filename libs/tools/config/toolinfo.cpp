@@ -11,6 +11,8 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -43,6 +45,11 @@ KazString& rememberedName() {
     // Never destroyed, like the table of the variables.
     static KazString& name = *new KazString;
     return name;
+}
+
+std::vector<KazString>& chainNames() {
+    static std::vector<KazString>& names = *new std::vector<KazString>;
+    return names;
 }
 
 KazStringToStringMap* runTimeVariables() {
@@ -175,6 +182,7 @@ void readFiles() {
     }
     table.define("ToolInfo", names.front(), true);
     table.define("ToolInfoPath", joined(names), true);
+    chainNames() = std::move(names);
     TI_Vr_done();
 }
 
@@ -322,6 +330,13 @@ KazVariableSource TI_EnvVsource(const char* name, KazString* file) {
     if (file != nullptr)
         *file = from;
     return source;
+}
+
+KazString TI_Vfile(int index) {
+    TI_Vinit();
+    const std::vector<KazString>& names = chainNames();
+    const auto at = static_cast<std::size_t>(index);
+    return index >= 0 && at < names.size() ? names[at] : KazString();
 }
 
 void TI_Vwalk(void (*visit)(const char* name, void* data), void* data) {

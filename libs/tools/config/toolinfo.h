@@ -150,6 +150,11 @@ enum KazVariableSource {
 /// and becomes empty otherwise. Reads the files if that has not happened yet.
 KAZ_API KazVariableSource TI_EnvVsource(const char* name, KazString* file);
 
+/// The name of a file of the chain, 0 for the first one; empty past the end.
+/// Unlike the variable "ToolInfoPath" this tells names with blanks apart. Reads
+/// the files if that has not happened yet.
+KAZ_API KazString TI_Vfile(int index);
+
 /// Calls @p visit with the name of each variable that has a definition or a
 /// run-time assignment, an empty one included, in byte order of the names, each
 /// once, with @p data handed through. @p visit may define and assign variables;
