@@ -104,5 +104,6 @@ std::string CommandLine::usage() const {
     }
     if (*arguments != '\0')
         line.append(" ").append(arguments);
-    return line + "\n" + summary + "\n" + details;
+    line.append("\n").append(summary);
+    return details.empty() ? line : line + "\n" + details.substr(0, details.size() - 1);
 }

@@ -1,0 +1,121 @@
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+class MoxInfo : public testing::Test {
+protected:
+    MoxInfo() {
+        options.env = {{"HOME", tree.path()},
+                       {"LC_ALL", "C"},
+                       {"TOOLINFO", kit::unset},
+                       {"ToolInfo", tree.write("first", "a=1\nb=2\nempty=\nToolInfo=~/second\n")}};
+        tree.write("second", "b=3\nc=4\nempty=hidden\n");
+    }
+
+    kit::Result run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "moxinfo");
+        return kit::run(arguments, options);
+    }
+
+    kit::TempTree tree;
+    kit::RunOptions options;
+};
+
+TEST_F(MoxInfo, ShowsEachVariableUnderItsSource) {
+    options.env["KAZ_C"] = "two\nlines";
+    const std::string first = tree.native("first"), second = tree.native("second");
+    const kit::Result result = run({});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "% ToolInfo files:\n%   " + first + "\n%   " + second +
+                              "\n% from environment\nc=two lines\n"
+                              "% from library\nTI_locale=C\nToolInfo=" +
+                              first + "\nToolInfoPath=" + first + " " + second + "\n% from " +
+                              first + "\na=1\nb=2\nempty=\n");
+    EXPECT_EQ(run({"-source", tree.path("first")}).out, "% from " + first + "\na=1\nb=2\nempty=\n");
+    EXPECT_EQ(run({"-source", "environment"}).out, "% from environment\nc=two lines\n");
+
+    tree.write("more", "a=9\nd=5\n");
+    const kit::Result more = run({"-file", tree.path("more"), "-source", tree.path("more")});
+    EXPECT_EQ(more.out, "% from " + tree.native("more") + "\na=9\nd=5\n");
+}
+
+TEST_F(MoxInfo, ShowsValuesAndExpandsTemplates) {
+    options.env["KAZ_A"] = "environment";
+    kit::Result result = run({"a", "b", "<${a}|${ti.a}|${none}>", "\"${b}\""});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "environment\n2\n<environment|1|>\n\"2\"\n");
+
+    result = run({"-verbose", "b", "none", "empty", "a"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out,
+              "% from " + tree.native("first") + "\n2\n% from environment\nenvironment\n");
+    EXPECT_EQ(result.err, "moxinfo: none is not defined\nmoxinfo: empty is not defined\n");
+}
+
+TEST_F(MoxInfo, WhatItWritesCanBeRead) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random rng(kit::seed());
+    std::map<std::string, std::string> values;
+    std::string text;
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = "v" + rng.text(3, "abc.% -");
+        values[name.substr(0, name.find_last_not_of(' ') + 1)] =
+            "x" + rng.text(6, "=%~$\\\xe9 ") + "x";
+    }
+    for (const auto& [name, value] : values)
+        text += name + " = " + value + "\n";
+    options.env["ToolInfo"] = tree.write("random", text);
+    EXPECT_EQ(run({"-output", tree.path("written")}).status, 0);
+    std::vector<std::string> arguments{"-toolinfo", tree.path("written")};
+    std::string expected;
+    for (const auto& [name, value] : values) {
+        arguments.push_back(name);
+        expected += value + "\n";
+    }
+    EXPECT_EQ(run(arguments).out, expected);
+}
+
+TEST_F(MoxInfo, WrongUseIsExplained) {
+    const std::map<std::string, std::vector<std::string>> problems = {
+        {"unknown option -frob", {"-frob"}},
+        {"option -projdir is not for this program", {"a", "-projdir", "x"}},
+        {"option -output needs a value", {"-verbose", "-output"}}};
+    for (const auto& [problem, arguments] : problems) {
+        const kit::Result result = run(arguments);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(
+            result.err.starts_with("moxinfo: " + problem + "\nusage: moxinfo [-toolinfo FILE]"))
+            << result.err;
+        EXPECT_NE(result.err.find("  -output FILE    write to this file (-o)\n"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(MoxInfo, TroubleWithFilesIsReported) {
+    EXPECT_EQ(run({"-file", tree.path("none")}).err,
+              "moxinfo: cannot read " + tree.path("none") + "\n");
+    EXPECT_EQ(run({"-output", tree.path("none/x")}).err,
+              "moxinfo: cannot write " + tree.path("none/x") + "\n");
+    EXPECT_EQ(run({"-output", "/dev/full"}).err, "moxinfo: the output is not complete\n");
+    EXPECT_EQ(run({"-output", "/dev/full"}).status, 1);
+    kit::Result result = run({"-toolinfo", tree.path("none")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "Can't open ToolInfo file: " + tree.native("none") +
+                              ",\nis ToolInfo environment variable set correctly?\n");
+    options.stdoutFile = "/dev/full";
+    EXPECT_EQ(run({}).status, 1);
+    options.stdoutFile.clear();
+    options.closeStdout = true;
+    EXPECT_EQ(run({"a"}).status, 1);
+}
+
+} // namespace
