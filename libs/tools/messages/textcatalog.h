@@ -10,7 +10,7 @@
 /// A number is a block (number / 256) and an entry in it (number % 256).
 ///
 ///     offset      size  what
-///     0           4     the magic number
+///     0           4     the magic number 0x4B415A4D ("MZAK")
 ///     4           124   62 x 16 bit, one a block: offset / 16 of its index
 ///                       table, 0 when the block has none
 ///     table       512   256 x 16 bit, one an entry: offset / 16 of its text,
@@ -22,25 +22,6 @@
 #pragma once
 
 #include "tools/export.h"
-
-#include <cstdint>
-
-namespace kaz::catalog {
-
-/// "MZAK", read as a little-endian number.
-constexpr std::uint32_t magic = 0x4B415A4D;
-/// Blocks that a message file can hold, and entries in each.
-constexpr int blockCount = 62;
-constexpr int entryCount = 256;
-/// Index tables and texts begin at multiples of this offset.
-constexpr int alignment = 16;
-constexpr int headerSize = 128;
-constexpr int tableSize = 512;
-constexpr int recordSize = 128;
-/// The highest number that a message file can hold.
-constexpr int lastNumber = blockCount * entryCount - 1;
-
-} // namespace kaz::catalog
 
 /// The text of a message, never null: "" when there is none, or when the file
 /// cannot be read (which print_err reports). The pointer is good until a later
@@ -59,10 +40,17 @@ KAZ_API void Textperror(int number);
 /// numbers of the message file (below 15872) are looked for among the
 /// registered ones only once TI_TextPut has been used.
 KAZ_API int TI_TextPutNo(char* text, int number);
+/// The text is only read, so that it may be constant.
+inline int TI_TextPutNo(const char* text, int number) {
+    return TI_TextPutNo(const_cast<char*>(text), number);
+}
 
 /// Registers @p text under the next free number (15873, 15874, ...), which is
 /// the result; 0 when memory could not be had.
 KAZ_API int TI_TextPut(char* text);
+inline int TI_TextPut(const char* text) {
+    return TI_TextPut(const_cast<char*>(text));
+}
 
 /// Prints the cache's statistics, if the ToolInfo variable "TextStats" asks
 /// for it: unset, empty or "n" means no; a beginning of "yes" or of "stderr"
