@@ -1,6 +1,7 @@
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/memory.h"
 
 #include <algorithm>
@@ -14,11 +15,6 @@
 #include <new>
 
 namespace {
-
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
-using HeapText = std::unique_ptr<char, FreeBlock>;
 
 /// Most formatted pieces are short; they need no block of their own.
 constexpr std::size_t shortFormat = 256;
@@ -56,7 +52,7 @@ int lengthOf(const char* text) {
 
 dd_buffer* dd_create(int capacity) {
     auto* block = static_cast<dd_buffer*>(kaz::detail::allocate(sizeof(dd_buffer)));
-    std::unique_ptr<dd_buffer, FreeBlock> buffer(new (block) dd_buffer{nullptr, 0, 0});
+    kaz::detail::HeapPtr<dd_buffer> buffer(new (block) dd_buffer{nullptr, 0, 0});
     dd_reserve(buffer.get(), capacity);
     return buffer.release();
 }
@@ -137,7 +133,7 @@ void dd_vadd_format(dd_buffer* buffer, const char* format, va_list args) {
         return;
     }
     const auto size = static_cast<std::size_t>(length) + 1;
-    const HeapText large(static_cast<char*>(std::malloc(size)));
+    const kaz::detail::HeapPtr<char> large(static_cast<char*>(std::malloc(size)));
     if (large != nullptr)
         std::vsnprintf(large.get(), size, format, again);
     va_end(again);
@@ -150,7 +146,7 @@ void dd_insert(dd_buffer* buffer, int position, const char* text) {
     const int count = lengthOf(text);
     if (buffer == nullptr || count == 0)
         return;
-    const HeapText copy(isOwn(buffer, text) ? mkcpy(text) : nullptr);
+    const kaz::detail::HeapPtr<char> copy(isOwn(buffer, text) ? mkcpy(text) : nullptr);
     makeRoom(buffer, count);
     const int at = std::clamp(position, 0, buffer->length);
     char* gap = buffer->text + at;

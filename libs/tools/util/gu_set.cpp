@@ -8,6 +8,7 @@
 
 #include "tools/util/gu_set.h"
 
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/panic.h"
 #include "tools/util/memory.h"
 
@@ -28,10 +29,6 @@ struct Entry {
 constexpr int freeSlot = -1;
 constexpr int abandonedSlot = -2;
 constexpr int firstCapacity = 8;
-
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
 
 /// Pointers differ in their middle bits, numbers in the lowest: mix all of them.
 std::uint64_t hashOf(const void* element) {
@@ -60,7 +57,7 @@ void rebuild(gu_set* set, int capacity) {
     while (slotCount < 2 * std::int64_t{capacity})
         slotCount *= 2;
     const char* function = "gu_set_add";
-    std::unique_ptr<Entry, FreeBlock> entries(static_cast<Entry*>(kaz::detail::allocateOrPanic(
+    kaz::detail::HeapPtr<Entry> entries(static_cast<Entry*>(kaz::detail::allocateOrPanic(
         static_cast<std::size_t>(capacity) * sizeof(Entry), function)));
     int* slots = static_cast<int*>(
         kaz::detail::allocateOrPanic(static_cast<std::size_t>(slotCount) * sizeof(int), function));

@@ -1,5 +1,6 @@
 #include "tools/util/string_map.h"
 
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/panic.h"
 #include "tools/util/text.h"
 
@@ -19,10 +20,6 @@ constexpr std::size_t maxKeyLength = 255;
 
 /// No chain has this number: they are -(bucketCount - 1) to bucketCount - 1.
 constexpr int noBucket = INT_MIN;
-
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
 
 /// The map's own rule. Bytes count as signed on every platform, so the sum may
 /// be negative, and the remainder with it.
@@ -67,7 +64,7 @@ string_map_entry** findLink(const string_map_tp* map, const char* key, int bucke
 string_map_entry* makeEntry(const char* key, void* value, string_map_entry* next) {
     constexpr const char* function = "string_map_define";
     const std::size_t size = std::strlen(key) + 1;
-    std::unique_ptr<char, FreeBlock> copy(
+    kaz::detail::HeapPtr<char> copy(
         static_cast<char*>(kaz::detail::allocateOrPanic(size, function)));
     std::memcpy(copy.get(), key, size);
     void* block = kaz::detail::allocateOrPanic(sizeof(string_map_entry), function);
@@ -109,7 +106,7 @@ string_map_tp* string_map_create(string_map_hash hash, int size, string_map_rele
     const int bucketCount = size > 0 ? size : defaultBucketCount;
     const std::size_t below = static_cast<std::size_t>(bucketCount) - 1;
     const std::size_t chains = below + static_cast<std::size_t>(bucketCount);
-    std::unique_ptr<string_map_entry*, FreeBlock> heads(static_cast<string_map_entry**>(
+    kaz::detail::HeapPtr<string_map_entry*> heads(static_cast<string_map_entry**>(
         kaz::detail::allocateZeroedOrPanic(chains * sizeof(string_map_entry*), function)));
     void* block = kaz::detail::allocateOrPanic(sizeof(string_map_tp), function);
     return new (block)

@@ -1,5 +1,6 @@
 #include "tools/util/tree.h"
 
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/panic.h"
 
 #include <cstdint>
@@ -20,10 +21,6 @@ constinit bool rebalanceNeeded = false;
 int weightOf(const generic_tree* node) {
     return node != nullptr ? node->weight : 0;
 }
-
-struct FreeBlock {
-    void operator()(void* block) const { std::free(block); }
-};
 
 /// The turns taken on the way down, so that a second walk can change weights
 /// from the top once the outcome is known: trees have no parent links, and the
@@ -56,7 +53,7 @@ private:
 
     void grow() {
         const std::size_t count = 2 * wordCount_;
-        std::unique_ptr<std::uint64_t, FreeBlock> block(static_cast<std::uint64_t*>(
+        kaz::detail::HeapPtr<std::uint64_t> block(static_cast<std::uint64_t*>(
             kaz::detail::allocateOrPanic(count * sizeof(std::uint64_t), functionName_)));
         std::memcpy(block.get(), words(), wordCount_ * sizeof(std::uint64_t));
         heap_ = std::move(block);
@@ -68,7 +65,7 @@ private:
 
     const char* functionName_;
     std::uint64_t inline_[inlineWords] = {};
-    std::unique_ptr<std::uint64_t, FreeBlock> heap_;
+    kaz::detail::HeapPtr<std::uint64_t> heap_;
     std::size_t wordCount_ = inlineWords;
     std::size_t length_ = 0;
 };

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 
 namespace kaz::detail {
 
@@ -15,5 +16,27 @@ void* allocateZeroedOrPanic(std::size_t size, const char* functionName);
 
 /// realloc under the same rule; a failed one leaves @p block untouched.
 void* reallocateOrPanic(void* block, std::size_t size, const char* functionName);
+
+/// Lets a standard container allocate under this rule. @p Owner names, in a
+/// static member `functionName`, the function that is reported.
+template <typename T, typename Owner>
+struct PanicAllocator {
+    using value_type = T;
+    template <typename U>
+    struct rebind {
+        using other = PanicAllocator<U, Owner>;
+    };
+
+    PanicAllocator() = default;
+    template <typename U>
+    PanicAllocator(const PanicAllocator<U, Owner>&) {}
+
+    T* allocate(std::size_t count) {
+        return static_cast<T*>(allocateOrPanic(count * sizeof(T), Owner::functionName));
+    }
+    void deallocate(T* block, std::size_t) { std::free(block); }
+
+    friend bool operator==(PanicAllocator, PanicAllocator) { return true; }
+};
 
 } // namespace kaz::detail
