@@ -53,7 +53,7 @@ private:
         std::error_code ignored;
         const std::uintmax_t bytes = std::filesystem::file_size(hostPath(target), ignored);
         result_.files.push_back({relative, ignored ? 0 : bytes});
-        progress_.msg(1, "Copied '%s'.", relative.getValue());
+        progress_.msg(1, "Copied '%s'.", shown(relative).getValue());
     }
 
     void fail(const KazString& relative) { result_.fail(joined(source_, relative), errno); }
@@ -73,7 +73,7 @@ bool meansFullDisk(const std::error_code& error) {
 
 void CopyResult::fail(const KazString& path, int errorNumber) {
     const std::error_code error(errorNumber, std::generic_category());
-    failures.push_back({path, error.message().c_str()});
+    failures.push_back({shown(path), error.message().c_str()});
     diskFull = diskFull || meansFullDisk(error);
 }
 

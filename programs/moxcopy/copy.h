@@ -20,6 +20,7 @@ struct CopyResult {
     std::vector<Failure> failures;
     bool diskFull = false; ///< the copy was given up
 
+    /// Adds a failure; @p path is native.
     void fail(const KazString& path, int errorNumber);
 };
 

@@ -55,13 +55,13 @@ bool mayWrite(const CopyOptions& options) {
     if (!fs::exists(fs::symlink_status(hostPath(destination), ignored)))
         return true;
     if (!isDirectory(destination)) {
-        print_err("'%s' is in the way: it is not a directory", destination.getValue());
+        print_err("'%s' is in the way: it is not a directory", shown(destination).getValue());
         return false;
     }
     if (options.force)
         return true;
     KazString question;
-    question.format("Overwrite the copy '%s'?", destination.getValue());
+    question.format("Overwrite the copy '%s'?", shown(destination).getValue());
     if (KazIODirector::confirm("moxcopy", question, KazIODirector::YesNo, KazIODirector::Decline) ==
         KazIODirector::Accept)
         return true;
@@ -116,12 +116,12 @@ Status copySystem(const Plan& plan, const CopyOptions& options) {
 Status run(const CopyOptions& options) {
     if (!isDirectory(options.source)) {
         print_err("There is no system '%s': no directory '%s'", options.system.getValue(),
-                  options.source.getValue());
+                  shown(options.source).getValue());
         return Failed;
     }
     if (!isApart(options)) {
-        print_err("Cannot copy '%s' to '%s': one would lie in the other", options.source.getValue(),
-                  options.destination().getValue());
+        print_err("Cannot copy '%s' to '%s': one would lie in the other",
+                  shown(options.source).getValue(), shown(options.destination()).getValue());
         return WrongUsage;
     }
     const Plan plan = makePlan(options);

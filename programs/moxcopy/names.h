@@ -12,6 +12,12 @@ inline std::filesystem::path hostPath(const KazString& native) {
     return std::filesystem::path(kazHostPath(native).getValue());
 }
 
+/// A path as the user knows it: in the host's spelling where it has one.
+inline KazString shown(const KazString& native) {
+    const KazString host = kazHostPath(native);
+    return host.isEmpty() ? native : host;
+}
+
 /// Joins two parts plainly: a file called "~" or "c:x" stays in its directory,
 /// where kazComposePath would take the name for a path of its own.
 inline KazString joined(const KazString& directory, const KazString& name) {

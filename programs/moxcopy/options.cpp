@@ -93,7 +93,7 @@ private:
         if (row == nullptr)
             text_.format("Unknown option '%s'", argv_[position]);
         else if (findAccepted(row->type) == nullptr)
-            text_.format("Option %s is not one of this tool's", row->text);
+            text_.format("Option %s is not used by this tool", row->text);
         else if (!seen_.insert(row->type).second)
             return 0; // Repetitions take no values.
         else if (position + row->valueCount >= argc_)

@@ -28,29 +28,54 @@ bool listNames(const KazString& directory, const KazString& pattern,
     return count > 0;
 }
 
-/// Does the file belong to the diagram: by its name under the naming rules, or
-/// as the user spells it, alone or with a revision or suffix behind a point?
-bool belongsTo(const KazString& file, const Diagram& diagram) {
-    for (const KazString& name : {diagram.fileName, diagram.given}) {
-        const int length = name.getLength();
-        if (file.equalsN(name, length) && (file.getLength() == length || file[length] == '.'))
-            return true;
+/// The diagrams that are wanted, all when none was named.
+class Selection {
+public:
+    explicit Selection(const std::vector<Diagram>& diagrams) : diagrams_(diagrams) {
+        for (const Diagram& diagram : diagrams)
+            wanted_.insert({diagram.fileName, diagram.given});
     }
-    return false;
-}
+
+    bool isAll() const { return diagrams_.empty(); }
+
+    /// A file belongs to a diagram by its name under the naming rules, or as the
+    /// user spells it, alone or with a revision or suffix behind a point.
+    bool contains(const KazString& file) {
+        bool result = isAll();
+        for (int end = file.find('.', 1); end > 0; end = file.find('.', end + 1))
+            result = containsStem(file.subStringBefore(end)) || result;
+        return containsStem(file) || result;
+    }
+
+    /// The diagrams of which no file was met, as the user spells them.
+    std::vector<KazString> missing() const {
+        std::vector<KazString> result;
+        for (const Diagram& diagram : diagrams_)
+            if (!found_.contains(diagram.fileName) && !found_.contains(diagram.given))
+                result.push_back(diagram.given);
+        return result;
+    }
+
+private:
+    bool containsStem(const KazString& stem) {
+        return wanted_.contains(stem) && (found_.insert(stem), true);
+    }
+
+    const std::vector<Diagram>& diagrams_;
+    std::set<KazString> wanted_;
+    std::set<KazString> found_;
+};
 
 class Lister {
 public:
-    explicit Lister(const CopyOptions& options)
-        : options_(options), found_(options.diagrams.size()) {}
+    explicit Lister(const CopyOptions& options) : options_(options), selection_(options.diagrams) {}
 
     Plan list() {
         pending_.push_back("");
         for (std::size_t i = 0; i < pending_.size(); ++i)
             listDirectory(KazString(pending_[i]));
-        for (std::size_t i = 0; i < found_.size(); ++i)
-            if (!found_[i])
-                fail(options_.diagrams[i].given, "the system has no such diagram");
+        for (const KazString& diagram : selection_.missing())
+            fail(diagram, "the system has no such diagram");
         return std::move(plan_);
     }
 
@@ -63,7 +88,7 @@ private:
         const KazString directory = joined(options_.source, relative);
         std::vector<KazString> names;
         if (!listNames(directory, "*", names)) {
-            fail(directory, "the directory cannot be read");
+            fail(shown(directory), "the directory cannot be read");
             return;
         }
         findUnspeakable(directory);
@@ -72,9 +97,11 @@ private:
         for (const KazString& name : names) {
             if (TI_isRealDirectory(joined(directory, name)))
                 pending_.push_back(joined(relative, name));
-            else if (options_.filter.isEmpty() || matching.contains(name))
-                addFile(planned, name);
+            else if ((options_.filter.isEmpty() || matching.contains(name)) &&
+                     selection_.contains(name))
+                planned.files.push_back(name);
         }
+        plan_.fileCount += planned.files.size();
         if (!planned.files.empty() || !options_.isRestricted())
             plan_.directories.push_back(std::move(planned));
     }
@@ -87,30 +114,18 @@ private:
         return {names.begin(), names.end()};
     }
 
-    void addFile(PlannedDirectory& planned, const KazString& name) {
-        bool wanted = options_.diagrams.empty();
-        for (std::size_t i = 0; i < found_.size(); ++i)
-            if (belongsTo(name, options_.diagrams[i]))
-                wanted = found_[i] = true;
-        if (!wanted)
-            return;
-        planned.files.push_back(name);
-        ++plan_.fileCount;
-    }
-
     /// A host's file name may hold a backslash, which separates in native text:
     /// such a file cannot be named, but must not be forgotten in silence.
     void findUnspeakable(const KazString& directory) {
         std::error_code error;
         for (fs::directory_iterator i(hostPath(directory), error), end; !error && i != end;
              i.increment(error))
-            if (i->path().filename().string().find('\\') != std::string::npos &&
-                options_.diagrams.empty())
+            if (i->path().filename().string().find('\\') != std::string::npos && selection_.isAll())
                 fail(i->path().string().c_str(), "the name holds a backslash");
     }
 
     const CopyOptions& options_;
-    std::vector<bool> found_;
+    Selection selection_;
     std::vector<KazString> pending_; ///< directories, each listed when its turn comes
     Plan plan_;
 };

@@ -9,7 +9,7 @@
 
 /// Something that could not be copied, and why.
 struct Failure {
-    KazString path;
+    KazString path; ///< as the user knows it
     KazString reason;
 };
 

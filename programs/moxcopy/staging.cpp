@@ -26,8 +26,13 @@ int rename(const KazString& from, const KazString& to) {
     return error.value();
 }
 
+/// The directory part of a path below the destination.
+KazString parentOf(const KazString& relative) {
+    return relative.subStringBefore(relative.findLast('\\'));
+}
+
 bool reportFailure(const KazString& path, int errorNumber) {
-    print_err("Cannot write '%s': %s", path.getValue(),
+    print_err("Cannot write '%s': %s", shown(path).getValue(),
               std::generic_category().message(errorNumber).c_str());
     return false;
 }
@@ -63,9 +68,12 @@ bool Staging::open(const KazString& target, const KazString& system) {
 
 /// Notes which directories are missing, so that they can be removed again.
 void Staging::makeTarget(const KazString& target) {
-    for (KazString path = target; !path.isEmpty() && !exists(path);
-         path = kazDirForDisplay(kazPathDirPart(path)))
+    KazString path = target;
+    while (!path.isEmpty() && !exists(path)) {
         madeDirectories_.push_back(path);
+        const KazString parent = kazDirForDisplay(kazPathDirPart(path));
+        path = parent == path ? KazString() : parent; // a root that does not exist
+    }
     TI_makedir(target);
 }
 
@@ -77,8 +85,7 @@ void Staging::commit(CopyResult& result) {
         result.files.clear();
         return;
     }
-    if (!result.files.empty() || !destinationExists_)
-        madeDirectories_.clear();
+    madeDirectories_.clear();
 }
 
 void Staging::moveFiles(CopyResult& result) {
@@ -86,20 +93,30 @@ void Staging::moveFiles(CopyResult& result) {
         enter(relative, result);
     std::erase_if(result.files, [&](const CopiedFile& file) {
         const KazString target = joined(destination_, file.relative);
-        const int error = rename(joined(directory_, file.relative), target);
+        const int error = enter(parentOf(file.relative), result)
+                              ? rename(joined(directory_, file.relative), target)
+                              : ENOTDIR;
         if (error != 0)
             result.fail(target, error);
         return error != 0;
     });
 }
 
-/// A link in place of a directory would lead out of the copy.
+/// Makes sure of a directory of the earlier copy and of those above it. A link
+/// in place of one would lead out of the copy and is refused, with all below it.
 bool Staging::enter(const KazString& relative, CopyResult& result) {
-    const KazString path = joined(destination_, relative);
-    if (relative.isEmpty() || TI_isRealDirectory(path) || TI_mkdir(path, 0777) == 0)
+    if (relative.isEmpty())
         return true;
-    result.fail(path, errno);
-    return false;
+    if (const auto known = entered_.find(relative); known != entered_.end())
+        return known->second;
+    bool& entered = entered_[relative];
+    if (!enter(parentOf(relative), result))
+        return false;
+    const KazString path = joined(destination_, relative);
+    entered = TI_isRealDirectory(path) || TI_mkdir(path, 0777) == 0;
+    if (!entered)
+        result.fail(path, errno);
+    return entered;
 }
 
 void Staging::discard() {
@@ -107,7 +124,7 @@ void Staging::discard() {
         KazFileManager leftover(temporary_);
         leftover.destroy(true);
         if (!leftover.getErrors().isEmpty())
-            print_err("Cannot remove:\n%s", leftover.getErrors().getValue());
+            print_err("Cannot remove '%s'", shown(temporary_).getValue());
         temporary_.clear();
     }
     for (const KazString& path : std::exchange(madeDirectories_, {})) {

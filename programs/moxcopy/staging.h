@@ -4,6 +4,7 @@
 
 #include "copy.h"
 
+#include <map>
 #include <vector>
 
 /// A directory of this run's own beside the destination. What was copied appears
@@ -36,7 +37,6 @@ public:
 private:
     void discard();
     void makeTarget(const KazString& target);
-    bool moveWhole();
     void moveFiles(CopyResult& result);
     bool enter(const KazString& relative, CopyResult& result);
 
@@ -44,6 +44,7 @@ private:
     KazString temporary_;
     KazString directory_;
     bool destinationExists_ = false;
+    std::map<KazString, bool> entered_;      ///< directories of the destination, usable or not
     std::vector<KazString> madeDirectories_; ///< parents of the destination, outermost last
 
     static Staging* active_;

@@ -1,5 +1,6 @@
 #include "summary.h"
 
+#include "names.h"
 #include "tools/moxtools.h"
 
 #include <cinttypes>
@@ -17,7 +18,7 @@ void printSummary(const CopyResult& result, const KazString& destination, double
     for (const CopiedFile& file : result.files)
         bytes += file.bytes;
     print_msg("%zu file%s, %" PRIuMAX " bytes copied to '%s' in %.2f seconds.", result.files.size(),
-              plural(result.files.size()), bytes, destination.getValue(), seconds);
+              plural(result.files.size()), bytes, shown(destination).getValue(), seconds);
 }
 
 void printFailures(const std::vector<Failure>& failures) {

@@ -1,0 +1,375 @@
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <regex>
+#include <set>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Relative names of everything below a directory: the text of a file, "/" for a
+/// directory, "@" for anything else.
+std::map<std::string, std::string> contents(const kit::TempTree& tree, const std::string& top) {
+    std::map<std::string, std::string> result;
+    if (!fs::exists(tree.path(top)))
+        return result;
+    for (const auto& entry : fs::recursive_directory_iterator(tree.path(top))) {
+        const std::string name = fs::relative(entry.path(), tree.path(top)).string();
+        if (entry.is_symlink() || entry.is_other())
+            result[name] = "@";
+        else
+            result[name] = entry.is_directory() ? "/" : tree.read(top + "/" + name);
+    }
+    return result;
+}
+
+std::size_t filesIn(const std::map<std::string, std::string>& names) {
+    return static_cast<std::size_t>(std::count_if(
+        names.begin(), names.end(), [](const auto& entry) { return entry.second != "/"; }));
+}
+
+/// A suite installed on its own, with a project in which to work.
+class MoxCopy : public testing::Test {
+protected:
+    MoxCopy() {
+        const fs::path bin = kit::binDirectory();
+        fs::create_directories(tree.path("suite/bin"));
+        fs::copy_file(bin / "libmoxtools.so.1", tree.path("suite/bin/libmoxtools.so.1"));
+        fs::copy_file(bin / "moxcopy", tree.path("suite/bin/moxcopy"));
+        tree.write("suite/ToolInfo", "ToolInfo = site\ntmp_dir=" + tree.path("copies") + "\n");
+        tree.write("suite/site", "tmp_dir=/nowhere\n");
+    }
+
+    void makeSystem() {
+        kit::Random random(kit::seed());
+        for (const char* name : {"mashing.dgm", "tank control.dgm", "a_b.dgm", "a_bc.dgm",
+                                 "filestore/mashing.1", "filestore/mashing.2", ".sys_file_mode",
+                                 "100%s%n.txt", "~", "C:x", "line\nfeed", "\xff\xfe", "deep/a/b/c"})
+            tree.write(std::string("plant/brewery/") + name,
+                       std::string(name) + random.text(5000, "abc\n"));
+        tree.mkdir("plant/brewery/empty/inside");
+        tree.write("plant/brewery/zero", "");
+        fs::permissions(tree.path("plant/brewery/zero"), fs::perms(0640));
+    }
+
+    kit::Result copy(std::vector<std::string> arguments, kit::RunOptions options = {}) {
+        arguments.insert(arguments.begin(), {tree.path("suite/bin/moxcopy"), "-projdir", "plant",
+                                             "-system", "brewery"});
+        return runTool(arguments, options);
+    }
+
+    kit::Result runTool(const std::vector<std::string>& arguments, kit::RunOptions options = {}) {
+        options.cwd = tree.path();
+        options.env["ToolInfo"] = kit::unset;
+        options.env["TOOLINFO"] = kit::unset;
+        options.env["HOME"] = tree.path();
+        return kit::run(arguments, options);
+    }
+
+    std::set<std::string> names(const std::string& directory) {
+        std::set<std::string> result;
+        for (const auto& [name, text] : contents(tree, directory))
+            if (text != "/")
+                result.insert(name);
+        return result;
+    }
+
+    /// Nothing but the copy is left in the directory that received it.
+    bool onlyCopyIn(const std::string& directory) {
+        for (const auto& entry : fs::directory_iterator(tree.path(directory)))
+            if (entry.path().filename() != "brewery")
+                return false;
+        return true;
+    }
+
+    kit::TempTree tree;
+};
+
+} // namespace
+
+TEST_F(MoxCopy, CopiesTheWholeSystemUnderTheConfiguredDirectory) {
+    makeSystem();
+    auto result = copy({});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const auto source = contents(tree, "plant/brewery");
+    EXPECT_EQ(contents(tree, "copies/brewery"), source);
+    EXPECT_TRUE(onlyCopyIn("copies"));
+    EXPECT_EQ(fs::status(tree.path("copies/brewery/zero")).permissions(), fs::perms(0640));
+
+    std::size_t bytes = 0;
+    for (const auto& [name, text] : source)
+        bytes += text == "/" ? 0 : text.size();
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(
+        result.out, match, std::regex(R"((\d+) files, (\d+) bytes copied to '(.*)' in [\d.]+ s)")))
+        << result.out;
+    EXPECT_EQ(match[1], std::to_string(filesIn(source)));
+    EXPECT_EQ(match[2], std::to_string(bytes));
+    EXPECT_EQ(match[3], tree.path("copies/brewery"));
+    EXPECT_NE(result.out.find("Copying brewery ...................."), std::string::npos);
+}
+
+TEST_F(MoxCopy, CommentsOrKeepsQuiet) {
+    makeSystem();
+    auto result = copy({"-verbose", "-target", "t"});
+    EXPECT_EQ(result.status, 0);
+    for (const std::string& name : names("plant/brewery"))
+        EXPECT_NE(result.out.find("Copied '" + name + "'."), std::string::npos) << name;
+    EXPECT_NE(result.out.find("[  0%] Copied"), std::string::npos);
+    result = copy({"-Quiet", "-target", "u", "-verbose"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    EXPECT_EQ(contents(tree, "u/brewery"), contents(tree, "plant/brewery"));
+}
+
+TEST_F(MoxCopy, RestrictsItselfToDiagramsAndPattern) {
+    makeSystem();
+    EXPECT_EQ(copy({"-target", "d", "mashing", "tank control"}).status, 0);
+    EXPECT_EQ(names("d/brewery"),
+              (std::set<std::string>{"filestore/mashing.1", "filestore/mashing.2", "mashing.dgm",
+                                     "tank control.dgm"}));
+    EXPECT_FALSE(tree.exists("d/brewery/empty"));
+    EXPECT_EQ(copy({"-target", "r", "a b"}).status, 0);
+    EXPECT_EQ(names("r/brewery"), std::set<std::string>{"a_b.dgm"})
+        << "cleaned by the naming rules";
+    EXPECT_EQ(copy({"-target", "f", "-filter", "mash*"}).status, 0);
+    EXPECT_EQ(names("f/brewery"),
+              (std::set<std::string>{"filestore/mashing.1", "filestore/mashing.2", "mashing.dgm"}));
+    EXPECT_EQ(copy({"-target", "b", "-filter", "*.?", "mashing"}).status, 0);
+    EXPECT_EQ(names("b/brewery"),
+              (std::set<std::string>{"filestore/mashing.1", "filestore/mashing.2"}));
+
+    auto result = copy({"-target", "m", "mashing", "sparging"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("Not copied: 'sparging' (the system has no such diagram)"),
+              std::string::npos);
+    EXPECT_TRUE(tree.exists("m/brewery/mashing.dgm"));
+    result = copy({"-target", "n", "-filter", "nothing*"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "There is nothing to copy\n");
+    EXPECT_FALSE(tree.exists("n"));
+}
+
+TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
+    makeSystem();
+    const std::map<std::vector<std::string>, std::string> lines = {
+        {{"-system", "brewery"}, "Option -projdir DIR is missing"},
+        {{"-p", "plant", "-s"}, "Option -system lacks its value"},
+        {{"-p", "plant", "-s", "s", "-batch"}, "Option -batch is not used by this tool"},
+        {{"-p", "-zzz", "-s", "s", "-100%s"}, "Unknown option '-100%s'"},
+        {{"-p", "a", "-p", "-zzz"}, "Unknown option '-zzz'"},
+        {{"-p", "", "-s", "s"}, "The project directory is empty"},
+        {{"-p", "plant", "-s", "s", "-filter", "a/b"},
+         "The filter is for file names, not for paths"},
+    };
+    for (const auto& [line, message] : lines) {
+        std::vector<std::string> arguments = line;
+        arguments.insert(arguments.begin(), tree.path("suite/bin/moxcopy"));
+        auto result = runTool(arguments);
+        EXPECT_EQ(result.status, 2) << message;
+        EXPECT_NE(("\n" + result.err)
+                      .find("\n" + message +
+                            "\nusage: moxcopy -projdir DIR -system NAME "
+                            "[-target DIR] [-filter PATTERN] [-verbose] [-Force] [-Quiet] "
+                            "[diagram ...]\n  -projdir DIR "),
+                  std::string::npos)
+            << message << "\n"
+            << result.err;
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST_F(MoxCopy, RefusesNamesThatCannotBe) {
+    makeSystem();
+    const std::map<std::vector<std::string>, std::string> lines = {
+        {{"-s", "brewery", "mash*"}, "Invalid Diagram name: mash*\n"},
+        {{"-s", "brewery", "ok", ""}, "Empty diagram name\n"},
+        {{"-s", ""}, "Empty system name\n"},
+        {{"-s", ".."}, "Invalid system name: ..\n"},
+        {{"-s", "brewery/deep"}, "Invalid system name: brewery/deep\n"},
+        {{"-s", "/etc"}, "Invalid system name: /etc\n"},
+    };
+    for (const auto& [line, message] : lines) {
+        std::vector<std::string> arguments = line;
+        arguments.insert(arguments.begin(), {tree.path("suite/bin/moxcopy"), "-p", "plant"});
+        auto result = runTool(arguments);
+        EXPECT_EQ(result.status, 2) << message;
+        EXPECT_EQ(result.err, message);
+    }
+    auto result = runTool({tree.path("suite/bin/moxcopy"), "-p", "plant", "-s", "winery"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_FALSE(tree.exists("plant/winery")) << "asking for a system must not create it";
+    EXPECT_FALSE(tree.exists("copies"));
+}
+
+TEST_F(MoxCopy, RefusesTargetsAndSourcesInOneAnother) {
+    makeSystem();
+    fs::create_directory_symlink(tree.path("plant/brewery/deep"), tree.path("link"));
+    const auto before = contents(tree, "plant");
+    for (const char* target : {"plant", "plant/brewery", "plant/brewery/deep/new", "link",
+                               "./plant/", "plant/brewery/../../plant"}) {
+        auto result = copy({"-Force", "-target", target});
+        EXPECT_EQ(result.status, 2) << target;
+        EXPECT_NE(result.err.find("one would lie in the other"), std::string::npos) << result.err;
+    }
+    // The destination would be the directory that holds the project.
+    tree.write("brewery/plant/brewery/x", "x");
+    auto result = runTool({tree.path("suite/bin/moxcopy"), "-p", "brewery/plant", "-s", "brewery",
+                           "-Force", "-target", "."});
+    EXPECT_EQ(result.status, 2) << result.err;
+    EXPECT_EQ(contents(tree, "plant"), before);
+    EXPECT_EQ(copy({"-target", "Z:\\nowhere"}).status, 1) << "there are no drives here";
+}
+
+TEST_F(MoxCopy, AsksBeforeItOverwrites) {
+    makeSystem();
+    tree.write("copies/brewery/mashing.dgm", "old");
+    tree.write("copies/brewery/own/notes.txt", "kept");
+    const auto before = contents(tree, "copies");
+    for (const char* answer : {"", "\n", "no\n", "what\n"}) {
+        kit::RunOptions options;
+        options.input = answer;
+        auto result = copy({}, options);
+        EXPECT_EQ(result.status, 1) << answer;
+        EXPECT_NE(result.out.find("moxcopy: Overwrite the copy '" + tree.path("copies/brewery") +
+                                  "'? Yes/[No] "),
+                  std::string::npos)
+            << result.out;
+        EXPECT_EQ(contents(tree, "copies"), before);
+    }
+    kit::RunOptions noInput;
+    noInput.closeStdin = true;
+    EXPECT_EQ(copy({}, noInput).status, 1);
+    EXPECT_EQ(contents(tree, "copies"), before);
+
+    auto expected = contents(tree, "plant/brewery");
+    expected["own"] = "/";
+    expected["own/notes.txt"] = "kept";
+    kit::RunOptions yes;
+    yes.input = "y\n";
+    EXPECT_EQ(copy({}, yes).status, 0);
+    EXPECT_EQ(contents(tree, "copies/brewery"), expected);
+    tree.write("plant/brewery/mashing.dgm", "newer");
+    expected["mashing.dgm"] = "newer";
+    EXPECT_EQ(copy({"-Force"}).status, 0);
+    EXPECT_EQ(contents(tree, "copies/brewery"), expected);
+
+    tree.write("file/brewery", "in the way");
+    EXPECT_EQ(copy({"-Force", "-target", "file"}).status, 1);
+    EXPECT_EQ(tree.read("file/brewery"), "in the way");
+}
+
+/// What cannot be copied is told with its path; the rest arrives.
+TEST_F(MoxCopy, ListsWhatItCouldNotCopy) {
+    makeSystem();
+    const auto good = names("plant/brewery");
+    fs::create_symlink("nowhere", tree.path("plant/brewery/dangling"));
+    fs::create_directory_symlink(tree.path(), tree.path("plant/brewery/upward"));
+    ASSERT_EQ(mkfifo(tree.path("plant/brewery/pipe").c_str(), 0600), 0);
+    tree.write("plant/brewery/back\\slash", "x");
+    auto result = copy({});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(names("copies/brewery"), good);
+    for (const char* name : {"dangling", "upward", "pipe", "back\\slash"})
+        EXPECT_NE(result.err.find("Not copied: '" + tree.path("plant/brewery/") + name + "' ("),
+                  std::string::npos)
+            << name;
+    EXPECT_TRUE(result.err.ends_with("\n4 failures\n")) << result.err;
+    EXPECT_TRUE(onlyCopyIn("copies"));
+
+    // Inside an earlier copy, a link in place of a directory is not followed.
+    fs::remove_all(tree.path("copies/brewery/deep"));
+    tree.mkdir("outside");
+    fs::create_directory_symlink(tree.path("outside"), tree.path("copies/brewery/deep"));
+    tree.write("plant/brewery/zero", "no longer empty");
+    result = copy({"-Force"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(fs::is_empty(tree.path("outside")));
+    EXPECT_EQ(tree.read("copies/brewery/zero"), "no longer empty");
+}
+
+TEST_F(MoxCopy, UnreadableDirectoriesFailAndTheirNeighboursDoNot) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "nothing is unreadable to the super user";
+    makeSystem();
+    fs::permissions(tree.path("plant/brewery/deep"), fs::perms::none);
+    auto result = copy({});
+    fs::permissions(tree.path("plant/brewery/deep"), fs::perms::owner_all);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("/deep' (the directory cannot be read)"), std::string::npos);
+    EXPECT_TRUE(tree.exists("copies/brewery/filestore/mashing.1"));
+}
+
+TEST_F(MoxCopy, InterruptRemovesWhatThisRunHasMade) {
+    for (int i = 0; i < 400; ++i)
+        tree.write("plant/brewery/f" + std::to_string(1000 + i), std::string(200'000, 'x'));
+    kit::RunOptions options;
+    options.signal = SIGINT;
+    options.signalAfter = "Copied";
+    auto result = copy({"-verbose", "-target", "new/parents"}, options);
+    EXPECT_EQ(result.status, 9) << result.out.substr(result.out.size() - 200);
+    EXPECT_EQ(result.err, "Cancelled, nothing was copied\n");
+    EXPECT_FALSE(tree.exists("new"));
+
+    tree.write("copies/brewery/f1000", "old");
+    const auto before = contents(tree, "copies");
+    EXPECT_EQ(copy({"-verbose", "-Force"}, options).status, 9);
+    EXPECT_EQ(contents(tree, "copies"), before);
+}
+
+TEST_F(MoxCopy, FullDiskLeavesWhatWasThere) {
+    const std::string disk = tree.mkdir("disk");
+    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
+        GTEST_SKIP() << "no small file system can be made here";
+    tree.write("disk/brewery/f1", "old");
+    for (int i = 0; i < 20; ++i)
+        tree.write("plant/brewery/f" + std::to_string(i), std::string(30'000, 'x'));
+    auto result = copy({"-Force", "-target", "disk"});
+    const auto after = contents(tree, "disk");
+    auto fresh = copy({"-target", "disk/new"});
+    const auto afterFresh = contents(tree, "disk");
+    umount(disk.c_str());
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("The disk is full, nothing was copied\n"), std::string::npos);
+    EXPECT_EQ(after, (std::map<std::string, std::string>{{"brewery", "/"}, {"brewery/f1", "old"}}));
+    EXPECT_EQ(fresh.status, 1);
+    EXPECT_EQ(afterFresh, after);
+}
+
+TEST_F(MoxCopy, NeedsNoStandardOutput) {
+    makeSystem();
+    const auto source = contents(tree, "plant/brewery");
+    kit::RunOptions closed;
+    closed.closeStdout = closed.closeStdin = true;
+    EXPECT_EQ(copy({"-verbose"}, closed).status, 0);
+    EXPECT_EQ(contents(tree, "copies/brewery"), source);
+    kit::RunOptions full;
+    full.stdoutFile = "/dev/full";
+    EXPECT_EQ(copy({"-verbose", "-target", "t"}, full).status, 0);
+    EXPECT_EQ(contents(tree, "t/brewery"), source);
+    EXPECT_EQ(contents(tree, "plant/brewery"), source);
+}
+
+TEST_F(MoxCopy, TakesTenThousandDiagrams) {
+    std::vector<std::string> diagrams;
+    for (int i = 0; i < 10'000; ++i)
+        diagrams.push_back("d" + std::to_string(i));
+    for (int i = 0; i < 300; ++i)
+        tree.write("plant/brewery/d" + std::to_string(i * 7) + ".dgm", "x");
+    kit::RunOptions options;
+    options.timeoutSeconds = 20;
+    auto result = copy(diagrams, options);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(names("copies/brewery").size(), 300u);
+    EXPECT_TRUE(result.err.ends_with("\n9700 failures\n"));
+}
