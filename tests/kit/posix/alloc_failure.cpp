@@ -12,14 +12,6 @@
 #include <dlfcn.h>
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define KIT_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KIT_SANITIZED 1
-#endif
-#endif
-
 namespace {
 
 // Counts down to the failing allocation; 0 is off, below 0 fails from here on.
