@@ -1,0 +1,291 @@
+#include "kit/alloc_failure.h"
+#include "kit/capture.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "tools/app/KazApp.h"
+#include "tools/app/KazMemoryException.h"
+#include "tools/util/memory.h"
+#include "tools/util/text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// The text as a string; frees it.
+std::string take(char* text) {
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, std::free);
+    return text != nullptr ? text : "(null)";
+}
+
+std::vector<std::string> wordsOf(const char* line, word_status_enum* status) {
+    std::vector<std::string> words;
+    char* word = nullptr;
+    word_status_enum latest = word_found;
+    while ((latest = next_word(&line, &word)) != word_none) {
+        *status = latest;
+        words.push_back(take(word));
+    }
+    return words;
+}
+
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    });
+    return text;
+}
+
+int sign(int value) {
+    return (value > 0) - (value < 0);
+}
+
+struct DestroyBuffer {
+    void operator()(dd_buffer* buffer) const { dd_destroy(buffer); }
+};
+using Buffer = std::unique_ptr<dd_buffer, DestroyBuffer>;
+
+std::string textOf(const Buffer& buffer) {
+    EXPECT_EQ('\0', dd_text(buffer.get())[dd_length(buffer.get())]);
+    return std::string(dd_text(buffer.get()), static_cast<std::size_t>(dd_length(buffer.get())));
+}
+
+} // namespace
+
+TEST(Text, CopiesAndConcatenations) {
+    EXPECT_EQ("abc", take(mkcpy("abc")));
+    EXPECT_EQ(nullptr, mkcpy(nullptr));
+    EXPECT_EQ("ab", take(mkncpy("abc", 2)));
+    EXPECT_EQ("abc", take(mkncpy("abc", 9)));
+    EXPECT_EQ("", take(mkncpy("abc", -1)));
+    EXPECT_EQ("ab", take(concat("a", "b")));
+    EXPECT_EQ("", take(concat(nullptr, nullptr)));
+    EXPECT_EQ("ac", take(concat3("a", nullptr, "c")));
+    EXPECT_EQ("abcd", take(concat4("a", "b", "c", "d")));
+    const char* parts[] = {"a", nullptr, "bc"};
+    EXPECT_EQ("a, , bc", take(concat_texts(parts, 3, ", ")));
+    EXPECT_EQ("abc", take(concat_texts(parts, 3, nullptr)));
+    EXPECT_EQ("", take(concat_texts(parts, -1, "-")));
+    EXPECT_EQ("", take(concat_texts(nullptr, 3, "-")));
+    char* grown = concat_onto(nullptr, "ab");
+    for (int i = 0; i < 10; ++i)
+        grown = concat_onto(grown, grown); // its own text, from a block that moves
+    grown = concat_onto(grown, grown + 2046);
+    std::string expected;
+    for (int i = 0; i < 1025; ++i)
+        expected += "ab";
+    EXPECT_EQ(expected, take(concat_onto(grown, nullptr)));
+}
+
+TEST(Text, ComparisonWithoutCaseFollowsTolower) {
+    kit::Random rng(kit::seed());
+    SCOPED_TRACE(kit::seedText());
+    const std::string alphabet = "aAbBzZ_[@`{\x80\xC9\xE9\xFF";
+    for (int round = 0; round < 5000; ++round) {
+        const std::string a = rng.text(4, alphabet);
+        const std::string b = rng.text(4, alphabet);
+        ASSERT_EQ(sign(lowered(a).compare(lowered(b))), kaz_fast_stricmp(a.c_str(), b.c_str()))
+            << a << " and " << b;
+    }
+    EXPECT_EQ(0, kaz_fast_stricmp(nullptr, ""));
+    EXPECT_EQ(1, kaz_fast_stricmp("a", nullptr));
+    EXPECT_EQ(-1, kaz_fast_stricmp(nullptr, "a"));
+}
+
+TEST(Text, PatternsAndReplacement) {
+    for (const char* pattern : {"*", "a?", "x*y"})
+        EXPECT_TRUE(is_pattern(pattern, 0) && is_pattern(pattern, 1)) << pattern;
+    EXPECT_FALSE(is_pattern("a[12]", 0));
+    EXPECT_TRUE(is_pattern("a[12]", 1));
+    for (const char* name : {"", "plain.txt", "a-b]"})
+        EXPECT_FALSE(is_pattern(name, 1)) << name;
+    EXPECT_FALSE(is_pattern(nullptr, 1));
+    EXPECT_EQ("a--b--", take(string_replace_char("a/b/", '/', "--")));
+    EXPECT_EQ("ab", take(string_replace_char("/a/b", '/', nullptr)));
+    EXPECT_EQ("a/b", take(string_replace_char("a/b", '\0', "x")));
+    EXPECT_EQ(nullptr, string_replace_char(nullptr, 'a', "b"));
+}
+
+TEST(Words, AreReadAsAShellReadsThem) {
+    const struct {
+        const char* line;
+        std::vector<std::string> words;
+        word_status_enum status;
+    } rows[] = {
+        {"", {}, word_found},
+        {" \t\n ", {}, word_found},
+        {"a b\tc\n", {"a", "b", "c"}, word_found},
+        {"'a b' \"c d\"e\\ f", {"a b", "c de f"}, word_found},
+        {"'' \"\"", {"", ""}, word_found},
+        {"'a\\b' \"a\\b\" a\\b", {"a\\b", "a\\b", "ab"}, word_found},
+        {"\"\\\"\\\\\\$\\`\"", {"\"\\$`"}, word_found},
+        {"a\\\nb \\\n \"c\\\nd\"", {"ab", "cd"}, word_found},
+        {"a\\", {"a\\"}, word_found},
+        {"x 'a b", {"x", "a b"}, word_unclosed},
+        {"\"a\\\"", {"a\""}, word_unclosed},
+    };
+    for (const auto& row : rows) {
+        word_status_enum status = word_found;
+        EXPECT_EQ(row.words, wordsOf(row.line, &status)) << row.line;
+        EXPECT_EQ(row.status, status) << row.line;
+    }
+    const char* nowhere = nullptr;
+    char* word = nullptr;
+    EXPECT_EQ(word_none, next_word(&nowhere, &word));
+}
+
+TEST(Words, QuotingIsUndoneByUnquotingByReadingAndByTheShell) {
+    kit::Random rng(kit::seed());
+    SCOPED_TRACE(kit::seedText());
+    std::string line;
+    std::vector<std::string> words;
+    std::string shown;
+    for (int round = 0; round < 2000; ++round) {
+        words.push_back(rng.text(6, "ab \t\n'\"\\$`*?;|&<>(){}[]~#!=%\x01\xE9"));
+        const std::string quoted = take(quote_word(words.back().c_str()));
+        ASSERT_EQ(words.back(), take(unquote_word(quoted.c_str())));
+        EXPECT_EQ(quoted == words.back(), !word_needs_quotes(words.back().c_str()));
+        line += quoted + " ";
+        shown += words.back() + "\x02";
+    }
+    word_status_enum status = word_found;
+    EXPECT_EQ(words, wordsOf(line.c_str(), &status));
+    EXPECT_EQ(word_found, status);
+    const kit::Result shell = kit::run({"/bin/sh", "-c", "printf '%s\\002' " + line});
+    EXPECT_EQ(shown, shell.out);
+    EXPECT_EQ("\"\"", take(quote_word(nullptr)));
+    EXPECT_EQ("a b", take(unquote_word("a b")));
+    EXPECT_EQ("", take(unquote_word(nullptr)));
+}
+
+TEST(CharacterBuffer, RandomEditsAgreeWithAString) {
+    kit::Random rng(kit::seed());
+    SCOPED_TRACE(kit::seedText());
+    for (int round = 0; round < 200; ++round) {
+        const Buffer buffer(dd_create(rng.below(20)));
+        dd_buffer* b = buffer.get();
+        std::string model;
+        for (int step = 0; step < 60; ++step) {
+            const std::string piece = rng.text(12, "xyz");
+            const int length = static_cast<int>(model.size());
+            const int at = rng.between(-2, length + 2);
+            const int count = rng.between(-1, 8);
+            switch (rng.below(9)) {
+            case 0:
+                dd_add_char(b, 'c');
+                model += 'c';
+                break;
+            case 1:
+                dd_add_text(b, piece.c_str());
+                model += piece;
+                break;
+            case 2: // a part of its own
+                dd_add_text(b, dd_text(b) + length / 2);
+                model += model.substr(static_cast<std::size_t>(length / 2));
+                break;
+            case 3:
+                dd_add_format(b, "%s|%d|%s", dd_text(b), at, piece.c_str());
+                model += model + "|" + std::to_string(at) + "|" + piece;
+                break;
+            case 4:
+                dd_insert(b, at, piece.c_str());
+                model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)), piece);
+                break;
+            case 5:
+                dd_insert(b, at, dd_text(b));
+                model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)),
+                             std::string(model));
+                break;
+            case 6:
+                dd_remove(b, at, count);
+                if (at >= 0 && at < length && count > 0)
+                    model.erase(static_cast<std::size_t>(at), static_cast<std::size_t>(count));
+                break;
+            case 7:
+                dd_add_fill(b, '-', count);
+                model.append(static_cast<std::size_t>(std::max(count, 0)), '-');
+                break;
+            default:
+                dd_truncate(b, rng.between(-1, 300));
+                model.resize(std::min(model.size(), static_cast<std::size_t>(dd_length(b))));
+            }
+            ASSERT_EQ(model, textOf(buffer));
+            if (model.size() > 2000) {
+                dd_clear(b);
+                model.clear();
+            }
+        }
+        const Buffer copy(dd_copy(b));
+        EXPECT_EQ(0, dd_compare(b, copy.get()));
+        dd_add_char(copy.get(), '\0');
+        EXPECT_EQ(-1, dd_compare(b, copy.get()));
+        EXPECT_EQ(model, take(dd_take(b)));
+        EXPECT_EQ("", textOf(buffer));
+        EXPECT_EQ(1, dd_compare(copy.get(), b));
+    }
+}
+
+TEST(CharacterBuffer, NullBuffersAndLimits) {
+    dd_add_char(nullptr, 'x');
+    dd_add_text(nullptr, "x");
+    dd_add_format(nullptr, "%d", 1);
+    dd_insert(nullptr, 0, "x");
+    dd_remove(nullptr, 0, 1);
+    dd_reserve(nullptr, 10);
+    dd_destroy(nullptr);
+    EXPECT_EQ(nullptr, dd_copy(nullptr));
+    EXPECT_EQ(0, dd_length(nullptr));
+    EXPECT_STREQ("", dd_text(nullptr));
+    EXPECT_EQ("", take(dd_take(nullptr)));
+    const Buffer buffer(dd_create(0));
+    EXPECT_EQ(0, dd_compare(buffer.get(), nullptr));
+    dd_add_bytes(buffer.get(), "a\0b", 3);
+    EXPECT_EQ('b', dd_char_at(buffer.get(), 2));
+    EXPECT_EQ('\0', dd_char_at(buffer.get(), 3));
+    EXPECT_EQ('\0', dd_char_at(buffer.get(), -1));
+    EXPECT_THROW(dd_add_fill(buffer.get(), 'x', INT_MAX), KazMemoryException);
+    EXPECT_EQ(std::string("a\0b", 3), textOf(buffer));
+}
+
+TEST(Memory, FailedAllocationsLeaveTextsAlone) {
+    for (char* (*make)() :
+         {+[] { return mkcpy("a"); }, +[] { return concat("a", "b"); },
+          +[] { return string_replace_char("a", 'a', "b"); }, +[] { return quote_word("a b"); }}) {
+        char* text = nullptr;
+        EXPECT_EQ(1,
+                  kit::sweepAllocations([&] { text = make(); }, [&] { EXPECT_EQ(nullptr, text); }));
+        std::free(text);
+    }
+    const Buffer buffer(dd_create(0));
+    dd_add_text(buffer.get(), "kept");
+    const std::string large(1000, 'x');
+    EXPECT_EQ(2, kit::sweepAllocations([&] { dd_add_format(buffer.get(), "%s", large.c_str()); },
+                                       [&] { EXPECT_EQ("kept", textOf(buffer)); }));
+    EXPECT_EQ(2, kit::sweepAllocations([&] { dd_insert(buffer.get(), 0, dd_text(buffer.get())); },
+                                       [&] { EXPECT_EQ("kept" + large, textOf(buffer)); }));
+    EXPECT_EQ("kept" + large + "kept" + large, textOf(buffer));
+}
+
+TEST(Memory, PanicNamesTheFunctionInDebugModeOnly) {
+    KazApp* app = KazApp::getInstance();
+    ASSERT_NE(nullptr, app);
+    const bool before = app->getDebugFlag();
+    kit::Capture capture;
+    app->setDebugFlag(false);
+    EXPECT_THROW(memory_panic("quiet"), KazMemoryException);
+    app->setDebugFlag(true);
+    EXPECT_THROW(memory_panic("some_function"), KazMemoryException);
+    EXPECT_THROW(memory_panic(nullptr), KazMemoryException);
+    app->setDebugFlag(before);
+    EXPECT_EQ("Memory allocation failed in function 'some_function', exiting.\n"
+              "Memory allocation failed in function '(null)', exiting.\n",
+              capture.err());
+}
