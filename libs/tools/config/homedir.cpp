@@ -4,6 +4,8 @@
 #include "tools/util/text.h"
 
 #include <cstring>
+#include <initializer_list>
+#include <optional>
 #include <string>
 
 namespace {
@@ -30,14 +32,42 @@ std::string directoryAboveBin(std::string path) {
     return kazPathRootPart(path.c_str()).getValue();
 }
 
-std::string homeDirectory() {
+/// "HOME" without its last separator (nothing is left of a root); none when it
+/// names no directory.
+std::optional<std::string> ownChoice() {
     const char* home = kaz::host::environment("HOME");
     if (home == nullptr || !kaz::host::isDirectory(home))
-        return kaz::host::homeDirectory();
+        return std::nullopt;
     std::string result = kaz::host::nativePath(home);
     if (!result.empty() && isSeparator(result.back()))
         result.pop_back();
     return result;
+}
+
+/// Steps down from @p directory and creates each step; failures show later,
+/// when something is written there.
+std::string createdBelow(std::string directory, std::initializer_list<const char*> steps) {
+    for (const char* step : steps) {
+        directory.append(1, '\\').append(step);
+        kaz::host::makeDirectory(directory.c_str(), 0777);
+    }
+    return directory;
+}
+
+/// Where "~" followed by @p rest leads; empty when the user has no home. On a host
+/// that keeps the settings of programs apart, the suite has its own place there.
+std::string expandedHome(const std::string& rest) {
+    if (const std::optional<std::string> own = ownChoice())
+        return *own + '\\' + rest;
+    std::string home = kaz::host::roamingDataDirectory();
+    if (!home.empty())
+        return createdBelow(home, {"Tarvo", "Mox"}) + '\\' + rest;
+    home = kaz::host::profileDirectory();
+    // This form alone carries quotes; its users count on them.
+    if (!home.empty())
+        return '"' + createdBelow(home, {"Application Data", "Tarvo", "Mox"}) + '\\' + rest + '"';
+    home = kaz::host::homeDirectory();
+    return home.empty() ? home : home + '\\' + rest;
 }
 
 } // namespace
@@ -67,11 +97,9 @@ const char* _TI_hm(const char* path) {
         return "";
     if (!isHomePath(path))
         return path;
-    std::string expanded = homeDirectory();
+    std::string expanded = expandedHome(path + (path[1] == '\0' ? 1 : 2));
     if (expanded.empty())
         return path;
-    expanded += '\\';
-    expanded += path + (path[1] == '\0' ? 1 : 2);
     buffer.swap(expanded);
     return buffer.c_str();
 }

@@ -103,8 +103,11 @@ KAZ_API KazString kazMoxBinDir();
 /// one for a user without a home directory; null gives "".
 ///
 /// The home directory is "HOME" when that names an existing directory, without a
-/// separator at its end; else the one in the system's user database, when it
-/// exists. Nothing is created.
+/// separator at its end. Else, on Windows, it is "Tarvo\Mox" below the user's
+/// application data, or, where these are unknown, below "Application Data" of
+/// "USERPROFILE": it is created where it is missing, and the second form of the
+/// result stands in double quotes. Else, on POSIX, it is the directory in the
+/// system's user database, and nothing is created.
 ///
 /// The result of an expansion lives in one process-wide buffer that the next
 /// expansion replaces; @p path may lie in that buffer.

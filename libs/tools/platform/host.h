@@ -83,6 +83,14 @@ std::string moduleFileName();
 /// user has none there. "HOME" is not looked at.
 std::string homeDirectory();
 
+/// Where this host keeps a user's settings of all programs (on Windows the value
+/// "AppData" of the shell folders); empty where there is no such place.
+std::string roamingDataDirectory();
+
+/// The user's profile directory on a host that has profiles ("USERPROFILE" on
+/// Windows); empty when it is unknown, and always on POSIX.
+std::string profileDirectory();
+
 /// Where temporary files go when nobody says otherwise: the first of "TMPDIR",
 /// "TMP" and "TEMP" that names a directory, else the host's own place.
 std::string temporaryDirectory();

@@ -39,6 +39,14 @@ std::string homeDirectory() {
     return nativePath(userEntry(&passwd::pw_dir).c_str());
 }
 
+std::string roamingDataDirectory() {
+    return {};
+}
+
+std::string profileDirectory() {
+    return {};
+}
+
 std::string temporaryDirectory() {
     for (const char* name : {"TMPDIR", "TMP", "TEMP"}) {
         const char* value = environment(name);

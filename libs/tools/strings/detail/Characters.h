@@ -114,7 +114,7 @@ struct Characters<unsigned short> {
 
 private:
     /// A mapping that leaves the 16-bit range is none.
-    static Ch narrowed(std::wint_t mapped, Ch original) {
+    static Ch narrowed(std::uint32_t mapped, Ch original) {
         return mapped <= 0xFFFF ? static_cast<Ch>(mapped) : original;
     }
 };

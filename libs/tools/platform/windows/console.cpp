@@ -1,0 +1,47 @@
+#include "tools/platform/host.h"
+
+#include <windows.h>
+
+namespace kaz::host {
+
+namespace {
+
+constinit bool echoIsOff = false;
+constinit DWORD foundMode = 0;
+
+HANDLE input() {
+    return GetStdHandle(STD_INPUT_HANDLE);
+}
+
+/// The system runs this on a thread of its own when the program is about to be
+/// ended from outside; what then happens is left to it.
+BOOL WINAPI giveConsoleBack(DWORD) {
+    if (echoIsOff)
+        SetConsoleMode(input(), foundMode);
+    return FALSE;
+}
+
+} // namespace
+
+bool echoOff() {
+    if (echoIsOff)
+        return true;
+    DWORD mode = 0;
+    if (GetConsoleMode(input(), &mode) == 0)
+        return false;
+    foundMode = mode;
+    echoIsOff = true;
+    SetConsoleCtrlHandler(giveConsoleBack, TRUE);
+    SetConsoleMode(input(), mode & ~DWORD{ENABLE_ECHO_INPUT});
+    return true;
+}
+
+void echoOn() {
+    if (!echoIsOff)
+        return;
+    SetConsoleMode(input(), foundMode);
+    SetConsoleCtrlHandler(giveConsoleBack, FALSE);
+    echoIsOff = false;
+}
+
+} // namespace kaz::host

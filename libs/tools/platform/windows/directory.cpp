@@ -1,0 +1,155 @@
+#include "tools/platform/host.h"
+#include "tools/platform/wildcard.h"
+#include "tools/platform/windows/copy.h"
+#include "tools/platform/windows/errors.h"
+#include "tools/platform/windows/file_status.h"
+#include "tools/platform/windows/text.h"
+
+#include <cerrno>
+#include <memory>
+#include <utility>
+#include <windows.h>
+
+namespace kaz::host {
+
+namespace {
+
+constexpr std::intptr_t closed = -1;
+
+/// There is no way to name a file relative to an open directory; a directory is
+/// held by its literal path instead, in which no entry name means anything else.
+const std::wstring* pathOf(std::intptr_t handle) {
+    return handle == closed ? nullptr : reinterpret_cast<const std::wstring*>(handle);
+}
+
+std::intptr_t holding(std::wstring path) {
+    if (path.back() != L'\\')
+        path += L'\\';
+    return reinterpret_cast<std::intptr_t>(new std::wstring(std::move(path)));
+}
+
+bool isComponent(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find_first_of("\\/:*?\"<>|") == std::string::npos;
+}
+
+/// The literal path of an entry, or empty with errno set.
+std::wstring entryPath(std::intptr_t handle, const std::string& name) {
+    const std::wstring* directory = pathOf(handle);
+    if (directory == nullptr || !isComponent(name)) {
+        errno = directory == nullptr ? EBADF : ENOENT;
+        return {};
+    }
+    return *directory + widened(name);
+}
+
+template <typename Operation>
+int onEntry(std::intptr_t handle, const std::string& name, Operation operation) {
+    const std::wstring path = entryPath(handle, name);
+    return path.empty() ? -1 : operation(path);
+}
+
+std::intptr_t openDirectory(const std::wstring& path, bool followLink) {
+    FileStatus info;
+    if (path.empty() || statusOfLiteral(path, followLink, info) != 0)
+        return closed;
+    return info.kind == Kind::directory ? holding(path) : failWith(ENOTDIR);
+}
+
+struct CloseListing {
+    using pointer = HANDLE;
+    void operator()(HANDLE listing) const { FindClose(listing); }
+};
+
+char lowered(char c) {
+    // One byte in the place of a pointer is the call's way to ask for one character.
+    const auto byte = static_cast<std::uintptr_t>(static_cast<unsigned char>(c));
+    return static_cast<char>(
+        reinterpret_cast<std::uintptr_t>(CharLowerA(reinterpret_cast<char*>(byte))));
+}
+
+} // namespace
+
+bool matches(std::string_view pattern, std::string_view name) {
+    return matchWildcard(pattern, name, [](char a, char b) { return lowered(a) == lowered(b); });
+}
+
+Directory::Directory(const char* path) : handle_(openDirectory(literalPath(path), true)) {}
+
+Directory::Directory(const Directory& parent, const std::string& name)
+    : handle_(openDirectory(entryPath(parent.handle_, name), false)) {}
+
+Directory::Directory(Directory&& other) noexcept : handle_(std::exchange(other.handle_, closed)) {}
+
+Directory& Directory::operator=(Directory&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+Directory::~Directory() {
+    delete pathOf(handle_);
+}
+
+bool Directory::isOpen() const {
+    return handle_ != closed;
+}
+
+int Directory::status(FileStatus& result) const {
+    const std::wstring* path = pathOf(handle_);
+    return path != nullptr ? statusOfLiteral(*path, true, result) : failWith(EBADF);
+}
+
+int Directory::status(const std::string& name, FileStatus& result) const {
+    result = FileStatus();
+    return onEntry(handle_, name,
+                   [&](const std::wstring& path) { return statusOfLiteral(path, true, result); });
+}
+
+int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
+    result.clear();
+    const std::wstring* path = pathOf(handle_);
+    if (path == nullptr)
+        return failWith(EBADF);
+    // The system's own wildcards also look at short names; ours decide.
+    WIN32_FIND_DATAW found;
+    const HANDLE first = FindFirstFileW((*path + L'*').c_str(), &found);
+    if (first == INVALID_HANDLE_VALUE)
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : failWithLastError();
+    const std::unique_ptr<HANDLE, CloseListing> listing(first);
+    do {
+        Entry entry;
+        entry.name = narrowed(found.cFileName, &entry.expressible);
+        entry.kind = kindOfAttributes(found.dwFileAttributes);
+        if (matches(pattern, entry.name))
+            result.push_back(std::move(entry));
+    } while (FindNextFileW(listing.get(), &found) != 0);
+    return GetLastError() == ERROR_NO_MORE_FILES ? 0 : failWithLastError();
+}
+
+int Directory::makeDirectory(const std::string& name, unsigned) const {
+    return onEntry(handle_, name, [](const std::wstring& path) {
+        return succeededOrFail(CreateDirectoryW(path.c_str(), nullptr));
+    });
+}
+
+int Directory::removeDirectory(const std::string& name) const {
+    return onEntry(handle_, name, [](const std::wstring& path) {
+        return succeededOrFail(RemoveDirectoryW(path.c_str()));
+    });
+}
+
+int Directory::removeFile(const std::string& name) const {
+    return onEntry(handle_, name, [](const std::wstring& path) {
+        return succeededOrFail(DeleteFileW(path.c_str()));
+    });
+}
+
+int Directory::copyFile(const std::string& name, const Directory& target,
+                        const std::string& newName) const {
+    return onEntry(handle_, name, [&](const std::wstring& from) {
+        return onEntry(target.handle_, newName,
+                       [&](const std::wstring& to) { return copyLiteral(from, to, true); });
+    });
+}
+
+} // namespace kaz::host

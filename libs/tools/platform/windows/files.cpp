@@ -1,0 +1,130 @@
+#include "tools/platform/host.h"
+#include "tools/platform/windows/copy.h"
+#include "tools/platform/windows/errors.h"
+#include "tools/platform/windows/text.h"
+
+#include <array>
+#include <cerrno>
+#include <direct.h>
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+#include <windows.h>
+
+namespace kaz::host {
+
+namespace {
+
+/// The runtime library knows one permission.
+int runtimeMode(unsigned mode) {
+    return (mode & 0222) != 0 ? _S_IREAD | _S_IWRITE : _S_IREAD;
+}
+
+/// Names that nobody else uses: process, clock and a counter make them.
+class TemporaryNames {
+public:
+    TemporaryNames(const char* directory, const char* prefix)
+        : start_(nativePath(directory)), seed_(GetTickCount() ^ (GetCurrentProcessId() << 12)) {
+        if (!start_.empty() && start_.back() != '\\')
+            start_ += '\\';
+        for (const char* c = prefix; *c != '\0'; ++c)
+            start_ += *c == '/' || *c == '\\' || *c == ':' ? '_' : *c;
+    }
+
+    std::string next() {
+        static constinit unsigned counter = 0;
+        constexpr char digits[] = "abcdefghijklmnopqrstuvwxyz012345";
+        seed_ = seed_ * 1664525 + 1013904223 + counter++;
+        std::string result = start_;
+        for (unsigned rest = seed_, n = 0; n < 6; ++n, rest >>= 5)
+            result += digits[rest & 31];
+        return result;
+    }
+
+private:
+    std::string start_;
+    unsigned seed_;
+};
+
+} // namespace
+
+int access(const char* path, int mode) {
+    // Execution is no permission here; the runtime library does not know the bit.
+    return ::_access(path, mode & 6);
+}
+
+int makeDirectory(const char* path, unsigned) {
+    return ::_mkdir(path);
+}
+
+int removeDirectory(const char* path) {
+    return ::_rmdir(path);
+}
+
+int removeFile(const char* path) {
+    return ::_unlink(path);
+}
+
+int renameFile(const char* from, const char* to) {
+    return succeededOrFail(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING));
+}
+
+int setPermissions(const char* path, unsigned mode) {
+    return ::_chmod(path, runtimeMode(mode));
+}
+
+unsigned fileMask() {
+    const int mask = ::_umask(0);
+    ::_umask(mask);
+    return static_cast<unsigned>(mask);
+}
+
+unsigned setFileMask(unsigned mask) {
+    return static_cast<unsigned>(::_umask(static_cast<int>(mask & (_S_IREAD | _S_IWRITE))));
+}
+
+std::FILE* openStream(const char* path, const char* mode) {
+    return std::fopen(path, mode);
+}
+
+int copyFile(const char* source, const char* target, bool mayReplace) {
+    const std::wstring from = literalPath(source);
+    const std::wstring to = from.empty() ? from : literalPath(target);
+    return to.empty() ? -1 : copyLiteral(from, to, mayReplace);
+}
+
+std::FILE* createTemporary(const char* directory, const char* prefix, std::string& path) {
+    TemporaryNames names(directory, prefix);
+    std::string name;
+    int file = -1;
+    do {
+        name = names.next();
+        file = ::_open(name.c_str(), _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY | _O_NOINHERIT,
+                       _S_IREAD | _S_IWRITE);
+    } while (file < 0 && errno == EEXIST);
+    if (file < 0)
+        return nullptr;
+    std::FILE* stream = ::_fdopen(file, "w+b");
+    if (stream == nullptr) {
+        ::_close(file);
+        ::_unlink(name.c_str());
+        return nullptr;
+    }
+    path.swap(name);
+    return stream;
+}
+
+int createTemporaryDirectory(const char* parent, const char* prefix, std::string& path) {
+    TemporaryNames names(parent, prefix);
+    std::string name;
+    do {
+        name = names.next();
+        if (::_mkdir(name.c_str()) == 0) {
+            path.swap(name);
+            return 0;
+        }
+    } while (errno == EEXIST);
+    return -1;
+}
+
+} // namespace kaz::host

@@ -1,0 +1,65 @@
+#include "tools/platform/host.h"
+#include "tools/platform/windows/errors.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <direct.h>
+#include <windows.h>
+
+namespace kaz::host {
+
+bool canName(const char*) {
+    return true;
+}
+
+std::string hostPath(const char* native) {
+    return nativePath(native);
+}
+
+std::string nativePath(const char* hostSpelling) {
+    std::string result = hostSpelling;
+    std::replace(result.begin(), result.end(), '/', '\\');
+    return result;
+}
+
+std::size_t pathLimit() {
+    return MAX_PATH;
+}
+
+char searchPathSeparator() {
+    return ';';
+}
+
+std::string absolutePath(const char* path) {
+    if (*path == '\0') {
+        errno = ENOENT;
+        return {};
+    }
+    std::array<char, MAX_PATH> buffer;
+    const DWORD length = GetFullPathNameA(path, buffer.size(), buffer.data(), nullptr);
+    if (length > 0 && length < buffer.size())
+        return {buffer.data(), length};
+    errno = length > 0 ? ENAMETOOLONG : errnoOf(GetLastError());
+    return {};
+}
+
+std::string currentDirectory() {
+    std::array<char, MAX_PATH> buffer;
+    return ::_getcwd(buffer.data(), buffer.size()) != nullptr ? buffer.data() : "";
+}
+
+int changeDirectory(const char* path) {
+    return ::_chdir(path);
+}
+
+std::string moduleFileName() {
+    std::array<char, MAX_PATH + 1> buffer;
+    const HMODULE library = GetModuleHandleA("moxtools.dll");
+    if (library == nullptr)
+        return {};
+    const DWORD length = GetModuleFileNameA(library, buffer.data(), buffer.size());
+    return length < buffer.size() ? std::string(buffer.data(), length) : std::string();
+}
+
+} // namespace kaz::host

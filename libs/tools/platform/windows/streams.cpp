@@ -1,0 +1,34 @@
+#include "tools/platform/host.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <io.h>
+
+namespace kaz::host {
+
+void closeAllStreams() {
+    std::fflush(nullptr);
+    ::_fcloseall(); // all but the standard ones
+    // Input that was read ahead is dropped: it is at its end from here on.
+    std::fseek(stdin, 0, SEEK_END);
+    std::fflush(stdin);
+    // The null device in place of the standard ones ends them for whoever is at
+    // the other end, and keeps a later file from taking their numbers.
+    const int nothing = ::_open("NUL", _O_RDWR);
+    for (int standard = 0; standard <= 2 && nothing >= 0; ++standard)
+        if (nothing != standard)
+            ::_dup2(nothing, standard);
+    if (nothing > 2)
+        ::_close(nothing);
+}
+
+std::string errorText(int number) {
+    if (number < 0 || number >= _sys_nerr)
+        return {};
+    const char* text = std::strerror(number);
+    return std::strcmp(text, "Unknown error") != 0 ? text : "";
+}
+
+} // namespace kaz::host
