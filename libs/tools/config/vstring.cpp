@@ -155,8 +155,10 @@ private:
     }
 
     void takePlain() {
-        // A "$" here begins no reference.
-        output.append(next(std::min(input.find_first_of("\\$\"", 1), input.size())));
+        // The first one is plain whatever it is: a "$" here begins no reference.
+        const auto isSpecial = [](char c) { return c == '\\' || c == '$' || c == '"'; };
+        const auto end = std::find_if(input.begin() + 1, input.end(), isSpecial);
+        output.append(next(static_cast<std::size_t>(end - input.begin())));
         backslashes = 0;
     }
 
