@@ -6,6 +6,7 @@
 #include "tools/messages/KazIODirector.h"
 #include "tools/platform/host.h"
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -18,7 +19,8 @@ namespace {
 /// Where a pattern with a directory part leads to from @p level.
 TreeLevel elsewhere(const TreeLevel& level, const char* pattern) {
     const KazString composed = kazComposePath(level.path().getValue(), pattern);
-    return TreeLevel(level, kazPathDirPart(composed.getValue()));
+    const KazString dir = kazPathDirPart(composed.getValue());
+    return TreeLevel(level, kazDirForDisplay(dir.getValue()));
 }
 
 KazString namesOf(const char* pattern) {
@@ -47,7 +49,7 @@ private:
         const std::time_t outer = std::exchange(manager_.startTime, std::time(nullptr));
         bool copied = false;
         if (!source.isOpen())
-            failed(source.path(), kazLastFileComponent(source.path().getValue()).getValue());
+            failedDirectory(source);
         else if (!hasDirectoryPart(pattern_))
             copied = copyEntries(source, target);
         else
@@ -62,7 +64,7 @@ private:
         if (!source.isOpen())
             return true;
         if (source.isAgain())
-            return failed(source.path(), kazLastFileComponent(source.path().getValue()).getValue());
+            return failedDirectory(source);
         return copyEntries(source, target);
     }
 
@@ -70,7 +72,7 @@ private:
         std::vector<host::Entry> entries;
         bool complete = listEntries(source, names_.getValue(), entries);
         if (!complete)
-            failed(source.path(), kazLastFileComponent(source.path().getValue()).getValue());
+            failedDirectory(source);
         for (const host::Entry& entry : entries)
             complete = copyEntry(source, entry, target) && complete;
         return complete;
@@ -87,7 +89,7 @@ private:
             return failed(source.pathOf(entry.name), name);
         if (entry.kind == host::Kind::directory)
             return !recursive_ || copySubdirectory(source, entry.name, target);
-        if (!copyFile(source, entry.name, target))
+        if (!copyFile(source, entry, target))
             return failed(source.pathOf(entry.name), name);
         if (manager_.verbose)
             KazIODirector::printMsg("Copied '%s'.", name);
@@ -104,15 +106,24 @@ private:
         return copyDirectory(from, TreeLevel(target, name));
     }
 
-    bool copyFile(const TreeLevel& source, const std::string& name, const TreeLevel& target) {
+    /// Tried as a new file first: most are, and need no look at the target then.
+    bool copyFile(const TreeLevel& source, const host::Entry& entry, const TreeLevel& target) {
+        if (source.directory().copyFile(entry, target.directory(), false) == 0)
+            return true;
+        const bool taken = errno == EEXIST;
         host::FileStatus existing;
-        if (target.directory().status(name, existing) == 0 &&
+        if (target.directory().status(entry.name, existing) == 0 &&
             existing.modified >= manager_.startTime) {
             if (manager_.verbose)
-                KazIODirector::printMsg("Filesystem naming clash on '%s'.", name.c_str());
+                KazIODirector::printMsg("Filesystem naming clash on '%s'.", entry.name.c_str());
             return false;
         }
-        return source.directory().copyFile(name, target.directory(), name) == 0;
+        return taken && source.directory().copyFile(entry, target.directory(), true) == 0;
+    }
+
+    bool failedDirectory(const TreeLevel& level) {
+        const KazString path = kazDirForDisplay(level.path().getValue());
+        return failed(path, kazLastFileComponent(path.getValue()).getValue());
     }
 
     /// Always false, for use as a result.

@@ -144,8 +144,9 @@ unsigned setFileMask(unsigned mask);
 /// fopen for a path in native or host spelling. Null with errno set.
 std::FILE* openStream(const char* path, const char* mode);
 
-/// Copies one regular file so that @p target is whole or as before: the bytes go
-/// into a new file beside the target, which then takes the target's name. The
+/// Copies one regular file so that @p target is whole or as before. An existing
+/// target is replaced in one step. Only killing the process outright can leave
+/// something behind: a file beside the target, or a small target cut short. The
 /// nine permission bits are kept, the modification time is now. Links at
 /// @p source are followed; a link at @p target is replaced, not followed.
 /// Fails with EISDIR for a directory, EINVAL for any other special file
@@ -212,10 +213,9 @@ public:
     int makeDirectory(const std::string& name, unsigned mode) const;
     int removeDirectory(const std::string& name) const;
     int removeFile(const std::string& name) const;
-    /// Copies the entry @p name into @p target under @p newName by the rules of
-    /// kaz::host::copyFile with replacement.
-    int copyFile(const std::string& name, const Directory& target,
-                 const std::string& newName) const;
+    /// Copies an entry that list() gave into @p target under its own name, by the
+    /// rules of kaz::host::copyFile.
+    int copyFile(const Entry& entry, const Directory& target, bool mayReplace) const;
 
 private:
     std::intptr_t handle_ = -1;

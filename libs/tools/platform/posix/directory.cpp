@@ -117,10 +117,10 @@ int Directory::removeFile(const std::string& name) const {
     return ::unlinkat(static_cast<int>(handle_), name.c_str(), 0);
 }
 
-int Directory::copyFile(const std::string& name, const Directory& target,
-                        const std::string& newName) const {
-    return copyAt(static_cast<int>(handle_), name.c_str(), static_cast<int>(target.handle_),
-                  newName.c_str(), true);
+int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {
+    const char* name = entry.name.c_str();
+    return copyAt(static_cast<int>(handle_), name, entry.kind == Kind::file,
+                  static_cast<int>(target.handle_), name, mayReplace);
 }
 
 } // namespace kaz::host
