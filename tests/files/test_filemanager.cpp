@@ -101,7 +101,12 @@ void exclude(KazFileManager& manager, const Selection& selection) {
         manager.setExclusion(name.c_str());
 }
 
-TEST(FileManager, CopiesWhatTheModelSelects) {
+class FileManager : public testing::Test {
+protected:
+    kit::RecordingDirector director;
+};
+
+TEST_F(FileManager, CopiesWhatTheModelSelects) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed());
     for (int round = 0; round < 12; ++round) {
@@ -122,7 +127,7 @@ TEST(FileManager, CopiesWhatTheModelSelects) {
     }
 }
 
-TEST(FileManager, DestroysWhatTheModelSelects) {
+TEST_F(FileManager, DestroysWhatTheModelSelects) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed() + 1);
     for (int round = 0; round < 12; ++round) {
@@ -152,7 +157,7 @@ TEST(FileManager, DestroysWhatTheModelSelects) {
     }
 }
 
-TEST(FileManager, CommentsOnEachStep) {
+TEST_F(FileManager, CommentsOnEachStep) {
     const kit::TempTree tree;
     tree.write("src/50%s", "x");
     tree.write("src/skip", "x");
@@ -168,7 +173,6 @@ TEST(FileManager, CommentsOnEachStep) {
         // In the future, so that it counts as written by this copy.
         const utimbuf later{std::time(nullptr) + 1000, std::time(nullptr) + 1000};
         ASSERT_EQ(::utime(tree.path("dst/src/clash").c_str(), &later), 0);
-        kit::RecordingDirector director;
         EXPECT_FALSE(manager.copy(dst.c_str(), true));
         ASSERT_FALSE(director.messages.empty());
         EXPECT_EQ(director.messages[0], "Starting copy from '" + src + "' to '" + dst + "\\src'.");
@@ -181,7 +185,7 @@ TEST(FileManager, CommentsOnEachStep) {
         EXPECT_EQ(tree.read("dst/src/clash"), "x");
     }
     {
-        kit::RecordingDirector director;
+        director.messages.clear();
         EXPECT_TRUE(manager.destroy(true)); // the excluded entry keeps the root
         EXPECT_EQ(
             sorted(director.messages),
@@ -192,7 +196,7 @@ TEST(FileManager, CommentsOnEachStep) {
         EXPECT_TRUE(tree.exists("src/skip"));
     }
     {
-        kit::RecordingDirector director;
+        director.messages.clear();
         manager.clearExclusions();
         EXPECT_TRUE(manager.destroy(true));
         EXPECT_EQ(director.messages, (Messages{"Deleted '" + src + "\\skip'."}));
@@ -201,7 +205,7 @@ TEST(FileManager, CommentsOnEachStep) {
     }
 }
 
-TEST(FileManager, ReplacesOlderTargetsOnly) {
+TEST_F(FileManager, ReplacesOlderTargetsOnly) {
     const kit::TempTree tree;
     tree.write("src/f", "new");
     tree.write("dst/f", "an older and longer text");
@@ -209,12 +213,11 @@ TEST(FileManager, ReplacesOlderTargetsOnly) {
     KazFileManager manager(tree.native("src").c_str());
     EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
     EXPECT_EQ(tree.read("dst/f"), "new");
-    kit::RecordingDirector director;
     EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), "*", true)); // the same second
     EXPECT_EQ(director.messages, Messages{"Failed to copy 'f'."});
 }
 
-TEST(FileManager, WhatCannotBeCopiedIsListed) {
+TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
     const tree::PlainUser user;
     const kit::TempTree tree;
     const auto path = [&](const char* name) { return tree.path(std::string("src/") + name); };
@@ -237,7 +240,6 @@ TEST(FileManager, WhatCannotBeCopiedIsListed) {
     ::close(listener);
     tree.mkdir("dst");
 
-    kit::RecordingDirector director;
     KazFileManager manager(tree.native("src").c_str());
     EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), true));
     Names expected;
@@ -258,7 +260,7 @@ TEST(FileManager, WhatCannotBeCopiedIsListed) {
     fs::permissions(path("closed"), fs::perms::all);
 }
 
-TEST(FileManager, WhatCannotBeDeletedIsListed) {
+TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
     const tree::PlainUser user;
     const kit::TempTree tree;
     tree.write("src/fixed/in", "x");
@@ -280,7 +282,7 @@ TEST(FileManager, WhatCannotBeDeletedIsListed) {
     fs::permissions(tree.path("src/fixed"), fs::perms::owner_all);
 }
 
-TEST(FileManager, MissingPlaces) {
+TEST_F(FileManager, MissingPlaces) {
     const kit::TempTree tree;
     tree.write("src/f", "x");
     const std::string missing = tree.native("missing");
@@ -299,7 +301,7 @@ TEST(FileManager, MissingPlaces) {
     EXPECT_TRUE(nothing.getErrors().isEmpty());
 }
 
-TEST(FileManager, CopyIntoItselfEnds) {
+TEST_F(FileManager, CopyIntoItselfEnds) {
     const kit::TempTree tree;
     tree.write("a/f", "x");
     tree.write("a/b/g", "y");
@@ -315,7 +317,7 @@ TEST(FileManager, CopyIntoItselfEnds) {
     EXPECT_EQ(tree.read("a/f"), "x");
 }
 
-TEST(FileManager, PatternsThatLeadElsewhereEnd) {
+TEST_F(FileManager, PatternsThatLeadElsewhereEnd) {
     const kit::TempTree tree;
     tree.write("a/s/one", "x");
     tree.write("a/s/t/two", "x");
@@ -330,7 +332,7 @@ TEST(FileManager, PatternsThatLeadElsewhereEnd) {
     EXPECT_TRUE(tree.exists("a/s/t/two"));
 }
 
-TEST(FileManager, StaysInsideTheDestination) {
+TEST_F(FileManager, StaysInsideTheDestination) {
     const kit::TempTree tree;
     tree.write("src/sub/f", "x");
     tree.write("src/file", "x");
@@ -347,7 +349,7 @@ TEST(FileManager, StaysInsideTheDestination) {
     EXPECT_EQ(tree.read("dst/src/file"), "x"); // the link was replaced
 }
 
-TEST(FileManager, RootNamesThatAreNone) {
+TEST_F(FileManager, RootNamesThatAreNone) {
     const kit::TempTree tree;
     tree.write("src/in/f", "x");
     for (const char* root : {"src/in/", "src/in/.", "src/in/../in/.", "src/in/deep/.."}) {
@@ -377,7 +379,7 @@ private:
     std::string dir_;
 };
 
-TEST(FileManager, FilesThatVanishMeanwhileAreListed) {
+TEST_F(FileManager, FilesThatVanishMeanwhileAreListed) {
     const kit::TempTree tree;
     tree.mkdir("dst");
     const auto refill = [&] {
@@ -396,7 +398,7 @@ TEST(FileManager, FilesThatVanishMeanwhileAreListed) {
     EXPECT_FALSE(manager.getErrors().isEmpty());
 }
 
-TEST(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
+TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
     const kit::TempTree tree;
     std::string deep = "src";
     for (int i = 0; i < 60; ++i)
@@ -420,7 +422,7 @@ TEST(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
     EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
 }
 
-TEST(FileManager, FullDiskLeavesWholeTargetsOrNone) {
+TEST_F(FileManager, FullDiskLeavesWholeTargetsOrNone) {
     const kit::TempTree tree;
     tree.mkdir("disk");
     const std::string disk = tree.path("disk");
