@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -38,6 +39,15 @@ void handle(int signal, void (*handler)(int), int flags) {
     action.sa_handler = handler;
     action.sa_flags = flags;
     sigaction(signal, &action, nullptr);
+}
+
+/// 0 when the tool's handler is in its place again afterwards.
+int askWhileHandling(int signal, int flags) {
+    handle(signal, noteSignal, flags);
+    askSecret();
+    struct sigaction now;
+    sigaction(signal, nullptr, &now);
+    return now.sa_handler == noteSignal ? 0 : 4;
 }
 
 bool terminalEchoes() {
@@ -85,12 +95,14 @@ class PromptTool : public KazConsoleApp {
             return askSecret() ? 0 : 3;
         if (what == "both")
             return askSecret() && askName() ? 0 : 3;
-        if (what == "restarted" || what == "interrupted") {
-            handle(SIGINT, noteSignal, what == "restarted" ? SA_RESTART : 0);
-            askSecret();
-            struct sigaction now;
-            sigaction(SIGINT, nullptr, &now);
-            return now.sa_handler == noteSignal ? 0 : 4;
+        if (what == "restarted")
+            return askWhileHandling(SIGINT, SA_RESTART);
+        if (what == "interrupted") {
+            // Again and again: the first may come before the tool reads.
+            handle(SIGALRM, noteSignal, 0);
+            const itimerval often = {{0, 20000}, {0, 20000}};
+            setitimer(ITIMER_REAL, &often, nullptr);
+            return askWhileHandling(SIGALRM, 0);
         }
         if (what == "ignoring") {
             std::signal(SIGINT, SIG_IGN);
