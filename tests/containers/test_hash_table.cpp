@@ -255,8 +255,9 @@ struct Meddler {
         --depth;
     }
     static void* in(void* element) {
-        meddle();
-        return Counted::checkIn(element);
+        void* copy = Counted::checkIn(element);
+        meddle(); // only now: the element may be among what it removes
+        return copy;
     }
     static void out(void* element) {
         Counted::checkOut(element);
