@@ -178,9 +178,11 @@ public:
     KazWString operator+(unsigned short c) const;
     KazWString operator+(const unsigned short* s) const;
     KazWString operator+(const KazWString& o) const;
+    KazWString operator+(const char* s) const { return *this + KazWString(s); }
     friend KazWString operator+(const unsigned short* a, const KazWString& b) {
         return KazWString(a) + b;
     }
+    friend KazWString operator+(const char* a, const KazWString& b) { return KazWString(a) + b; }
     /// @}
 
     /// @name Searching

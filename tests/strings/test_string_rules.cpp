@@ -1,0 +1,406 @@
+// The rules of KazString that a model of the text alone cannot show: blocks,
+// the kinds of empty, signs, errors.
+
+#include "kit/capture.h"
+#include "kit/director.h"
+#include "string_kit.h"
+#include "tools/app/KazMemoryException.h"
+
+#include <climits>
+#include <cstdlib>
+#include <functional>
+#include <sstream>
+
+namespace {
+
+template <class String>
+class StringRules : public testing::Test {};
+TYPED_TEST_SUITE(StringRules, BothStrings);
+
+TYPED_TEST(StringRules, CapacityIsTheNextOfTheForm16kPlus3) {
+    for (const auto& [needed, capacity] :
+         {std::pair{1, 3}, {3, 3}, {4, 19}, {19, 19}, {20, 35}, {35, 35}, {36, 51}, {1000, 1011}}) {
+        TypeParam made(TestText<TypeParam>(std::string(static_cast<std::size_t>(needed), 'a')));
+        EXPECT_EQ(blockOf(made).bufferLength, capacity) << needed;
+        TypeParam grown(wideChar<TypeParam>('a'));
+        while (grown.getLength() < needed)
+            grown.append(wideChar<TypeParam>('x'));
+        EXPECT_EQ(blockOf(grown).bufferLength, capacity) << needed;
+        TypeParam buffer;
+        buffer.getBuffer(needed);
+        EXPECT_EQ(blockOf(buffer).bufferLength, capacity) << needed;
+    }
+    TypeParam none;
+    none.getBuffer(0);
+    EXPECT_EQ(blockOf(none).bufferLength, 3);
+    none.setSize(100);
+    EXPECT_EQ(blockOf(none).bufferLength, 115);
+}
+
+TYPED_TEST(StringRules, CopiesShareUntilOneIsChanged) {
+    TypeParam a(TestText<TypeParam>("hello"));
+    TypeParam b = a;
+    TypeParam c;
+    c = b;
+    EXPECT_EQ(blockOf(a).referenceCount, 3);
+    c = a; // shares already
+    c = *&c;
+    EXPECT_EQ(blockOf(a).referenceCount, 3);
+    b += wideChar<TypeParam>('x');
+    EXPECT_EQ(blockOf(a).referenceCount, 2);
+    EXPECT_EQ(blockOf(b).referenceCount, 1);
+
+    const TypeParam whole = a.subString(0, 5);
+    const TypeParam front = a.subStringBefore(99);
+    const TypeParam rest = a.subStringFrom(0);
+    EXPECT_EQ(blockOf(a).referenceCount, 5);
+    EXPECT_NE(a.subString(0, 99).disguise(), a.disguise());
+
+    TypeParam shared; // null strings take over the whole block
+    shared.append(a);
+    TypeParam prepended;
+    prepended.prepend(a);
+    EXPECT_EQ(blockOf(a).referenceCount, 7);
+
+    c.toUpper();
+    EXPECT_EQ(plain(a), "hello");
+    const TypeParam moved = std::move(c);
+    EXPECT_EQ(c.disguise(), nullptr);
+    EXPECT_EQ(plain(moved), "HELLO");
+}
+
+TYPED_TEST(StringRules, EditsThatFindNothingLeaveTheBlockAlone) {
+    TypeParam a(TestText<TypeParam>("hello"));
+    const TypeParam sharer = a;
+    const TestText<TypeParam> other("qx"), empty("");
+    const auto q = wideChar<TypeParam>('q');
+    a.escape(other, q);
+    a.unescape(q);
+    a.dequote(q, q);
+    a.escapeForQrl(other);
+    a.replace(other, empty);
+    a.replaceAll(other, empty);
+    a.replace(2, 0, empty);
+    a.trimLeft();
+    a.trimRight();
+    a.append(empty);
+    a.insert(2, empty);
+    a.remove(5, 1);
+    a.removeFrom(5);
+    a.removeBefore(0);
+    a.split(q);
+    a.fillFrom(q, 5);
+    EXPECT_EQ(a.disguise(), sharer.disguise());
+}
+
+TYPED_TEST(StringRules, WhatLeavesNoTextLeavesNoBlock) {
+    const auto x = wideChar<TypeParam>('x');
+    const TestText<TypeParam> xx("xx"), none("");
+    const std::vector<std::function<void(TypeParam&)>> edits = {
+        [&](TypeParam& s) { s.clear(); },
+        [&](TypeParam& s) { s.setSize(0); },
+        [&](TypeParam& s) { s.remove(0, 2); },
+        [&](TypeParam& s) { s.removeFrom(0); },
+        [&](TypeParam& s) { s.removeBefore(2); },
+        [&](TypeParam& s) { s.trimLeft(xx); },
+        [&](TypeParam& s) { s.replace(0, 2, none); },
+        [&](TypeParam& s) { s.replaceAll(xx, none); },
+        [&](TypeParam& s) { s.dequote(x, 'q'); },
+        [&](TypeParam& s) { s.split(x); },
+        [&](TypeParam& s) { s = none; },
+    };
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        TypeParam s(xx);
+        edits[i](s);
+        EXPECT_EQ(s.disguise(), nullptr) << "edit " << i;
+    }
+}
+
+TYPED_TEST(StringRules, BuffersShowNoOldMemory) {
+    TypeParam s(TestText<TypeParam>("abc"));
+    const TypeParam sharer = s;
+    s.getBuffer(200);
+    s.setLength(200);
+    for (int i = 3; i < 200; ++i)
+        ASSERT_EQ(s.getValue()[i], 0) << i;
+    s.setLength(3);
+    s.append(TestText<TypeParam>(std::string(300, 'x')));
+    s.setLength(blockOf(s).bufferLength);
+    EXPECT_EQ(s.getValue()[s.getLength() - 1], 0);
+
+    // What another sharer's buffer holds behind the text can be taken in, too.
+    TypeParam read;
+    std::fill_n(read.getBuffer(19), 19, wideChar<TypeParam>('y'));
+    read.setLength(4);
+    TypeParam longer = read;
+    longer.setLength(10);
+    EXPECT_EQ(plain(longer).substr(5), "yyyyy");
+    EXPECT_EQ(plain(read), "yyyy");
+}
+
+TYPED_TEST(StringRules, SharedBlocksAreCutBySizeAndBuffer) {
+    const TestText<TypeParam> hello("hello");
+    TypeParam alone(hello);
+    alone.setSize(2);
+    alone.getBuffer(2);
+    EXPECT_EQ(plain(alone), "hello");
+    const TypeParam source(hello);
+    TypeParam sized = source, buffered = source;
+    sized.setSize(2);
+    buffered.getBuffer(2);
+    EXPECT_EQ(plain(sized), "he");
+    EXPECT_EQ(plain(buffered), "he");
+    EXPECT_EQ(plain(source), "hello");
+
+    TypeParam spare;
+    spare.setSize(19);
+    spare.append(TestText<TypeParam>("abcd"));
+    spare.minimizeSize(); // 15 spare: not worth it
+    EXPECT_EQ(blockOf(spare).bufferLength, 19);
+    spare.setSize(35);
+    spare.minimizeSize();
+    EXPECT_EQ(blockOf(spare).bufferLength, 19);
+}
+
+TYPED_TEST(StringRules, RepresentationsSurviveInUntypedHands) {
+    TypeParam s(TestText<TypeParam>("text"));
+    void* const kept = TypeParam::checkIn(s.disguise());
+    EXPECT_EQ(blockOf(s).referenceCount, 2);
+    s.clear();
+    const TypeParam again = TypeParam::undisguise(kept);
+    EXPECT_EQ(plain(again), "text");
+    EXPECT_EQ(TypeParam::compareDisguised(kept, again.disguise()), 0);
+    EXPECT_EQ(TypeParam::compareNoCaseDisguised(kept, nullptr), 1);
+    EXPECT_EQ(TypeParam::hashDisguised(kept), TypeParam::hash(again));
+
+    void* slot = kept; // a slot that a container hands out as a string
+    auto& inSlot = reinterpret_cast<TypeParam&>(slot);
+    inSlot += wideChar<TypeParam>('x');
+    EXPECT_EQ(plain(TypeParam::undisguise(slot)), "textx");
+    EXPECT_EQ(blockOf(again).referenceCount, 1);
+    TypeParam::checkOut(slot);
+    EXPECT_EQ(TypeParam::checkIn(nullptr), nullptr);
+    TypeParam::checkOut(nullptr);
+    TypeParam::deleteString(new TypeParam(again));
+    TypeParam::deleteString(nullptr);
+    EXPECT_EQ(blockOf(again).referenceCount, 1);
+
+    auto* const copy = again.getCopyValue();
+    EXPECT_EQ(plain(TypeParam(copy)), "text");
+    std::free(copy);
+    EXPECT_EQ(TypeParam().getCopyValue(), nullptr);
+}
+
+TYPED_TEST(StringRules, MisuseIsReportedAndLeavesTheStringWhole) {
+    kit::RecordingDirector director;
+    TypeParam s(TestText<TypeParam>("hello"));
+    const TypeParam sharer = s;
+    EXPECT_EQ(std::as_const(s)[5], 0);
+    EXPECT_EQ(std::as_const(s)[-1], 0);
+    s[5] = 'x';
+    EXPECT_EQ(s[INT_MIN], 0);
+    EXPECT_EQ(TypeParam()[0], 0);
+    s.setLength(-1);
+    s.setLength(20);
+    s.releaseBuffer(-2);
+    EXPECT_EQ(s.disguise(), sharer.disguise());
+    TypeParam null;
+    null.setLength(7);
+    null.setLength(-7);
+    null.releaseBuffer();
+    const std::vector<std::string> expected = {
+        "Internal error #5", "Internal error #5", "Internal error #5", "Internal error #5",
+        "Internal error #5", "Internal error #4", "Internal error #4", "Internal error #4"};
+    EXPECT_EQ(director.fatals, expected);
+}
+
+TYPED_TEST(StringRules, HashSumsShiftedCharacters) {
+    EXPECT_EQ(TypeParam::hash(TestText<TypeParam>("")), 0u);
+    EXPECT_EQ(TypeParam::hash(TypeParam()), 0u);
+    EXPECT_EQ(TypeParam::hash(TestText<TypeParam>("a")), 97u);
+    EXPECT_EQ(TypeParam::hash(TestText<TypeParam>("ab")), 12641u);
+    std::string text;
+    for (int n = 0; n < 100; ++n) {
+        TypeParam s{TestText<TypeParam>(text)};
+        unsigned expected = 0;
+        for (int i = 0, shift = 0; i < n; ++i, shift = (shift + 7) % 23)
+            expected += static_cast<unsigned>(
+                            static_cast<std::make_unsigned_t<CharOf<TypeParam>>>(s.getValue()[i]))
+                        << shift;
+        EXPECT_EQ(TypeParam::hash(s), expected);
+        EXPECT_EQ(TypeParam::hash(s.getValue()), expected);
+        TypeParam upper = s;
+        upper.toUpper();
+        EXPECT_EQ(TypeParam::hashNoCase(s), TypeParam::hash(upper));
+        EXPECT_EQ(TypeParam::hashNoCaseDisguised(s.disguise()), TypeParam::hash(upper));
+        text += static_cast<char>(n % 3 == 0 ? 0x80 + n : 'a' + n % 26);
+    }
+}
+
+TYPED_TEST(StringRules, AStringOfOneNulHasLengthOne) {
+    const TypeParam s(CharOf<TypeParam>{0});
+    EXPECT_EQ(s.getLength(), 1);
+    EXPECT_FALSE(s.isEmpty());
+    EXPECT_TRUE(static_cast<bool>(s));
+    EXPECT_EQ(s.compare(TestText<TypeParam>("")), 0);
+    EXPECT_FALSE(s == TestText<TypeParam>(""));
+    EXPECT_EQ(s.count(0), 1);
+    EXPECT_EQ(s.find(CharOf<TypeParam>{0}), -1);
+}
+
+// Rows: this, other, then compare with text, compare with string, the same
+// without case; equality with text, with string, without case.
+TYPED_TEST(StringRules, EmptySidesDecideTheSign) {
+    using Text = TestText<TypeParam>;
+    const TypeParam null, text(Text("ab"));
+    TypeParam block;
+    block.getBuffer(0);
+    struct Row {
+        const TypeParam &a, &b;
+        int compareText, compareString, noCaseText, noCaseString;
+        bool equals, sameText, sameString;
+    };
+    const Row rows[] = {
+        {null, null, 0, 0, 0, 0, true, true, true},
+        {null, block, 0, 0, 0, -1, true, true, false},
+        {block, null, 0, 0, 0, 1, true, true, false},
+        {block, block, 0, 0, 0, 0, true, true, true},
+        {null, text, -1, 1, -1, -1, false, false, false},
+        {text, null, 1, -1, 1, 1, false, false, false},
+        {block, text, -1, 1, -1, -1, false, false, false},
+        {text, block, 1, -1, 1, 1, false, false, false},
+        {text, text, 0, 0, 0, 0, true, true, true},
+    };
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        SCOPED_TRACE(i);
+        const Row& r = rows[i];
+        const auto* const t = r.b.getValue();
+        EXPECT_EQ(r.a.compare(t), r.compareText);
+        EXPECT_EQ(r.a.compare(r.b), r.compareString);
+        EXPECT_EQ(r.a.compareN(t, 1), r.compareText);
+        EXPECT_EQ(r.a.compareN(r.b, 0), r.compareString);
+        EXPECT_EQ(TypeParam::compare(r.a, r.b), r.compareString);
+        EXPECT_EQ(TypeParam::compareStrings(&r.a, &r.b), r.compareString);
+        EXPECT_EQ(r.a < t, r.compareText < 0);
+        EXPECT_EQ(r.a >= r.b, r.compareString >= 0);
+        EXPECT_EQ(t > r.a, r.compareText < 0);
+        EXPECT_EQ(r.a.compareNoCase(t), r.noCaseText);
+        EXPECT_EQ(TypeParam::compareNoCase(r.a, r.b), r.noCaseString);
+        EXPECT_EQ(r.a == t, r.equals);
+        EXPECT_EQ(r.a != r.b, !r.equals);
+        EXPECT_EQ(t == r.a, r.equals);
+        EXPECT_EQ(r.a.equalsN(t, 9), r.compareText == 0);
+        EXPECT_EQ(r.a.equalsN(r.b, 9), r.compareString == 0);
+        EXPECT_EQ(r.a.equalsNoCase(t), r.sameText);
+        EXPECT_EQ(r.a.equalsNoCase(r.b), r.sameString);
+    }
+    EXPECT_TRUE(null.equalsNoCase(static_cast<const CharOf<TypeParam>*>(nullptr)));
+    EXPECT_FALSE(block.equalsNoCase(static_cast<const CharOf<TypeParam>*>(nullptr)));
+    EXPECT_EQ(block.compareNoCase(static_cast<const CharOf<TypeParam>*>(nullptr)), 1);
+}
+
+TYPED_TEST(StringRules, OrderIsThatOfUnsignedCharacters) {
+    using Text = TestText<TypeParam>;
+    const TypeParam ab(Text("ab")), abc(Text("abc")), high(Text("a\xE9")), upper(Text("AB"));
+    EXPECT_EQ(ab.compare(abc), -1);
+    EXPECT_EQ(abc.compare(ab), 1);
+    EXPECT_EQ(high.compare(abc), 1);
+    EXPECT_EQ(upper.compare(ab), -1);
+    EXPECT_TRUE(abc.equalsN(ab, 2));
+    EXPECT_GT(abc.compareN(ab, 3), 0);
+    EXPECT_TRUE(ab.equalsNoCase(upper));
+    EXPECT_FALSE(ab.equalsNoCase(abc));
+    EXPECT_EQ(upper.compareNoCase(abc), -1);
+    EXPECT_EQ(TypeParam::compareNoCase(Text("AB"), Text("aa")), 1);
+    EXPECT_TRUE(ab < abc && abc > ab && ab <= ab && ab >= ab && ab != abc);
+}
+
+TEST(NarrowString, WhatItDoesNotOfferIsAnInternalError) {
+    kit::RecordingDirector director;
+    const KazString s("a");
+    EXPECT_FALSE(s.equalsLocale("a") || s.equalsLocale(s) || KazString::equalsLocale("a", "a") ||
+                 KazString::equalsLocale(s, s));
+    EXPECT_EQ(s.compareLocale("a") + s.compareLocale(s) + KazString::compareLocale("a", "a") +
+                  KazString::compareLocale(s, s),
+              -4);
+    EXPECT_EQ(s.findNot("b") + s.findNot(s) + s.findLastNot("b", 0) + s.findLastNot(s, 0), -4);
+    EXPECT_EQ(director.fatals, std::vector<std::string>(12, "Internal error #1"));
+}
+
+TEST(NarrowString, FormatsTextOfAnyLength) {
+    KazString s("value");
+    s.format("%s!", s.getValue());
+    EXPECT_EQ(s, "value!");
+    s.appendFormat("%s%d", s.getValue(), -7);
+    EXPECT_EQ(s, "value!value!-7");
+    for (const int n : {0, 511, 512, 31999, 32000, 200000}) {
+        s.format("<%*d>", n, 5);
+        EXPECT_EQ(s.getLength(), std::max(n, 1) + 2);
+        EXPECT_EQ(s.getValue()[s.getLength() - 2], '5');
+    }
+    s.format("a%cb", 0);
+    EXPECT_EQ(s, "a");
+    s.format("%s", "");
+    EXPECT_EQ(s.disguise(), nullptr);
+    const KazString before("kept");
+    s = before;
+    const std::string tooWide = "%99999999999d"; // the runtime refuses by itself
+    EXPECT_THROW(s.appendFormat(tooWide.c_str(), 1), KazMemoryException);
+    EXPECT_EQ(s.disguise(), before.disguise());
+}
+
+TEST(NarrowString, NumbersAppendInDecimal) {
+    KazString s;
+    s.appendNumber(-305);
+    EXPECT_EQ(s, "-305");
+    s.appendNumber(INT_MIN);
+    EXPECT_EQ(s, "-305-2147483648");
+}
+
+TEST(NarrowString, TextOnEitherSideOfAnOperator) {
+    const KazString s("b");
+    EXPECT_EQ("a" + s + 'c' + "d" + s, "abcdb");
+    std::ostringstream out;
+    out << s << KazString() << KazWString("w");
+    EXPECT_EQ(out.str(), "bw");
+}
+
+/// Reaches the header as a damaged block would show it.
+struct DamagedString : KazString {
+    using KazString::KazString;
+    using KazString::setBufferLength;
+    using KazString::setStringLength;
+};
+
+TEST(NarrowString, DumpNamesWhatIsWrongWithTheBlock) {
+    kit::Capture capture;
+    KazString().dump();
+    DamagedString s("hello");
+    const KazString sharer = s;
+    s.dump();
+    s.setBufferLength(3);
+    s.dump();
+    s.setBufferLength(19);
+    s.setStringLength(7);
+    s.dump();
+    s.setStringLength(5);
+    KazWString("wide").dump();
+    EXPECT_EQ(capture.out(),
+              "NULL string\n"
+              "value = 'hello', ref count = 2\n"
+              "Error: buffer overflow - string length = 5, buffer length = 3\n"
+              "value = 'hello', ref count = 2\n"
+              "Error: wrong internal string length - internal length = 7, real length = 5\n"
+              "value = 'hello', ref count = 2\n"
+              "value = 'wide', ref count = 1\n");
+}
+
+/// Constants of the class in the hands of a static object of another file.
+const KazString builtEarly = KazString::theEmptyString + KazString::theDefaultWhitespaces;
+
+TEST(NarrowString, ConstantsAreThereBeforeMain) {
+    EXPECT_EQ(builtEarly, " \t\n\r");
+    EXPECT_EQ(KazString::theEmptyString.disguise(), nullptr);
+}
+
+} // namespace
