@@ -70,6 +70,16 @@ std::string programPath(const std::string& name) {
     return name.find('/') == std::string::npos ? binDirectory() + "/" + name : name;
 }
 
+/// A program starts with the dispositions that a terminal's shell would give
+/// it, whatever this test was started from.
+void resetSignals() {
+    for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE, SIGTSTP})
+        std::signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
 [[noreturn]] void startChild(const std::vector<std::string>& argv, const RunOptions& options,
                              const Terminal& terminal, const Pipe& in, const Pipe& out,
                              const Pipe& err) {
@@ -233,7 +243,7 @@ Result run(const std::vector<std::string>& argv, const RunOptions& options) {
     Terminal terminal(options.pty);
     const pid_t child = fork();
     if (child == 0) {
-        std::signal(SIGPIPE, SIG_DFL);
+        resetSignals();
         startChild(argv, options, terminal, in, out, err);
     }
     in.closeRead();
