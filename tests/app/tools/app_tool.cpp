@@ -4,7 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -75,8 +75,7 @@ int runChild(int argc, char** argv) {
 
 int throwUp(const std::string& what) {
     if (what == "memory")
-        return static_cast<int>(std::malloc(1) != nullptr) +
-               static_cast<int>((new char[~std::size_t{0} >> 2])[0]);
+        std::get_new_handler()(); // what a failed allocation calls
     if (what == "file")
         throw KazFileException(KazFileException::fileNotFound, "100%s");
     if (what == "reported")
