@@ -6,6 +6,8 @@
 #include "tools/config/toolinfo.h"
 
 #include <array>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -76,6 +78,25 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
      }},
     {"typed", [](const Words&) { return typedValues(); }},
 };
+
+/// On request, defines a variable before main and looks it up after main, when
+/// the application is gone and its streams are closed: the answer goes to a file.
+class Edge {
+public:
+    Edge() {
+        if (file != nullptr)
+            TI_Var("edge=early");
+    }
+    ~Edge() {
+        if (file != nullptr)
+            std::ofstream(file) << text(TI_Vcont("edge"));
+    }
+
+private:
+    const char* file = std::getenv("PROBE_EDGE");
+};
+
+Edge edge;
 
 Words split(const std::string& line) {
     Words words;

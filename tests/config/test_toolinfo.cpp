@@ -1,6 +1,6 @@
 #include "tools/config/toolinfo.h"
 
-#include "kit/capture.h"
+#include "kit/alloc_failure.h"
 #include "kit/director.h"
 #include "kit/env.h"
 #include "kit/process.h"
@@ -328,6 +328,19 @@ TEST(ToolInfoFiles, MoreFilesOverTheTableFollowTheModel) {
     }
 }
 
+TEST(ToolInfoFiles, VariablesOutliveMain) {
+    kit::TempTree tree;
+    kit::RunOptions options;
+    options.env = {{"ToolInfo", tree.write("first", "x=1\n")}, {"PROBE_EDGE", tree.path("edge")}};
+    EXPECT_EQ(ask({"cont\tedge"}, options), (Lines{"=early"}));
+    EXPECT_EQ(tree.read("edge"), "=early");
+    ask({}, options);
+    EXPECT_EQ(tree.read("edge"), "=early");
+    tree.write("first", "edge=file\n");
+    ask({}, options); // reads the files after main only
+    EXPECT_EQ(tree.read("edge"), "=file");
+}
+
 // ------------------------------------------------------ where the file is found
 
 /// An installation of its own: library and probe in a "BIN" directory.
@@ -431,6 +444,36 @@ TEST_F(ToolInfo, RefusesWhatDefinesNothing) {
     EXPECT_EQ(TI_Vcont(nullptr), nullptr);
     EXPECT_EQ(TI_EnvVcont(nullptr), nullptr);
     EXPECT_EQ(TI_SameEnvVcont(nullptr), nullptr);
+}
+
+TEST_F(ToolInfo, AFileIsReadWholeOrNotAtAll) {
+    TI_Vcont("anything");
+    int round = 0;
+    const auto text = [&round] {
+        const std::string n = std::to_string(round);
+        return "one=" + n + "\ntwo=" + n + "\none=" + n + "\nname" + n + "=" + n + "\n";
+    };
+    const std::string file = tree.write("file", text());
+    EXPECT_EQ(TI_V_user_file(file.c_str(), true), 0);
+    std::string inForce = "0";
+    tree.write("file", (++round, text()));
+    bool done = false;
+    const auto read = [&] {
+        done = false;
+        done = TI_V_user_file(file.c_str(), true) == 0;
+    };
+    const auto check = [&] {
+        const std::string fresh = std::to_string(round);
+        if (done)
+            inForce = fresh;
+        EXPECT_EQ(TI_Vcont("one"), inForce);
+        EXPECT_EQ(TI_Vcont("two"), inForce);
+        EXPECT_EQ(TI_Vcont(("name" + fresh).c_str()) != nullptr, done);
+        EXPECT_TRUE(TI_V_set_overwrite(true));
+        tree.write("file", (++round, text()));
+    };
+    EXPECT_GT(kit::sweepAllocations(read, check), 5);
+    EXPECT_TRUE(done);
 }
 
 TEST_F(ToolInfo, TheEnvironmentComesBeforeEverything) {

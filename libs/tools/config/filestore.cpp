@@ -30,11 +30,8 @@ KazString filestoreDir() {
     return context != nullptr ? context->getFilestoreDir() : KazString();
 }
 
-/// The project directory; a "~" that a shell was kept from expanding has lost
-/// its backslash.
 const char* projectDir() {
-    const char* dir = orEmpty(kaz_env_projdir());
-    return std::strncmp(dir, "\\~", 2) == 0 ? dir + 1 : dir;
+    return kaz::detail::withoutTildeEscape(orEmpty(kaz_env_projdir()));
 }
 
 /// Sets the process's file-creation mask for a scope.
@@ -132,7 +129,7 @@ void kaz_fs_filestore_dir_asgn(const KazString& dir) {
 
 char* kaz_fs_filestore_path() {
     static char path[nameSize];
-    const KazString project = orEmpty(kaz_env_projdir());
+    const KazString project = projectDir();
     const KazString system = orEmpty(kaz_env_system());
     const KazString filestore = filestoreDir();
     path[0] = '\0';

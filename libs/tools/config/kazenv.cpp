@@ -2,6 +2,7 @@
 
 #include "tools/app/KazToolsContext.h"
 #include "tools/app/arguments.h"
+#include "tools/config/detail/names.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 
@@ -64,9 +65,7 @@ KazString composedSystemDir() {
     const char* project = kaz_env_text(kaz_env_id_projdir);
     if (!system || project == nullptr || *project == '\0')
         return KazString();
-    // A "~" that a shell was kept from expanding arrives with its backslash.
-    if (std::strncmp(project, "\\~", 2) == 0)
-        ++project;
+    project = kaz::detail::withoutTildeEscape(project);
     return kazComposePath(KazString(_TI_hm(project)), system);
 }
 

@@ -14,6 +14,12 @@ inline const char* orEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
+/// A project directory as it is meant: a "~" that a shell was kept from expanding
+/// arrives with a backslash in front.
+inline const char* withoutTildeEscape(const char* dir) {
+    return std::strncmp(dir, "\\~", 2) == 0 ? dir + 1 : dir;
+}
+
 /// Copies as much of @p text as fits with its terminator. They may overlap.
 inline void copyCut(char* buffer, std::size_t size, const char* text) {
     if (size == 0)
