@@ -4,9 +4,16 @@
 
 #include "tools/export.h"
 
+#include "tools/util/bitvec.h"
+#include "tools/util/gnu_regex.h"
+#include "tools/util/gu_index_list.h"
+#include "tools/util/gu_list.h"
+#include "tools/util/gu_queue.h"
 #include "tools/util/gu_set.h"
 #include "tools/util/memory.h"
+#include "tools/util/string_map.h"
 #include "tools/util/text.h"
+#include "tools/util/tree.h"
 
 #include "tools/strings/KazQuotedStringTokenizer.h"
 #include "tools/strings/KazString.h"
@@ -15,6 +22,16 @@
 #include "tools/strings/KazWQuotedStringTokenizer.h"
 #include "tools/strings/KazWString.h"
 #include "tools/strings/KazWStringTokenizer.h"
+
+#include "tools/containers/KazArrayPtr.h"
+#include "tools/containers/KazColl.h"
+#include "tools/containers/KazHashTable.h"
+#include "tools/containers/KazIntColl.h"
+#include "tools/containers/KazIntTree.h"
+#include "tools/containers/KazStringColl.h"
+#include "tools/containers/KazStringToStringMap.h"
+#include "tools/containers/KazStringTree.h"
+#include "tools/containers/KazTree.h"
 
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazFilePath.h"
@@ -31,6 +48,7 @@
 #include "tools/messages/KazProgressMap.h"
 #include "tools/messages/KazProgressRange.h"
 #include "tools/messages/messages.h"
+#include "tools/messages/textcatalog.h"
 
 #include "tools/config/KazEnvValue.h"
 #include "tools/config/filestore.h"
