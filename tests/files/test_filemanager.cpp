@@ -2,6 +2,7 @@
 // that can go wrong on a disk.
 #include "tools/files/KazFileManager.h"
 
+#include "kit/alloc_failure.h"
 #include "kit/director.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
@@ -109,7 +110,7 @@ protected:
 TEST_F(FileManager, CopiesWhatTheModelSelects) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed());
-    for (int round = 0; round < 12; ++round) {
+    for (int round = 0; round < 6; ++round) {
         const kit::TempTree tree;
         tree.mkdir("src");
         tree.mkdir("dst");
@@ -130,7 +131,7 @@ TEST_F(FileManager, CopiesWhatTheModelSelects) {
 TEST_F(FileManager, DestroysWhatTheModelSelects) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed() + 1);
-    for (int round = 0; round < 12; ++round) {
+    for (int round = 0; round < 6; ++round) {
         const kit::TempTree tree;
         tree.mkdir("src");
         tree::grow(tree, "src", random, 2);
@@ -420,6 +421,37 @@ TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
     EXPECT_TRUE(tree.exists(deep + "/f"));
     EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
     EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
+}
+
+TEST_F(FileManager, FailedAllocationsLeaveWholeTargetsOrNone) {
+    const kit::TempTree tree;
+    tree.write("src/small", "text");
+    tree.write("src/sub/large", std::string(100000, 'x'));
+    tree.write("src/old", "new");
+    tree.write("old", "old");
+    const tree::Snapshot source = tree::snapshot(tree.path("src"));
+    KazFileManager manager(tree.native("src").c_str());
+    const KazString dst = tree.native("dst").c_str();
+    const auto prepare = [&] {
+        fs::remove_all(tree.path("dst"));
+        tree.write("dst/src/old", "old");
+        makeOld(tree.path("dst/src/old"));
+    };
+    prepare();
+    bool copied = false;
+    const long points = kit::sweepAllocations(
+        [&] { copied = manager.copy(dst, true); },
+        [&] {
+            for (const auto& [path, what] : tree::snapshot(tree.path("dst/src"))) {
+                ASSERT_EQ(source.count(path), 1u) << path;
+                ASSERT_TRUE(what == source.at(path) || what == tree::describe(tree.path("old")));
+            }
+            prepare();
+        });
+    EXPECT_GT(points, 5);
+    EXPECT_TRUE(copied);
+    EXPECT_EQ(tree::snapshot(tree.path("dst/src")), source);
+    EXPECT_EQ(tree::snapshot(tree.path("src")), source);
 }
 
 TEST_F(FileManager, FullDiskLeavesWholeTargetsOrNone) {

@@ -4,9 +4,9 @@
 #include "tools/files/kazpath.h"
 #include "tools/platform/host.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +37,11 @@ std::string entryPath(const std::string& prefix, const std::string& name) {
         return ".\\" + name;
     return prefix + name;
 }
+
+struct CloseStream {
+    void operator()(FILE* file) const { std::fclose(file); }
+};
+using Stream = std::unique_ptr<FILE, CloseStream>;
 
 std::string temporaryPlace(const char* dir) {
     return *textOf(dir) != '\0' ? dir : host::temporaryDirectory();
@@ -111,17 +116,15 @@ int copy_file(const char* source, const char* target, bool keepExisting) {
 
 FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
     std::string created;
-    FILE* file = host::createTemporary(temporaryPlace(dir).c_str(), textOf(prefix), created);
+    Stream file(host::createTemporary(temporaryPlace(dir).c_str(), textOf(prefix), created));
     if (file != nullptr)
         path = toText(created);
-    return file;
+    return file.release();
 }
 
 KazString TI_tmpname(const char* dir, const char* prefix) {
     KazString path;
-    FILE* file = TI_tmpfile(dir, prefix, path);
-    if (file != nullptr)
-        std::fclose(file);
+    const Stream file(TI_tmpfile(dir, prefix, path));
     return path;
 }
 

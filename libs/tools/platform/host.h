@@ -13,7 +13,8 @@
 ///   out say how long they live.
 /// - Functions that return int give 0, or -1 with errno set. Calls that a signal
 ///   interrupts are repeated, short transfers are completed.
-/// - Running out of memory ends in the installed new-handler, never in errno.
+/// - Running out of memory ends in the installed new-handler; only where the
+///   system itself wants memory (an open stream, a listing) it is ENOMEM.
 /// - Nothing here prints.
 #pragma once
 
@@ -71,9 +72,6 @@ std::string absolutePath(const char* path);
 /// The current directory; empty with errno set when it cannot be told.
 std::string currentDirectory();
 
-/// Changes the current directory of the process.
-int changeDirectory(const char* path);
-
 /// The file that holds this library's code: absolute, links resolved in its
 /// directory part only, so that a versioned name stays as it was loaded. Empty
 /// when it cannot be told.
@@ -113,9 +111,6 @@ struct FileStatus {
 /// default FileStatus.
 int status(const char* path, FileStatus& result);
 
-/// The same without following a link at the end of the path.
-int linkStatus(const char* path, FileStatus& result);
-
 bool exists(const char* path);      ///< links followed: a dangling one does not
 bool isDirectory(const char* path); ///< links followed
 /// A directory that is reached by its own name, not through a link.
@@ -132,8 +127,6 @@ int removeDirectory(const char* path);
 int removeFile(const char* path);
 /// Renames within one file system; an existing target is replaced in one step.
 int renameFile(const char* from, const char* to);
-/// Sets the nine permission bits.
-int setPermissions(const char* path, unsigned mode);
 
 /// The process's file-creation mask. On POSIX it can only be read by setting
 /// it, so another thread that creates a file at that moment may see mask 0777.

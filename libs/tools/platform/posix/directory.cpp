@@ -31,22 +31,13 @@ Listing openListing(int dir) {
     return listing;
 }
 
+/// From the listing itself where the file system tells.
 Kind kindOfEntry(int dir, const dirent& entry) {
-    switch (entry.d_type) {
-    case DT_REG:
-        return Kind::file;
-    case DT_DIR:
-        return Kind::directory;
-    case DT_LNK:
-        return Kind::link;
-    case DT_UNKNOWN: {
-        FileStatus info;
-        statusAt(dir, entry.d_name, AT_SYMLINK_NOFOLLOW, info);
-        return info.kind;
-    }
-    default:
-        return Kind::special;
-    }
+    if (entry.d_type != DT_UNKNOWN)
+        return kindOf(DTTOIF(entry.d_type));
+    FileStatus info;
+    statusAt(dir, entry.d_name, AT_SYMLINK_NOFOLLOW, info);
+    return info.kind;
 }
 
 } // namespace

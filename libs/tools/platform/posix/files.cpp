@@ -3,8 +3,10 @@
 #include "tools/platform/posix/descriptor.h"
 #include "tools/platform/posix/file_status.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace kaz::host {
@@ -17,14 +19,24 @@ int onHostPath(const char* path, Operation operation) {
     return canName(path) ? operation(hostPath(path).c_str()) : failWith(ENOENT);
 }
 
-/// A template for mkstemp and its kin, which replace the trailing X.
+/// What mkstemp and its kin replace at the end of a template.
+constexpr std::string_view placeholder = "XXXXXX";
+
 std::string temporaryTemplate(const char* directory, const char* prefix) {
     std::string result = hostPath(directory);
     if (!result.empty() && result.back() != '/')
         result += '/';
     for (const char* c = prefix; *c != '\0'; ++c)
         result += *c == '/' || *c == '\\' || *c == ':' ? '_' : *c;
-    return result + "XXXXXX";
+    return result.append(placeholder);
+}
+
+/// Carries what the placeholder became over to the native path. Without an
+/// allocation, so that nothing fails once the file is there.
+void takeName(const std::string& created, std::string& nativeTemplate, std::string& path) {
+    std::copy(created.end() - placeholder.size(), created.end(),
+              nativeTemplate.end() - placeholder.size());
+    path.swap(nativeTemplate);
 }
 
 } // namespace
@@ -32,13 +44,6 @@ std::string temporaryTemplate(const char* directory, const char* prefix) {
 int status(const char* path, FileStatus& result) {
     result = FileStatus();
     return onHostPath(path, [&](const char* name) { return statusAt(AT_FDCWD, name, 0, result); });
-}
-
-int linkStatus(const char* path, FileStatus& result) {
-    result = FileStatus();
-    return onHostPath(path, [&](const char* name) {
-        return statusAt(AT_FDCWD, name, AT_SYMLINK_NOFOLLOW, result);
-    });
 }
 
 bool exists(const char* path) {
@@ -57,7 +62,9 @@ bool isRealDirectory(const char* path) {
     while (own.size() > 1 && (own.back() == '/' || own.back() == '\\'))
         own.pop_back();
     FileStatus info;
-    return canName(path) && linkStatus(own.c_str(), info) == 0 && info.kind == Kind::directory;
+    return canName(path) &&
+           statusAt(AT_FDCWD, hostPath(own.c_str()).c_str(), AT_SYMLINK_NOFOLLOW, info) == 0 &&
+           info.kind == Kind::directory;
 }
 
 int access(const char* path, int mode) {
@@ -82,10 +89,6 @@ int renameFile(const char* from, const char* to) {
     return onHostPath(from, [&](const char* name) {
         return onHostPath(to, [&](const char* newName) { return ::rename(name, newName); });
     });
-}
-
-int setPermissions(const char* path, unsigned mode) {
-    return onHostPath(path, [&](const char* name) { return ::chmod(name, mode & 0777); });
 }
 
 unsigned fileMask() {
@@ -119,7 +122,7 @@ std::FILE* createTemporary(const char* directory, const char* prefix, std::strin
         return nullptr;
     }
     std::string name = temporaryTemplate(directory, prefix);
-    std::string result = nativePath(name.c_str());
+    std::string native = nativePath(name.c_str());
     Descriptor file(::mkostemp(name.data(), O_CLOEXEC));
     if (!file.isOpen())
         return nullptr;
@@ -129,7 +132,7 @@ std::FILE* createTemporary(const char* directory, const char* prefix, std::strin
         return nullptr;
     }
     file.release();
-    path = nativePath(name.c_str());
+    takeName(name, native, path);
     return stream;
 }
 
@@ -137,9 +140,10 @@ int createTemporaryDirectory(const char* parent, const char* prefix, std::string
     if (!canName(parent))
         return failWith(ENOENT);
     std::string name = temporaryTemplate(parent, prefix);
+    std::string native = nativePath(name.c_str());
     if (::mkdtemp(name.data()) == nullptr)
         return -1;
-    path = nativePath(name.c_str());
+    takeName(name, native, path);
     return 0;
 }
 

@@ -146,10 +146,6 @@ std::string currentDirectory() {
                                                              : std::string();
 }
 
-int changeDirectory(const char* path) {
-    return canName(path) ? ::chdir(hostPath(path).c_str()) : failWith(ENOENT);
-}
-
 std::string moduleFileName() {
     Dl_info info;
     if (::dladdr(reinterpret_cast<const void*>(&moduleFileName), &info) == 0)

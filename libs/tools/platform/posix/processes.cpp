@@ -52,15 +52,11 @@ public:
         return ended_;
     }
 
+    /// Without a status when children are not kept for us (SIGCHLD is ignored).
     Completion completion() const {
         Completion result;
-        if (!known_)
-            result.status = -1; // children are not kept for us: SIGCHLD is ignored
-        else if (WIFSIGNALED(status_)) {
-            result.status = -1;
-            result.signal = WTERMSIG(status_);
-        } else
-            result.status = WEXITSTATUS(status_);
+        result.status = known_ && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
+        result.signal = known_ && WIFSIGNALED(status_) ? WTERMSIG(status_) : 0;
         return result;
     }
 
