@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace {
@@ -69,8 +70,8 @@ TEST_F(Filestore, PathLeavesOutWhatDoesNotFit) {
         const std::string project = dirOfLength(length);
         kaz_env_projdir_asgn(project.c_str());
         kaz_env_system_asgn("s");
-        // The separator is one more than what is asked for: 138 characters with a
-        // one-letter system make 140, which the joining refuses.
+        // With separator and terminator, 138 characters and a one-letter system
+        // are one too many.
         std::string expected = length <= 139 ? project : "s";
         if (length <= 137)
             expected += "\\s";
@@ -130,6 +131,19 @@ TEST_F(Filestore, CatDirStaysInItsRoom) {
     std::strcpy(buffer, tree.native("file").c_str());
     EXPECT_EQ(kaz_fs_cat_dir(buffer, buffer + 140, ""), 1);
     EXPECT_EQ(kaz_fs_cat_dir(buffer, buffer + 140, "x"), 1);
+}
+
+TEST_F(Filestore, ReadOnlyDatabasesNeedNoWritePermission) {
+    std::string dir = tree.native("d");
+    tree.mkdir("d");
+    mode("d", 0555);
+    // Some users may write everywhere.
+    const bool mayWrite = std::ofstream(tree.path("d/probe")).good();
+    EXPECT_EQ(kaz_fs_cat_dir(dir.data(), nullptr, ""), mayWrite ? 0 : 1);
+    kazSetDbReadonly(true);
+    EXPECT_TRUE(kazIsDbReadonly());
+    EXPECT_EQ(kaz_fs_cat_dir(dir.data(), nullptr, ""), 0);
+    mode("d", 0755);
 }
 
 TEST_F(Filestore, NewFilesGetTheModeThatTheSystemPrescribes) {

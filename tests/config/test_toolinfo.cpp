@@ -136,7 +136,8 @@ std::string randomLine(kit::Random& rng) {
                std::string(static_cast<std::size_t>(rng.between(5100, 5125)), 'v') +
                randomName(rng) + "=rest";
     case 3:
-        return randomName(rng) + "=before" + std::string(1, '\0') + "after=b";
+        return randomName(rng).insert(rng.oneIn(3) ? 1 : 0, rng.oneIn(3) ? 1 : 0, '\0') +
+               "=before " + std::string(1, '\0') + "after=b";
     case 4:
         return randomName(rng) + "=";
     default:
@@ -515,6 +516,15 @@ TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
         char* copy = const_cast<char*>(kazGetUserHomeDir());
         EXPECT_EQ(copy, home + "\\");
         std::free(copy);
+    }
+    {
+        const kit::ScopedEnv variable("HOME", "/no/such/directory");
+        EXPECT_NE(std::string(_TI_hm("~\\x")).substr(0, 3), "\\no");
+        EXPECT_FALSE(std::filesystem::exists("/no"));
+    }
+    {
+        const kit::ScopedEnv variable("HOME", "/");
+        EXPECT_STREQ(_TI_hm("~/x"), "\\x");
     }
     // An argument in the result's own buffer.
     tree.mkdir("~");

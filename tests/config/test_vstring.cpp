@@ -202,8 +202,9 @@ TEST_F(VString, ResolversMayExpandPushAndPop) {
     vstring_set_simple_var("a", "simple");
     variables["a"] = "pushed";
     for (int i = 0; i < 5; ++i)
-        vstring_push_lookup_func(dropAllAndPass);
-    EXPECT_EQ(expand("${a}"), "simple");
+        vstring_push_lookup_func([](const char*) { return "gone"; });
+    vstring_push_lookup_func(dropAllAndPass);
+    EXPECT_EQ(expand("${a}"), "simple") << "what was taken off is not asked";
     vstring_push_lookup_func(pushAndPass);
     EXPECT_EQ(expand("${a}${a}"), "simplepushed")
         << "a new function is asked from the next name on";

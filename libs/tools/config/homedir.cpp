@@ -67,7 +67,7 @@ std::string expandedHome(const std::string& rest) {
     if (!home.empty())
         return '"' + createdBelow(home, {"Application Data", "Tarvo", "Mox"}) + '\\' + rest + '"';
     home = kaz::host::homeDirectory();
-    return home.empty() ? home : home + '\\' + rest;
+    return kaz::host::isDirectory(home.c_str()) ? home + '\\' + rest : std::string();
 }
 
 } // namespace

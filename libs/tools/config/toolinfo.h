@@ -107,7 +107,7 @@ KAZ_API KazString kazMoxBinDir();
 /// application data, or, where these are unknown, below "Application Data" of
 /// "USERPROFILE": it is created where it is missing, and the second form of the
 /// result stands in double quotes. Else, on POSIX, it is the directory in the
-/// system's user database, and nothing is created.
+/// system's user database when that exists, and nothing is created.
 ///
 /// The result of an expansion lives in one process-wide buffer that the next
 /// expansion replaces; @p path may lie in that buffer.
