@@ -125,8 +125,7 @@ Status run(const CopyOptions& options) {
         return WrongUsage;
     }
     const Plan plan = makePlan(options);
-    print_msg("System '%s': %zu files in %zu directories.", options.system.getValue(),
-              plan.fileCount, plan.directories.size());
+    printPlan(plan, options.system);
     if (plan.fileCount == 0 && (options.isRestricted() || !plan.failures.empty())) {
         print_err("There is nothing to copy");
         printFailures(plan.failures);

@@ -11,19 +11,19 @@ namespace {
 /// The options of this tool; their texts and abbreviations are the suite's.
 struct Accepted {
     arg_type_enum type;
-    const char* value; ///< name of the value, or null
     bool required;
+    const char* value; ///< name of the value, or null
     const char* meaning;
 };
 
 constexpr Accepted acceptedOptions[] = {
-    {arg_projdir, "DIR", true, "project directory"},
-    {arg_system, "NAME", true, "system to copy"},
-    {arg_target, "DIR", false, "where the copy goes (else the ToolInfo variable tmp_dir)"},
-    {arg_filter, "PATTERN", false, "copy the files whose names match only"},
-    {arg_verbose, nullptr, false, "tell each file that is copied"},
-    {arg_Force, nullptr, false, "overwrite an existing copy without asking"},
-    {arg_Quiet, nullptr, false, "show questions and errors only"},
+    {arg_projdir, true, "DIR", "project directory"},
+    {arg_system, true, "NAME", "system to copy"},
+    {arg_target, false, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
+    {arg_filter, false, "PATTERN", "copy the files whose names match only"},
+    {arg_verbose, false, nullptr, "tell each file that is copied"},
+    {arg_Force, false, nullptr, "overwrite an existing copy without asking"},
+    {arg_Quiet, false, nullptr, "show questions and errors only"},
 };
 
 std::vector<arg_type_enum> typesOf(bool required) {
@@ -53,7 +53,7 @@ KazString spelled(const Accepted& option) {
 /// The shortest text that still means the option.
 KazString abbreviation(const Accepted& option) {
     const KazArgDescription* row = KazArgDescription::find(option.type);
-    const KazString full(row->text);
+    KazString full(row->text);
     for (int length = row->minLength; length < full.getLength(); ++length)
         if (KazArgDescription::match(full.subStringBefore(length)) == row)
             return full.subStringBefore(length);

@@ -1,8 +1,11 @@
 /// @file
-/// The last words of a run.
+/// What a run tells about its work.
 #pragma once
 
 #include "copy.h"
+
+/// Tells what there is to copy.
+void printPlan(const Plan& plan, const KazString& system);
 
 /// Tells what was copied to @p destination in how many seconds.
 void printSummary(const CopyResult& result, const KazString& destination, double seconds);

@@ -209,6 +209,21 @@ TEST_F(MoxCopy, RefusesNamesThatCannotBe) {
     EXPECT_FALSE(tree.exists("copies"));
 }
 
+TEST_F(MoxCopy, NeedsItsConfiguration) {
+    makeSystem();
+    tree.write("suite/ToolInfo", "ToolInfo = site\n");
+    tree.write("suite/site", "% no directory for copies\n");
+    auto result = copy({});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(result.err.starts_with(
+        "There is no -target, and the ToolInfo variable tmp_dir is not set\nusage: "));
+    fs::remove(tree.path("suite/ToolInfo"));
+    result = copy({});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "ToolInfo environment variable is not set\n");
+    EXPECT_EQ(copy({"-target", "t"}).status, 0) << "nothing is asked of it then";
+}
+
 TEST_F(MoxCopy, RefusesTargetsAndSourcesInOneAnother) {
     makeSystem();
     fs::create_directory_symlink(tree.path("plant/brewery/deep"), tree.path("link"));

@@ -8,7 +8,7 @@
 class KAZ_API KazContext {
 public:
     KazContext() = default;
-    KazContext(const KazContext&) {}
-    KazContext& operator=(const KazContext&) { return *this; }
+    KazContext(const KazContext&) = default;
+    KazContext& operator=(const KazContext&) = default;
     virtual ~KazContext();
 };
