@@ -183,9 +183,18 @@ generic_tree* settle(generic_tree* root) {
     return root;
 }
 
-/// A subtree is at most half as heavy as the settled tree around it, so there
-/// are never more than two links a level waiting, at 31 levels at most.
-constexpr std::size_t maxPending = 64;
+/// A subtree is about half as heavy as the settled tree around it, which makes
+/// 31 levels; only wrong weights could lead deeper.
+constexpr int maxLevels = 64;
+
+generic_tree* balance(generic_tree* root, int level) {
+    if (weightOf(root) < 3 || level == maxLevels)
+        return root;
+    root = settle(root);
+    root->left = balance(root->left, level + 1);
+    root->right = balance(root->right, level + 1);
+    return root;
+}
 
 /// The end of the links on @p side from @p node.
 generic_tree* endOf(generic_tree* node, Side side) {
@@ -380,18 +389,7 @@ generic_tree* copy_tree_deep(generic_tree* root, tree_value_copy copy) {
 }
 
 generic_tree* balance_tree(generic_tree* root, tree_comparator) {
-    generic_tree** pending[maxPending] = {&root};
-    for (std::size_t count = 1; count > 0;) {
-        generic_tree*& subtree = *pending[--count];
-        if (weightOf(subtree) < 3)
-            continue;
-        subtree = settle(subtree);
-        if (count + 2 > maxPending)
-            continue;
-        pending[count++] = &subtree->left;
-        pending[count++] = &subtree->right;
-    }
-    return root;
+    return balance(root, 0);
 }
 
 int cmp_strings(const char* a, const char* b) {
