@@ -41,6 +41,16 @@ void handle(int signal, void (*handler)(int), int flags) {
     sigaction(signal, &action, nullptr);
 }
 
+/// Speaks while a file of the user's is open.
+int writeFile(const char* name) {
+    std::FILE* const file = std::fopen(name, "w");
+    std::fputs("data\n", file);
+    std::fflush(file);
+    print_msg("shown");
+    print_err("shown too");
+    return std::fclose(file);
+}
+
 /// 0 when the tool's handler is in its place again afterwards.
 int askWhileHandling(int signal, int flags) {
     handle(signal, noteSignal, flags);
@@ -113,6 +123,8 @@ class PromptTool : public KazConsoleApp {
         if (what == "confirm")
             return KazIODirector::confirm("Save", "Discard changes?", KazIODirector::YesNoCancel,
                                           KazIODirector::Ignore);
+        if (what == "keeping")
+            return writeFile(argv[2]);
         print_msg("shown");
         if (what == "fatal")
             fatal_err("no such thing as \"%s\"", argv[1]);

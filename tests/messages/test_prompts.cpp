@@ -1,6 +1,7 @@
 // Questions asked by whole tools: on a terminal, from a file, and from nowhere.
 
 #include "kit/process.h"
+#include "kit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -110,6 +111,15 @@ TEST(Prompts, AToolOutlivesItsOutput) {
         EXPECT_EQ(full.status, status) << what;
         EXPECT_EQ(full.err.find("no such thing as \"fatal\"\n") == 0, status == 1);
     }
+}
+
+TEST(Prompts, WithoutOutputMessagesDoNotEndUpInTheUsersFile) {
+    const kit::TempTree tree;
+    kit::RunOptions options;
+    options.closeStdin = true;
+    options.closeStdout = true;
+    EXPECT_EQ(kit::run({"prompt_tool", "keeping", tree.path("file")}, options).status, 0);
+    EXPECT_EQ(tree.read("file"), "data\n");
 }
 
 TEST(Prompts, TheToolOfTheGuideDoesWhatItSays) {

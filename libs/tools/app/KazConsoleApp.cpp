@@ -2,6 +2,7 @@
 
 #include "tools/app/KazException.h"
 #include "tools/app/KazMasterContext.h"
+#include "tools/platform/host.h"
 
 KazConsoleApp::KazConsoleApp() = default;
 
@@ -26,6 +27,7 @@ KazConsoleApp* KazConsoleApp::getInstance() {
 }
 
 int KazConsoleApp::superMain(int count, char** arguments) {
+    kaz::host::holdStandardStreams();
     setHandlers();
     argc = count;
     argv = arguments;

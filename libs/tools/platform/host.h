@@ -216,6 +216,11 @@ private:
 
 // -------------------------------------------------------------------- streams
 
+/// Puts the null device in place of each standard stream that the process was
+/// started without. Otherwise the first file that a tool opens would be its
+/// standard output, and its messages would end up among the user's data.
+void holdStandardStreams();
+
 /// Flushes and closes every stdio stream of the process, the standard ones
 /// included. Output that is written to one afterwards goes nowhere, input is at
 /// its end; no later file can be hit through a reused descriptor.

@@ -7,6 +7,13 @@
 
 namespace kaz::host {
 
+void holdStandardStreams() {
+    // Each open takes the lowest free number, which is the one that is missing.
+    for (int standard = 0; standard <= 2; ++standard)
+        if (::fcntl(standard, F_GETFD) == -1)
+            static_cast<void>(retry([] { return ::open("/dev/null", O_RDWR); }));
+}
+
 void closeAllStreams() {
     // The C library writes out and empties every stream but keeps descriptors
     // open. The null device in place of the standard ones ends them for whoever

@@ -7,7 +7,7 @@ namespace kaz::host {
 namespace {
 
 constinit bool echoIsOff = false;
-constinit DWORD foundMode = 0;
+constinit DWORD echoingMode = 0;
 
 HANDLE input() {
     return GetStdHandle(STD_INPUT_HANDLE);
@@ -17,7 +17,7 @@ HANDLE input() {
 /// ended from outside; what then happens is left to it.
 BOOL WINAPI giveConsoleBack(DWORD) {
     if (echoIsOff)
-        SetConsoleMode(input(), foundMode);
+        SetConsoleMode(input(), echoingMode);
     return FALSE;
 }
 
@@ -29,7 +29,7 @@ bool echoOff() {
     DWORD mode = 0;
     if (GetConsoleMode(input(), &mode) == 0)
         return false;
-    foundMode = mode;
+    echoingMode = mode | ENABLE_ECHO_INPUT;
     echoIsOff = true;
     SetConsoleCtrlHandler(giveConsoleBack, TRUE);
     SetConsoleMode(input(), mode & ~DWORD{ENABLE_ECHO_INPUT});
@@ -39,7 +39,7 @@ bool echoOff() {
 void echoOn() {
     if (!echoIsOff)
         return;
-    SetConsoleMode(input(), foundMode);
+    SetConsoleMode(input(), echoingMode);
     SetConsoleCtrlHandler(giveConsoleBack, FALSE);
     echoIsOff = false;
 }

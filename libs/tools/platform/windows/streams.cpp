@@ -8,6 +8,10 @@
 
 namespace kaz::host {
 
+// The runtime library keeps the three numbers for itself: a process without
+// standard streams opens its first file as number 3.
+void holdStandardStreams() {}
+
 void closeAllStreams() {
     std::fflush(nullptr);
     ::_fcloseall(); // all but the standard ones
