@@ -1,0 +1,10 @@
+/// @file
+/// The printf conversions in a text.
+#pragma once
+
+#include <string>
+
+/// The arguments that printf would take for @p text, as its conversions with
+/// their length modifiers, in the order of the arguments: "%s %ld". A "*" is a
+/// "%d". Two texts with the same result can stand for one another.
+std::string printfArguments(const std::string& text);

@@ -1,0 +1,69 @@
+#include "messages.h"
+
+#include "message_file.h"
+#include "source_text.h"
+#include "tools/moxtools.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace {
+
+/// Reads a whole file. False, and a problem, when that cannot be done.
+bool readFile(Messages& messages, std::string& bytes) {
+    errno = 0;
+    std::FILE* stream = TI_fopen(messages.file.c_str(), "rb");
+    bool whole = stream != nullptr;
+    if (stream) {
+        char part[65536];
+        for (std::size_t got; (got = std::fread(part, 1, sizeof part, stream)) > 0;)
+            bytes.append(part, got);
+        whole = std::ferror(stream) == 0;
+    }
+    const int reason = errno;
+    if (stream)
+        std::fclose(stream);
+    if (!whole)
+        messages.addProblem(0, "cannot be read: " + std::generic_category().message(reason));
+    return whole;
+}
+
+} // namespace
+
+std::string Messages::place(int line) const {
+    return line > 0 ? file + ":" + std::to_string(line) : file;
+}
+
+bool Messages::report() {
+    std::stable_sort(problems.begin(), problems.end(),
+                     [](const Problem& a, const Problem& b) { return a.line < b.line; });
+    for (const Problem& problem : problems)
+        print_err("%s: %s", place(problem.line).c_str(), problem.text.c_str());
+    return problems.empty();
+}
+
+Messages readMessages(const std::string& file) {
+    Messages messages{file, {}, {}};
+    std::string bytes;
+    if (readFile(messages, bytes))
+        isMessageFile(bytes) ? decodeMessageFile(bytes, messages) : parseSource(bytes, messages);
+    return messages;
+}
+
+Messages readMessageFile(const std::string& file) {
+    Messages messages{file, {}, {}};
+    std::string bytes;
+    if (readFile(messages, bytes))
+        decodeMessageFile(bytes, messages);
+    return messages;
+}
+
+Messages readSourceText(const std::string& file) {
+    Messages messages{file, {}, {}};
+    std::string bytes;
+    if (readFile(messages, bytes))
+        parseSource(bytes, messages);
+    return messages;
+}

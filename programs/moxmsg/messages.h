@@ -1,0 +1,37 @@
+/// @file
+/// A set of message texts, wherever it came from, and what is wrong with it.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct Message {
+    std::string text;
+    int line = 0; ///< where it begins in a source text; 0 in a message file
+};
+
+struct Problem {
+    int line; ///< 0 where there are no lines
+    std::string text;
+};
+
+struct Messages {
+    std::string file; ///< as the user named it
+    std::map<int, Message> texts;
+    std::vector<Problem> problems;
+
+    /// "file:line", or "file" where there are no lines.
+    std::string place(int line) const;
+    void addProblem(int line, const std::string& text) { problems.push_back({line, text}); }
+    /// Prints the problems, by line, on the error channel. True when there are none.
+    bool report();
+};
+
+/// Messages of a source text or of a message file, told apart by their
+/// beginning. A file that cannot be read is a problem, too.
+Messages readMessages(const std::string& file);
+/// The same for one that has to be a message file.
+Messages readMessageFile(const std::string& file);
+/// The same for one that has to be a source text.
+Messages readSourceText(const std::string& file);

@@ -1,0 +1,145 @@
+/// Makes, shows, compares and checks message files.
+
+#include "common/CommandLine.h"
+#include "formats.h"
+#include "message_file.h"
+#include "messages.h"
+#include "output.h"
+#include "source_text.h"
+#include "tools/moxtools.h"
+
+namespace {
+
+enum Status { Done = 0, Failed = 1 };
+
+const CommandLine
+    commandLine("moxmsg", "[other]",
+                "Compiles a source text into a message file, or checks it when no output is\n"
+                "named. Writes a message file back as source text. With -merge compares with\n"
+                "the other file, of either kind.",
+                {{arg_source, "TEXT", "source text to compile or to check"},
+                 {arg_file, "MSG_FILE", "message file to write back as text, or to compare"},
+                 {arg_merge, nullptr, "compare with the other file"},
+                 {arg_output, "FILE", "file to write instead of standard output"}});
+
+std::string textOf(arg_type_enum type) {
+    const char* text = kaz_arg_text(type, 0, nullptr);
+    return text ? text : "";
+}
+
+struct Request {
+    std::string source;
+    std::string file;
+    std::string output;
+    std::string other; ///< what to compare with, or ""
+
+    /// What is wrong with the request; "" when nothing is.
+    std::string problem() const {
+        if (source.empty() == file.empty())
+            return "either -source or -file is needed";
+        if (TI_no(textOf(arg_merge).c_str()) == other.empty())
+            return other.empty() ? "-merge needs another file" : "what is " + other + " for?";
+        if (kaz_arg_get_untagged(1))
+            return std::string("what is ") + kaz_arg_get_untagged(1) + " for?";
+        for (const std::string& input : {source, file, other}) {
+            if (!output.empty() && !input.empty() && isSameFile(input, output))
+                return "-output would overwrite " + input;
+        }
+        return "";
+    }
+};
+
+/// Texts with one number that do not take the same arguments are a problem of
+/// the first file.
+void compareFormats(Messages& messages, const Messages& other) {
+    for (const auto& [number, message] : messages.texts) {
+        const auto found = other.texts.find(number);
+        if (found == other.texts.end())
+            continue;
+        const std::string here = printfArguments(message.text);
+        const std::string there = printfArguments(found->second.text);
+        if (here != there)
+            messages.addProblem(message.line, "the arguments of " + std::to_string(number) + " (" +
+                                                  here + ") are others in " +
+                                                  other.place(found->second.line) + " (" + there +
+                                                  ")");
+    }
+}
+
+std::string listing(const Messages& messages) {
+    std::string text;
+    for (const auto& [number, message] : messages.texts)
+        text += sourceLine(number, message.text) + "\n";
+    return text;
+}
+
+std::string differences(const Messages& messages, const Messages& other) {
+    std::string text;
+    auto here = messages.texts.begin();
+    auto there = other.texts.begin();
+    while (here != messages.texts.end() || there != other.texts.end()) {
+        const bool isHere = there == other.texts.end() ||
+                            (here != messages.texts.end() && here->first <= there->first);
+        const bool isThere = here == messages.texts.end() ||
+                             (there != other.texts.end() && there->first <= here->first);
+        if (!isHere || !isThere || here->second.text != there->second.text) {
+            text += isHere ? "< " + sourceLine(here->first, here->second.text) + "\n" : "";
+            text += isThere ? "> " + sourceLine(there->first, there->second.text) + "\n" : "";
+        }
+        here = isHere ? std::next(here) : here;
+        there = isThere ? std::next(there) : there;
+    }
+    return text;
+}
+
+Status compile(const Request& request) {
+    Messages messages = readSourceText(request.source);
+    bool isSound = true;
+    if (!request.other.empty()) {
+        Messages other = readMessages(request.other);
+        isSound = other.report();
+        compareFormats(messages, other);
+    }
+    const std::string bytes = encodeMessageFile(messages);
+    if (!messages.report() || !isSound)
+        return Failed;
+    return request.output.empty() || writeOutput(request.output, bytes) ? Done : Failed;
+}
+
+Status show(const Request& request) {
+    Messages messages = readMessageFile(request.file);
+    const bool isSound = messages.report();
+    return writeOutput(request.output, listing(messages)) && isSound ? Done : Failed;
+}
+
+Status compare(const Request& request) {
+    Messages messages = readMessageFile(request.file);
+    Messages other = readMessages(request.other);
+    const bool otherIsSound = other.report();
+    compareFormats(messages, other);
+    const bool isSound = messages.report() && otherIsSound;
+    const std::string found = differences(messages, other);
+    return writeOutput(request.output, found) && isSound && found.empty() ? Done : Failed;
+}
+
+class MoxMsg : public KazConsoleApp {
+    int runTool(int argc, char** argv) override {
+        if (!commandLine.parse(argc, argv))
+            return CommandLine::wrongUsage;
+        const char* other = kaz_arg_get_untagged(0);
+        const Request request{textOf(arg_source), textOf(arg_file), textOf(arg_output),
+                              other ? other : ""};
+        const std::string problem = request.problem();
+        if (!problem.empty()) {
+            commandLine.complain(problem);
+            return CommandLine::wrongUsage;
+        }
+        if (!request.source.empty())
+            return compile(request);
+        return request.other.empty() ? show(request) : compare(request);
+    }
+};
+
+MoxMsg theTool;
+
+} // namespace

@@ -1,0 +1,199 @@
+#include "source_text.h"
+
+#include "tools/messages/detail/catalog_layout.h"
+
+#include <string_view>
+
+namespace {
+
+using namespace kaz::detail::catalog;
+
+/// Control characters with an escape of their own.
+struct Escape {
+    char letter;
+    char character;
+};
+constexpr Escape escapes[] = {{'a', '\a'}, {'b', '\b'}, {'t', '\t'},  {'n', '\n'}, {'v', '\v'},
+                              {'f', '\f'}, {'r', '\r'}, {'\\', '\\'}, {' ', ' '},  {'#', '#'}};
+
+constexpr std::string_view blanks = " \t";
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::size_t longestText = recordSize - 1;
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+int hexDigit(char c) {
+    if (isDigit(c))
+        return c - '0';
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+void skipBlanks(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+}
+
+class Parser {
+public:
+    Parser(std::string_view source, Messages& result) : rest(source), messages(result) {
+        if (rest.starts_with(byteOrderMark))
+            rest.remove_prefix(byteOrderMark.size());
+    }
+
+    void parse() {
+        while (nextLine()) {
+            skipBlanks(line);
+            if (!line.empty() && line.front() != '#')
+                parseMessage();
+        }
+    }
+
+private:
+    bool nextLine() {
+        if (rest.empty())
+            return false;
+        const std::size_t end = rest.find('\n');
+        line = rest.substr(0, end);
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+        if (line.ends_with('\r'))
+            line.remove_suffix(1);
+        ++lineNumber;
+        return true;
+    }
+
+    void problem(const std::string& text) {
+        messages.addProblem(lineNumber, text);
+        sound = false;
+    }
+
+    void parseMessage() {
+        sound = true;
+        const int begin = lineNumber;
+        const int number = parseNumber();
+        skipBlanks(line);
+        const std::string text = parseText();
+        if (sound)
+            add(number, text, begin);
+    }
+
+    int parseNumber() {
+        std::size_t digits = 0;
+        while (digits < line.size() && isDigit(line[digits]))
+            ++digits;
+        const std::string written(line.substr(0, digits));
+        line.remove_prefix(digits);
+        if (digits == 0 || (!line.empty() && blanks.find(line.front()) == std::string_view::npos)) {
+            problem("a line begins with a message number and a blank, or with #");
+            return 0;
+        }
+        // Seven digits fit an int and are out of range already.
+        const std::size_t zeros = std::min(written.find_first_not_of('0'), digits - 1);
+        const int number = digits - zeros > 7 ? lastNumber + 1 : std::stoi(written.substr(zeros));
+        if (number > lastNumber)
+            problem("number " + written + " is outside 0 to " + std::to_string(lastNumber));
+        return number;
+    }
+
+    /// The text up to the end of the line, and of those that continue it.
+    std::string parseText() {
+        std::string text;
+        while (parsePart(text)) {
+            if (!nextLine()) {
+                problem("the last line asks for a continuation");
+                break;
+            }
+            skipBlanks(line);
+        }
+        return text;
+    }
+
+    /// Blanks at the end are dropped unless they are escaped or a continuation
+    /// follows. True when it does.
+    bool parsePart(std::string& text) {
+        std::size_t kept = text.size();
+        while (!line.empty()) {
+            const char c = line.front();
+            line.remove_prefix(1);
+            if (c == '\\' && line.empty())
+                return true;
+            if (c == '\0')
+                problem("a text cannot hold a NUL");
+            text += c == '\\' ? parseEscape() : c;
+            if (c == '\\' || blanks.find(c) == std::string_view::npos)
+                kept = text.size();
+        }
+        text.resize(kept);
+        return false;
+    }
+
+    char parseEscape() {
+        const char letter = line.front();
+        line.remove_prefix(1);
+        for (const Escape& escape : escapes) {
+            if (escape.letter == letter)
+                return escape.character;
+        }
+        if (letter != 'x') {
+            problem(std::string("\\") + letter + " is no escape");
+            return letter;
+        }
+        const int high = line.size() > 1 ? hexDigit(line[0]) : -1;
+        const int low = line.size() > 1 ? hexDigit(line[1]) : -1;
+        if (high < 0 || low < 0) {
+            problem("\\x needs two hexadecimal digits");
+            return letter;
+        }
+        if (high + low == 0)
+            problem("a text cannot hold a NUL");
+        line.remove_prefix(2);
+        return static_cast<char>(16 * high + low);
+    }
+
+    void add(int number, const std::string& text, int begin) {
+        if (text.size() > longestText)
+            messages.addProblem(begin, "the text of " + std::to_string(number) + " has " +
+                                           std::to_string(text.size()) + " characters, " +
+                                           std::to_string(longestText) + " fit");
+        const auto [place, added] = messages.texts.try_emplace(number, Message{text, begin});
+        if (!added)
+            messages.addProblem(begin, "message " + std::to_string(number) + " is in line " +
+                                           std::to_string(place->second.line) + " already");
+    }
+
+    std::string_view rest;
+    std::string_view line;
+    int lineNumber = 0;
+    bool sound = true; ///< no problem yet with the present message
+    Messages& messages;
+};
+
+std::string escaped(char c) {
+    for (const Escape& escape : escapes) {
+        if (escape.character == c)
+            return {'\\', escape.letter};
+    }
+    constexpr char digits[] = "0123456789abcdef";
+    const auto byte = static_cast<unsigned char>(c);
+    return {'\\', 'x', digits[byte / 16], digits[byte % 16]};
+}
+
+} // namespace
+
+void parseSource(const std::string& source, Messages& messages) {
+    Parser(source, messages).parse();
+}
+
+std::string sourceLine(int number, const std::string& text) {
+    std::string line = std::to_string(number);
+    if (!text.empty())
+        line += ' ';
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool isControl = (c >= 0 && c < ' ') || c == 0x7F;
+        const bool isOuterBlank = c == ' ' && (i == 0 || i + 1 == text.size());
+        line += isControl || isOuterBlank || c == '\\' ? escaped(c) : std::string(1, c);
+    }
+    return line;
+}
