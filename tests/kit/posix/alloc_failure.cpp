@@ -118,6 +118,19 @@ void* operator new[](std::size_t size) {
     return operator new(size);
 }
 
+// The sanitizers' own would not match the deletes below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return operator new(size, std::nothrow);
+}
+
 void operator delete(void* block) noexcept {
     std::free(block);
 }

@@ -1,0 +1,258 @@
+#include "kit/env.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+#include "tools/messages/textcatalog.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class MoxMsg : public testing::Test {
+protected:
+    kit::Result run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "moxmsg");
+        return kit::run(arguments, options);
+    }
+    std::string compile(const std::string& source) {
+        const kit::Result result =
+            run({"-source", tree.write("source", source), "-output", tree.path("file")});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return tree.read("file");
+    }
+    std::string list() { return run({"-file", tree.path("file")}).out; }
+
+    kit::TempTree tree;
+    kit::RunOptions options;
+};
+
+TEST_F(MoxMsg, ReadsWhatPeopleWrite) {
+    compile("\xEF\xBB\xBF# comment\r\n"
+            "2 second, with a blank at the end\\ \r\n"
+            "\n"
+            "  1 \t first   \n"
+            "   # comment\n"
+            "3\n"
+            "00004 one \\\n"
+            "      line\\\n"
+            "\\ only\n"
+            "5 \\ \\a\\b\\t\\n\\v\\f\\r\\\\\\#\\x7E\\xe9\n"
+            "15871 last");
+    EXPECT_EQ(list(), "1 first\n"
+                      "2 second, with a blank at the end\\ \n"
+                      "3\n"
+                      "4 one line only\n"
+                      "5 \\ \\a\\b\\t\\n\\v\\f\\r\\\\#~\xE9\n"
+                      "15871 last\n");
+}
+
+TEST_F(MoxMsg, ComesBackBitForBit) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    const kit::ScopedEnv toolInfo("ToolInfo", nullptr);
+    for (int round = 0; round < 20; ++round) {
+        std::map<int, std::string> texts;
+        std::string source;
+        for (int i = random.below(300); i >= 0; --i) {
+            const int number = random.below(random.oneIn(2) ? 62 * 256 : 300);
+            std::string text;
+            for (int length = random.below(128); length > 0; --length)
+                text += static_cast<char>(random.oneIn(3) ? ' ' : random.between(1, 255));
+            if (!texts.emplace(number, text).second)
+                continue;
+            source += std::to_string(number) + " ";
+            for (unsigned char c : text) {
+                char escaped[8];
+                std::snprintf(escaped, sizeof escaped, "\\x%02X", c);
+                source += escaped;
+            }
+            source += "\n";
+        }
+        const std::string file = compile(source);
+        const std::string listing = list();
+        EXPECT_EQ(compile(listing), file);
+        EXPECT_EQ(list(), listing);
+        const kit::Result same =
+            run({"-file", tree.path("file"), "-merge", tree.write("listing", listing)});
+        EXPECT_EQ(same.status, 0);
+        EXPECT_EQ(same.out + same.err, "");
+        if (round > 0)
+            continue;
+        // The library finds the same texts; number 0 is taken by unused cache entries.
+        texts.erase(0);
+        const kit::ScopedEnv configured(
+            "ToolInfo", tree.write("ToolInfo", "msg_file=" + tree.native("file")).c_str());
+        for (const auto& [number, text] : texts)
+            EXPECT_STREQ(TextLook(number), text.c_str());
+        EXPECT_STREQ(TextLook(20), texts.count(20) ? texts[20].c_str() : "");
+    }
+}
+
+TEST_F(MoxMsg, NamesEachFaultWithItsLine) {
+    const std::string before = compile("1 old\n");
+    const std::string source =
+        tree.write("bad", "# faults\n1 x\n2 " + std::string(128, 'z') +
+                              "\n2 again\n15872 high\n99999999999999999999 high\nno number\n7x\n"
+                              "3 \\q\n4 \\x0g\n5 \\x00\n6 " +
+                              std::string("a\0b", 3) + "\n-1 low\n8 \\\n  goes on \\");
+    const kit::Result result = run({"-source", source, "-output", tree.path("file")});
+    EXPECT_EQ(result.status, 1);
+    std::string expected;
+    const std::pair<int, const char*> faults[] = {
+        {3, "the text of 2 has 128 characters, 127 fit"},
+        {4, "message 2 is in line 3 already"},
+        {5, "number 15872 is outside 0 to 15871"},
+        {6, "number 99999999999999999999 is outside 0 to 15871"},
+        {7, "a line begins with a message number and a blank, or with #"},
+        {8, "a line begins with a message number and a blank, or with #"},
+        {9, "\\q is no escape"},
+        {10, "\\x needs two hexadecimal digits"},
+        {11, "a text cannot hold a NUL"},
+        {12, "a text cannot hold a NUL"},
+        {13, "a line begins with a message number and a blank, or with #"},
+        {15, "the last line asks for a continuation"}};
+    for (const auto& [line, fault] : faults)
+        expected += source + ":" + std::to_string(line) + ": " + fault + "\n";
+    EXPECT_EQ(result.err, expected);
+    EXPECT_EQ(tree.read("file"), before);
+    EXPECT_EQ(run({"-source", source}).status, 1);
+    EXPECT_EQ(run({"-source", tree.write("good", "1 x\n")}).status, 0);
+}
+
+TEST_F(MoxMsg, TextsBeyondTheEndOfAFile) {
+    std::string many, tooMany;
+    for (int number = 0; number < 62 * 256; ++number) {
+        many += std::to_string(number) + " " + std::string(60, 'm') + "\n";
+        tooMany += std::to_string(number) + " " + std::string(64, 'm') + "\n";
+    }
+    const std::string whole = compile(many);
+    EXPECT_LE(whole.size(), 16U * 65535 + 128);
+    EXPECT_EQ(list(), many);
+    // 62 tables of 512 bytes, then 80 for each text.
+    const int first = (16 * 65535 - 128 - 62 * 512) / 80 + 1;
+    const kit::Result result =
+        run({"-source", tree.write("source", tooMany), "-output", tree.path("file")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
+              tree.path("source") + ":" + std::to_string(first + 1) + ": message " +
+                  std::to_string(first) + " does not fit: a message file ends at 1048688 bytes");
+    EXPECT_EQ(tree.read("file"), whole);
+
+    tree.write("long", whole + std::string(100000, 'x'));
+    EXPECT_EQ(run({"-file", tree.path("long")}).err,
+              tree.path("long") + ": is longer than the 1048688 bytes that can be addressed\n");
+}
+
+TEST_F(MoxMsg, ComparesTextsAndTheirArguments) {
+    compile("1 same\n2 %s of %d\n3 only here\n4 %-5s %%\n5 %*d\n6 %2$s %1$d\n7 50% done\n");
+    const std::string other =
+        tree.write("other", "# line\n1 same\n2 %d of %s\n4 %s\n5 %d\n6 %i, %s\n7 50%\n8 there\n");
+    const kit::Result result = run({"-file", tree.path("file"), "-merge", other});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "< 2 %s of %d\n> 2 %d of %s\n< 3 only here\n< 4 %-5s %%\n> 4 %s\n"
+                          "< 5 %*d\n> 5 %d\n< 6 %2$s %1$d\n> 6 %i, %s\n< 7 50% done\n> 7 50%\n"
+                          "> 8 there\n");
+    const auto fault = [&](const std::string& file, int number, const char* here, int line,
+                           const char* there) {
+        return file + ": the arguments of " + std::to_string(number) + " (" + here +
+               ") are others in " + other + ":" + std::to_string(line) + " (" + there + ")\n";
+    };
+    const std::string file = tree.path("file");
+    EXPECT_EQ(result.err, fault(file, 2, "%s %d", 3, "%d %s") + fault(file, 5, "%d %d", 5, "%d") +
+                              fault(file, 7, "%d", 7, "%(cut off)"));
+    const std::string source = tree.path("source");
+    const kit::Result checked = run({"-source", source, "-merge", other});
+    EXPECT_EQ(checked.status, 1);
+    EXPECT_EQ(checked.out, "");
+    EXPECT_EQ(checked.err, fault(source + ":2", 2, "%s %d", 3, "%d %s") +
+                               fault(source + ":5", 5, "%d %d", 5, "%d") +
+                               fault(source + ":7", 7, "%d", 7, "%(cut off)"));
+}
+
+TEST_F(MoxMsg, DamagedFilesAreShownAsFarAsTheyGo) {
+    const std::string whole = compile("1 one\n300 other\n");
+    for (std::size_t length = 0; length < whole.size(); length += 37) {
+        tree.write("file", whole.substr(0, length));
+        const kit::Result result = run({"-file", tree.path("file")});
+        EXPECT_EQ(result.status, 1) << length;
+        EXPECT_EQ(result.err.rfind(tree.path("file") + ": ", 0), 0U) << result.err;
+    }
+    std::string endless = whole;
+    endless.replace(whole.find("other"), 128, std::string(128, 'e'));
+    tree.write("file", endless);
+    EXPECT_EQ(run({"-file", tree.path("file")}).err,
+              tree.path("file") + ": the text of 300 has no end\n");
+
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    for (int round = 0; round < 30; ++round) {
+        std::string junk = "MZAK";
+        for (int size = random.below(3000); size > 0; --size)
+            junk += static_cast<char>(random.below(random.oneIn(2) ? 256 : 4));
+        tree.write("file", junk);
+        const kit::Result result = run({"-file", tree.path("file")});
+        EXPECT_EQ(result.signal, 0);
+        EXPECT_EQ(result.status, result.err.empty() ? 0 : 1);
+    }
+}
+
+TEST_F(MoxMsg, OutputIsWholeOrAsItWas) {
+    const std::string file = tree.path("file");
+    const std::string source = tree.write("source", "1 text\n");
+    compile("1 text\n");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::group_read);
+    fs::create_symlink("file", tree.path("link"));
+    EXPECT_EQ(run({"-source", source, "-output", tree.path("link")}).status, 0);
+    EXPECT_TRUE(fs::is_symlink(tree.path("link")));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::group_read);
+    EXPECT_EQ(run({"-file", file}).out, "1 text\n");
+
+    for (const char* nowhere : {"none/file", "file/below", ""}) {
+        const kit::Result result = run({"-source", source, "-output", tree.path(nowhere)});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("cannot be written: "), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(run({"-source", source, "-output", "/dev/full"}).err,
+              "/dev/full: cannot be written: No space left on device\n");
+    options.stdoutFile = "/dev/full";
+    EXPECT_EQ(run({"-file", file}).status, 1);
+    options.stdoutFile.clear();
+    options.closeStdout = true;
+    EXPECT_EQ(run({"-file", file}).status, 1);
+    options.closeStdout = false;
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(tree.path()))
+        names.push_back(entry.path().filename());
+    EXPECT_EQ(names.size(), 3U) << testing::PrintToString(names);
+}
+
+TEST_F(MoxMsg, ExplainsWrongUsage) {
+    compile("1 text\n");
+    const std::string file = tree.path("file"), source = tree.path("source");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{}, "either -source or -file is needed"},
+        {{"-source", source, "-file", file}, "either -source or -file is needed"},
+        {{"-file", file, "-merge"}, "-merge needs another file"},
+        {{"-file", file, "other"}, "what is other for?"},
+        {{"-file", file, "-merge", "one", "two"}, "what is two for?"},
+        {{"-source", source, "-output", source}, "-output would overwrite " + source},
+        {{"-source"}, "option -source needs a value"},
+        {{"-server", "x"}, "option -server is not for this program"}};
+    for (const auto& [arguments, problem] : cases) {
+        const kit::Result result = run(arguments);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.err.rfind("moxmsg: " + problem + "\nusage: moxmsg ", 0), 0U) << result.err;
+    }
+    EXPECT_EQ(tree.read("source"), "1 text\n");
+    EXPECT_EQ(run({"-file", tree.path("none")}).err,
+              tree.path("none") + ": cannot be read: No such file or directory\n");
+}
+
+} // namespace
