@@ -38,14 +38,13 @@ bool matchesHere(const std::string& pattern, std::size_t p, const std::string& t
     if (close != std::string::npos) {
         const bool negated = pattern[p + 1] == '^';
         const std::string set = pattern.substr(p + 1 + negated, close - p - 1 - negated);
-        if (negated && set.empty())
-            return false; // not generated here
         return (set.find(text[t]) != std::string::npos) != negated &&
                matchesHere(pattern, close + 1, text, t + 1);
     }
-    if (pattern[p] == '\\')
+    const bool isLiteral = pattern[p] == '\\';
+    if (isLiteral)
         ++p;
-    return (pattern[p] == text[t] || (pattern[p] == '.' && pattern[p - 1] != '\\')) &&
+    return (pattern[p] == text[t] || (pattern[p] == '.' && !isLiteral)) &&
            matchesHere(pattern, p + 1, text, t + 1);
 }
 

@@ -477,6 +477,9 @@ private:
     void adopt(char* rep) noexcept;
     /// privateCopy() to a capacity given as a whole.
     void makeOwn(std::int64_t capacity);
+    /// The same, from null as well. Returns where @p s is afterwards: part of
+    /// this string's own text moves with the block.
+    const char* makeRoom(std::int64_t capacity, const char* s);
     /// Terminates the text at @p length, which becomes the length.
     void endAt(std::int64_t length);
     /// Whether @p s points into this string's buffer.

@@ -287,6 +287,7 @@ private:
     unsigned short* chars() const { return static_cast<unsigned short*>(rep_); }
     void adopt(unsigned short* rep) noexcept;
     void makeOwn(std::int64_t capacity);
+    const unsigned short* makeRoom(std::int64_t capacity, const unsigned short* s);
     void endAt(std::int64_t length);
     bool holds(const unsigned short* s) const;
     void appendSlowly(unsigned short c);

@@ -133,11 +133,11 @@ struct Text {
 };
 
 /// Copies @p s to @p out and returns the end of the copy. An empty text may
-/// have a null pointer; the ranges may not overlap.
+/// have a null pointer; the ranges may overlap.
 template <class Ch>
 Ch* put(Ch* out, Text<Ch> s) {
     if (s.length > 0)
-        std::memcpy(out, s.data, static_cast<std::size_t>(s.length) * sizeof(Ch));
+        std::memmove(out, s.data, static_cast<std::size_t>(s.length) * sizeof(Ch));
     return out + s.length;
 }
 
