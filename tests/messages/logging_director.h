@@ -16,99 +16,82 @@ class LoggingDirector : public KazIODirector {
 public:
     std::vector<std::string> log;
     int final = 0;
-    bool cancel = true;
 
     void giveUp() { fallBack(); }
-
     std::vector<std::string> takeLog() { return std::exchange(log, {}); }
 
+protected:
+    using Text = const KazString&;
+
+    int doTtyStart(const char* command) override { return note("ttyStart %s", command), 42; }
+    void doTtyEnd(int id) override { note("ttyEnd %d", id); }
+    void doTtyMsg(int id, const char* format, va_list args) override {
+        note("ttyMsg %d %s", id, formatted(format, args).c_str());
+    }
+    void doPrintMsg(const char* format, va_list args) override {
+        note("msg %s", formatted(format, args).c_str());
+    }
+    void doPrintError(const char* format, va_list args) override {
+        note("error %s", formatted(format, args).c_str());
+    }
+    void doFatalError(const char* format, va_list args) override {
+        note("fatal %s", formatted(format, args).c_str());
+    }
+    void doPrintSymMsg(gu_set* symbols, const char* format, va_list args) override {
+        note("symMsg {%s} %s", taken(symbols).c_str(), formatted(format, args).c_str());
+    }
+    void doPrintSymError(gu_set* symbols, const char* format, va_list args) override {
+        note("symError {%s} %s", taken(symbols).c_str(), formatted(format, args).c_str());
+    }
+    Reply doConfirm(Text title, Text message, DialogType type, Reply reply) override {
+        note("confirm %s,%s,%d,%d", title.getValue(), message.getValue(), type, reply);
+        return Ignore;
+    }
+    bool doGetUserInput(KazString& result, Text title, Text prompt, bool echo) override {
+        note("input %s,%s,%d", title.getValue(), prompt.getValue(), echo);
+        result = "answer";
+        return true;
+    }
+    int doProgressStart(KazString title, int total) override {
+        return note("progressStart %s,%d", title.getValue(), total), 77;
+    }
+    void doProgressIncrement(int id, double amount, bool flag) override {
+        note("progressIncrement %d,%g,%d", id, amount, flag);
+    }
+    void doProgressMsg(int id, int level, const char* format, va_list args) override {
+        note("progressMsg %d,%d %s", id, level, formatted(format, args).c_str());
+    }
+    void doProgressEnd(int id) override { note("progressEnd %d", id); }
+    bool isCancelPending(int id) override { return note("isCancelPending %d", id), true; }
+    int isFinal() override { return final; }
+    void doAddCallback(int a, int b) override { note("addCallback %d,%d", a, b); }
+    void doRemoveCallback(int a, int b) override { note("removeCallback %d,%d", a, b); }
+    void doNotify(int event) override { note("notify %d", event); }
+    void doStartSubProgress(int id, double share, int total) override {
+        note("startSubProgress %d,%g,%d", id, share, total);
+    }
+    void doEndSubProgress(int id) override { note("endSubProgress %d", id); }
+    void doReset(int id) override { note("reset %d", id); }
+
+private:
     static std::string formatted(const char* format, va_list args) KAZ_PRINTF(1, 0) {
         char text[4096];
         std::vsnprintf(text, sizeof text, format, args);
         return text;
     }
-
-protected:
-    int doTtyStart(const char* command) override {
-        note("ttyStart " + std::string(command));
-        return 42;
-    }
-    void doTtyEnd(int ttyId) override { note("ttyEnd " + std::to_string(ttyId)); }
-    void doTtyMsg(int ttyId, const char* format, va_list args) override {
-        note("ttyMsg " + std::to_string(ttyId) + " " + formatted(format, args));
-    }
-    void doPrintMsg(const char* format, va_list args) override {
-        note("msg " + formatted(format, args));
-    }
-    void doPrintError(const char* format, va_list args) override {
-        note("error " + formatted(format, args));
-    }
-    void doFatalError(const char* format, va_list args) override {
-        note("fatal " + formatted(format, args));
-    }
-    void doPrintSymMsg(_gu_set_struct_* symbols, const char* format, va_list args) override {
-        note("symMsg " + taken(symbols) + formatted(format, args));
-    }
-    void doPrintSymError(_gu_set_struct_* symbols, const char* format, va_list args) override {
-        note("symError " + taken(symbols) + formatted(format, args));
-    }
-    Reply doConfirm(const KazString& title, const KazString& message, DialogType type,
-                    Reply defaultReply) override {
-        note(std::string("confirm ") + title.getValue() + "," + message.getValue() + "," +
-             std::to_string(type) + "," + std::to_string(defaultReply));
-        return Ignore;
-    }
-    bool doGetUserInput(KazString& result, const KazString& title, const KazString& prompt,
-                        bool echo) override {
-        note(std::string("input ") + title.getValue() + "," + prompt.getValue() +
-             (echo ? ",shown" : ",hidden"));
-        result = "answer";
-        return true;
-    }
-    int doProgressStart(KazString title, int total) override {
-        note(std::string("progressStart ") + title.getValue() + "," + std::to_string(total));
-        return 77;
-    }
-    void doProgressIncrement(int progressId, double amount, bool flag) override {
-        note("progressIncrement " + std::to_string(progressId) + "," + std::to_string(amount) +
-             (flag ? ",absolute" : ",relative"));
-    }
-    void doProgressMsg(int progressId, int level, const char* format, va_list args) override {
-        note("progressMsg " + std::to_string(progressId) + "," + std::to_string(level) + " " +
-             formatted(format, args));
-    }
-    void doProgressEnd(int progressId) override {
-        note("progressEnd " + std::to_string(progressId));
-    }
-    bool isCancelPending(int progressId) override {
-        note("isCancelPending " + std::to_string(progressId));
-        return cancel;
-    }
-    int isFinal() override { return final; }
-    void doAddCallback(int a, int b) override { noteNumbers("addCallback", a, b); }
-    void doRemoveCallback(int a, int b) override { noteNumbers("removeCallback", a, b); }
-    void doNotify(int event) override { note("notify " + std::to_string(event)); }
-    void doStartSubProgress(int progressId, double share, int total) override {
-        note("startSubProgress " + std::to_string(progressId) + "," + std::to_string(share) + "," +
-             std::to_string(total));
-    }
-    void doEndSubProgress(int progressId) override {
-        note("endSubProgress " + std::to_string(progressId));
-    }
-    void doReset(int progressId) override { note("reset " + std::to_string(progressId)); }
-
-private:
-    void note(const std::string& entry) { log.push_back(entry); }
-    void noteNumbers(const char* name, int a, int b) {
-        note(std::string(name) + " " + std::to_string(a) + "," + std::to_string(b));
+    void note(const char* format, ...) KAZ_PRINTF(2, 3) {
+        va_list args;
+        va_start(args, format);
+        log.push_back(formatted(format, args));
+        va_end(args);
     }
     /// The elements of the set, which is this director's to release.
-    static std::string taken(_gu_set_struct_* symbols) {
-        std::string text = "{";
+    static std::string taken(gu_set* symbols) {
+        std::string text;
         for (auto i = gu_set_init(symbols); !gu_set_done(i); gu_set_next(&i))
             text += std::to_string(reinterpret_cast<std::intptr_t>(gu_set_element(i))) + ";";
         gu_set_destroy(symbols);
-        return text + "} ";
+        return text;
     }
 };
 

@@ -316,10 +316,10 @@ TEST(ProgressHandle, SpeaksToTheDirectorUnderItsNumber) {
         const KazProgressHandle copy(handle);
     }
     EXPECT_EQ(director.takeLog(),
-              (std::vector<std::string>{
-                  "progressStart work,4", "progressIncrement 77,1.500000,relative",
-                  "progressMsg 77,2 file 3", "startSubProgress 77,30.000000,5", "endSubProgress 77",
-                  "reset 77", "isCancelPending 77", "progressEnd 77", "progressEnd 77"}));
+              (std::vector<std::string>{"progressStart work,4", "progressIncrement 77,1.5,0",
+                                        "progressMsg 77,2 file 3", "startSubProgress 77,30,5",
+                                        "endSubProgress 77", "reset 77", "isCancelPending 77",
+                                        "progressEnd 77", "progressEnd 77"}));
 }
 
 std::string shownBy(KazMsgProgressHandle& handle, const char* text) {
