@@ -7,6 +7,7 @@
 #include "tools/messages/messages.h"
 #include "tools/util/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
@@ -118,7 +119,10 @@ char* showRuntimeText(int number, CacheEntry& victim) {
     const RuntimeText* found = findRuntimeText(number);
     if (!found)
         return nullptr;
-    std::strncpy(victim.text, found->text, recordSize);
+    const std::size_t length = std::min(std::strlen(found->text), recordSize);
+    std::memcpy(victim.text, found->text, length);
+    // At full length the terminator is the entry's own, right behind the text.
+    std::fill(victim.text + length, victim.text + recordSize, '\0');
     stamp(victim);
     victim.number = number;
     return victim.text;
