@@ -120,8 +120,8 @@ public:
     /// @}
 
     /// @name Progress
-    /// See KazProgressHandle, which most callers want. Calls with an unknown
-    /// progress number do nothing.
+    /// See KazProgressHandle, which most callers want. Advancing or ending an
+    /// unknown progress does nothing; a message is shown all the same.
     /// @{
 
     /// Starts a progress; the console ignores @p total.
