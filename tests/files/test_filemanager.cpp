@@ -330,6 +330,9 @@ TEST_F(FileManager, PatternsThatLeadElsewhereEnd) {
     EXPECT_TRUE(manager.copy(dst.c_str(), "missing\\*", true));
     EXPECT_FALSE(manager.copy(dst.c_str(), (tree.native("a") + "\\*").c_str(), true));
     EXPECT_TRUE(manager.destroy("C:\\*", true));
+    tree.write("a/one:two", "x");
+    EXPECT_TRUE(manager.destroy("one:*", true));
+    EXPECT_FALSE(tree.exists("a/one:two"));
     EXPECT_TRUE(tree.exists("a/s/t/two"));
 }
 

@@ -136,6 +136,9 @@ TEST(Files, ListingGivesEachMatchOnce) {
     fs::current_path(tree.path("d"));
     EXPECT_EQ(listed("?"), (std::set<std::string>{"a", ".\\~", " ", "*", "."}));
     EXPECT_EQ(listed("./c*"), (std::set<std::string>{".\\c:x", ".\\caf\xc3\xa9"}));
+    EXPECT_EQ(listed("c:*"), std::set<std::string>{}); // a drive
+    tree.write("d/sub:x", "");
+    EXPECT_EQ(listed("sub:*"), std::set<std::string>{"sub:x"});
     fs::current_path(before);
 
     // Many stars over a long name do not take for ever.

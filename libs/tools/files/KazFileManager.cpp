@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -16,15 +17,11 @@ namespace kaz::detail {
 
 namespace {
 
-/// Where a pattern with a directory part leads to from @p level.
+/// The directory that a pattern with a directory part names from @p level.
 TreeLevel elsewhere(const TreeLevel& level, const char* pattern) {
     const KazString composed = kazComposePath(level.path().getValue(), pattern);
-    const KazString dir = kazPathDirPart(composed.getValue());
-    return TreeLevel(level, kazDirForDisplay(dir.getValue()));
-}
-
-KazString namesOf(const char* pattern) {
-    return kazLastFileComponent(pattern);
+    const std::string_view dir(composed.getValue(), wildcardStart(composed.getValue()));
+    return TreeLevel(level, kazDirForDisplay(toText(dir).getValue()));
 }
 
 } // namespace
@@ -34,7 +31,10 @@ KazString namesOf(const char* pattern) {
 class TreeCopy {
 public:
     TreeCopy(KazFileManager& manager, const char* pattern, bool recursive)
-        : manager_(manager), pattern_(pattern), names_(namesOf(pattern)), recursive_(recursive) {}
+        : manager_(manager),
+          pattern_(pattern),
+          names_(pattern + wildcardStart(pattern)),
+          recursive_(recursive) {}
 
     bool run(const TreeLevel& source, const TreeLevel& target) {
         top_ = &target;
@@ -50,7 +50,7 @@ private:
         bool copied = false;
         if (!source.isOpen())
             failedDirectory(source);
-        else if (!hasDirectoryPart(pattern_))
+        else if (names_ == pattern_)
             copied = copyEntries(source, target);
         else
             copied = copyFrom(elsewhere(source, pattern_), target);
@@ -70,7 +70,7 @@ private:
 
     bool copyEntries(const TreeLevel& source, const TreeLevel& target) {
         std::vector<host::Entry> entries;
-        bool complete = listEntries(source, names_.getValue(), entries);
+        bool complete = listEntries(source, names_, entries);
         if (!complete)
             failedDirectory(source);
         for (const host::Entry& entry : entries)
@@ -135,7 +135,7 @@ private:
 
     KazFileManager& manager_;
     const char* pattern_;
-    KazString names_;
+    const char* names_;
     bool recursive_;
     const TreeLevel* top_ = nullptr;
 };
@@ -144,11 +144,14 @@ private:
 class TreeRemoval {
 public:
     TreeRemoval(KazFileManager& manager, const char* pattern, bool recursive)
-        : manager_(manager), pattern_(pattern), names_(namesOf(pattern)), recursive_(recursive) {}
+        : manager_(manager),
+          pattern_(pattern),
+          names_(pattern + wildcardStart(pattern)),
+          recursive_(recursive) {}
 
     /// What cannot be listed has no entries here; its own removal tells.
     bool run(const TreeLevel& level) {
-        if (!hasDirectoryPart(pattern_))
+        if (names_ == pattern_)
             return removeEntries(level);
         const TreeLevel other = elsewhere(level, pattern_);
         return other.isAgain() || removeEntries(other);
@@ -157,7 +160,7 @@ public:
 private:
     bool removeEntries(const TreeLevel& level) {
         std::vector<host::Entry> entries;
-        listEntries(level, names_.getValue(), entries);
+        listEntries(level, names_, entries);
         bool complete = true;
         for (const host::Entry& entry : entries)
             complete = removeEntry(level, entry) && complete;
@@ -194,7 +197,7 @@ private:
 
     KazFileManager& manager_;
     const char* pattern_;
-    KazString names_;
+    const char* names_;
     bool recursive_;
 };
 

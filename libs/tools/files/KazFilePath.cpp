@@ -180,9 +180,8 @@ int KazFilePath::findMatching(const char* pattern, KazStringColl& found) const {
     eachCandidate(*this, pattern, [&](const KazString& candidate) {
         KazStringColl entries;
         read_a_dir(candidate.getValue(), entries);
-        const int dirLength = kazDirPartLength(candidate.getValue());
         for (int i = 0; i < entries.getSize(); ++i) {
-            const KazString name = entries[i].subStringFrom(dirLength);
+            const KazString name = entries[i].subStringFrom(entries[i].findLast('\\') + 1);
             if (::contains(names, 0, name) || !isThere(entries[i], false))
                 continue;
             names.add(name);

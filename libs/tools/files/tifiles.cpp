@@ -1,6 +1,7 @@
 #include "tools/files/tifiles.h"
 
 #include "tools/files/detail/text.h"
+#include "tools/files/detail/tree_level.h"
 #include "tools/files/kazpath.h"
 #include "tools/platform/host.h"
 
@@ -95,7 +96,7 @@ bool TI_isRealDirectory(const char* path) {
 
 int read_a_dir(const char* pattern, KazStringColl& entries) {
     const std::string_view text = textOf(pattern);
-    const auto dirLength = static_cast<std::size_t>(kazDirPartLength(pattern));
+    const std::size_t dirLength = kaz::detail::wildcardStart(text.data());
     const std::string prefix = host::nativePath(std::string(text.substr(0, dirLength)).c_str());
     const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
     std::vector<host::Entry> found;

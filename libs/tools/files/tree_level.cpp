@@ -4,7 +4,7 @@
 #include "tools/files/kazpath.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string_view>
 
 namespace kaz::detail {
 
@@ -39,8 +39,11 @@ bool TreeLevel::isAgain() const {
     return level != nullptr;
 }
 
-bool hasDirectoryPart(const char* pattern) {
-    return std::strpbrk(pattern, "\\/:") != nullptr;
+std::size_t wildcardStart(const char* pattern) {
+    const std::size_t last = std::string_view(pattern).find_last_of("\\/");
+    if (last != std::string_view::npos)
+        return last + 1;
+    return kazIsAbsolutePath(pattern) ? static_cast<std::size_t>(kazRootPartLength(pattern)) : 0;
 }
 
 bool listEntries(const TreeLevel& level, const char* pattern, std::vector<host::Entry>& entries) {

@@ -5,6 +5,7 @@
 #include "tools/platform/host.h"
 #include "tools/strings/KazString.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -40,8 +41,9 @@ private:
     const TreeLevel* above_ = nullptr;
 };
 
-/// Does the pattern say where, and not only which names?
-bool hasDirectoryPart(const char* pattern);
+/// Where the wildcard of a pattern begins: behind its last separator or its
+/// drive. Other than in the path algebra a ":" elsewhere is part of a name here.
+std::size_t wildcardStart(const char* pattern);
 
 /// The entries of @p level that match @p pattern, without "." and "..". False
 /// when the directory could not be read to its end.
