@@ -58,14 +58,20 @@ TYPED_TEST_SUITE(StringSearch, BothStrings);
 
 TYPED_TEST(StringSearch, TextIsFoundWhereAPlainSearchFindsIt) {
     SCOPED_TRACE(kit::seedText());
-    for (int round = 0; round < 20000; ++round) {
-        // Periodic texts with a few faults drive every branch of the search.
-        const std::string unit = this->rng.text(6, "ax") + "x";
-        std::string hay, wanted;
-        while (static_cast<int>(hay.size()) < this->rng.below(400))
-            hay += this->rng.oneIn(10) ? this->rng.text(3, "axb") : unit;
-        while (static_cast<int>(wanted.size()) < this->rng.below(60))
-            wanted += this->rng.oneIn(20) ? this->rng.text(2, "axb") : unit;
+    for (int round = 0; round < 4000; ++round) {
+        // Periodic texts with a few faults, long enough for the search that
+        // near misses bring in, drive each of its branches.
+        const std::string unit = this->rng.text(3, "ax") + "x";
+        const auto periodic = [&](int length, int rarity) {
+            std::string result;
+            while (static_cast<int>(result.size()) < length)
+                result += this->rng.oneIn(rarity) ? this->rng.text(2, "axb") : unit;
+            return result;
+        };
+        const std::string hay = periodic(this->rng.below(1500), this->rng.between(8, 30));
+        const std::string wanted =
+            periodic(this->rng.between(1, 80), this->rng.oneIn(2) ? 1000 : 15)
+                .substr(this->rng.oneIn(2));
         if (wanted.empty())
             continue;
         const TypeParam s{this->text(hay)};

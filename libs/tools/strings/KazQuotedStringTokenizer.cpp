@@ -14,7 +14,7 @@ KazQuotedStringTokenizer::KazQuotedStringTokenizer(const KazQuotedStringTokenize
     : KazStringTokenizer(o), quotes(ownSet(o.quotes).release()), escape(o.escape) {}
 
 KazQuotedStringTokenizer& KazQuotedStringTokenizer::operator=(const KazQuotedStringTokenizer& o) {
-    OwnedText<char> copy = ownSet(o.quotes);
+    HeapPtr<char> copy = ownSet(o.quotes);
     KazStringTokenizer::operator=(o);
     std::free(quotes);
     quotes = copy.release();

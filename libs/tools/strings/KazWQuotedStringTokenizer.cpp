@@ -17,7 +17,7 @@ KazWQuotedStringTokenizer::KazWQuotedStringTokenizer(const KazWQuotedStringToken
 
 KazWQuotedStringTokenizer&
 KazWQuotedStringTokenizer::operator=(const KazWQuotedStringTokenizer& o) {
-    OwnedText<unsigned short> copy = ownSet(o.quotes);
+    HeapPtr<unsigned short> copy = ownSet(o.quotes);
     KazWStringTokenizer::operator=(o);
     std::free(quotes);
     quotes = copy.release();

@@ -8,20 +8,10 @@
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <cwctype>
-#include <memory>
 
 namespace kaz::detail {
-
-struct FreeMemory {
-    void operator()(void* p) const { std::free(p); }
-};
-
-/// A heap text, released with `free`.
-template <class Ch>
-using OwnedText = std::unique_ptr<Ch, FreeMemory>;
 
 /// Operations on terminated and counted texts; no text is null.
 template <class Ch>

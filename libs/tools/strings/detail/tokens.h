@@ -4,6 +4,7 @@
 
 #include "tools/strings/detail/CharSet.h"
 #include "tools/strings/detail/Characters.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <cstdint>
 
@@ -11,9 +12,9 @@ namespace kaz::detail {
 
 /// A heap copy of a character set that may be null.
 template <class Ch>
-OwnedText<Ch> ownSet(const Ch* set) {
+HeapPtr<Ch> ownSet(const Ch* set) {
     static constexpr Ch none[1] = {};
-    return OwnedText<Ch>(Characters<Ch>::duplicate(set != nullptr ? set : none));
+    return HeapPtr<Ch>(Characters<Ch>::duplicate(set != nullptr ? set : none));
 }
 
 /// @p text without delimiters at either end.

@@ -1,5 +1,6 @@
 #include "tools/strings/detail/wide_text.h"
 
+#include "tools/strings/detail/Characters.h"
 #include "tools/util/detail/allocate.h"
 
 #include <cstdint>

@@ -2,14 +2,14 @@
 /// Between 16-bit text and the runtime's wide characters.
 #pragma once
 
-#include "tools/strings/detail/Characters.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <cstddef>
 
 namespace kaz::detail {
 
 /// A heap array of wide characters.
-using WideBuffer = OwnedText<wchar_t>;
+using WideBuffer = HeapPtr<wchar_t>;
 
 /// The terminated 16-bit text @p s in the runtime's wide characters, where
 /// these are wider with each surrogate pair as one. Null for a lone surrogate.
