@@ -200,11 +200,9 @@ void gu_index_list_remove_range(gu_index_list* list, int first, int last) {
     if (list == nullptr || last < first)
         return;
     // What stays above is split off first: only that can fail.
-    auto end = reaching(list->ranges, last);
-    if (end != list->ranges.end() && end->first <= last && end->second > last) {
+    const auto end = reaching(list->ranges, last);
+    if (end != list->ranges.end() && end->first <= last && end->second > last)
         list->ranges.emplace_hint(std::next(end), last + 1, end->second);
-        end->second = last;
-    }
     auto range = reaching(list->ranges, first);
     if (range != list->ranges.end() && range->first < first) {
         range->second = first - 1;
