@@ -2,6 +2,7 @@
 
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/heap_ptr.h"
+#include "tools/util/detail/within.h"
 #include "tools/util/memory.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <new>
 
@@ -37,8 +37,7 @@ void finish(dd_buffer* buffer, int length) {
 }
 
 bool isOwn(const dd_buffer* buffer, const char* bytes) {
-    return buffer->text != nullptr && !std::less<>()(bytes, buffer->text) &&
-           !std::less<>()(buffer->text + buffer->length, bytes);
+    return kaz::detail::isWithin(bytes, buffer->text, static_cast<std::size_t>(buffer->length));
 }
 
 int lengthOf(const char* text) {

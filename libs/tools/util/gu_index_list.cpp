@@ -7,10 +7,12 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 

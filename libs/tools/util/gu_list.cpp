@@ -102,8 +102,17 @@ void gu_list_destroy(gu_list* list) {
 }
 
 void gu_list_clear(gu_list* list) {
-    while (gu_list_first(list) != nullptr)
-        gu_list_remove_node(list, list->first);
+    if (list == nullptr)
+        return;
+    gu_list_node* node = std::exchange(list->first, nullptr);
+    list->last = nullptr;
+    list->size = 0;
+    while (node != nullptr) {
+        gu_list_node* next = node->next;
+        drop(list, node->element);
+        std::free(node);
+        node = next;
+    }
 }
 
 gu_list* gu_list_copy(const gu_list* list, gu_list_copy_element copy) {

@@ -1,11 +1,11 @@
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/within.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <functional>
 #include <initializer_list>
 
 namespace {
@@ -85,8 +85,7 @@ char* concat_onto(char* text, const char* more) {
     const std::size_t length = std::strlen(orEmpty(text));
     const std::size_t added = std::strlen(orEmpty(more));
     // realloc may move the block that `more` points into.
-    const bool own = text != nullptr && more != nullptr && !std::less<>()(more, text) &&
-                     !std::less<>()(text + length, more);
+    const bool own = kaz::detail::isWithin(more, text, length);
     const std::size_t offset = own ? static_cast<std::size_t>(more - text) : 0;
     char* result = static_cast<char*>(kaz::detail::reallocate(text, length + added + 1));
     std::memcpy(result + length, own ? result + offset : orEmpty(more), added);

@@ -83,7 +83,8 @@ KAZ_API void delete_tree(generic_tree* root, tree_release release);
 KAZ_API generic_tree* copy_tree(generic_tree* root);
 
 /// The same, with the root's value passed through @p copy. Only this one value
-/// is duplicated; all others are shared with @p root.
+/// is duplicated; all others are shared with @p root. What @p copy gave is lost
+/// when this ends in `memory_panic`.
 KAZ_API generic_tree* copy_tree_deep(generic_tree* root, tree_value_copy copy);
 
 /// Balances by size: at every node of weight 3 or more the subtrees then differ

@@ -1,0 +1,18 @@
+/// @file
+/// Whether an argument is part of the block that is about to change.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace kaz::detail {
+
+/// Whether @p place lies in the @p length bytes at @p block or right behind
+/// them, where the terminator stands. A null @p block contains nothing.
+inline bool isWithin(const char* place, const char* block, std::size_t length) {
+    // std::less orders pointers of different blocks too.
+    return block != nullptr && !std::less<>()(place, block) &&
+           !std::less<>()(block + length, place);
+}
+
+} // namespace kaz::detail
