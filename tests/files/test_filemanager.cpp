@@ -402,6 +402,48 @@ TEST_F(FileManager, FilesThatVanishMeanwhileAreListed) {
     EXPECT_FALSE(manager.getErrors().isEmpty());
 }
 
+/// While a subdirectory is copied, writes the parent's targets that are still to
+/// come, and lets the clock move on to the next second.
+class Rival : public kit::RecordingDirector {
+public:
+    explicit Rival(const kit::TempTree& tree) : tree_(tree) {}
+    int written = 0;
+
+protected:
+    void doPrintMsg(const char* format, va_list args) override {
+        RecordingDirector::doPrintMsg(format, args);
+        if (messages.size() == 1 || messages.back().rfind("Starting copy", 0) != 0)
+            return;
+        for (char name = 'a'; name <= 't'; ++name) {
+            const std::string target = std::string("dst/src/") + name;
+            if (!tree_.exists(target)) {
+                tree_.write(target, "rival");
+                ++written;
+            }
+        }
+        for (const std::time_t now = std::time(nullptr); std::time(nullptr) == now;)
+            ::usleep(1000);
+    }
+
+private:
+    const kit::TempTree& tree_;
+};
+
+TEST_F(FileManager, ClashesCountFromTheStartOfTheirOwnDirectory) {
+    const kit::TempTree tree;
+    for (char name = 'a'; name <= 't'; ++name)
+        tree.write(std::string("src/") + name, "source");
+    for (const char* dir : {"src/D", "src/E"})
+        tree.mkdir(dir);
+    tree.mkdir("dst");
+    Rival rival(tree);
+    KazFileManager manager(tree.native("src").c_str());
+    manager.setVerbose(true);
+    manager.copy(tree.native("dst").c_str(), true);
+    ASSERT_GT(rival.written, 0);
+    EXPECT_EQ(errorsOf(manager).size(), static_cast<std::size_t>(rival.written));
+}
+
 TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
     const kit::TempTree tree;
     std::string deep = "src";
