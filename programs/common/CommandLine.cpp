@@ -11,7 +11,7 @@ namespace {
 
 /// The shortest abbreviation that selects the row.
 std::string shortest(const KazArgDescription& row) {
-    const std::string text = row.text;
+    std::string text = row.text;
     for (std::size_t length = 1; length < text.size(); ++length)
         if (KazArgDescription::match(text.substr(0, length).c_str()) == &row)
             return text.substr(0, length);

@@ -129,7 +129,7 @@ std::string wantedSource() {
     const char* wanted = kaz_arg_text(arg_source, 0, nullptr);
     if (wanted == nullptr)
         return "";
-    const std::string text = wanted;
+    std::string text = wanted;
     if (text == "environment" || text == "run-time" || text == "library")
         return text;
     return kazFullPath(wanted).getValue();
