@@ -51,7 +51,7 @@ protected:
         return static_cast<unsigned>(fs::status(tree.path(name)).permissions());
     }
 
-    kit::TempTree tree{"/tmp"};
+    kit::TempTree tree{"/tmp"}; // a short name, since lengths are what is tested
     kit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
     kit::RecordingDirector director;
 };

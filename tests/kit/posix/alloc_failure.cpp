@@ -85,6 +85,9 @@ void* __libc_realloc(void*, std::size_t);
 
 #endif
 
+// Visible, or the library under test would not find them.
+#pragma GCC visibility push(default)
+
 extern "C" {
 
 void* malloc(std::size_t size) {
@@ -100,6 +103,8 @@ void* realloc(void* block, std::size_t size) {
 }
 
 } // extern "C"
+
+#pragma GCC visibility pop
 
 // A conforming operator new: the sanitizers' own ends the process on failure
 // instead of running the new-handler.
