@@ -102,7 +102,7 @@ TEST(SharedStorageTest, ElementsAreCheckedOutByTheLastToLetGo) {
     second.removeAll();
     EXPECT_EQ(valueAt(third, 0), 9);
     EXPECT_EQ(Counted::live(), 3);
-    third = third;
+    third = *&third;
     third.removeAll();
     EXPECT_EQ(Counted::live(), 1);
     EXPECT_EQ(Counted::checkIns(), Counted::checkOuts());
