@@ -139,6 +139,21 @@ TEST(KazEnv, TheSystemDirectoryFollowsProjectAndSystem) {
     EXPECT_FALSE(home.exists("p")) << "asking makes no directory";
 }
 
+TEST(KazEnv, TheToolOfTheGuideFindsItsSettings) {
+    const kit::TempTree tree;
+    kit::RunOptions run;
+    run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\nbackup_command = zip\n");
+    run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir}/${system} ${dir}";
+    const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "s"};
+    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp/s /p/s\n");
+    run.env["KAZ_BACKUP_COMMAND"] = kit::unset;
+    run.env["KAZ_VERBOSE"] = "yes";
+    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\s\nzip\n");
+    run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\n");
+    EXPECT_EQ(kit::run(arguments, run).out,
+              "system directory: \\p\\s\ntar -cf \"/tmp/s.tar\" \"/p/s\"\n");
+}
+
 TEST(KazEnv, UnknownIdentifiersNameNothing) {
     for (const int id : {-1, kaz_env_id_count, 1000}) {
         const auto unknown = static_cast<kaz_env_id_enum>(id);
