@@ -391,6 +391,7 @@ TEST(ParsedArgs, TenThousandArgumentsAreQuick) {
 TEST(ParsedArgs, KeepsWhatItHasWhenMemoryRunsOut) {
     Words words({"-x", "key", "value", "-batch", "plain", "-Command", "0x4142"});
     std::optional<KazParsedArgs> args;
+    kit::Capture capture; // The parses after a failure report repetitions.
     const long failed = kit::sweepAllocations(
         [&] {
             args.emplace();
