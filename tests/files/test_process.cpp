@@ -157,11 +157,13 @@ public:
 };
 
 TEST(Environment, ProgramNameOfAnEditor) {
+    {
+        const Editors editors; // before there is a plain object, which nobody would own then
+        EXPECT_STREQ(TI_cprogname("cde"), "cde");
+    }
     EXPECT_STREQ(TI_cprogname("class editor"), "class editor");
     EXPECT_STREQ(TI_cprogname("../../bin/x"), "x");
     EXPECT_STREQ(TI_cprogname(nullptr), "");
-    const Editors editors;
-    EXPECT_STREQ(TI_cprogname("cde"), "cde");
 }
 
 } // namespace
