@@ -5,6 +5,10 @@
 add_compile_definitions(__USE_MINGW_ANSI_STDIO=1 _GNU_SOURCE)
 enable_language(C)
 
+# At -O2 and above this compiler takes std::string's "text" + string for a copy
+# of overlapping memory.
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+
 # The compiler's runtimes are linked as DLLs: with static ones program and
 # library would each have an `operator new` with a new-handler of its own, and
 # exceptions would not cross. They lie beside the programs, as Windows looks there.

@@ -9,7 +9,10 @@
 # written. A server that outlives each program saves its start, which costs far
 # more than a test.
 set -eu
-WINEPREFIX=$1
+case $1 in
+/*) WINEPREFIX=$1 ;;
+*) WINEPREFIX=$PWD/$1 ;;
+esac
 shift
 # No window system, no debug text, no offer to install what no program here uses.
 WINEDEBUG=-all
@@ -21,7 +24,8 @@ case $1 in
 start)
     [ -f "$WINEPREFIX/ready" ] || {
         mkdir -p "$WINEPREFIX"
-        wineboot --init >/dev/null 2>&1
+        wineboot --init >/dev/null 2>&1 ||
+            { echo "wine.sh: Wine cannot set up $WINEPREFIX" >&2; exit 1; }
         # A program that crashes on purpose shall end at once, without a debugger.
         wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
             /v Debugger /d false /f >/dev/null

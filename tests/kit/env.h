@@ -8,6 +8,10 @@
 
 namespace kit {
 
+/// Sets or (with null) removes a variable. A host that has no empty variables
+/// removes it for "" too.
+void setVariable(const char* name, const char* value);
+
 /// Sets (or, with null, removes) a variable of the process environment, from
 /// construction to destruction, which brings the earlier state back.
 class ScopedEnv {
@@ -15,20 +19,13 @@ public:
     ScopedEnv(const char* name, const char* value) : name_(name) {
         if (const char* old = std::getenv(name))
             old_ = old;
-        put(value);
+        setVariable(name, value);
     }
-    ~ScopedEnv() { put(old_ ? old_->c_str() : nullptr); }
+    ~ScopedEnv() { setVariable(name_.c_str(), old_ ? old_->c_str() : nullptr); }
     ScopedEnv(const ScopedEnv&) = delete;
     ScopedEnv& operator=(const ScopedEnv&) = delete;
 
 private:
-    void put(const char* value) {
-        if (value)
-            setenv(name_.c_str(), value, 1);
-        else
-            unsetenv(name_.c_str());
-    }
-
     std::string name_;
     std::optional<std::string> old_;
 };

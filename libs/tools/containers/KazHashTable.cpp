@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 // A bucket's capacity follows the size in bytes that its block would have with
@@ -45,6 +46,19 @@ void passOut(CheckOut function, void* item) {
         function(item);
 }
 
+/// Some hosts give a lock its memory when it is first used. After this it has it,
+/// and locking cannot fail any more.
+void makeReady(std::recursive_mutex& lock) {
+    for (;;) {
+        try {
+            const std::lock_guard guard(lock);
+            return;
+        } catch (const std::system_error&) {
+            kaz::detail::handleAllocationFailure();
+        }
+    }
+}
+
 } // namespace
 
 KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
@@ -52,7 +66,14 @@ KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
       hash(hash),
       compare(compare),
       buckets(static_cast<KazBucket**>(kaz::detail::allocateZeroed(
-          static_cast<std::size_t>(bucketSlots()) * sizeof(KazBucket*)))) {}
+          static_cast<std::size_t>(bucketSlots()) * sizeof(KazBucket*)))) {
+    try {
+        makeReady(lock);
+    } catch (...) {
+        std::free(buckets);
+        throw;
+    }
+}
 
 KazHashTable::~KazHashTable() {
     // More than once, should a check-out bind something.

@@ -29,8 +29,7 @@ using Table = std::array<std::uint16_t, entryCount>;
 struct CacheEntry {
     std::uint32_t stamp;
     std::int32_t number; // 0 while unused
-    char text[recordSize];
-    char terminator; // stays 0: a text may fill its record
+    char text[recordSize + 1]; // the last one stays 0: a text may fill its record
     std::uint32_t uses;
 };
 
@@ -170,7 +169,7 @@ char* readText(int number, CacheEntry& victim) {
     victim.uses = 0;
     stamp(victim);
     victim.number = number;
-    victim.terminator = 0;
+    victim.text[recordSize] = 0;
     return victim.text;
 }
 

@@ -243,7 +243,7 @@ public:
     /// @name Appending and formatting
     /// @{
 
-    void append(char c);
+    inline void append(char c);
     void append(const char* s);
     /// A null string shares @p o's block.
     void append(const KazString& o);

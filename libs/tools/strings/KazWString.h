@@ -159,7 +159,7 @@ public:
     /// @name Appending
     /// @{
 
-    void append(unsigned short c);
+    inline void append(unsigned short c);
     void append(const unsigned short* s);
     void append(const KazWString& o);
     void appendNumber(int n);

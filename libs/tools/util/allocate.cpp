@@ -7,17 +7,12 @@
 
 namespace kaz::detail {
 
-namespace {
-
-/// Gives the new-handler its chance to free memory or to throw.
-void handleFailure() {
+void handleAllocationFailure() {
     const std::new_handler handler = std::get_new_handler();
     if (handler == nullptr)
         throw KazMemoryException();
     handler();
 }
-
-} // namespace
 
 void* allocate(std::size_t size) {
     return reallocate(nullptr, size);
@@ -27,7 +22,7 @@ void* allocateZeroed(std::size_t size) {
     for (;;) {
         if (void* block = std::calloc(size > 0 ? size : 1, 1))
             return block;
-        handleFailure();
+        handleAllocationFailure();
     }
 }
 
@@ -37,7 +32,7 @@ void* reallocate(void* block, std::size_t size) {
     for (;;) {
         if (void* result = std::realloc(block, wanted))
             return result;
-        handleFailure();
+        handleAllocationFailure();
     }
 }
 

@@ -144,11 +144,10 @@ int Directory::removeFile(const std::string& name) const {
     });
 }
 
-int Directory::copyFile(const std::string& name, const Directory& target,
-                        const std::string& newName) const {
-    return onEntry(handle_, name, [&](const std::wstring& from) {
-        return onEntry(target.handle_, newName,
-                       [&](const std::wstring& to) { return copyLiteral(from, to, true); });
+int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {
+    return onEntry(handle_, entry.name, [&](const std::wstring& from) {
+        return onEntry(target.handle_, entry.name,
+                       [&](const std::wstring& to) { return copyLiteral(from, to, mayReplace); });
     });
 }
 

@@ -83,12 +83,6 @@ int status(const char* path, FileStatus& result) {
     return literal.empty() ? -1 : statusOfLiteral(literal, true, result);
 }
 
-int linkStatus(const char* path, FileStatus& result) {
-    result = FileStatus();
-    const std::wstring literal = literalPath(path);
-    return literal.empty() ? -1 : statusOfLiteral(literal, false, result);
-}
-
 bool exists(const char* path) {
     FileStatus info;
     return status(path, info) == 0;
@@ -100,8 +94,13 @@ bool isDirectory(const char* path) {
 }
 
 bool isRealDirectory(const char* path) {
+    // A trailing separator would make the system follow a link at the end.
+    std::wstring literal = literalPath(path);
+    while (!literal.empty() && literal.back() == L'\\' && !literal.ends_with(L":\\"))
+        literal.pop_back();
     FileStatus info;
-    return linkStatus(path, info) == 0 && info.kind == Kind::directory;
+    return !literal.empty() && statusOfLiteral(literal, false, info) == 0 &&
+           info.kind == Kind::directory;
 }
 
 } // namespace kaz::host

@@ -12,7 +12,7 @@ namespace kaz::host {
 /// another place.
 Kind kindOfAttributes(unsigned long attributes);
 
-/// status() and linkStatus() by a literal path.
+/// status() by a literal path; without following a link at its end on demand.
 int statusOfLiteral(const std::wstring& path, bool followLink, FileStatus& result);
 
 } // namespace kaz::host

@@ -15,11 +15,6 @@ namespace kaz::host {
 
 namespace {
 
-/// The runtime library knows one permission.
-int runtimeMode(unsigned mode) {
-    return (mode & 0222) != 0 ? _S_IREAD | _S_IWRITE : _S_IREAD;
-}
-
 /// Names that nobody else uses: process, clock and a counter make them.
 class TemporaryNames {
 public:
@@ -67,10 +62,6 @@ int removeFile(const char* path) {
 
 int renameFile(const char* from, const char* to) {
     return succeededOrFail(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING));
-}
-
-int setPermissions(const char* path, unsigned mode) {
-    return ::_chmod(path, runtimeMode(mode));
 }
 
 unsigned fileMask() {

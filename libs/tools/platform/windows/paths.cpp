@@ -49,10 +49,6 @@ std::string currentDirectory() {
     return ::_getcwd(buffer.data(), buffer.size()) != nullptr ? buffer.data() : "";
 }
 
-int changeDirectory(const char* path) {
-    return ::_chdir(path);
-}
-
 std::string moduleFileName() {
     std::array<char, MAX_PATH + 1> buffer;
     const HMODULE library = GetModuleHandleA("moxtools.dll");

@@ -6,6 +6,11 @@
 
 namespace kaz::detail {
 
+/// What follows an allocation that failed, before it is tried again: the
+/// installed new-handler, which frees memory or throws; KazMemoryException when
+/// none is installed.
+void handleAllocationFailure();
+
 /// @p size bytes from malloc. While none are to be had, calls the installed
 /// new-handler and tries again; throws KazMemoryException when none is
 /// installed. Never null, also for size 0. Release with std::free.
