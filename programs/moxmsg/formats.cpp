@@ -1,5 +1,6 @@
 #include "formats.h"
 
+#include <algorithm>
 #include <map>
 #include <string_view>
 
@@ -23,7 +24,7 @@ public:
 private:
     std::string takeWhile(std::string_view characters) {
         const std::size_t length = std::min(rest.find_first_not_of(characters), rest.size());
-        const std::string taken(rest.substr(0, length));
+        std::string taken(rest.substr(0, length));
         rest.remove_prefix(length);
         return taken;
     }

@@ -8,6 +8,8 @@
 #include "source_text.h"
 #include "tools/moxtools.h"
 
+#include <iterator>
+
 namespace {
 
 enum Status { Done = 0, Failed = 1 };
@@ -58,11 +60,12 @@ void compareFormats(Messages& messages, const Messages& other) {
             continue;
         const std::string here = printfArguments(message.text);
         const std::string there = printfArguments(found->second.text);
-        if (here != there)
-            messages.addProblem(message.line, "the arguments of " + std::to_string(number) + " (" +
-                                                  here + ") are others in " +
-                                                  other.place(found->second.line) + " (" + there +
-                                                  ")");
+        if (here == there)
+            continue;
+        KazString problem;
+        problem.format("the arguments of %d (%s) are others in %s (%s)", number, here.c_str(),
+                       other.place(found->second.line).c_str(), there.c_str());
+        messages.addProblem(message.line, problem.getValue());
     }
 }
 

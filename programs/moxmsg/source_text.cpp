@@ -2,6 +2,7 @@
 
 #include "tools/messages/detail/catalog_layout.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace {

@@ -5,6 +5,7 @@
 #include "kit/alloc_failure.h"
 #include "kit/counted.h"
 #include "kit/random.h"
+#include "meddler.h"
 
 #include <gtest/gtest.h>
 
@@ -292,52 +293,32 @@ TEST(CollectionTest, FailureLeavesEverythingAsItWas) {
     EXPECT_EQ(Counted::live(), 14);
 }
 
-/// Element functions that change the collection that is calling them.
-struct Meddler {
-    static inline KazColl* coll = nullptr;
-    static inline kit::Random* random = nullptr;
-    static inline int depth = 0;
-
-    static void meddle() {
-        if (!coll || depth > 2 || !random->oneIn(3))
-            return;
-        ++depth;
-        Counted element(100 + depth);
-        const int size = coll->getSize();
-        switch (random->below(6)) {
-        case 0:
-            coll->add(&element);
-            break;
-        case 1:
-            coll->insertAt(0, &element);
-            break;
-        case 2:
-            if (size > 0)
-                coll->removeAt(random->below(size), 1);
-            break;
-        case 3:
-            if (size > 0)
-                coll->setAt(random->below(size), &element);
-            break;
-        case 4:
-            if (size > 50)
-                coll->removeAll();
-            break;
-        default:
-            coll->freeExtra();
-        }
-        --depth;
+void changeSomehow(KazColl& coll, kit::Random& random) {
+    Counted element(100);
+    const int size = coll.getSize();
+    switch (random.below(6)) {
+    case 0:
+        coll.add(&element);
+        break;
+    case 1:
+        coll.insertAt(0, &element);
+        break;
+    case 2:
+        if (size > 0)
+            coll.removeAt(random.below(size), 1);
+        break;
+    case 3:
+        if (size > 0)
+            coll.setAt(random.below(size), &element);
+        break;
+    case 4:
+        if (size > 50)
+            coll.removeAll();
+        break;
+    default:
+        coll.freeExtra();
     }
-    static void* in(void* element) {
-        void* copy = Counted::checkIn(element);
-        meddle(); // only now: the element may be among what it removes
-        return copy;
-    }
-    static void out(void* element) {
-        Counted::checkOut(element);
-        meddle();
-    }
-};
+}
 
 TEST(CollectionTest, ElementFunctionsMayChangeTheCollection) {
     SCOPED_TRACE(kit::seedText());
@@ -346,8 +327,8 @@ TEST(CollectionTest, ElementFunctionsMayChangeTheCollection) {
         KazColl coll;
         coll.setCheckIn(Meddler::in);
         coll.setCheckOut(Meddler::out);
-        Meddler::coll = &coll;
         Meddler::random = &random;
+        Meddler::action = [&] { changeSomehow(coll, random); };
         KazColl twin;
         for (int step = 0; step < 20000; ++step) {
             Counted element(step);
@@ -385,7 +366,7 @@ TEST(CollectionTest, ElementFunctionsMayChangeTheCollection) {
             for (int value : values(twin))
                 ASSERT_GE(value, 0);
         }
-        Meddler::coll = nullptr;
+        Meddler::action = nullptr;
     }
     EXPECT_EQ(Counted::live(), 0);
 }

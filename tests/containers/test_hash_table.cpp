@@ -3,6 +3,7 @@
 #include "kit/alloc_failure.h"
 #include "kit/counted.h"
 #include "kit/random.h"
+#include "meddler.h"
 
 #include <gtest/gtest.h>
 
@@ -223,47 +224,27 @@ TEST(HashTableTest, FailureLeavesTheTableAsItWas) {
     unchanged();
 }
 
-/// Element functions that change the table that is calling them.
-struct Meddler {
-    static inline KazHashTable* table = nullptr;
-    static inline kit::Random* random = nullptr;
-    static inline int depth = 0;
-
-    static void meddle() {
-        if (!table || depth > 2 || !random->oneIn(3))
-            return;
-        ++depth;
-        Counted key(random->below(30)), value(depth);
-        switch (random->below(6)) {
-        case 0:
-            table->bind(&key, &value, true);
-            break;
-        case 1:
-            table->rebind(&key, &value);
-            break;
-        case 2:
-        case 3:
-            table->unbind(&key);
-            break;
-        case 4:
-            table->freeExtra();
-            break;
-        default:
-            if (random->oneIn(30))
-                table->clear();
-        }
-        --depth;
+void changeSomehow(KazHashTable& table, kit::Random& random) {
+    Counted key(random.below(30)), value(100);
+    switch (random.below(6)) {
+    case 0:
+        table.bind(&key, &value, true);
+        break;
+    case 1:
+        table.rebind(&key, &value);
+        break;
+    case 2:
+    case 3:
+        table.unbind(&key);
+        break;
+    case 4:
+        table.freeExtra();
+        break;
+    default:
+        if (random.oneIn(30))
+            table.clear();
     }
-    static void* in(void* element) {
-        void* copy = Counted::checkIn(element);
-        meddle(); // only now: the element may be among what it removes
-        return copy;
-    }
-    static void out(void* element) {
-        Counted::checkOut(element);
-        meddle();
-    }
-};
+}
 
 TEST(HashTableTest, ElementFunctionsMayChangeTheTable) {
     SCOPED_TRACE(kit::seedText());
@@ -275,8 +256,8 @@ TEST(HashTableTest, ElementFunctionsMayChangeTheTable) {
             table.setKeyCheckOut(Meddler::out);
             table.setValueCheckIn(Meddler::in);
             table.setValueCheckOut(Meddler::out);
-            Meddler::table = &table;
             Meddler::random = &random;
+            Meddler::action = [&] { changeSomehow(table, random); };
             for (int step = 0; step < 20000; ++step) {
                 Counted key(random.below(30)), value(step);
                 switch (random.below(4)) {
@@ -300,7 +281,7 @@ TEST(HashTableTest, ElementFunctionsMayChangeTheTable) {
                     ASSERT_EQ(valueOf(table.valueOf(&probe)), v);
                 }
             }
-            Meddler::table = nullptr;
+            Meddler::action = nullptr;
         }
         EXPECT_EQ(Counted::live(), 0);
     }

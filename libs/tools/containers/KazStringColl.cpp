@@ -4,7 +4,8 @@
 // handed out as the string that it is. The collection itself looks at slots
 // only as kaz::detail::Slot, or bytewise, so the compiler takes either view of
 // them into account.
-static_assert(sizeof(KazString) == sizeof(void*) && alignof(KazString) == alignof(void*));
+static_assert(sizeof(KazString) == sizeof(void*));
+static_assert(alignof(KazString) == alignof(void*));
 
 KazStringColl::KazStringColl() {
     setCheckIn(KazString::checkIn);
