@@ -5,11 +5,12 @@
 namespace kaz::detail {
 
 /// Checks @p item in when made. Unless the container takes it over with
-/// surrender(), it is checked out again in the end. Either function may be null.
+/// surrender(), what was checked in is checked out again in the end; without a
+/// check-in function the item is still the caller's. Either function may be null.
 class HeldItem {
 public:
     HeldItem(void* (*checkIn)(void*), void (*checkOut)(void*), void* item)
-        : checkOut_(checkOut), item_(checkIn ? checkIn(item) : item) {}
+        : checkOut_(checkIn ? checkOut : nullptr), item_(checkIn ? checkIn(item) : item) {}
     HeldItem(const HeldItem&) = delete;
     HeldItem& operator=(const HeldItem&) = delete;
     ~HeldItem() {
