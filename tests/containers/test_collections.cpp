@@ -282,6 +282,18 @@ TEST(CollectionTest, FailureLeavesEverythingAsItWas) {
         for (int i = 0; i < 4; ++i)
             plain.setAt(i, coll[i]);
     }
+    // What was not checked in stays the caller's.
+    KazColl checkingOut;
+    checkingOut.setCheckOut(Counted::checkOut);
+    auto* owned = new Counted(1);
+    {
+        kit::FailAllocation failure(1);
+        EXPECT_ANY_THROW(checkingOut.add(owned));
+    }
+    EXPECT_EQ(owned->value(), 1);
+    checkingOut.add(owned);
+    checkingOut.removeAll();
+
     // A large removal needs no memory.
     for (int i = 0; i < 200; ++i)
         coll.addValue(i);

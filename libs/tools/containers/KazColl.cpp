@@ -12,12 +12,12 @@
 // into the slots, and they are out of the slots before they are checked out.
 
 /// Items on their way in. Those that have been checked in and did not get
-/// there are checked out again.
+/// there are checked out again; without a check-in they are still the caller's.
 class KazColl::Incoming {
 public:
     /// Place for up to @p most items.
     Incoming(const KazColl& owner, int most)
-        : checkOutFunction(owner.checkOutFunction), limit(most) {
+        : checkOutFunction(owner.checkInFunction ? owner.checkOutFunction : nullptr), limit(most) {
         if (most > 1)
             items = static_cast<void**>(
                 kaz::detail::allocate(static_cast<std::size_t>(most) * sizeof(void*)));
@@ -276,8 +276,8 @@ void KazColl::setAt(int index, void* item) {
         checkedOut(take(index));
     Incoming items(*this, 1);
     items.checkIn(checkInFunction, &item);
-    if (index >= size)
-        return; // an element function has removed the place
+    if (index >= size) // an element function has removed the place
+        return checkedOut(*items.surrender());
     void* met = take(index);
     slot(index) = *items.surrender();
     storage().occupied = std::max(storage().occupied, storage().occupied < 0 ? -1 : index + 1);

@@ -24,9 +24,10 @@ class KazCollIterator;
 /// Element functions may use the collection: an element that leaves is out of
 /// it before check-out is called, one that enters is in it only after check-in
 /// has returned. Check-out must not throw. When check-in throws or growth
-/// fails, the collection is unchanged; only setAt and copy have by then
-/// checked out what they replace (setAt leaves a null slot, copy an empty
-/// collection). Indexes and counts are not checked.
+/// fails, the collection is unchanged, what was checked in is checked out again,
+/// and without a check-in function the items are still the caller's; only setAt
+/// and copy have by then checked out what they replace (setAt leaves a null
+/// slot, copy an empty collection). Indexes and counts are not checked.
 ///
 /// Copying and assigning are shallow, as for KazArrayPtr: the objects share
 /// slots and elements, and each element is still checked out exactly once.

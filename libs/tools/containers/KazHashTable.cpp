@@ -147,10 +147,8 @@ bool KazHashTable::bind(void* key, void* value, bool replace) {
     Position position = findKey(key);
     if (position.found && !replace)
         return false;
-    if (position.found) {
-        replaceValue(key, position, value);
-        return true;
-    }
+    if (position.found)
+        return replaceValue(key, position, value);
     const std::uint32_t revisionBefore = revision;
     HeldItem newKey(keyCheckIn, keyCheckOut, key);
     HeldItem newValue(valueCheckIn, valueCheckOut, value);
@@ -171,23 +169,23 @@ bool KazHashTable::bind(void* key, void* value, bool replace) {
 bool KazHashTable::rebind(void* key, void* value) {
     const Guard guard(lock);
     const Position position = findKey(key);
-    if (position.found)
-        replaceValue(key, position, value);
-    return position.found;
+    return position.found && replaceValue(key, position, value);
 }
 
-void KazHashTable::replaceValue(const void* key, Position position, void* value) {
+/// False when an element function has unbound the key meanwhile.
+bool KazHashTable::replaceValue(const void* key, Position position, void* value) {
     const std::uint32_t revisionBefore = revision;
     remember(position);
     passOut(valueCheckOut, std::exchange(entryAt(position).value, nullptr));
     HeldItem newValue(valueCheckIn, valueCheckOut, value);
     position = findAgain(key, position, revisionBefore);
     if (!position.found)
-        return; // an element function has unbound the key
+        return false;
     void* met = std::exchange(entryAt(position).value, newValue.surrender());
     remember(position);
     if (met)
         passOut(valueCheckOut, met); // an element function has put it there
+    return true;
 }
 
 /// Makes the bucket's block large enough for one entry more.

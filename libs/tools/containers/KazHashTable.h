@@ -37,8 +37,8 @@ struct KazBucket {
 /// has returned. Check-out must not throw.
 ///
 /// When memory runs out, or check-in throws, the table is unchanged and
-/// usable; only a value that was being replaced has by then been checked out,
-/// and its key is bound to null.
+/// usable, and what was not checked in is still the caller's; only a value that
+/// was being replaced has by then been checked out, and its key is bound to null.
 ///
 /// Every member holds the table's lock for its whole run, calls of element
 /// functions included; the lock is recursive. Iterators take no lock: while
@@ -125,7 +125,7 @@ private:
     Position findAgain(const void* key, const Position& before, std::uint32_t revisionBefore) const;
     KazBucketEntry& entryAt(const Position& position) const;
     void remember(const Position& position);
-    void replaceValue(const void* key, Position position, void* value);
+    bool replaceValue(const void* key, Position position, void* value);
     void makeRoom(std::int32_t bucket);
     void insert(const Position& position, void* key, void* value);
     KazBucketEntry extract(const Position& position);

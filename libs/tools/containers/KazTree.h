@@ -55,8 +55,9 @@ public:
     CheckOut setCheckOut(CheckOut function);
 
     /// Checks @p value in and adds it. When an equal value is there already,
-    /// checks it out again and throws KazTreeClashException with the value
-    /// that is there.
+    /// checks out again what was checked in (without a check-in function the
+    /// value is still the caller's) and throws KazTreeClashException with the
+    /// value that is there.
     void add(void* value);
 
     /// The stored value equal to @p key, or null.
