@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # usage: demo.sh SUITE SCRATCH
-# Runs moxcopy from the suite installed in SUITE on the sample project.
+# Shows the tools of the suite installed in SUITE at work on the sample project.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 suite=$1
 scratch=$2
 
+say() { printf '\n\033[1m# %s\033[0m\n' "$*"; }
 show() { # Prints a command line, then runs it.
-    printf '\n\033[1m$ %s\033[0m\n' "$*"
+    printf '\033[1m$ %s\033[0m\n' "$*"
     "$@"
 }
 
@@ -18,7 +19,17 @@ cp "$here/project/ToolInfo" "$here/project/ToolInfo.site" "$suite/"
 
 cd "$scratch"
 export PATH="$suite/bin:$PATH"
-show moxcopy -projdir plant -system brewery -target copies -verbose
-show moxcopy -projdir plant -system brewery -target copies -Force -filter '*.dgm' mashing fermenting
+unset ToolInfo TOOLINFO KAZCOREROOT
+
+say "A small system, with commentary, to a directory of our choice"
+show moxcopy -projdir plant -system logistics -target backup -verbose
+
+say "A large one; the ToolInfo variable tmp_dir says where to"
+show moxcopy -projdir plant -system brewery
 show diff -r plant/brewery copies/brewery
-printf '\nThe copy and its original are the same.\n'
+
+say "Two diagrams alone; the copy is there already, so -Force answers the question"
+show moxcopy -projdir plant -system brewery -Force mashing fermenting
+
+say "A name that no diagram has"
+show moxcopy -projdir plant -system brewery -Force 'mash*' || printf '(status %d)\n' $?
