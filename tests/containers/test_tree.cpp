@@ -158,6 +158,14 @@ TEST(TreeTest, IteratorsSurviveTheirTreeAndItsContents) {
         }
     }
     EXPECT_EQ(tree->getSize(), 100);
+    // A value added where one stands in the gap lies ahead.
+    KazTreeIterator gap(*tree);
+    tree->removeValue(valueOf(gap.item()));
+    tree->addValue(0);
+    EXPECT_EQ(gap.item(), nullptr);
+    EXPECT_TRUE(gap.next());
+    EXPECT_EQ(valueOf(gap.item()), 0);
+
     KazTreeIterator survivor(*tree), other(*tree);
     other = survivor;
     tree.reset();
