@@ -218,7 +218,8 @@ private:
 
 /// Puts the null device in place of each standard stream that the process was
 /// started without. Otherwise the first file that a tool opens would be its
-/// standard output, and its messages would end up among the user's data.
+/// standard output, and its messages would end up among the user's data. Using
+/// such a stream still fails, as it would have without this.
 void holdStandardStreams();
 
 /// Flushes and closes every stdio stream of the process, the standard ones

@@ -9,9 +9,12 @@ namespace kaz::host {
 
 void holdStandardStreams() {
     // Each open takes the lowest free number, which is the one that is missing.
+    // Opened the wrong way round, so that reading and writing still fail and a
+    // tool whose output is its result can tell.
     for (int standard = 0; standard <= 2; ++standard)
         if (::fcntl(standard, F_GETFD) == -1)
-            static_cast<void>(retry([] { return ::open("/dev/null", O_RDWR); }));
+            static_cast<void>(
+                retry([=] { return ::open("/dev/null", standard == 0 ? O_WRONLY : O_RDONLY); }));
 }
 
 void closeAllStreams() {
