@@ -32,6 +32,13 @@ std::vector<std::string> names(std::int64_t count) {
     return result;
 }
 
+std::vector<KazString> kazStrings(const std::vector<std::string>& texts) {
+    std::vector<KazString> result;
+    for (const std::string& text : texts)
+        result.emplace_back(text.c_str());
+    return result;
+}
+
 void addToArray(benchmark::State& state) {
     for (auto _ : state) {
         KazArrayPtr array;
@@ -92,7 +99,7 @@ BENCHMARK(insertIntoSet)->Arg(100000)->Unit(benchmark::kMillisecond);
 void fillOneBucket(benchmark::State& state) {
     std::vector<std::string> keys = names(state.range(0));
     std::sort(keys.begin(), keys.end());
-    const std::vector<KazString> sorted(keys.begin(), keys.end());
+    const std::vector<KazString> sorted = kazStrings(keys);
     for (auto _ : state) {
         KazStringToStringMap map(true, 1);
         for (const KazString& key : sorted)
@@ -117,8 +124,7 @@ void fillMap(benchmark::State& state) {
 BENCHMARK(fillMap)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void lookUpInStringMap(benchmark::State& state) {
-    const std::vector<std::string> keys = names(2000);
-    const std::vector<KazString> probes(keys.begin(), keys.end());
+    const std::vector<KazString> probes = kazStrings(names(2000));
     KazStringToStringMap map(true, static_cast<int>(state.range(0)));
     for (const KazString& key : probes)
         map.bind(key, key, true);

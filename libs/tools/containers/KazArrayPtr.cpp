@@ -51,11 +51,6 @@ void KazArrayPtr::setAtGrow(int index, void* item) {
     slot(index) = item;
 }
 
-int KazArrayPtr::add(void* item) {
-    setAtGrow(size, item);
-    return size - 1;
-}
-
 void KazArrayPtr::remove() {
     if (size > 0)
         --size;
@@ -109,9 +104,7 @@ void KazArrayPtr::release(void** slots) {
         std::free(&storageOf(slots));
 }
 
-void KazArrayPtr::reserve(std::int64_t count) {
-    if (count <= capacity)
-        return;
+void KazArrayPtr::enlarge(std::int64_t count) {
     const int newCapacity = capacityFor(count);
     if (data && storage().owners == 1) {
         void* block =

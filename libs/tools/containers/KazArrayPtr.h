@@ -67,7 +67,11 @@ public:
     void setAtGrow(int index, void* item);
 
     /// Appends @p item and returns its index.
-    int add(void* item);
+    int add(void* item) {
+        reserve(std::int64_t{size} + 1);
+        slot(size) = item;
+        return size++;
+    }
 
     /// Drops the last slot, if there is one. Keeps the storage.
     void remove();
@@ -132,7 +136,11 @@ protected:
     /// The capacity that inflate(count) chooses.
     int capacityFor(std::int64_t count) const;
     /// inflate for a count that may be too large.
-    void reserve(std::int64_t count);
+    void reserve(std::int64_t count) {
+        if (count > capacity)
+            enlarge(count);
+    }
+    void enlarge(std::int64_t count);
     /// Storage for @p count slots, with one owner.
     static void** allocateSlots(int count);
     /// Drops one owner of @p slots (null allowed); the last one frees them.
