@@ -1,4 +1,3 @@
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # The suite is one prefix: bin/ holds programs and library, so that the "bin"

@@ -28,7 +28,7 @@ using Table = std::array<std::uint16_t, entryCount>;
 
 struct CacheEntry {
     std::uint32_t stamp;
-    std::int32_t number; // 0 while unused
+    std::int32_t number;       // 0 while unused
     char text[recordSize + 1]; // the last one stays 0: a text may fill its record
     std::uint32_t uses;
 };

@@ -4,7 +4,7 @@
 
 #define CODESET 0
 
-static inline const char *nl_langinfo(int item) {
+static inline const char* nl_langinfo(int item) {
     (void)item;
     return "ISO-8859-1";
 }
