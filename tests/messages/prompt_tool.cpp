@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 #include <sys/time.h>
 #include <sys/wait.h>
@@ -16,29 +15,31 @@
 
 namespace {
 
-bool askSecret() {
-    KazString secret;
-    const bool given = KazIODirector::getUserInput(secret, "Login", "Password", false);
-    std::fprintf(stderr, "secret: %s\n", given ? secret.getValue() : "none");
-    return given;
+/// 0 when there was an answer.
+int ask(const char* prompt, bool echo) {
+    KazString answer;
+    const bool given = KazIODirector::getUserInput(answer, "Login", prompt, echo);
+    std::fprintf(stderr, "%s: %s\n", prompt, given ? answer.getValue() : "none");
+    return given ? 0 : 3;
 }
 
-bool askName() {
-    KazString name;
-    const bool given = KazIODirector::getUserInput(name, "Login", "Name", true);
-    std::fprintf(stderr, "name: %s\n", given ? name.getValue() : "none");
-    return given;
+int askSecret() {
+    return ask("Password", false);
 }
 
 void noteSignal(int signal) {
     std::fprintf(stderr, "signal %d\n", signal);
 }
 
-void handle(int signal, void (*handler)(int), int flags) {
+/// 0 when the tool's handler is in its place again afterwards.
+int askWhileHandling(int signal, int flags) {
     struct sigaction action = {};
-    action.sa_handler = handler;
+    action.sa_handler = noteSignal;
     action.sa_flags = flags;
     sigaction(signal, &action, nullptr);
+    askSecret();
+    sigaction(signal, nullptr, &action);
+    return action.sa_handler == noteSignal ? 0 : 4;
 }
 
 /// Speaks while a file of the user's is open.
@@ -49,15 +50,6 @@ int writeFile(const char* name) {
     print_msg("shown");
     print_err("shown too");
     return std::fclose(file);
-}
-
-/// 0 when the tool's handler is in its place again afterwards.
-int askWhileHandling(int signal, int flags) {
-    handle(signal, noteSignal, flags);
-    askSecret();
-    struct sigaction now;
-    sigaction(signal, nullptr, &now);
-    return now.sa_handler == noteSignal ? 0 : 4;
 }
 
 bool terminalEchoes() {
@@ -80,8 +72,7 @@ int suspendAndContinue() {
         setpgid(0, 0);
         tcsetpgrp(STDIN_FILENO, getpid());
         std::signal(SIGTTOU, SIG_DFL);
-        askSecret();
-        return 0;
+        return askSecret();
     }
     waitForEcho(false);
     kill(child, SIGTSTP);
@@ -101,22 +92,16 @@ int suspendAndContinue() {
 class PromptTool : public KazConsoleApp {
     int runTool(int, char** argv) override {
         const std::string_view what = argv[1];
-        if (what == "secret")
-            return askSecret() ? 0 : 3;
         if (what == "both")
-            return askSecret() && askName() ? 0 : 3;
+            return askSecret() + ask("Name", true);
         if (what == "restarted")
             return askWhileHandling(SIGINT, SA_RESTART);
         if (what == "interrupted") {
             // Again and again: the first may come before the tool reads.
-            handle(SIGALRM, noteSignal, 0);
             const itimerval often = {{0, 20000}, {0, 20000}};
+            std::signal(SIGALRM, SIG_IGN);
             setitimer(ITIMER_REAL, &often, nullptr);
             return askWhileHandling(SIGALRM, 0);
-        }
-        if (what == "ignoring") {
-            std::signal(SIGINT, SIG_IGN);
-            return askSecret() ? 0 : 3;
         }
         if (what == "suspended")
             return suspendAndContinue();
@@ -125,10 +110,11 @@ class PromptTool : public KazConsoleApp {
                                           KazIODirector::Ignore);
         if (what == "keeping")
             return writeFile(argv[2]);
-        print_msg("shown");
         if (what == "fatal")
             fatal_err("no such thing as \"%s\"", argv[1]);
-        return 0;
+        if (what == "ignoring")
+            std::signal(SIGINT, SIG_IGN);
+        return askSecret();
     }
 };
 

@@ -103,8 +103,11 @@ double KazProgress::setInRange(KazProgressRange& range, double value) {
     }
     if (overall <= getProgress())
         return range.percent;
+    const double percent = (overall - range.start) / (range.end - range.start) * 100;
     const unsigned int result = setProgress(toOverall(overall));
-    range.percent = (overall - range.start) / (range.end - range.start) * 100;
+    // The derived class may have closed the range on hearing that it is complete.
+    if (innermost() == &range)
+        range.percent = percent;
     return result;
 }
 

@@ -94,8 +94,9 @@ void KazProgressHandle::setCancelHandler(void (*handler)()) {
 void KazProgressHandle::checkCancel() {
     if (!cancelPending())
         return;
-    if (cancelHandler != nullptr)
-        cancelHandler();
+    // Taken off first: a handler that reports progress itself is not called again.
+    if (const auto handler = std::exchange(cancelHandler, nullptr))
+        handler();
     std::exit(cancelledStatus);
 }
 

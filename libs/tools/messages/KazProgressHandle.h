@@ -59,7 +59,8 @@ public:
     void setCancelHandler(void (*handler)());
 
     /// When the user wants to stop: runs the cancel handler, if there is one,
-    /// and ends the process with status 9. Otherwise nothing.
+    /// and ends the process with status 9. Otherwise nothing. The handler runs
+    /// once: what it does with this handle makes no further checks.
     void checkCancel();
 
     void reset();

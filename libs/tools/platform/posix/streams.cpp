@@ -23,6 +23,8 @@ void closeAllStreams() {
     // is at the other end, and keeps a file that is opened later from becoming
     // the standard output by accident.
     ::fcloseall();
+    // A stream that is missing would get the very descriptor that ends below.
+    holdStandardStreams();
     const Descriptor nothing(retry([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
     for (int standard = 0; standard <= 2 && nothing.isOpen(); ++standard)
         retry([&] { return ::dup2(nothing.get(), standard); });
