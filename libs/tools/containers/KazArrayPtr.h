@@ -140,6 +140,7 @@ protected:
         if (count > capacity)
             enlarge(count);
     }
+    /// reserve for a count beyond the capacity.
     void enlarge(std::int64_t count);
     /// Storage for @p count slots, with one owner.
     static void** allocateSlots(int count);
