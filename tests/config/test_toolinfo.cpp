@@ -385,7 +385,12 @@ TEST(ToolInfoSearch, LooksInTheHomeDirectoryThenInTheInstallation) {
     EXPECT_EQ(found(), (Lines{"=root", "=" + suite.tree.native("Suite/ToolInfo")}));
     suite.tree.write("Suite/ToolInfo.W32NTX86", "who=platform\n");
     EXPECT_EQ(found(), (Lines{"=platform", "=" + suite.tree.native("Suite/ToolInfo.W32NTX86")}));
-    suite.tree.mkdir("home/ToolInfo"); // a directory is no candidate
+    // A directory is no candidate, nor is a device that would open.
+    suite.tree.mkdir("home/ToolInfo");
+    EXPECT_EQ(found()[0], "=platform");
+    std::filesystem::remove(suite.tree.path("home/ToolInfo"));
+    std::error_code ignored;
+    std::filesystem::create_symlink("/dev/null", suite.tree.path("home/ToolInfo"), ignored);
     EXPECT_EQ(found()[0], "=platform");
     std::filesystem::remove(suite.tree.path("home/ToolInfo"));
     suite.tree.write("home/ToolInfo", "who=home\n");
@@ -442,6 +447,7 @@ TEST_F(ToolInfo, RefusesWhatDefinesNothing) {
     EXPECT_EQ(TI_V_user_file(nullptr, true), -1);
     EXPECT_EQ(TI_V_user_file(tree.path("missing").c_str(), true), -1);
     EXPECT_EQ(TI_V_user_file(tree.path().c_str(), true), -1);
+    EXPECT_EQ(TI_V_user_file("/dev/null", true), -1);
     EXPECT_EQ(TI_Vcont(nullptr), nullptr);
     EXPECT_EQ(TI_EnvVcont(nullptr), nullptr);
     EXPECT_EQ(TI_SameEnvVcont(nullptr), nullptr);

@@ -2,6 +2,7 @@
 
 #include "tools/config/detail/ToolInfoTable.h"
 #include "tools/config/toolinfo.h"
+#include "tools/files/detail/open_file.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
@@ -40,9 +41,8 @@ std::vector<KazString>& chainNames() {
     return names;
 }
 
-/// Null for a directory too: some hosts open one and fail on reading only.
 Stream openFile(const char* path) {
-    return Stream(kaz::host::isDirectory(path) ? nullptr : kaz::host::openStream(path, "r"));
+    return Stream(kaz::detail::openRegularFile(path, "r"));
 }
 
 /// Opens @p name and remembers it when that works.

@@ -6,7 +6,8 @@
 /// and value do not count; a line without "=" or without a name is skipped. Names are
 /// case-sensitive. A line of more than 5120 characters continues as the next
 /// line, and a NUL byte ends its line. A file may name a further one in the
-/// variable "ToolInfo", up to ten files in all.
+/// variable "ToolInfo", up to ten files in all. A directory, a pipe or a device
+/// counts as a file that is not there.
 ///
 /// In the first file the last definition of a name wins; over all files the
 /// first file that defines it wins. An empty value is a definition (later files

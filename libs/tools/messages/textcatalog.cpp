@@ -1,6 +1,7 @@
 #include "tools/messages/textcatalog.h"
 
 #include "tools/config/toolinfo.h"
+#include "tools/files/detail/open_file.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/messages/detail/catalog_layout.h"
@@ -93,7 +94,7 @@ bool openMessageFile() {
     if (!makeCache())
         return false;
     const KazString name = messageFileName();
-    catalog.file = TI_fopen(name, "rb");
+    catalog.file = kaz::detail::openRegularFile(name, "rb");
     if (!catalog.file)
         return false;
     const std::size_t got = std::fread(catalog.header, 1, headerSize, catalog.file);

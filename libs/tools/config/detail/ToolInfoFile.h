@@ -22,7 +22,7 @@ private:
 };
 
 /// Reads one file into the table under the overwrite flag. False when it does
-/// not open; a directory does not.
+/// not open or is no regular file.
 bool readToolInfoFile(const char* path);
 
 } // namespace kaz::detail
