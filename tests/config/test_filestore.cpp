@@ -125,6 +125,10 @@ TEST_F(Filestore, CatDirStaysInItsRoom) {
     EXPECT_EQ(kaz_fs_cat_dir(buffer, nullptr, nullptr), 0);
     EXPECT_EQ(buffer, dir);
     EXPECT_EQ(kaz_fs_cat_dir(nullptr, buffer, "x"), 1);
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    std::memcpy(buffer, "\0#####", 6);
+    EXPECT_EQ(kaz_fs_cat_dir(buffer, buffer + 4, "~"), 2) << "it fits, what it stands for does not";
+    EXPECT_EQ(std::string(buffer, 6), std::string("\0#####", 6));
     buffer[0] = '\0';
     EXPECT_EQ(kaz_fs_cat_dir(buffer, buffer + 140, ""), 0) << "an empty name passes";
     tree.write("file", "");

@@ -111,6 +111,8 @@ const char* kaz_replace_diag_chars() {
 }
 
 void kaz_diag_strcpy(char* dst, const char* src) {
+    if (dst == nullptr)
+        return;
     const char* illegal = kaz_illegal_diag_chars();
     const char* replacements = kaz_replace_diag_chars();
     const std::size_t count = std::strlen(replacements);

@@ -159,6 +159,9 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
         if (TI_catfile(name, sub, name, limit) == nullptr)
             return 2;
         edit_make_dir_name(name);
+        // A "~" in sub may have grown beyond the caller's room.
+        if (std::strlen(name) >= room)
+            return 2;
     }
     if (hasSub || std::strlen(name) <= length)
         std::strcpy(dir, name);

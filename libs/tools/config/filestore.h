@@ -7,9 +7,9 @@
 /// filestore directory and the database state from the tools context.
 ///
 /// Names are limited to 139 characters (140 with the terminator), those of system
-/// files and diagram files to 140. A function that returns a `char*` returns a process-wide buffer
-/// of its own that its next call overwrites. Nothing here throws except when
-/// memory runs out.
+/// files and diagram files to 140. A function that returns a `char*` returns a
+/// process-wide buffer of its own that its next call overwrites. Nothing here
+/// throws except when memory runs out.
 ///
 /// Paths are native text. A `char*` argument that is changed in place must have
 /// room for the stated number of characters.
@@ -85,8 +85,8 @@ KAZ_API const char* kaz_illegal_diag_chars();
 KAZ_API const char* kaz_replace_diag_chars();
 
 /// Copies @p src (null counts as "") with its terminator to @p dst, which has
-/// room for it and may be the same; each illegal character becomes its
-/// replacement, or "_" where there are fewer replacements.
+/// room for it and may be the same (null: nothing happens); each illegal character
+/// becomes its replacement, or "_" where there are fewer replacements.
 KAZ_API void kaz_diag_strcpy(char* dst, const char* src);
 
 /// Expands a leading "~" in @p dir (room for 140 characters) and makes the
