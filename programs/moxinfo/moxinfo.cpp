@@ -196,7 +196,6 @@ bool readFurtherFile() {
     const char* file = kaz_arg_text(arg_file, 0, nullptr);
     if (file == nullptr)
         return true;
-    TI_Vinit(); // so that it comes after the others
     if (TI_V_user_file(kazFullPath(file), true) == 0)
         return true;
     print_err("moxinfo: cannot read %s", file);
@@ -209,6 +208,9 @@ class MoxInfo : public KazConsoleApp {
             return CommandLine::wrongUsage;
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
+        // Before the further file, which comes after the others, and before the
+        // output, which may replace one of them.
+        TI_Vinit();
         Output output;
         if (!readFurtherFile() || !output.open(kaz_arg_text(arg_output, 0, nullptr)))
             return 1;

@@ -81,6 +81,9 @@ TEST_F(MoxInfo, WhatItWritesCanBeRead) {
         expected += value + "\n";
     }
     EXPECT_EQ(run(arguments).out, expected);
+    arguments.insert(arguments.begin(), {"-output", tree.path("written")});
+    EXPECT_EQ(run(arguments).status, 0) << "over the file that it starts from";
+    EXPECT_EQ(tree.read("written"), expected);
 }
 
 TEST_F(MoxInfo, WrongUseIsExplained) {
