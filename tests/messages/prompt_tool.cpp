@@ -31,14 +31,16 @@ void noteSignal(int signal) {
     std::fprintf(stderr, "signal %d\n", signal);
 }
 
-/// 0 when the tool's handler is in its place again afterwards.
-int askWhileHandling(int signal, int flags) {
+/// Interrupts itself again and again: the first signal may come before the tool
+/// reads. 0 when its own handler is in its place again afterwards.
+int askWhileInterrupted() {
     struct sigaction action = {};
     action.sa_handler = noteSignal;
-    action.sa_flags = flags;
-    sigaction(signal, &action, nullptr);
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval often = {{0, 20000}, {0, 20000}};
+    setitimer(ITIMER_REAL, &often, nullptr);
     askSecret();
-    sigaction(signal, nullptr, &action);
+    sigaction(SIGALRM, nullptr, &action);
     return action.sa_handler == noteSignal ? 0 : 4;
 }
 
@@ -94,15 +96,8 @@ class PromptTool : public KazConsoleApp {
         const std::string_view what = argv[1];
         if (what == "both")
             return askSecret() + ask("Name", true);
-        if (what == "restarted")
-            return askWhileHandling(SIGINT, SA_RESTART);
-        if (what == "interrupted") {
-            // Again and again: the first may come before the tool reads.
-            const itimerval often = {{0, 20000}, {0, 20000}};
-            std::signal(SIGALRM, SIG_IGN);
-            setitimer(ITIMER_REAL, &often, nullptr);
-            return askWhileHandling(SIGALRM, 0);
-        }
+        if (what == "interrupted")
+            return askWhileInterrupted();
         if (what == "suspended")
             return suspendAndContinue();
         if (what == "confirm")

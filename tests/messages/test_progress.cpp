@@ -16,35 +16,26 @@ namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
+enum Operation { begin, push, change, pop, set, setAll, add, addAll };
+
 /// An operation, what it gives, and what the progress says after it.
 struct Step {
-    double (*apply)(KazProgress& progress, double value);
+    Operation operation;
     double value, result, overall, percent, low, high;
 };
 
-double push(KazProgress& progress, double share) {
-    return progress.pushRange(share), 0;
-}
-double pop(KazProgress& progress, double) {
-    return progress.popRange(), 0;
-}
-double change(KazProgress& progress, double share) {
-    return progress.setRange(share), 0;
-}
-double begin(KazProgress& progress, double doReset) {
-    return progress.initialize(doReset != 0), 0;
-}
-double set(KazProgress& progress, double value) {
-    return progress.set(value, false);
-}
-double setAll(KazProgress& progress, double value) {
-    return progress.set(value, true);
-}
-double add(KazProgress& progress, double delta) {
-    return progress.increment(delta, false);
-}
-double addAll(KazProgress& progress, double delta) {
-    return progress.increment(delta, true);
+double apply(const Step& step, KazProgress& progress) {
+    if (step.operation == set || step.operation == setAll)
+        return progress.set(step.value, step.operation == setAll);
+    if (step.operation == add || step.operation == addAll)
+        return progress.increment(step.value, step.operation == addAll);
+    if (step.operation == begin)
+        progress.initialize(step.value != 0);
+    else if (step.operation == pop)
+        progress.popRange();
+    else
+        step.operation == push ? progress.pushRange(step.value) : progress.setRange(step.value);
+    return 0;
 }
 
 const Step steps[] = {
@@ -101,7 +92,7 @@ TEST(Progress, StepsAddUpToTheWholeAndCopiesGoTheirOwnWay) {
     for (const Step& step : steps) {
         SCOPED_TRACE(&step - steps);
         KazNGProgress copy(progress);
-        EXPECT_DOUBLE_EQ(step.apply(copy, step.value), step.result);
+        EXPECT_DOUBLE_EQ(apply(step, copy), step.result);
         expectState(copy, step);
         expectState(progress, before);
         progress = copy;
