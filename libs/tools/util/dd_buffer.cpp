@@ -164,8 +164,10 @@ void dd_remove(dd_buffer* buffer, int position, int count) {
 }
 
 void dd_truncate(dd_buffer* buffer, int length) {
-    if (buffer != nullptr && length < buffer->length)
-        finish(buffer, std::max(length, 0));
+    // An empty buffer may have no text yet to put a terminator into.
+    const int shorter = std::max(length, 0);
+    if (buffer != nullptr && shorter < buffer->length)
+        finish(buffer, shorter);
 }
 
 void dd_clear(dd_buffer* buffer) {
