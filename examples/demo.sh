@@ -17,9 +17,14 @@ cp -r "$here/project/plant" "$scratch/plant"
 python3 "$here/project/fill.py" "$scratch/plant"
 cp "$here/project/ToolInfo" "$here/project/ToolInfo.site" "$suite/"
 
+mkdir -p "$suite/bin/W32NTX86" # where the tools look for their texts
+
 cd "$scratch"
 export PATH="$suite/bin:$PATH"
 unset ToolInfo TOOLINFO KAZCOREROOT
+
+say "The texts of the tools, compiled from a source text"
+show moxmsg -source "$here/project/messages.txt" -output "$suite/bin/W32NTX86/msg_file"
 
 say "A small system, with commentary, to a directory of our choice"
 show moxcopy -projdir plant -system logistics -target backup -verbose

@@ -1,6 +1,7 @@
 #include "copy.h"
 
 #include "names.h"
+#include "texts.h"
 #include "tools/moxtools.h"
 
 #include <cerrno>
@@ -53,7 +54,7 @@ private:
         std::error_code ignored;
         const std::uintmax_t bytes = std::filesystem::file_size(hostPath(target), ignored);
         result_.files.push_back({relative, ignored ? 0 : bytes});
-        progress_.msg(1, "Copied '%s'.", shown(relative).getValue());
+        progress_.msg(1, localText(texts::copied), shown(relative).getValue());
     }
 
     void fail(const KazString& relative) { result_.fail(joined(source_, relative), errno); }

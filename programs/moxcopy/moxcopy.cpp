@@ -2,6 +2,7 @@
 /// (plan), the copying beside the destination (copy, staging), and what became
 /// of it (summary). All output goes through the IO director.
 
+#include "common/CommandLine.h"
 #include "copy.h"
 #include "director.h"
 #include "names.h"
@@ -9,6 +10,7 @@
 #include "plan.h"
 #include "staging.h"
 #include "summary.h"
+#include "texts.h"
 #include "tools/moxtools.h"
 
 #include <chrono>
@@ -20,7 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Beside 9 for cancellation, which the library gives.
-enum Status { Done = 0, Failed = 1, WrongUsage = 2 };
+enum Status { Done = 0, Failed = 1, WrongUsage = CommandLine::wrongUsage };
 
 bool isSame(const fs::path& a, const fs::path& b) {
     std::error_code ignored;
@@ -55,17 +57,17 @@ bool mayWrite(const CopyOptions& options) {
     if (!fs::exists(fs::symlink_status(hostPath(destination), ignored)))
         return true;
     if (!isDirectory(destination)) {
-        print_err("'%s' is in the way: it is not a directory", shown(destination).getValue());
+        print_err(localText(texts::inTheWay), shown(destination).getValue());
         return false;
     }
     if (options.force)
         return true;
     KazString question;
-    question.format("Overwrite the copy '%s'?", shown(destination).getValue());
+    question.format(localText(texts::overwrite), shown(destination).getValue());
     if (KazIODirector::confirm("moxcopy", question, KazIODirector::YesNo, KazIODirector::Decline) ==
         KazIODirector::Accept)
         return true;
-    print_msg("The copy is left as it is.");
+    print_msg(localText(texts::leftAlone));
     return false;
 }
 
@@ -77,12 +79,12 @@ CopyDirector::Style styleOf(const CopyOptions& options) {
 
 void cancel() {
     Staging::discardAll();
-    print_err("Cancelled, nothing was copied");
+    print_err(localText(texts::cancelled));
 }
 
 CopyResult copyWithProgress(const Plan& plan, const CopyOptions& options, const Staging& staging) {
     KazString title;
-    title.format("Copying %s", options.system.getValue());
+    title.format(localText(texts::copying), options.system.getValue());
     KazProgressHandle progress(title, static_cast<int>(plan.fileCount));
     progress.setCancelHandler(cancel);
     return copyPlanned(plan, options.source, staging.directory(), progress);
@@ -102,7 +104,7 @@ Status copySystem(const Plan& plan, const CopyOptions& options) {
     CopyResult result = copyWithProgress(plan, options, staging);
     addFailures(result, plan.failures);
     if (result.diskFull) {
-        print_err("The disk is full, nothing was copied");
+        print_err(localText(texts::diskFull));
         result.files.clear();
     } else if (!result.files.empty() || result.failures.empty()) {
         staging.commit(result);
@@ -115,19 +117,19 @@ Status copySystem(const Plan& plan, const CopyOptions& options) {
 
 Status run(const CopyOptions& options) {
     if (!isDirectory(options.source)) {
-        print_err("There is no system '%s': no directory '%s'", options.system.getValue(),
+        print_err(localText(texts::noSystem), options.system.getValue(),
                   shown(options.source).getValue());
         return Failed;
     }
     if (!isApart(options)) {
-        print_err("Cannot copy '%s' to '%s': one would lie in the other",
-                  shown(options.source).getValue(), shown(options.destination()).getValue());
+        print_err(localText(texts::inOneAnother), shown(options.source).getValue(),
+                  shown(options.destination()).getValue());
         return WrongUsage;
     }
     const Plan plan = makePlan(options);
     printPlan(plan, options.system);
     if (plan.fileCount == 0 && (options.isRestricted() || !plan.failures.empty())) {
-        print_err("There is nothing to copy");
+        print_err(localText(texts::nothing));
         printFailures(plan.failures);
         return Failed;
     }

@@ -1,116 +1,28 @@
 #include "options.h"
 
+#include "common/CommandLine.h"
 #include "names.h"
+#include "texts.h"
 #include "tools/moxtools.h"
 
 #include <cstring>
-#include <set>
 
 namespace {
 
-/// The options of this tool; their texts and abbreviations are the suite's.
-struct Accepted {
-    arg_type_enum type;
-    bool required;
-    const char* value; ///< name of the value, or null
-    const char* meaning;
-};
-
-constexpr Accepted acceptedOptions[] = {
-    {arg_projdir, true, "DIR", "project directory"},
-    {arg_system, true, "NAME", "system to copy"},
-    {arg_target, false, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
-    {arg_filter, false, "PATTERN", "copy the files whose names match only"},
-    {arg_verbose, false, nullptr, "tell each file that is copied"},
-    {arg_Force, false, nullptr, "overwrite an existing copy without asking"},
-    {arg_Quiet, false, nullptr, "show questions and errors only"},
-};
-
-std::vector<arg_type_enum> typesOf(bool required) {
-    std::vector<arg_type_enum> types;
-    for (const Accepted& option : acceptedOptions)
-        if (option.required == required)
-            types.push_back(option.type);
-    types.push_back(arg_end);
-    return types;
-}
-
-const Accepted* findAccepted(arg_type_enum type) {
-    for (const Accepted& option : acceptedOptions)
-        if (option.type == type)
-            return &option;
-    return nullptr;
-}
-
-/// The option with the name of its value.
-KazString spelled(const Accepted& option) {
-    KazString text(KazArgDescription::find(option.type)->text);
-    if (option.value != nullptr)
-        text.appendFormat(" %s", option.value);
-    return text;
-}
-
-/// The shortest text that still means the option.
-KazString abbreviation(const Accepted& option) {
-    const KazArgDescription* row = KazArgDescription::find(option.type);
-    KazString full(row->text);
-    for (int length = row->minLength; length < full.getLength(); ++length)
-        if (KazArgDescription::match(full.subStringBefore(length)) == row)
-            return full.subStringBefore(length);
-    return full;
-}
-
-void printUsage() {
-    KazString line;
-    line.format("usage: %s", KazApp::getInstance()->getAppName());
-    for (const Accepted& option : acceptedOptions)
-        line.appendFormat(option.required ? " %s" : " [%s]", spelled(option).getValue());
-    print_err("%s [diagram ...]", line.getValue());
-    for (const Accepted& option : acceptedOptions)
-        print_err("  %-16s %-5s %s", spelled(option).getValue(), abbreviation(option).getValue(),
-                  option.meaning);
-}
-
-/// Finds what the library's parser refuses in silence.
-class Mistake {
-public:
-    Mistake(int argc, char** argv) : argc_(argc), argv_(argv) {}
-
-    KazString text() {
-        for (int i = 1; i < argc_ && text_.isEmpty(); ++i)
-            if (argv_[i][0] == '-')
-                i += readOption(i);
-        for (const Accepted& option : acceptedOptions)
-            if (text_.isEmpty() && option.required && !seen_.contains(option.type))
-                text_.format("Option %s is missing", spelled(option).getValue());
-        return text_;
-    }
-
-private:
-    /// How many values follow the option at @p position.
-    int readOption(int position) {
-        const KazArgDescription* row = KazArgDescription::match(argv_[position]);
-        if (row == nullptr)
-            text_.format("Unknown option '%s'", argv_[position]);
-        else if (findAccepted(row->type) == nullptr)
-            text_.format("Option %s is not used by this tool", row->text);
-        else if (!seen_.insert(row->type).second)
-            return 0; // Repetitions take no values.
-        else if (position + row->valueCount >= argc_)
-            text_.format("Option %s lacks its value", row->text);
-        return row != nullptr ? row->valueCount : 0;
-    }
-
-    int argc_;
-    char** argv_;
-    std::set<arg_type_enum> seen_;
-    KazString text_;
-};
+const CommandLine commandLine(
+    "moxcopy", "[diagram ...]",
+    "Copies a system out of a project: all of it, or the files of the diagrams that are named.",
+    {{arg_projdir, "DIR", "project directory", true},
+     {arg_system, "NAME", "system to copy", true},
+     {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
+     {arg_filter, "PATTERN", "copy the files whose names match only"},
+     {arg_verbose, nullptr, "tell each file that is copied"},
+     {arg_Force, nullptr, "overwrite an existing copy without asking"},
+     {arg_Quiet, nullptr, "show questions and errors only"}});
 
 /// Reports wrong usage and gives the result of the check that found it.
-bool misused(const KazString& reason) {
-    print_err("%s", reason.getValue());
-    printUsage();
+bool misused(const char* reason) {
+    commandLine.complain(reason);
     return false;
 }
 
@@ -133,9 +45,9 @@ bool readSystem(CopyOptions& options) {
     const KazString project(kaz_env_projdir());
     options.system = kaz_env_system();
     if (project.isEmpty())
-        return misused("The project directory is empty");
+        return misused(localText(texts::noProject));
     if (!isPlainName(options.system)) {
-        print_err("Invalid system name: %s", options.system.getValue());
+        print_err(localText(texts::badSystem), options.system.getValue());
         return false;
     }
     options.source = kazComposePath(kazFullPath(project), options.system);
@@ -147,7 +59,7 @@ bool readTarget(CopyOptions& options) {
     if (target.isEmpty())
         target = TI_Vcont("tmp_dir");
     if (target.isEmpty())
-        return misused("There is no -target, and the ToolInfo variable tmp_dir is not set");
+        return misused(localText(texts::noTarget));
     options.target = kazDirForDisplay(kazFullPath(target));
     return true;
 }
@@ -155,7 +67,7 @@ bool readTarget(CopyOptions& options) {
 bool readFilter(CopyOptions& options) {
     options.filter = textOf(arg_filter);
     if (options.filter.findChar("\\/") >= 0)
-        return misused("The filter is for file names, not for paths");
+        return misused(localText(texts::badFilter));
     return true;
 }
 
@@ -189,8 +101,8 @@ KazString CopyOptions::destination() const {
 }
 
 bool readOptions(int argc, char** argv, CopyOptions& options) {
-    if (!kaz_arg_parse(argc, argv, typesOf(true).data(), typesOf(false).data(), 0, false))
-        return misused(Mistake(argc, argv).text());
+    if (!commandLine.parse(argc, argv))
+        return false;
     options.verbose = isSwitchedOn(arg_verbose);
     options.force = isSwitchedOn(arg_Force);
     options.quiet = isSwitchedOn(arg_Quiet);

@@ -1,6 +1,7 @@
 #include "plan.h"
 
 #include "names.h"
+#include "texts.h"
 #include "tools/moxtools.h"
 
 #include <algorithm>
@@ -75,7 +76,7 @@ public:
         for (std::size_t i = 0; i < pending_.size(); ++i)
             listDirectory(KazString(pending_[i]));
         for (const KazString& diagram : selection_.missing())
-            fail(diagram, "the system has no such diagram");
+            fail(diagram, localText(texts::noDiagram));
         return std::move(plan_);
     }
 
@@ -88,7 +89,7 @@ private:
         const KazString directory = joined(options_.source, relative);
         std::vector<KazString> names;
         if (!listNames(directory, "*", names)) {
-            fail(shown(directory), "the directory cannot be read");
+            fail(shown(directory), localText(texts::unreadable));
             return;
         }
         findUnspeakable(directory);
@@ -121,7 +122,7 @@ private:
         for (fs::directory_iterator i(hostPath(directory), error), end; !error && i != end;
              i.increment(error))
             if (i->path().filename().string().find('\\') != std::string::npos && selection_.isAll())
-                fail(i->path().string().c_str(), "the name holds a backslash");
+                fail(i->path().string().c_str(), localText(texts::backslash));
     }
 
     const CopyOptions& options_;

@@ -1,6 +1,7 @@
 #include "staging.h"
 
 #include "names.h"
+#include "texts.h"
 #include "tools/moxtools.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ KazString parentOf(const KazString& relative) {
 }
 
 bool reportFailure(const KazString& path, int errorNumber) {
-    print_err("Cannot write '%s': %s", shown(path).getValue(),
+    print_err(localText(texts::cannotWrite), shown(path).getValue(),
               std::generic_category().message(errorNumber).c_str());
     return false;
 }
@@ -124,7 +125,7 @@ void Staging::discard() {
         KazFileManager leftover(temporary_);
         leftover.destroy(true);
         if (!leftover.getErrors().isEmpty())
-            print_err("Cannot remove '%s'", shown(temporary_).getValue());
+            print_err(localText(texts::cannotRemove), shown(temporary_).getValue());
         temporary_.clear();
     }
     for (const KazString& path : std::exchange(madeDirectories_, {})) {

@@ -1,7 +1,7 @@
 /// Makes, shows, compares and checks message files.
 
 #include "common/CommandLine.h"
-#include "formats.h"
+#include "common/formats.h"
 #include "message_file.h"
 #include "messages.h"
 #include "output.h"

@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <regex>
 #include <set>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -160,11 +163,11 @@ TEST_F(MoxCopy, RestrictsItselfToDiagramsAndPattern) {
 TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
     makeSystem();
     const std::map<std::vector<std::string>, std::string> lines = {
-        {{"-system", "brewery"}, "Option -projdir DIR is missing"},
-        {{"-p", "plant", "-s"}, "Option -system lacks its value"},
-        {{"-p", "plant", "-s", "s", "-batch"}, "Option -batch is not used by this tool"},
-        {{"-p", "-zzz", "-s", "s", "-100%s"}, "Unknown option '-100%s'"},
-        {{"-p", "a", "-p", "-zzz"}, "Unknown option '-zzz'"},
+        {{"-system", "brewery"}, "option -projdir DIR is missing"},
+        {{"-p", "plant", "-s"}, "option -system needs a value"},
+        {{"-p", "plant", "-s", "s", "-batch"}, "option -batch is not for this program"},
+        {{"-p", "-zzz", "-s", "s", "-100%s"}, "unknown option -100%s"},
+        {{"-p", "a", "-p", "-zzz"}, "unknown option -zzz"},
         {{"-p", "", "-s", "s"}, "The project directory is empty"},
         {{"-p", "plant", "-s", "s", "-filter", "a/b"},
          "The filter is for file names, not for paths"},
@@ -174,14 +177,13 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
         arguments.insert(arguments.begin(), tree.path("suite/bin/moxcopy"));
         auto result = runTool(arguments);
         EXPECT_EQ(result.status, 2) << message;
-        EXPECT_NE(("\n" + result.err)
-                      .find("\n" + message +
-                            "\nusage: moxcopy -projdir DIR -system NAME "
-                            "[-target DIR] [-filter PATTERN] [-verbose] [-Force] [-Quiet] "
-                            "[diagram ...]\n  -projdir DIR "),
-                  std::string::npos)
-            << message << "\n"
-            << result.err;
+        const std::string usage = "moxcopy: " + message +
+                                  "\nusage: moxcopy -projdir DIR -system NAME [-target DIR] "
+                                  "[-filter PATTERN] [-verbose] [-Force] [-Quiet] "
+                                  "[diagram ...]\n";
+        EXPECT_NE(("\n" + result.err).find("\n" + usage), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find("\n  -projdir DIR     project directory (-p)\n"),
+                  std::string::npos);
         EXPECT_EQ(result.out, "");
     }
 }
@@ -216,7 +218,7 @@ TEST_F(MoxCopy, NeedsItsConfiguration) {
     auto result = copy({});
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(result.err.starts_with(
-        "There is no -target, and the ToolInfo variable tmp_dir is not set\nusage: "));
+        "moxcopy: There is no -target, and the ToolInfo variable tmp_dir is not set\nusage: "));
     fs::remove(tree.path("suite/ToolInfo"));
     result = copy({});
     EXPECT_EQ(result.status, 1);
@@ -390,4 +392,130 @@ TEST_F(MoxCopy, TakesTenThousandDiagrams) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(names("copies/brewery").size(), 300u);
     EXPECT_TRUE(result.err.ends_with("\n9700 failures\n"));
+}
+
+namespace {
+
+/// Runs that between them say nearly everything, each with and without texts.
+class MoxCopyTexts : public MoxCopy {
+protected:
+    MoxCopyTexts() {
+        makeSystem();
+        fs::create_symlink("nowhere", tree.path("plant/brewery/dangling"));
+        tree.write("plant/brewery/back\\slash", "x");
+        tree.write("plant/small/one", "1");
+        tree.write("file/brewery", "in the way");
+        tree.mkdir("old/brewery");
+    }
+
+    /// Compiles a source text and configures the message file.
+    void useTexts(const std::string& source) {
+        const std::string file = tree.path("texts");
+        auto result =
+            kit::run({"moxmsg", "-source", tree.write("source", source), "-output", file});
+        ASSERT_EQ(result.status, 0) << result.err;
+        configure(file);
+    }
+
+    void configure(const std::string& file) {
+        tree.write("suite/ToolInfo", "msg_file=" + file + "\n");
+    }
+
+    /// What the runs print and how they end; the time is all that may change.
+    std::string everything() {
+        const std::vector<std::vector<std::string>> lines = {
+            {"-s", "brewery", "-target", "new", "-verbose"},
+            {"-s", "small", "-target", "new"},
+            {"-s", "brewery", "-target", "new", "mashing", "sparging", "-Force"},
+            {"-s", "brewery", "-target", "new", "-filter", "none*"},
+            {"-s", "brewery", "-target", "file"},
+            {"-s", "brewery", "-target", "file/brewery"},
+            {"-s", "brewery", "-target", "old"},
+            {"-s", "brewery", "-target", "plant"},
+            {"-s", "winery", "-target", "new"},
+            {"-s", "..", "-target", "new"},
+            {"-s", "brewery"},
+            {"-s", "brewery", "-target", "new", "-filter", "a/b"},
+        };
+        std::string text;
+        for (std::vector<std::string> line : lines) {
+            line.insert(line.begin(), {tree.path("suite/bin/moxcopy"), "-p", "plant"});
+            const auto result = runTool(line);
+            EXPECT_EQ(result.signal, 0);
+            text += result.out + result.err + "status " + std::to_string(result.status) + "\n";
+        }
+        text += runTool({tree.path("suite/bin/moxcopy"), "-p", "", "-s", "brewery"}).err;
+        fs::remove_all(tree.path("new"));
+        return std::regex_replace(text, std::regex("[0-9]+\\.[0-9]{2}"), "0.00");
+    }
+
+    /// Gives every text of the sample source another form.
+    template <typename Change>
+    std::string sampleTexts(Change change) {
+        std::ifstream file(fs::path(EXAMPLES) / "project/messages.txt");
+        std::string source;
+        for (std::string line; std::getline(file, line);)
+            if (std::isdigit(static_cast<unsigned char>(line[0])))
+                source +=
+                    line.substr(0, 3) + " " + change(line.substr(0, 3), line.substr(4)) + "\n";
+        return source;
+    }
+};
+
+} // namespace
+
+TEST_F(MoxCopyTexts, ComeFromTheMessageFile) {
+    configure("");
+    const std::string english = everything();
+    useTexts(sampleTexts([](auto&&, const std::string& text) { return text; }));
+    EXPECT_EQ(everything(), english) << "the sample texts are the built-in ones";
+
+    useTexts(sampleTexts([](const std::string& number, const std::string& text) {
+        return "@" + number + "@" + text;
+    }));
+    const std::string marked = everything();
+    const std::regex mark("@([0-9]+)@");
+    EXPECT_EQ(std::regex_replace(marked, mark, ""), english);
+    std::set<std::string> said;
+    for (std::sregex_iterator i(marked.begin(), marked.end(), mark), end; i != end; ++i)
+        said.insert((*i)[1]);
+    for (int number = 200; number <= 227; ++number) {
+        const bool needsMishap = number == 212 || number == 213 || number == 219 || number == 221;
+        EXPECT_EQ(said.count(std::to_string(number)), needsMishap ? 0u : 1u) << number;
+    }
+
+    fs::create_directories(tree.path("suite/bin/W32NTX86"));
+    fs::rename(tree.path("texts"), tree.path("suite/bin/W32NTX86/msg_file"));
+    configure("");
+    EXPECT_EQ(everything(), marked) << "without configuration, from the usual place";
+    useTexts("204 only this: %zu\n");
+    EXPECT_EQ(everything(),
+              std::regex_replace(english, std::regex("\\b1 file\\b"), "only this: 1"));
+}
+
+TEST_F(MoxCopyTexts, CanDoNoHarm) {
+    configure("");
+    const std::string english = everything();
+    const std::vector<std::string> hostile = {
+        "%n%n%n%n", "%s%s%s%s%s%s", "%9$s", "%1$s%1$d", "%s%1$s",     "%zu%s%zu",
+        "%*.*f",    "%s %c",        "%",    "%l",       "%99999999s", "%.999999999zu"};
+    for (std::size_t turn = 0; turn < 3; ++turn) {
+        auto next = [&, i = turn * 5]() mutable { return hostile[i++ % hostile.size()]; };
+        useTexts(sampleTexts([&](auto&&, auto&&) { return next(); }));
+        EXPECT_EQ(everything(), english) << turn;
+        useTexts(sampleTexts([&](auto&&, const std::string& text) { return text + next(); }));
+        EXPECT_EQ(everything(), english) << turn;
+    }
+    kit::Random random(kit::seed());
+    for (const char* magic : {"", "MZAK"}) {
+        configure(tree.write("texts", magic + random.text(9000, "\1\2\3%sd$*\xff")));
+        EXPECT_EQ(copy({"-target", "new"}).status, 1) << "two files cannot be copied";
+        EXPECT_EQ(names("new/brewery").size(), names("plant/brewery").size() - 2);
+        fs::remove_all(tree.path("new"));
+    }
+    configure(tree.path("missing"));
+    auto result =
+        runTool({tree.path("suite/bin/moxcopy"), "-p", "plant", "-s", "small", "-target", "n"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "Cannot read the message file '" + tree.path("missing") + "'\n");
 }

@@ -176,6 +176,18 @@ TEST_F(MoxMsg, ComparesTextsAndTheirArguments) {
                                fault(source + ":7", 7, "%d", 7, "%(cut off)"));
 }
 
+TEST_F(MoxMsg, DistrustsFormatsThatOnlySeemToTakeTheSameArguments) {
+    const std::string good = tree.write("good", "1 %s\n2 %s %d\n");
+    EXPECT_EQ(run({"-source", tree.write("same", "1 %1$s %1$s\n2 %2$3d%%%1$-8s\n"), "-merge", good})
+                  .status,
+              0);
+    for (const char* bad : {"1 %2$s", "1 %0$s", "1 %1$s %1$d", "1 %s %1$s", "1 %4000s", "1 %.4000s",
+                            "1 %s %5%", "2 %s", "2 %2$d %s", "2 %2$d"}) {
+        const kit::Result result = run({"-source", tree.write("bad", bad), "-merge", good});
+        EXPECT_EQ(result.status, 1) << bad;
+    }
+}
+
 TEST_F(MoxMsg, DamagedFilesAreShownAsFarAsTheyGo) {
     const std::string whole = compile("1 one\n300 other\n");
     for (std::size_t length = 0; length < whole.size(); length += 37) {

@@ -1,4 +1,4 @@
-#include "formats.h"
+#include "common/formats.h"
 
 #include <algorithm>
 #include <map>
@@ -15,13 +15,23 @@ public:
             rest.remove_prefix(at + 1);
             scanConversion();
         }
+        // printf cannot step over an argument whose type it is not told.
         std::string result;
-        for (const auto& [position, conversion] : arguments)
-            result += (result.empty() ? "%" : " %") + conversion;
-        return result;
+        int next = 1;
+        for (const auto& [position, conversion] : arguments) {
+            for (; next < position; ++next)
+                append(result, "(missing)");
+            append(result, conversion);
+            ++next;
+        }
+        return result + (last > 0 && hasPositions ? " (with and without positions)" : "");
     }
 
 private:
+    static void append(std::string& result, const std::string& conversion) {
+        result += (result.empty() ? "%" : " %") + conversion;
+    }
+
     std::string takeWhile(std::string_view characters) {
         const std::size_t length = std::min(rest.find_first_not_of(characters), rest.size());
         std::string taken(rest.substr(0, length));
@@ -35,45 +45,56 @@ private:
         if (digits == 0 || digits > 3 || digits >= rest.size() || rest[digits] != '$')
             return 0;
         const int position = std::stoi(std::string(rest.substr(0, digits)));
-        rest.remove_prefix(digits + 1);
+        if (position > 0)
+            rest.remove_prefix(digits + 1);
         return position;
     }
 
     void note(int position, const std::string& conversion) {
-        arguments[position > 0 ? position : ++last] = conversion;
+        hasPositions = hasPositions || position > 0;
+        std::string& known = arguments[position > 0 ? position : ++last];
+        if (known.empty())
+            known = conversion;
+        else if (known != conversion)
+            known += " and " + conversion;
     }
 
-    void takeNumber() {
-        if (!rest.starts_with('*')) {
-            takeWhile("0123456789");
-            return;
-        }
+    /// A width or a precision. Gives what is wrong with it: printf would make a
+    /// text of as many characters.
+    std::string takeNumber() {
+        if (!rest.starts_with('*'))
+            return takeWhile("0123456789").size() > 3 ? "(too wide)" : "";
         rest.remove_prefix(1);
         note(takePosition(), "d");
+        return "";
     }
 
     void scanConversion() {
+        if (rest.starts_with('%')) {
+            rest.remove_prefix(1);
+            return;
+        }
         const int position = takePosition();
         takeWhile("-+ #0'");
-        takeNumber();
+        std::string conversion = takeNumber();
         if (rest.starts_with('.')) {
             rest.remove_prefix(1);
-            takeNumber();
+            conversion += takeNumber();
         }
-        std::string conversion = takeWhile("hlLqjzt");
+        conversion += takeWhile("hlLqjzt");
         if (rest.empty()) {
             note(0, conversion + "(cut off)");
             return;
         }
         const char letter = rest.front();
         rest.remove_prefix(1);
-        if (letter != '%')
-            note(position, conversion + (letter == 'i' ? 'd' : letter));
+        note(position, conversion + (letter == 'i' ? 'd' : letter));
     }
 
     std::string_view rest;
     std::map<int, std::string> arguments;
-    int last = 0;
+    int last = 0; ///< the last argument taken without a position
+    bool hasPositions = false;
 };
 
 } // namespace
