@@ -56,6 +56,9 @@ const Step steps[] = {
     {change, 25, 0, 60, 0, 15, 21.25},
     {pop, 0, 0, 60, 0, 0, 100},
     {set, 80, 80, 80, 80, 0, 100},
+    {setAll, 25, 25, 25, 80, 0, 100},
+    {set, 79, 80, 25, 80, 0, 100}, // no way back here either
+    {setAll, 80, 80, 80, 80, 0, 100},
     {push, 50, 0, 80, 0, 40, 65},
     {set, nan, 130, 130, 100, 40, 65}, // only the outermost is cut at 100
     {setAll, 25, 25, 25, 100, 40, 65},
