@@ -2,15 +2,15 @@
 #include "tools/containers/KazIntColl.h"
 #include "tools/containers/KazStringColl.h"
 
+#include "elements.h"
 #include "kit/alloc_failure.h"
-#include "kit/counted.h"
-#include "kit/random.h"
-#include "meddler.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <list>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,15 +24,7 @@ struct OwningColl : KazColl {
         setCheckIn(Counted::checkIn);
         setCheckOut(Counted::checkOut);
     }
-    void addValue(int value) {
-        Counted element(value);
-        add(&element);
-    }
 };
-
-int valueOf(const void* element) {
-    return element ? static_cast<const Counted*>(element)->value() : 0;
-}
 
 std::vector<int> values(const KazColl& coll) {
     std::vector<int> result;
@@ -77,6 +69,9 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
     {
         OwningColl coll;
         std::list<KazCollIterator> iterators;
+        for (int i = 0; i < 6; ++i)
+            iterators.emplace_front(coll);
+        model.iterators.assign(6, -2);
         for (int step = 0; step < 20000; ++step) {
             const int at = random.below(model.size() + 2);
             Counted one(random.between(1, 99));
@@ -87,14 +82,13 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
                 model.values.push_back(one.value());
                 break;
             case 2:
-                coll.insertAt(at, &one);
-                model.insert(at, {one.value()});
-                break;
             case 3: {
                 Counted two(7);
                 void* items[] = {&one, &two};
-                coll.insertAt(at, items, 2);
-                model.insert(at, {one.value(), 7});
+                const int count = random.between(1, 2);
+                coll.insertAt(at, items, count);
+                model.insert(at,
+                             count == 1 ? std::vector{one.value()} : std::vector{one.value(), 7});
                 break;
             }
             case 4:
@@ -126,22 +120,20 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
                     coll.freeExtra();
                 }
                 break;
-            case 9:
-                if (iterators.size() < 6) {
-                    if (iterators.empty() || random.oneIn(2)) {
-                        iterators.emplace_front(coll);
-                        model.iterators.push_front(model.size() > 0 ? 0 : -2);
-                    } else {
-                        iterators.emplace_front(iterators.back());
-                        model.iterators.push_front(model.iterators.back());
-                    }
+            case 9: {
+                const auto doomed = std::next(iterators.begin(), random.below(6));
+                model.iterators.erase(
+                    std::next(model.iterators.begin(), std::distance(iterators.begin(), doomed)));
+                iterators.erase(doomed);
+                if (random.oneIn(2)) {
+                    iterators.emplace_front(coll);
+                    model.iterators.push_front(model.size() > 0 ? 0 : -2);
                 } else {
-                    auto doomed = std::next(iterators.begin(), random.below(6));
-                    model.iterators.erase(std::next(model.iterators.begin(),
-                                                    std::distance(iterators.begin(), doomed)));
-                    iterators.erase(doomed);
+                    iterators.emplace_front(iterators.back());
+                    model.iterators.push_front(model.iterators.back());
                 }
                 break;
+            }
             default: {
                 auto expected = model.iterators.begin();
                 for (KazCollIterator& i : iterators) {
@@ -168,31 +160,10 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
     EXPECT_EQ(Counted::checkIns() + model.gaps, Counted::checkOuts());
 }
 
-TEST(CollectionTest, IteratorsInsideARemovedRangeStepBack) {
-    KazIntColl coll;
-    for (int i = 0; i < 5; ++i)
-        coll.add(i);
-    KazIntCollIterator iterator(coll);
-    iterator.next();
-    iterator.next();
-    coll.removeAt(1, 2);
-    EXPECT_EQ(iterator.item(), 0);
-    EXPECT_TRUE(iterator.next());
-    EXPECT_EQ(iterator.item(), 3);
-
-    iterator.reset();
-    coll.removeAt(0, 1); // before the first element, which is not the end
-    EXPECT_FALSE(iterator.isDone());
-    EXPECT_EQ(iterator.item(), 0);
-    EXPECT_TRUE(iterator.next());
-    EXPECT_EQ(iterator.item(), 3);
-}
-
 TEST(CollectionTest, IteratorsOutliveTheirCollection) {
     auto coll = std::make_unique<KazIntColl>();
     coll->add(1);
-    KazIntCollIterator first(*coll);
-    auto second = std::make_unique<KazIntCollIterator>(first);
+    KazIntCollIterator first(*coll), second(first);
     KazIntColl other;
     other.add(5);
     other.add(6);
@@ -200,11 +171,10 @@ TEST(CollectionTest, IteratorsOutliveTheirCollection) {
     elsewhere.next();
     first = elsewhere; // the position, not the collection
     EXPECT_EQ(first.item(), 0);
-    EXPECT_EQ(second->item(), 1);
+    EXPECT_EQ(second.item(), 1);
     coll.reset();
     EXPECT_TRUE(first.isDone());
-    EXPECT_FALSE(second->next());
-    second.reset();
+    EXPECT_FALSE(second.next());
     first = elsewhere;
     EXPECT_EQ(first.item(), 0);
     EXPECT_FALSE(first.next());
@@ -251,15 +221,13 @@ TEST(CollectionTest, ElementFunctionsAreCalledInOrder) {
 }
 
 TEST(CollectionTest, FailureLeavesEverythingAsItWas) {
-    Counted::resetCounts();
-    OwningColl coll;
     KazColl plain;
-    for (int i = 1; i <= 4; ++i) {
-        coll.addValue(i);
-        plain.add(coll[i - 1]);
-    }
-    KazCollIterator iterator(coll);
-    const std::vector<int> before = values(coll);
+    for (int i = 1; i <= 4; ++i)
+        plain.add(new Counted(i));
+    plain.setCheckOut(Counted::checkOut); // what is not checked in stays the caller's
+    EXPECT_EQ(kit::sweepAllocations([&] { plain.insertAt(0, plain[0]); }, [] {}), 1);
+    plain.setCheckOut(nullptr);
+    plain.removeAt(0, 1);
     const std::function<void(KazColl&)> actions[] = {
         [&](KazColl& c) { c.add(plain[0]); },
         [&](KazColl& c) { c.insertAt(1, plain[0]); },
@@ -267,141 +235,51 @@ TEST(CollectionTest, FailureLeavesEverythingAsItWas) {
         [&](KazColl& c) { c.append(plain); },
     };
     for (const auto& action : actions) {
+        OwningColl coll;
+        coll.append(plain);
+        KazCollIterator iterator(coll);
         const long failures = kit::sweepAllocations([&] { action(coll); },
                                                     [&] {
-                                                        EXPECT_EQ(values(coll), before);
-                                                        EXPECT_EQ(Counted::live(), 4);
+                                                        EXPECT_EQ(values(coll), values(plain));
+                                                        EXPECT_EQ(Counted::live(), 8);
                                                         EXPECT_EQ(iterator.item(), coll[0]);
                                                     });
         EXPECT_GE(failures, 2); // a check-in and the growth
-        coll.removeAll();
-        for (int value : before)
-            coll.addValue(value);
-        coll.freeExtra();
-        iterator.reset();
-        for (int i = 0; i < 4; ++i)
-            plain.setAt(i, coll[i]);
     }
-    // What was not checked in stays the caller's.
-    KazColl checkingOut;
-    checkingOut.setCheckOut(Counted::checkOut);
-    auto* owned = new Counted(1);
-    {
-        kit::FailAllocation failure(1);
-        EXPECT_ANY_THROW(checkingOut.add(owned));
-    }
-    EXPECT_EQ(owned->value(), 1);
-    checkingOut.add(owned);
-    checkingOut.removeAll();
+    plain.setCheckOut(Counted::checkOut);
+    plain.removeAll();
 
     // A large removal needs no memory.
-    for (int i = 0; i < 200; ++i)
-        coll.addValue(i);
+    OwningColl coll;
+    for (int i = 0; i < 200; ++i) {
+        Counted element(i);
+        coll.add(&element);
+    }
     kit::FailAllocation failure(1, kit::FailAllocation::onward);
     coll.removeAt(1, 190);
     EXPECT_TRUE(failure.hit());
-    EXPECT_EQ(coll.getSize(), 14);
-    EXPECT_EQ(valueOf(coll[1]), 187);
-    EXPECT_EQ(Counted::live(), 14);
-}
-
-void changeSomehow(KazColl& coll, kit::Random& random) {
-    Counted element(100);
-    const int size = coll.getSize();
-    switch (random.below(6)) {
-    case 0:
-        coll.add(&element);
-        break;
-    case 1:
-        coll.insertAt(0, &element);
-        break;
-    case 2:
-        if (size > 0)
-            coll.removeAt(random.below(size), 1);
-        break;
-    case 3:
-        if (size > 0)
-            coll.setAt(random.below(size), &element);
-        break;
-    case 4:
-        if (size > 50)
-            coll.removeAll();
-        break;
-    default:
-        coll.freeExtra();
-    }
-}
-
-TEST(CollectionTest, ElementFunctionsMayChangeTheCollection) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
-    {
-        KazColl coll;
-        coll.setCheckIn(Meddler::in);
-        coll.setCheckOut(Meddler::out);
-        Meddler::random = &random;
-        Meddler::action = [&] { changeSomehow(coll, random); };
-        KazColl twin;
-        for (int step = 0; step < 20000; ++step) {
-            Counted element(step);
-            void* two[] = {&element, &element};
-            const int size = coll.getSize();
-            switch (random.below(7)) {
-            case 0:
-                coll.add(&element);
-                break;
-            case 1:
-                coll.insertAt(random.below(size + 1), two, 2);
-                break;
-            case 2:
-                if (size > 0)
-                    coll.setAt(random.below(size), &element);
-                break;
-            case 3:
-                if (size > 0)
-                    coll.removeAt(random.below(size), random.between(1, 3));
-                break;
-            case 4:
-                if (random.oneIn(20))
-                    coll.removeAll();
-                break;
-            case 5:
-                if (random.oneIn(3))
-                    twin = coll;
-                break;
-            default:
-                if (size < 60)
-                    coll.append(coll);
-            }
-            for (int value : values(coll))
-                ASSERT_GE(value, 0);
-            for (int value : values(twin))
-                ASSERT_GE(value, 0);
-        }
-        Meddler::action = nullptr;
-    }
-    EXPECT_EQ(Counted::live(), 0);
+    EXPECT_EQ(valueOf(coll[1]), 191);
+    EXPECT_EQ(Counted::live(), 10);
 }
 
 TEST(IntCollTest, KeepsIntegers) {
+    constexpr int least = std::numeric_limits<int>::min();
     KazIntColl coll;
-    const int numbers[] = {-1, 0, 2147483647, -2147483647 - 1, 0};
+    const int numbers[] = {-1, 0, -1 - least, least, 0};
     coll.insertAt(0, numbers, 5);
     coll.insertAt(1, 7);
     coll.setAt(0, -5);
     EXPECT_EQ(coll.find(0), 5);
-    EXPECT_EQ(coll.find(-2147483647 - 1), 4);
+    EXPECT_EQ(coll.find(least), 4);
     EXPECT_EQ(coll.find(1), -1);
     KazIntColl other;
     other.copy(coll);
-    EXPECT_EQ(other.append(coll), 6);
-    other.insertAt(3, coll);
+    other.insertAt(1, coll);
     std::vector<int> walked;
     for (KazIntCollIterator i(other); !i.isDone(); i.next())
         walked.push_back(i.item());
     EXPECT_EQ(walked,
-              (std::vector<int>{-5, 7, -1 + 1, -5, 7, 0, 2147483647, -2147483647 - 1, 0, 2147483647,
-                                -2147483647 - 1, 0, -5, 7, 0, 2147483647, -2147483647 - 1, 0}));
+              (std::vector<int>{-5, -5, 7, 0, -1 - least, least, 0, 7, 0, -1 - least, least, 0}));
 }
 
 TEST(StringCollTest, HoldsOneReferenceForEachElement) {
@@ -423,23 +301,16 @@ TEST(StringCollTest, HoldsOneReferenceForEachElement) {
 
         coll.getAt(2) = "other"; // the slot is the string
         EXPECT_EQ(references(a), 2);
-        EXPECT_STREQ(coll[2].getValue(), "other");
         coll.setAt(2, coll[2]); // its only reference
         EXPECT_STREQ(coll[2].getValue(), "other");
 
         KazStringColl copied;
         copied.copy(coll);
-        copied.insertAt(0, b);
-        EXPECT_EQ(references(a), 3);
-        EXPECT_EQ(references(b), 4);
-        const KazString array[] = {a, "x"};
+        const KazString array[] = {a, b};
         copied.insertAt(1, array, 2);
+        EXPECT_EQ(references(b), 5); // b, array, coll, copied twice
         KazStringCollIterator i(copied);
-        i.next();
-        {
-            const KazString shared = i.item();
-            EXPECT_EQ(references(a), 6); // a, array, coll, copied twice, shared
-        }
+        EXPECT_EQ(references(i.item()), 6);
         coll.removeAt(0, 1);
         EXPECT_EQ(references(a), 4);
         EXPECT_TRUE(KazStringCollIterator(nullptr).item().isEmpty());

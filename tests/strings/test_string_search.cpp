@@ -163,6 +163,8 @@ TYPED_TEST(StringSearch, HardCasesTakeNoMoreThanTheirLength) {
     for (int i = 0; i < 30; ++i)
         stars += "*a";
     EXPECT_EQ(s.findPattern(this->text(stars + "*b")), -1);
+    const TypeParam open{this->text(std::string(20000, '['))};
+    EXPECT_EQ(open.findPattern(this->text(std::string(4000, '[') + "b")), -1);
     s.replaceAll(this->text("a"), this->text("ax"));
     EXPECT_EQ(s.getLength(), 600000);
     s.replaceAll(this->text("ax"), this->text(""));

@@ -2,6 +2,7 @@
 
 #include "tools/app/KazMemoryException.h"
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,7 +60,7 @@ void KazArrayPtr::remove() {
 void KazArrayPtr::setSize(int count) {
     if (count > size) {
         grow(count);
-    } else if (count == 0) {
+    } else if (count <= 0) {
         release(data);
         data = nullptr;
         capacity = 0;
@@ -148,17 +149,16 @@ void KazArrayPtr::openGap(int index, int count) {
 }
 
 void KazArrayPtr::insertAt(int index, void** items, int count) {
-    const std::ptrdiff_t own = data && items >= data && items < data + size ? items - data : -1;
-    openGap(index, count);
-    for (int i = 0; i < count; ++i) {
-        if (own < 0) {
-            slot(index + i) = items[i];
-        } else {
-            // The array's own slots: those behind the gap have just moved.
-            const int source = static_cast<int>(own) + i;
-            slot(index + i) = slot(source < index ? source : source + count);
-        }
+    // Slots of this storage move or are zeroed when the gap opens, also those
+    // that only another array of a larger size counts.
+    kaz::detail::HeapPtr<void*> aside;
+    if (data && items >= data && items < data + capacity && count > 0) {
+        aside.reset(static_cast<void**>(kaz::detail::allocate(storageBytes(0, count))));
+        moveSlots(aside.get(), items, count);
+        items = aside.get();
     }
+    openGap(index, count);
+    moveSlots(data + index, items, count);
 }
 
 void KazArrayPtr::insertAt(int index, const KazArrayPtr& other) {
@@ -168,6 +168,8 @@ void KazArrayPtr::insertAt(int index, const KazArrayPtr& other) {
 
 void KazArrayPtr::removeAt(int index, int count) {
     count = std::min(count, size - index);
+    if (count <= 0)
+        return;
     moveSlots(data + index, data + index + count, std::int64_t{size} - index - count);
     size -= count;
 }
@@ -179,6 +181,10 @@ int KazArrayPtr::append(const KazArrayPtr& other) {
 }
 
 void KazArrayPtr::copy(const KazArrayPtr& other) {
+    if (data == other.data) { // growing would zero what is to be copied
+        size = other.size;
+        return;
+    }
     setSize(other.size);
     moveSlots(data, other.data, other.size);
 }

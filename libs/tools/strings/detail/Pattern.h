@@ -17,7 +17,19 @@ namespace kaz::detail {
 template <class Ch>
 class Pattern {
 public:
-    explicit Pattern(Text<Ch> pattern) : end_(pattern.end()), begin_(pattern.begin()) {}
+    explicit Pattern(Text<Ch> pattern)
+        : end_(pattern.end()), begin_(pattern.begin()), literalBrackets_(begin_) {
+        while (literalBrackets_ != end_) {
+            const bool opens = *literalBrackets_ == '[';
+            const Ch* const close = opens ? closingBracket(literalBrackets_) : nullptr;
+            if (close != nullptr)
+                literalBrackets_ = close + 1;
+            else if (opens)
+                break;
+            else
+                literal(literalBrackets_);
+        }
+    }
 
     /// The index where the first match at or after @p start begins, or -1. A
     /// match begins at a character of the text, never at its end.
@@ -74,7 +86,8 @@ private:
         if (*next == '.') {
             ++next;
             hit = true;
-        } else if (const Ch* const close = *next == '[' ? closingBracket(next) : nullptr) {
+        } else if (*next == '[' && next < literalBrackets_) {
+            const Ch* const close = closingBracket(next);
             hit = setContains(next + 1, close, c);
             next = close + 1;
         } else {
@@ -132,6 +145,8 @@ private:
 
     const Ch* end_;
     const Ch* begin_;
+    /// From the first '[' that nothing closes on: no later one is closed either.
+    const Ch* literalBrackets_;
 };
 
 } // namespace kaz::detail

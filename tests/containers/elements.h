@@ -1,5 +1,6 @@
 /// @file
-/// Element functions that change the container that is calling them.
+/// Elements of the containers under test, and functions for them that change
+/// the container which is calling.
 #pragma once
 
 #include "kit/counted.h"
@@ -7,11 +8,18 @@
 
 #include <functional>
 
+/// The value of a Counted in a slot; 0 for none.
+inline int valueOf(const void* element) {
+    return element ? static_cast<const kit::Counted*>(element)->value() : 0;
+}
+
 /// Counted's element functions; a third of their calls also run `action`, which
 /// may use the container and so bring about further calls, to a limited depth.
 struct Meddler {
     static inline std::function<void()> action;
     static inline kit::Random* random = nullptr;
+
+    static bool isAtWork() { return depth > 0; }
 
     static void* in(void* element) {
         void* copy = kit::Counted::checkIn(element);
