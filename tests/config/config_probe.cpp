@@ -2,6 +2,7 @@
 // a line, its words separated by tabs, and one line of answer each.
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
+#include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 
@@ -49,6 +50,11 @@ std::string rememberedName() {
     return TI_Name(name.data()) == 0 ? "=" + std::string(name.data()) : "-";
 }
 
+std::string asDiagramName(std::string name) {
+    kaz_diag_strcpy(name.data(), name.c_str());
+    return name;
+}
+
 std::string typedValues() {
     std::ostringstream out;
     out << kaz_env_port() << ' ' << kaz_env_pagewidth() << ' ' << kaz_env_batch();
@@ -70,6 +76,7 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
     {"name", [](const Words&) { return rememberedName(); }},
     {"root", [](const Words&) { return text(TI_myRootDir()); }},
     {"bin", [](const Words&) { return text(kazMoxBinDir()); }},
+    {"diag", [](const Words& w) { return asDiagramName(w[1]); }},
     {"env", [](const Words& w) { return text(kaz_env_text(idOf(w[1]))); }},
     {"asgn",
      [](const Words& w) {

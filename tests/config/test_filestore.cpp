@@ -7,7 +7,7 @@
 #include "kit/capture.h"
 #include "kit/director.h"
 #include "kit/env.h"
-#include "kit/random.h"
+#include "kit/process.h"
 #include "kit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -65,36 +66,25 @@ TEST_F(Filestore, PathJoinsProjectSystemAndFilestore) {
     EXPECT_TRUE(director.errors.empty());
 }
 
-TEST_F(Filestore, PathLeavesOutWhatDoesNotFit) {
+TEST_F(Filestore, LongNamesAreLeftOutOrCutAndReported) {
+    kaz_env_system_asgn("s");
     for (std::size_t length = 134; length <= 142; ++length) {
         const std::string project = dirOfLength(length);
         kaz_env_projdir_asgn(project.c_str());
-        kaz_env_system_asgn("s");
         // With separator and terminator, 138 characters and a one-letter system
         // are one too many.
         std::string expected = length <= 139 ? project : "s";
         if (length <= 137)
             expected += "\\s";
-        const kit::Capture quiet;
         EXPECT_EQ(kaz_fs_filestore_path(), expected) << length;
+
+        director.errors.clear();
+        const std::string cut = (project + "\\s").substr(0, 139);
+        EXPECT_EQ(edit_get_sys_dir(), cut) << length;
+        const std::vector<std::string> report{"System directory '" + cut + "': name too long:"};
+        EXPECT_EQ(director.errors, length <= 137 ? std::vector<std::string>() : report);
     }
     fs::remove("s");
-}
-
-TEST_F(Filestore, SystemDirectoryIsCutAndReportedWhenTooLong) {
-    for (std::size_t length = 134; length <= 142; ++length) {
-        const std::string project = dirOfLength(length);
-        kaz_env_projdir_asgn(project.c_str());
-        director.errors.clear();
-        const std::string whole = project + "\\sys";
-        EXPECT_EQ(edit_get_sys_dir(), whole.substr(0, 139)) << length;
-        if (whole.size() <= 139)
-            EXPECT_TRUE(director.errors.empty());
-        else
-            EXPECT_EQ(director.errors,
-                      std::vector<std::string>{"System directory '" + whole.substr(0, 139) +
-                                               "': name too long:"});
-    }
 }
 
 TEST_F(Filestore, SystemDirectoryMayLieAtHome) {
@@ -154,21 +144,18 @@ TEST_F(Filestore, NewFilesGetTheModeThatTheSystemPrescribes) {
     tree.mkdir("p/sys/store");
     tree.write("p/sys/.sys_file_mode", "");
     kaz_fs_filestore_dir_asgn("store");
-    char name[] = "new", name2[] = "new2", write[] = "w";
-    for (const unsigned bits : {0644U, 0600U, 0666U, 0444U, 0640U}) {
+    char name[] = "new", write[] = "w";
+    const unsigned long own = kaz_fs_file_umask("\\none");
+    for (const unsigned bits : {0644U, 0600U, 0666U, 0444U}) {
         mode("p/sys/.sys_file_mode", bits);
-        EXPECT_EQ(kaz_fs_system_umask(), bits ^ 0666U);
-        for (const char* file : {"p/sys/new", "p/sys/store/new2"})
+        for (const std::string file : {"p/sys/new", "p/sys/store/new"}) {
+            const bool inStore = file.size() > 9;
+            std::fclose(inStore ? kaz_fs_open_filestore_file(name, write)
+                                : kaz_fs_open_sys_file(name, write));
+            EXPECT_EQ(modeOf(file), bits) << file;
             fs::remove(tree.path(file));
-        std::fclose(kaz_fs_open_sys_file(name, write));
-        std::fclose(kaz_fs_open_filestore_file(name2, write));
-        EXPECT_EQ(modeOf("p/sys/new"), bits);
-        EXPECT_EQ(modeOf("p/sys/store/new2"), bits);
-        // The process's own mask is back.
-        tree.write("own", "");
-        EXPECT_NE(modeOf("own") & 0200U, 0U);
-        EXPECT_EQ(kaz_fs_file_umask(tree.native("none").c_str()), 0666U ^ modeOf("own"));
-        fs::remove(tree.path("own"));
+        }
+        EXPECT_EQ(kaz_fs_file_umask("\\none"), own) << "the process's own mask is back";
     }
     mode("p/sys/.sys_file_mode", 0755);
     EXPECT_EQ(kaz_fs_system_umask(), 0133U);
@@ -234,23 +221,26 @@ TEST_F(Filestore, DirectoriesBecomeAbsoluteAndExist) {
     const kit::ScopedEnv home("HOME", tree.path().c_str());
     std::strcpy(dir, "~/new/dir");
     EXPECT_EQ(edit_make_dir_name(dir), 0);
-    EXPECT_EQ(dir, tree.native("new/dir").substr(0, tree.native().size()) + "\\new/dir");
+    EXPECT_EQ(dir, tree.native() + "\\new/dir");
     EXPECT_TRUE(fs::is_directory(tree.path("new/dir")));
 }
 
-TEST_F(Filestore, DiagramCharactersAreReplacedByPosition) {
-    EXPECT_STREQ(kaz_illegal_diag_chars(), " *\"'`?![](){};/\\&");
-    EXPECT_STREQ(kaz_replace_diag_chars(), "________________");
+TEST_F(Filestore, IllegalDiagramCharactersAreReplaced) {
+    const std::string illegal = " *\"'`?![](){};/\\&";
+    EXPECT_EQ(kaz_illegal_diag_chars(), illegal);
+    EXPECT_EQ(kaz_replace_diag_chars(), std::string(16, '_'));
     for (int c = 1; c < 256; ++c) {
-        const std::string text(3, static_cast<char>(c));
-        char copy[4];
-        kaz_diag_strcpy(copy, text.c_str());
-        const bool illegal = std::strchr(kaz_illegal_diag_chars(), c) != nullptr;
-        EXPECT_EQ(copy, illegal ? "___" : text);
+        std::string text(3, static_cast<char>(c));
+        const std::string expected = illegal.find(text[0]) != illegal.npos ? "___" : text;
+        kaz_diag_strcpy(text.data(), text.c_str());
+        EXPECT_EQ(text, expected);
     }
-    char inPlace[] = "a b&c";
-    kaz_diag_strcpy(inPlace, inPlace);
-    EXPECT_STREQ(inPlace, "a_b_c");
+    // A tool's own sets, by position.
+    kit::RunOptions options;
+    options.env["ToolInfo"] =
+        tree.write("ToolInfo", "illegal_diag_chars=abc\nreplace_diag_chars=12\n");
+    options.input = "diag\txaybzc\n";
+    EXPECT_EQ(kit::run({"config_probe"}, options).out, "x1y2z_\n");
 }
 
 TEST_F(Filestore, LegalNamesPassAndDiagramNamesAreCleaned) {
@@ -300,29 +290,23 @@ TEST_F(Filestore, DiagramFilesAreNamedWithinTheirLimits) {
     EXPECT_STREQ(edit_make_name(), "");
     kaz_env_diagram_asgn("my diagram");
     kaz_fs_filestore_dir_asgn("store");
-    const std::string base = tree.native("p\\sys\\store\\my_diagram");
-    EXPECT_EQ(edit_make_name(), base);
+    EXPECT_EQ(edit_make_name(), tree.native("p\\sys\\store\\my_diagram"));
     kaz_env_system_dir_asgn("\\s");
-    kaz_env_revision_asgn("1.2");
-    {
-        const kit::ScopedEnv debug("edit_debug_diag_rev", "");
-        kit::Capture capture;
-        EXPECT_STREQ(edit_make_name(), "\\s\\store\\my_diagram.1.2");
-        EXPECT_EQ(capture.err(), "diag_rev set to 1.2\n");
-    }
-    for (const int length : {1, 70, 71, 72, 80}) {
-        const std::string revision(static_cast<std::size_t>(length), 'r');
+    for (const std::size_t length : {1U, 71U, 72U, 80U}) {
+        const std::string revision(length, 'r'), used = revision.substr(0, 71);
         kaz_env_revision_asgn(revision.c_str());
         director.errors.clear();
-        EXPECT_EQ(edit_make_name(), "\\s\\store\\my_diagram." + revision.substr(0, 71));
+        const kit::ScopedEnv debug("edit_debug_diag_rev", "");
+        kit::Capture capture;
+        EXPECT_EQ(edit_make_name(), "\\s\\store\\my_diagram." + used);
+        EXPECT_EQ(capture.err(), "diag_rev set to " + used + "\n");
         EXPECT_EQ(director.errors.size(), length > 71 ? 1U : 0U);
     }
     EXPECT_EQ(director.errors[0],
               "Revision name '" + std::string(80, 'r') + "' too long, truncated");
     kaz_env_revision_asgn(nullptr);
-    for (const int length : {138, 139, 140, 141, 300}) {
-        const std::string whole =
-            "\\s\\store\\" + std::string(static_cast<std::size_t>(length) - 9, 'd');
+    for (const std::size_t length : {139U, 140U, 141U, 300U}) {
+        const std::string whole = "\\s\\store\\" + std::string(length - 9, 'd');
         kaz_env_diagram_asgn(whole.c_str() + 9);
         director.errors.clear();
         EXPECT_EQ(edit_make_name(), whole.substr(0, 140));

@@ -1,6 +1,8 @@
 // A tool that uses the message catalog as its standard input says, a command a
 // line: what it looks up it writes, a line each.
 
+#include "catalog_word.h"
+
 #include "tools/app/KazConsoleApp.h"
 #include "tools/messages/textcatalog.h"
 
@@ -11,25 +13,13 @@
 
 namespace {
 
-/// Texts are one word here: control characters and blanks as two digits.
-std::string word(const char* text) {
-    std::string result;
-    for (; *text; ++text) {
-        const auto byte = static_cast<unsigned char>(*text);
-        result += byte > ' ' && byte != '%'
-                      ? std::string(1, *text)
-                      : "%" + std::to_string(byte / 10) + std::to_string(byte % 10);
-    }
-    return result;
-}
-
 void obey(const std::string& command, int number, const std::string& text) {
     if (command == "look") {
-        std::cout << word(TextLook(number)) << '\n';
+        std::cout << catalogWord(TextLook(number));
     } else if (command == "copy") {
         char* copy = CTextLook(number);
         TextLook(number + 1);
-        std::cout << word(copy) << '\n';
+        std::cout << catalogWord(copy);
         std::free(copy);
     } else if (command == "put") {
         std::cout << TI_TextPut(text.c_str()) << '\n';
