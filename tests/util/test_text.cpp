@@ -157,6 +157,7 @@ TEST(Words, QuotingIsUndoneByUnquotingByReadingAndByTheShell) {
     const kit::Result shell = kit::run({"/bin/sh", "-c", "printf '%s\\002' " + line});
     EXPECT_EQ(shown, shell.out);
     EXPECT_EQ("\"\"", take(quote_word(nullptr)));
+    EXPECT_EQ("caf\xE9", take(quote_word("caf\xE9")));
     EXPECT_EQ("a b", take(unquote_word("a b")));
     EXPECT_EQ("", take(unquote_word(nullptr)));
 }
