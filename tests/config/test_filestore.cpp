@@ -84,6 +84,10 @@ TEST_F(Filestore, LongNamesAreLeftOutOrCutAndReported) {
         const std::vector<std::string> report{"System directory '" + cut + "': name too long:"};
         EXPECT_EQ(director.errors, length <= 137 ? std::vector<std::string>() : report);
     }
+    // A separator is counted also where the directory brings its own.
+    const std::string ending = dirOfLength(137) + "\\";
+    kaz_env_projdir_asgn(ending.c_str());
+    EXPECT_EQ(kaz_fs_filestore_path(), ending);
     fs::remove("s");
 }
 

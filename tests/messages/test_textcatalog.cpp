@@ -208,6 +208,7 @@ void compareOn(const std::string& bytes, const std::vector<int>& numbers, bool w
         if (withRuntime && i == numbers.size() / 3) {
             putNumbered("early", numbers[0]);
             putNumbered("negative", -7);
+            putNumbered("unseen", 15900);
         }
         if (withRuntime && i == numbers.size() / 2) {
             const std::string longText(200, 'x');
@@ -232,7 +233,7 @@ std::vector<int> someNumbers(kit::Random& random, int count) {
     for (int i = 0; i < count; ++i) {
         switch (random.below(8)) {
         case 0:
-            numbers.push_back(random.between(15800, 16200));
+            numbers.push_back(random.oneIn(2) ? random.between(15871, 15873) : 15900);
             break;
         case 1:
             numbers.push_back(-random.below(20));

@@ -17,6 +17,10 @@
 ///                       0 when the entry has none
 ///     text        128   a text of at most 127 bytes and its NUL, read whole
 ///
+/// What is no regular file counts as a file that is not there, and every lookup
+/// tries again. A file without the magic number is reported by the first lookup;
+/// later ones read from it all the same.
+///
 /// Texts are read on demand through a cache of 20. A hit costs a scan of 20
 /// numbers, a miss one read of 128 bytes. State is process-wide and unlocked.
 #pragma once
