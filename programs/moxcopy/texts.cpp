@@ -1,6 +1,7 @@
 #include "texts.h"
 
 #include "common/formats.h"
+#include "names.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
@@ -8,9 +9,11 @@
 #include "tools/messages/textcatalog.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -33,8 +36,11 @@ constexpr struct {
 
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
+/// A pipe is not even tried: opening it could wait for ever.
 bool opens(const KazString& file) {
-    return Stream(TI_fopen(file, "rb"), std::fclose) != nullptr;
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(hostPath(file), ignored) &&
+           Stream(TI_fopen(file, "rb"), std::fclose) != nullptr;
 }
 
 /// Variables can be looked up without a fatal error only when there is a

@@ -17,7 +17,6 @@ struct OptionRow {
     bool isSwitch = false;
     bool isGlobal = false;
     std::string defaultText;
-    bool hasDefault = false;
 
     bool selectedBy(const std::string& argument) const {
         if (isSwitch && (argument == text + "0" || argument == text + "1"))
@@ -111,7 +110,6 @@ inline std::vector<OptionRow> readOptionRows() {
            row.defaultText) {
         row.isSwitch = flags[0] == 'S';
         row.isGlobal = flags[1] == 'G';
-        row.hasDefault = row.defaultText != "-";
         rows.push_back(row);
     }
     return rows;

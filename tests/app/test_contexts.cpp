@@ -111,21 +111,6 @@ TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
         EXPECT_TRUE(value->isNull());
         EXPECT_EQ(value, tools->getEnvValue(static_cast<kaz_env_id_enum>(0)) + id);
     }
-    EXPECT_FALSE(tools->isInitProjDir() || tools->isInitSystem() || tools->isInitSystemDir() ||
-                 tools->isInitEditorName() || tools->isInitDiagram() || tools->isInitRevision());
-    tools->setInitSystemDir();
-    EXPECT_TRUE(tools->isInitSystemDir());
-    EXPECT_FALSE(tools->isInitSystem());
-
-    EXPECT_EQ(tools->getDbOpen(), 0);
-    EXPECT_FALSE(tools->isDbReadonly());
-    tools->setFilestoreDir("filestore");
-    tools->setToolName("tool");
-    EXPECT_STREQ(tools->getFilestoreDir(), "filestore");
-    EXPECT_STREQ(tools->getToolName(), "tool");
-    EXPECT_STREQ(tools->getDefSuffix(), "");
-    EXPECT_STREQ(tools->getRepinfoSysDir(), "");
-
     KazMasterContext other;
     EXPECT_NE(KazToolsContext::getInstance(), tools) << "each master context has its own";
 }
@@ -139,20 +124,6 @@ TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
         },
         [&] { EXPECT_EQ(app.getActiveContext(), nullptr); });
     EXPECT_GT(failed, 2);
-}
-
-TEST(App, KeepsFlagsAndArguments) {
-    FrameApp first;
-    FrameApp app;
-    EXPECT_EQ(KazApp::getInstance(), &app) << "the last one constructed wins";
-    EXPECT_FALSE(app.getDebugFlag() || app.getVerboseFlag() || app.isNestedCall());
-    app.setDebugFlag(true);
-    EXPECT_TRUE(app.getDebugFlag());
-    EXPECT_FALSE(app.getVerboseFlag());
-    EXPECT_EQ(app.getParsedArgs(), app.getParsedArgs());
-    EXPECT_STREQ(KazApp::getArgv0(), "") << "superMain has not run";
-    EXPECT_STREQ(app.getAppName(), "");
-    app.removeAtExit("kept.txt"); // only a console application deletes it
 }
 
 TEST(EditorsBase, GivesTheInstalledOnesCommand) {

@@ -321,6 +321,7 @@ TEST_F(FileManager, CopyIntoItselfEnds) {
 TEST_F(FileManager, PatternsThatLeadElsewhereEnd) {
     const kit::TempTree tree;
     tree.write("a/s/one", "x");
+    tree.mkdir("a/s/back\\slash"); // passed over like any directory
     tree.write("a/s/t/two", "x");
     tree.mkdir("dst");
     const std::string dst = tree.native("dst");

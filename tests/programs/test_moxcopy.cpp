@@ -513,9 +513,12 @@ TEST_F(MoxCopyTexts, CanDoNoHarm) {
         EXPECT_EQ(names("new/brewery").size(), names("plant/brewery").size() - 2);
         fs::remove_all(tree.path("new"));
     }
-    configure(tree.path("missing"));
-    auto result =
-        runTool({tree.path("suite/bin/moxcopy"), "-p", "plant", "-s", "small", "-target", "n"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err, "Cannot read the message file '" + tree.path("missing") + "'\n");
+    ASSERT_EQ(mkfifo(tree.path("fifo").c_str(), 0600), 0);
+    for (const char* name : {"missing", "fifo", "plant"}) {
+        configure(tree.path(name));
+        const auto result = runTool({tree.path("suite/bin/moxcopy"), "-p", "plant", "-s", "small",
+                                     "-target", std::string("n/") + name});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "Cannot read the message file '" + tree.path(name) + "'\n");
+    }
 }

@@ -146,7 +146,8 @@ bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
 }
 
 bool KazParsedArgs::hasValues(arg_type_enum type) const {
-    return isType(type) && values[type] != nullptr;
+    // A collection stays empty when memory ran out for its first value.
+    return isType(type) && values[type] != nullptr && values[type]->getSize() > 0;
 }
 
 KazColl& KazParsedArgs::valuesOf(arg_type_enum type) {

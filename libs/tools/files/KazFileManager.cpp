@@ -85,10 +85,13 @@ private:
                 KazIODirector::printMsg("Skipping '%s'.", name);
             return true;
         }
+        const bool isDirectory = entry.kind == host::Kind::directory;
+        if (isDirectory && !recursive_)
+            return true;
         if (!entry.expressible)
             return failed(source.pathOf(entry.name), name);
-        if (entry.kind == host::Kind::directory)
-            return !recursive_ || copySubdirectory(source, entry.name, target);
+        if (isDirectory)
+            return copySubdirectory(source, entry.name, target);
         if (!copyFile(source, entry, target))
             return failed(source.pathOf(entry.name), name);
         if (manager_.verbose)
