@@ -28,6 +28,11 @@ inline void replaceRange(std::string& s, int pos, int n, const std::string& by) 
                   static_cast<std::size_t>(n), by);
 }
 
+inline void repeat(std::string& s, const std::string& by, int n) {
+    for (std::string unit = by; n > 0; --n)
+        s += unit;
+}
+
 inline void remove(std::string& s, int pos, int n) {
     if (pos >= 0 && n > 0 && pos < static_cast<int>(s.size()))
         s.erase(static_cast<std::size_t>(pos), static_cast<std::size_t>(n));
