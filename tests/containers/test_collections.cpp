@@ -33,11 +33,17 @@ std::vector<int> values(const KazColl& coll) {
     return result;
 }
 
+/// An iterator and where it should stand; -2 is done.
+struct Tracked {
+    KazCollIterator real;
+    int position;
+};
+
 /// What a collection and its iterators are to do, told in the plainest way.
 struct Model {
     std::vector<int> values;
-    std::list<int> iterators; // positions; -2 is done
-    int gaps = 0;             // elements that nobody has checked in
+    std::list<Tracked> iterators;
+    int gaps = 0; // elements that nobody has checked in
 
     int size() const { return static_cast<int>(values.size()); }
     void insert(int at, const std::vector<int>& items) {
@@ -45,18 +51,18 @@ struct Model {
         if (at > size())
             values.resize(static_cast<std::size_t>(at));
         values.insert(values.begin() + at, items.begin(), items.end());
-        for (int& i : iterators)
-            i += i >= at ? static_cast<int>(items.size()) : 0;
+        for (Tracked& i : iterators)
+            i.position += i.position >= at ? static_cast<int>(items.size()) : 0;
     }
     void remove(int at, int count) {
         values.erase(values.begin() + at, values.begin() + at + count);
-        for (int& i : iterators)
-            i = i >= at ? std::max(i - count, at - 1) : i;
+        for (auto& [real, position] : iterators)
+            position = position >= at ? std::max(position - count, at - 1) : position;
     }
     void clear() {
         values.clear();
-        for (int& i : iterators)
-            i = -2;
+        for (Tracked& i : iterators)
+            i.position = -2;
     }
     int item(int i) const { return i >= 0 ? values[static_cast<std::size_t>(i)] : 0; }
 };
@@ -68,10 +74,11 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
     Model model;
     {
         OwningColl coll;
-        std::list<KazCollIterator> iterators;
+        const auto atStart = [&] {
+            return Tracked{KazCollIterator(coll), model.size() > 0 ? 0 : -2};
+        };
         for (int i = 0; i < 6; ++i)
-            iterators.emplace_front(coll);
-        model.iterators.assign(6, -2);
+            model.iterators.push_front(atStart());
         for (int step = 0; step < 20000; ++step) {
             const int at = random.below(model.size() + 2);
             Counted one(random.between(1, 99));
@@ -120,36 +127,21 @@ TEST(CollectionTest, BehavesLikeAVectorWithLiveIterators) {
                     coll.freeExtra();
                 }
                 break;
-            case 9: {
-                const auto doomed = std::next(iterators.begin(), random.below(6));
-                model.iterators.erase(
-                    std::next(model.iterators.begin(), std::distance(iterators.begin(), doomed)));
-                iterators.erase(doomed);
-                if (random.oneIn(2)) {
-                    iterators.emplace_front(coll);
-                    model.iterators.push_front(model.size() > 0 ? 0 : -2);
-                } else {
-                    iterators.emplace_front(iterators.back());
-                    model.iterators.push_front(model.iterators.back());
-                }
+            case 9:
+                model.iterators.erase(std::next(model.iterators.begin(), random.below(6)));
+                model.iterators.push_front(random.oneIn(2) ? atStart() : model.iterators.back());
                 break;
-            }
-            default: {
-                auto expected = model.iterators.begin();
-                for (KazCollIterator& i : iterators) {
-                    if (*expected != -2 && ++*expected == model.size())
-                        *expected = -2;
-                    EXPECT_EQ(i.next(), *expected != -2);
-                    ++expected;
+            default:
+                for (auto& [real, position] : model.iterators) {
+                    if (position != -2 && ++position == model.size())
+                        position = -2;
+                    EXPECT_EQ(real.next(), position != -2);
                 }
-            }
             }
             ASSERT_EQ(values(coll), model.values) << "step " << step;
-            auto expected = model.iterators.begin();
-            for (const KazCollIterator& i : iterators) {
-                ASSERT_EQ(i.isDone(), *expected == -2) << "step " << step;
-                ASSERT_EQ(valueOf(i.item()), model.item(*expected)) << "step " << step;
-                ++expected;
+            for (const auto& [real, position] : model.iterators) {
+                ASSERT_EQ(real.isDone(), position == -2) << "step " << step;
+                ASSERT_EQ(valueOf(real.item()), model.item(position)) << "step " << step;
             }
         }
         OwningColl kept;

@@ -59,11 +59,8 @@ TEST(WideText, CharactersBeyond16BitsBecomePairs) {
 }
 
 TEST(WideText, WhatCannotBeConvertedIsNull) {
-    const unsigned short lone[][4] = {{0xD83D, 0},
-                                      {0xDE00, 0},
-                                      {'a', 0xD83D, 'b', 0},
-                                      {0xD83D, 0xD83D, 0xDE00, 0},
-                                      {0xDE00, 0xDE00, 0}};
+    const unsigned short lone[][4] = {
+        {0xD83D}, {0xDE00}, {'a', 0xD83D, 'b'}, {0xD83D, 0xD83D, 0xDE00}, {0xDE00, 0xDE00}};
     const Utf8Locale locale;
     for (const auto& text : lone)
         EXPECT_EQ(KazString(text).disguise(), nullptr);
