@@ -206,22 +206,15 @@ private:
     std::string link(int from) {
         const int to = rng.oneIn(4) ? rng.below(count) : (from + 1) % count;
         const std::string name = "f" + std::to_string(to);
-        switch (rng.below(9)) {
-        case 0:
-            return "~/" + name;
-        case 1:
-            return "~\\" + name;
-        case 2:
-            return tree.path(name);
-        case 3:
-            return rng.oneIn(3) ? tree.path("missing") : tree.path("./" + name);
-        case 4:
-            return rng.oneIn(3) ? "" : tree.native(name);
-        case 5:
-            return rng.oneIn(3) ? tree.path() : tree.native(name);
-        default:
-            return tree.native(name);
-        }
+        const std::string others[] = {"~/" + name,
+                                      "~\\" + name,
+                                      tree.path(name),
+                                      tree.path("./" + name),
+                                      tree.path("missing"),
+                                      tree.path(),
+                                      ""};
+        const auto choice = static_cast<std::size_t>(rng.below(20));
+        return choice < std::size(others) ? others[choice] : tree.native(name);
     }
 
     std::string resolved(std::string value) const {
