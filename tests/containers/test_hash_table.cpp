@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <future>
 #include <map>
-#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -243,23 +246,35 @@ TEST(HashTableTest, ElementFunctionsMayChangeTheTable) {
     EXPECT_EQ(Counted::live(), 0);
 }
 
-TEST(HashTableTest, ThreadsTakeTurns) {
+std::function<void()> duringCheckIn;
+
+TEST(HashTableTest, OtherThreadsWaitForElementFunctions) {
+    using namespace std::chrono_literals;
     KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 3);
-    const auto work = [&table](int first) {
-        for (int round = 0; round < 20; ++round) {
-            for (int i = first; i < 400; i += 2)
-                table.bind(number(i), number(i), true);
-            for (int i = first; i < 400; i += 4)
-                table.unbind(number(i));
-            table.freeExtra();
-        }
+    table.setValueCheckIn([](void* value) {
+        if (const auto action = std::exchange(duringCheckIn, nullptr))
+            action();
+        return value;
+    });
+    const std::function<void()> uses[] = {
+        [&] { table.bind(number(2), nullptr, true); },
+        [&] { table.rebind(number(2), number(2)); },
+        [&] { table.valueOf(number(2)); },
+        [&] { table.getSize(); },
+        [&] { table.freeExtra(); },
+        [&] { table.unbind(number(2)); },
+        [&] { table.clear(); },
     };
-    std::thread odd(work, 1), even(work, 2);
-    odd.join();
-    even.join();
-    EXPECT_EQ(table.getSize(), 199);
-    for (int i = 1; i < 400; ++i)
-        EXPECT_EQ(table.valueOf(number(i)), i % 4 == 1 || i % 4 == 2 ? nullptr : number(i));
+    for (const auto& use : uses) {
+        std::future<void> other;
+        duringCheckIn = [&] {
+            other = std::async(std::launch::async, use);
+            EXPECT_EQ(other.wait_for(20ms), std::future_status::timeout);
+        };
+        table.bind(number(1), number(3), true);
+        other.get();
+    }
+    EXPECT_EQ(table.getSize(), 0);
 }
 
 } // namespace
