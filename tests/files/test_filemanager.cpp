@@ -166,7 +166,8 @@ TEST_F(FileManager, CommentsOnEachStep) {
     const std::string src = tree.native("src");
     const std::string dst = tree.native("dst");
     KazFileManager manager(src.c_str());
-    manager.setExclusion("skip");
+    for (const char* name : {"skip", "not clash", "inner"})
+        manager.setExclusion(name);
     manager.setVerbose(true);
     {
         // In the future, so that it counts as written by this copy.
