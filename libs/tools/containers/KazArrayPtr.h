@@ -76,8 +76,8 @@ public:
     /// Drops the last slot, if there is one. Keeps the storage.
     void remove();
 
-    /// Makes getSize() equal @p count. Slots that come into use are null. 0
-    /// gives the storage back; any other count keeps it.
+    /// Makes getSize() equal @p count. Slots that come into use are null. 0 or
+    /// less empties the array and gives the storage back; any other count keeps it.
     void setSize(int count);
 
     /// Makes room for at least @p count slots, so that the array can grow to
