@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <set>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -446,7 +445,12 @@ protected:
         }
         text += runTool({tree.path("suite/bin/moxcopy"), "-p", "", "-s", "brewery"}).err;
         fs::remove_all(tree.path("new"));
-        return std::regex_replace(text, std::regex("[0-9]+\\.[0-9]{2}"), "0.00");
+        for (std::size_t end = 0; (end = text.find(" seconds.", end + 1)) != std::string::npos;) {
+            const std::size_t begin = text.rfind(' ', end - 1);
+            text.erase(begin, end - begin);
+            end = begin;
+        }
+        return text;
     }
 
     /// Gives every text of the sample source another form.
@@ -474,11 +478,13 @@ TEST_F(MoxCopyTexts, ComeFromTheMessageFile) {
         return "@" + number + "@" + text;
     }));
     const std::string marked = everything();
-    const std::regex mark("@([0-9]+)@");
-    EXPECT_EQ(std::regex_replace(marked, mark, ""), english);
     std::set<std::string> said;
-    for (std::sregex_iterator i(marked.begin(), marked.end(), mark), end; i != end; ++i)
-        said.insert((*i)[1]);
+    std::string unmarked = marked;
+    for (std::size_t at; (at = unmarked.find('@')) != std::string::npos;) {
+        said.insert(unmarked.substr(at + 1, 3));
+        unmarked.erase(at, 5);
+    }
+    EXPECT_EQ(unmarked, english);
     for (int number = 200; number <= 227; ++number) {
         const bool needsMishap = number == 212 || number == 213 || number == 219 || number == 221;
         EXPECT_EQ(said.count(std::to_string(number)), needsMishap ? 0u : 1u) << number;
@@ -489,8 +495,12 @@ TEST_F(MoxCopyTexts, ComeFromTheMessageFile) {
     configure("");
     EXPECT_EQ(everything(), marked) << "without configuration, from the usual place";
     useTexts("204 only this: %zu\n");
-    EXPECT_EQ(everything(),
-              std::regex_replace(english, std::regex("\\b1 file\\b"), "only this: 1"));
+    std::string expected = english;
+    for (std::size_t at; (at = expected.find("1 file ")) != std::string::npos;)
+        expected.replace(at, 6, "only this: 1");
+    for (std::size_t at; (at = expected.find("1 file,")) != std::string::npos;)
+        expected.replace(at, 6, "only this: 1");
+    EXPECT_EQ(everything(), expected);
 }
 
 TEST_F(MoxCopyTexts, CanDoNoHarm) {
