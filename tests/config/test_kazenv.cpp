@@ -1,6 +1,7 @@
 #include "tools/config/kazenv.h"
 
 #include "kit/env.h"
+#include "kit/host.h"
 #include "kit/process.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
@@ -145,13 +146,14 @@ TEST(KazEnv, TheToolOfTheGuideFindsItsSettings) {
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\nbackup_command = zip\n");
     run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir}/${system} ${dir}";
     const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "s"};
-    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp/s /p/s\n");
+    const std::string host = kit::hasDrives ? "\\p\\s" : "/p/s";
+    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp/s " + host + "\n");
     run.env["KAZ_BACKUP_COMMAND"] = kit::unset;
     run.env["KAZ_VERBOSE"] = "yes";
     EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\s\nzip\n");
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\n");
-    EXPECT_EQ(kit::run(arguments, run).out,
-              "system directory: \\p\\s\ntar -cf \"/tmp/s.tar\" \"/p/s\"\n");
+    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\s\ntar -cf \"/tmp/s.tar\" \"" +
+                                                (kit::hasDrives ? "\\\\p\\\\s" : host) + "\"\n");
 }
 
 TEST(KazEnv, UnknownIdentifiersNameNothing) {

@@ -3,49 +3,24 @@
 #include "tools/files/KazFileManager.h"
 
 #include "kit/alloc_failure.h"
-#include "kit/director.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
+#include "manager.h"
 #include "tree.h"
 
 #include <algorithm>
 #include <ctime>
 #include <filesystem>
-#include <fnmatch.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <set>
-#include <sstream>
 #include <string>
-#include <sys/mount.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <utime.h>
+#include <thread>
 
 namespace {
 
 namespace fs = std::filesystem;
-using Names = std::set<std::string>;
-using Messages = std::vector<std::string>;
-
-/// The failure list as a set; only for names without line ends.
-Names errorsOf(const KazFileManager& manager) {
-    Names result;
-    std::istringstream lines(manager.getErrors().getValue());
-    for (std::string line; std::getline(lines, line);)
-        result.insert(line);
-    return result;
-}
-
-Messages sorted(Messages messages) {
-    std::sort(messages.begin(), messages.end());
-    return messages;
-}
-
-/// A target that is older than any copy of this test.
-void makeOld(const std::string& path) {
-    const utimbuf times{1000, 1000};
-    ASSERT_EQ(::utime(path.c_str(), &times), 0);
-}
+using namespace manager_test;
 
 /// Which entries a walk visits, told by path below the root: matches on every
 /// level and is not excluded.
@@ -54,13 +29,27 @@ struct Selection {
     Names excluded;
     bool recursive = true;
 
+    /// In a pattern only "*" and "?" are special, and "*.*" means everything.
+    static std::string expression(const std::string& pattern) {
+        std::string result;
+        for (const char c : pattern == "*.*" ? "*" : pattern) {
+            if (c == '*')
+                result += "[^]*";
+            else if (c == '?')
+                result += "[^]";
+            else
+                result += std::string("[") + (c == '[' || c == ']' ? "\\" : "") + c + "]";
+        }
+        return result;
+    }
+
     bool takes(const std::string& path) const {
         const fs::path parts(path);
         const auto depth = std::distance(parts.begin(), parts.end());
         return (recursive || depth == 1) &&
                std::all_of(parts.begin(), parts.end(), [&](const fs::path& part) {
                    return excluded.count(part.string()) == 0 &&
-                          ::fnmatch(pattern.c_str(), part.c_str(), FNM_NOESCAPE) == 0;
+                          std::regex_match(part.string(), std::regex(expression(pattern)));
                });
     }
 };
@@ -86,24 +75,10 @@ Selection randomSelection(kit::Random& random) {
     return selection;
 }
 
-/// In the library "[" is a plain character and "*.*" means everything.
-Selection forModel(Selection selection) {
-    if (selection.pattern == "*.*")
-        selection.pattern = "*";
-    if (selection.pattern == "[ab]*")
-        selection.pattern = "[[]ab]*";
-    return selection;
-}
-
 void exclude(KazFileManager& manager, const Selection& selection) {
     for (const std::string& name : selection.excluded)
         manager.setExclusion(name.c_str());
 }
-
-class FileManager : public testing::Test {
-protected:
-    kit::RecordingDirector director;
-};
 
 TEST_F(FileManager, CopiesWhatTheModelSelects) {
     SCOPED_TRACE(kit::seedText());
@@ -120,7 +95,7 @@ TEST_F(FileManager, CopiesWhatTheModelSelects) {
         ASSERT_TRUE(manager.copy(tree.native("dst").c_str(), selection.pattern.c_str(),
                                  selection.recursive));
         ASSERT_TRUE(manager.getErrors().isEmpty());
-        ASSERT_EQ(tree::snapshot(tree.path("dst")), expectedCopy(source, forModel(selection)))
+        ASSERT_EQ(tree::snapshot(tree.path("dst")), expectedCopy(source, selection))
             << selection.pattern;
         ASSERT_EQ(tree::snapshot(tree.path("src")), source);
     }
@@ -134,10 +109,9 @@ TEST_F(FileManager, DestroysWhatTheModelSelects) {
         tree.mkdir("src");
         tree::grow(tree, "src", random, 2);
         const Selection selection = randomSelection(random);
-        const Selection model = forModel(selection);
         tree::Snapshot expected = tree::snapshot(tree.path("src"));
         std::erase_if(expected, [&](const auto& entry) {
-            return model.takes(entry.first) && entry.second != "dir";
+            return selection.takes(entry.first) && entry.second != "dir";
         });
         // A directory goes when it is selected and nothing is left in it.
         for (auto it = expected.end(); selection.recursive && it != expected.begin();) {
@@ -146,7 +120,7 @@ TEST_F(FileManager, DestroysWhatTheModelSelects) {
             const bool empty = std::none_of(expected.begin(), expected.end(), [&](const auto& e) {
                 return e.first.rfind(below, 0) == 0;
             });
-            if (it->second == "dir" && model.takes(it->first) && empty)
+            if (it->second == "dir" && selection.takes(it->first) && empty)
                 it = expected.erase(it);
         }
         KazFileManager manager(tree.native("src").c_str());
@@ -171,8 +145,7 @@ TEST_F(FileManager, CommentsOnEachStep) {
     manager.setVerbose(true);
     {
         // In the future, so that it counts as written by this copy.
-        const utimbuf later{std::time(nullptr) + 1000, std::time(nullptr) + 1000};
-        ASSERT_EQ(::utime(tree.path("dst/src/clash").c_str(), &later), 0);
+        setAge(tree.path("dst/src/clash"), std::chrono::seconds(1000));
         EXPECT_FALSE(manager.copy(dst.c_str(), true));
         ASSERT_FALSE(director.messages.empty());
         EXPECT_EQ(director.messages[0], "Starting copy from '" + src + "' to '" + dst + "\\src'.");
@@ -215,65 +188,6 @@ TEST_F(FileManager, ReplacesOlderTargetsOnly) {
     EXPECT_EQ(tree.read("dst/f"), "new");
     EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), "*", true)); // the same second
     EXPECT_EQ(director.messages, Messages{"Failed to copy 'f'."});
-}
-
-TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
-    const tree::PlainUser user;
-    const kit::TempTree tree;
-    const auto path = [&](const char* name) { return tree.path(std::string("src/") + name); };
-    tree.write("src/good", "x");
-    tree.write("src/secret", "x");
-    tree.write("src/closed/in", "x");
-    tree.write("src/..\\..\\evil", "x");
-    tree.write("target", "behind a link");
-    fs::permissions(path("secret"), fs::perms::none);
-    fs::permissions(path("closed"), fs::perms::none);
-    fs::create_symlink("nowhere", path("dangling"));
-    fs::create_directory_symlink("..", path("loop"));
-    fs::create_symlink("../target", path("link"));
-    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
-    tree.mkdir("dst");
-
-    KazFileManager manager(tree.native("src").c_str());
-    EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), true));
-    Names expected;
-    Messages messages;
-    for (const std::string name :
-         {"secret", "closed", "dangling", "loop", "fifo", "..\\..\\evil"}) {
-        expected.insert(tree.native("src") + "\\" + name);
-        messages.push_back("Failed to copy '" + name + "'.");
-    }
-    EXPECT_EQ(errorsOf(manager), expected);
-    EXPECT_EQ(sorted(director.messages), sorted(messages));
-    EXPECT_EQ(tree.read("dst/src/good"), "x");
-    EXPECT_EQ(tree.read("dst/src/link"), "behind a link");
-    EXPECT_FALSE(fs::is_symlink(tree.path("dst/src/link")));
-    const tree::Snapshot all = tree::snapshot(tree.path("dst"));
-    EXPECT_EQ(all.size(), 4u); // src, closed, good, link: nothing half done
-    EXPECT_FALSE(tree.exists("evil"));
-    fs::permissions(path("closed"), fs::perms::all);
-}
-
-TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
-    const tree::PlainUser user;
-    const kit::TempTree tree;
-    tree.write("src/fixed/in", "x");
-    tree.write("src/good", "x");
-    tree.write("src/..\\victim", "x");
-    tree.write("victim", "x");
-    tree.write("outside/in", "x");
-    fs::create_directory_symlink("../outside", tree.path("src/link"));
-    fs::permissions(tree.path("src/fixed"), fs::perms::owner_read | fs::perms::owner_exec);
-    const std::string src = tree.native("src");
-    KazFileManager manager(src.c_str());
-    EXPECT_FALSE(manager.destroy(true));
-    EXPECT_EQ(errorsOf(manager),
-              (Names{src + "\\fixed\\in", src + "\\fixed", src + "\\..\\victim"}));
-    EXPECT_TRUE(tree.exists("victim"));
-    EXPECT_TRUE(tree.exists("outside/in"));
-    EXPECT_FALSE(tree.exists("src/good"));
-    EXPECT_FALSE(tree.exists("src/link"));
-    fs::permissions(tree.path("src/fixed"), fs::perms::owner_all);
 }
 
 TEST_F(FileManager, MissingPlaces) {
@@ -323,28 +237,14 @@ TEST_F(FileManager, PatternsThatLeadElsewhereEnd) {
     EXPECT_EQ(tree.read("dst/one"), "x");
     EXPECT_TRUE(manager.copy(dst.c_str(), "missing\\*", true));
     EXPECT_FALSE(manager.copy(dst.c_str(), (tree.native("a") + "\\*").c_str(), true));
-    EXPECT_TRUE(manager.destroy("C:\\*", true));
-    tree.write("a/one:two", "x");
-    EXPECT_TRUE(manager.destroy("one:*", true));
-    EXPECT_FALSE(tree.exists("a/one:two"));
+    // A drive that is not there: on one that is, this would be the end of it.
+    EXPECT_TRUE(manager.destroy(kit::hasDrives ? "Q:\\*" : "C:\\*", true));
+    if (kit::isFileName("one:two")) {
+        tree.write("a/one:two", "x");
+        EXPECT_TRUE(manager.destroy("one:*", true));
+        EXPECT_FALSE(tree.exists("a/one:two"));
+    }
     EXPECT_TRUE(tree.exists("a/s/t/two"));
-}
-
-TEST_F(FileManager, StaysInsideTheDestination) {
-    const kit::TempTree tree;
-    tree.write("src/sub/f", "x");
-    tree.write("src/file", "x");
-    tree.write("outside/file", "untouched");
-    makeOld(tree.path("outside/file"));
-    tree.mkdir("dst/src");
-    fs::create_directory_symlink(tree.path("outside"), tree.path("dst/src/sub"));
-    fs::create_symlink(tree.path("outside/file"), tree.path("dst/src/file"));
-    KazFileManager manager(tree.native("src").c_str());
-    EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), true));
-    EXPECT_EQ(errorsOf(manager), (Names{tree.native("src/sub/f")}));
-    EXPECT_EQ(tree.read("outside/file"), "untouched");
-    EXPECT_FALSE(tree.exists("outside/f"));
-    EXPECT_EQ(tree.read("dst/src/file"), "x"); // the link was replaced
 }
 
 TEST_F(FileManager, RootNamesThatAreNone) {
@@ -416,7 +316,7 @@ protected:
             }
         }
         for (const std::time_t now = std::time(nullptr); std::time(nullptr) == now;)
-            ::usleep(1000);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
 private:
@@ -427,7 +327,7 @@ TEST_F(FileManager, ClashesCountFromTheStartOfTheirOwnDirectory) {
     const kit::TempTree tree;
     for (char name = 'a'; name <= 't'; ++name)
         tree.write(std::string("src/") + name, "source");
-    for (const char* dir : {"src/D", "src/E"})
+    for (const char* dir : {"src/D1", "src/E1"})
         tree.mkdir(dir);
     tree.mkdir("dst");
     Rival rival(tree);
@@ -436,30 +336,6 @@ TEST_F(FileManager, ClashesCountFromTheStartOfTheirOwnDirectory) {
     manager.copy(tree.native("dst").c_str(), true);
     ASSERT_GT(rival.written, 0);
     EXPECT_EQ(errorsOf(manager).size(), static_cast<std::size_t>(rival.written));
-}
-
-TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
-    const kit::TempTree tree;
-    std::string deep = "src";
-    for (int i = 0; i < 60; ++i)
-        deep += "/d";
-    tree.write(deep + "/f", "x");
-    tree.mkdir("dst");
-    rlimit old{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &old), 0);
-    const rlimit few{60, old.rlim_max};
-    KazFileManager manager(tree.native("src").c_str());
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    const bool copied = manager.copy(tree.native("dst").c_str(), true);
-    const KazString errors = manager.getErrors();
-    const bool removed = manager.destroy(true);
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &old), 0);
-    EXPECT_FALSE(copied);
-    EXPECT_FALSE(errors.isEmpty());
-    EXPECT_FALSE(removed);
-    EXPECT_TRUE(tree.exists(deep + "/f"));
-    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
-    EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
 }
 
 TEST_F(FileManager, FailedAllocationsLeaveWholeTargetsOrNone) {
@@ -491,28 +367,6 @@ TEST_F(FileManager, FailedAllocationsLeaveWholeTargetsOrNone) {
     EXPECT_TRUE(copied);
     EXPECT_EQ(tree::snapshot(tree.path("dst/src")), source);
     EXPECT_EQ(tree::snapshot(tree.path("src")), source);
-}
-
-TEST_F(FileManager, FullDiskLeavesWholeTargetsOrNone) {
-    const kit::TempTree tree;
-    tree.mkdir("disk");
-    const std::string disk = tree.path("disk");
-    if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
-        GTEST_SKIP() << "mounting a small file system needs privileges";
-    tree.write("src/small", "fits");
-    tree.write("src/large", std::string(1 << 20, 'x'));
-    tree.write("src/medium", std::string(60000, 'x'));
-    tree.write("disk/src/large", "as it was");
-    makeOld(disk + "/src/large");
-    tree.write("disk/src/filler", std::string(200 * 1024, 'f'));
-    KazFileManager manager(tree.native("src").c_str());
-    EXPECT_FALSE(manager.copy(tree.native("disk").c_str(), true));
-    EXPECT_EQ(errorsOf(manager), (Names{tree.native("src/large"), tree.native("src/medium")}));
-    const tree::Snapshot after = tree::snapshot(disk);
-    ASSERT_EQ(::umount(disk.c_str()), 0);
-    EXPECT_EQ(after.size(), 4u); // src, small, large, filler
-    EXPECT_NE(after.at("src/large").find(":as it was"), std::string::npos);
-    EXPECT_NE(after.at("src/small").find(":fits"), std::string::npos);
 }
 
 } // namespace

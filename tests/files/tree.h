@@ -2,16 +2,17 @@
 /// File trees of tests: awkward names, and a tree as plain values to compare.
 #pragma once
 
+#include "kit/host.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <set>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace tree {
@@ -43,15 +44,21 @@ inline Snapshot snapshot(const std::string& root) {
     if (!fs::exists(root))
         return result;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
-        result[entry.path().string().substr(root.size() + 1)] = describe(entry.path());
+        result[entry.path().generic_string().substr(root.size() + 1)] = describe(entry.path());
     return result;
 }
 
+/// Names that tempt to misread them, as far as the host has them.
 inline const std::vector<std::string>& awkwardNames() {
-    static const std::vector<std::string> names = {
+    static const std::vector<std::string> all = {
         "a", "b.txt", "sub",  "keep.txt", "~",           "c:x", "%s%n%d", "two\nlines", "\xff\xfe",
         " ", "-r",    ".dot", "...",      "caf\xc3\xa9", "*",   "a;b",    "'q\"",       "tmp.txt",
     };
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> possible;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(possible), kit::isFileName);
+        return possible;
+    }();
     return names;
 }
 
@@ -74,22 +81,5 @@ inline void grow(const kit::TempTree& tree, const std::string& dir, kit::Random&
         fs::permissions(tree.path(path), static_cast<fs::perms>(random.oneIn(2) ? 0640 : 0755));
     }
 }
-
-/// Acts as a user without privileges where the test runs as root, so that
-/// permissions mean something.
-class PlainUser {
-public:
-    PlainUser() : wasRoot_(::geteuid() == 0) { change(65534); }
-    ~PlainUser() { change(0); }
-    PlainUser(const PlainUser&) = delete;
-    PlainUser& operator=(const PlainUser&) = delete;
-
-private:
-    void change(uid_t user) {
-        if (wasRoot_ && ::seteuid(user) != 0)
-            std::abort();
-    }
-    bool wasRoot_;
-};
 
 } // namespace tree

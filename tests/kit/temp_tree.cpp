@@ -29,7 +29,7 @@ TempTree::~TempTree() {
 }
 
 std::string TempTree::path(const std::string& name) const {
-    return name.empty() ? root_ : root_ + "/" + name;
+    return name.empty() ? root_ : fs::path(root_ + "/" + name).make_preferred().string();
 }
 
 std::string TempTree::native(const std::string& name) const {
@@ -47,6 +47,11 @@ std::string TempTree::write(const std::string& name, const std::string& text) co
 
 std::string TempTree::read(const std::string& name) const {
     std::ifstream file(path(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string TempTree::readText(const std::string& name) const {
+    std::ifstream file(path(name));
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

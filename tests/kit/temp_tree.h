@@ -25,6 +25,8 @@ public:
     std::string write(const std::string& name, const std::string& text) const;
     /// Contents of a file; "" when it cannot be read.
     std::string read(const std::string& name) const;
+    /// The same of a file that was written in text mode: lines end in "\n".
+    std::string readText(const std::string& name) const;
     /// Makes a directory with its parents; returns its path().
     std::string mkdir(const std::string& name) const;
     /// Does the name exist, a dangling link included?

@@ -3,6 +3,7 @@
 
 #include "kit/capture.h"
 #include "kit/director.h"
+#include "kit/host.h"
 #include "string_kit.h"
 #include "tools/app/KazMemoryException.h"
 
@@ -333,8 +334,10 @@ TEST(NarrowString, FormatsTextOfAnyLength) {
     EXPECT_EQ(s.disguise(), nullptr);
     const KazString before("kept");
     s = before;
-    const std::string tooWide = "%99999999999d"; // the runtime refuses by itself
-    EXPECT_THROW(s.appendFormat(tooWide.c_str(), 1), KazMemoryException);
+    if (kit::refusesWideFields()) {
+        const std::string tooWide = "%99999999999d"; // the runtime refuses by itself
+        EXPECT_THROW(s.appendFormat(tooWide.c_str(), 1), KazMemoryException);
+    }
     EXPECT_EQ(s.disguise(), before.disguise());
 }
 

@@ -1,5 +1,6 @@
 #include "kit/alloc_failure.h"
 #include "kit/capture.h"
+#include "kit/host.h"
 #include "kit/process.h"
 #include "kit/random.h"
 #include "tools/app/KazApp.h"
@@ -154,8 +155,10 @@ TEST(Words, QuotingIsUndoneByUnquotingByReadingAndByTheShell) {
     word_status_enum status = word_found;
     EXPECT_EQ(words, wordsOf(line.c_str(), &status));
     EXPECT_EQ(word_found, status);
-    const kit::Result shell = kit::run({"/bin/sh", "-c", "printf '%s\\002' " + line});
-    EXPECT_EQ(shown, shell.out);
+    if (!kit::hasDrives) { // these are the words of the other hosts' shells
+        const kit::Result shell = kit::run({"/bin/sh", "-c", "printf '%s\\002' " + line});
+        EXPECT_EQ(shown, shell.out);
+    }
     EXPECT_EQ("\"\"", take(quote_word(nullptr)));
     EXPECT_EQ("caf\xE9", take(quote_word("caf\xE9")));
     EXPECT_EQ("a b", take(unquote_word("a b")));

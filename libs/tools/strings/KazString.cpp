@@ -45,7 +45,12 @@ KazString::KazString(const unsigned short* ws) {
     if (n == 0 || n == static_cast<std::size_t>(-1))
         return;
     rep_ = Block::make(0, static_cast<std::int64_t>(n));
-    setStringLength(static_cast<int>(std::wcstombs(chars(), wide.get(), n + 1)));
+    // Measuring may overlook what writing finds impossible.
+    const std::size_t written = std::wcstombs(chars(), wide.get(), n + 1);
+    if (written == static_cast<std::size_t>(-1))
+        *this = KazString();
+    else
+        setStringLength(static_cast<int>(written));
 }
 
 // ---- Formatting

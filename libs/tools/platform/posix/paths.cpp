@@ -45,7 +45,7 @@ std::string_view nextComponent(std::string_view& rest) {
 }
 
 /// Appends the components of @p rest, which starts with a separator or is empty,
-/// to @p root, which ends in one unless it is a share. ".." stops at the root.
+/// to @p root, which ends in one unless it is a share alone. ".." stops there.
 std::string fold(std::string root, std::string_view rest) {
     const bool trailing = !rest.empty() && rest.back() == '\\';
     std::string result = std::move(root);
@@ -75,6 +75,8 @@ std::string foldShare(std::string_view path) {
     root += nextComponent(rest);
     root += '\\';
     root += nextComponent(rest);
+    if (!rest.empty())
+        root += '\\'; // going up never takes it away
     return fold(std::move(root), rest);
 }
 

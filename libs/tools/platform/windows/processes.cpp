@@ -88,8 +88,37 @@ private:
     Handle process_;
 };
 
+/// Programs write text with two characters at the end of a line. It arrives with
+/// one, as the runtime library would read it.
+class TextSink {
+public:
+    explicit TextSink(OutputSink& sink) : sink_(sink) {}
+
+    void write(const char* data, std::size_t size) {
+        std::string text;
+        for (const char* c = data; c != data + size; ++c) {
+            if (heldBack_ && *c != '\n')
+                text += '\r';
+            heldBack_ = *c == '\r';
+            if (!heldBack_)
+                text += *c;
+        }
+        if (!text.empty())
+            sink_.write(text.data(), text.size());
+    }
+
+    void finish() {
+        if (heldBack_)
+            sink_.write("\r", 1);
+    }
+
+private:
+    OutputSink& sink_;
+    bool heldBack_ = false; // a return whose successor is not known yet
+};
+
 /// Hands on what is there to be read; false when there is nothing for now.
-bool drain(HANDLE output, OutputSink& sink) {
+bool drain(HANDLE output, TextSink& sink) {
     std::array<char, 16 * 1024> buffer;
     DWORD there = 0;
     DWORD got = 0;
@@ -102,12 +131,14 @@ bool drain(HANDLE output, OutputSink& sink) {
 
 /// Until the child ends: a process that it left in the background may hold the
 /// output open for ever.
-void forward(HANDLE output, const Child& child, OutputSink& sink) {
+void forward(HANDLE output, const Child& child, OutputSink& receiver) {
+    TextSink sink(receiver);
     while (!child.await(0))
         if (!drain(output, sink))
             child.await(pause);
     while (drain(output, sink)) {
     }
+    sink.finish();
 }
 
 /// Standard handles of a child, all inheritable by it alone.

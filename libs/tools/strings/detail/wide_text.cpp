@@ -9,7 +9,7 @@ namespace kaz::detail {
 
 namespace {
 
-/// Where wide characters are 16-bit units themselves, nothing is paired.
+/// Where wide characters are 16-bit units themselves, pairs stay pairs.
 constexpr bool hasPairs = sizeof(wchar_t) > sizeof(unsigned short);
 
 constexpr std::uint32_t firstPaired = 0x10000;
@@ -25,16 +25,24 @@ bool isIn(std::uint32_t unit, std::uint32_t first, std::uint32_t end) {
     return unit >= first && unit < end;
 }
 
-/// Reads one character from @p s, which moves behind it; false for a lone
-/// surrogate.
-bool readCharacter(const unsigned short*& s, wchar_t& c) {
+/// Reads one character from @p s, which moves behind it, and puts it to @p out,
+/// which moves too; false for a lone surrogate.
+bool readCharacter(const unsigned short*& s, wchar_t*& out) {
     const std::uint32_t unit = *s++;
-    c = static_cast<wchar_t>(unit);
-    if (!hasPairs || !isIn(unit, highSurrogate, endOfSurrogates))
+    if (!isIn(unit, highSurrogate, endOfSurrogates)) {
+        *out++ = static_cast<wchar_t>(unit);
         return true;
+    }
     if (unit >= lowSurrogate || !isIn(*s, lowSurrogate, endOfSurrogates))
         return false;
-    c = static_cast<wchar_t>(firstPaired + ((unit - highSurrogate) << 10) + (*s++ - lowSurrogate));
+    const std::uint32_t low = *s++;
+    if (hasPairs) {
+        *out++ = static_cast<wchar_t>(firstPaired + ((unit - highSurrogate) << 10) +
+                                      (low - lowSurrogate));
+    } else {
+        *out++ = static_cast<wchar_t>(unit);
+        *out++ = static_cast<wchar_t>(low);
+    }
     return true;
 }
 
@@ -48,7 +56,7 @@ WideBuffer widened(const unsigned short* s) {
     WideBuffer result = wideBuffer(Characters<unsigned short>::length(s));
     wchar_t* out = result.get();
     while (*s != 0)
-        if (!readCharacter(s, *out++))
+        if (!readCharacter(s, out))
             return nullptr;
     *out = L'\0';
     return result;

@@ -1,0 +1,19 @@
+/// @file
+/// Output of the form "name=value", line by line.
+#pragma once
+
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace lines {
+
+inline std::map<std::string, std::string> linesOf(const std::string& text) {
+    std::map<std::string, std::string> result;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        result[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
+    return result;
+}
+
+} // namespace lines

@@ -1,0 +1,28 @@
+// The name of a tool that was started under another one.
+#include "app/lines.h"
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using lines::linesOf;
+
+TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
+    kit::TempTree tree;
+    const std::string tool = kit::binDirectory() + "/app_tool";
+    const std::map<std::string, std::string> names = {{"C:\\Tools\\MyTool.EXE", "mytool"},
+                                                      {"/a/B.exe/tool.exe.bak", "tool.exe.bak"},
+                                                      {"x.exe.exe", "x.exe"},
+                                                      {".exe", ""},
+                                                      {"exe", "exe"},
+                                                      {"dir/", ""}};
+    for (const auto& [argv0, name] : names) {
+        const std::string script = tree.write(
+            "start.py", "import os, sys\nos.execv(sys.argv[1], [sys.argv[2], 'environment'])\n");
+        auto lines = linesOf(kit::run({"/usr/bin/python3", script, tool, argv0}).out);
+        EXPECT_EQ(lines["argv0"], argv0);
+        EXPECT_EQ(lines["name"], name) << argv0;
+    }
+}

@@ -1,0 +1,52 @@
+/// @file
+/// What the tests of the file manager share.
+#pragma once
+
+#include "kit/director.h"
+#include "tools/files/KazFileManager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace manager_test {
+
+using Names = std::set<std::string>;
+using Messages = std::vector<std::string>;
+
+/// The failure list as a set; only for names without line ends.
+inline Names errorsOf(const KazFileManager& manager) {
+    Names result;
+    std::istringstream lines(manager.getErrors().getValue());
+    for (std::string line; std::getline(lines, line);)
+        result.insert(line);
+    return result;
+}
+
+inline Messages sorted(Messages messages) {
+    std::sort(messages.begin(), messages.end());
+    return messages;
+}
+
+/// Dates a file so many seconds from now.
+inline void setAge(const std::string& path, std::chrono::seconds fromNow) {
+    std::filesystem::last_write_time(path, std::chrono::file_clock::now() + fromNow);
+}
+
+/// A target that is older than any copy of this test.
+inline void makeOld(const std::string& path) {
+    setAge(path, -std::chrono::hours(1000));
+}
+
+/// Keeps the manager's messages out of the test's output.
+class FileManager : public testing::Test {
+protected:
+    kit::RecordingDirector director;
+};
+
+} // namespace manager_test

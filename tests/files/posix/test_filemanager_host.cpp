@@ -1,0 +1,144 @@
+// The file manager among links, permissions, special files and exhausted hosts.
+#include "files/manager.h"
+#include "files/posix/plain_user.h"
+#include "files/tree.h"
+#include "kit/temp_tree.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace manager_test;
+
+TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
+    const tree::PlainUser user;
+    const kit::TempTree tree;
+    const auto path = [&](const char* name) { return tree.path(std::string("src/") + name); };
+    tree.write("src/good", "x");
+    tree.write("src/secret", "x");
+    tree.write("src/closed/in", "x");
+    tree.write("src/..\\..\\evil", "x");
+    tree.write("target", "behind a link");
+    fs::permissions(path("secret"), fs::perms::none);
+    fs::permissions(path("closed"), fs::perms::none);
+    fs::create_symlink("nowhere", path("dangling"));
+    fs::create_directory_symlink("..", path("loop"));
+    fs::create_symlink("../target", path("link"));
+    ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+    tree.mkdir("dst");
+
+    KazFileManager manager(tree.native("src").c_str());
+    EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), true));
+    Names expected;
+    Messages messages;
+    for (const std::string name :
+         {"secret", "closed", "dangling", "loop", "fifo", "..\\..\\evil"}) {
+        expected.insert(tree.native("src") + "\\" + name);
+        messages.push_back("Failed to copy '" + name + "'.");
+    }
+    EXPECT_EQ(errorsOf(manager), expected);
+    EXPECT_EQ(sorted(director.messages), sorted(messages));
+    EXPECT_EQ(tree.read("dst/src/good"), "x");
+    EXPECT_EQ(tree.read("dst/src/link"), "behind a link");
+    EXPECT_FALSE(fs::is_symlink(tree.path("dst/src/link")));
+    const tree::Snapshot all = tree::snapshot(tree.path("dst"));
+    EXPECT_EQ(all.size(), 4u); // src, closed, good, link: nothing half done
+    EXPECT_FALSE(tree.exists("evil"));
+    fs::permissions(path("closed"), fs::perms::all);
+}
+
+TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
+    const tree::PlainUser user;
+    const kit::TempTree tree;
+    tree.write("src/fixed/in", "x");
+    tree.write("src/good", "x");
+    tree.write("src/..\\victim", "x");
+    tree.write("victim", "x");
+    tree.write("outside/in", "x");
+    fs::create_directory_symlink("../outside", tree.path("src/link"));
+    fs::permissions(tree.path("src/fixed"), fs::perms::owner_read | fs::perms::owner_exec);
+    const std::string src = tree.native("src");
+    KazFileManager manager(src.c_str());
+    EXPECT_FALSE(manager.destroy(true));
+    EXPECT_EQ(errorsOf(manager),
+              (Names{src + "\\fixed\\in", src + "\\fixed", src + "\\..\\victim"}));
+    EXPECT_TRUE(tree.exists("victim"));
+    EXPECT_TRUE(tree.exists("outside/in"));
+    EXPECT_FALSE(tree.exists("src/good"));
+    EXPECT_FALSE(tree.exists("src/link"));
+    fs::permissions(tree.path("src/fixed"), fs::perms::owner_all);
+}
+
+TEST_F(FileManager, StaysInsideTheDestination) {
+    const kit::TempTree tree;
+    tree.write("src/sub/f", "x");
+    tree.write("src/file", "x");
+    tree.write("outside/file", "untouched");
+    makeOld(tree.path("outside/file"));
+    tree.mkdir("dst/src");
+    fs::create_directory_symlink(tree.path("outside"), tree.path("dst/src/sub"));
+    fs::create_symlink(tree.path("outside/file"), tree.path("dst/src/file"));
+    KazFileManager manager(tree.native("src").c_str());
+    EXPECT_FALSE(manager.copy(tree.native("dst").c_str(), true));
+    EXPECT_EQ(errorsOf(manager), (Names{tree.native("src/sub/f")}));
+    EXPECT_EQ(tree.read("outside/file"), "untouched");
+    EXPECT_FALSE(tree.exists("outside/f"));
+    EXPECT_EQ(tree.read("dst/src/file"), "x"); // the link was replaced
+}
+
+TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
+    const kit::TempTree tree;
+    std::string deep = "src";
+    for (int i = 0; i < 60; ++i)
+        deep += "/d";
+    tree.write(deep + "/f", "x");
+    tree.mkdir("dst");
+    rlimit old{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &old), 0);
+    const rlimit few{60, old.rlim_max};
+    KazFileManager manager(tree.native("src").c_str());
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const bool copied = manager.copy(tree.native("dst").c_str(), true);
+    const KazString errors = manager.getErrors();
+    const bool removed = manager.destroy(true);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &old), 0);
+    EXPECT_FALSE(copied);
+    EXPECT_FALSE(errors.isEmpty());
+    EXPECT_FALSE(removed);
+    EXPECT_TRUE(tree.exists(deep + "/f"));
+    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
+    EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
+}
+
+TEST_F(FileManager, FullDiskLeavesWholeTargetsOrNone) {
+    const kit::TempTree tree;
+    tree.mkdir("disk");
+    const std::string disk = tree.path("disk");
+    if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
+        GTEST_SKIP() << "mounting a small file system needs privileges";
+    tree.write("src/small", "fits");
+    tree.write("src/large", std::string(1 << 20, 'x'));
+    tree.write("src/medium", std::string(60000, 'x'));
+    tree.write("disk/src/large", "as it was");
+    makeOld(disk + "/src/large");
+    tree.write("disk/src/filler", std::string(200 * 1024, 'f'));
+    KazFileManager manager(tree.native("src").c_str());
+    EXPECT_FALSE(manager.copy(tree.native("disk").c_str(), true));
+    EXPECT_EQ(errorsOf(manager), (Names{tree.native("src/large"), tree.native("src/medium")}));
+    const tree::Snapshot after = tree::snapshot(disk);
+    ASSERT_EQ(::umount(disk.c_str()), 0);
+    EXPECT_EQ(after.size(), 4u); // src, small, large, filler
+    EXPECT_NE(after.at("src/large").find(":as it was"), std::string::npos);
+    EXPECT_NE(after.at("src/small").find(":fits"), std::string::npos);
+}
+
+} // namespace

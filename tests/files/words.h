@@ -1,0 +1,33 @@
+/// @file
+/// Command lines as lists of words.
+#pragma once
+
+#include "tools/files/process.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace words {
+
+using Words = std::vector<std::string>;
+
+inline Words split(const std::string& line) {
+    char** argv = nullptr;
+    const int argc = str_to_argv(line.c_str(), &argv);
+    EXPECT_GE(argc, 0) << line;
+    Words words(argv, argv + argc);
+    EXPECT_EQ(argv[argc], nullptr);
+    std::free(argv);
+    return words;
+}
+
+inline std::string join(const Words& words) {
+    std::vector<const char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(word.c_str());
+    return argv_to_str(static_cast<int>(argv.size()), argv.data()).getValue();
+}
+
+} // namespace words

@@ -1,0 +1,5 @@
+#include "messages/ask_on_terminal.h"
+
+int askOnTerminal(std::string_view) {
+    return askSecret();
+}
