@@ -30,7 +30,7 @@ KazStringTokenizer::~KazStringTokenizer() {
 }
 
 KazString KazStringTokenizer::takeToken(int start, int found, bool skipRuns) {
-    const KazString token = tokenBetween(text, start, found);
+    KazString token = tokenBetween(text, start, found);
     position = found > 0 && skipRuns ? lastOfRun(text, delimiters, found) : found;
     return token;
 }

@@ -30,7 +30,7 @@ KazWStringTokenizer::~KazWStringTokenizer() {
 }
 
 KazWString KazWStringTokenizer::takeToken(int start, int found, bool skipRuns) {
-    const KazWString token = tokenBetween(text, start, found);
+    KazWString token = tokenBetween(text, start, found);
     position = found > 0 && skipRuns ? lastOfRun(text, delimiters, found) : found;
     return token;
 }
