@@ -363,6 +363,8 @@ TEST(ToolInfoSearch, LooksInTheHomeDirectoryThenInTheInstallation) {
     // A variable is final, whatever else there is; one name beats the other.
     suite.tree.write("Suite/conf/extra", "who=TOOLINFO\n");
     suite.tree.write("home/mine", "who=ToolInfo\n");
+    if (kit::hasDrives)
+        suite.options.env.erase("ToolInfo"); // one variable there, whatever its case
     suite.options.env["TOOLINFO"] = "conf/extra";
     EXPECT_EQ(found(), (Lines{"=TOOLINFO", "=" + suite.tree.native("Suite/conf/extra")}));
     suite.options.env["ToolInfo"] = "~/mine";

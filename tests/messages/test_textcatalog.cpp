@@ -3,6 +3,7 @@
 
 #include "catalog_word.h"
 
+#include "kit/host.h"
 #include "kit/process.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
@@ -126,7 +127,7 @@ public:
                 continue;
             }
             for (char c : std::string(entry.text.c_str()).substr(0, 20)) {
-                const bool printable = c >= ' ' && c < 127;
+                const bool printable = kit::isPrintable(static_cast<unsigned char>(c));
                 out +=
                     printable ? std::string(1, c) : "^" + std::string(1, static_cast<char>(c + 64));
             }
@@ -225,7 +226,7 @@ void compareOn(const std::string& bytes, const std::vector<int>& numbers, bool w
               script + "stats 0 -\n");
     ASSERT_EQ(result.out, answers);
     ASSERT_EQ(result.err, model.errors);
-    ASSERT_EQ(tree.read("stats"), model.statistics());
+    ASSERT_EQ(tree.readText("stats"), model.statistics());
 }
 
 std::vector<int> someNumbers(kit::Random& random, int count) {

@@ -27,8 +27,10 @@ TEST_F(MoxCopy, CommentsOrKeepsQuiet) {
     makeSystem();
     auto result = copy({"-verbose", "-target", "t"});
     EXPECT_EQ(result.status, 0);
-    for (const std::string& name : names("plant/brewery"))
-        EXPECT_NE(result.out.find("Copied '" + name + "'."), std::string::npos) << name;
+    for (const std::string& name : names("plant/brewery")) {
+        const std::string shown = fs::path(name).make_preferred().string();
+        EXPECT_NE(result.out.find("Copied '" + shown + "'."), std::string::npos) << name;
+    }
     EXPECT_NE(result.out.find("[  0%] Copied"), std::string::npos);
     result = copy({"-Quiet", "-target", "u", "-verbose"});
     EXPECT_EQ(result.status, 0);
@@ -203,9 +205,10 @@ TEST_F(MoxCopy, NeedsNoStandardOutput) {
     EXPECT_EQ(contents(tree, "plant/brewery"), source);
 }
 
-TEST_F(MoxCopy, TakesTenThousandDiagrams) {
+TEST_F(MoxCopy, TakesThousandsOfDiagrams) {
+    const int count = kit::hasDrives ? 3000 : 10'000; // what a command line holds
     std::vector<std::string> diagrams;
-    for (int i = 0; i < 10'000; ++i)
+    for (int i = 0; i < count; ++i)
         diagrams.push_back("d" + std::to_string(i));
     for (int i = 0; i < 300; ++i)
         tree.write("plant/brewery/d" + std::to_string(i * 7) + ".dgm", "x");
@@ -214,5 +217,5 @@ TEST_F(MoxCopy, TakesTenThousandDiagrams) {
     auto result = copy(diagrams, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(names("copies/brewery").size(), 300u);
-    EXPECT_TRUE(result.err.ends_with("\n9700 failures\n"));
+    EXPECT_TRUE(result.err.ends_with("\n" + std::to_string(count - 300) + " failures\n"));
 }

@@ -84,7 +84,7 @@ TEST_F(MoxInfo, WhatItWritesCanBeRead) {
     EXPECT_EQ(run(arguments).out, expected);
     arguments.insert(arguments.begin(), {"-output", tree.path("written")});
     EXPECT_EQ(run(arguments).status, 0) << "over the file that it starts from";
-    EXPECT_EQ(tree.read("written"), expected);
+    EXPECT_EQ(tree.readText("written"), expected);
 }
 
 TEST_F(MoxInfo, WrongUseIsExplained) {

@@ -67,8 +67,9 @@ TEST_F(MoxMsg, ComesBackBitForBit) {
             continue;
         // The library finds the same texts; number 0 is taken by unused cache entries.
         texts.erase(0);
+        tree.write("kept open", file);
         const kit::ScopedEnv configured(
-            "ToolInfo", tree.write("ToolInfo", "msg_file=" + tree.native("file")).c_str());
+            "ToolInfo", tree.write("ToolInfo", "msg_file=" + tree.native("kept open")).c_str());
         for (const auto& [number, text] : texts)
             EXPECT_STREQ(TextLook(number), text.c_str());
         EXPECT_STREQ(TextLook(20), texts.count(20) ? texts[20].c_str() : "");

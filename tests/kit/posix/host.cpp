@@ -20,6 +20,10 @@ std::string localeOfC() {
     return "C";
 }
 
+bool isPrintable(unsigned char c) {
+    return c >= ' ' && c <= '~';
+}
+
 bool refusesWideFields() {
     return true;
 }

@@ -3,6 +3,7 @@
 #include "kit/process.h"
 
 #include <algorithm>
+#include <cctype>
 #include <clocale>
 #include <filesystem>
 #include <windows.h>
@@ -32,6 +33,11 @@ std::string localeOfC() {
     const std::string result = std::setlocale(LC_CTYPE, "");
     std::setlocale(LC_CTYPE, before.c_str());
     return result;
+}
+
+bool isPrintable(unsigned char c) {
+    static const _locale_t locale = ::_create_locale(LC_CTYPE, "");
+    return _isprint_l(c, locale) != 0;
 }
 
 bool refusesWideFields() {

@@ -3,7 +3,6 @@
 
 #include <cctype>
 #include <fstream>
-#include <regex>
 
 using namespace moxcopy_test;
 
