@@ -7,3 +7,8 @@ if(MOX_SANITIZE)
     add_compile_options(-Wno-maybe-uninitialized)
   endif()
 endif()
+
+if(MOX_FUZZ)
+  # Only the harnesses bring the fuzzer; everything else tells it where it has been.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <set>
-#include <utility>
+#include <vector>
 
 namespace {
 
@@ -26,14 +26,6 @@ std::string withValue(const CommandLine::Option& option) {
 }
 
 } // namespace
-
-CommandLine::CommandLine(const char* program, const char* arguments, const char* summary,
-                         std::vector<Option> options, int minArguments)
-    : program(program),
-      arguments(arguments),
-      summary(summary),
-      options(std::move(options)),
-      minArguments(minArguments) {}
 
 bool CommandLine::parse(int argc, char** argv) const {
     std::vector<arg_type_enum> required, optional;

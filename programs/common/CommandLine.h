@@ -4,14 +4,14 @@
 
 #include "tools/app/KazArgDescription.h"
 
+#include <span>
 #include <string>
-#include <vector>
 
 /// Which of the suite's shared options a program takes, and what its other
 /// arguments are. Parses, and explains what is wrong with a command line.
 ///
-///     const CommandLine commandLine("moxinfo", "[name ...]", "Shows variables.",
-///                                   {{arg_output, "FILE", "write to FILE"}});
+///     constexpr CommandLine::Option options[] = {{arg_output, "FILE", "write to FILE"}};
+///     constexpr CommandLine commandLine("moxinfo", "[name ...]", "Shows variables.", options);
 ///     if (!commandLine.parse(argc, argv))
 ///         return CommandLine::wrongUsage;
 class CommandLine {
@@ -26,10 +26,15 @@ public:
         bool required = false;
     };
 
-    /// The texts are kept as they are, not copied. @p minArguments is how many
+    /// Texts and options are kept as they are, not copied. @p minArguments is how many
     /// arguments that are no option there must be.
-    CommandLine(const char* program, const char* arguments, const char* summary,
-                std::vector<Option> options, int minArguments = 0);
+    constexpr CommandLine(const char* program, const char* arguments, const char* summary,
+                          std::span<const Option> options, int minArguments = 0)
+        : program(program),
+          arguments(arguments),
+          summary(summary),
+          options(options),
+          minArguments(minArguments) {}
 
     /// Parses into the application's argument set (see kaz_arg_parse). On failure
     /// says on the error channel what is wrong and how the program is used.
@@ -46,6 +51,6 @@ private:
     const char* program;
     const char* arguments;
     const char* summary;
-    std::vector<Option> options;
+    std::span<const Option> options;
     int minArguments;
 };

@@ -9,16 +9,18 @@
 
 namespace {
 
-const CommandLine commandLine(
+constexpr CommandLine::Option options[] = {
+    {arg_projdir, "DIR", "project directory", true},
+    {arg_system, "NAME", "system to copy", true},
+    {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
+    {arg_filter, "PATTERN", "copy the files whose names match only"},
+    {arg_verbose, nullptr, "tell each file that is copied"},
+    {arg_Force, nullptr, "overwrite an existing copy without asking"},
+    {arg_Quiet, nullptr, "show questions and errors only"}};
+constexpr CommandLine commandLine(
     "moxcopy", "[diagram ...]",
     "Copies a system out of a project: all of it, or the files of the diagrams that are named.",
-    {{arg_projdir, "DIR", "project directory", true},
-     {arg_system, "NAME", "system to copy", true},
-     {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
-     {arg_filter, "PATTERN", "copy the files whose names match only"},
-     {arg_verbose, nullptr, "tell each file that is copied"},
-     {arg_Force, nullptr, "overwrite an existing copy without asking"},
-     {arg_Quiet, nullptr, "show questions and errors only"}});
+    options);
 
 /// Reports wrong usage and gives the result of the check that found it.
 bool misused(const char* reason) {

@@ -32,6 +32,17 @@ KazString parentOf(const KazString& relative) {
     return relative.subStringBefore(relative.findLast('\\'));
 }
 
+/// Removes a directory with everything in it.
+bool destroyed(const KazString& path) {
+    try {
+        KazFileManager manager(path);
+        manager.destroy(true);
+        return manager.getErrors().isEmpty();
+    } catch (const KazMemoryException&) {
+        return false;
+    }
+}
+
 bool reportFailure(const KazString& path, int errorNumber) {
     print_err(localText(texts::cannotWrite), shown(path).getValue(),
               std::generic_category().message(errorNumber).c_str());
@@ -122,9 +133,8 @@ bool Staging::enter(const KazString& relative, CopyResult& result) {
 
 void Staging::discard() {
     if (!temporary_.isEmpty()) {
-        KazFileManager leftover(temporary_);
-        leftover.destroy(true);
-        if (!leftover.getErrors().isEmpty())
+        // What made the run fail may have been a lack of memory that is over now.
+        if (!destroyed(temporary_) && !destroyed(temporary_))
             print_err(localText(texts::cannotRemove), shown(temporary_).getValue());
         temporary_.clear();
     }

@@ -1,5 +1,6 @@
 // moxinfo: shows a tool's configuration.
 #include "common/CommandLine.h"
+#include "common/output.h"
 
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
@@ -7,7 +8,6 @@
 #include "tools/config/vstring.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/process.h"
-#include "tools/files/tifiles.h"
 #include "tools/messages/messages.h"
 
 #include <algorithm>
@@ -19,55 +19,45 @@
 
 namespace {
 
-const CommandLine commandLine(
+constexpr CommandLine::Option options[] = {
+    {arg_toolinfo, "FILE", "start from this ToolInfo file"},
+    {arg_file, "FILE", "read this file too, its definitions replacing earlier ones"},
+    {arg_source, "SOURCE", "only what this file gives, or: environment, library, run-time"},
+    {arg_output, "FILE", "write to this file"},
+    {arg_verbose, nullptr, "with names: show the source of each value"}};
+constexpr CommandLine commandLine(
     "moxinfo", "[name | template ...]",
     "Shows the configuration of the tools: the ToolInfo files and each variable with the value in\n"
     "force, under the source that gives it. What is shown can itself be read as a ToolInfo file.\n"
     "With names only their values; a template is a text with ${name} references to expand.",
-    {{arg_toolinfo, "FILE", "start from this ToolInfo file"},
-     {arg_file, "FILE", "read this file too, its definitions replacing earlier ones"},
-     {arg_source, "SOURCE", "only what this file gives, or: environment, library, run-time"},
-     {arg_output, "FILE", "write to this file"},
-     {arg_verbose, nullptr, "with names: show the source of each value"}});
+    options);
 
 /// Where the lines go: the message channel, or a file.
 class Output {
 public:
-    /// False, and reported, when the file cannot be written.
-    bool open(const char* name) {
-        if (name == nullptr)
-            return true;
-        file.reset(TI_fopen(_TI_hm(name), "w"));
-        if (file == nullptr)
-            print_err("moxinfo: cannot write %s", name);
-        return file != nullptr;
-    }
+    /// A null @p file is the message channel.
+    explicit Output(const char* file) : file(file != nullptr ? _TI_hm(file) : "") {}
 
     void line(const std::string& text) {
-        if (file == nullptr)
+        if (file.empty())
             print_msg("%s", text.c_str());
-        else if (std::fprintf(file.get(), "%s\n", text.c_str()) < 0)
-            complete = false;
+        else
+            (bytes += text) += '\n';
     }
 
     /// False, and reported, when not all of it arrived.
-    bool close() {
-        std::FILE* stream = file != nullptr ? file.get() : stdout;
-        if (std::fflush(stream) != 0 || std::ferror(stream) != 0)
-            complete = false;
-        if (file != nullptr && std::fclose(file.release()) != 0)
-            complete = false;
-        if (!complete)
-            print_err("moxinfo: the output is not complete");
-        return complete;
+    bool finish() {
+        if (!file.empty())
+            return writeOutput(file, bytes);
+        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+            return true;
+        print_err("moxinfo: the output is not complete");
+        return false;
     }
 
 private:
-    struct Close {
-        void operator()(std::FILE* stream) const { std::fclose(stream); }
-    };
-    std::unique_ptr<std::FILE, Close> file;
-    bool complete = true;
+    std::string file;
+    std::string bytes; ///< a file is written at last, so that it is whole or as before
 };
 
 struct Variable {
@@ -93,7 +83,8 @@ std::string sourceOf(const char* name) {
     return "nowhere";
 }
 
-/// A value of the environment may hold line ends, which a file could not.
+/// Values of the environment and names of files may hold line ends, which would
+/// make further lines of what is shown.
 std::string onOneLine(const char* value) {
     std::string text = value != nullptr ? value : "";
     for (char& c : text)
@@ -140,7 +131,7 @@ void showAll(Output& output) {
     if (wanted.empty()) {
         output.line("% ToolInfo files:");
         for (int i = 0; KazString name = TI_Vfile(i); ++i)
-            output.line("%   " + std::string(name.getValue()));
+            output.line("%   " + onOneLine(name));
     }
     const std::vector<Variable> variables = allVariables();
     for (const std::string& source : allSources(variables)) {
@@ -151,7 +142,7 @@ void showAll(Output& output) {
             if (variable.source != source)
                 continue;
             if (isFirst)
-                output.line("% from " + source);
+                output.line("% from " + onOneLine(source.c_str()));
             isFirst = false;
             output.line(variable.name + "=" + variable.value);
         }
@@ -166,7 +157,7 @@ bool showVariable(Output& output, const char* name) {
         return false;
     }
     if (kaz_arg_text(arg_verbose, 0, nullptr) != nullptr)
-        output.line("% from " + sourceOf(name));
+        output.line("% from " + onOneLine(sourceOf(name).c_str()));
     output.line(value);
     return true;
 }
@@ -208,18 +199,17 @@ class MoxInfo : public KazConsoleApp {
             return CommandLine::wrongUsage;
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
-        // Before the further file, which comes after the others, and before the
-        // output, which may replace one of them.
+        // Before the further file, which comes after the others.
         TI_Vinit();
-        Output output;
-        if (!readFurtherFile() || !output.open(kaz_arg_text(arg_output, 0, nullptr)))
+        if (!readFurtherFile())
             return 1;
+        Output output(kaz_arg_text(arg_output, 0, nullptr));
         bool good = true;
         if (kaz_arg_get_untagged(0) != nullptr)
             good = showArguments(output);
         else
             showAll(output);
-        return output.close() && good ? 0 : 1;
+        return output.finish() && good ? 0 : 1;
     }
 };
 

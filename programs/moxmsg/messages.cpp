@@ -11,17 +11,23 @@
 
 namespace {
 
+/// Reads to the end. False with errno set when that cannot be done.
+bool readAll(std::FILE* stream, std::string& bytes) {
+    char part[65536];
+    for (;;) {
+        std::clearerr(stream);
+        const std::size_t got = std::fread(part, 1, sizeof part, stream);
+        bytes.append(part, got);
+        if (got < sizeof part && !(std::ferror(stream) && errno == EINTR))
+            return !std::ferror(stream);
+    }
+}
+
 /// Reads a whole file. False, and a problem, when that cannot be done.
 bool readFile(Messages& messages, std::string& bytes) {
     errno = 0;
     std::FILE* stream = TI_fopen(messages.file.c_str(), "rb");
-    bool whole = stream != nullptr;
-    if (stream) {
-        char part[65536];
-        for (std::size_t got; (got = std::fread(part, 1, sizeof part, stream)) > 0;)
-            bytes.append(part, got);
-        whole = std::ferror(stream) == 0;
-    }
+    const bool whole = stream && readAll(stream, bytes);
     const int reason = errno;
     if (stream)
         std::fclose(stream);

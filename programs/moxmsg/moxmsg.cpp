@@ -2,9 +2,9 @@
 
 #include "common/CommandLine.h"
 #include "common/formats.h"
+#include "common/output.h"
 #include "message_file.h"
 #include "messages.h"
-#include "output.h"
 #include "source_text.h"
 #include "tools/moxtools.h"
 
@@ -14,15 +14,17 @@ namespace {
 
 enum Status { Done = 0, Failed = 1 };
 
-const CommandLine
+constexpr CommandLine::Option options[] = {
+    {arg_source, "TEXT", "source text to compile or to check"},
+    {arg_file, "MSG_FILE", "message file to write back as text, or to compare"},
+    {arg_merge, nullptr, "compare with the other file"},
+    {arg_output, "FILE", "file to write instead of standard output"}};
+constexpr CommandLine
     commandLine("moxmsg", "[other]",
                 "Compiles a source text into a message file, or checks it when no output is\n"
                 "named. Writes a message file back as source text. With -merge compares with\n"
                 "the other file, of either kind.",
-                {{arg_source, "TEXT", "source text to compile or to check"},
-                 {arg_file, "MSG_FILE", "message file to write back as text, or to compare"},
-                 {arg_merge, nullptr, "compare with the other file"},
-                 {arg_output, "FILE", "file to write instead of standard output"}});
+                options);
 
 std::string textOf(arg_type_enum type) {
     const char* text = kaz_arg_text(type, 0, nullptr);

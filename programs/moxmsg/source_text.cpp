@@ -122,7 +122,7 @@ private:
             if (c == '\0')
                 problem("a text cannot hold a NUL");
             text += c == '\\' ? parseEscape() : c;
-            if (c == '\\' || blanks.find(c) == std::string_view::npos)
+            if (blanks.find(c) == std::string_view::npos)
                 kept = text.size();
         }
         text.resize(kept);
@@ -192,7 +192,8 @@ std::string sourceLine(int number, const std::string& text) {
         line += ' ';
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        const bool isControl = (c >= 0 && c < ' ') || c == 0x7F;
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isControl = byte < ' ' || byte == 0x7F;
         const bool isOuterBlank = c == ' ' && (i == 0 || i + 1 == text.size());
         line += isControl || isOuterBlank || c == '\\' ? escaped(c) : std::string(1, c);
     }

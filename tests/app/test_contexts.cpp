@@ -38,8 +38,9 @@ TEST(MasterContext, DeletesItsSlotsInOrderAndLeavesTheApplication) {
     Noted refused(gone, 99);
     EXPECT_FALSE(context->setSlot(17, &refused));
     EXPECT_FALSE(context->setSlot(-1, &refused));
-    EXPECT_EQ(context->getSlot(17), nullptr);
-    EXPECT_EQ(context->getSlot(1), nullptr);
+    for (int slot : {17, -1, 1})
+        EXPECT_EQ(context->getSlot(slot), nullptr);
+    EXPECT_TRUE(context->setSlot(3, context->getSlot(3))) << "it stays";
     context.reset();
     EXPECT_EQ(gone, (std::vector<int>{0, 3, 15, 16}));
     EXPECT_EQ(app.getActiveContext(), nullptr);
@@ -111,6 +112,10 @@ TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
         EXPECT_TRUE(value->isNull());
         EXPECT_EQ(value, tools->getEnvValue(static_cast<kaz_env_id_enum>(0)) + id);
     }
+    EXPECT_TRUE(tools->getDbOpen() == 0 && !tools->isDbReadonly());
+    tools->setDbOpen(3);
+    tools->setDbReadonly(true);
+    EXPECT_TRUE(tools->getDbOpen() == 3 && tools->isDbReadonly());
     KazMasterContext other;
     EXPECT_NE(KazToolsContext::getInstance(), tools) << "each master context has its own";
 }
@@ -124,6 +129,17 @@ TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
         },
         [&] { EXPECT_EQ(app.getActiveContext(), nullptr); });
     EXPECT_GT(failed, 2);
+}
+
+TEST(Application, KeepsItsFlags) {
+    FrameApp app;
+    EXPECT_FALSE(app.getDebugFlag() || app.getVerboseFlag() || app.isNestedCall());
+    app.setDebugFlag(true);
+    EXPECT_FALSE(app.getVerboseFlag());
+    app.setVerboseFlag(true);
+    app.setDebugFlag(false);
+    app.setBusy(true); // shows nothing here
+    EXPECT_TRUE(app.getVerboseFlag() && !app.getDebugFlag());
 }
 
 TEST(EditorsBase, GivesTheInstalledOnesCommand) {

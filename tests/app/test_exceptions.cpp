@@ -19,6 +19,11 @@ std::string fileMessage(int cause, const char* fileName) {
         .getErrorMessage();
 }
 
+/// A tool's own, which has nothing to say.
+struct Speechless : KazException {
+    const char* getErrorMessage() override { return nullptr; }
+};
+
 /// What `catch (KazException&)` around a whole tool prints for @p thrown.
 template <typename Thrown>
 std::string reportOf(const Thrown& thrown) {
@@ -40,6 +45,7 @@ TEST(Exceptions, WhatEscapesIsReportedThroughItsBase) {
     EXPECT_EQ(reportOf(KazFileException(KazFileException::badSeek, "50%n.dat")),
               "Seek failed on \"50%n.dat\"");
     EXPECT_EQ(reportOf(KazReportedException()), "");
+    EXPECT_EQ(reportOf(Speechless()), "");
     EXPECT_EQ(reportOf(KazTreeClashException(nullptr)), "");
     EXPECT_EQ(reportOf(KazResourceException("")), "");
     EXPECT_EQ(reportOf(KazResourceException(nullptr)), "");
@@ -52,6 +58,10 @@ TEST(Exceptions, CopiesCarryTheirState) {
     EXPECT_STREQ(copy.getErrorMessage(), "first");
     EXPECT_STREQ(original.getErrorMessage(), "second");
 
+    KazResourceException resources[2];
+    resources[1] = copy;
+    EXPECT_STREQ(resources[0].getErrorMessage(), "");
+    EXPECT_STREQ(resources[1].getErrorMessage(), "first");
     KazFileException files[2];
     EXPECT_EQ(files[0].getErrorMessage(), fileMessage(KazFileException::generic, nullptr));
     files[0] = files[1] = KazFileException(KazFileException::diskFull, "a");

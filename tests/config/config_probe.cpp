@@ -5,6 +5,7 @@
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
+#include "tools/config/vstring.h"
 
 #include <array>
 #include <cstdlib>
@@ -31,20 +32,6 @@ kaz_env_id_enum idOf(const std::string& name) {
     return static_cast<kaz_env_id_enum>(-1);
 }
 
-std::string source(const char* name) {
-    KazString file;
-    const int kind = TI_EnvVsource(name, &file);
-    return std::to_string(kind) + " " + file.getValue();
-}
-
-std::string allNames() {
-    std::string names;
-    TI_Vwalk([](const char* name,
-                void* data) { *static_cast<std::string*>(data) += name + std::string(";"); },
-             &names);
-    return names;
-}
-
 std::string rememberedName() {
     std::array<char, 5000> name{};
     return TI_Name(name.data()) == 0 ? "=" + std::string(name.data()) : "-";
@@ -53,6 +40,14 @@ std::string rememberedName() {
 std::string asDiagramName(std::string name) {
     kaz_diag_strcpy(name.data(), name.c_str());
     return name;
+}
+
+std::string openedSysFile(std::string name) {
+    char mode[] = "r";
+    std::FILE* stream = kaz_fs_open_sys_file(name.data(), mode);
+    if (stream != nullptr)
+        std::fclose(stream);
+    return stream != nullptr ? "=" : "-";
 }
 
 std::string typedValues() {
@@ -66,13 +61,6 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
     {"cont", [](const Words& w) { return text(TI_Vcont(w[1].c_str())); }},
     {"envcont", [](const Words& w) { return text(TI_EnvVcont(w[1].c_str())); }},
     {"same", [](const Words& w) { return text(TI_SameEnvVcont(w[1].c_str())); }},
-    {"var", [](const Words& w) { return std::to_string(TI_Var(w[1].c_str())); }},
-    {"asg", [](const Words& w) { return std::to_string(TI_Vasg(w[1].c_str(), w[2].c_str())); }},
-    {"user",
-     [](const Words& w) { return std::to_string(TI_V_user_file(w[1].c_str(), w[2] == "1")); }},
-    {"overwrite", [](const Words& w) { return std::to_string(TI_V_set_overwrite(w[1] == "1")); }},
-    {"source", [](const Words& w) { return source(w[1].c_str()); }},
-    {"walk", [](const Words&) { return allNames(); }},
     {"name", [](const Words&) { return rememberedName(); }},
     {"root", [](const Words&) { return text(TI_myRootDir()); }},
     {"bin", [](const Words&) { return text(kazMoxBinDir()); }},
@@ -83,6 +71,7 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
          kaz_env_asgn(idOf(w[1]), w.size() > 2 ? w[2].c_str() : nullptr);
          return std::string();
      }},
+    {"open", [](const Words& w) { return openedSysFile(w[1]); }},
     {"typed", [](const Words&) { return typedValues(); }},
 };
 
@@ -95,8 +84,19 @@ public:
             TI_Var("edge=early");
     }
     ~Edge() {
-        if (file != nullptr)
-            std::ofstream(file) << text(TI_Vcont("edge"));
+        if (file == nullptr)
+            return;
+        kaz_env_diagram_asgn("x");
+        kaz_fs_filestore_dir_asgn("x");
+        kazSetDbOpen(1);
+        kazSetDbReadonly(true);
+        vstring_set_simple_var("simple", "x");
+        std::ofstream(file) << text(TI_Vcont("edge")) << ' ' << text(kaz_env_system()) << ' '
+                            << text(kaz_env_projdir()) << ' ' << TI_Vasg("edge", "x") << ' '
+                            << text(vstring_lookup_var("simple")) << ' ' << kazGetDbOpen()
+                            << kazIsDbReadonly() << edit_make_name();
+        TI_Vwalk([](const char*, void*) {}, nullptr);
+        kaz_fs_open_filestore_file(nullptr, nullptr);
     }
 
 private:
@@ -116,7 +116,8 @@ Words split(const std::string& line) {
 }
 
 class Probe : public KazConsoleApp {
-private:
+    bool isGraphical() const override { return std::getenv("PROBE_GRAPHICAL") != nullptr; }
+
     int runTool(int argc, char** argv) override {
         std::vector<arg_type_enum> options;
         for (int type = 0; type <= 71; ++type)

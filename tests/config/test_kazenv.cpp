@@ -1,5 +1,7 @@
 #include "tools/config/kazenv.h"
 
+#include "probe.h"
+
 #include "kit/env.h"
 #include "kit/host.h"
 #include "kit/process.h"
@@ -10,31 +12,17 @@
 
 #include <map>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-/// A probe with a ToolInfo file and a command line.
+/// The probe with a ToolInfo file of this text.
 Lines ask(const Lines& script, const std::string& toolInfo, kit::RunOptions options = {},
-          Lines arguments = {}) {
+          const Lines& arguments = {}) {
     const kit::TempTree tree;
     options.env["ToolInfo"] = tree.write("ToolInfo", toolInfo);
-    for (const std::string& command : script)
-        options.input += command + "\n";
-    arguments.insert(arguments.begin(), "config_probe");
-    const kit::Result result = kit::run(arguments, options);
-    EXPECT_EQ(result.status, 0) << result.err;
-    Lines answers;
-    std::istringstream out(result.out);
-    for (std::string line; std::getline(out, line);)
-        answers.push_back(line);
-    EXPECT_EQ(answers.size(), script.size());
-    answers.resize(script.size());
-    return answers;
+    return ::ask(script, options, arguments);
 }
 
 std::string nameOf(int id) {
@@ -115,12 +103,14 @@ TEST(KazEnv, SwitchesAndNumbersHaveTheirTypes) {
         "typed", "asgn\tport\t+2147483647", "asgn\tpagewidth\t-2.5e1", "asgn\tbatch\tno",
         "typed", "asgn\tport\t2147483648",  "asgn\tpagewidth\tinf",    "asgn\tbatch\t",
         "typed", "asgn\tport\t12x",         "asgn\tpagewidth\t1,5",    "asgn\tbatch\tja",
+        "typed", "asgn\tport\t+-5",         "asgn\tpagewidth\t   ",    "asgn\tbatch",
         "typed"};
     const Lines answers = ask(script, "port = 9 \n", {}, {"-batch", "-pagewidth", " 21.5 "});
     EXPECT_EQ(answers[0], "9 21.5 1");
     EXPECT_EQ(answers[4], "2147483647 -25 0");
     EXPECT_EQ(answers[8], "0 0 0");
     EXPECT_EQ(answers[12], "0 0 1");
+    EXPECT_EQ(answers[16], "0 0 1") << "batch is the command line's again";
     EXPECT_EQ(ask({"typed"}, "", {}, {"-batch0"})[0], "0 0 0");
 }
 
@@ -162,8 +152,10 @@ TEST(KazEnv, UnknownIdentifiersNameNothing) {
         EXPECT_EQ(kaz_env_name(unknown), nullptr);
         EXPECT_EQ(kaz_env_text(unknown), nullptr);
         EXPECT_FALSE(kaz_env_is_set(unknown));
+        EXPECT_EQ(kaz_env_kind(unknown), kaz_env_kind_text);
         kaz_env_asgn(unknown, "x");
     }
+    EXPECT_EQ(kaz_env_kind(kaz_env_id_port), kaz_env_kind_integer);
 }
 
 } // namespace

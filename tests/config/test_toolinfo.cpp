@@ -1,315 +1,35 @@
 #include "tools/config/toolinfo.h"
 
-#include "kit/alloc_failure.h"
+#include "probe.h"
+
 #include "kit/director.h"
 #include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "kit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace {
-
-using Lines = std::vector<std::string>;
-
-/// Runs a probe on a script; the answers must be as many as the commands.
-Lines ask(const Lines& script, kit::RunOptions options = {},
-          const std::string& program = "config_probe") {
-    for (const std::string& command : script)
-        options.input += command + "\n";
-    const kit::Result result = kit::run({program}, options);
-    EXPECT_EQ(result.status, 0) << result.err;
-    Lines answers;
-    std::istringstream out(result.out);
-    for (std::string line; std::getline(out, line);)
-        answers.push_back(line);
-    EXPECT_EQ(answers.size(), script.size()) << result.out << result.err;
-    answers.resize(script.size());
-    return answers;
-}
-
-// ------------------------------------------------------------------ the model
-
-/// The rules of the files, step by step and without a thought of speed.
-class Model {
-public:
-    std::map<std::string, std::string> table, assigned, origin;
-    bool overwrite = true;
-
-    int defineLine(std::string line, const std::string& file = {}) {
-        if (line.empty() || line[0] == '%' || line[0] == '.')
-            return -1;
-        while (!line.empty() && std::string("\n\r \t").find(line.back()) != std::string::npos)
-            line.pop_back();
-        const std::size_t equals = line.find('=');
-        if (equals == std::string::npos)
-            return -1;
-        const std::string name = blanksOff(line.substr(0, equals));
-        if (name.empty())
-            return -1;
-        bind(name, blanksOff(line.substr(equals + 1)), file);
-        return 0;
-    }
-
-    void bind(const std::string& name, const std::string& value, const std::string& file) {
-        if (overwrite || table.count(name) == 0) {
-            table[name] = value;
-            origin[name] = file;
-        }
-    }
-
-    void readFile(const std::string& text, const std::string& name) {
-        std::string line;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            line += text[i];
-            if (text[i] == '\n' || line.size() == 5120 || i + 1 == text.size()) {
-                defineLine(line.c_str(), name);
-                line.clear();
-            }
-        }
-    }
-
-    std::string value(const std::string& name) const {
-        const auto& map = assigned.count(name) != 0 ? assigned : table;
-        const auto found = map.find(name);
-        return found == map.end() || found->second.empty() ? "-" : "=" + found->second;
-    }
-
-    int assign(const std::string& name, const std::string& value) {
-        if (!overwrite && (table.count(name) != 0 || assigned.count(name) != 0))
-            return -1;
-        assigned[name] = value;
-        return 0;
-    }
-
-    std::string source(const std::string& name) const {
-        if (assigned.count(name) != 0)
-            return std::to_string(KazRunTime) + " ";
-        if (table.count(name) == 0)
-            return std::to_string(KazUndefined) + " ";
-        const std::string& file = origin.at(name);
-        return std::to_string(file.empty() ? KazDefined : KazFile) + " " + file;
-    }
-
-private:
-    static std::string blanksOff(std::string text) {
-        while (!text.empty() && text.front() == ' ')
-            text.erase(0, 1);
-        while (!text.empty() && text.back() == ' ')
-            text.pop_back();
-        return text;
-    }
-};
-
-const char* const names[] = {"a", "b", "projdir", "Name", "name", "x y", "z\xe4", "ToolInfoPath"};
-
-std::string randomName(kit::Random& rng) {
-    return names[rng.below(std::size(names))];
-}
-
-/// One line, often an odd one. A chain link is left to the caller.
-std::string randomLine(kit::Random& rng) {
-    const std::string blanks = rng.text(2, "  \t");
-    switch (rng.below(12)) {
-    case 0:
-        return std::string(rng.oneIn(2) ? "%" : ".") + randomName(rng) + "=comment";
-    case 1:
-        return rng.text(6, "ab =\t.%");
-    case 2: // around the limit of a line, its rest being a line of its own
-        return randomName(rng) + "=" +
-               std::string(static_cast<std::size_t>(rng.between(5100, 5125)), 'v') +
-               randomName(rng) + "=rest";
-    case 3:
-        return randomName(rng).insert(rng.oneIn(3) ? 1 : 0, rng.oneIn(3) ? 1 : 0, '\0') +
-               "=before " + std::string(1, '\0') + "after=b";
-    case 4:
-        return randomName(rng) + "=";
-    default:
-        return blanks + randomName(rng) + rng.text(2, " \t") + "=" + rng.text(2, " ") +
-               rng.text(8, "abc=%~$\\/\xff ") + rng.text(3, " \t\r");
-    }
-}
-
-/// Files f0 to f13 that name one another; a probe with HOME there reads them.
-class Chain {
-public:
-    explicit Chain(kit::Random& rng) : rng(rng) {
-        for (int i = 0; i < count; ++i) {
-            std::string text;
-            for (int n = rng.below(12); n > 0; --n)
-                text += (rng.oneIn(4) ? "ToolInfo=" + link(i) : randomLine(rng)) + ending();
-            if (rng.below(8) != 0)
-                text += "ToolInfo=" + link(i) + "\n";
-            texts.push_back(text);
-            tree.write("f" + std::to_string(i), text);
-        }
-    }
-
-    std::string path(const std::string& file) const { return tree.path(file); }
-    std::string native(const std::string& file) const { return tree.native(file); }
-
-    /// Writes one more file, outside the chain, and gives its text.
-    std::string addFile(const std::string& file) {
-        std::string text;
-        for (int n = rng.below(30); n > 0; --n)
-            text += randomLine(rng) + "\n";
-        tree.write(file, text);
-        return text;
-    }
-
-    kit::RunOptions options() const {
-        kit::RunOptions options;
-        options.env = {{"HOME", tree.path()},
-                       {"LC_ALL", "C"},
-                       {"TOOLINFO", kit::unset},
-                       {"ToolInfo", rng.oneIn(2) ? native("f0") : "~/f0"}};
-        return options;
-    }
-
-    /// What the files say, read in their order.
-    Model read() const {
-        Model model;
-        model.readFile(texts[0], native("f0"));
-        model.bind("TI_locale", kit::localeOfC(), "");
-        model.overwrite = false;
-        std::string path = native("f0");
-        std::vector<int> read{0};
-        while (read.size() < 10) {
-            const std::string name = resolved(model.table["ToolInfo"]);
-            const int next = fileOf(name);
-            if (next < 0 || std::count(read.begin(), read.end(), next) != 0)
-                break;
-            model.table.erase("ToolInfo");
-            model.readFile(texts[static_cast<std::size_t>(next)], name);
-            read.push_back(next);
-            path += " " + name;
-        }
-        model.overwrite = true;
-        model.bind("ToolInfo", native("f0"), "");
-        model.bind("ToolInfoPath", path, "");
-        return model;
-    }
-
-private:
-    static constexpr int count = 14;
-
-    /// Mostly onwards, so that long chains come about.
-    std::string link(int from) {
-        const int to = rng.oneIn(4) ? rng.below(count) : (from + 1) % count;
-        const std::string name = "f" + std::to_string(to);
-        const std::string others[] = {"~/" + name,
-                                      "~\\" + name,
-                                      tree.path(name),
-                                      tree.path("./" + name),
-                                      tree.path("missing"),
-                                      tree.path(),
-                                      ""};
-        const auto choice = static_cast<std::size_t>(rng.below(20));
-        return choice < std::size(others) ? others[choice] : tree.native(name);
-    }
-
-    std::string resolved(std::string value) const {
-        if (value.starts_with('~'))
-            value.replace(0, 1, tree.path());
-        std::replace(value.begin(), value.end(), '/', '\\');
-        return value;
-    }
-
-    static int fileOf(const std::string& value) {
-        const std::size_t component = value.rfind('\\') + 1;
-        if (component >= value.size() || value[component] != 'f')
-            return -1;
-        return std::stoi(value.substr(component + 1));
-    }
-
-    std::string ending() { return rng.oneIn(3) ? "\r\n" : "\n"; }
-
-    kit::Random& rng;
-    kit::TempTree tree;
-    std::vector<std::string> texts;
-};
-
-TEST(ToolInfoFiles, ChainsAndLaterDefinitionsFollowTheModel) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random rng(kit::seed());
-    for (int round = 0; round < 60; ++round) {
-        Chain chain(rng);
-        Model model = chain.read();
-        Lines script, expected;
-        const auto query = [&](const std::string& name) {
-            script.insert(script.end(), {"cont\t" + name, "source\t" + name});
-            expected.insert(expected.end(), {model.value(name), model.source(name)});
-        };
-        const auto command = [&](const std::string& text, int answer) {
-            script.push_back(text);
-            expected.push_back(std::to_string(answer));
-        };
-        command("init", 0);
-        for (const char* name : {"ToolInfo", "ToolInfoPath", "TI_locale", "none"})
-            query(name);
-        for (int step = 0; step < 40; ++step) {
-            const std::string name = randomName(rng);
-            const std::string value = rng.text(3, "pq");
-            switch (rng.below(7)) {
-            case 0: { // a further file; the flag is then what it was
-                const std::string file = "further" + std::to_string(step);
-                const bool flag = rng.oneIn(2), before = model.overwrite;
-                model.overwrite = flag;
-                model.readFile(chain.addFile(file), chain.native(file));
-                model.overwrite = before;
-                command("user\t~/" + file + "\t" + std::to_string(flag), -1);
-                command("user\t" + chain.path(file) + "\t" + std::to_string(flag), 0);
-                break;
-            }
-            case 1:
-                command("var\t " + name + " = " + value + " ",
-                        model.defineLine(name + "=" + value));
-                break;
-            case 2:
-                command("asg\t" + name + "\t" + value, model.assign(name, value));
-                break;
-            case 3: {
-                const bool flag = rng.oneIn(2);
-                command("overwrite\t" + std::to_string(flag), model.overwrite);
-                model.overwrite = flag;
-                break;
-            }
-            default:
-                query(name);
-            }
-        }
-        std::string all;
-        std::map<std::string, std::string> everything = model.table;
-        everything.insert(model.assigned.begin(), model.assigned.end());
-        for (const auto& entry : everything)
-            all += entry.first + ";";
-        script.push_back("walk");
-        expected.push_back(all);
-        ASSERT_EQ(ask(script, chain.options()), expected) << "round " << round;
-    }
-}
 
 TEST(ToolInfoFiles, VariablesOutliveMain) {
     kit::TempTree tree;
     kit::RunOptions options;
-    options.env = {{"ToolInfo", tree.write("first", "x=1\n")}, {"PROBE_EDGE", tree.path("edge")}};
-    EXPECT_EQ(ask({"cont\tedge"}, options), (Lines{"=early"}));
-    EXPECT_EQ(tree.read("edge"), "=early");
+    options.env = {{"ToolInfo", tree.write("first", "x=1\nsystem=s\n")},
+                   {"PROBE_EDGE", tree.path("edge")}};
+    // Without an application nothing can be assigned, and no command line is read.
+    const std::string others = " =s - -1 - 00";
+    EXPECT_EQ(ask({"cont\tedge"}, options, {"-projdir", "p"}), (Lines{"=early"}));
+    EXPECT_EQ(tree.read("edge"), "=early" + others);
     ask({}, options);
-    EXPECT_EQ(tree.read("edge"), "=early");
-    tree.write("first", "edge=file\n");
+    EXPECT_EQ(tree.read("edge"), "=early" + others);
+    tree.write("first", "edge=file\nsystem=s\n");
     ask({}, options); // reads the files after main only
-    EXPECT_EQ(tree.read("edge"), "=file");
+    EXPECT_EQ(tree.read("edge"), "=file" + others);
 }
 
 // ------------------------------------------------------ where the file is found
@@ -332,7 +52,7 @@ public:
         result.input = input;
         return result;
     }
-    Lines answers(const Lines& script) { return ask(script, options, probe()); }
+    Lines answers(const Lines& script) { return ask(script, options, {}, probe()); }
 
     kit::TempTree tree;
     kit::RunOptions options;
@@ -381,7 +101,7 @@ TEST(ToolInfoSearch, TheDirectoryAboveBinIsTheRoot) {
     EXPECT_EQ(suite.answers({"root", "bin"}), (Lines{"=" + suiteDir, "=" + suiteDir + "\\BIN"}));
     std::filesystem::rename(suite.tree.path("Suite/BIN"), suite.tree.path("Suite/tools"));
     const Lines moved =
-        ask({"root", "bin"}, suite.options, suite.tree.path("Suite/tools/config_probe"));
+        ask({"root", "bin"}, suite.options, {}, suite.tree.path("Suite/tools/config_probe"));
     EXPECT_EQ(moved, (Lines{"=" + suiteDir.substr(0, suiteDir.find('\\') + 1),
                             "=" + suiteDir + "\\tools"}));
 }
@@ -406,61 +126,20 @@ TEST_F(ToolInfo, GoesOnWithoutAFileWhenTheFatalErrorReturns) {
     EXPECT_LE(director.fatals.size(), 1U);
 }
 
-TEST_F(ToolInfo, RefusesWhatDefinesNothing) {
-    for (const char* line : {"", "%x=1", ".x=1", "no sign", "=value", "  =value", "\n"})
-        EXPECT_EQ(TI_Var(line), -1) << line;
+TEST_F(ToolInfo, RefusesWhatIsNotThere) {
     EXPECT_EQ(TI_Var(nullptr), -1);
     EXPECT_EQ(TI_Vasg(nullptr, "x"), -1);
+    EXPECT_EQ(TI_Vasg("null", nullptr), 0);
+    EXPECT_EQ(TI_Vcont("null"), nullptr);
     EXPECT_EQ(TI_V_user_file(nullptr, true), -1);
     EXPECT_EQ(TI_V_user_file(tree.path("missing").c_str(), true), -1);
-    EXPECT_EQ(TI_V_user_file(tree.path().c_str(), true), -1);
     EXPECT_EQ(TI_V_user_file("/dev/null", true), -1);
-    EXPECT_EQ(TI_Vcont(nullptr), nullptr);
     EXPECT_EQ(TI_EnvVcont(nullptr), nullptr);
     EXPECT_EQ(TI_SameEnvVcont(nullptr), nullptr);
-}
-
-TEST_F(ToolInfo, AFileIsReadWholeOrNotAtAll) {
-    TI_Vcont("anything");
-    std::string fresh, inForce = "-";
-    const auto writeFile = [&] {
-        fresh += '+';
-        tree.write("file", "one=x\ntwo=" + fresh + "\none=" + fresh + "\n" + fresh + "=new\n");
-    };
-    TI_Var("one=-");
-    TI_Var("two=-");
-    writeFile();
-    bool done = false;
-    const auto read = [&] {
-        done = false;
-        done = TI_V_user_file(tree.path("file").c_str(), true) == 0;
-    };
-    const auto check = [&] {
-        inForce = done ? fresh : inForce;
-        EXPECT_EQ(TI_Vcont("one"), inForce);
-        EXPECT_EQ(TI_Vcont("two"), inForce);
-        EXPECT_EQ(TI_Vcont(fresh.c_str()) != nullptr, done);
-        EXPECT_TRUE(TI_V_set_overwrite(true));
-        writeFile();
-    };
-    EXPECT_GT(kit::sweepAllocations(read, check), 5);
-    EXPECT_TRUE(done);
-}
-
-TEST_F(ToolInfo, TheEnvironmentComesBeforeEverything) {
-    TI_Var("projdir=file");
-    TI_Vasg("projdir", "assigned");
-    EXPECT_STREQ(TI_EnvVcont("projdir"), "assigned");
-    if (!kit::hasDrives) { // there a variable that is empty is none
-        const kit::ScopedEnv variable("KAZ_PROJDIR", "");
-        EXPECT_STREQ(TI_EnvVcont("projdir"), "");
-        EXPECT_STREQ(TI_SameEnvVcont("projdir"), "assigned");
-        EXPECT_EQ(TI_EnvVsource("projdir", nullptr), KazEnvironment);
-    }
-    const kit::ScopedEnv variable("projdir", "same");
-    EXPECT_STREQ(TI_SameEnvVcont("projdir"), "same");
-    EXPECT_EQ(TI_Vasg("projdir", nullptr), 0);
-    EXPECT_EQ(TI_Vcont("projdir"), nullptr) << "an empty assignment hides the file";
+    EXPECT_EQ(TI_EnvVsource(nullptr, nullptr), KazUndefined);
+    EXPECT_EQ(TI_Name(nullptr), -1);
+    EXPECT_STREQ(TI_Vfile(-1), "");
+    TI_Vwalk(nullptr, nullptr);
 }
 
 TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
@@ -474,6 +153,7 @@ TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
         for (const char* path : {"", "~user", "a~", "/~", "."})
             EXPECT_EQ(_TI_hm(path), path) << "the same pointer";
         EXPECT_STREQ(_TI_hm(nullptr), "");
+        TI_userdir(nullptr, 1);
         char* copy = const_cast<char*>(kazGetUserHomeDir());
         EXPECT_EQ(copy, home + "\\");
         std::free(copy);
@@ -490,8 +170,10 @@ TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
             EXPECT_EQ(buffer.c_str(), size > length ? home + "\\x" : "~/x") << size;
         }
     }
-    kit::ScopedEnv none("HOME", "/no/such/directory");
-    EXPECT_NE(std::string(_TI_hm("~\\x")).substr(0, 3), "\\no");
+    for (const char* none : {static_cast<const char*>(nullptr), "/no/such/directory"}) {
+        const kit::ScopedEnv variable("HOME", none);
+        EXPECT_NE(std::string(_TI_hm("~\\x")).substr(0, 3), "\\no");
+    }
     kit::ScopedEnv top("HOME", "/");
     EXPECT_STREQ(_TI_hm("~/x"), "\\x");
     // An argument in the result's own buffer.

@@ -1,7 +1,6 @@
 #include "tools/containers/KazArrayPtr.h"
 
 #include "kit/alloc_failure.h"
-#include "kit/random.h"
 #include "tools/app/KazMemoryException.h"
 
 #include <gtest/gtest.h>
@@ -81,65 +80,6 @@ TEST(ArrayTest, TakesSlotsOfItsOwnStorage) {
     few.setSize(1);
     few.copy(many);
     EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
-}
-
-TEST(ArrayTest, BehavesLikeAVector) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
-    Array array;
-    Items model;
-    for (int step = 0; step < 20000; ++step) {
-        const int size = static_cast<int>(model.size());
-        void* value = Array::item(random.between(1, 50));
-        const int at = random.below(size + 3);
-        const auto fillTo = [&](int count) {
-            if (count > size)
-                model.resize(static_cast<std::size_t>(count));
-        };
-        switch (random.below(size > 60 ? 11 : 9)) {
-        case 0:
-            EXPECT_EQ(array.add(value), size);
-            model.push_back(value);
-            break;
-        case 1:
-            array.setAtGrow(at, value);
-            fillTo(at + 1);
-            model[static_cast<std::size_t>(at)] = value;
-            break;
-        case 2:
-        case 3: {
-            Items inserted(static_cast<std::size_t>(random.between(1, 4)), value);
-            array.insertAt(at, inserted.data(), static_cast<int>(inserted.size()));
-            fillTo(at);
-            model.insert(model.begin() + at, inserted.begin(), inserted.end());
-            break;
-        }
-        case 4:
-            EXPECT_EQ(array.findPtr(value),
-                      model.rend() - std::find(model.rbegin(), model.rend(), value) - 1);
-            break;
-        case 5:
-            array.remove();
-            model.resize(static_cast<std::size_t>(std::max(size - 1, 0)));
-            break;
-        case 6:
-            array.freeExtra();
-            break;
-        case 7:
-            if (random.oneIn(6)) {
-                array.setSize(at);
-                model.resize(static_cast<std::size_t>(at));
-            }
-            break;
-        default:
-            if (size > 0) {
-                const int from = random.below(size), count = random.between(1, size - from);
-                array.removeAt(from, count);
-                model.erase(model.begin() + from, model.begin() + from + count);
-            }
-        }
-        ASSERT_EQ(array.contents(), model) << "step " << step;
-    }
 }
 
 TEST(ArrayTest, FailedGrowthChangesNothing) {

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <vector>
 
 namespace {
 
@@ -129,105 +128,6 @@ TEST(SharedStorageTest, GrowthSeparates) {
         second.getAt(0) = "apart";
     }
     EXPECT_STREQ(first[0].getValue(), "changed");
-}
-
-/// Any operations in any order on collections that share and part again. Those
-/// that check in do so with functions that may do one operation more.
-class Crowd {
-public:
-    explicit Crowd(bool checksIn) : checksIn_(checksIn), colls_(4), iterators_(6) {
-        Meddler::random = &random_;
-        Meddler::action = [this] { act(); };
-    }
-    ~Crowd() { Meddler::action = nullptr; }
-
-    void act() {
-        auto& coll = colls_[static_cast<std::size_t>(random_.below(4))];
-        const auto& other = colls_[static_cast<std::size_t>(random_.below(4))];
-        if (!coll)
-            coll = fresh();
-        const int size = coll->getSize();
-        const int operation = random_.below(10);
-        std::unique_ptr<Counted> element(operation < 4 ? new Counted(1) : nullptr);
-        // What is not checked in is the collection's from now on.
-        void* item = checksIn_ ? element.get() : element.release();
-        switch (operation) {
-        case 0:
-            coll->insertAt(random_.below(size + 2), item);
-            break;
-        case 1:
-            if (size > 0) {
-                coll->setAt(random_.below(size), item);
-                break;
-            }
-            [[fallthrough]];
-        case 2:
-        case 3:
-            coll->add(item);
-            break;
-        case 4:
-            if (size > 0)
-                coll->removeAt(random_.below(size), random_.between(1, 3));
-            break;
-        case 5:
-            if (other)
-                *coll = *other;
-            break;
-        case 6:
-            if (!Meddler::isAtWork() && random_.oneIn(4))
-                coll.reset();
-            break;
-        case 7:
-            random_.oneIn(4) ? coll->removeAll() : coll->freeExtra();
-            break;
-        case 8:
-            if (!Meddler::isAtWork())
-                iterators_[static_cast<std::size_t>(random_.below(6))] =
-                    std::make_unique<KazCollIterator>(*coll);
-            break;
-        default:
-            if (checksIn_ && other && size < 30)
-                random_.oneIn(2) ? coll->copy(*other) : coll->insertAt(0, *other);
-        }
-    }
-
-    void check() {
-        for (const auto& coll : colls_)
-            for (int i = 0; coll && i < coll->getSize(); ++i)
-                ASSERT_GE(valueAt(*coll, i), 0);
-        for (const auto& each : iterators_) {
-            ASSERT_GE(each ? valueOf(each->item()) : 0, 0);
-            if (each)
-                each->next();
-        }
-    }
-
-private:
-    std::unique_ptr<KazColl> fresh() const {
-        auto result = std::make_unique<KazColl>();
-        result->setCheckOut(checksIn_ ? Meddler::out : Counted::checkOut);
-        result->setCheckIn(checksIn_ ? Meddler::in : nullptr);
-        return result;
-    }
-
-    kit::Random random_{kit::seed()};
-    bool checksIn_;
-    std::vector<std::unique_ptr<KazColl>> colls_;
-    std::vector<std::unique_ptr<KazCollIterator>> iterators_;
-};
-
-TEST(SharedStorageTest, RandomUse) {
-    SCOPED_TRACE(kit::seedText());
-    for (bool checksIn : {true, false}) {
-        {
-            Crowd crowd(checksIn);
-            for (int step = 0; step < 30000 && !HasFailure(); ++step) {
-                crowd.act();
-                crowd.check();
-            }
-        }
-        EXPECT_EQ(Counted::live(), 0);
-    }
 }
 
 } // namespace

@@ -71,4 +71,26 @@ TEST(StringMapClassTest, SharesBlocksAndKeepsThemAlive) {
     }
 }
 
+// An edit that shared blocks keep to themselves reaches the keys of a table, too.
+TEST(StringMapClassTest, KeyEditedInPlaceIsFoundUnderItsNewText) {
+    KazStringToStringMap map(true, 1);
+    map.bind("b", "before", false);
+    KazString key("m/m");
+    map.bind(key, "old", false);
+    map.bind("z", "after", false);
+    key.replaceAllInSet("/", '_');
+
+    EXPECT_FALSE(map.isBound("m/m"));
+    EXPECT_STREQ(map.valueOf("m_m").getValue(), "old");
+    EXPECT_TRUE(map.rebind("m_m", "new"));
+    EXPECT_FALSE(map.bind("m_m", "other", false));
+    EXPECT_STREQ(map.valueOf("m_m").getValue(), "new");
+    EXPECT_STREQ(map.valueOf("b").getValue(), "before");
+    EXPECT_TRUE(map.unbind("m_m"));
+    EXPECT_FALSE(map.isBound("m_m"));
+    EXPECT_STREQ(map.valueOf("z").getValue(), "after");
+    EXPECT_EQ(map.getSize(), 2);
+    EXPECT_EQ(references(key), 1);
+}
+
 } // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kit/director.h"
+#include "kit/temp_tree.h"
 #include "tools/files/KazFileManager.h"
 
 #include <algorithm>
@@ -43,9 +44,12 @@ inline void makeOld(const std::string& path) {
     setAge(path, -std::chrono::hours(1000));
 }
 
-/// Keeps the manager's messages out of the test's output.
+/// A tree to work in. The director keeps the manager's messages out of the test's
+/// output.
 class FileManager : public testing::Test {
 protected:
+    /// In memory: a disk that is forced to write each file out takes its time.
+    kit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
     kit::RecordingDirector director;
 };
 

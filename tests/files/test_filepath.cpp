@@ -2,7 +2,6 @@
 #include "tools/files/KazFilePath.h"
 
 #include "kit/env.h"
-#include "kit/random.h"
 #include "kit/temp_tree.h"
 #include "tools/config/vstring.h"
 
@@ -23,15 +22,6 @@ TEST(FilePath, TextIsTheListWithoutTheEmpty) {
     EXPECT_STREQ(KazFilePath("; a ;;b c;\t;").getText().getValue(), "a;b c");
     EXPECT_TRUE(KazFilePath(nullptr).isEmpty());
     EXPECT_TRUE(KazFilePath(";;").isEmpty());
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
-    for (int i = 0; i < 1000; ++i) {
-        const KazFilePath path(random.text(15, "ab;; ~\\").c_str());
-        const KazFilePath again(path.getText().getValue());
-        ASSERT_EQ(again.getSize(), path.getSize());
-        for (int entry = -1; entry <= path.getSize(); ++entry)
-            ASSERT_EQ(again.getDir(entry), path.getDir(entry));
-    }
 }
 
 TEST(FilePath, EntriesKeepTheirOrder) {
@@ -48,6 +38,9 @@ TEST(FilePath, EntriesKeepTheirOrder) {
     EXPECT_TRUE(path.remove("x"));
     EXPECT_TRUE(path.isEmpty());
     EXPECT_EQ(copy.getSize(), 5);
+    path = copy;
+    path.clear();
+    EXPECT_TRUE(path.isEmpty() && !copy.isEmpty());
 }
 
 TEST(FilePath, FindsInOrderAndExpandsLate) {
@@ -74,9 +67,10 @@ TEST(FilePath, FindsInOrderAndExpandsLate) {
     EXPECT_EQ(path.findAll("one", found), 2);
     EXPECT_EQ(values(found),
               (std::vector<std::string>{tree.native("home/t/one"), tree.native("two/one")}));
+    EXPECT_EQ(path.findAll("one", found), 2);       // whatever is there already
     EXPECT_EQ(path.findMatching("?*e*", found), 2); // one of home/t, deep of two
-    EXPECT_EQ(found[2].getValue(), tree.native("home/t/one"));
-    EXPECT_EQ(found[3].getValue(), tree.native("two/deep"));
+    EXPECT_EQ(found[4].getValue(), tree.native("home/t/one"));
+    EXPECT_EQ(found[5].getValue(), tree.native("two/deep"));
 }
 
 TEST(FilePath, ExplicitNamesAreNotSearchedFor) {

@@ -1,14 +1,15 @@
-// Process helpers: words of a command line, and program names.
+// Process helpers: words of a command line, program names, and child processes.
 #include "tools/files/process.h"
 
-#include "kit/random.h"
+#include "kit/capture.h"
+#include "kit/env.h"
+#include "kit/host.h"
 #include "tools/app/KazEditorsBase.h"
 #include "words.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -16,15 +17,18 @@ using words::join;
 using words::split;
 using words::Words;
 
+/// A command in the language of each interpreter.
+const char* command(const char* posix, const char* windows) {
+    return kit::hasDrives ? windows : posix;
+}
+
 TEST(Words, JoinAndSplitAreInverse) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
-    for (int round = 0; round < 3000; ++round) {
-        Words words;
-        for (int n = random.below(5); n > 0; --n)
-            words.push_back(random.text(8, "ab \t\n\"'\\$`*?;&|<>()[]{}~#!%=-\xe9\x01"));
-        ASSERT_EQ(split(join(words)), words) << join(words);
-    }
+    const Words all = {"",   "plain",   " a\tb\n", "\"",       "'",
+                       "\\", "$`*?;&|", "\\\"'",   "\xe9\x01", "#"};
+    EXPECT_EQ(split(join(all)), all);
+    for (const std::string& first : all)
+        for (const std::string& second : all)
+            EXPECT_EQ(split(join({first + second, second})), (Words{first + second, second}));
 }
 
 TEST(Words, NothingAndTheUnclosed) {
@@ -57,6 +61,50 @@ TEST(Environment, ProgramNameOfAnEditor) {
     EXPECT_STREQ(TI_cprogname("class editor"), "class editor");
     EXPECT_STREQ(TI_cprogname("../../bin/x"), "x");
     EXPECT_STREQ(TI_cprogname(nullptr), "");
+}
+
+TEST(Shell, ShowsOutputBetweenStartAndEnd) {
+    const std::string line = command("echo err >&2; printf 'one %%s\\ntwo'; exit 3",
+                                     "echo err>&2& echo one %%s& exit 3");
+    kit::Capture capture;
+    int signal = -1;
+    EXPECT_EQ(shell_cmd(line.c_str(), &signal), 3);
+    EXPECT_EQ(signal, 0);
+    EXPECT_EQ(capture.out(), "Executing: " + line + "\nerr\n" + command("one %s\ntwo", "one %%s") +
+                                 "\nExecution Complete.\n");
+    EXPECT_EQ(capture.err(), "");
+}
+
+TEST(Shell, StatusAndOutput) {
+    KazString output("before");
+    int signal = -1;
+    EXPECT_EQ(shell_cmd_output(command("echo x; exit 255", "echo x& exit 255"), output, &signal),
+              255);
+    EXPECT_STREQ(output.getValue(), "x\n");
+    EXPECT_EQ(signal, 0);
+    EXPECT_NE(shell_cmd_output("no-such-program-here", output), 0);
+    EXPECT_EQ(shell_cmd_output(command("", "rem"), output), 0);
+    EXPECT_TRUE(output.isEmpty());
+    EXPECT_EQ(shell_cmd_output("echo \"a b\" \"c\"", output), 0);
+    EXPECT_STREQ(output.getValue(), command("a b c\n", "\"a b\" \"c\"\n"));
+    EXPECT_EQ(shell_cmd_output(command("head -c 3000000 /dev/zero",
+                                       "for /l %i in (1,1,2000) do @echo 0123456789abcdef"),
+                               output),
+              0);
+    EXPECT_EQ(output.getLength(), kit::hasDrives ? 2000 * 17 : 3000000);
+}
+
+TEST(Environment, PutReachesChildren) {
+    const kit::ScopedEnv own("KIT_PUT", nullptr);
+    KazString output;
+    EXPECT_EQ(TI_putenv("KIT_PUT", "a b=c"), 0);
+    EXPECT_STREQ(std::getenv("KIT_PUT"), "a b=c");
+    shell_cmd_output(command("echo \"$KIT_PUT\"", "echo %KIT_PUT%"), output);
+    EXPECT_STREQ(output.getValue(), "a b=c\n");
+    EXPECT_EQ(TI_putenv("KIT_PUT", nullptr), 0); // a host may have no empty variables
+    EXPECT_STREQ(std::getenv("KIT_PUT"), command("", nullptr));
+    for (const char* name : {static_cast<const char*>(nullptr), "", "A=B"})
+        EXPECT_EQ(TI_putenv(name, "x"), -1);
 }
 
 } // namespace

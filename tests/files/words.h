@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,11 +17,10 @@ using Words = std::vector<std::string>;
 inline Words split(const std::string& line) {
     char** argv = nullptr;
     const int argc = str_to_argv(line.c_str(), &argv);
+    const std::unique_ptr<char*, decltype(&std::free)> owned(argv, &std::free);
     EXPECT_GE(argc, 0) << line;
-    Words words(argv, argv + argc);
     EXPECT_EQ(argv[argc], nullptr);
-    std::free(argv);
-    return words;
+    return {argv, argv + argc};
 }
 
 inline std::string join(const Words& words) {

@@ -22,9 +22,6 @@ bool isFileName(const std::string& name);
 /// host looks at that variable.
 std::string localeOfC();
 
-/// Does a program that is started with LC_ALL=C take a byte for printable?
-bool isPrintable(unsigned char c);
-
 /// Does printf refuse a field of ten digits? Where it does not, it runs out of stack.
 bool refusesWideFields();
 

@@ -3,6 +3,7 @@
 
 #include "ask_on_terminal.h"
 #include "tools/app/KazConsoleApp.h"
+#include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/messages.h"
 
@@ -37,6 +38,14 @@ int writeFile(const char* name) {
     return std::fclose(file);
 }
 
+/// A progress that goes back writes about 2^32 dots, unless nobody takes them.
+int goBack() {
+    KazConsoleProgress progress;
+    progress.set(50, true);
+    progress.set(0, true);
+    return 0;
+}
+
 class PromptTool : public KazConsoleApp {
     int runTool(int, char** argv) override {
         const std::string_view what = argv[1];
@@ -47,6 +56,8 @@ class PromptTool : public KazConsoleApp {
                                           KazIODirector::Ignore);
         if (what == "keeping")
             return writeFile(argv[2]);
+        if (what == "back")
+            return goBack();
         if (what == "fatal")
             fatal_err("no such thing as \"%s\"", argv[1]);
         return askOnTerminal(what);

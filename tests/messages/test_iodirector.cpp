@@ -157,17 +157,8 @@ TEST(ConsoleDeathTest, AFatalErrorEndsTheProcessWithStatus1) {
     EXPECT_EXIT(fallenBack(), testing::ExitedWithCode(1), "^gone\n$");
 }
 
-/// For the default replies Accept, Decline and any other.
-const std::string choices[][3] = {
-    {"[Ok]", "[Ok]", "[Ok]"},
-    {"[Ok]/Cancel", "Ok/[Cancel]", "Ok/[Cancel]"},
-    {"[Retry]/Cancel", "Retry/[Cancel]", "Retry/[Cancel]"},
-    {"[Yes]/No", "Yes/[No]", "Yes/[No]"},
-    {"[Yes]/No/Cancel", "Yes/[No]/Cancel", "Yes/No/[Cancel]"},
-    {"Abort/[Retry]/Ignore", "[Abort]/Retry/Ignore", "Abort/Retry/[Ignore]"},
-};
-
-void expectConfirmation(int type, int defaultReply, const std::string& text, int reply) {
+void expectConfirmation(int type, int defaultReply, const std::string& list,
+                        const std::string& text, int reply) {
     kit::ScopedInput input(text);
     kit::Capture capture;
     EXPECT_EQ(KazIODirector::confirm("Save", "Discard %d?",
@@ -175,24 +166,33 @@ void expectConfirmation(int type, int defaultReply, const std::string& text, int
                                      static_cast<KazIODirector::Reply>(defaultReply)),
               reply)
         << text;
-    const int column = defaultReply == 0 || defaultReply == 1 ? defaultReply : 2;
-    const std::string list = type >= 0 && type <= 5 ? choices[type][column] : "";
     EXPECT_EQ(capture.out(), "Save: Discard %d? " + list + " ");
 }
 
 TEST(Console, ConfirmOffersMarksAndReadsTheAnswers) {
+    // For the default replies Accept, Decline and any other.
+    const char* const choices[][3] = {
+        {"[Ok]", "[Ok]", "[Ok]"},
+        {"[Ok]/Cancel", "Ok/[Cancel]", "Ok/[Cancel]"},
+        {"[Retry]/Cancel", "Retry/[Cancel]", "Retry/[Cancel]"},
+        {"[Yes]/No", "Yes/[No]", "Yes/[No]"},
+        {"[Yes]/No/Cancel", "Yes/[No]/Cancel", "Yes/No/[Cancel]"},
+        {"Abort/[Retry]/Ignore", "[Abort]/Retry/Ignore", "Abort/Retry/[Ignore]"},
+    };
+    for (int type = 0; type < 6; ++type)
+        for (int column = 0; column < 3; ++column)
+            expectConfirmation(type, column, choices[type][column], "\r\n", column);
+    for (int type : {-1, 6, 1000})
+        expectConfirmation(type, 1, "", "", 1);
+    expectConfirmation(3, -1, "Yes/[No]", " y\n", -1);
     const std::string letters[] = {"oOyYrR", "cCnNaA", "iI"};
-    for (int type : {-1, 0, 1, 2, 3, 4, 5, 6, 1000})
-        for (int defaultReply : {-1, 0, 1, 2, 3}) {
-            for (const char* text : {"", "\n", "\r\n", " y\n"})
-                expectConfirmation(type, defaultReply, text, defaultReply);
-            for (int reply = 0; reply < 3; ++reply)
-                for (char letter : letters[reply])
-                    expectConfirmation(type, defaultReply, letter + std::string(" now\n"), reply);
-        }
-    for (int c = 1; c < 256; ++c)
-        if ((letters[0] + letters[1] + letters[2]).find(static_cast<char>(c)) == std::string::npos)
-            expectConfirmation(3, 7, std::string(1, static_cast<char>(c)) + "\n", 7);
+    for (int c = 1; c < 256; ++c) {
+        int reply = 0;
+        while (reply < 3 && letters[reply].find(static_cast<char>(c)) == std::string::npos)
+            ++reply;
+        expectConfirmation(4, 3, "Yes/No/[Cancel]", std::string(1, static_cast<char>(c)) + " now\n",
+                           c == '\n' ? 3 : reply);
+    }
 }
 
 TEST(Console, UserInputIsOneLineAndKeepsTheResultWithoutOne) {
@@ -206,7 +206,7 @@ TEST(Console, UserInputIsOneLineAndKeepsTheResultWithoutOne) {
         {full + "\r\n", full.c_str()},
         {full + "y and more\n", full.c_str()},
         {std::string("a\0b\n", 4), "a"},
-        {"\ry", "\ry"},
+        {"\ry\r", "\ry\r"},
         {"", nullptr},
     };
     std::string typed, prompts;

@@ -32,6 +32,7 @@ TEST(Prompts, AToolOutlivesItsOutput) {
         options.stdoutFile = file;
         EXPECT_EQ(kit::run({"prompt_tool", "secret"}, options).status, 0);
         EXPECT_EQ(kit::run({"prompt_tool", "confirm"}, options).status, 0);
+        EXPECT_EQ(kit::run({"prompt_tool", "back"}, options).status, 0);
         const kit::Result fatal = kit::run({"prompt_tool", "fatal"}, options);
         EXPECT_EQ(fatal.status, 1);
         EXPECT_EQ(fatal.err, "no such thing as \"fatal\"\n");

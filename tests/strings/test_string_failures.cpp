@@ -1,7 +1,7 @@
 // Edits that run out of memory, or of what a length can say.
 
+#include "both_strings.h"
 #include "kit/alloc_failure.h"
-#include "string_kit.h"
 
 #include <climits>
 #include <functional>
@@ -38,6 +38,15 @@ Edits<String> allocatingEdits() {
         [x](String& s) { s.fill(x, 2, 70); },
         [](String& s) { s.getBuffer(100); },
         [](String& s) { s.setSize(100); },
+        [](String& s) { s.appendNumber(INT_MIN); },
+        [x](String& s) {
+            String grown = s;
+            while (grown.getLength() < 100)
+                grown.append(x);
+            s = grown;
+        },
+        [](String& s) { s.translate(s.getValue(), wideChar<String>('y')); },
+        [](String& s) { s.translate(a, longText); },
         [x](String& s) { s.escape(a, x); },
         [](String& s) { s.unescape(' '); },
         [](String& s) { s.enquote('"', nullptr, '\\'); },
@@ -60,25 +69,90 @@ Edits<String> allocatingEdits() {
     };
 }
 
+/// Two strings with what the edits above look for; with @p isShared of one block.
+template <class String>
+std::vector<String> subjects(bool isShared) {
+    std::vector<String> strings(2);
+    strings[0].setSize(40);
+    strings[0].append(TestText<String>("'ab ab'"));
+    if (isShared)
+        strings[1] = strings[0];
+    return strings;
+}
+
 TYPED_TEST(StringFailures, LeaveTheTextAndItsSharersAsTheyWere) {
     const Edits<TypeParam> edits = allocatingEdits<TypeParam>();
     for (std::size_t i = 0; i < edits.size(); ++i)
-        for (const bool isShared : {true, false}) {
-            SCOPED_TRACE("edit " + std::to_string(i) + (isShared ? ", shared" : ", alone"));
-            std::vector<TypeParam> strings(2);
-            strings[0].setSize(40);
-            strings[0].append(TestText<TypeParam>("'ab ab'"));
-            if (isShared)
-                strings[1] = strings[0];
-            const std::string sharer = plain(strings[1]);
-            const long failures = kit::sweepAllocations([&] { edits[i](strings[0]); },
-                                                        [&] {
-                                                            EXPECT_EQ(plain(strings[0]), "'ab ab'");
-                                                            EXPECT_EQ(plain(strings[1]), sharer);
-                                                            checkBlocks(strings);
-                                                        });
-            EXPECT_TRUE(failures > 0 || !isShared) << "nothing failed, so nothing was tested";
-        }
+        for (const bool isShared : {true, false})
+            for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+                SCOPED_TRACE("edit " + std::to_string(i) + (isShared ? ", shared" : ", alone"));
+                std::vector<TypeParam> expected = subjects<TypeParam>(isShared);
+                const std::string sharer = plain(expected[1]);
+                edits[i](expected[0]);
+
+                std::vector<TypeParam> strings = subjects<TypeParam>(isShared);
+                const auto check = [&] {
+                    EXPECT_EQ(plain(strings[0]), "'ab ab'");
+                    EXPECT_EQ(plain(strings[1]), sharer);
+                    EXPECT_EQ(faultOf(strings), "");
+                };
+                const long failures =
+                    kit::sweepAllocations([&] { edits[i](strings[0]); }, check, mode);
+                EXPECT_TRUE(failures > 0 || !isShared) << "nothing failed, so nothing was tested";
+                EXPECT_EQ(plain(strings[0]), plain(expected[0]));
+                EXPECT_EQ(plain(strings[1]), sharer);
+            }
+}
+
+/// What makes a string of something else.
+template <class String>
+std::vector<std::function<String()>> makers() {
+    static const TestText<String> text("some 'text' of more than a few characters");
+    static const String source(text);
+    return {
+        [] { return String(text); },
+        [] { return String(wideChar<String>('x')); },
+        [] { return source + wideChar<String>('x'); },
+        [] { return source + text; },
+        [] { return text + source; },
+        [] { return source.subString(2, 30); },
+        [] { return String(source).split(' '); },
+        [] { return source.subStringFrom(5); },
+    };
+}
+
+template <class String>
+void sweepMaker(const std::function<String()>& make) {
+    const std::string expected = plain(make());
+    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+        String result;
+        const auto check = [&] { EXPECT_TRUE(result.isEmpty()); };
+        EXPECT_GT(kit::sweepAllocations([&] { result = make(); }, check, mode), 0);
+        EXPECT_EQ(plain(result), expected);
+    }
+}
+
+TYPED_TEST(StringFailures, MakeNothing) {
+    for (const auto& make : makers<TypeParam>())
+        sweepMaker<TypeParam>(make);
+}
+
+TEST(NarrowStringFailures, ConversionsAndFormatsMakeNothing) {
+    static const KazWString wide("wide text");
+    static const std::string longText(1000, 'x');
+    sweepMaker<KazString>([] { return KazString(wide.getValue()); });
+    sweepMaker<KazString>([] { return wide.toNarrow(); });
+    sweepMaker<KazWString>([] { return KazWString("narrow text"); });
+    sweepMaker<KazString>([] {
+        KazString s;
+        s.format("%s and %d", "short", 7);
+        return s;
+    });
+    sweepMaker<KazString>([] {
+        KazString s("kept: ");
+        s.appendFormat("%s", longText.c_str());
+        return s;
+    });
 }
 
 TYPED_TEST(StringFailures, LengthsBeyondTheHeaderAreRefused) {

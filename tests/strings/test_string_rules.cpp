@@ -1,10 +1,10 @@
 // The rules of KazString that a model of the text alone cannot show: blocks,
 // the kinds of empty, signs, errors.
 
+#include "both_strings.h"
 #include "kit/capture.h"
 #include "kit/director.h"
 #include "kit/host.h"
-#include "string_kit.h"
 #include "tools/app/KazMemoryException.h"
 
 #include <climits>
@@ -46,6 +46,7 @@ TYPED_TEST(StringRules, CopiesShareUntilOneIsChanged) {
     EXPECT_EQ(blockOf(a).referenceCount, 3);
     c = a; // shares already
     c = *&c;
+    c = std::move(*&c);
     EXPECT_EQ(blockOf(a).referenceCount, 3);
     b += wideChar<TypeParam>('x');
     EXPECT_EQ(blockOf(a).referenceCount, 2);
@@ -112,12 +113,19 @@ TYPED_TEST(StringRules, WhatLeavesNoTextLeavesNoBlock) {
 }
 
 TYPED_TEST(StringRules, BuffersShowNoOldMemory) {
+    for (std::size_t length = 1; length < 40; ++length)
+        for (unsigned size = 1; size < 60; ++size) {
+            TypeParam s(TestText<TypeParam>(std::string(length, 'a')));
+            const TypeParam sharer = s;
+            TypeParam(TestText<TypeParam>(std::string(size, 'x'))); // what the next block may hold
+            s.setSize(size);
+            const int kept = s.getLength();
+            ASSERT_EQ(s.getValue()[kept], 0);
+            s.setLength(blockOf(s).bufferLength);
+            for (int i = kept; i < s.getLength(); ++i)
+                ASSERT_EQ(s.getValue()[i], 0) << length << ", " << size << ", " << i;
+        }
     TypeParam s(TestText<TypeParam>("abc"));
-    const TypeParam sharer = s;
-    s.getBuffer(200);
-    s.setLength(200);
-    for (int i = 3; i < 200; ++i)
-        ASSERT_EQ(s.getValue()[i], 0) << i;
     s.append(TestText<TypeParam>(std::string(300, 'x')));
     s.setLength(blockOf(s).bufferLength);
     EXPECT_EQ(s.getValue()[s.getLength() - 1], 0);
@@ -235,7 +243,8 @@ TYPED_TEST(StringRules, AStringOfOneNulHasLengthOne) {
     EXPECT_EQ(s.compare(TestText<TypeParam>("")), 0);
     EXPECT_FALSE(s == TestText<TypeParam>(""));
     EXPECT_EQ(s.count(0), 1);
-    EXPECT_EQ(s.find(CharOf<TypeParam>{0}), -1);
+    const CharOf<TypeParam> nul{};
+    EXPECT_EQ(s.find(nul) + s.findNot(nul) + s.findLast(nul), -3);
 }
 
 // Rows: this, other, then compare with text, compare with string, the same
@@ -298,6 +307,9 @@ TYPED_TEST(StringRules, OrderIsThatOfUnsignedCharacters) {
     EXPECT_EQ(upper.compare(ab), -1);
     EXPECT_TRUE(abc.equalsN(ab, 2));
     EXPECT_GT(abc.compareN(ab, 3), 0);
+    EXPECT_LT(ab.compareN(abc, 3), 0);
+    EXPECT_LT(ab.compareN(Text("ac"), 3), 0);
+    EXPECT_TRUE(ab != Text("abc"));
     EXPECT_TRUE(ab.equalsNoCase(upper));
     EXPECT_FALSE(ab.equalsNoCase(abc));
     EXPECT_EQ(upper.compareNoCase(abc), -1);
@@ -339,6 +351,8 @@ TEST(NarrowString, FormatsTextOfAnyLength) {
         EXPECT_THROW(s.appendFormat(tooWide.c_str(), 1), KazMemoryException);
     }
     EXPECT_EQ(s.disguise(), before.disguise());
+    s.format("%ls", L"\x416"); // no character of the locale
+    EXPECT_TRUE(s.isEmpty());
 }
 
 TEST(NarrowString, TextOnEitherSideOfAnOperator) {
@@ -349,9 +363,11 @@ TEST(NarrowString, TextOnEitherSideOfAnOperator) {
     EXPECT_EQ(out.str(), "bw");
 }
 
-/// Reaches the header as a damaged block would show it.
-struct DamagedString : KazString {
+/// Reaches what is there for derived classes; with that, damages a block.
+struct OpenString : KazString {
+    using KazString::addReference;
     using KazString::KazString;
+    using KazString::removeReference;
     using KazString::setBufferLength;
     using KazString::setStringLength;
 };
@@ -359,7 +375,7 @@ struct DamagedString : KazString {
 TEST(NarrowString, DumpNamesWhatIsWrongWithTheBlock) {
     kit::Capture capture;
     KazString().dump();
-    DamagedString s("hello");
+    OpenString s("hello");
     const KazString sharer = s;
     s.dump();
     s.setBufferLength(3);
@@ -368,6 +384,7 @@ TEST(NarrowString, DumpNamesWhatIsWrongWithTheBlock) {
     s.setStringLength(7);
     s.dump();
     s.setStringLength(5);
+    KazWString().dump();
     KazWString("wide").dump();
     EXPECT_EQ(capture.out(),
               "NULL string\n"
@@ -376,7 +393,31 @@ TEST(NarrowString, DumpNamesWhatIsWrongWithTheBlock) {
               "value = 'hello', ref count = 2\n"
               "Error: wrong internal string length - internal length = 7, real length = 5\n"
               "value = 'hello', ref count = 2\n"
+              "NULL string\n"
               "value = 'wide', ref count = 1\n");
+}
+
+TEST(NarrowString, DerivedClassesShareBlocksByHand) {
+    const KazString text("text");
+    OpenString s("old");
+    s.addReference(text);
+    EXPECT_EQ(s.disguise(), text.disguise());
+    EXPECT_EQ(blockOf(text).referenceCount, 2);
+    s.removeReference();
+    EXPECT_EQ(s.disguise(), nullptr);
+    EXPECT_EQ(blockOf(text).referenceCount, 1);
+}
+
+TEST(NarrowString, AFullBlockOfTheLargestSizeTakesNothingMore) {
+    constexpr int largest = 0x7FFFFFF3;
+    OpenString s("hello");
+    s.setStringLength(largest);
+    s.setBufferLength(largest);
+    EXPECT_THROW(s.append('x'), KazMemoryException);
+    EXPECT_EQ(s.getLength(), largest);
+    s.setStringLength(5);
+    s.setBufferLength(19);
+    EXPECT_EQ(s, "hello");
 }
 
 /// Constants of the class in the hands of a static object of another file.

@@ -2,6 +2,8 @@
 
 #include "string_kit.h"
 
+#include <gtest/gtest.h>
+
 #include <clocale>
 
 namespace {

@@ -2,7 +2,10 @@
 
 #include "tools/app/KazException.h"
 #include "tools/app/KazMasterContext.h"
+#include "tools/app/KazMemoryException.h"
 #include "tools/platform/host.h"
+
+#include <cstdio>
 
 KazConsoleApp::KazConsoleApp() = default;
 
@@ -26,6 +29,19 @@ KazConsoleApp* KazConsoleApp::getInstance() {
     return static_cast<KazConsoleApp*>(KazApp::getInstance());
 }
 
+namespace {
+
+/// Where memory has run out, there may be none for a director either.
+void report(KazException& exception) {
+    try {
+        exception.reportError();
+    } catch (KazMemoryException& noMemory) {
+        std::fprintf(stderr, "%s\n", noMemory.getErrorMessage());
+    }
+}
+
+} // namespace
+
 int KazConsoleApp::superMain(int count, char** arguments) {
     kaz::host::holdStandardStreams();
     setHandlers();
@@ -35,7 +51,7 @@ int KazConsoleApp::superMain(int count, char** arguments) {
         initEnvironment();
         return runTool(count, arguments);
     } catch (KazException& exception) {
-        exception.reportError();
+        report(exception);
         return 1;
     }
 }

@@ -5,6 +5,8 @@
 #include "tools/messages/messages.h"
 #include "tools/strings/KazString.h"
 
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -16,11 +18,15 @@ bool isType(arg_type_enum type) {
     return type >= 0 && type < typeCount;
 }
 
-bool listed(const arg_type_enum* list, arg_type_enum type) {
+using TypeSet = std::bitset<typeCount>;
+
+/// The options of a list; what is no option is left out.
+TypeSet typesOf(const arg_type_enum* list) {
+    TypeSet types;
     for (; list != nullptr && *list != arg_end; ++list)
-        if (*list == type)
-            return true;
-    return false;
+        if (isType(*list))
+            types.set(static_cast<std::size_t>(*list));
+    return types;
 }
 
 /// Collections of strings own their elements by reference count.
@@ -51,9 +57,9 @@ struct KazParsedArgs::Line {
     int argc;
     char** argv;
     const arg_type_enum* required;
-    const arg_type_enum* optional;
+    TypeSet accepted;
+    TypeSet seen{};
     int position = 1;
-    bool seen[typeCount] = {};
 
     const char* current() const { return argv[position]; }
     bool holdsValues(int count) const { return count < argc - position; }
@@ -71,7 +77,7 @@ KazParsedArgs::~KazParsedArgs() {
 
 bool KazParsedArgs::parse(int argc, char** argv, const arg_type_enum* required,
                           const arg_type_enum* optional, int minUntagged) {
-    Line line{argc, argv, required, optional};
+    Line line{argc, argv, required, typesOf(required) | typesOf(optional)};
     for (; line.position < argc; ++line.position) {
         const char* argument = line.current();
         if (argument == nullptr)
@@ -97,16 +103,15 @@ bool KazParsedArgs::parseOption(Line& line) {
 }
 
 bool KazParsedArgs::isLegalArgument(arg_type_enum type, Line& line) const {
-    if (!listed(line.required, type) && !listed(line.optional, type))
-        return false;
-    line.seen[type] = true;
-    return true;
+    const auto bit = static_cast<std::size_t>(type);
+    line.seen[bit] = true;
+    return line.accepted[bit];
 }
 
 bool KazParsedArgs::hasRequiredArguments(const Line& line) const {
     const arg_type_enum* type = line.required;
     for (; type != nullptr && *type != arg_end; ++type)
-        if (!isType(*type) || !line.seen[*type])
+        if (!isType(*type) || !line.seen[static_cast<std::size_t>(*type)])
             return false;
     return true;
 }

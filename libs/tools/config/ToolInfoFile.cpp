@@ -1,6 +1,5 @@
-#include "tools/config/detail/ToolInfoFile.h"
-
-#include "tools/config/detail/ToolInfoTable.h"
+#include "tools/app/KazMemoryException.h"
+#include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/detail/open_file.h"
 #include "tools/files/kazpath.h"
@@ -8,6 +7,7 @@
 #include "tools/platform/host.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <cstring>
 #include <memory>
@@ -17,13 +17,10 @@
 
 namespace {
 
-using kaz::detail::ScopedOverwrite;
+using kaz::detail::ToolInfoState;
 using kaz::detail::ToolInfoTable;
 
 constexpr std::size_t chainLimit = 10;
-
-constinit bool overwriteFlag = true;
-constinit std::time_t recordedTime = 0;
 
 struct CloseStream {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
@@ -31,18 +28,17 @@ struct CloseStream {
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 KazString& rememberedName() {
-    // Never destroyed, like the table of the variables.
-    static KazString& name = *new KazString;
-    return name;
+    return ToolInfoState::instance().name;
 }
 
-std::vector<KazString>& chainNames() {
-    static std::vector<KazString>& names = *new std::vector<KazString>;
-    return names;
-}
-
+/// A file that there is no memory for does not count as missing: variables
+/// would silently have other values.
 Stream openFile(const char* path) {
-    return Stream(kaz::detail::openRegularFile(path, "r"));
+    errno = 0;
+    Stream stream(kaz::detail::openRegularFile(path, "r"));
+    if (!stream && errno == ENOMEM)
+        throw KazMemoryException();
+    return stream;
 }
 
 /// Opens @p name and remembers it when that works.
@@ -53,17 +49,21 @@ Stream openAndRemember(const KazString& name) {
     return stream;
 }
 
-std::string readAll(std::FILE* stream) {
-    std::string text;
-    char piece[1 << 16];
-    while (const std::size_t count = std::fread(piece, 1, sizeof piece, stream))
-        text.append(piece, count);
-    return text;
-}
-
-void readInto(ToolInfoTable& table, std::FILE* stream, const KazString& name) {
-    const std::string text = readAll(stream);
-    table.defineAll(kaz::detail::parseToolInfoText(text), name, overwriteFlag);
+/// All of a file, in a block of its size, because the table keeps it. False when
+/// there is no such file; one that cannot be read to its end is as good as none.
+bool readAll(const Stream& stream, const char* name, std::string& text) {
+    if (!stream)
+        return false;
+    kaz::host::FileStatus status;
+    kaz::host::status(name, status);
+    std::size_t size = 0;
+    do {
+        // One byte more shows the end of the file.
+        text.resize(std::max(2 * size, static_cast<std::size_t>(status.size) + 1));
+        size += kaz::detail::readFully(stream.get(), &text[size], text.size() - size);
+    } while (size == text.size());
+    text.resize(size);
+    return std::ferror(stream.get()) == 0;
 }
 
 /// A file name as configuration spells it, made explicit and native.
@@ -117,20 +117,23 @@ bool isSameFile(const KazString& a, const KazString& b) {
 }
 
 /// Reads the files that the table's "ToolInfo" leads to, and appends their names.
+/// Earlier definitions win.
 void followChain(ToolInfoTable& table, std::vector<KazString>& names) {
-    KazString next;
-    while (names.size() < chainLimit && table.find("ToolInfo", next) && next) {
+    while (names.size() < chainLimit) {
+        const char* next = table.find("ToolInfo");
+        if (next == nullptr || *next == '\0')
+            return;
         const KazString name = resolvedName(next);
         const bool known = std::any_of(names.begin(), names.end(), [&name](const KazString& read) {
             return isSameFile(read, name);
         });
         if (known)
             return;
-        const Stream stream = openFile(name);
-        if (!stream)
+        std::string text;
+        if (!readAll(openFile(name), name, text))
             return;
         table.remove("ToolInfo");
-        readInto(table, stream.get(), name);
+        table.defineAll(std::move(text), name, false);
         names.push_back(name);
     }
 }
@@ -147,25 +150,21 @@ KazString joined(const std::vector<KazString>& names) {
 
 void readFiles() {
     const KazString locale = localeInForce();
-    Stream stream(_TI_Cfile());
-    if (!stream) {
+    ToolInfoState& state = ToolInfoState::instance();
+    ToolInfoTable& table = state.table;
+    const Stream stream(_TI_Cfile());
+    std::string text;
+    if (!readAll(stream, state.name, text)) {
         reportNoFile();
         return;
     }
-    ToolInfoTable& table = ToolInfoTable::instance();
-    std::vector<KazString> names{rememberedName()};
-    {
-        const ScopedOverwrite laterWins(true);
-        readInto(table, stream.get(), names.front());
-    }
-    table.define("TI_locale", locale, true);
-    {
-        const ScopedOverwrite earlierWins(false);
-        followChain(table, names);
-    }
-    table.define("ToolInfo", names.front(), true);
-    table.define("ToolInfoPath", joined(names), true);
-    chainNames() = std::move(names);
+    std::vector<KazString> names{state.name};
+    table.defineAll(std::move(text), names.front(), true);
+    table.define("TI_locale", locale.getValue(), true);
+    followChain(table, names);
+    table.define("ToolInfo", names.front().getValue(), true);
+    table.define("ToolInfoPath", joined(names).getValue(), true);
+    state.chain = std::move(names);
     TI_Vr_done();
 }
 
@@ -173,21 +172,24 @@ void readFiles() {
 
 namespace kaz::detail {
 
-bool overwrites() {
-    return overwriteFlag;
+ToolInfoState& ToolInfoState::instance() {
+    static ToolInfoState& state = *new ToolInfoState;
+    return state;
 }
 
-bool readToolInfoFile(const char* path) {
-    const Stream stream = openFile(path);
-    if (stream)
-        readInto(ToolInfoTable::instance(), stream.get(), kazNormalizedPath(path));
-    return stream != nullptr;
+bool readToolInfoFile(const char* path, bool overwrite) {
+    const KazString name = kazNormalizedPath(path);
+    std::string text;
+    if (!readAll(openFile(path), name, text))
+        return false;
+    ToolInfoState::instance().table.defineAll(std::move(text), name, overwrite);
+    return true;
 }
 
 } // namespace kaz::detail
 
 int TI_Vinit() {
-    static constinit bool initialised = false;
+    bool& initialised = ToolInfoState::instance().initialised;
     if (initialised)
         return 0;
     // Set before the reading: a director may look a variable up while it shows
@@ -203,7 +205,7 @@ int TI_Vinit() {
 }
 
 bool TI_V_set_overwrite(bool overwrite) {
-    return std::exchange(overwriteFlag, overwrite);
+    return std::exchange(ToolInfoState::instance().overwrite, overwrite);
 }
 
 std::FILE* _TI_Cfile() {
@@ -224,16 +226,16 @@ int TI_Name(char* out) {
 void TI_Vr_done() {
     kaz::host::FileStatus status;
     kaz::host::status(rememberedName(), status);
-    recordedTime = static_cast<std::time_t>(status.modified);
+    ToolInfoState::instance().recordedTime = static_cast<std::time_t>(status.modified);
 }
 
 std::time_t TI_Vr_time() {
-    return recordedTime;
+    return ToolInfoState::instance().recordedTime;
 }
 
 KazString TI_Vfile(int index) {
     TI_Vinit();
-    const std::vector<KazString>& names = chainNames();
+    const std::vector<KazString>& names = ToolInfoState::instance().chain;
     const auto at = static_cast<std::size_t>(index);
     return index >= 0 && at < names.size() ? names[at] : KazString();
 }

@@ -1,7 +1,12 @@
 #include "tools/config/detail/ToolInfoTable.h"
 
+#include "tools/app/KazMemoryException.h"
+
 #include <algorithm>
-#include <cstring>
+#include <bit>
+#include <functional>
+#include <limits>
+#include <utility>
 
 namespace kaz::detail {
 
@@ -13,162 +18,150 @@ std::string_view trimmedBack(std::string_view text, std::string_view set) {
     return text.substr(0, text.find_last_not_of(set) + 1);
 }
 
-std::string_view trimmed(std::string_view text, std::string_view set) {
-    const std::size_t start = text.find_first_not_of(set);
-    return start == text.npos ? std::string_view() : trimmedBack(text.substr(start), set);
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && text.front() == ' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    return text;
 }
 
-/// Keeps one definition a name, in order of the names: the last one of the file
-/// when later definitions replace earlier ones, else the first.
-void sortUnique(std::vector<ToolInfoLine>& lines, bool lastWins) {
-    if (lastWins)
-        std::reverse(lines.begin(), lines.end());
-    std::stable_sort(lines.begin(), lines.end(),
-                     [](const ToolInfoLine& a, const ToolInfoLine& b) { return a.name < b.name; });
-    const auto end =
-        std::unique(lines.begin(), lines.end(),
-                    [](const ToolInfoLine& a, const ToolInfoLine& b) { return a.name == b.name; });
-    lines.erase(end, lines.end());
+/// The first line of @p text without its end, cut at the limit and at a NUL byte;
+/// it is taken off the text.
+std::string_view takeLine(std::string_view& text) {
+    std::string_view line = text.substr(0, lineLimit);
+    line = line.substr(0, line.find('\n'));
+    text.remove_prefix(std::min(line.size() + (line.size() < lineLimit ? 1 : 0), text.size()));
+    return line.substr(0, line.find('\0'));
 }
 
-std::unique_ptr<KazStringToStringMap> makeMap() {
-    return std::make_unique<KazStringToStringMap>(true, 1);
-}
-
-int compare(std::string_view a, const KazString& b) {
-    return a.compare(b.getValue());
+std::uint32_t hashOf(std::string_view name) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
 }
 
 } // namespace
 
-KazString makeString(std::string_view text) {
-    KazString result;
-    if (!text.empty()) {
-        std::memcpy(result.getBuffer(static_cast<int>(text.size())), text.data(), text.size());
-        result.releaseBuffer(static_cast<int>(text.size()));
-    }
-    return result;
-}
-
 bool parseToolInfoLine(std::string_view line, ToolInfoLine& result) {
     if (line.empty() || line.front() == '%' || line.front() == '.')
         return false;
-    line = trimmedBack(line, "\n\r \t");
     const std::size_t equals = line.find('=');
     if (equals == line.npos)
         return false;
-    result.name = trimmed(line.substr(0, equals), " ");
-    result.value = trimmed(line.substr(equals + 1), " ");
+    result.name = trimmed(line.substr(0, equals));
+    result.value = trimmed(trimmedBack(line.substr(equals + 1), "\n\r \t"));
     return !result.name.empty();
 }
 
-std::vector<ToolInfoLine> parseToolInfoText(std::string_view text) {
-    std::vector<ToolInfoLine> lines;
-    while (!text.empty()) {
-        std::string_view line = text.substr(0, lineLimit);
-        line = line.substr(0, line.find('\n'));
-        text.remove_prefix(std::min(line.size() + (line.size() < lineLimit ? 1 : 0), text.size()));
-        ToolInfoLine definition;
-        if (parseToolInfoLine(line.substr(0, line.find('\0')), definition))
-            lines.push_back(definition);
-    }
-    return lines;
+const char* ToolInfoTable::find(std::string_view name) const {
+    const Definition* definition = definitionOf(name);
+    return definition != nullptr ? definition->value : nullptr;
 }
 
-ToolInfoTable& ToolInfoTable::instance() {
-    static ToolInfoTable& table = *new ToolInfoTable;
-    return table;
+const ToolInfoTable::Definition* ToolInfoTable::definitionOf(std::string_view name) const {
+    if (index.empty())
+        return nullptr;
+    const Slot* slot = slotOf(name, hashOf(name));
+    return slot->number != 0 ? &definitions[slot->number - 1] : nullptr;
 }
 
-ToolInfoTable::ToolInfoTable() : values(makeMap()) {}
-
-ToolInfoTable::Origins::const_iterator ToolInfoTable::position(const Origins& origins,
-                                                               const KazString& name) {
-    return std::lower_bound(origins.begin(), origins.end(), name,
-                            [](const Origin& origin, const KazString& wanted) {
-                                return std::strcmp(origin.name, wanted) < 0;
-                            });
-}
-
-const ToolInfoTable::Origin* ToolInfoTable::originOf(const KazString& name) const {
-    const auto found = position(origins, name);
-    return found != origins.end() && found->name == name ? &*found : nullptr;
-}
-
-bool ToolInfoTable::define(const KazString& name, const KazString& value, bool replace) {
-    const auto index = position(origins, name) - origins.cbegin();
-    if (originOf(name) != nullptr) {
-        if (!values->bind(name, value, replace))
-            return false;
-        origins[static_cast<std::size_t>(index)].file.clear();
-        return true;
-    }
-    // Room first: once the value is bound, the second step cannot fail.
-    if (origins.size() == origins.capacity())
-        origins.reserve(2 * origins.size() + 1);
-    values->bind(name, value, replace);
-    origins.insert(origins.begin() + index, Origin{name, KazString()});
-    return true;
-}
-
-void ToolInfoTable::remove(const KazString& name) {
-    const auto place = position(origins, name);
-    if (place != origins.end() && place->name == name) {
-        origins.erase(place);
-        values->unbind(name);
+/// The place of @p name, or the empty one where it would be.
+const ToolInfoTable::Slot* ToolInfoTable::slotOf(std::string_view name, std::uint32_t hash) const {
+    const std::size_t mask = index.size() - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+        const Slot& slot = index[at];
+        if (slot.number == 0 || (slot.hash == hash && definitions[slot.number - 1].name == name))
+            return &slot;
     }
 }
 
-bool ToolInfoTable::find(const KazString& name, KazString& value) const {
-    return values->valueOf(name, value);
+/// After this, as many calls of put() cannot fail.
+void ToolInfoTable::makeRoom(std::size_t more) {
+    const std::size_t needed = definitions.size() + more;
+    if (needed > std::numeric_limits<std::uint32_t>::max() / 4)
+        throw KazMemoryException();
+    if (needed > definitions.capacity())
+        definitions.reserve(std::max(needed, 2 * definitions.size()));
+    if (2 * needed <= index.size())
+        return;
+    std::vector<Slot> larger(std::bit_ceil(std::max<std::size_t>(2 * needed, 16)));
+    const std::size_t mask = larger.size() - 1;
+    for (const Slot& slot : index) {
+        std::size_t at = slot.hash & mask;
+        while (larger[at].number != 0)
+            at = (at + 1) & mask;
+        if (slot.number != 0)
+            larger[at] = slot;
+    }
+    index.swap(larger);
 }
 
-bool ToolInfoTable::defines(const KazString& name) const {
-    return values->isBound(name);
+void ToolInfoTable::put(Definition&& definition, bool replace) {
+    const std::uint32_t hash = hashOf(definition.name);
+    auto& slot = const_cast<Slot&>(*slotOf(definition.name, hash));
+    if (slot.number == 0) {
+        definitions.push_back(std::move(definition));
+        slot = {hash, static_cast<std::uint32_t>(definitions.size())};
+        return;
+    }
+    Definition& old = definitions[slot.number - 1];
+    if (replace || old.value == nullptr)
+        old = std::move(definition);
 }
 
-void ToolInfoTable::defineAll(std::vector<ToolInfoLine> lines, const KazString& file,
-                              bool replace) {
-    sortUnique(lines, replace);
-    auto mergedValues = makeMap();
-    Origins mergedOrigins;
-    mergedOrigins.reserve(origins.size() + lines.size());
-    const auto take = [&](const KazString& name, const KazString& value, const KazString& from) {
-        mergedValues->bind(name, value, true);
-        mergedOrigins.push_back(Origin{name, from});
-    };
+/// A definition with a text of its own.
+ToolInfoTable::Definition ToolInfoTable::copyOf(const ToolInfoLine& line, const KazString& file) {
+    auto source = std::make_shared<Source>();
+    source->file = file;
+    source->text.reserve(line.name.size() + 1 + line.value.size());
+    source->text.append(line.name).append(1, '\0').append(line.value);
+    const char* text = source->text.c_str();
+    return {{text, line.name.size()}, text + line.name.size() + 1, std::move(source)};
+}
 
-    KazStringToStringMapIterator old(*values);
-    auto oldOrigin = origins.cbegin();
-    auto line = lines.cbegin();
-    while (oldOrigin != origins.cend() || line != lines.cend()) {
-        const int order = oldOrigin == origins.cend() ? -1
-                          : line == lines.cend()      ? 1
-                                                      : compare(line->name, oldOrigin->name);
-        if (order < 0 || (order == 0 && replace))
-            take(makeString(line->name), makeString(line->value), file);
-        else
-            take(oldOrigin->name, old.getValue(), oldOrigin->file);
-        if (order <= 0)
-            ++line;
-        if (order >= 0) {
-            ++oldOrigin;
-            old.next();
+void ToolInfoTable::define(std::string_view name, std::string_view value, bool replace) {
+    Definition definition = copyOf({name, value}, KazString());
+    makeRoom(1);
+    put(std::move(definition), replace);
+}
+
+void ToolInfoTable::remove(std::string_view name) {
+    if (const Definition* definition = definitionOf(name))
+        const_cast<Definition*>(definition)->value = nullptr;
+}
+
+void ToolInfoTable::defineAll(std::string text, const KazString& file, bool replace) {
+    const auto source = std::make_shared<Source>(Source{std::move(text), file});
+    char* const begin = source->text.data();
+    std::vector<Definition> found;
+    for (std::string_view rest = source->text; !rest.empty();) {
+        ToolInfoLine line;
+        if (!parseToolInfoLine(takeLine(rest), line))
+            continue;
+        const char* const nameEnd = line.name.data() + line.name.size();
+        const char* const valueEnd = line.value.data() + line.value.size();
+        if (valueEnd == rest.data() && !rest.empty()) {
+            // A line that was cut: behind it is the text of the next one.
+            found.push_back(copyOf(line, file));
+            continue;
         }
+        begin[nameEnd - begin] = begin[valueEnd - begin] = '\0';
+        found.push_back({line.name, line.value.data(), source});
     }
-    values = std::move(mergedValues);
-    origins = std::move(mergedOrigins);
+    makeRoom(found.size());
+    for (Definition& definition : found)
+        put(std::move(definition), replace);
 }
 
-KazString ToolInfoTable::fileOf(const KazString& name) const {
-    const Origin* origin = originOf(name);
-    return origin != nullptr ? origin->file : KazString();
+KazString ToolInfoTable::fileOf(std::string_view name) const {
+    const Definition* definition = definitionOf(name);
+    return definition != nullptr ? definition->source->file : KazString();
 }
 
 void ToolInfoTable::appendNames(std::vector<KazString>& names) const {
-    names.reserve(names.size() + origins.size());
-    for (const Origin& origin : origins)
-        names.push_back(origin.name);
+    names.reserve(names.size() + definitions.size());
+    for (const Definition& definition : definitions)
+        if (definition.value != nullptr)
+            names.emplace_back(definition.name.data());
 }
 
 } // namespace kaz::detail

@@ -212,7 +212,9 @@ int edit_make_dir_name(char* dir) {
     if (dir == nullptr || *dir == '\0')
         return -1;
     TI_userdir(dir, nameLimit);
-    TI_makedir(dir, nameLimit);
+    // It mostly exists: one look at it instead of two at each directory above it.
+    if (!kaz::host::isDirectory(dir))
+        TI_makedir(dir, nameLimit);
     return 0;
 }
 
@@ -228,8 +230,9 @@ int edit_set_store_dir() {
     if (name[0] == '\0')
         copyCut(name, nameSize, system);
     if (std::strcmp(name, remembered) != 0) {
+        TI_Vasg("filestore", name);
+        // Only now: an assignment that fails is tried again by the next call.
         copyCut(remembered, nameSize, name);
-        TI_Vasg("filestore", remembered);
     }
     return 0;
 }

@@ -20,10 +20,9 @@ bool isHomePath(const char* path) {
 
 /// The directory that holds the lowest "bin" above @p path, else its root part.
 std::string directoryAboveBin(std::string path) {
-    while (kazDirPartLength(path.c_str()) > kazRootPartLength(path.c_str())) {
-        const std::size_t cut = path.find_last_of("\\/");
-        if (cut == path.npos)
-            break;
+    std::size_t cut = 0;
+    while (kazDirPartLength(path.c_str()) > kazRootPartLength(path.c_str()) &&
+           (cut = path.find_last_of("\\/")) != path.npos) {
         const bool found = kaz_fast_stricmp(path.c_str() + cut + 1, "bin") == 0;
         path.resize(cut);
         if (found)

@@ -1,8 +1,8 @@
 #include "tools/config/toolinfo.h"
 
 #include "tools/app/KazToolsContext.h"
-#include "tools/config/detail/ToolInfoFile.h"
-#include "tools/config/detail/ToolInfoTable.h"
+#include "tools/config/detail/ToolInfoState.h"
+#include "tools/config/detail/stored_value.h"
 #include "tools/platform/host.h"
 
 #include <algorithm>
@@ -12,13 +12,25 @@
 
 namespace {
 
-using kaz::detail::ScopedOverwrite;
 using kaz::detail::ToolInfoLine;
+using kaz::detail::ToolInfoState;
 using kaz::detail::ToolInfoTable;
 
 KazStringToStringMap* runTimeVariables() {
     KazToolsContext* context = KazToolsContext::getInstance();
     return context != nullptr ? context->getVars() : nullptr;
+}
+
+ToolInfoTable& fileVariables() {
+    return ToolInfoState::instance().table;
+}
+
+/// The run-time assignment; null when there is none, "" for an empty one.
+const char* assignedValue(const char* name) {
+    KazStringToStringMap* assigned = runTimeVariables();
+    if (assigned == nullptr || assigned->getSize() == 0)
+        return nullptr;
+    return kaz::detail::storedValue(*assigned, name);
 }
 
 /// The value of "KAZ_<NAME>", or null.
@@ -31,7 +43,7 @@ const char* kazVariable(const char* name) {
 
 std::vector<KazString> allNames() {
     std::vector<KazString> names;
-    ToolInfoTable::instance().appendNames(names);
+    fileVariables().appendNames(names);
     if (const KazStringToStringMap* assigned = runTimeVariables())
         for (KazStringToStringMapIterator i(*assigned); !i.isDone(); i.next())
             names.push_back(i.getKey());
@@ -47,13 +59,10 @@ const char* TI_Vcont(const char* name) {
     if (name == nullptr)
         return nullptr;
     TI_Vinit();
-    const KazString key = name;
-    KazStringToStringMap* assigned = runTimeVariables();
-    KazString value;
-    if (assigned == nullptr || !assigned->valueOf(key, value))
-        ToolInfoTable::instance().find(key, value);
-    // The map's own reference keeps the text when this one goes.
-    return value ? value.getValue() : nullptr;
+    const char* value = assignedValue(name);
+    if (value == nullptr)
+        value = fileVariables().find(name);
+    return value != nullptr && *value != '\0' ? value : nullptr;
 }
 
 const char* TI_EnvVcont(const char* name) {
@@ -74,29 +83,24 @@ int TI_Var(const char* line) {
     ToolInfoLine definition;
     if (line == nullptr || !kaz::detail::parseToolInfoLine(line, definition))
         return -1;
-    ToolInfoTable::instance().define(kaz::detail::makeString(definition.name),
-                                     kaz::detail::makeString(definition.value),
-                                     kaz::detail::overwrites());
+    fileVariables().define(definition.name, definition.value, ToolInfoState::instance().overwrite);
     return 0;
 }
 
 int TI_Vasg(const char* name, const char* value) {
     if (name == nullptr)
         return -1;
-    const KazString key = name;
-    if (!kaz::detail::overwrites() && ToolInfoTable::instance().defines(key))
+    const bool overwrite = ToolInfoState::instance().overwrite;
+    if (!overwrite && fileVariables().defines(name))
         return -1;
     KazStringToStringMap* assigned = runTimeVariables();
     if (assigned == nullptr)
         return -1;
-    return assigned->bind(key, KazString(_TI_hm(value)), kaz::detail::overwrites()) ? 0 : -1;
+    return assigned->bind(name, _TI_hm(value), overwrite) ? 0 : -1;
 }
 
 int TI_V_user_file(const char* path, bool overwrite) {
-    if (path == nullptr)
-        return -1;
-    const ScopedOverwrite scope(overwrite);
-    return kaz::detail::readToolInfoFile(path) ? 0 : -1;
+    return path != nullptr && kaz::detail::readToolInfoFile(path, overwrite) ? 0 : -1;
 }
 
 KazVariableSource TI_EnvVsource(const char* name, KazString* file) {
@@ -106,11 +110,10 @@ KazVariableSource TI_EnvVsource(const char* name, KazString* file) {
         source = KazEnvironment;
     } else if (name != nullptr) {
         TI_Vinit();
-        KazStringToStringMap* assigned = runTimeVariables();
-        if (assigned != nullptr && assigned->isBound(name)) {
+        if (assignedValue(name) != nullptr) {
             source = KazRunTime;
-        } else if (ToolInfoTable::instance().defines(name)) {
-            from = ToolInfoTable::instance().fileOf(name);
+        } else if (fileVariables().defines(name)) {
+            from = fileVariables().fileOf(name);
             source = from ? KazFile : KazDefined;
         }
     }

@@ -7,7 +7,7 @@
 /// case-sensitive. A line of more than 5120 characters continues as the next
 /// line, and a NUL byte ends its line. A file may name a further one in the
 /// variable "ToolInfo", up to ten files in all. A directory, a pipe or a device
-/// counts as a file that is not there.
+/// counts as a file that is not there, and so does one that cannot be read to its end.
 ///
 /// In the first file the last definition of a name wins; over all files the
 /// first file that defines it wins. An empty value is a definition (later files
@@ -32,8 +32,8 @@
 #include <ctime>
 
 /// Reads the files: the first one, then the chain. Returns 0. Only the first
-/// call does anything. Costs n log n in the number of definitions, in whatever
-/// order they stand.
+/// call does anything. Costs time in proportion to the size of the files, in
+/// whatever order the definitions stand.
 KAZ_API int TI_Vinit();
 
 /// The value of a variable: the run-time assignment (TI_Vasg) when there is one,
@@ -64,7 +64,7 @@ KAZ_API int TI_Vasg(const char* name, const char* value);
 
 /// Reads one more file into the files' table, its definitions replacing earlier
 /// ones of other files when @p overwrite is true. Returns 0, or -1 for a null
-/// path and for a file that cannot be opened. The overwrite flag is what it was,
+/// path and for a file that cannot be read. The overwrite flag is what it was,
 /// and the table is unchanged when memory runs out.
 KAZ_API int TI_V_user_file(const char* path, bool overwrite);
 

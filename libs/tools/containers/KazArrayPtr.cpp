@@ -1,6 +1,7 @@
 #include "tools/containers/KazArrayPtr.h"
 
 #include "tools/app/KazMemoryException.h"
+#include "tools/platform/slots.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/heap_ptr.h"
 
@@ -190,9 +191,5 @@ void KazArrayPtr::copy(const KazArrayPtr& other) {
 }
 
 int KazArrayPtr::findPtr(void* item) const {
-    for (int i = size - 1; i >= 0; --i) {
-        if (slot(i) == item)
-            return i;
-    }
-    return -1;
+    return static_cast<int>(kaz::host::findLastSlot(data, size, item));
 }

@@ -268,7 +268,11 @@ void KazColl::insertItems(int index, Incoming& items) {
 int KazColl::add(void* item) {
     Incoming items(*this, 1);
     items.checkIn(checkInFunction, &item);
-    return appendItems(items);
+    if (size >= capacity || storage().occupied >= 0)
+        return appendItems(items);
+    // Room in slots that are nobody else's: the usual case, in half the time.
+    slot(size) = *items.surrender();
+    return size++;
 }
 
 void KazColl::setAt(int index, void* item) {

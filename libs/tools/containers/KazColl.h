@@ -187,7 +187,11 @@ public:
 
     /// Steps to the next element. False when there is none: the iterator is
     /// then done, and stays so until reset().
-    bool next();
+    bool next() {
+        if (!isDone() && (!collection || ++index >= collection->size))
+            index = done;
+        return !isDone();
+    }
 
     /// Back to the first element; done when there is none.
     void reset();

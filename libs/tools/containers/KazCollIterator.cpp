@@ -28,12 +28,6 @@ KazCollIterator& KazCollIterator::operator=(const KazCollIterator& other) {
     return *this;
 }
 
-bool KazCollIterator::next() {
-    if (!isDone() && (!collection || ++index >= collection->size))
-        index = done;
-    return !isDone();
-}
-
 void KazCollIterator::reset() {
     index = collection && collection->size > 0 ? 0 : done;
 }

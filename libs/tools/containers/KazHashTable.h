@@ -4,8 +4,15 @@
 
 #include "tools/export.h"
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <mutex>
+
+namespace kaz::detail {
+class TextIndex;
+struct TextSlot;
+} // namespace kaz::detail
 
 /// One binding, as a bucket stores it.
 struct KazBucketEntry {
@@ -25,6 +32,9 @@ struct KazBucket {
 /// A table from keys to values, both `void*`. A hash picks the bucket, a
 /// binary search finds the key in it; the table never rehashes. It remembers
 /// where it found the last key, so that asking twice costs one comparison.
+/// With KazString::compareDisguised and hashDisguised it finds keys in constant
+/// time whatever the number of buckets, and sorts those added since only when
+/// their order is looked at.
 ///
 ///     KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 31);
 ///     table.bind(key, value, true);
@@ -111,6 +121,9 @@ protected:
 
     std::recursive_mutex& mutex() const { return lock; }
 
+    /// valueOf for one who holds the lock.
+    void* lookUp(const void* key, bool& found);
+
 private:
     friend class KazHashTableIterator;
 
@@ -118,10 +131,20 @@ private:
         std::int32_t bucket;
         std::int32_t index;
         bool found;
+        /// What the index of the texts has for the key, when there is one.
+        kaz::detail::TextSlot* slot = nullptr;
     };
 
     std::int32_t bucketSlots() const { return bucketCount > 1 ? bucketCount : 1; }
+    std::int32_t bucketOf(const void* key) const;
     Position findKey(const void* key) const;
+    Position findText(const void* key) const;
+    bool goesByIndex() const;
+    Position withSlot(const void* key, Position position) const;
+    Position search(std::int32_t bucket, const void* key) const;
+    void* exchangeValue(const Position& position, void* value);
+    void putInOrder(std::int32_t bucket) const;
+    void putAllInOrder() const;
     Position findAgain(const void* key, const Position& before, std::uint32_t revisionBefore) const;
     KazBucketEntry& entryAt(const Position& position) const;
     void remember(const Position& position);
@@ -140,11 +163,19 @@ private:
     CheckOut keyCheckOut = nullptr;
     CheckIn valueCheckIn = nullptr;
     CheckOut valueCheckOut = nullptr;
-    KazBucket** buckets;
+    KazBucket** buckets = nullptr;
     mutable std::recursive_mutex lock;
     /// Counts insertions and removals, so that a member knows whether an
     /// element function that it called has moved the entries.
     std::uint32_t revision = 0;
+    /// Only where the keys are texts and the functions the string class's own,
+    /// so that nobody can tell how often they are called.
+    std::unique_ptr<kaz::detail::TextIndex> texts;
+    /// With texts: how many entries of each bucket, from the first, are in
+    /// order; new ones are added behind them. Part of the block of buckets.
+    std::int32_t* sortedCounts = nullptr;
+    /// How many are not. Iterators ask without the lock.
+    mutable std::atomic<std::int32_t> unsortedCount = 0;
 };
 
 /// Walks a table bucket by bucket, in ascending order of keys within each.

@@ -12,10 +12,6 @@ KazStringColl::KazStringColl() {
     setCheckOut(KazString::checkOut);
 }
 
-KazString& KazStringColl::getAt(int index) const {
-    return reinterpret_cast<KazString&>(slot(index));
-}
-
 int KazStringColl::add(const KazString& text) {
     return KazColl::add(text.disguise());
 }

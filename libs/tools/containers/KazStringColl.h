@@ -15,7 +15,7 @@ public:
 
     /// The stored string itself: assigning to it replaces the element. The
     /// reference is good until the collection changes.
-    KazString& getAt(int index) const;
+    KazString& getAt(int index) const { return reinterpret_cast<KazString&>(slot(index)); }
     KazString& operator[](int index) const { return getAt(index); }
 
     int add(const KazString& text);

@@ -41,7 +41,7 @@ KazString KazStringToStringMap::valueOf(const KazString& key) {
 KazString KazStringToStringMap::valueOf(const KazString& key, bool& found) {
     // Until the copy holds a reference of its own.
     const Guard guard(mutex());
-    return KazString::undisguise(KazHashTable::valueOf(key.getValue(), found));
+    return KazString::undisguise(lookUp(key.getValue(), found));
 }
 
 bool KazStringToStringMap::valueOf(const KazString& key, KazString& value) {

@@ -114,14 +114,14 @@ private:
         if (source.directory().copyFile(entry, target.directory(), false) == 0)
             return true;
         const bool taken = errno == EEXIST;
-        host::FileStatus existing;
-        if (target.directory().status(entry.name, existing) == 0 &&
-            existing.modified >= manager_.startTime) {
+        host::FileStatus existing; // missing also behind a dangling link
+        const bool known = target.directory().status(entry.name, existing) == 0 || errno == ENOENT;
+        if (existing.kind != host::Kind::missing && existing.modified >= manager_.startTime) {
             if (manager_.verbose)
                 KazIODirector::printMsg("Filesystem naming clash on '%s'.", entry.name.c_str());
             return false;
         }
-        return taken && source.directory().copyFile(entry, target.directory(), true) == 0;
+        return taken && known && source.directory().copyFile(entry, target.directory(), true) == 0;
     }
 
     bool failedDirectory(const TreeLevel& level) {

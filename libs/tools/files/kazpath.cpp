@@ -3,9 +3,9 @@
 #include "tools/config/toolinfo.h"
 #include "tools/files/detail/text.h"
 #include "tools/platform/host.h"
-#include "tools/strings/KazStringTokenizer.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -14,8 +14,11 @@
 
 using kaz::detail::isSeparator;
 using kaz::detail::joinPath;
+using kaz::detail::normalised;
 using kaz::detail::textOf;
 using kaz::detail::toText;
+using kaz::detail::writeNormalised;
+using kaz::detail::writtenText;
 
 namespace {
 
@@ -45,30 +48,67 @@ std::size_t shareRootLength(std::string_view path) {
     return share == std::string_view::npos ? path.size() : share + 1;
 }
 
+bool isShare(std::string_view path) {
+    return path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1]);
+}
+
 std::size_t rootLength(std::string_view path) {
-    const auto separatorAt = [&](std::size_t i) { return i < path.size() && isSeparator(path[i]); };
-    if (separatorAt(0))
-        return separatorAt(1) ? shareRootLength(path) : 1;
+    if (isShare(path))
+        return shareRootLength(path);
+    if (!path.empty() && isSeparator(path[0]))
+        return 1;
     if (path.size() < 2 || path[1] != ':')
         return 0;
-    return separatorAt(2) ? 3 : 2;
+    return path.size() > 2 && isSeparator(path[2]) ? 3 : 2;
 }
+
+/// What a directory part ends in. One look instead of three comparisons a
+/// character.
+constexpr std::array<bool, 256> endsDirectory = [] {
+    std::array<bool, 256> result{};
+    for (const unsigned char c : {'/', '\\', ':'})
+        result[c] = true;
+    return result;
+}();
 
 std::size_t dirLength(std::string_view path) {
-    const std::size_t last = path.find_last_of("\\/:");
-    if (last == std::string_view::npos || last + 1 < rootLength(path))
-        return 0;
-    return last + 1;
+    std::size_t end = path.size();
+    while (end > 0 && !endsDirectory[static_cast<unsigned char>(path[end - 1])])
+        --end;
+    // Other roots end in such a character themselves.
+    return isShare(path) && end < shareRootLength(path) ? 0 : end;
 }
 
-KazString withoutRoot(const KazString& path) {
-    return path.subStringFrom(kazRootPartLength(path.getValue()));
+/// Do two paths of one root length begin with the same root, but for the kind of
+/// separator?
+bool haveSameRoot(std::string_view a, std::string_view b) {
+    const auto same = [](char x, char y) { return normalised(x) == normalised(y); };
+    const std::size_t length = rootLength(a);
+    return length == rootLength(b) &&
+           std::equal(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(length), b.begin(), same);
 }
 
-/// Cuts the first component and the separator behind it.
-void cutFirstComponent(KazString& path) {
-    const int end = path.find(separator);
-    path = end < 0 ? KazString() : path.subStringFrom(end + 1);
+std::string_view withoutSeparators(std::string_view path) {
+    const auto begin = std::find_if_not(path.begin(), path.end(), isSeparator);
+    return std::string_view(begin, path.end());
+}
+
+/// Takes the component off with which @p rest begins, and the separators behind
+/// it. A carriage return at its end does not belong to a name that was read from
+/// a foreign file.
+std::string_view nextComponent(std::string_view& rest) {
+    const auto end = std::find_if(rest.begin(), rest.end(), isSeparator);
+    std::string_view component(rest.begin(), end);
+    rest = withoutSeparators(std::string_view(end, rest.end()));
+    if (component.ends_with('\r'))
+        component.remove_suffix(1);
+    return component;
+}
+
+/// Cuts the first component and one separator behind it.
+void cutFirstComponent(std::string_view& path) {
+    const auto end = std::find_if(path.begin(), path.end(), isSeparator);
+    path = end == path.end() ? std::string_view() : std::string_view(end + 1, path.end());
 }
 
 /// How a directory is written does not matter to kazSamePathName: runs of
@@ -88,15 +128,27 @@ std::string plainDirectory(std::string_view dir) {
 /// Creates a file through @p first and looks for it through @p second. It is
 /// created only where there is none: a file of that name that was there before
 /// is neither emptied nor deleted.
-bool reachSameFile(const std::string& first, const std::string& second) {
-    std::FILE* probe = kaz::host::openStream(first.c_str(), "wx");
+bool reachSameFile(const std::string& first, const std::string& second, const std::string& name) {
+    const std::string path = first + separator + name;
+    // Removal through the handle works when memory has run out.
+    const kaz::host::Directory directory(first.c_str());
+    const auto remove = [&] {
+        if (directory.removeFile(name) != 0)
+            kaz::host::removeFile(path.c_str());
+    };
+    std::FILE* probe = kaz::host::openStream(path.c_str(), "wx");
     if (probe == nullptr)
         return false;
     std::fclose(probe);
-    probe = kaz::host::openStream(second.c_str(), "r");
+    try {
+        probe = kaz::host::openStream((second + separator + name).c_str(), "r");
+    } catch (...) {
+        remove();
+        throw;
+    }
     if (probe != nullptr)
         std::fclose(probe);
-    kaz::host::removeFile(first.c_str());
+    remove();
     return probe != nullptr;
 }
 
@@ -201,33 +253,36 @@ void kazMakeRightSlashPath(char* path) {
 KazString kazFullPath(const char* path) {
     if (path == nullptr)
         return KazString();
-    const std::string full = kaz::host::absolutePath(_TI_hm(path));
+    const std::string& full = kaz::host::absolutePath(_TI_hm(path));
     return full.empty() ? KazString(path) : toText(full);
 }
 
 KazString kazRelativePath(KazString base, KazString path) {
-    base = kazNormalizedPath(base.getValue());
-    path = kazNormalizedPath(path.getValue());
-    if (!kazIsAbsolutePath(base.getValue()) || !kazIsAbsolutePath(path.getValue()) ||
-        kazPathRootPart(base.getValue()) != kazPathRootPart(path.getValue()))
-        return path;
+    const std::string_view from = base.getValue();
+    const std::string_view to = path.getValue();
+    if (!kazIsAbsolutePath(from.data()) || !kazIsAbsolutePath(to.data()) || !haveSameRoot(from, to))
+        return joinPath({}, to);
 
-    KazString rest = withoutRoot(path);
-    KazStringTokenizer baseParts(withoutRoot(base), "\\");
-    KazStringTokenizer pathParts(rest, "\\");
-    int up = -1;
-    while (!baseParts.isDone()) {
-        ++up;
-        const KazString part = baseParts.nextString(true);
-        if (!pathParts.isDone() && pathParts.nextString(true) == part) {
-            --up;
+    std::string_view rest = to.substr(rootLength(to));
+    std::string_view baseParts = withoutSeparators(from.substr(rootLength(from)));
+    std::string_view pathParts = withoutSeparators(rest);
+    std::size_t count = 0;
+    std::size_t matches = 0;
+    while (!baseParts.empty()) {
+        ++count;
+        const std::string_view part = nextComponent(baseParts);
+        if (!pathParts.empty() && nextComponent(pathParts) == part) {
+            ++matches;
             cutFirstComponent(rest);
         }
     }
-    KazString result;
-    result.repeat("..\\", up);
-    result.append(rest);
-    return result;
+    constexpr std::string_view upwards = "..\\";
+    const std::size_t up = count > matches ? count - matches - 1 : 0;
+    return writtenText(up * upwards.size() + rest.size(), [&](char* out) {
+        for (std::size_t i = 0; i < up; ++i)
+            out = std::copy(upwards.begin(), upwards.end(), out);
+        writeNormalised(rest, out);
+    });
 }
 
 int kazSamePathName(KazString a, KazString b) {
@@ -237,8 +292,8 @@ int kazSamePathName(KazString a, KazString b) {
     const std::string second = plainDirectory(b.getValue());
     if (KazString(first.c_str()).equalsNoCase(second.c_str()))
         return 1;
-    const std::string probe = "\\_tmp" + std::to_string(kaz::host::processId());
-    return reachSameFile(first + probe, second + probe) ? 1 : 0;
+    const std::string probe = "_tmp" + std::to_string(kaz::host::processId());
+    return reachSameFile(first, second, probe) ? 1 : 0;
 }
 
 void kazRemoveBlanksFromPath(KazString& path) {

@@ -115,11 +115,26 @@ int copy_file(const char* source, const char* target, bool keepExisting) {
     return host::copyFile(textOf(source), textOf(target), !keepExisting);
 }
 
+namespace {
+
+/// The name of what was just created. Nobody could find it again without the
+/// name: when memory for that runs out, it is removed.
+KazString nameOfNew(const std::string& created, int (*remove)(const char*)) {
+    try {
+        return toText(created);
+    } catch (...) {
+        remove(created.c_str());
+        throw;
+    }
+}
+
+} // namespace
+
 FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
     std::string created;
     Stream file(host::createTemporary(temporaryPlace(dir).c_str(), textOf(prefix), created));
     if (file != nullptr)
-        path = toText(created);
+        path = nameOfNew(created, host::removeFile);
     return file.release();
 }
 
@@ -133,5 +148,5 @@ KazString TI_tmpdir(const char* dir, const char* prefix) {
     std::string created;
     if (host::createTemporaryDirectory(temporaryPlace(dir).c_str(), textOf(prefix), created) != 0)
         return KazString();
-    return toText(created);
+    return nameOfNew(created, host::removeDirectory);
 }

@@ -11,16 +11,22 @@ namespace kaz::detail {
 TreeLevel::TreeLevel(const KazString& path)
     : directory_(path.isEmpty() ? "." : path.getValue()),
       path_(kazNormalizedPath(path.getValue())) {
-    directory_.status(identity_);
+    identify();
 }
 
 TreeLevel::TreeLevel(const TreeLevel& above, const std::string& name)
     : directory_(above.directory_, name), path_(above.pathOf(name)), above_(&above) {
-    directory_.status(identity_);
+    identify();
 }
 
 TreeLevel::TreeLevel(const TreeLevel& instead, const KazString& path) : TreeLevel(path) {
     above_ = instead.above_;
+}
+
+/// A directory that cannot be told from others could be walked for ever.
+void TreeLevel::identify() {
+    if (directory_.status(identity_) != 0)
+        directory_ = host::Directory();
 }
 
 KazString TreeLevel::pathOf(const std::string& name) const {

@@ -4,15 +4,16 @@
 #include "tools/util/gu_set.h"
 
 #include <cstdint>
+#include <memory>
 
 namespace {
 
 /// Not destroyed by anyone here: a director may keep it for as long as it shows
 /// the symbol.
 gu_set* singleSymbolSet(short symbol) {
-    gu_set* const symbols = gu_set_create(0);
-    gu_set_add(symbols, reinterpret_cast<void*>(static_cast<std::intptr_t>(symbol)));
-    return symbols;
+    std::unique_ptr<gu_set, decltype(&gu_set_destroy)> symbols(gu_set_create(0), gu_set_destroy);
+    gu_set_add(symbols.get(), reinterpret_cast<void*>(static_cast<std::intptr_t>(symbol)));
+    return symbols.release();
 }
 
 } // namespace

@@ -66,8 +66,8 @@ char searchPathSeparator();
 /// trailing separator added or removed. Text that canName() refuses is folded
 /// the same way but stays on its drive or share. Empty with errno ENOENT for "",
 /// ENAMETOOLONG when the result exceeds pathLimit(), or the reason why there is
-/// no current directory.
-std::string absolutePath(const char* path);
+/// no current directory. Lives until the next call.
+const std::string& absolutePath(const char* path);
 
 /// The current directory; empty with errno set when it cannot be told.
 std::string currentDirectory();
@@ -137,10 +137,11 @@ unsigned setFileMask(unsigned mask);
 /// fopen for a path in native or host spelling. Null with errno set.
 std::FILE* openStream(const char* path, const char* mode);
 
-/// Copies one regular file so that @p target is whole or as before. An existing
-/// target is replaced in one step. Only killing the process outright can leave
-/// something behind: a file beside the target, or a small target cut short. The
-/// nine permission bits are kept, the modification time is now. Links at
+/// Copies one regular file so that @p target is whole or as before, also when the
+/// process is killed. An existing target is replaced in one step. All that a
+/// killed process can leave behind is a file beside the target, where that was to
+/// be replaced or the host has no files without a name; it hinders no later copy.
+/// The nine permission bits are kept, the modification time is now. Links at
 /// @p source are followed; a link at @p target is replaced, not followed.
 /// Fails with EISDIR for a directory, EINVAL for any other special file
 /// (neither is opened for reading) and for a file onto itself, EEXIST when the
@@ -186,7 +187,6 @@ public:
     /// Opens an entry of @p parent that is a real directory (a link is refused
     /// with ENOTDIR or ELOOP).
     Directory(const Directory& parent, const std::string& name);
-    Directory(Directory&& other) noexcept;
     Directory& operator=(Directory&& other) noexcept;
     Directory(const Directory&) = delete;
     Directory& operator=(const Directory&) = delete;

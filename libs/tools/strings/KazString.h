@@ -74,7 +74,12 @@ public:
     static void deleteString(KazString* p);
 
     /// Shares @p o's block; nothing happens when both share one already.
-    KazString& operator=(const KazString& o) noexcept;
+    KazString& operator=(const KazString& o) noexcept {
+        StringRep::retain(o.rep_); // first, or the only holder would free it
+        StringRep::release(rep_);
+        rep_ = o.rep_;
+        return *this;
+    }
     KazString& operator=(KazString&& o) noexcept;
     KazString& operator=(const char* s);
     /// @}
@@ -482,7 +487,7 @@ private:
     const char* makeRoom(std::int64_t capacity, const char* s);
     /// Terminates the text at @p length, which becomes the length.
     void endAt(std::int64_t length);
-    /// Whether @p s points into this string's buffer.
+    /// Whether @p s points into the buffer of this string, which is not null.
     bool holds(const char* s) const;
     void appendSlowly(char c);
     void appendText(const char* s, std::int64_t n);

@@ -7,6 +7,7 @@
 #include "tools/strings/detail/Hash.h"
 #include "tools/strings/detail/Pattern.h"
 #include "tools/strings/detail/Search.h"
+#include "tools/strings/detail/shared_writes.h"
 #include "tools/strings/detail/wide_text.h"
 
 #include <algorithm>

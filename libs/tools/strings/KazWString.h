@@ -48,7 +48,12 @@ public:
 
     static void deleteString(KazWString* p);
 
-    KazWString& operator=(const KazWString& o) noexcept;
+    KazWString& operator=(const KazWString& o) noexcept {
+        StringRep::retain(o.rep_); // first, or the only holder would free it
+        StringRep::release(rep_);
+        rep_ = o.rep_;
+        return *this;
+    }
     KazWString& operator=(KazWString&& o) noexcept;
     KazWString& operator=(const unsigned short* s);
     /// @}

@@ -15,7 +15,11 @@ void handleAllocationFailure() {
 }
 
 void* allocate(std::size_t size) {
-    return reallocate(nullptr, size);
+    for (;;) {
+        if (void* block = std::malloc(size > 0 ? size : 1))
+            return block;
+        handleAllocationFailure();
+    }
 }
 
 void* allocateZeroed(std::size_t size) {

@@ -97,7 +97,9 @@ gu_list* gu_list_create(gu_list_release release) {
 }
 
 void gu_list_destroy(gu_list* list) {
-    gu_list_clear(list);
+    // More than once, should a release function add something.
+    while (gu_list_size(list) > 0)
+        gu_list_clear(list);
     std::free(list);
 }
 

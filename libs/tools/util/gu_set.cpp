@@ -30,6 +30,9 @@ constexpr int freeSlot = -1;
 constexpr int abandonedSlot = -2;
 constexpr int firstCapacity = 8;
 
+/// More is not taken on trust: a set that gets there has grown by doubling.
+constexpr int maxHint = 1 << 16;
+
 /// Pointers differ in their middle bits, numbers in the lowest: mix all of them.
 std::uint64_t hashOf(const void* element) {
     auto h = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(element));
@@ -140,7 +143,7 @@ gu_set* gu_set_create(int sizeHint) {
     void* block = kaz::detail::allocateOrPanic(sizeof(gu_set), "gu_set_create");
     OwnedSet set(new (block) gu_set{nullptr, nullptr, 0, 0, 0, 0});
     if (sizeHint > 0)
-        rebuild(set.get(), sizeHint);
+        rebuild(set.get(), std::min(sizeHint, maxHint));
     return set.release();
 }
 

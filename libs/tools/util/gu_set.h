@@ -30,8 +30,8 @@ typedef void (*gu_set_action)(void* element, void* data);
 /// @name Making and releasing
 /// @{
 
-/// A new empty set with room for @p sizeHint elements; 0 or less is a good
-/// choice when the size is not known.
+/// A new empty set with room for @p sizeHint elements, 65536 at most; 0 or less
+/// is a good choice when the size is not known.
 KAZ_API gu_set* gu_set_create(int sizeHint);
 
 /// Releases the set, not what its elements point to. Null is ignored.

@@ -1,10 +1,12 @@
 #include "tools/util/text.h"
 
+#include "tools/platform/case_map.h"
+#include "tools/platform/vector.h"
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/compare_no_case.h"
 #include "tools/util/detail/within.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 #include <initializer_list>
 
@@ -93,21 +95,48 @@ char* concat_onto(char* text, const char* more) {
     return result;
 }
 
-int kaz_fast_stricmp(const char* a, const char* b) {
-    const char* left = orEmpty(a);
-    const char* right = orEmpty(b);
-    for (;; ++left, ++right) {
-        // Equal bytes are the common case and need no tolower, whatever the locale.
-        if (*left == *right) {
-            if (*left == '\0')
-                return 0;
-            continue;
-        }
-        const int l = std::tolower(static_cast<unsigned char>(*left));
-        const int r = std::tolower(static_cast<unsigned char>(*right));
+namespace {
+
+/// The order that a character decides in which two texts differ, or in which
+/// both end; 2 when they go on.
+int orderAt(char a, char b, const kaz::host::CaseMap& lower) {
+    if (a != b) {
+        const auto l = static_cast<unsigned char>(lower(a));
+        const auto r = static_cast<unsigned char>(lower(b));
         if (l != r)
             return l < r ? -1 : 1;
     }
+    return a == '\0' ? 0 : 2;
+}
+
+} // namespace
+
+int kaz::detail::compareNoCase(const char* a, const char* b, std::size_t n) {
+    const auto lower = kaz::host::CaseMap::lower();
+    // Whether vectors may be used is a question that pays for longer texts only.
+    const bool inSteps = n >= 32 && lower.isAsciiForLetters();
+    for (std::size_t i = 0;; ++i) {
+        if (inSteps)
+            i += kaz::host::bytes().endOfSameNoCase(a + i, b + i, n - i);
+        const int order = orderAt(a[i], b[i], lower);
+        if (order != 2)
+            return order;
+    }
+}
+
+int kaz_fast_stricmp(const char* a, const char* b) {
+    const char* left = orEmpty(a);
+    const char* right = orEmpty(b);
+    const auto lower = kaz::host::CaseMap::lower();
+    for (int i = 0; i < 32; ++i) {
+        const int order = orderAt(left[i], right[i], lower);
+        if (order != 2)
+            return order;
+    }
+    left += 32;
+    right += 32;
+    return kaz::detail::compareNoCase(left, right,
+                                      std::min(std::strlen(left), std::strlen(right)) + 1);
 }
 
 bool is_pattern(const char* name, int classes) {

@@ -22,90 +22,79 @@ int weightOf(const generic_tree* node) {
     return node != nullptr ? node->weight : 0;
 }
 
-/// The turns taken on the way down, so that a second walk can change weights
-/// from the top once the outcome is known: trees have no parent links, and the
-/// comparator is not to be asked twice. One bit a level; paths of usual trees
-/// need no memory of their own.
+/// The nodes on the way down, so that weights can be changed on the way back once
+/// the outcome is known: trees have no parent links, and the comparator is not to
+/// be asked twice. Paths of usual trees need no memory of their own.
 class Path {
 public:
     explicit Path(const char* functionName) : functionName_(functionName) {}
+    Path(const Path&) = delete;
+    Path& operator=(const Path&) = delete;
 
-    void push(bool left) {
-        if (length_ == wordCount_ * wordBits)
+    void push(generic_tree* node) {
+        if (length_ == capacity_)
             grow();
-        std::uint64_t& word = words()[length_ / wordBits];
-        const std::uint64_t bit = std::uint64_t{1} << (length_ % wordBits);
-        word = left ? word | bit : word & ~bit;
-        ++length_;
+        nodes_[length_++] = node;
     }
 
     std::size_t length() const { return length_; }
-    bool left(std::size_t level) const {
-        return ((words()[level / wordBits] >> (level % wordBits)) & 1) != 0;
-    }
-    generic_tree*& child(generic_tree* node, std::size_t level) const {
-        return left(level) ? node->left : node->right;
+    generic_tree* operator[](std::size_t level) const { return nodes_[level]; }
+
+    void addToWeights(int change) {
+        for (std::size_t level = 0; level < length_; ++level)
+            nodes_[level]->weight += change;
     }
 
 private:
-    static constexpr std::size_t wordBits = 64;
-    static constexpr std::size_t inlineWords = 4;
+    static constexpr std::size_t inlineNodes = 64;
 
     void grow() {
-        const std::size_t count = 2 * wordCount_;
-        kaz::detail::HeapPtr<std::uint64_t> block(static_cast<std::uint64_t*>(
-            kaz::detail::allocateOrPanic(count * sizeof(std::uint64_t), functionName_)));
-        std::memcpy(block.get(), words(), wordCount_ * sizeof(std::uint64_t));
+        const std::size_t count = 2 * capacity_;
+        kaz::detail::HeapPtr<generic_tree*> block(static_cast<generic_tree**>(
+            kaz::detail::allocateOrPanic(count * sizeof(generic_tree*), functionName_)));
+        std::memcpy(block.get(), nodes_, capacity_ * sizeof(generic_tree*));
         heap_ = std::move(block);
-        wordCount_ = count;
+        nodes_ = heap_.get();
+        capacity_ = count;
     }
 
-    std::uint64_t* words() { return heap_ != nullptr ? heap_.get() : inline_; }
-    const std::uint64_t* words() const { return heap_ != nullptr ? heap_.get() : inline_; }
-
     const char* functionName_;
-    std::uint64_t inline_[inlineWords] = {};
-    kaz::detail::HeapPtr<std::uint64_t> heap_;
-    std::size_t wordCount_ = inlineWords;
+    generic_tree* inline_[inlineNodes];
+    kaz::detail::HeapPtr<generic_tree*> heap_;
+    generic_tree** nodes_ = inline_;
+    std::size_t capacity_ = inlineNodes;
     std::size_t length_ = 0;
 };
 
-/// Descends to the value equal to @p key or to the end, and records the turns.
-generic_tree* descend(generic_tree* root, const void* key, tree_comparator cmp, Path& path) {
-    generic_tree* node = root;
-    while (node != nullptr) {
+/// Descends to the link to the value equal to @p key, or to the empty one where
+/// it would be, and records the nodes passed.
+generic_tree** descend(generic_tree** link, const void* key, tree_comparator cmp, Path& path) {
+    for (generic_tree* node = *link; node != nullptr; node = *link) {
         const int order = cmp(node->value, key);
         if (order == 0)
             break;
-        path.push(order < 0);
-        node = order < 0 ? node->left : node->right;
-    }
-    return node;
-}
-
-/// Adds @p weight to every node along @p path and gives the link at its end.
-generic_tree** addAlong(generic_tree*& root, const Path& path, int weight) {
-    generic_tree** link = &root;
-    for (std::size_t level = 0; level < path.length(); ++level) {
-        (*link)->weight += weight;
-        link = &path.child(*link, level);
+        path.push(node);
+        link = order < 0 ? &node->left : &node->right;
     }
     return link;
 }
 
-/// Whether a node on the path to the new @p node is lopsided. Its children of
-/// the time before the insertion count, with the weights they have after it.
-bool findLopsided(const generic_tree* root, const generic_tree* node, const Path& path) {
-    const auto weightBefore = [node](const generic_tree* child) {
-        return child != node ? weightOf(child) : 0;
-    };
-    for (std::size_t level = 0; level < path.length(); ++level) {
-        const int difference = weightBefore(root->left) - weightBefore(root->right);
-        if (difference >= rebalanceThreshold || difference <= -rebalanceThreshold)
-            return true;
-        root = path.left(level) ? root->left : root->right;
+/// Adds the weight of a new node to those above it and tells whether one of them
+/// is lopsided now. The new node does not count as a child yet. What lies beside
+/// the path follows from the weights on it: looking there would double the time,
+/// as it would meet one cache line more at each level.
+bool addWeight(const Path& path, int added) {
+    bool lopsided = false;
+    int onPath = 0;    // weight of the child on the path, of the time before
+    int below = added; // the same with the new node
+    for (std::size_t level = path.length(); level-- > 0;) {
+        generic_tree* node = path[level];
+        node->weight += added;
+        const int difference = onPath - (node->weight - 1 - below);
+        lopsided |= difference >= rebalanceThreshold || difference <= -rebalanceThreshold;
+        onPath = below = node->weight;
     }
-    return false;
+    return lopsided;
 }
 
 typedef generic_tree* generic_tree::*Side;
@@ -298,12 +287,14 @@ generic_tree* add_tree_node(generic_tree* root, generic_tree* node, tree_compara
     if (node == nullptr)
         return root;
     Path path("add_tree_node");
-    if (descend(root, node->value, cmp, path) != nullptr)
+    generic_tree** link = descend(&root, node->value, cmp, path);
+    if (*link != nullptr)
         return root;
     added = true;
-    *addAlong(root, path, node->weight) = node;
-    if (!rebalanceNeeded)
-        rebalanceNeeded = findLopsided(root, node, path);
+    *link = node;
+    // The comparator may have added to another tree.
+    if (addWeight(path, node->weight))
+        rebalanceNeeded = true;
     return rebalanceNeeded ? balance_tree(root, cmp) : root;
 }
 
@@ -341,12 +332,13 @@ generic_tree* delete_tree_node(generic_tree* root, const void* key, tree_compara
                                tree_release release, bool& deleted) {
     deleted = false;
     Path path("delete_tree_node");
-    generic_tree* node = descend(root, key, cmp, path);
+    generic_tree** link = descend(&root, key, cmp, path);
+    generic_tree* node = *link;
     if (node == nullptr)
         return root;
     if (release != nullptr)
         release(node->value);
-    generic_tree** link = addAlong(root, path, -1);
+    path.addToWeights(-1);
     if (node->left != nullptr && node->right != nullptr)
         node = takeNeighbour(node);
     else

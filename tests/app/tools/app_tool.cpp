@@ -39,6 +39,7 @@ int showContexts() {
     KazMasterContext* again = app->getActiveContext();
     std::printf("kept=%d replaced=%d again=%d\n", kept, replaced, again != made && again != &own);
     delete again;
+    delete made;
     return 0;
 }
 
@@ -57,8 +58,8 @@ int leaveFiles(int argc, char** argv) {
         std::FILE* stream = TI_fopen(argv[i], "w");
         std::fprintf(stream, "text");
         KazApp::getInstance()->removeAtExit(argv[i]);
-        KazApp::getInstance()->removeAtExit(argv[i]);
     }
+    KazApp::getInstance()->removeAtExit(argv[argc - 1]); // once more
     KazApp::getInstance()->removeAtExit("");
     KazApp::getInstance()->removeAtExit("no such file");
     std::printf("not ended by a line feed");

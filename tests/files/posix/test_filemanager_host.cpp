@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -20,8 +19,8 @@ namespace fs = std::filesystem;
 using namespace manager_test;
 
 TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
+    fs::permissions(tree.path(), fs::perms::all);
     const tree::PlainUser user;
-    const kit::TempTree tree;
     const auto path = [&](const char* name) { return tree.path(std::string("src/") + name); };
     tree.write("src/good", "x");
     tree.write("src/secret", "x");
@@ -57,8 +56,8 @@ TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
 }
 
 TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
+    fs::permissions(tree.path(), fs::perms::all);
     const tree::PlainUser user;
-    const kit::TempTree tree;
     tree.write("src/fixed/in", "x");
     tree.write("src/good", "x");
     tree.write("src/..\\victim", "x");
@@ -79,7 +78,6 @@ TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
 }
 
 TEST_F(FileManager, StaysInsideTheDestination) {
-    const kit::TempTree tree;
     tree.write("src/sub/f", "x");
     tree.write("src/file", "x");
     tree.write("outside/file", "untouched");
@@ -96,7 +94,6 @@ TEST_F(FileManager, StaysInsideTheDestination) {
 }
 
 TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
-    const kit::TempTree tree;
     std::string deep = "src";
     for (int i = 0; i < 60; ++i)
         deep += "/d";
@@ -117,28 +114,6 @@ TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
     EXPECT_TRUE(tree.exists(deep + "/f"));
     EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
     EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
-}
-
-TEST_F(FileManager, FullDiskLeavesWholeTargetsOrNone) {
-    const kit::TempTree tree;
-    tree.mkdir("disk");
-    const std::string disk = tree.path("disk");
-    if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
-        GTEST_SKIP() << "mounting a small file system needs privileges";
-    tree.write("src/small", "fits");
-    tree.write("src/large", std::string(1 << 20, 'x'));
-    tree.write("src/medium", std::string(60000, 'x'));
-    tree.write("disk/src/large", "as it was");
-    makeOld(disk + "/src/large");
-    tree.write("disk/src/filler", std::string(200 * 1024, 'f'));
-    KazFileManager manager(tree.native("src").c_str());
-    EXPECT_FALSE(manager.copy(tree.native("disk").c_str(), true));
-    EXPECT_EQ(errorsOf(manager), (Names{tree.native("src/large"), tree.native("src/medium")}));
-    const tree::Snapshot after = tree::snapshot(disk);
-    ASSERT_EQ(::umount(disk.c_str()), 0);
-    EXPECT_EQ(after.size(), 4u); // src, small, large, filler
-    EXPECT_NE(after.at("src/large").find(":as it was"), std::string::npos);
-    EXPECT_NE(after.at("src/small").find(":fits"), std::string::npos);
 }
 
 } // namespace

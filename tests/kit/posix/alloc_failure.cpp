@@ -1,65 +1,15 @@
 // The test programs' own malloc family over the C library's internal names: a
 // definition in the program wins over the shared ones, for the library under
-// test too. The sanitizer builds bring an allocator of their own, so there the
-// family is reached through its malloc and only operator new can be failed...
-// unless the interposed functions forward to it, which is what happens here.
-#include "kit/alloc_failure.h"
+// test too. In the sanitizer builds they forward to the sanitizer's own.
+#include "kit/detail/alloc_hooks.h"
 
-#include <atomic>
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <new>
 
-namespace {
+using kit::detail::shallFail;
 
-// Counts down to the failing allocation; 0 is off, below 0 fails from here on.
-constinit std::atomic<long> countdown{0};
-constinit std::atomic<bool> failOnward{false};
-constinit std::atomic<bool> hasHit{false};
-
-bool shallFail() {
-    long left = countdown.load(std::memory_order_relaxed);
-    if (left == 0)
-        return false;
-    if (left > 0) {
-        left = countdown.fetch_sub(1) - 1;
-        if (left > 0)
-            return false;
-        if (failOnward)
-            countdown = -1;
-    }
-    hasHit = true;
-    errno = ENOMEM;
-    return true;
-}
-
-void throwMemoryException() {
-    throw KazMemoryException();
-}
-
-} // namespace
-
-namespace kit {
-
-FailAllocation::FailAllocation(long n, Mode mode) {
-    if (std::get_new_handler() == nullptr)
-        std::set_new_handler(throwMemoryException);
-    hasHit = false;
-    failOnward = mode == onward;
-    countdown = n;
-}
-
-FailAllocation::~FailAllocation() {
-    countdown = 0;
-}
-
-bool FailAllocation::hit() const {
-    return hasHit;
-}
-
-} // namespace kit
+void kit::detail::installHooks() {}
 
 #ifdef KIT_SANITIZED
 

@@ -20,10 +20,6 @@ std::string localeOfC() {
     return "C";
 }
 
-bool isPrintable(unsigned char c) {
-    return c >= ' ' && c <= '~';
-}
-
 bool refusesWideFields() {
     return true;
 }

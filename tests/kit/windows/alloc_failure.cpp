@@ -2,41 +2,19 @@
 // own. Putting other functions into the tables of all modules reaches every
 // allocation of the program, the library under test and the C++ runtime, so that
 // operator new fails as well; a replaced operator new would serve the program only.
-#include "kit/alloc_failure.h"
+#include "kit/detail/alloc_hooks.h"
 
-#include <atomic>
-#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <new>
 #include <windows.h>
 
 #include <psapi.h> // needs the types of the header before
 
+using kit::detail::shallFail;
+
 namespace {
-
-// Counts down to the failing allocation; 0 is off, below 0 fails from here on.
-constinit std::atomic<long> countdown{0};
-constinit std::atomic<bool> failOnward{false};
-constinit std::atomic<bool> hasHit{false};
-
-bool shallFail() {
-    long left = countdown.load(std::memory_order_relaxed);
-    if (left == 0)
-        return false;
-    if (left > 0) {
-        left = countdown.fetch_sub(1) - 1;
-        if (left > 0)
-            return false;
-        if (failOnward)
-            countdown = -1;
-    }
-    hasHit = true;
-    errno = ENOMEM;
-    return true;
-}
 
 // Found by name: a call by name would end in the table that is replaced.
 template <typename Function>
@@ -117,30 +95,9 @@ void replaceEverywhere() {
             replaceImports(modules[i]);
 }
 
-void throwMemoryException() {
-    throw KazMemoryException();
-}
-
 } // namespace
 
-namespace kit {
-
-FailAllocation::FailAllocation(long n, Mode mode) {
+void kit::detail::installHooks() {
     static const bool replaced = (replaceEverywhere(), true);
     static_cast<void>(replaced);
-    if (std::get_new_handler() == nullptr)
-        std::set_new_handler(throwMemoryException);
-    hasHit = false;
-    failOnward = mode == onward;
-    countdown = n;
 }
-
-FailAllocation::~FailAllocation() {
-    countdown = 0;
-}
-
-bool FailAllocation::hit() const {
-    return hasHit;
-}
-
-} // namespace kit

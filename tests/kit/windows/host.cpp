@@ -35,11 +35,6 @@ std::string localeOfC() {
     return result;
 }
 
-bool isPrintable(unsigned char c) {
-    static const _locale_t locale = ::_create_locale(LC_CTYPE, "");
-    return _isprint_l(c, locale) != 0;
-}
-
 bool refusesWideFields() {
     return false;
 }

@@ -37,21 +37,63 @@ TEST_F(MoxCopy, ListsWhatItCouldNotCopy) {
     EXPECT_EQ(tree.read("copies/brewery/zero"), "no longer empty");
 }
 
-TEST_F(MoxCopy, UnreadableDirectoriesFailAndTheirNeighboursDoNot) {
-    makeSystem();
-    const std::string deep = tree.path("plant/brewery/deep");
-    std::vector<std::string> command = {program, "-p", "plant", "-s", "brewery"};
-    if (geteuid() == 0) { // Nothing is unreadable to the super user.
+/// Nothing is closed to the super user.
+std::vector<std::string> asPlainUser(std::vector<std::string> command) {
+    if (geteuid() == 0)
         command.insert(command.begin(), {"/usr/bin/setpriv", "--reuid=65534", "--clear-groups"});
-        fs::permissions(tree.path(), fs::perms::all);
-    }
+    return command;
+}
+
+TEST_F(MoxCopy, ClosedDirectoriesFailAndTheirNeighboursDoNot) {
+    makeSystem();
+    fs::permissions(tree.path(), fs::perms::all);
+    const std::string deep = tree.path("plant/brewery/deep");
+    const std::vector<std::string> command = asPlainUser({program, "-p", "plant", "-s", "brewery"});
     fs::permissions(deep, fs::perms::none);
     auto result = runTool(command);
-    fs::permissions(deep, fs::perms::owner_all);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Not copied: '" + deep + "' (the directory cannot be read)\n1 failure\n");
     EXPECT_TRUE(tree.exists("copies/brewery/filestore/mashing.1"));
     EXPECT_FALSE(tree.exists("copies/brewery/deep"));
+
+    fs::remove_all(tree.path("copies"));
+    fs::permissions(tree.mkdir("copies"), fs::perms::owner_read | fs::perms::owner_exec);
+    result = runTool(command);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err,
+              "Cannot write '" + tree.path("copies/brewery") + "': Permission denied\n");
+    fs::permissions(tree.path("plant"), fs::perms::none);
+    result = runTool(command);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.err.starts_with("There is no system 'brewery'")) << result.err;
+}
+
+TEST_F(MoxCopy, HostileSurroundingsEndInAMessage) {
+    makeSystem();
+    const std::string tooLong(100'000, 'x');
+    std::string tooDeep;
+    while (tooDeep.size() < 5000)
+        tooDeep += "/" + std::string(250, 'd');
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"-target", tooLong}, {"-target", tree.path() + tooDeep}, {"-filter", tooLong}}) {
+        auto result = copy(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err, "");
+    }
+    EXPECT_FALSE(tree.exists(std::string(250, 'd')));
+    EXPECT_EQ(runTool({program, "-p", tooLong, "-s", "brewery", "-target", "t"}).status, 1);
+    EXPECT_EQ(runTool({program, "-p", "plant", "-s", tooLong, "-target", "t"}).status, 1);
+    EXPECT_EQ(
+        runTool({"/bin/sh", "-c",
+                 "exec " + program + " -p plant -s brewery -target t -verbose 0<&- 1>&- 2>&-"})
+            .status,
+        0);
+    EXPECT_EQ(contents(tree, "t/brewery"), contents(tree, "plant/brewery"));
+    EXPECT_EQ(runTool({"/bin/sh", "-c",
+                       "mkdir gone && cd gone && rmdir ../gone && exec " + program + " -p '" +
+                           tree.path("plant") + "' -s brewery -target u"})
+                  .status,
+              1);
 }
 
 TEST_F(MoxCopy, InterruptRemovesWhatThisRunHasMade) {

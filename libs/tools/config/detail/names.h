@@ -20,10 +20,9 @@ inline const char* withoutTildeEscape(const char* dir) {
     return std::strncmp(dir, "\\~", 2) == 0 ? dir + 1 : dir;
 }
 
-/// Copies as much of @p text as fits with its terminator. They may overlap.
+/// Copies as much of @p text as fits with its terminator into @p size characters,
+/// one at least. They may overlap.
 inline void copyCut(char* buffer, std::size_t size, const char* text) {
-    if (size == 0)
-        return;
     const std::size_t length = std::min(std::strlen(text), size - 1);
     std::memmove(buffer, text, length);
     buffer[length] = '\0';

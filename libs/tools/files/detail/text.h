@@ -2,13 +2,14 @@
 /// Small text helpers of the file functions.
 #pragma once
 
-#include "tools/app/KazMemoryException.h"
 #include "tools/strings/KazString.h"
+#include "tools/strings/detail/Block.h"
 
 #include <algorithm>
-#include <climits>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace kaz::detail {
 
@@ -21,38 +22,44 @@ inline const char* textOf(const char* text) {
     return text != nullptr ? text : "";
 }
 
-/// Room for exactly @p length > 0 characters in the empty string @p text, whose
-/// length it becomes. KazMemoryException when no string can be that long.
-inline char* bufferOf(KazString& text, std::size_t length) {
-    if (length > static_cast<std::size_t>(INT_MAX))
-        throw KazMemoryException();
-    text.getBuffer(static_cast<int>(length));
-    text.releaseBuffer(static_cast<int>(length));
-    return text.getBuffer(0);
+/// A string of exactly @p length characters: @p write gets the place for them
+/// and must not throw. One allocation; KazMemoryException when no string can be
+/// that long.
+template <typename Write>
+KazString writtenText(std::size_t length, Write write) {
+    if (length == 0)
+        return KazString();
+    const auto size = static_cast<std::int64_t>(length);
+    void* block = Block<char>::make(size, size);
+    write(static_cast<char*>(block));
+    // What holds a block can be used as the string that owns it.
+    return std::move(*static_cast<KazString*>(static_cast<void*>(&block)));
 }
 
 inline KazString toText(std::string_view text) {
-    KazString result;
-    if (!text.empty())
-        std::memcpy(bufferOf(result, text.size()), text.data(), text.size());
-    return result;
+    return writtenText(text.size(), [&](char* out) { std::memcpy(out, text.data(), text.size()); });
+}
+
+inline char normalised(char c) {
+    return c == '/' ? '\\' : c;
+}
+
+/// Writes @p text normalised to @p out and gives the end of it. A store for each
+/// character, not only for those that change: such a loop becomes vector code.
+inline char* writeNormalised(std::string_view text, char* out) {
+    return std::transform(text.begin(), text.end(), out, normalised);
 }
 
 /// @p name below @p dir, joined plainly (no name is explicit here) with a
 /// separator where one is needed, and normalised. One allocation of that length.
 inline KazString joinPath(std::string_view dir, std::string_view name) {
     const bool between = !dir.empty() && !name.empty() && !isSeparator(dir.back());
-    const std::size_t length = dir.size() + (between ? 1 : 0) + name.size();
-    KazString result;
-    if (length == 0)
-        return result;
-    char* const text = bufferOf(result, length);
-    char* out = std::copy(dir.begin(), dir.end(), text);
-    if (between)
-        *out++ = '\\';
-    out = std::copy(name.begin(), name.end(), out);
-    std::replace(text, out, '/', '\\');
-    return result;
+    return writtenText(dir.size() + (between ? 1 : 0) + name.size(), [&](char* out) {
+        out = writeNormalised(dir, out);
+        if (between)
+            *out++ = '\\';
+        writeNormalised(name, out);
+    });
 }
 
 } // namespace kaz::detail

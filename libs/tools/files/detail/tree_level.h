@@ -35,6 +35,8 @@ public:
     bool isAgain() const;
 
 private:
+    void identify();
+
     host::Directory directory_;
     KazString path_;
     host::FileStatus identity_;

@@ -3,7 +3,6 @@
 #include "tools/platform/posix/descriptor.h"
 
 #include <array>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -26,6 +25,10 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+int look(int dir, const char* name, int flags, struct stat& info) {
+    return retry([&] { return ::fstatat(dir, name, &info, flags); });
+}
+
 /// Opening a pipe or a device can block or do something, so the kind is known
 /// first; a file that is swapped in between is caught after the opening.
 int checkRegular(const struct stat& info) {
@@ -37,34 +40,79 @@ int checkRegular(const struct stat& info) {
 /// A plain file is known to be one from the listing. Anything else is examined
 /// before it is opened.
 Descriptor openSource(int dir, const char* name, bool isPlain, struct stat& info) {
-    if (!isPlain && (::fstatat(dir, name, &info, 0) != 0 || checkRegular(info) != 0))
+    if (!isPlain && (look(dir, name, 0, info) != 0 || checkRegular(info) != 0))
         return Descriptor();
     const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isPlain ? O_NOFOLLOW : 0);
     Descriptor source(retry([&] { return ::openat(dir, name, flags); }));
-    if (!source.isOpen() || ::fstat(source.get(), &info) != 0 || checkRegular(info) != 0)
+    if (!source.isOpen() || look(source.get(), "", AT_EMPTY_PATH, info) != 0 ||
+        checkRegular(info) != 0)
         return Descriptor();
     return source;
 }
 
-/// May the copy of @p source take the place of what is at the target?
-int checkTarget(int dir, const char* name, const struct stat& source, bool mayReplace) {
-    struct stat info;
-    if (::fstatat(dir, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT ? 0 : -1;
+/// May the copy of @p source take the place of @p target?
+int checkReplacement(const struct stat& target, const struct stat& source, bool mayReplace) {
     if (!mayReplace)
         return failWith(EEXIST);
-    if (S_ISDIR(info.st_mode))
+    if (S_ISDIR(target.st_mode))
         return failWith(EISDIR);
-    return isSameFile(info, source) ? failWith(EINVAL) : 0;
+    return isSameFile(target, source) ? failWith(EINVAL) : 0;
 }
+
+/// The directory part of a path, "" for a name alone.
+std::string stemOf(const char* path) {
+    const char* slash = std::strrchr(path, '/');
+    return std::string(path, slash != nullptr ? slash + 1 : path);
+}
+
+/// A file without a name, which becomes the target when it is complete. Until
+/// then the system removes it together with the process, however that ends.
+class Unnamed {
+public:
+    Unnamed(int dir, const char* target, mode_t mode) {
+        const std::string stem = stemOf(target);
+        const char* place = stem.empty() ? "." : stem.c_str();
+        file_ = Descriptor(retry(
+            [&] { return ::openat(dir, place, O_WRONLY | O_TMPFILE | O_CLOEXEC, mode & 0777); }));
+    }
+
+    bool isOpen() const { return file_.isOpen(); }
+    int get() const { return file_.get(); }
+
+    /// EEXIST where the name is taken. ENOENT also where the host lets only
+    /// privileged users name a file by its descriptor, or has no names for these.
+    int become(int dir, const char* target) {
+        if (nameIt(dir, target) != 0)
+            return -1;
+        if (file_.close())
+            return 0;
+        const int reason = errno; // what was written is lost
+        retry([&] { return ::unlinkat(dir, target, 0); });
+        return failWith(reason);
+    }
+
+private:
+    int nameIt(int dir, const char* target) const {
+        const auto link = [&](int from, const char* name, int flags) {
+            return retry([&] { return ::linkat(from, name, dir, target, flags); });
+        };
+        if (link(file_.get(), "", AT_EMPTY_PATH) == 0)
+            return 0;
+        if (errno != ENOENT)
+            return -1;
+        const std::string name = "/proc/self/fd/" + std::to_string(file_.get());
+        return link(AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
+    }
+
+    Descriptor file_;
+};
 
 /// The file beside the target that becomes the target. Removed again unless it
 /// got there.
 class Beside {
 public:
     Beside(int dir, const char* target) : dir_(dir) {
-        const char* slash = std::strrchr(target, '/');
-        const std::string stem(target, slash != nullptr ? slash + 1 - target : 0);
+        const std::string stem = stemOf(target);
         static unsigned counter = 0;
         do {
             std::array<char, 48> last;
@@ -83,7 +131,7 @@ public:
     ~Beside() {
         const int saved = errno;
         if (exists_)
-            ::unlinkat(dir_, name_.c_str(), 0);
+            retry([&] { return ::unlinkat(dir_, name_.c_str(), 0); });
         errno = saved;
     }
 
@@ -94,13 +142,14 @@ public:
     /// needs no look at the target first. EEXIST where it is not; EINVAL where the
     /// file system has no such operation.
     int becomeNew(const char* target) {
-        return taken(
-            file_.close() ? ::renameat2(dir_, name_.c_str(), dir_, target, RENAME_NOREPLACE) : -1);
+        return file_.close() ? moveTo(target, RENAME_NOREPLACE) : -1;
     }
-    int become(const char* target) { return taken(::renameat(dir_, name_.c_str(), dir_, target)); }
+    int become(const char* target) { return moveTo(target, 0); }
 
 private:
-    int taken(int result) {
+    int moveTo(const char* target, unsigned flags) {
+        const int result =
+            retry([&] { return ::renameat2(dir_, name_.c_str(), dir_, target, flags); });
         exists_ = exists_ && result != 0;
         return result;
     }
@@ -109,22 +158,6 @@ private:
     std::string name_;
     Descriptor file_;
     bool exists_ = false;
-};
-
-/// No signal ends the process, or runs a handler that does, in its lifetime.
-class SignalsHeld {
-public:
-    SignalsHeld() {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-    ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
-private:
-    sigset_t before_;
 };
 
 int writeAll(int file, const char* data, std::size_t size) {
@@ -167,63 +200,64 @@ int copyLarge(int source, int target) {
     }
 }
 
-/// File systems without permissions refuse; the contents are whole all the same.
+/// One read and one write where that is all; a size is no promise, though.
+int copySmall(int source, off_t size, int target) {
+    std::array<char, smallSize> buffer;
+    const ssize_t got = retry([&] { return ::read(source, buffer.data(), buffer.size()); });
+    if (got < 0 || writeAll(target, buffer.data(), static_cast<std::size_t>(got)) != 0)
+        return -1;
+    return got == size ? 0 : copyByBuffer(source, target);
+}
+
+/// The mode is mostly right from the creation: a look at it is cheaper than
+/// setting it. File systems without permissions refuse; the contents are whole
+/// all the same.
 int keepPermissions(int target, mode_t mode) {
-    if (::fchmod(target, mode & 0777) == 0 || errno == EPERM || errno == EOPNOTSUPP)
+    struct stat info;
+    if (look(target, "", AT_EMPTY_PATH, info) == 0 && (info.st_mode & 0777) == (mode & 0777))
+        return 0;
+    if (retry([&] { return ::fchmod(target, mode & 0777); }) == 0 || errno == EPERM ||
+        errno == EOPNOTSUPP)
         return 0;
     return -1;
 }
 
-/// A small file under its final name at once. Renaming would cost more than all
-/// the rest; with the contents in memory and signals held, the target is still
-/// whole or absent unless the process is killed outright. EEXIST when the name is
-/// taken.
-int createWhole(int dir, const char* name, std::string_view contents, mode_t mode) {
-    const SignalsHeld held;
-    Descriptor target(::openat(dir, name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode & 0777));
-    if (!target.isOpen())
-        return -1;
-    if (writeAll(target.get(), contents.data(), contents.size()) == 0 &&
-        keepPermissions(target.get(), mode) == 0 && target.close())
-        return 0;
-    const int reason = errno;
-    ::unlinkat(dir, name, 0);
-    return failWith(reason);
+int copyContents(int source, const struct stat& info, int target) {
+    const int copied = info.st_size < static_cast<off_t>(smallSize)
+                           ? copySmall(source, info.st_size, target)
+                           : copyLarge(source, target);
+    return copied == 0 ? keepPermissions(target, info.st_mode) : -1;
 }
 
 enum class Outcome { done, failed, notThisWay };
 
-/// The short way for small files and new names.
-Outcome copySmall(int source, const struct stat& info, int targetDir, const char* target) {
-    if (info.st_size >= static_cast<off_t>(smallSize))
+/// For a name that is free. A small file costs 3 microseconds more than one that
+/// is created under its name and written there, but is whole or absent even when
+/// the process is killed; a rename would cost 4.
+Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const char* target) {
+    Unnamed to(targetDir, target, info.st_mode);
+    if (!to.isOpen())
         return Outcome::notThisWay;
-    std::array<char, smallSize> buffer;
-    const ssize_t got = retry([&] { return ::read(source, buffer.data(), buffer.size()); });
-    if (got == info.st_size &&
-        createWhole(targetDir, target, {buffer.data(), static_cast<std::size_t>(got)},
-                    info.st_mode) == 0)
-        return Outcome::done;
-    if (got >= 0 && got != info.st_size)
-        errno = EEXIST; // its size was no promise: from the start the long way
-    if (errno != EEXIST || ::lseek(source, 0, SEEK_SET) != 0)
+    if (copyContents(source, info, to.get()) != 0)
         return Outcome::failed;
-    return Outcome::notThisWay;
+    if (to.become(targetDir, target) == 0)
+        return Outcome::done;
+    return errno == ENOENT ? Outcome::notThisWay : Outcome::failed;
 }
 
-/// The long way: beside the target first.
+/// For a name that is taken, and for hosts without the other way.
 int copyBeside(int source, const struct stat& info, int targetDir, const char* target,
                bool mayReplace) {
-    if (!mayReplace && checkTarget(targetDir, target, info, mayReplace) != 0)
-        return -1; // before the work: it is no rare case
     Beside to(targetDir, target);
-    if (!to.isOpen() || copyLarge(source, to.get()) != 0 ||
-        keepPermissions(to.get(), info.st_mode) != 0)
+    if (!to.isOpen() || copyContents(source, info, to.get()) != 0)
         return -1;
     if (to.becomeNew(target) == 0)
         return 0;
     if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
         return -1;
-    if (checkTarget(targetDir, target, info, mayReplace) != 0)
+    struct stat existing;
+    if (look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0 &&
+        checkReplacement(existing, info, mayReplace) != 0)
         return -1;
     return to.become(target);
 }
@@ -236,13 +270,26 @@ int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const
     const Descriptor from = openSource(sourceDir, source, isPlain, info);
     if (!from.isOpen())
         return -1;
-    switch (copySmall(from.get(), info, targetDir, target)) {
-    case Outcome::done:
-        return 0;
-    case Outcome::failed:
+    // Before the work where that is much, and where the name is likely taken.
+    struct stat existing;
+    const bool isLarge = info.st_size >= static_cast<off_t>(smallSize);
+    const bool isTaken =
+        (mayReplace || isLarge) && look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0;
+    if (isTaken && checkReplacement(existing, info, mayReplace) != 0)
         return -1;
-    case Outcome::notThisWay:
-        break;
+    if (!isTaken) {
+        switch (copyUnnamed(from.get(), info, targetDir, target)) {
+        case Outcome::done:
+            return 0;
+        case Outcome::failed:
+            if (errno == EEXIST && mayReplace)
+                break;
+            return -1;
+        case Outcome::notThisWay:
+            break;
+        }
+        if (retry([&] { return ::lseek(from.get(), 0, SEEK_SET); }) != 0)
+            return -1;
     }
     return copyBeside(from.get(), info, targetDir, target, mayReplace);
 }

@@ -8,12 +8,20 @@
 
 namespace kaz::host {
 
+inline bool isFailure(ssize_t result) {
+    return result == -1;
+}
+
+inline bool isFailure(const void* result) {
+    return result == nullptr;
+}
+
 /// Repeats a system call that a signal interrupted.
 template <typename Call>
 auto retry(Call call) {
     for (;;) {
         const auto result = call();
-        if (result != -1 || errno != EINTR)
+        if (!isFailure(result) || errno != EINTR)
             return result;
     }
 }

@@ -25,7 +25,7 @@ Listing openListing(int dir) {
     Descriptor own(retry([&] { return ::openat(dir, ".", openFlags); }));
     if (!own.isOpen())
         return nullptr;
-    Listing listing(::fdopendir(own.get()));
+    Listing listing(retry([&] { return ::fdopendir(own.get()); }));
     if (listing != nullptr)
         own.release();
     return listing;
@@ -38,6 +38,10 @@ Kind kindOfEntry(int dir, const dirent& entry) {
     FileStatus info;
     statusAt(dir, entry.d_name, AT_SYMLINK_NOFOLLOW, info);
     return info.kind;
+}
+
+int unlinkEntry(std::intptr_t dir, const std::string& name, int flags) {
+    return retry([&] { return ::unlinkat(static_cast<int>(dir), name.c_str(), flags); });
 }
 
 } // namespace
@@ -54,8 +58,6 @@ Directory::Directory(const Directory& parent, const std::string& name)
     : handle_(retry([&] {
           return ::openat(static_cast<int>(parent.handle_), name.c_str(), openFlags | O_NOFOLLOW);
       })) {}
-
-Directory::Directory(Directory&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
 
 Directory& Directory::operator=(Directory&& other) noexcept {
     std::swap(handle_, other.handle_);
@@ -85,8 +87,10 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
     if (listing == nullptr)
         return -1;
     for (;;) {
-        errno = 0;
-        const dirent* entry = ::readdir(listing.get());
+        const dirent* entry = retry([&] {
+            errno = 0;
+            return ::readdir(listing.get());
+        });
         if (entry == nullptr)
             return errno == 0 ? 0 : -1;
         const std::string_view name = entry->d_name;
@@ -97,15 +101,15 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned mode) const {
-    return ::mkdirat(static_cast<int>(handle_), name.c_str(), mode);
+    return retry([&] { return ::mkdirat(static_cast<int>(handle_), name.c_str(), mode); });
 }
 
 int Directory::removeDirectory(const std::string& name) const {
-    return ::unlinkat(static_cast<int>(handle_), name.c_str(), AT_REMOVEDIR);
+    return unlinkEntry(handle_, name, AT_REMOVEDIR);
 }
 
 int Directory::removeFile(const std::string& name) const {
-    return ::unlinkat(static_cast<int>(handle_), name.c_str(), 0);
+    return unlinkEntry(handle_, name, 0);
 }
 
 int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {

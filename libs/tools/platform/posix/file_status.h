@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/platform/host.h"
+#include "tools/platform/posix/descriptor.h"
 
 #include <sys/stat.h>
 
@@ -30,7 +31,7 @@ inline FileStatus statusOf(const struct stat& info) {
 /// fstatat as a FileStatus; 0, or -1 with errno set and @p result a default one.
 inline int statusAt(int dir, const char* name, int flags, FileStatus& result) {
     struct stat info;
-    const int failed = ::fstatat(dir, name, &info, flags);
+    const int failed = retry([&] { return ::fstatat(dir, name, &info, flags); });
     result = failed == 0 ? statusOf(info) : FileStatus();
     return failed;
 }

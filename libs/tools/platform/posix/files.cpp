@@ -16,7 +16,10 @@ namespace {
 /// Calls @p operation with the host's spelling of a path that can name a file.
 template <typename Operation>
 int onHostPath(const char* path, Operation operation) {
-    return canName(path) ? operation(hostPath(path).c_str()) : failWith(ENOENT);
+    if (!canName(path))
+        return failWith(ENOENT);
+    const std::string name = hostPath(path);
+    return retry([&] { return operation(name.c_str()); });
 }
 
 /// What mkstemp and its kin replace at the end of a template.
@@ -29,6 +32,15 @@ std::string temporaryTemplate(const char* directory, const char* prefix) {
     for (const char* c = prefix; *c != '\0'; ++c)
         result += *c == '/' || *c == '\\' || *c == ':' ? '_' : *c;
     return result.append(placeholder);
+}
+
+/// Fills the placeholder anew before each try: a try that failed has used it up.
+template <typename Create>
+auto createFrom(std::string& name, Create create) {
+    return retry([&] {
+        std::copy(placeholder.begin(), placeholder.end(), name.end() - placeholder.size());
+        return create(name.data());
+    });
 }
 
 /// Carries what the placeholder became over to the native path. Without an
@@ -102,8 +114,10 @@ unsigned setFileMask(unsigned mask) {
 }
 
 std::FILE* openStream(const char* path, const char* mode) {
-    if (canName(path))
-        return std::fopen(hostPath(path).c_str(), mode);
+    if (canName(path)) {
+        const std::string name = hostPath(path);
+        return retry([&] { return std::fopen(name.c_str(), mode); });
+    }
     errno = ENOENT;
     return nullptr;
 }
@@ -123,10 +137,10 @@ std::FILE* createTemporary(const char* directory, const char* prefix, std::strin
     }
     std::string name = temporaryTemplate(directory, prefix);
     std::string native = nativePath(name.c_str());
-    Descriptor file(::mkostemp(name.data(), O_CLOEXEC));
+    Descriptor file(createFrom(name, [](char* place) { return ::mkostemp(place, O_CLOEXEC); }));
     if (!file.isOpen())
         return nullptr;
-    std::FILE* stream = ::fdopen(file.get(), "w+b");
+    std::FILE* stream = retry([&] { return ::fdopen(file.get(), "w+b"); });
     if (stream == nullptr) {
         ::unlink(name.c_str());
         return nullptr;
@@ -141,7 +155,7 @@ int createTemporaryDirectory(const char* parent, const char* prefix, std::string
         return failWith(ENOENT);
     std::string name = temporaryTemplate(parent, prefix);
     std::string native = nativePath(name.c_str());
-    if (::mkdtemp(name.data()) == nullptr)
+    if (createFrom(name, ::mkdtemp) == nullptr)
         return -1;
     takeName(name, native, path);
     return 0;

@@ -19,17 +19,20 @@ class Redirection {
 public:
     explicit Redirection(int output) {
         ::posix_spawn_file_actions_init(&actions_);
-        for (int standard = 1; standard <= 2 && output >= 0; ++standard)
-            ::posix_spawn_file_actions_adddup2(&actions_, output, standard);
+        for (int standard = 1; standard <= 2 && output >= 0 && error_ == 0; ++standard)
+            error_ = ::posix_spawn_file_actions_adddup2(&actions_, output, standard);
     }
     Redirection(const Redirection&) = delete;
     Redirection& operator=(const Redirection&) = delete;
     ~Redirection() { ::posix_spawn_file_actions_destroy(&actions_); }
 
+    /// Why it could not be prepared, or 0.
+    int error() const { return error_; }
     const posix_spawn_file_actions_t* get() const { return &actions_; }
 
 private:
     posix_spawn_file_actions_t actions_;
+    int error_ = 0;
 };
 
 /// A started child; awaited at the latest when this goes away.
@@ -109,15 +112,18 @@ Completion notStarted(int number) {
 Completion start(char* const* arguments, OutputSink* sink) {
     std::fflush(nullptr);
     std::array<int, 2> ends{-1, -1};
-    if (sink != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0)
+    if (sink != nullptr && retry([&] { return ::pipe2(ends.data(), O_CLOEXEC); }) != 0)
         return notStarted(errno);
     Descriptor reading(ends[0]);
     Descriptor writing(ends[1]);
     if (reading.isOpen())
         ::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
     pid_t id = 0;
-    const int error = ::posix_spawnp(&id, arguments[0], Redirection(writing.get()).get(), nullptr,
-                                     arguments, environ);
+    const Redirection redirection(writing.get());
+    const int error =
+        redirection.error() != 0
+            ? redirection.error()
+            : ::posix_spawnp(&id, arguments[0], redirection.get(), nullptr, arguments, environ);
     if (error != 0)
         return notStarted(error);
     Child child(id);

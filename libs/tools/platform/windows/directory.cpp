@@ -79,8 +79,6 @@ Directory::Directory(const char* path) : handle_(openDirectory(literalPath(path)
 Directory::Directory(const Directory& parent, const std::string& name)
     : handle_(openDirectory(entryPath(parent.handle_, name), false)) {}
 
-Directory::Directory(Directory&& other) noexcept : handle_(std::exchange(other.handle_, closed)) {}
-
 Directory& Directory::operator=(Directory&& other) noexcept {
     std::swap(handle_, other.handle_);
     return *this;

@@ -31,17 +31,21 @@ char searchPathSeparator() {
     return ';';
 }
 
-std::string absolutePath(const char* path) {
+const std::string& absolutePath(const char* path) {
+    // Never destroyed: static objects of a tool may ask to the very end.
+    static std::string& result = *new std::string;
+    result.clear();
     if (*path == '\0') {
         errno = ENOENT;
-        return {};
+        return result;
     }
     std::array<char, MAX_PATH> buffer;
     const DWORD length = GetFullPathNameA(path, buffer.size(), buffer.data(), nullptr);
     if (length > 0 && length < buffer.size())
-        return {buffer.data(), length};
-    errno = length > 0 ? ENAMETOOLONG : errnoOf(GetLastError());
-    return {};
+        result.assign(buffer.data(), length);
+    else
+        errno = length > 0 ? ENAMETOOLONG : errnoOf(GetLastError());
+    return result;
 }
 
 std::string currentDirectory() {

@@ -27,7 +27,7 @@ std::string narrowed(std::wstring_view text, bool* exact) {
 }
 
 std::wstring literalPath(const char* path) {
-    const std::string full = absolutePath(path);
+    const std::string& full = absolutePath(path);
     if (full.empty())
         return {};
     const std::wstring wide = widened(full);

@@ -2,11 +2,13 @@
 /// What the runtime library offers for each width of character.
 #pragma once
 
+#include "tools/platform/case_map.h"
+#include "tools/platform/vector.h"
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/compare_no_case.h"
 #include "tools/util/text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstddef>
 #include <cstring>
 #include <cwctype>
@@ -30,18 +32,40 @@ struct Characters<char> {
         return std::strncmp(a, b, n);
     }
     static int compareNoCase(const char* a, const char* b) { return kaz_fast_stricmp(a, b); }
+    /// The same where @p n characters of both can be read, the terminator of the
+    /// shorter one included.
+    static int compareNoCase(const char* a, const char* b, std::size_t n) {
+        return kaz::detail::compareNoCase(a, b, n);
+    }
 
     /// The first @p c among @p n characters, or null.
     static const char* find(const char* s, std::size_t n, char c) {
         return static_cast<const char*>(std::memchr(s, static_cast<unsigned char>(c), n));
     }
 
-    static char upper(char c) {
-        return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    static std::size_t count(const char* s, std::size_t n, char c) {
+        return host::bytes().count(s, n, c);
     }
-    static char lower(char c) {
-        return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    /// Whether there is a place among the first @p end from @p from on where
+    /// @p first stands and @p last @p distance characters behind it; else @p end.
+    static std::size_t findPair(const char* s, std::size_t from, std::size_t end, char first,
+                                char last, std::size_t distance) {
+        return host::bytes().findPair(s, from, end, first, last, distance);
     }
+
+    /// Such places from @p from on to @p indexes, as many as there are or have
+    /// room, which is 32 at least. Returns how many, and moves @p from to where to
+    /// go on, which is @p end when there are no more.
+    static std::size_t findPairs(const char* s, std::size_t& from, std::size_t end, char first,
+                                 char last, std::size_t distance, std::int32_t* indexes,
+                                 std::size_t room) {
+        return host::bytes().findPairs(s, from, end, first, last, distance, indexes, room);
+    }
+
+    /// The mappings of case, for one call.
+    static host::CaseMap upper() { return host::CaseMap::upper(); }
+    static host::CaseMap lower() { return host::CaseMap::lower(); }
+    static void apply(const host::CaseMap& map, char* s, std::size_t n) { map.apply(s, s, n); }
 
     /// The value that hashes and sets see.
     static unsigned code(char c) { return static_cast<unsigned char>(c); }
@@ -80,12 +104,13 @@ struct Characters<unsigned short> {
     }
 
     static int compareNoCase(const Ch* a, const Ch* b) {
-        while (lower(*a) == lower(*b) && *a != 0) {
+        while (lowered(*a) == lowered(*b) && *a != 0) {
             ++a;
             ++b;
         }
-        return (lower(*a) > lower(*b)) - (lower(*a) < lower(*b));
+        return (lowered(*a) > lowered(*b)) - (lowered(*a) < lowered(*b));
     }
+    static int compareNoCase(const Ch* a, const Ch* b, std::size_t) { return compareNoCase(a, b); }
 
     static const Ch* find(const Ch* s, std::size_t n, Ch c) {
         const Ch* const end = s + n;
@@ -93,8 +118,27 @@ struct Characters<unsigned short> {
         return hit != end ? hit : nullptr;
     }
 
-    static Ch upper(Ch c) { return narrowed(std::towupper(c), c); }
-    static Ch lower(Ch c) { return narrowed(std::towlower(c), c); }
+    static std::size_t count(const Ch* s, std::size_t n, Ch c) {
+        return static_cast<std::size_t>(std::count(s, s + n, c));
+    }
+    static std::size_t findPair(const Ch* s, std::size_t from, std::size_t end, Ch first, Ch last,
+                                std::size_t distance) {
+        while (from < end && (s[from] != first || s[from + distance] != last))
+            ++from;
+        return from;
+    }
+
+    static std::size_t findPairs(const Ch* s, std::size_t& from, std::size_t end, Ch first, Ch last,
+                                 std::size_t distance, std::int32_t* indexes, std::size_t room) {
+        std::size_t found = 0;
+        while (found < room && (from = findPair(s, from, end, first, last, distance)) < end)
+            indexes[found++] = static_cast<std::int32_t>(from++);
+        return found;
+    }
+
+    static auto upper() { return raised; }
+    static auto lower() { return lowered; }
+    static void apply(Ch (*map)(Ch), Ch* s, std::size_t n) { std::transform(s, s + n, s, map); }
     static unsigned code(Ch c) { return c; }
 
     static Ch* duplicate(const Ch* s) {
@@ -103,6 +147,8 @@ struct Characters<unsigned short> {
     }
 
 private:
+    static Ch raised(Ch c) { return narrowed(std::towupper(c), c); }
+    static Ch lowered(Ch c) { return narrowed(std::towlower(c), c); }
     /// A mapping that leaves the 16-bit range is none.
     static Ch narrowed(std::uint32_t mapped, Ch original) {
         return mapped <= 0xFFFF ? static_cast<Ch>(mapped) : original;
@@ -128,6 +174,19 @@ template <class Ch>
 Ch* put(Ch* out, Text<Ch> s) {
     if (s.length > 0)
         std::memmove(out, s.data, static_cast<std::size_t>(s.length) * sizeof(Ch));
+    return out + s.length;
+}
+
+/// How far putInSteps() may read and write beyond the end.
+template <class Ch>
+inline constexpr std::ptrdiff_t stepLength = 32 / sizeof(Ch);
+
+/// put() for a short text that does not overlap its copy: in whole steps, which
+/// saves the call that finds out how to copy that many.
+template <class Ch>
+Ch* putInSteps(Ch* out, Text<Ch> s) {
+    for (std::ptrdiff_t i = 0; i < s.length; i += stepLength<Ch>)
+        std::memcpy(out + i, s.data + i, stepLength<Ch> * sizeof(Ch));
     return out + s.length;
 }
 

@@ -2,10 +2,12 @@
 /// The hash of a text.
 #pragma once
 
+#include "tools/platform/vector.h"
 #include "tools/strings/detail/Characters.h"
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <utility>
 
 namespace kaz::detail {
@@ -21,13 +23,13 @@ inline constexpr std::array<unsigned, 23> hashShifts = [] {
 /// One round of the shift sequence, unrolled: with the shifts as constants it
 /// runs several times as fast as a loop that computes them.
 template <class Ch, class Map, std::size_t... I>
-unsigned hashRound(const Ch* s, Map map, std::index_sequence<I...>) {
+unsigned hashRound(const Ch* s, const Map& map, std::index_sequence<I...>) {
     return ((Characters<Ch>::code(map(s[I])) << hashShifts[I]) + ...);
 }
 
 /// The wrapping sum of the shifted characters, each passed through @p map.
 template <class Ch, class Map>
-unsigned hashText(Text<Ch> s, Map map) {
+unsigned hashText(Text<Ch> s, const Map& map) {
     unsigned h = 0;
     constexpr std::ptrdiff_t round = hashShifts.size();
     for (; s.length >= round; s.data += round, s.length -= round)
@@ -35,6 +37,15 @@ unsigned hashText(Text<Ch> s, Map map) {
     for (std::ptrdiff_t i = 0; i < s.length; ++i)
         h += Characters<Ch>::code(map(s.data[i])) << hashShifts[static_cast<std::size_t>(i)];
     return h;
+}
+
+/// The hash of the characters as they stand.
+template <class Ch>
+unsigned hashText(Text<Ch> s) {
+    if constexpr (sizeof(Ch) == 1)
+        return host::bytes().hash(s.data, static_cast<std::size_t>(s.length));
+    else
+        return hashText(s, std::identity{});
 }
 
 } // namespace kaz::detail

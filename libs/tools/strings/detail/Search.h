@@ -3,9 +3,13 @@
 #pragma once
 
 #include "tools/strings/detail/Characters.h"
+#include "tools/util/detail/allocate.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 
 namespace kaz::detail {
 
@@ -100,24 +104,118 @@ std::ptrdiff_t findCharacter(Text<Ch> text, Ch c, std::ptrdiff_t start) {
     return hit != nullptr ? hit - text.data : -1;
 }
 
+/// Tries the places where both ends of a text fit, which wins on ordinary text,
+/// and says when near misses have cost more than that could save.
+template <class Ch>
+class Trial {
+public:
+    Trial(Text<Ch> wanted, std::ptrdiff_t start)
+        : wanted_(wanted), start_(start), wasted_(-2 * wanted.length - 64 * perMiss) {}
+
+    /// Whether the text stands at @p place, of which both ends are known to fit.
+    bool fits(Text<Ch> text, std::ptrdiff_t place) {
+        const Ch* const middle = text.data + place + 1;
+        const std::ptrdiff_t length = wanted_.length - 2;
+        std::ptrdiff_t same = 0;
+        while (same < length && wanted_.data[1 + same] == middle[same])
+            ++same;
+        if (same >= length)
+            return true;
+        wasted_ += same + perMiss;
+        return false;
+    }
+
+    /// Whether, having come to @p place, one had better use the search that is
+    /// linear in any case.
+    bool isHard(std::ptrdiff_t place) const { return wasted_ > 4 * (place - start_); }
+
+private:
+    static constexpr std::ptrdiff_t perMiss = 16;
+
+    Text<Ch> wanted_;
+    std::ptrdiff_t start_;
+    std::ptrdiff_t wasted_;
+};
+
 /// The index of the first occurrence of @p wanted (not empty) at or after
 /// @p start (0 .. length), or -1.
 template <class Ch>
 std::ptrdiff_t findText(Text<Ch> text, Text<Ch> wanted, std::ptrdiff_t start) {
-    const Text<Ch> candidates = {text.data, text.length - wanted.length + 1};
-    // Jumping from one first character to the next wins on ordinary text. When
-    // near misses have cost more than that could save, the search that is
-    // linear in any case takes over.
-    std::ptrdiff_t wasted = -2 * wanted.length - 64;
-    for (std::ptrdiff_t i = start; (i = findCharacter(candidates, *wanted.data, i)) >= 0; ++i) {
-        const auto differ = std::mismatch(wanted.begin(), wanted.end(), text.data + i).first;
-        if (differ == wanted.end())
+    if (wanted.length == 1)
+        return findCharacter(text, *wanted.data, start);
+    const std::ptrdiff_t end = text.length - wanted.length + 1;
+    const std::ptrdiff_t distance = wanted.length - 1;
+    Trial<Ch> trial(wanted, start);
+    for (std::ptrdiff_t i = start; i < end; ++i) {
+        i = static_cast<std::ptrdiff_t>(Characters<Ch>::findPair(
+            text.data, static_cast<std::size_t>(i), static_cast<std::size_t>(end), wanted.data[0],
+            wanted.data[distance], static_cast<std::size_t>(distance)));
+        if (i >= end)
+            break;
+        if (trial.fits(text, i))
             return i;
-        wasted += differ - wanted.begin();
-        if (wasted > 4 * (i - start))
+        if (trial.isHard(i))
             return TwoWaySearch<Ch>(wanted).find(text, i + 1);
     }
     return -1;
 }
+
+/// The indexes of all occurrences of a text, from left to right and without
+/// overlap.
+template <class Ch>
+class Occurrences {
+public:
+    /// @p wanted is not empty.
+    Occurrences(Text<Ch> text, Text<Ch> wanted) : text_(text), wanted_(wanted) {
+        std::int32_t places[256];
+        Trial<Ch> trial(wanted, 0);
+        const std::ptrdiff_t distance = wanted.length - 1;
+        const auto end =
+            static_cast<std::size_t>(std::max<std::ptrdiff_t>(text.length - wanted.length + 1, 0));
+        std::ptrdiff_t free = 0; // where the next one may begin
+        for (std::size_t from = 0; from < end;) {
+            const std::size_t count = Characters<Ch>::findPairs(
+                text.data, from, end, wanted.data[0], wanted.data[distance],
+                static_cast<std::size_t>(distance), places, std::size(places));
+            for (std::size_t i = 0; i < count; ++i)
+                if (places[i] >= free && trial.fits(text, places[i]))
+                    free = add(places[i]);
+            if (trial.isHard(static_cast<std::ptrdiff_t>(from))) {
+                addAllFrom(std::max(free, static_cast<std::ptrdiff_t>(from)));
+                return;
+            }
+        }
+    }
+
+    std::size_t size() const { return size_; }
+    const std::int32_t* begin() const { return indexes_.get(); }
+    const std::int32_t* end() const { return begin() + size_; }
+
+private:
+    /// Returns where the next one may begin.
+    std::ptrdiff_t add(std::ptrdiff_t index) {
+        if (size_ == room_) {
+            const std::size_t room = std::max<std::size_t>(2 * room_, 64);
+            void* const larger = reallocate(indexes_.get(), room * sizeof(std::int32_t));
+            static_cast<void>(indexes_.release());
+            indexes_.reset(static_cast<std::int32_t*>(larger));
+            room_ = room;
+        }
+        indexes_.get()[size_++] = static_cast<std::int32_t>(index);
+        return index + wanted_.length;
+    }
+
+    void addAllFrom(std::ptrdiff_t from) {
+        const TwoWaySearch<Ch> search(wanted_);
+        while ((from = search.find(text_, from)) >= 0)
+            from = add(from);
+    }
+
+    Text<Ch> text_;
+    Text<Ch> wanted_;
+    HeapPtr<std::int32_t> indexes_;
+    std::size_t size_ = 0;
+    std::size_t room_ = 0;
+};
 
 } // namespace kaz::detail

@@ -1,0 +1,100 @@
+// Bit vectors against std::vector<bool>.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "tools/util/bitvec.h"
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <vector>
+
+namespace {
+
+struct Delete {
+    void operator()(bitvec* bits) const { bitvec_delete(bits); }
+};
+using Vector = std::unique_ptr<bitvec, Delete>;
+
+/// A vector and its model under one sequence of changes.
+class Pair {
+public:
+    explicit Pair(int n)
+        : last(std::max(n, 0)), bits(bitvec_new(n)), model(static_cast<std::size_t>(last) + 1) {
+        FUZZ_CHECK(bits->size == last);
+    }
+
+    void put(int i, int value) {
+        if (value == 0)
+            bitvec_unset(bits.get(), i);
+        else
+            bitvec_put_val(bits.get(), i, value);
+        if (isValid(i))
+            model[static_cast<std::size_t>(i)] = value != 0;
+    }
+
+    void check() const {
+        for (int i = -2; i <= last + 34; ++i)
+            FUZZ_CHECK(bitvec_is_set(bits.get(), i) ==
+                       (isValid(i) && model[static_cast<std::size_t>(i)]));
+        const auto first =
+            static_cast<int>(std::find(model.begin(), model.end(), false) - model.begin());
+        FUZZ_CHECK(bitvec_find_unset(bits.get()) == (first % 32 == 0 && first > last ? -1 : first));
+        const bool clear = std::find(model.begin(), model.end(), true) == model.end();
+        FUZZ_CHECK(bitvec_is_all_clear(bits.get()) == (clear ? 1 : 0));
+    }
+
+    /// A copy that differs in one bit, compared over a range.
+    void compareCopy(int flip, int from, int to) const {
+        const Vector copy(bitvec_copy(bits.get()));
+        FUZZ_CHECK(bitvec_compare(bits.get(), copy.get()) == 0);
+        bitvec_put_val(copy.get(), flip, !bitvec_is_set(copy.get(), flip));
+        FUZZ_CHECK(bitvec_compare(bits.get(), copy.get()) == (isValid(flip) ? 1 : 0));
+        const auto [low, high] = std::minmax({std::max(from, 0), std::min(to, last)});
+        FUZZ_CHECK(bitvec_compare_sub(bits.get(), copy.get(), from, to) ==
+                   (isValid(flip) && low <= flip && flip <= high ? 1 : 0));
+    }
+
+    void clear() {
+        bitvec_clear(bits.get());
+        model.assign(model.size(), false);
+    }
+
+private:
+    bool isValid(int i) const { return i >= 0 && i <= last; }
+
+    int last;
+    Vector bits;
+    std::vector<bool> model;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const int n = input.between(-2, 2200);
+    Pair pair(n);
+    for (int work = 0; !input.empty() && work < 2000000; work += n + 40) {
+        switch (input.between(0, 4)) {
+        case 0:
+            pair.put(input.between(-2, n + 34), input.flag());
+            break;
+        case 1: {
+            const int first = input.between(-2, n + 34);
+            const bool value = input.between(0, 3) > 0;
+            for (int i = first, end = first + input.between(0, 2200); i < end; ++i)
+                pair.put(i, value ? -7 : 0);
+            break;
+        }
+        case 2:
+            if (input.byte() == 0)
+                pair.clear();
+            break;
+        default:
+            const int flip = input.between(-2, n + 2);
+            pair.compareCopy(flip, input.byte() == 0 ? INT_MAX : input.between(-20, n + 20),
+                             input.byte() == 0 ? INT_MIN : input.between(-20, n + 20));
+        }
+        pair.check();
+    }
+    return 0;
+}

@@ -1,0 +1,388 @@
+// Arrays and collections against std::vector, with iterators that stay while
+// elements come and go, and with storage that several of them share.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "kit/counted.h"
+#include "tools/containers/KazStringColl.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <list>
+#include <memory>
+#include <vector>
+
+namespace {
+
+using fuzz::Input;
+using kit::Counted;
+
+int valueOf(const void* element) {
+    return element ? static_cast<const Counted*>(element)->value() : 0;
+}
+
+// ---- The array
+
+struct Array : KazArrayPtr {
+    std::vector<void*> contents() const { return std::vector<void*>(data, data + size); }
+    int room() const { return capacity; }
+};
+
+/// The capacity that growing for @p count slots gives at the usual rate.
+int grownCapacity(int present, int count) {
+    const int fitting = (count + 3) / 4 * 4;
+    const auto more = static_cast<int>((1.3F - 1.0F) * static_cast<float>(present));
+    return present == 0 ? fitting : std::max(fitting, (present + more + 4) / 4 * 4);
+}
+
+void arrayBehavesLikeAVector(Input& input) {
+    Array array;
+    std::vector<void*> model;
+    int room = 0;
+    for (int work = 0; !input.empty() && work < 300000; work += array.getSize() + 1) {
+        const int size = static_cast<int>(model.size());
+        void* value = reinterpret_cast<void*>(static_cast<std::intptr_t>(input.between(1, 99)));
+        const int at = input.between(0, size + 3);
+        const auto fillTo = [&](int count) {
+            if (count > size)
+                model.resize(static_cast<std::size_t>(count));
+        };
+        bool fits = false;
+        switch (input.between(0, 9)) {
+        case 0:
+            FUZZ_CHECK(array.add(value) == size);
+            model.push_back(value);
+            break;
+        case 1:
+            array.setAtGrow(at, value);
+            fillTo(at + 1);
+            model[static_cast<std::size_t>(at)] = value;
+            break;
+        case 2: {
+            std::vector<void*> inserted(static_cast<std::size_t>(input.between(0, 80)), value);
+            array.insertAt(at, inserted.data(), static_cast<int>(inserted.size()));
+            fillTo(at);
+            model.insert(model.begin() + at, inserted.begin(), inserted.end());
+            break;
+        }
+        case 3:
+            if (size > 0 && size < 500) { // its own slots
+                array.insertAt(at, array);
+                const std::vector<void*> inserted(model);
+                fillTo(at);
+                model.insert(model.begin() + at, inserted.begin(), inserted.end());
+            }
+            break;
+        case 4:
+            array.remove();
+            model.resize(static_cast<std::size_t>(std::max(size - 1, 0)));
+            break;
+        case 5:
+            array.freeExtra();
+            fits = true;
+            break;
+        case 6:
+            array.setSize(at);
+            model.resize(static_cast<std::size_t>(at));
+            fits = at == 0;
+            break;
+        case 7: {
+            KazArrayPtr other;
+            other.copy(array);
+            FUZZ_CHECK(other.append(array) == size);
+            FUZZ_CHECK(other.findPtr(size > 0 ? array[0] : value) >= size || size == 0);
+            break;
+        }
+        default:
+            if (size > 0) {
+                const int from = input.between(0, size - 1);
+                const int count = std::min(input.between(1, 9), size - from);
+                array.removeAt(from, count);
+                model.erase(model.begin() + from, model.begin() + from + count);
+            }
+        }
+        FUZZ_CHECK(array.contents() == model);
+        FUZZ_CHECK(array.findPtr(value) ==
+                   model.rend() - std::find(model.rbegin(), model.rend(), value) - 1);
+        room = fits                      ? static_cast<int>(model.size())
+               : array.getSize() <= room ? room
+                                         : grownCapacity(room, array.getSize());
+        FUZZ_CHECK(array.room() == room);
+    }
+}
+
+// ---- The collection and its iterators
+
+/// An iterator and where it should stand; -2 is done.
+struct Tracked {
+    KazCollIterator real;
+    int position;
+};
+
+/// What a collection and its iterators are to do, told in the plainest way.
+struct Model {
+    std::vector<int> values;
+    std::list<Tracked> iterators;
+
+    int size() const { return static_cast<int>(values.size()); }
+    void insert(int at, const std::vector<int>& items) {
+        if (at > size())
+            values.resize(static_cast<std::size_t>(at));
+        values.insert(values.begin() + at, items.begin(), items.end());
+        for (Tracked& i : iterators)
+            i.position += i.position >= at ? static_cast<int>(items.size()) : 0;
+    }
+    void remove(int at, int count) {
+        values.erase(values.begin() + at, values.begin() + at + count);
+        for (auto& [real, position] : iterators)
+            position = position >= at ? std::max(position - count, at - 1) : position;
+    }
+    void clear() {
+        values.clear();
+        for (Tracked& i : iterators)
+            i.position = -2;
+    }
+    int item(int i) const { return i >= 0 ? values[static_cast<std::size_t>(i)] : 0; }
+};
+
+class Walked {
+public:
+    explicit Walked(KazColl& walked) : coll(walked) {
+        for (int i = 0; i < 6; ++i)
+            model.iterators.push_front(atStart());
+    }
+
+    void change(Input& input) {
+        const int size = model.size();
+        const int at = input.between(0, size + 1);
+        Counted one(input.between(1, 99)), two(7);
+        switch (input.between(0, 9)) {
+        case 0:
+            FUZZ_CHECK(coll.add(&one) == size);
+            model.values.push_back(one.value());
+            break;
+        case 1: {
+            void* items[] = {&one, &two};
+            const bool both = input.flag();
+            coll.insertAt(at, items, both ? 2 : 1);
+            model.insert(at, both ? std::vector{one.value(), 7} : std::vector{one.value()});
+            break;
+        }
+        case 2:
+            if (size > 0 && size < 200) {
+                coll.insertAt(at, coll);
+                model.insert(at, std::vector<int>(model.values));
+            }
+            break;
+        case 3:
+            if (size > 0) {
+                coll.setAt(at % size, &one);
+                model.values[static_cast<std::size_t>(at % size)] = one.value();
+            }
+            break;
+        case 4:
+        case 5:
+            if (size > 0) {
+                const int from = at % size;
+                const int count = input.between(1, size - from);
+                coll.removeAt(from, count);
+                model.remove(from, count);
+            }
+            break;
+        case 6:
+            input.between(0, 9) == 0 ? clear() : coll.freeExtra();
+            break;
+        case 7: {
+            const bool fresh = input.flag();
+            model.iterators.pop_back();
+            model.iterators.push_front(fresh ? atStart() : model.iterators.back());
+            break;
+        }
+        default:
+            for (auto& [real, position] : model.iterators) {
+                if (position != -2 && ++position == size)
+                    position = -2;
+                FUZZ_CHECK(real.next() == (position != -2));
+            }
+        }
+        check();
+    }
+
+    int size() const { return model.size(); }
+
+private:
+    Tracked atStart() { return {KazCollIterator(coll), model.size() > 0 ? 0 : -2}; }
+
+    void clear() {
+        coll.removeAll();
+        model.clear();
+    }
+
+    void check() const {
+        FUZZ_CHECK(coll.getSize() == model.size());
+        for (int i = 0; i < model.size(); ++i)
+            FUZZ_CHECK(valueOf(coll[i]) == model.item(i));
+        for (const auto& [real, position] : model.iterators) {
+            FUZZ_CHECK(real.isDone() == (position == -2));
+            FUZZ_CHECK(valueOf(real.item()) == model.item(position));
+        }
+    }
+
+    KazColl& coll;
+    Model model;
+};
+
+void iteratorsKeepTheirElements(Input& input) {
+    {
+        KazColl coll;
+        coll.setCheckIn(Counted::checkIn);
+        coll.setCheckOut(Counted::checkOut);
+        Walked walked(coll);
+        for (int work = 0; !input.empty() && work < 300000; work += walked.size() + 1)
+            walked.change(input);
+        KazColl copied(coll);
+        copied.append(coll);
+    }
+    FUZZ_CHECK(Counted::live() == 0);
+}
+
+// ---- Collections that share storage and part again
+
+std::function<void()> meddle;
+int depth = 0;
+
+void meddleNow() {
+    if (!meddle || depth > 2)
+        return;
+    ++depth;
+    meddle();
+    --depth;
+}
+
+void* meddlingCheckIn(void* element) {
+    void* copy = Counted::checkIn(element);
+    meddleNow(); // only now: the element may be among what it removes
+    return copy;
+}
+
+void meddlingCheckOut(void* element) {
+    Counted::checkOut(element);
+    meddleNow();
+}
+
+/// Any operations in any order. Those collections that check in do so with
+/// functions that may do one operation more.
+class Crowd {
+public:
+    Crowd(Input& source, bool checksElementsIn) : input(source), checksIn(checksElementsIn) {
+        meddle = [this] {
+            if (!input.empty() && input.between(0, 2) == 0)
+                act();
+        };
+    }
+    Crowd(const Crowd&) = delete;
+    Crowd& operator=(const Crowd&) = delete;
+    ~Crowd() { meddle = nullptr; }
+
+    void act() {
+        auto& coll = colls[input.between<std::size_t>(0, 3)];
+        const auto& other = colls[input.between<std::size_t>(0, 3)];
+        if (!coll)
+            coll = fresh();
+        const int size = coll->getSize();
+        switch (input.between(0, 9)) {
+        case 0:
+            return withItem([&](void* item) { coll->insertAt(input.between(0, size + 1), item); });
+        case 1:
+            return withItem([&](void* item) {
+                size > 0 ? coll->setAt(input.between(0, size - 1), item) : void(coll->add(item));
+            });
+        case 2:
+        case 3:
+            return withItem([&](void* item) { coll->add(item); });
+        case 4:
+            if (size > 0)
+                coll->removeAt(input.between(0, size - 1), input.between(1, 3));
+            break;
+        case 5:
+            if (other)
+                *coll = *other;
+            break;
+        case 6:
+            if (depth == 0 && input.flag())
+                coll.reset();
+            break;
+        case 7:
+            input.flag() ? coll->removeAll() : coll->freeExtra();
+            break;
+        case 8:
+            if (depth == 0)
+                iterators[input.between<std::size_t>(0, 5)] =
+                    std::make_unique<KazCollIterator>(*coll);
+            break;
+        default:
+            if (checksIn && other && size < 30)
+                input.flag() ? coll->copy(*other) : coll->insertAt(0, *other);
+        }
+    }
+
+    /// Whatever can be reached is alive: the sanitizer sees to the rest.
+    void check() {
+        for (const auto& coll : colls)
+            for (int i = 0; coll && i < coll->getSize(); ++i)
+                FUZZ_CHECK(valueOf((*coll)[i]) >= 0);
+        for (const auto& each : iterators) {
+            FUZZ_CHECK(!each || valueOf(each->item()) >= 0);
+            if (each)
+                each->next();
+        }
+    }
+
+private:
+    /// What is not checked in is the collection's from then on.
+    template <typename Action>
+    void withItem(Action action) {
+        std::unique_ptr<Counted> element(new Counted(1));
+        action(checksIn ? element.get() : element.release());
+    }
+
+    std::unique_ptr<KazColl> fresh() const {
+        auto result = std::make_unique<KazColl>();
+        result->setCheckOut(checksIn ? meddlingCheckOut : Counted::checkOut);
+        result->setCheckIn(checksIn ? meddlingCheckIn : nullptr);
+        return result;
+    }
+
+    Input& input;
+    bool checksIn;
+    std::array<std::unique_ptr<KazColl>, 4> colls;
+    std::array<std::unique_ptr<KazCollIterator>, 6> iterators;
+};
+
+void sharersLetGoOnce(Input& input) {
+    {
+        Crowd crowd(input, input.flag());
+        while (!input.empty()) {
+            crowd.act();
+            crowd.check();
+        }
+    }
+    FUZZ_CHECK(Counted::live() == 0);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    switch (input.between(0, 2)) {
+    case 0:
+        arrayBehavesLikeAVector(input);
+        break;
+    case 1:
+        iteratorsKeepTheirElements(input);
+        break;
+    default:
+        sharersLetGoOnce(input);
+    }
+    return 0;
+}

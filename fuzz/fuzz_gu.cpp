@@ -1,0 +1,382 @@
+// Lists, queues, sets and index lists against std::list, std::deque and std::set.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "tools/util/gu_index_list.h"
+#include "tools/util/gu_list.h"
+#include "tools/util/gu_queue.h"
+#include "tools/util/gu_set.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <deque>
+#include <iterator>
+#include <list>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace {
+
+using fuzz::Input;
+
+void* element(int value) {
+    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
+}
+
+int number(const void* value) {
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
+}
+
+struct Destroy {
+    void operator()(gu_list* list) const { gu_list_destroy(list); }
+    void operator()(gu_queue* queue) const { gu_queue_destroy(queue); }
+    void operator()(gu_set* set) const { gu_set_destroy(set); }
+    void operator()(gu_index_list* list) const { gu_index_list_destroy(list); }
+};
+template <typename T>
+using Owned = std::unique_ptr<T, Destroy>;
+
+template <typename Operation>
+std::set<int> combine(const std::set<int>& a, const std::set<int>& b, Operation operation) {
+    std::set<int> result;
+    operation(a.begin(), a.end(), b.begin(), b.end(), std::inserter(result, result.end()));
+    return result;
+}
+
+std::set<int> united(const std::set<int>& a, const std::set<int>& b) {
+    return combine(a, b, [](auto... x) { std::set_union(x...); });
+}
+std::set<int> common(const std::set<int>& a, const std::set<int>& b) {
+    return combine(a, b, [](auto... x) { std::set_intersection(x...); });
+}
+std::set<int> without(const std::set<int>& a, const std::set<int>& b) {
+    return combine(a, b, [](auto... x) { std::set_difference(x...); });
+}
+
+// ---- Lists
+
+int byTens(const void* a, const void* b) {
+    return number(a) / 10 - number(b) / 10;
+}
+
+void compareLists(const gu_list* list, const std::list<int>& model) {
+    gu_list_node* up = gu_list_first(list);
+    for (const int value : model) {
+        FUZZ_CHECK(up != nullptr && number(gu_list_element(up)) == value);
+        up = gu_list_next(up);
+    }
+    gu_list_node* down = gu_list_last(list);
+    for (auto value = model.rbegin(); value != model.rend(); ++value, down = gu_list_prev(down))
+        FUZZ_CHECK(number(gu_list_element(down)) == *value);
+    FUZZ_CHECK(up == nullptr && down == nullptr);
+    FUZZ_CHECK(gu_list_size(list) == static_cast<int>(model.size()));
+}
+
+void changeList(Input& input, gu_list* list, std::list<int>& model) {
+    const int value = input.between(0, 49);
+    const int at = input.between(0, static_cast<int>(model.size()));
+    const auto place = std::next(model.begin(), at);
+    gu_list_node* node = gu_list_at(list, at);
+    FUZZ_CHECK((place == model.end()) == (node == nullptr));
+    const auto tensBefore = [](int a, int b) { return a / 10 < b / 10; };
+    switch (input.between(0, 8)) {
+    case 0:
+        gu_list_insert_before(list, node, element(value));
+        model.insert(place, value);
+        break;
+    case 1:
+        FUZZ_CHECK(gu_list_element(gu_list_insert_after(list, node, element(value))) ==
+                   element(value));
+        model.insert(node != nullptr ? std::next(place) : model.begin(), value);
+        break;
+    case 2: {
+        const auto first = std::find(model.begin(), model.end(), value);
+        FUZZ_CHECK(gu_list_remove(list, element(value)) == (first != model.end()));
+        if (first != model.end())
+            model.erase(first);
+        break;
+    }
+    case 3: {
+        gu_list_node* next = gu_list_next(node);
+        FUZZ_CHECK(gu_list_remove_node(list, node) == next);
+        if (place != model.end())
+            model.erase(place);
+        break;
+    }
+    case 4:
+        FUZZ_CHECK(gu_list_take_last(list) == element(model.empty() ? 0 : model.back()));
+        if (!model.empty())
+            model.pop_back();
+        break;
+    case 5:
+        gu_list_reverse(list);
+        model.reverse();
+        break;
+    case 6: // all tens are equal: only a stable sort agrees
+        gu_list_sort(list, byTens);
+        model.sort(tensBefore);
+        gu_list_insert_sorted(list, element(value), byTens);
+        model.insert(std::upper_bound(model.begin(), model.end(), value, tensBefore), value);
+        break;
+    case 7: {
+        const Owned<gu_list> other(gu_list_copy(list, nullptr));
+        compareLists(other.get(), model);
+        if (model.size() > 100)
+            break;
+        gu_list_concat(list, other.get());
+        gu_list_concat(list, list);
+        FUZZ_CHECK(gu_list_size(other.get()) == 0);
+        std::list<int> again(model);
+        model.splice(model.end(), again);
+        break;
+    }
+    default:
+        if (node != nullptr) {
+            FUZZ_CHECK(gu_list_set_element(node, element(value)) == element(*place));
+            *place = value;
+        }
+    }
+}
+
+void listsFollowTheModel(Input& input) {
+    const Owned<gu_list> list(gu_list_create(nullptr));
+    std::list<int> model;
+    for (std::size_t work = 0; !input.empty() && work < 100000; work += model.size() + 1) {
+        changeList(input, list.get(), model);
+        compareLists(list.get(), model);
+    }
+}
+
+/// Elements that a list or queue owns, made again by their release for a while.
+int alive = 0;
+gu_list* refilledList = nullptr;
+gu_queue* refilledQueue = nullptr;
+
+void releaseAndRefill(void* owned) {
+    const std::unique_ptr<int> value(static_cast<int*>(owned));
+    --alive;
+    if (*value == 0)
+        return;
+    ++alive;
+    if (refilledList != nullptr)
+        gu_list_append(refilledList, new int(*value - 1));
+    else
+        gu_queue_add(refilledQueue, new int(*value - 1));
+}
+
+void ownedElementsAreReleased(Input& input) {
+    for (const bool asList : {true, false}) {
+        gu_list* list = asList ? gu_list_create(releaseAndRefill) : nullptr;
+        gu_queue* queue = asList ? nullptr : gu_queue_create(releaseAndRefill);
+        refilledList = list;
+        refilledQueue = queue;
+        for (int n = input.between(0, 20); n > 0; --n, ++alive) {
+            auto* value = new int(input.between(0, 3));
+            asList ? void(gu_list_prepend(list, value)) : gu_queue_add(queue, value);
+        }
+        if (input.flag())
+            gu_list_remove_node(list, gu_list_at(list, input.between(0, 20)));
+        gu_list_destroy(list);
+        gu_queue_destroy(queue);
+        FUZZ_CHECK(alive == 0);
+    }
+}
+
+// ---- Queues
+
+void queuesFollowTheModel(Input& input) {
+    const Owned<gu_queue> queue(gu_queue_create(nullptr));
+    std::deque<int> model;
+    for (int value = 1; !input.empty() && value < 100000; ++value) {
+        if (input.between(0, 2) == 0) {
+            FUZZ_CHECK(gu_queue_take(queue.get()) == element(model.empty() ? 0 : model.front()));
+            if (!model.empty())
+                model.pop_front();
+        } else {
+            gu_queue_add(queue.get(), element(value));
+            model.push_back(value);
+        }
+        const int size = static_cast<int>(model.size());
+        FUZZ_CHECK(gu_queue_size(queue.get()) == size);
+        FUZZ_CHECK(gu_queue_first(queue.get()) == element(size > 0 ? model.front() : 0));
+        FUZZ_CHECK(gu_queue_last(queue.get()) == element(size > 0 ? model.back() : 0));
+    }
+    const Owned<gu_queue> copy(gu_queue_copy(queue.get(), nullptr));
+    for (std::size_t i = 0; i < model.size(); ++i)
+        FUZZ_CHECK(gu_queue_at(queue.get(), static_cast<int>(i)) == element(model[i]));
+    FUZZ_CHECK(gu_queue_at(queue.get(), static_cast<int>(model.size())) == nullptr);
+    std::deque<int> met;
+    const auto note = [](void* e, void* to) {
+        static_cast<std::deque<int>*>(to)->push_back(number(e));
+    };
+    gu_queue_foreach(copy.get(), note, &met);
+    FUZZ_CHECK(met == model && !gu_queue_contains(queue.get(), nullptr));
+    FUZZ_CHECK(model.empty() || gu_queue_contains(queue.get(), element(model.back())));
+}
+
+// ---- Sets, in the order of adding
+
+struct SetPair {
+    explicit SetPair(int hint) : set(gu_set_create(hint)) {}
+
+    void change(Input& input) {
+        const int value = input.between(-60, 60);
+        if (input.between(0, 2) == 0) {
+            FUZZ_CHECK(gu_set_remove(set.get(), element(value)) == (model.erase(value) == 1));
+            order.erase(std::remove(order.begin(), order.end(), value), order.end());
+        } else {
+            const bool isNew = model.insert(value).second;
+            FUZZ_CHECK(gu_set_add(set.get(), element(value)) == isNew);
+            if (isNew)
+                order.push_back(value);
+        }
+        FUZZ_CHECK(gu_set_contains(set.get(), element(value)) == (model.count(value) == 1));
+        FUZZ_CHECK(gu_set_size(set.get()) == static_cast<int>(model.size()));
+    }
+
+    Owned<gu_set> set;
+    std::set<int> model;
+    std::vector<int> order;
+};
+
+std::vector<int> inOrder(const gu_set* set) {
+    std::vector<int> elements;
+    for (auto i = gu_set_init(set); !gu_set_done(i); gu_set_next(&i))
+        elements.push_back(number(gu_set_element(i)));
+    return elements;
+}
+
+/// Checks the content of a set that is then destroyed.
+void isSet(gu_set* result, const std::set<int>& expected) {
+    const Owned<gu_set> owner(result);
+    std::vector<int> elements = inOrder(result);
+    std::sort(elements.begin(), elements.end());
+    FUZZ_CHECK(elements == std::vector<int>(expected.begin(), expected.end()));
+}
+
+void setsFollowTheModel(Input& input) {
+    SetPair one(input.between(-1, 30)), two(input.pick(std::vector{0, 1000, INT_MAX}));
+    for (int steps = 0; !input.empty() && steps < 3000; ++steps)
+        (input.flag() ? one : two).change(input);
+    const SetPair& other = input.flag() ? one : two;
+    gu_set* a = one.set.get();
+    const gu_set* b = other.set.get();
+    FUZZ_CHECK(inOrder(a) == one.order);
+    const std::set<int> all = united(one.model, other.model);
+    const std::set<int> both = common(one.model, other.model);
+    const std::set<int> onlyA = without(one.model, other.model);
+    const std::set<int> onlyB = without(other.model, one.model);
+    isSet(gu_set_union(a, b), all);
+    isSet(gu_set_intersection(a, b), both);
+    isSet(gu_set_difference(a, b), onlyA);
+    isSet(gu_set_symmetric_difference(a, b), united(onlyA, onlyB));
+    FUZZ_CHECK(gu_set_subset(a, b) == onlyA.empty());
+    FUZZ_CHECK(gu_set_equal(a, b) == (one.model == other.model));
+    FUZZ_CHECK(gu_set_disjoint(a, b) == both.empty());
+    const struct {
+        int (*change)(gu_set*, const gu_set*);
+        const std::set<int>& result;
+    } changes[] = {{gu_set_add_all, all}, {gu_set_remove_all, onlyA}, {gu_set_retain_all, both}};
+    for (const auto& [change, result] : changes) {
+        const Owned<gu_set> copy(gu_set_copy(a));
+        FUZZ_CHECK(inOrder(copy.get()) == one.order);
+        const int difference = static_cast<int>(result.size()) - static_cast<int>(one.model.size());
+        FUZZ_CHECK(change(copy.get(), b) == std::abs(difference));
+        isSet(gu_set_copy(copy.get()), result);
+        gu_set_clear(copy.get());
+        FUZZ_CHECK(gu_set_add(copy.get(), nullptr) && gu_set_size(copy.get()) == 1);
+    }
+}
+
+// ---- Index lists
+
+std::string textOf(const gu_index_list* list) {
+    const std::unique_ptr<char, decltype(&std::free)> text(gu_index_list_text(list), std::free);
+    return text.get();
+}
+
+/// The text form by the definition: neighbours joined.
+std::string textOf(const std::set<int>& model) {
+    std::string text;
+    for (auto i = model.begin(); i != model.end();) {
+        const int first = *i;
+        int last = first;
+        while (++i != model.end() && *i == last + 1)
+            ++last;
+        text += (text.empty() ? "" : ",") + std::to_string(first);
+        text += last > first ? "-" + std::to_string(last) : "";
+    }
+    return text;
+}
+
+void isList(gu_index_list* result, const std::set<int>& expected) {
+    const Owned<gu_index_list> owner(result);
+    FUZZ_CHECK(textOf(result) == textOf(expected));
+}
+
+void changeIndices(Input& input, gu_index_list* list, std::set<int>& model) {
+    const int first = input.between(-60, 60);
+    const int last = first + input.between(-2, 9);
+    const bool adding = input.flag();
+    if (last == first) {
+        const bool changed = adding ? model.insert(first).second : model.erase(first) == 1;
+        FUZZ_CHECK((adding ? gu_index_list_add : gu_index_list_remove)(list, first) == changed);
+        return;
+    }
+    (adding ? gu_index_list_add_range : gu_index_list_remove_range)(list, first, last);
+    for (int i = first; i <= last; ++i)
+        adding ? void(model.insert(i)) : void(model.erase(i));
+}
+
+void indexListsFollowTheModel(Input& input) {
+    const Owned<gu_index_list> a(gu_index_list_create()), b(gu_index_list_create());
+    std::set<int> x, y;
+    for (int steps = 0; !input.empty() && steps < 2000; ++steps) {
+        changeIndices(input, a.get(), x);
+        FUZZ_CHECK(textOf(a.get()) == textOf(x));
+        changeIndices(input, b.get(), y);
+    }
+    std::set<int> met;
+    for (auto i = gu_index_list_init(a.get()); !gu_index_list_done(i); gu_index_list_next(&i))
+        met.insert(met.end(), i.index);
+    FUZZ_CHECK(met == x && gu_index_list_size(a.get()) == static_cast<long long>(x.size()));
+    for (int i = -75; i < 75; ++i)
+        FUZZ_CHECK(gu_index_list_contains(a.get(), i) == (x.count(i) == 1));
+    isList(gu_index_list_union(a.get(), b.get()), united(x, y));
+    isList(gu_index_list_intersection(a.get(), b.get()), common(x, y));
+    isList(gu_index_list_difference(a.get(), b.get()), without(x, y));
+    FUZZ_CHECK(gu_index_list_subset(a.get(), b.get()) == without(x, y).empty());
+    FUZZ_CHECK(gu_index_list_equal(a.get(), b.get()) == (x == y));
+    gu_index_list_add_all(a.get(), b.get());
+    FUZZ_CHECK(textOf(a.get()) == textOf(united(x, y)));
+}
+
+/// What can be read is written so that it reads the same; the rest is refused at
+/// a place inside the text.
+void textFormIsRead(Input& input) {
+    const std::string text = input.textOf("0123456789-, ", 4096);
+    int position = -2;
+    const Owned<gu_index_list> list(gu_index_list_parse(text.c_str(), &position));
+    if (!list) {
+        FUZZ_CHECK(position >= 0 && position <= static_cast<int>(text.size()));
+        return;
+    }
+    FUZZ_CHECK(position == -1);
+    const std::string written = textOf(list.get());
+    const Owned<gu_index_list> again(gu_index_list_parse(written.c_str(), &position));
+    FUZZ_CHECK(again && position == -1 && gu_index_list_equal(list.get(), again.get()));
+    FUZZ_CHECK(gu_index_list_range_count(list.get()) ==
+               (written.empty() ? 0 : 1 + std::count(written.begin(), written.end(), ',')));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    void (*const parts[])(Input&) = {listsFollowTheModel, queuesFollowTheModel,
+                                     setsFollowTheModel,  indexListsFollowTheModel,
+                                     textFormIsRead,      ownedElementsAreReleased};
+    input.pick(parts)(input);
+    return 0;
+}

@@ -1,0 +1,403 @@
+// Edits of a few strings that share blocks, and questions about them, beside
+// std::string.
+
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "fuzz/string_reference.h"
+#include "strings/string_kit.h"
+
+#include <climits>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+/// A pool of strings and what they should hold. Each step edits one of them,
+/// the subject, with an argument that may be a text of its own, a part of the
+/// subject's text, or a string of the pool, the subject included.
+template <class String>
+class Model {
+public:
+    Model() : texts_(5) {
+        setUpAppending();
+        setUpReplacing();
+        setUpCutting();
+        setUpBuffers();
+        setUpPunctuation();
+        setUpQuestions();
+    }
+
+    void run(fuzz::Input& input) {
+        input_ = &input;
+        strings_.assign(texts_.size(), String());
+        texts_.assign(texts_.size(), std::string());
+        // Enough for any corpus file, and a bound for inputs that are much larger.
+        for (int i = 0; i < 4000 && !input.empty(); ++i)
+            step();
+    }
+
+private:
+    /// What an edit may use beside its argument.
+    struct Draw {
+        int pos; ///< around the text, invalid positions included
+        int at;  ///< valid, the end included
+        int few, many, number;
+        unsigned size;
+        char c, q;
+        std::string from, word;
+        bool isNull; ///< the subject
+        bool isCut;  ///< by setSize(size)
+    };
+
+    using Char = CharOf<String>;
+    using Text = TestText<String>;
+    using S = String;
+    using T = std::string;
+    using V = const std::string&;
+    using D = const Draw&;
+
+    void step() {
+        i_ = pick();
+        input_->pick(edits_)();
+        // Long texts cost time and find nothing more.
+        if (text().size() > 300) {
+            subject().removeFrom(40);
+            text().erase(40);
+        }
+        for (std::size_t i = 0; i < strings_.size(); ++i)
+            FUZZ_CHECK(plain(strings_[i]) == texts_[i]);
+        FUZZ_CHECK(faultOf(strings_) == "");
+    }
+
+    static Char wide(char c) { return wideChar<String>(c); }
+
+    std::size_t pick() { return input_->between<std::size_t>(0, strings_.size() - 1); }
+    String& subject() { return strings_[i_]; }
+    std::string& text() { return texts_[i_]; }
+
+    /// Words have few different characters, so that sets and searches hit. In
+    /// the wide class x, y and z stand for characters beyond a byte.
+    static constexpr std::string_view letters = "abxy \n\\'AB\xE9";
+    std::string word() { return input_->textOf(letters, input_->flag() ? 60 : 5); }
+    char letter() { return input_->pick(letters); }
+
+    Draw draw() {
+        const int length = static_cast<int>(text().size());
+        Draw d{input_->between(-2, length + 2),
+               input_->between(0, length),
+               input_->between(-1, 6),
+               input_->between(-1, 60),
+               input_->raw<int>(),
+               input_->between(1U, 70U),
+               letter(),
+               letter(),
+               input_->textOf("abxy", 2),
+               word(),
+               subject().disguise() == nullptr,
+               false};
+        d.isCut = !d.isNull && blockOf(subject()).referenceCount > 1 &&
+                  blockOf(subject()).bufferLength != static_cast<int>(d.size) &&
+                  d.size < text().size();
+        return d;
+    }
+
+    /// Calls @p edit with an argument in each form and with its value.
+    template <class Edit>
+    void withText(Edit edit) {
+        const int form = input_->between(0, 2);
+        if (form == 0) {
+            const std::string value = word();
+            edit(static_cast<const Char*>(Text(value)), value);
+        } else if (form == 1) {
+            const auto at = input_->between<std::size_t>(0, text().size());
+            const std::string value = text().substr(at);
+            edit(subject().getValue() + at, value);
+        } else {
+            const std::size_t other = pick();
+            const std::string value = texts_[other];
+            edit(strings_[other], value);
+        }
+    }
+
+    template <class Edit, class Reference>
+    void add(Edit edit, Reference reference) {
+        edits_.push_back([this, edit, reference] {
+            withText([&](auto&& argument, const std::string& value) {
+                const Draw d = draw();
+                edit(subject(), argument, d);
+                reference(text(), value, d);
+            });
+        });
+    }
+
+    /// For what changes all that share the subject's block.
+    template <class Edit, class Reference>
+    void addInPlace(Edit edit, Reference reference) {
+        add(edit, [this, reference](T&, V value, D d) {
+            for (std::size_t i = 0; i < strings_.size(); ++i)
+                if (i == i_ || (!d.isNull && strings_[i].disguise() == subject().disguise()))
+                    reference(texts_[i], value, d);
+        });
+    }
+
+    /// Puts the result into the pool, where it may share its source's block.
+    template <class Extract, class Reference>
+    void addResult(Extract extract, Reference reference) {
+        edits_.push_back([this, extract, reference] {
+            const Draw d = draw();
+            const String result = extract(subject(), d);
+            const std::string expected = reference(text(), d);
+            FUZZ_CHECK(plain(result) == expected);
+            i_ = pick();
+            subject() = result;
+            text() = expected;
+        });
+    }
+
+    /// For what changes nothing.
+    template <class Question, class Reference>
+    void ask(Question question, Reference reference) {
+        edits_.push_back([this, question, reference] {
+            withText([&](auto&& argument, const std::string& value) {
+                const Draw d = draw();
+                FUZZ_CHECK(question(subject(), argument, d) == reference(text(), value, d));
+            });
+        });
+    }
+
+    void setUpAppending() {
+        add([](S& s, auto&& a, D) { s = a; }, [](T& t, V v, D) { t = v; });
+        add([](S& s, auto&& a, D) { s += a; }, [](T& t, V v, D) { t += v; });
+        add([](S& s, auto&& a, D) { s = s + a; }, [](T& t, V v, D) { t += v; });
+        add([](S& s, auto&& a, D) { s.prepend(a); }, [](T& t, V v, D) { t.insert(0, v); });
+        add([](S& s, auto&& a, D d) { s.insert(d.pos, a); },
+            [](T& t, V v, D d) { reference::replaceRange(t, d.pos, 0, v); });
+        add([](S& s, auto&& a, D d) { s.repeat(a, d.few); },
+            [](T& t, V v, D d) { reference::repeat(t, v, d.few); });
+        add([](S& s, auto&&, D d) { s.repeat(wide(d.c), d.many); },
+            [](T& t, V, D d) { reference::repeat(t, T(1, d.c), d.many); });
+        add(
+            [](S& s, auto&&, D d) {
+                for (int n = d.many; n > 0; --n)
+                    s += wide(d.c);
+            },
+            [](T& t, V, D d) { reference::repeat(t, T(1, d.c), d.many); });
+        add([](S& s, auto&&, D d) { s.appendNumber(d.number); },
+            [](T& t, V, D d) { t += std::to_string(d.number); });
+        edits_.push_back([this] {
+            const std::size_t other = pick();
+            String moved = std::move(strings_[other]);
+            subject() = std::move(moved);
+            text() = std::exchange(texts_[other], "");
+        });
+    }
+
+    void setUpReplacing() {
+        add([](S& s, auto&& a, D d) { s.replace(d.pos, d.few, a); },
+            [](T& t, V v, D d) {
+                d.isNull ? void() : reference::replaceRange(t, d.pos, d.few, v);
+            });
+        add([](S& s, auto&& a, D d) { s.replace(static_cast<const Char*>(Text(d.from)), a); },
+            [](T& t, V v, D d) { reference::replaceFirst(t, d.from, v); });
+        add([](S& s, auto&& a, D d) { s.replace(S(Text(d.from)), a); },
+            [](T& t, V v, D d) { reference::replaceFirst(t, d.from, v); });
+        add([](S& s, auto&& a, D d) { s.replaceAll(S(Text(d.from)), a); },
+            [](T& t, V v, D d) { reference::replaceAll(t, d.from, v); });
+        add([](S& s, auto&& a, D d) { s.replaceAll(static_cast<const Char*>(Text(d.from)), a); },
+            [](T& t, V v, D d) { reference::replaceAll(t, d.from, v); });
+        add([](S& s, auto&& a, D d) { s.replaceAll(a, static_cast<const Char*>(Text(d.word))); },
+            [](T& t, V v, D d) { reference::replaceAll(t, v, d.word); });
+        addInPlace([](S& s, auto&& a, D d) { s.replaceInSet(a, wide(d.c)); },
+                   [](T& t, V v, D d) { reference::replaceInSet(t, v, d.c); });
+        addInPlace([](S& s, auto&& a, D d) { s.replaceAllInSet(a, wide(d.c)); },
+                   [](T& t, V v, D d) { reference::replaceAllInSet(t, v, d.c); });
+        add([](S& s, auto&& a, D d) { s.translate(static_cast<const Char*>(a), Text(d.word)); },
+            [](T& t, V v, D d) { reference::translate(t, v, d.word); });
+        add([](S& s, auto&& a, D d) { s.translate(static_cast<const Char*>(a), wide(d.c)); },
+            [](T& t, V v, D d) { reference::replaceAllInSet(t, v, d.c); });
+        add([](S& s, auto&&, D) { s.toUpper(); }, [](T& t, V, D) { eachLetter(t, raise); });
+        add([](S& s, auto&&, D) { s.toLower(); }, [](T& t, V, D) { eachLetter(t, lower); });
+    }
+
+    void setUpCutting() {
+        add([](S& s, auto&&, D d) { s.remove(d.pos, d.few); },
+            [](T& t, V, D d) { reference::remove(t, d.pos, d.few); });
+        add([](S& s, auto&&, D d) { s.removeFrom(d.pos); },
+            [](T& t, V, D d) { reference::remove(t, d.pos, INT_MAX); });
+        add([](S& s, auto&&, D d) { s.removeBefore(d.pos); },
+            [](T& t, V, D d) { reference::remove(t, 0, d.pos); });
+        addResult([](S& s, D d) { return s.subString(d.pos, d.few); },
+                  [](T& t, D d) { return reference::subString(t, d.pos, d.few); });
+        addResult([](S& s, D d) { return s.subStringBefore(d.pos); },
+                  [](T& t, D d) { return reference::subString(t, 0, d.pos); });
+        addResult([](S& s, D d) { return s.subStringFrom(d.pos); },
+                  [](T& t, D d) { return reference::subString(t, d.pos, INT_MAX); });
+        addResult([](S& s, D d) { return s.split(Text(d.word)); },
+                  [](T& t, D d) { return reference::split(t, d.word); });
+        addResult([](S& s, D d) { return s.split(wide(d.c)); },
+                  [](T& t, D d) { return reference::split(t, T(1, d.c)); });
+        add([](S& s, auto&& a, D) { s.trimLeft(a); },
+            [](T& t, V v, D) { reference::trimLeft(t, v); });
+        add([](S& s, auto&& a, D) { s.trimRight(a); },
+            [](T& t, V v, D) { reference::trimRight(t, v); });
+        add([](S& s, auto&&, D) { s.trimLeft(); },
+            [](T& t, V, D) { reference::trimLeft(t, " \t\n\r"); });
+        add([](S& s, auto&&, D) { s.trimRight(); },
+            [](T& t, V, D) { reference::trimRight(t, " \t\n\r"); });
+    }
+
+    void setUpBuffers() {
+        add([](S& s, auto&&, D d) { d.at < s.getLength() ? void(s[d.at] = wide('b')) : void(); },
+            [](T& t, V, D d) { reference::fill(t, 'b', d.at, d.at < int(t.size()) ? 1 : 0); });
+        add([](S& s, auto&&, D d) { s.setLength(d.at); },
+            [](T& t, V, D d) { t.resize(static_cast<std::size_t>(d.at)); });
+        add(
+            [](S& s, auto&&, D d) {
+                Char* const buffer = s.getBuffer(static_cast<int>(d.word.size()));
+                *std::transform(d.word.begin(), d.word.end(), buffer, wide) = 0;
+                s.releaseBuffer();
+            },
+            [](T& t, V, D d) { t = d.word; });
+        add([](S& s, auto&&, D d) { s.setSize(d.size); },
+            [](T& t, V, D d) { d.isCut ? t.resize(d.size) : void(); });
+        add(
+            [](S& s, auto&&, D d) {
+                s.minimizeSize();
+                FUZZ_CHECK(d.isNull || blockOf(s).bufferLength - s.getLength() <= 15);
+            },
+            [](T&, V, D) {});
+        add([](S& s, auto&&, D d) { s.fill(wide(d.c), d.pos, d.many); },
+            [](T& t, V, D d) { d.isNull ? void() : reference::fill(t, d.c, d.pos, d.many); });
+        add([](S& s, auto&&, D d) { s.fill(wide(d.c)); },
+            [](T& t, V, D d) { reference::fill(t, d.c, 0, int(t.size())); });
+        add([](S& s, auto&&, D d) { s.fillFrom(wide(d.c), d.pos); },
+            [](T& t, V, D d) { reference::fill(t, d.c, d.pos, int(t.size()) - d.pos); });
+        add([](S& s, auto&&, D d) { s.fillBefore(wide(d.c), d.pos); },
+            [](T& t, V, D d) { reference::fill(t, d.c, 0, std::min(d.pos, int(t.size()))); });
+    }
+
+    void setUpPunctuation() {
+        add([](S& s, auto&& a, D d) { s.escape(a, wide(d.c)); },
+            [](T& t, V v, D d) { reference::escape(t, v, d.c); });
+        add([](S& s, auto&& a, D) { s.escapeForQrl(a); },
+            [](T& t, V v, D) { reference::escapeForQrl(t, v); });
+        add([](S& s, auto&&, D d) { s.unescape(wide(d.c)); },
+            [](T& t, V, D d) { reference::unescape(t, d.c); });
+        add([](S& s, auto&& a, D d) { s.enquote(wide(d.q), a, wide(d.c)); },
+            [](T& t, V v, D d) {
+                reference::escape(t, v, d.c);
+                t = d.q + t + d.q;
+            });
+        add([](S& s, auto&&, D d) { s.dequote(wide(d.q), wide(d.c)); },
+            [](T& t, V, D d) { reference::dequote(t, d.q, d.c); });
+    }
+
+    void setUpQuestions() {
+        // On one character from both ends, with every start around the text.
+        ask([](S& s, auto&&, D d) { return s.find(wide(d.c), d.pos); },
+            [](T& t, V, D d) { return reference::find(t, T(1, d.c), d.pos); });
+        ask([](S& s, auto&&, D d) { return s.findNot(wide(d.c), d.pos); },
+            [](T& t, V, D d) {
+                return reference::at(t, d.pos, [&](auto i) { return t.find_first_not_of(d.c, i); });
+            });
+        ask([](S& s, auto&&, D d) { return s.findLast(wide(d.c), d.pos); },
+            [](T& t, V, D d) {
+                return reference::at(t, d.pos,
+                                     [&](auto i) { return t.rfind(d.c, i == 0 ? T::npos : i); });
+            });
+        ask([](S& s, auto&&, D d) { return s.findLastNot(wide(d.c), d.pos); },
+            [](T& t, V, D d) {
+                return reference::at(t, d.pos, [&](auto i) { return t.find_last_not_of(d.c, i); });
+            });
+        ask([](S& s, auto&&, D d) { return s.count(wide(d.c)); },
+            [](T& t, V, D d) { return static_cast<int>(std::count(t.begin(), t.end(), d.c)); });
+        // On a text or a set.
+        ask([](S& s, auto&& a, D d) { return s.find(a, d.pos); },
+            [](T& t, V v, D d) { return reference::find(t, v, d.pos); });
+        ask([](S& s, auto&&, D d) { return s.find(Text(d.from), d.pos); },
+            [](T& t, V, D d) { return reference::find(t, d.from, d.pos); });
+        ask([](S& s, auto&&, D d) { return d.at < s.getLength() ? std::as_const(s)[d.at] : 0; },
+            [](T& t, V, D d) {
+                return d.at < int(t.size()) ? wide(t[static_cast<std::size_t>(d.at)]) : 0;
+            });
+        ask([](S& s, auto&& a, D d) { return s.findLast(a, d.pos); },
+            [](T& t, V v, D d) { return reference::findLast(t, v, d.pos); });
+        ask([](S& s, auto&&, D d) { return s.findLast(Text(d.from), d.pos); },
+            [](T& t, V, D d) { return reference::findLast(t, d.from, d.pos); });
+        ask([](S& s, auto&&, D d) { return s.findChar(Text(d.word), d.pos); },
+            [](T& t, V, D d) {
+                return reference::at(t, d.pos, [&](auto i) { return t.find_first_of(d.word, i); });
+            });
+        ask([](S& s, auto&&, D d) { return s.findLastChar(Text(d.word), d.pos); },
+            [](T& t, V, D d) {
+                return reference::at(
+                    t, d.pos, [&](auto i) { return t.find_last_of(d.word, i == 0 ? T::npos : i); });
+            });
+        // Orders of unsigned characters, and hashes.
+        ask([](S& s, auto&& a, D) { return s == a; }, [](T& t, V v, D) { return t == v; });
+        ask([](S& s, auto&& a, D) { return s.isEmpty() ? 0 : s.compare(Text(plain(S(a)))); },
+            [](T& t, V v, D) { return t.empty() ? 0 : order(t, v); });
+        ask([](S& s, auto&& a,
+               D) { return s.isEmpty() ? 0 : S::compareNoCase(s.getValue(), S(a).getValue()); },
+            [](T& t, V v, D) { return t.empty() ? 0 : order(lowered(t), lowered(v)); });
+        ask([](S& s, auto&& a, D) { return S(s.getValue()).equalsNoCase(Text(plain(S(a)))); },
+            [](T& t, V v, D) { return lowered(t) == lowered(v); });
+        ask([](S& s, auto&& a, D) { return s && S(a) ? s.equalsNoCase(S(a)) : s == S(a); },
+            [](T& t, V v, D) { return lowered(t) == lowered(v); });
+        ask([](S& s, auto&&, D) { return S::hash(s); },
+            [](T& t, V, D) { return reference::hash(codes(t)); });
+        ask([](S& s, auto&&, D) { return S::hashNoCase(s.getValue()); },
+            [](T& t, V, D) {
+                T upper = t;
+                eachLetter(upper, raise);
+                return reference::hash(codes(upper));
+            });
+    }
+
+    static int raise(int c) { return std::toupper(c); }
+    static int lower(int c) { return std::tolower(c); }
+
+    /// What x, y and z stand for in the wide class has no case.
+    static void eachLetter(std::string& t, int (*map)(int)) {
+        for (char& c : t)
+            if (wide(c) < 0x80)
+                c = static_cast<char>(map(c));
+    }
+
+    static std::string lowered(std::string t) {
+        eachLetter(t, lower);
+        return t;
+    }
+
+    static std::vector<unsigned> codes(const std::string& t) {
+        std::vector<unsigned> result;
+        for (const char c : t)
+            result.push_back(static_cast<std::make_unsigned_t<Char>>(wide(c)));
+        return result;
+    }
+
+    static int order(const std::string& a, const std::string& b) {
+        const std::vector<unsigned> left = codes(a), right = codes(b);
+        return (left > right) - (left < right);
+    }
+
+    fuzz::Input* input_ = nullptr;
+    std::vector<String> strings_;
+    std::vector<std::string> texts_;
+    std::size_t i_ = 0;
+    std::vector<std::function<void()>> edits_;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Model<KazString> narrow;
+    static Model<KazWString> wide;
+    fuzz::Input input(data, size);
+    if (input.flag())
+        wide.run(input);
+    else
+        narrow.run(input);
+    return 0;
+}

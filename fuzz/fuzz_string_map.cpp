@@ -1,0 +1,190 @@
+// The plain string map against a model of its chains.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "tools/util/string_map.h"
+#include "tools/util/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <list>
+#include <map>
+#include <vector>
+
+namespace {
+
+using fuzz::Input;
+
+int alive = 0;
+
+void* newValue(int number) {
+    ++alive;
+    return new int(number);
+}
+
+void releaseValue(void* value) {
+    --alive;
+    delete static_cast<int*>(value);
+}
+
+/// A rule that is often out of range, so that the map's own must step in. It sees
+/// lowered keys when the map ignores case.
+bool seesLowered = false;
+
+unsigned int roughHash(const char* key, int bucketCount) {
+    for (const char* c = key; seesLowered && *c != 0; ++c)
+        FUZZ_CHECK(std::tolower(static_cast<unsigned char>(*c)) == static_cast<unsigned char>(*c));
+    const auto first = static_cast<unsigned char>(key[0]);
+    return first % 3 == 0 ? first % static_cast<unsigned>(bucketCount) : 0x80000000U + first;
+}
+
+std::string lowered(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+struct Entry {
+    std::string key;
+    int number;
+};
+
+/// Chains by bucket, the latest entry first.
+class Model {
+public:
+    Model(bool rough, int buckets, bool respectsCase)
+        : rough_(rough), buckets_(buckets), caseSensitive_(respectsCase) {}
+
+    Entry* find(const std::string& key) {
+        if (key.size() > 255)
+            return nullptr;
+        for (Entry& entry : chains_[bucketOf(key)])
+            if (form(entry.key) == form(key))
+                return &entry;
+        return nullptr;
+    }
+
+    bool define(const std::string& key, int number, bool replace) {
+        if (Entry* entry = find(key)) {
+            entry->number = replace ? number : entry->number;
+            return replace;
+        }
+        if (key.size() > 255)
+            return false;
+        chains_[bucketOf(key)].push_front({key, number});
+        return true;
+    }
+
+    void undefine(const std::string& key) {
+        chains_[bucketOf(key)].remove_if(
+            [&](const Entry& entry) { return form(entry.key) == form(key); });
+    }
+
+    /// From bucket 0 upward, then from -1 downward.
+    std::vector<Entry> inOrder() const {
+        std::vector<Entry> result;
+        const auto take = [&](int bucket) {
+            if (const auto found = chains_.find(bucket); found != chains_.end())
+                result.insert(result.end(), found->second.begin(), found->second.end());
+        };
+        for (int bucket = 0; bucket < buckets_; ++bucket)
+            take(bucket);
+        for (int bucket = -1; bucket > -buckets_; --bucket)
+            take(bucket);
+        return result;
+    }
+
+    bool precedes(const std::string& a, const std::string& b) const {
+        return caseSensitive_ ? a < b : kaz_fast_stricmp(a.c_str(), b.c_str()) < 0;
+    }
+
+private:
+    std::string form(const std::string& key) const { return caseSensitive_ ? key : lowered(key); }
+
+    int bucketOf(const std::string& key) const {
+        const std::string hashed = form(key);
+        if (rough_) {
+            const unsigned bucket = roughHash(hashed.c_str(), buckets_);
+            if (bucket < static_cast<unsigned>(buckets_))
+                return static_cast<int>(bucket);
+        }
+        int sum = 0;
+        for (const char c : hashed)
+            sum += static_cast<signed char>(c);
+        return sum % buckets_;
+    }
+
+    bool rough_;
+    int buckets_;
+    bool caseSensitive_;
+    std::map<int, std::list<Entry>> chains_;
+};
+
+void compare(string_map_tp* map, const Model& model) {
+    const std::vector<Entry> entries = model.inOrder();
+    FUZZ_CHECK(string_map_size(map) == static_cast<int>(entries.size()));
+    auto i = string_map_init(map);
+    std::vector<std::string> keys;
+    for (const Entry& entry : entries) {
+        FUZZ_CHECK(!string_map_done(i) && string_map_domain(i) == entry.key);
+        FUZZ_CHECK(*static_cast<int*>(string_map_range(i)) == entry.number);
+        string_map_next(&i);
+        keys.push_back(entry.key);
+    }
+    FUZZ_CHECK(string_map_done(i) && !string_map_domain(i) && !string_map_range(i));
+    std::sort(keys.begin(), keys.end(),
+              [&](const std::string& a, const std::string& b) { return model.precedes(a, b); });
+    char** table = string_map_domain_table(map);
+    for (std::size_t k = 0; k < keys.size(); ++k)
+        FUZZ_CHECK(table[k] == keys[k]);
+    FUZZ_CHECK(table[keys.size()] == nullptr);
+    string_map_domain_table_free(&table);
+    FUZZ_CHECK(table == nullptr && alive == static_cast<int>(entries.size()));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    const bool rough = input.flag();
+    const bool caseSensitive = input.flag();
+    const int buckets = input.pick(std::array{0, 1, -5, 2, 7, 127, 1000});
+    seesLowered = rough && !caseSensitive;
+    string_map_tp* map =
+        string_map_create(rough ? roughHash : nullptr, buckets, releaseValue, caseSensitive);
+    Model model(rough, buckets > 0 ? buckets : 127, caseSensitive);
+    for (int work = 0; !input.empty() && work < 20000; ++work) {
+        std::string key = input.textOf("aAbBz\xE9\xC9\xFF\x80", 3);
+        if (input.byte() == 0)
+            key.insert(0, 253, 'k'); // around the longest that there may be
+        const bool flag = input.flag();
+        const Entry* entry = model.find(key);
+        auto* found = static_cast<int*>(string_map_find(map, key.c_str()));
+        FUZZ_CHECK(entry ? found && *found == entry->number : !found);
+        switch (input.between(0, 3)) {
+        case 0:
+        case 1: {
+            void* value = newValue(work);
+            const bool defined = model.define(key, work, flag);
+            FUZZ_CHECK(string_map_define(map, key.c_str(), value, flag) == defined);
+            if (!defined)
+                releaseValue(value);
+            break;
+        }
+        case 2:
+            FUZZ_CHECK(string_map_undefine(map, key.c_str(), flag) == (entry != nullptr));
+            if (entry && !flag)
+                releaseValue(found);
+            if (entry)
+                model.undefine(key);
+            break;
+        default:
+            compare(map, model);
+            work += 50;
+        }
+    }
+    compare(map, model);
+    string_map_destroy(&map);
+    FUZZ_CHECK(map == nullptr && alive == 0);
+    return 0;
+}

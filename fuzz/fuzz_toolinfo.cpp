@@ -1,0 +1,378 @@
+// ToolInfo files that name one another, and what a tool then does with the
+// variables: the library and a plain model of its rules answer alike.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "kit/director.h"
+#include "kit/env.h"
+#include "kit/temp_tree.h"
+#include "tools/app/KazMasterContext.h"
+#include "tools/config/detail/ToolInfoState.h"
+#include "tools/config/toolinfo.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/tifiles.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <array>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Answer = std::optional<std::string>;
+
+Answer answer(const char* text) {
+    return text != nullptr ? Answer(text) : std::nullopt;
+}
+
+/// The files' directory, which is the user's home too. In memory where that is
+/// possible; removed at the end.
+const kit::TempTree& directory() {
+    static const kit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
+    return tree;
+}
+
+std::string fileName(int number) {
+    return "f" + std::to_string(number);
+}
+
+// ------------------------------------------------------------------- the model
+
+std::string trimmed(std::string text, const std::string& front, const std::string& back) {
+    while (!text.empty() && back.find(text.back()) != back.npos)
+        text.pop_back();
+    return text.erase(0, std::min(text.find_first_not_of(front), text.size()));
+}
+
+/// The rules of the files, step by step and without a thought of speed.
+class Model {
+public:
+    struct Definition {
+        std::string value, file;
+    };
+    std::map<std::string, Definition> table;
+    std::map<std::string, std::string> assigned;
+    std::vector<std::string> chain;
+    bool overwrite = true;
+
+    int defineLine(std::string line, const std::string& file) {
+        if (line.empty() || line[0] == '%' || line[0] == '.')
+            return -1;
+        line = trimmed(line, "", "\n\r \t");
+        const std::size_t equals = line.find('=');
+        const std::string name = trimmed(line.substr(0, equals), " ", " ");
+        if (equals == line.npos || name.empty())
+            return -1;
+        bind(name, trimmed(line.substr(equals + 1), " ", " "), file);
+        return 0;
+    }
+
+    void readFile(const std::string& text, const std::string& file) {
+        std::string line;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            line += text[i];
+            if (text[i] == '\n' || line.size() == 5120 || i + 1 == text.size()) {
+                defineLine(line.c_str(), file);
+                line.clear();
+            }
+        }
+    }
+
+    /// All files, from the one of this name on.
+    void readChain(const std::string& first) {
+        readFile(*contents(first), first);
+        chain = {first};
+        bind("TI_locale", std::setlocale(LC_CTYPE, nullptr), "");
+        overwrite = false;
+        while (chain.size() < 10) {
+            const Answer value = valueOf("ToolInfo");
+            if (!value)
+                break;
+            const std::string name = resolved(*value);
+            const Answer text = contents(name);
+            if (!text || std::any_of(chain.begin(), chain.end(), [&name](const std::string& read) {
+                    return fs::equivalent(hostPath(read), hostPath(name));
+                }))
+                break;
+            table.erase("ToolInfo");
+            readFile(*text, name);
+            chain.push_back(name);
+        }
+        overwrite = true;
+        std::string path;
+        for (const std::string& name : chain)
+            path += (path.empty() ? "" : " ") + name;
+        bind("ToolInfo", first, "");
+        bind("ToolInfoPath", path, "");
+    }
+
+    int assign(const std::string& name, const std::string& value) {
+        if (!overwrite && (table.count(name) != 0 || assigned.count(name) != 0))
+            return -1;
+        assigned[name] = value;
+        return 0;
+    }
+
+    Answer valueOf(const std::string& name) const {
+        std::string value;
+        if (assigned.count(name) != 0)
+            value = assigned.at(name);
+        else if (table.count(name) != 0)
+            value = table.at(name).value;
+        return value.empty() ? std::nullopt : Answer(value);
+    }
+
+    std::pair<KazVariableSource, std::string> sourceOf(const std::string& name) const {
+        if (std::getenv(environmentName(name).c_str()) != nullptr)
+            return {KazEnvironment, ""};
+        if (assigned.count(name) != 0)
+            return {KazRunTime, ""};
+        if (table.count(name) == 0)
+            return {KazUndefined, ""};
+        const std::string& file = table.at(name).file;
+        return {file.empty() ? KazDefined : KazFile, file};
+    }
+
+    std::vector<std::string> names() const {
+        std::map<std::string, int> all;
+        for (const auto& entry : table)
+            all[entry.first];
+        for (const auto& entry : assigned)
+            all[entry.first];
+        std::vector<std::string> result;
+        for (const auto& entry : all)
+            result.push_back(entry.first);
+        return result;
+    }
+
+    static std::string environmentName(const std::string& name) {
+        std::string result = "KAZ_" + name;
+        for (char& c : result)
+            c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+        return result;
+    }
+
+    static std::string resolved(const std::string& value) {
+        return kazComposePath(TI_myRootDir(), _TI_hm(value.c_str())).getValue();
+    }
+
+    static Answer contents(const std::string& name) {
+        std::error_code error;
+        if (!fs::is_regular_file(hostPath(name), error))
+            return std::nullopt;
+        std::ifstream in(hostPath(name));
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+
+private:
+    static std::string hostPath(const std::string& name) {
+        return kazHostPath(name.c_str()).getValue();
+    }
+
+    void bind(const std::string& name, const std::string& value, const std::string& file) {
+        if (overwrite || table.count(name) == 0)
+            table[name] = {value, file};
+    }
+};
+
+// ------------------------------------------------------------------- the input
+
+constexpr int fileCount = 13;
+constexpr std::array names = {"a",      "b",         "projdir",      "Name", "name",
+                              "x y",    "z\xe4",     "ToolInfo",     "HOME", "",
+                              "empty=", "TI_locale", "ToolInfoPath", "%"};
+
+std::string takeName(fuzz::Input& input) {
+    return input.byte() % 8 != 0 ? input.pick(names) : input.cText(12);
+}
+
+/// A name of a file in some spelling, of the next one mostly.
+std::string takeLink(fuzz::Input& input, int from) {
+    const int to = input.byte() % 4 != 0 ? from + 1 : input.between(0, fileCount);
+    const std::string name = fileName(to);
+    const kit::TempTree& tree = directory();
+    switch (input.between(0, 10)) {
+    case 0:
+        return tree.path(name);
+    case 1:
+        return tree.path("./" + name);
+    case 2:
+        return "~\\" + name;
+    case 3:
+        return tree.path();
+    case 4:
+        return name;
+    case 5:
+        return input.textOf("~/\\.f12 ", 12);
+    case 6:
+        return "";
+    default:
+        return "~/" + name;
+    }
+}
+
+std::string takeLine(fuzz::Input& input, int file) {
+    switch (input.between(0, 7)) {
+    case 0:
+        return input.text(40);
+    case 1: // around the limit of a line, the rest being a line of its own
+        return takeName(input) + "=" + std::string(input.between<std::size_t>(5100, 5125), 'v') +
+               takeName(input) + "=rest";
+    case 2:
+        return input.textOf("ab =\t.%\r~", 16);
+    case 3:
+    case 4:
+        return "ToolInfo=" + takeLink(input, file);
+    default:
+        return takeName(input) + input.textOf("= \t", 3) + "=" + input.text(12);
+    }
+}
+
+std::string takeFile(fuzz::Input& input, int number) {
+    std::string text;
+    for (int lines = input.between(0, 15); lines > 0; --lines)
+        text += takeLine(input, number) + (input.byte() % 4 != 0 ? "\n" : "\r\n");
+    if (input.flag())
+        text += takeLine(input, number);
+    return text;
+}
+
+std::set<int> writtenFiles;
+
+void writeFile(int number, const std::string& text) {
+    writtenFiles.insert(number);
+    std::ofstream(directory().path(fileName(number)), std::ios::binary) << text;
+}
+
+/// Everything is as if no file had been read yet.
+void startAfresh() {
+    kaz::detail::ToolInfoState::instance() = {};
+    KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
+    for (const int number : writtenFiles)
+        fs::remove(directory().path(fileName(number)));
+    writtenFiles.clear();
+    for (const char* variable : {"TOOLINFO", "KAZ_PROJDIR", "KAZ_A"})
+        kit::setVariable(variable, nullptr);
+    kit::setVariable("HOME", directory().path().c_str());
+}
+
+// ----------------------------------------------------------------- the questions
+
+void compare(const Model& model, const std::string& name) {
+    const char* const question = name.c_str();
+    const Answer expected = model.valueOf(name);
+    FUZZ_CHECK(answer(TI_Vcont(question)) == expected);
+    const auto orEnvironment = [&expected](const std::string& variable) {
+        const char* value = std::getenv(variable.c_str());
+        return value != nullptr ? Answer(value) : expected;
+    };
+    FUZZ_CHECK(answer(TI_SameEnvVcont(question)) == orEnvironment(name));
+    FUZZ_CHECK(answer(TI_EnvVcont(question)) == orEnvironment(Model::environmentName(name)));
+    KazString file = "before";
+    const KazVariableSource source = TI_EnvVsource(question, &file);
+    FUZZ_CHECK(std::pair(source, std::string(file.getValue())) == model.sourceOf(name));
+    FUZZ_CHECK(TI_EnvVsource(question, nullptr) == source);
+}
+
+void compareAll(const Model& model) {
+    std::vector<std::string> walked;
+    TI_Vwalk([](const char* name,
+                void* data) { static_cast<std::vector<std::string>*>(data)->push_back(name); },
+             &walked);
+    FUZZ_CHECK(walked == model.names());
+    for (const std::string& name : walked)
+        compare(model, name);
+    for (std::size_t i = 0; i <= model.chain.size(); ++i)
+        FUZZ_CHECK(TI_Vfile(static_cast<int>(i)).getValue() ==
+                   (i < model.chain.size() ? model.chain[i] : std::string()));
+}
+
+/// The first lookup, which reads the files or says why it cannot.
+void start(Model& model, const std::string& value) {
+    kit::RecordingDirector director;
+    const std::string first = Model::resolved(value);
+    const bool exists = Model::contents(first).has_value();
+    std::string name(kaz::host::pathLimit(), '\0');
+    FUZZ_CHECK(TI_Vinit() == 0 && TI_Vcont(nullptr) == nullptr);
+    FUZZ_CHECK(director.fatals.size() == (exists ? 0 : 1) && director.errors.empty());
+    FUZZ_CHECK(exists || director.fatals[0].find(": " + value + ",\n") != value.npos);
+    FUZZ_CHECK(TI_Name(name.data()) == 0 && name.c_str() == first);
+    if (exists)
+        model.readChain(first);
+}
+
+void step(Model& model, fuzz::Input& input) {
+    const std::string name = takeName(input);
+    switch (input.between(0, 6)) {
+    case 0: {
+        const int number = input.between(0, fileCount);
+        const bool flag = input.flag(), before = model.overwrite;
+        writeFile(number, takeFile(input, number));
+        const std::string path = directory().path(fileName(number));
+        model.overwrite = flag;
+        model.readFile(*Model::contents(path), directory().native(fileName(number)));
+        model.overwrite = before;
+        FUZZ_CHECK(TI_V_user_file(path.c_str(), flag) == 0);
+        FUZZ_CHECK(TI_V_user_file(directory().path().c_str(), flag) == -1);
+        break;
+    }
+    case 1: {
+        const std::string line = takeLine(input, 0).c_str();
+        FUZZ_CHECK(TI_Var(line.c_str()) == model.defineLine(line, ""));
+        break;
+    }
+    case 2: {
+        const std::string value = input.cText(8);
+        const std::string expanded = _TI_hm(value.c_str());
+        FUZZ_CHECK(TI_Vasg(name.c_str(), value.c_str()) == model.assign(name, expanded));
+        break;
+    }
+    case 3: {
+        const bool flag = input.flag();
+        FUZZ_CHECK(TI_V_set_overwrite(flag) == model.overwrite);
+        model.overwrite = flag;
+        break;
+    }
+    case 4:
+        kit::setVariable(input.flag() ? "KAZ_PROJDIR" : "KAZ_A", input.flag() ? "" : "environment");
+        break;
+    default:
+        compare(model, name);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    startAfresh();
+    const int files = input.between(0, fileCount);
+    for (int i = 0; i < files; ++i)
+        writeFile(i, takeFile(input, i));
+    std::string first = input.byte() % 8 != 0 ? "~/f0" : takeLink(input, 0);
+    if (first.empty())
+        first = "none"; // not every host has empty variables
+    kit::setVariable("ToolInfo", first.c_str());
+    Model model;
+    start(model, first);
+    for (int steps = input.between(0, 60); steps > 0; --steps)
+        step(model, input);
+    compareAll(model);
+    // What is left is one file, as large as it may be.
+    writeFile(fileCount, input.rest());
+    const std::string path = directory().path(fileName(fileCount));
+    model.readFile(*Model::contents(path), directory().native(fileName(fileCount)));
+    FUZZ_CHECK(TI_V_user_file(path.c_str(), model.overwrite) == 0);
+    compareAll(model);
+    return 0;
+}

@@ -1,0 +1,418 @@
+// Trees against a recursive transcription of the balancing rules, which decides
+// on shapes and weights, and std::set, which decides on content and order.
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "kit/counted.h"
+#include "tools/app/KazTreeClashException.h"
+#include "tools/containers/KazTree.h"
+#include "tools/util/tree.h"
+
+#include <cstdlib>
+#include <iterator>
+#include <list>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using fuzz::Input;
+using kit::Counted;
+
+void* slot(int value) {
+    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
+}
+
+int number(const void* value) {
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
+}
+
+/// The rules with nothing but recursion and full comparisons.
+namespace reference {
+
+using Node = generic_tree;
+
+bool needed = false;
+
+int w(const Node* node) {
+    return node != nullptr ? node->weight : 0;
+}
+
+Node* insert(Node* t, Node* node, bool& added) {
+    if (t == nullptr)
+        return node;
+    Node* left = t->left;
+    Node* right = t->right;
+    const int order = number(t->value) - number(node->value);
+    if (order == 0)
+        added = false;
+    else if (order < 0)
+        t->left = insert(t->left, node, added);
+    else
+        t->right = insert(t->right, node, added);
+    if (added) {
+        t->weight += node->weight;
+        needed = needed || std::abs(w(left) - w(right)) >= 70;
+    }
+    return t;
+}
+
+Node* inserted(Node* t, Node* node) {
+    bool added = true;
+    return insert(t, node, added);
+}
+
+Node* balance(Node* r) {
+    if (w(r) < 3)
+        return r;
+    const bool leftHeavy = w(r->left) > w(r->right);
+    if (std::abs(w(r->left) - w(r->right)) <= 1) {
+        r->left = balance(r->left);
+        r->right = balance(r->right);
+        return r;
+    }
+    Node* h = std::exchange(leftHeavy ? r->left : r->right, nullptr);
+    const bool leansLeft = h->left && (!h->right || w(h->left) > w(h->right));
+    r->weight -= h->weight;
+    if ((h->left && h->right && w(h->left) == w(h->right)) || leansLeft == leftHeavy)
+        return balance(inserted(h, r));
+    Node* g = std::exchange(leftHeavy ? h->right : h->left, nullptr);
+    h->weight -= g->weight;
+    return balance(inserted(inserted(g, r), h));
+}
+
+Node* add(Node* root, Node* node, bool& added) {
+    added = true;
+    needed = false;
+    root = insert(root, node, added);
+    return added && needed ? balance(root) : root;
+}
+
+Node* remove(Node* t, int key, bool& deleted) {
+    if (t == nullptr)
+        return nullptr;
+    if (number(t->value) != key) {
+        Node*& child = number(t->value) < key ? t->left : t->right;
+        child = remove(child, key, deleted);
+        t->weight -= deleted ? 1 : 0;
+        return t;
+    }
+    deleted = true;
+    if (!t->left || !t->right) {
+        Node* child = t->left ? t->left : t->right;
+        std::free(t);
+        return child;
+    }
+    const bool fromLeft = w(t->left) > w(t->right);
+    Node*& side = fromLeft ? t->left : t->right;
+    Node* end = side;
+    while (Node* next = fromLeft ? end->right : end->left)
+        end = next;
+    t->value = end->value;
+    side = remove(side, number(end->value), deleted);
+    --t->weight;
+    return t;
+}
+
+} // namespace reference
+
+bool sameShape(const generic_tree* a, const generic_tree* b) {
+    if (a == nullptr || b == nullptr)
+        return a == b;
+    return a->value == b->value && a->weight == b->weight && sameShape(a->left, b->left) &&
+           sameShape(a->right, b->right);
+}
+
+/// Values from the `right` end to the `left` one, which is ascending here.
+void walk(const generic_tree* root, std::vector<int>& values) {
+    if (root == nullptr)
+        return;
+    walk(root->right, values);
+    values.push_back(number(root->value));
+    walk(root->left, values);
+}
+
+std::vector<int> valuesOf(const generic_tree* root) {
+    std::vector<int> values;
+    walk(root, values);
+    return values;
+}
+
+bool isBalanced(const generic_tree* root) {
+    using reference::w;
+    return w(root) < 3 || (std::abs(w(root->left) - w(root->right)) <= 1 &&
+                           isBalanced(root->left) && isBalanced(root->right));
+}
+
+int comparisons = 0;
+
+int counting(const void* stored, const void* probe) {
+    ++comparisons;
+    return compare_integers(stored, probe);
+}
+
+/// A tree and its two references under one sequence of changes.
+class Trees {
+public:
+    Trees() = default;
+    Trees(const Trees&) = delete;
+    Trees& operator=(const Trees&) = delete;
+    ~Trees() {
+        delete_tree(tree, nullptr);
+        delete_tree(model, nullptr);
+    }
+
+    int size() const { return static_cast<int>(values.size()); }
+
+    void add(int value) {
+        generic_tree* ours = make_tree_node(slot(value));
+        generic_tree* theirs = make_tree_node(slot(value));
+        bool added = false, expected = false;
+        tree = add_tree_node(tree, ours, counting, added);
+        model = reference::add(model, theirs, expected);
+        FUZZ_CHECK(added == expected && added == values.insert(value).second);
+        if (!added) {
+            std::free(ours);
+            std::free(theirs);
+        }
+    }
+
+    void remove(int value) {
+        bool deleted = (value & 1) != 0, expected = false;
+        tree = delete_tree_node(tree, slot(value), counting, nullptr, deleted);
+        model = reference::remove(model, value, expected);
+        FUZZ_CHECK(deleted == expected && deleted == (values.erase(value) == 1));
+    }
+
+    void look(int value) {
+        void* found = values.count(value) ? slot(value) : nullptr;
+        FUZZ_CHECK(search_tree(tree, slot(value), counting) == found);
+        FUZZ_CHECK(replace_tree_node(tree, slot(value), counting) == found);
+        FUZZ_CHECK(tree_min_value(tree) == slot(values.empty() ? 0 : *values.begin()));
+        FUZZ_CHECK(tree_max_value(tree) == slot(values.empty() ? 0 : *values.rbegin()));
+    }
+
+    /// Hangs a copy of the tree, moved beyond its end, into it as one subtree.
+    void addWhole() {
+        if (tree == nullptr || size() > 2000)
+            return;
+        const int step = *values.rbegin() - *values.begin() + 1;
+        generic_tree* moved[] = {copy_tree(tree), copy_tree(tree)};
+        const auto shift = [step](auto& self, generic_tree* node) -> void {
+            if (node == nullptr)
+                return;
+            node->value = slot(number(node->value) + step);
+            self(self, node->left);
+            self(self, node->right);
+        };
+        for (generic_tree* root : moved)
+            shift(shift, root);
+        bool added = false;
+        tree = add_tree_node(tree, moved[0], counting, added);
+        FUZZ_CHECK(added);
+        model = reference::add(model, moved[1], added);
+        for (const int value : std::vector<int>(values.begin(), values.end()))
+            values.insert(value + step);
+    }
+
+    void balance() {
+        comparisons = 0;
+        tree = balance_tree(tree, counting);
+        model = reference::balance(model);
+        FUZZ_CHECK(comparisons == 0 && isBalanced(tree));
+    }
+
+    void copy() {
+        const auto next = [](void* value) { return slot(number(value) + 1); };
+        generic_tree* copied = copy_tree_deep(tree, next);
+        if (copied != nullptr)
+            FUZZ_CHECK(std::exchange(copied->value, tree->value) == next(tree->value));
+        FUZZ_CHECK(sameShape(copied, tree));
+        delete_tree(std::exchange(tree, copied), nullptr);
+    }
+
+    void check() const {
+        FUZZ_CHECK(sameShape(tree, model));
+        FUZZ_CHECK(valuesOf(tree) == std::vector<int>(values.begin(), values.end()));
+    }
+
+private:
+    generic_tree* tree = nullptr;
+    generic_tree* model = nullptr;
+    std::set<int> values;
+};
+
+void functionsFollowTheReference(Input& input) {
+    Trees trees;
+    for (int work = 0, at = 0; !input.empty() && work < 100000; work += trees.size() + 1) {
+        switch (input.between(0, 9)) {
+        case 0:
+        case 1:
+        case 2:
+            trees.add(at = input.between(-300, 300));
+            break;
+        case 3: { // runs of neighbours make trees lopsided
+            const int step = input.flag() ? 1 : -3;
+            for (int n = input.between(0, 200); n > 0; --n)
+                trees.add(at += step);
+            break;
+        }
+        case 4:
+        case 5:
+            trees.remove(input.between(-300, 300));
+            break;
+        case 6: {
+            const int first = input.between(-300, 300);
+            for (int n = input.between(0, 60); n > 0; --n)
+                trees.remove(first + n);
+            break;
+        }
+        case 7:
+            trees.look(input.between(-300, 300));
+            break;
+        case 8:
+            input.between(0, 7) == 0 ? trees.addWhole() : trees.balance();
+            break;
+        default:
+            trees.copy();
+        }
+        trees.check();
+    }
+}
+
+// ---- The class, with iterators that stay
+
+int valueOf(const void* element) {
+    return element ? static_cast<const Counted*>(element)->value() : -1;
+}
+
+/// An iterator and the value that it stands on, which it must keep to.
+struct Standing {
+    KazTreeIterator iterator;
+    int value;
+
+    void check(const std::set<int>& model) const {
+        const bool present = model.count(value) > 0;
+        FUZZ_CHECK(valueOf(iterator.item()) == (present ? value : -1));
+        // From here, or from the gap, both neighbours can be reached.
+        KazTreeIterator ahead(iterator), behind(iterator);
+        const auto above = model.upper_bound(value);
+        const auto here = model.lower_bound(value);
+        FUZZ_CHECK(ahead.next() == (above != model.end()));
+        FUZZ_CHECK(behind.previous() == (here != model.begin()));
+        FUZZ_CHECK(valueOf(ahead.item()) == (above != model.end() ? *above : -1));
+        FUZZ_CHECK(valueOf(behind.item()) == (here != model.begin() ? *std::prev(here) : -1));
+    }
+};
+
+void compareWalks(KazTree& tree, const std::set<int>& model) {
+    KazTreeIterator up(tree);
+    for (const int value : model) {
+        FUZZ_CHECK(valueOf(up.item()) == value);
+        up.next();
+    }
+    KazTreeIterator down(tree);
+    down.toLast();
+    for (auto value = model.rbegin(); value != model.rend(); ++value, down.previous())
+        FUZZ_CHECK(valueOf(down.item()) == *value);
+    FUZZ_CHECK(up.isDone() && down.isDone());
+    FUZZ_CHECK(valueOf(tree.smallest()) == (model.empty() ? -1 : *model.begin()));
+    FUZZ_CHECK(valueOf(tree.largest()) == (model.empty() ? -1 : *model.rbegin()));
+    FUZZ_CHECK(tree.isEmpty() == model.empty());
+}
+
+class Walked {
+public:
+    explicit Walked(KazTree& walked) : tree(walked) {}
+
+    void change(Input& input) {
+        const Counted element(input.byte());
+        const int value = element.value();
+        const bool present = model.count(value) > 0;
+        void* item = const_cast<Counted*>(&element);
+        switch (input.between(0, 8)) {
+        case 0:
+        case 1:
+        case 2:
+            try {
+                tree.add(item);
+                FUZZ_CHECK(!present);
+            } catch (KazTreeClashException& clash) {
+                FUZZ_CHECK(present && clash.getClashData() == tree.find(item));
+            }
+            model.insert(value);
+            break;
+        case 3:
+        case 4:
+            FUZZ_CHECK(tree.remove(item) == present);
+            model.erase(value);
+            break;
+        case 5:
+            FUZZ_CHECK(tree.replace(item) == present);
+            break;
+        case 6:
+            stand(input.between(0, 20));
+            break;
+        case 7:
+            compareWalks(tree, model);
+            break;
+        default:
+            if (input.between(0, 20) > 0) {
+                tree.balance();
+                break;
+            }
+            tree.removeAll();
+            model.clear();
+        }
+        check();
+    }
+
+private:
+    void stand(int steps) {
+        if (standing.size() == 5)
+            standing.pop_front();
+        standing.push_back({KazTreeIterator(tree), 0});
+        while (steps-- > 0 && standing.back().iterator.next())
+            continue;
+        standing.back().value = valueOf(standing.back().iterator.item());
+    }
+
+    void check() {
+        FUZZ_CHECK(tree.getSize() == static_cast<int>(model.size()));
+        standing.remove_if([](const Standing& each) { return each.iterator.isDone(); });
+        for (const Standing& each : standing)
+            each.check(model);
+        // A gap does not keep the place of its value when that comes back.
+        standing.remove_if([this](const Standing& each) { return !model.count(each.value); });
+    }
+
+    KazTree& tree;
+    std::set<int> model;
+    std::list<Standing> standing;
+};
+
+void classBehavesLikeASet(Input& input) {
+    {
+        KazTree tree(Counted::compare);
+        tree.setCheckIn(Counted::checkIn);
+        tree.setCheckOut(Counted::checkOut);
+        Walked walked(tree);
+        while (!input.empty())
+            walked.change(input);
+        KazTree copied(tree);
+        copied = tree;
+        FUZZ_CHECK(Counted::live() == 2 * tree.getSize());
+    }
+    FUZZ_CHECK(Counted::live() == 0);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    if (input.flag())
+        functionsFollowTheReference(input);
+    else
+        classBehavesLikeASet(input);
+    return 0;
+}

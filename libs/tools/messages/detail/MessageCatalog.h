@@ -1,0 +1,64 @@
+/// @file
+/// Numbered texts: those of a message file, through a cache, and those that were
+/// registered.
+#pragma once
+
+#include "tools/messages/detail/CatalogFile.h"
+#include "tools/strings/KazString.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace kaz::detail {
+
+/// What TextLook and its relatives work on; see textcatalog.h.
+class MessageCatalog {
+public:
+    /// Opens the message file and tells its name; null when there is none.
+    using Opener = std::FILE* (*)(KazString& name);
+
+    /// Uses of cache entries are numbered from @p firstStamp on.
+    constexpr explicit MessageCatalog(Opener opener, std::uint32_t firstStamp = 1)
+        : openFile(opener), clock(firstStamp) {}
+    ~MessageCatalog();
+    MessageCatalog(const MessageCatalog&) = delete;
+    MessageCatalog& operator=(const MessageCatalog&) = delete;
+
+    /// Never null. Valid until a later lookup needs the entry.
+    char* look(int number);
+
+    /// Registers a copy of @p text. 0 when there is no memory for it.
+    int put(const char* text, int number);
+    /// The same under the next free number.
+    int put(const char* text);
+
+    void printStatistics(std::FILE* out) const;
+
+private:
+    struct Cache;
+    struct RuntimeText;
+
+    bool start();
+    bool makeCache();
+    char* show(int entry, int number);
+    bool copyRuntimeText(int number, int entry);
+    bool readText(int number, int entry);
+
+    void printTables(std::FILE* out) const;
+    void printCounts(std::FILE* out) const;
+    void printCache(std::FILE* out) const;
+
+    Opener openFile;
+    CatalogFile file;
+    Cache* cache = nullptr;
+    std::uint32_t clock;
+    std::uint32_t calls = 0;
+    std::uint32_t hits = 0;
+    std::uint32_t misses = 0;
+    std::uint32_t errors = 0;
+    RuntimeText* runtimeTexts = nullptr; ///< newest first
+    std::int32_t lastRuntimeNumber = 0;
+    bool runtimeUsed = false;
+};
+
+} // namespace kaz::detail

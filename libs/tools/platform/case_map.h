@@ -1,0 +1,58 @@
+/// @file
+/// The runtime's mapping of single bytes to another case.
+#pragma once
+
+#include <cctype>
+#include <cstddef>
+#include <cstdint>
+
+namespace kaz::host {
+
+/// What `toupper` or `tolower` makes of every byte in the current locale, as a
+/// table that lives until the locale is changed; null where the runtime has none
+/// to show.
+const std::int32_t* upperCaseTable();
+const std::int32_t* lowerCaseTable();
+
+/// One of the two mappings. It is made for one call and not kept: the locale may
+/// change between two.
+class CaseMap {
+public:
+    static CaseMap upper() { return {upperCaseTable(), std::toupper, 'a', 'A'}; }
+    static CaseMap lower() { return {lowerCaseTable(), std::tolower, 'A', 'a'}; }
+
+    char operator()(char c) const {
+        const auto code = static_cast<unsigned char>(c);
+        return static_cast<char>(table_ != nullptr ? table_[code] : map_(code));
+    }
+
+    /// Whether the letters of ASCII map as in ASCII.
+    /// Where there is no table, asking would take as long as what it saves.
+    bool isAsciiForLetters() const { return table_ != nullptr && isAscii('A', 'z' - 'A' + 1); }
+
+    /// Maps the @p n bytes at @p s to @p out, which may be @p s.
+    void apply(char* out, const char* s, std::size_t n) const;
+
+private:
+    CaseMap(const std::int32_t* table, int (*map)(int), char from, char to)
+        : table_(table), map_(map), from_(from), to_(to) {}
+
+    bool isAscii(int first, int count) const {
+        std::int32_t different = 0;
+        for (int c = first; c < first + count; ++c)
+            different |= table_[c] ^ ascii(c);
+        return different == 0;
+    }
+
+    int ascii(int c) const {
+        const bool isMapped = static_cast<unsigned>(c - from_) < 26U;
+        return isMapped ? c ^ (from_ ^ to_) : c;
+    }
+
+    const std::int32_t* table_;
+    int (*map_)(int);
+    char from_;
+    char to_;
+};
+
+} // namespace kaz::host

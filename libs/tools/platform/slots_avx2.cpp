@@ -1,0 +1,34 @@
+// Compiled for processors with AVX2: see CMakeLists.txt.
+
+#include "tools/platform/slots.h"
+
+#if defined(__x86_64__)
+
+#include <cstring>
+
+namespace kaz::host {
+
+std::ptrdiff_t findLastSlotWide(const SlotAddress* slots, std::ptrdiff_t count, SlotAddress item) {
+    typedef std::intptr_t Four __attribute__((__vector_size__(32)));
+    // Passes over whole blocks that do not have the item; the one that has, and
+    // the rest, are searched one by one.
+    constexpr std::ptrdiff_t block = 32;
+    const auto each = static_cast<std::intptr_t>(item);
+    const Four wanted = {each, each, each, each};
+    for (; count >= block; count -= block) {
+        const SlotAddress* first = slots + count - block;
+        Four equal{};
+        for (std::ptrdiff_t i = 0; i < block; i += 4) {
+            Four part;
+            std::memcpy(&part, first + i, sizeof part);
+            equal |= part == wanted;
+        }
+        if ((equal[0] | equal[1] | equal[2] | equal[3]) != 0)
+            break;
+    }
+    return findLastSlotPortable(slots, count, item);
+}
+
+} // namespace kaz::host
+
+#endif

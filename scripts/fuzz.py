@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Runs the fuzz harnesses of a build, or makes a small corpus of what they found.
+
+usage: fuzz.py [--jobs N] run SECONDS [TOPIC...]
+       fuzz.py merge TOPIC...
+
+`run` starts each harness from the committed corpus and from what earlier runs
+found, lets it work for SECONDS, and prints a line for each. New inputs go to
+build/fuzz/corpus/TOPIC. A failing input stays in build/fuzz/failed/ and makes the
+status 1.
+
+`merge` reduces committed corpus and finds to inputs that together reach every
+known place of the code, and writes these to fuzz/corpus/TOPIC. Files with a
+name of their own, written by hand, stay.
+"""
+
+import argparse
+import concurrent.futures
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+root = pathlib.Path(__file__).resolve().parent.parent
+build = root / "build" / "fuzz"
+large_input = 1 << 20
+# Most harnesses work far below this; growth without end is what it stops.
+limits = ["-timeout=10", "-rss_limit_mb=2048"]
+
+
+def topics():
+    return sorted(p.name.removeprefix("fuzz_") for p in (build / "bin").glob("fuzz_*"))
+
+
+def program(topic):
+    return str(build / "bin" / f"fuzz_{topic}")
+
+
+def committed(topic):
+    return root / "fuzz" / "corpus" / topic
+
+
+def found(topic):
+    directory = build / "corpus" / topic
+    directory.mkdir(parents=True, exist_ok=True)
+    return directory
+
+
+def start(topic, *arguments):
+    """Runs a harness in a directory of its own, where it may leave files."""
+    with tempfile.TemporaryDirectory(dir=build) as directory:
+        return subprocess.run([program(topic), *limits, *map(str, arguments)], cwd=directory,
+                              capture_output=True, text=True, errors="replace",
+                              stdin=subprocess.DEVNULL)
+
+
+def large_inputs(topic, directory):
+    """Inputs of 1 MiB: random bytes, and the corpus over and over."""
+    parts = [p.read_bytes() for p in sorted(committed(topic).glob("*"))]
+    texts = {"random": os.urandom(large_input), "corpus": b"".join(parts)}
+    for name, text in texts.items():
+        if text:
+            path = directory / f"{topic}-large-{name}"
+            path.write_bytes((text * (large_input // len(text) + 1))[:large_input])
+            yield path
+
+
+def run(topic, seconds):
+    """Gives the line to print, and whether nothing was found."""
+    failed = build / "failed"
+    failed.mkdir(exist_ok=True)
+    prefix = failed / f"{topic}-"
+    slowest = 0.0
+    for path in large_inputs(topic, failed):
+        before = time.monotonic()
+        result = start(topic, path)
+        slowest = max(slowest, time.monotonic() - before)
+        if result.returncode != 0:
+            return report(topic, result, path), False
+        path.unlink()
+    corpus = [found(topic)] + [d for d in [committed(topic)] if d.is_dir()]
+    result = start(topic, f"-max_total_time={seconds}", "-print_final_stats=1",
+                   f"-artifact_prefix={prefix}", *corpus)
+    stats = dict(re.findall(r"stat::(\w+):\s+(\d+)", result.stderr))
+    if result.returncode != 0 or not stats:
+        kept = re.search(r"Test unit written to (\S+)", result.stderr)
+        return report(topic, result, kept and kept[1]), False
+    sizes = re.findall(r"corp: (\d+)/", result.stderr)
+    return (f"{topic:<20} {int(stats['number_of_executed_units']):>12,}"
+            f" {int(stats['average_exec_per_sec']):>12,} {sizes[-1] if sizes else 0:>8}"
+            f" {slowest:>9.1f}  ok"), True
+
+
+def report(topic, result, kept):
+    log = build / "failed" / f"{topic}.log"
+    log.write_text(result.stderr)
+    lines = [line for line in result.stderr.splitlines() if not line.startswith(("#", "INFO", '"'))]
+    return (f"{topic:<20} FAILED, input: {kept or 'none kept'}, log: {log}\n"
+            + "\n".join("    " + line for line in lines[:40]))
+
+
+def run_all(names, seconds, jobs):
+    print(f"{'harness':<20} {'executions':>12} {'a second':>12} {'corpus':>8} {'1 MiB, s':>9}",
+          flush=True)
+    passed = True
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        for future in concurrent.futures.as_completed(
+                [pool.submit(run, topic, seconds) for topic in names]):
+            line, good = future.result()
+            passed = passed and good
+            print(line, flush=True)
+    return passed
+
+
+def merge(topic):
+    target = committed(topic)
+    target.mkdir(parents=True, exist_ok=True)
+    by_hand = [p for p in target.iterdir() if not re.fullmatch(r"[0-9a-f]{40}", p.name)]
+    with tempfile.TemporaryDirectory(dir=build) as directory:
+        for path in by_hand:
+            shutil.copy(path, directory)
+        # How often a place is reached does not count: that would keep hundreds.
+        result = start(topic, "-set_cover_merge=1", "-use_counters=0", "-max_len=4096", directory,
+                       target, found(topic))
+        if result.returncode != 0:
+            sys.exit(report(topic, result, None))
+        for path in target.iterdir():
+            path.unlink()
+        for path in pathlib.Path(directory).iterdir():
+            shutil.copy(path, target)
+    sizes = [p.stat().st_size for p in target.iterdir()]
+    print(f"{topic}: {len(sizes)} files, {sum(sizes)} bytes")
+
+
+parser = argparse.ArgumentParser()
+parser.add_argument("--jobs", type=int, default=os.cpu_count())
+parser.add_argument("command", choices=["run", "merge"])
+parser.add_argument("arguments", nargs="*")
+options = parser.parse_args()
+names = options.arguments
+seconds = names.pop(0) if options.command == "run" else None
+unknown = set(names) - set(topics())
+if unknown or (options.command == "merge" and not names):
+    sys.exit(f"fuzz.py: topics are {' '.join(topics())}")
+if options.command == "merge":
+    for name in names:
+        merge(name)
+else:
+    sys.exit(0 if run_all(names or topics(), seconds, options.jobs) else 1)

@@ -1,0 +1,106 @@
+// The frame and the messages without memory: each allocation fails in its turn,
+// alone or with all that follow.
+#include "frame_app.h"
+#include "kit/alloc_failure.h"
+#include "kit/capture.h"
+#include "kit/env.h"
+#include "kit/temp_tree.h"
+#include "tools/app/KazEditorsBase.h"
+#include "tools/app/KazFileException.h"
+#include "tools/app/KazResourceException.h"
+#include "tools/app/arguments.h"
+#include "tools/files/KazFilePath.h"
+#include "tools/messages/KazIODirector.h"
+#include "tools/messages/KazMsgProgressHandle.h"
+#include "tools/messages/messages.h"
+#include "tools/util/gu_set.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+/// After each failure the same must succeed as if nothing had happened. Returns how
+/// many allocations were failed.
+template <typename Action>
+long sweep(const char* what, Action action) {
+    SCOPED_TRACE(what);
+    const std::string expected = action();
+    const auto succeed = [&] { EXPECT_EQ(action(), expected); };
+    long failed = 0;
+    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward})
+        failed += kit::sweepAllocations(action, succeed, mode);
+    EXPECT_GT(failed, 1) << what;
+    return failed;
+}
+
+/// Shows nothing, and gives back what it is lent.
+class QuietDirector : public KazIODirector {
+    void doPrintSymMsg(gu_set* symbols, const char*, va_list) override { gu_set_destroy(symbols); }
+    void doPrintError(const char*, va_list) override {}
+};
+
+std::string useApplication() {
+    FrameApp app;
+    app.getParsedArgs();
+    app.removeAtExit("file");
+    app.removeAtExit("another");
+    return std::string(app.getAppName()) + app.getProductPath()->getText().getValue();
+}
+
+std::string useArgv() {
+    char tool[] = "dir\\tool", option[] = "-ed", name[] = "gr";
+    char* argv[] = {tool, option, name, nullptr};
+    int argc = 3;
+    char* editor = nullptr;
+    get_editor_from_argv(&argc, argv, &editor, 1);
+    const std::unique_ptr<char, decltype(&std::free)> program(argv[0], std::free);
+    return std::string(program.get()) + kaz_arg_text_encode("\xFF z").getValue() +
+           KazEditorsBase::getInstance()->getCreationCommand("editor").getValue();
+}
+
+std::string useExceptions() {
+    KazResourceException resource("no font");
+    KazFileException file(KazFileException::fileNotFound, "name");
+    file.reportError();
+    return std::string(resource.getErrorMessage()) + file.getErrorMessage();
+}
+
+std::string useDirector() {
+    QuietDirector director;
+    director.install();
+    print_single_sym_msg(3, "symbol");
+    KazString answer;
+    KazIODirector::getUserInput(answer, "Login", "Name", true);
+    return answer.getValue();
+}
+
+std::string useProgress() {
+    QuietDirector director;
+    director.install();
+    KazMsgProgressHandle handle("work", 0);
+    handle.increment(10, false);
+    handle.msg(1, "%s", "100%");
+    return handle.asCmdLine(1, 2).getValue();
+}
+
+TEST(Memory, EveryFailedAllocationIsSurvived) {
+    const kit::TempTree tree;
+    const kit::ScopedEnv toolInfo("ToolInfo",
+                                  tree.write("ToolInfo", "mox_file_path=a;b\n").c_str());
+    std::string lines;
+    for (int i = 0; i < 200; ++i)
+        lines += "mary\n";
+    const kit::ScopedInput input(lines);
+    kit::Capture capture;
+    long failed = sweep("application", useApplication);
+    failed += sweep("argv", useArgv);
+    failed += sweep("exceptions", useExceptions);
+    failed += sweep("director", useDirector);
+    failed += sweep("progress", useProgress);
+    RecordProperty("failed", std::to_string(failed));
+}
+
+} // namespace

@@ -1,0 +1,137 @@
+// Tools in surroundings that nobody would wish for: what they say is stated or a
+// clear message, whole and as it was meant.
+#include "tools/config/toolinfo.h"
+
+#include "kit/env.h"
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Case {
+    std::map<std::string, std::string> environment;
+    std::vector<std::string> arguments;
+    std::string out, err; ///< a tool that reports something ends with 1
+};
+
+const std::string longText(100000, 'x');
+const std::string oddText = "100 %s %n\n${a}\\";
+
+std::string cannotOpen(const std::string& file) {
+    return "Can't open ToolInfo file: " + file +
+           ",\nis ToolInfo environment variable set correctly?\n";
+}
+
+TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
+    const kit::TempTree tree;
+    const std::string odd = tree.write("%s\n%n", "a=1\n");
+    const std::vector<Case> cases = {
+        {{{"KAZ_A", longText}}, {"moxinfo", "a"}, longText + "\n", ""},
+        {{{"KAZ_A", oddText}}, {"moxinfo", "a", "<${a}>"}, oddText + "\n<" + oddText + ">\n", ""},
+        {{{"ToolInfo", longText}}, {"moxinfo", "a"}, "", cannotOpen(longText)},
+        {{{"ToolInfo", "/" + longText}}, {"moxinfo"}, "", cannotOpen("/" + longText)},
+        {{{"ToolInfo", oddText}}, {"moxinfo", "a"}, "", cannotOpen(oddText)},
+        {{{"ToolInfo", odd}}, {"moxinfo", "a"}, "1\n", ""},
+        {{{"HOME", longText}}, {"moxinfo", "b"}, "2\n", ""},
+        {{{"HOME", odd}}, {"moxinfo", "b"}, "2\n", ""},
+        {{{"HOME", longText}, {"ToolInfo", "~/none/x"}}, {"moxinfo"}, "", cannotOpen("~/none/x")},
+        {{}, {"moxinfo", longText}, "", "moxinfo: " + longText + " is not defined\n"},
+        {{}, {"moxinfo", "${" + longText + "}b"}, "b\n", ""},
+        {{}, {"moxinfo", "-toolinfo", longText, "b"}, "", cannotOpen(longText)},
+        {{}, {"moxinfo", "-file", longText}, "", "moxinfo: cannot read " + longText + "\n"},
+        {{},
+         {"moxinfo", "-file", "/proc/self/mem", "b"}, // opens, but reading it fails
+         "",
+         "moxinfo: cannot read /proc/self/mem\n"},
+        {{},
+         {"moxinfo", "-output", longText},
+         "",
+         longText + ": cannot be written: File name too long\n"},
+        {{{"LC_ALL", longText}}, {"moxinfo", "b"}, "2\n", ""},
+    };
+    for (const Case& each : cases) {
+        kit::RunOptions options;
+        options.env = {{"ToolInfo", tree.write("ToolInfo", "b=2\n")}, {"LC_ALL", "C"}};
+        for (const auto& [name, value] : each.environment)
+            options.env[name] = value;
+        const kit::Result result = kit::run(each.arguments, options);
+        const std::size_t number = static_cast<std::size_t>(&each - cases.data());
+        EXPECT_EQ(result.status, each.err.empty() ? 0 : 1) << number;
+        EXPECT_TRUE(result.out == each.out) << number << result.out.substr(0, 200);
+        EXPECT_TRUE(result.err == each.err) << number << result.err.substr(0, 200);
+    }
+    EXPECT_TRUE(tree.exists("ToolInfo"));
+}
+
+TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
+    const char* const file = "/proc/self/mounts";
+    const kit::ScopedEnv toolInfo("ToolInfo", file);
+    std::ifstream in(file);
+    int lines = 0, definitions = 0;
+    for (std::string line; std::getline(in, line);) {
+        const std::size_t equals = line.find('=');
+        lines += equals != line.npos;
+        definitions += equals != line.npos && TI_Vcont(line.substr(0, equals).c_str()) != nullptr;
+    }
+    EXPECT_GT(lines, 0);
+    EXPECT_EQ(definitions, lines);
+}
+
+TEST(HostileEnvironment, TheSearchPathKeepsAllThatItHeld) {
+    const kit::TempTree tree;
+    kit::RunOptions options;
+    options.env = {{"ToolInfo", tree.write("ToolInfo", "")},
+                   {"PATH", "/bin:" + longText},
+                   {"Path", "D:\\%s;" + longText}};
+    options.input = "same\tPATH\nsame\tPath\n";
+    std::string native = kit::binDirectory();
+    for (char& c : native)
+        c = c == '/' ? '\\' : c;
+    EXPECT_EQ(kit::run({"config_probe"}, options).out, "=" + kit::binDirectory() +
+                                                           ":/bin:" + longText + "\n=" + native +
+                                                           ";D:\\%s;" + longText + "\n");
+}
+
+TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
+    const kit::TempTree tree;
+    const std::string tool = kit::binDirectory() + "/moxinfo";
+    const std::pair<std::string, std::string> runs[] = {
+        {"b", "2\n"},
+        {"-output " + tree.path("written") + " b", ""},
+        {"-file rel b", "moxinfo: cannot read rel\n"},
+        {"-toolinfo rel b", cannotOpen("rel")},
+        {"-output rel b", "rel: cannot be written: No such file or directory\n"}};
+    for (const auto& [arguments, said] : runs) {
+        kit::RunOptions options;
+        options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+        options.cwd = tree.mkdir("gone");
+        const std::string line = "rmdir " + options.cwd + " && exec " + tool + " " + arguments;
+        const kit::Result result = kit::run({"/bin/sh", "-c", line}, options);
+        EXPECT_EQ(result.out + result.err, said);
+        EXPECT_EQ(result.status, result.err.empty() ? 0 : 1);
+    }
+    EXPECT_EQ(tree.read("written"), "2\n");
+}
+
+TEST(HostileEnvironment, AnOutputThatCannotBeWrittenLeavesTheFileAsItWas) {
+    const kit::TempTree tree;
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+    const std::string file = tree.write("file", "old");
+    const std::string line = "trap '' XFSZ; ulimit -f 0; exec " + kit::binDirectory() +
+                             "/moxinfo -output " + file + " b";
+    const kit::Result result = kit::run({"/bin/sh", "-c", line}, options);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, file + ": cannot be written: File too large\n");
+    EXPECT_EQ(tree.read("file"), "old");
+    EXPECT_FALSE(tree.exists("file.new0")) << "nothing stays beside it";
+}
+
+} // namespace

@@ -1,0 +1,30 @@
+/// @file
+/// Runs of config_probe: a tool that answers a script.
+#pragma once
+
+#include "kit/process.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+using Lines = std::vector<std::string>;
+
+/// What the probe says to a script; its answers must be as many as the commands.
+inline Lines ask(const Lines& script, kit::RunOptions options = {}, Lines arguments = {},
+                 const std::string& program = "config_probe") {
+    for (const std::string& command : script)
+        options.input += command + "\n";
+    arguments.insert(arguments.begin(), program);
+    const kit::Result result = kit::run(arguments, options);
+    EXPECT_EQ(result.status, 0) << result.err;
+    Lines answers;
+    std::istringstream out(result.out);
+    for (std::string line; std::getline(out, line);)
+        answers.push_back(line);
+    EXPECT_EQ(answers.size(), script.size()) << result.out << result.err;
+    answers.resize(script.size());
+    return answers;
+}

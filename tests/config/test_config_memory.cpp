@@ -1,0 +1,247 @@
+// Everything of the configuration while each allocation fails in turn.
+#include "tools/app/KazMasterContext.h"
+#include "tools/config/filestore.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
+#include "tools/config/vstring.h"
+
+#include "kit/alloc_failure.h"
+#include "kit/director.h"
+#include "kit/env.h"
+#include "kit/host.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// The ways to fail. Where a lock gets its memory at its first use, no exception can
+/// be thrown once all memory is gone.
+std::vector<kit::FailAllocation::Mode> modes() {
+    if (kit::hasDrives)
+        return {kit::FailAllocation::once};
+    return {kit::FailAllocation::onward, kit::FailAllocation::once};
+}
+
+using State = std::function<std::string()>;
+using Action = std::function<void()>;
+
+std::string text(const char* value) {
+    return value != nullptr ? value : "(null)";
+}
+
+/// @p action either happens or leaves everything that @p state tells as it was,
+/// and then happens after all. @p reset goes back to the start.
+void sweep(const std::string& name, const Action& reset, const Action& action, const State& state) {
+    SCOPED_TRACE(name);
+    reset();
+    const std::string before = state();
+    action();
+    const std::string after = state();
+    for (const auto mode : modes()) {
+        bool done = false;
+        const auto tried = [&] {
+            done = false;
+            action();
+            done = true;
+        };
+        const auto check = [&] {
+            EXPECT_EQ(state(), done ? after : before);
+            action();
+            EXPECT_EQ(state(), after);
+            reset();
+        };
+        reset();
+        const long failures = kit::sweepAllocations(tried, check, mode);
+        EXPECT_GT(failures, 0);
+        EXPECT_EQ(state(), after);
+    }
+}
+
+/// A question that changes nothing: it fails or gives its answer.
+void sweepQuestion(const std::string& name, const State& ask) {
+    std::string answer;
+    sweep(
+        name, [&] { answer.clear(); }, [&] { answer = ask(); }, [&] { return answer; });
+}
+
+/// Two files in a row, with a third one for later.
+class ConfigMemory : public testing::Test {
+protected:
+    ConfigMemory() {
+        tree.write("second", "later=second\nToolInfo=~/none\n");
+        tree.write("third", "other=third\n" + longName + "=third\nlong=" + std::string(5200, 'v'));
+        tree.mkdir("p/sys/store");
+    }
+
+    const std::string longName = std::string(100, 'n');
+    kit::TempTree tree{"/tmp"};
+    kit::ScopedEnv home{"HOME", tree.path().c_str()};
+    kit::ScopedEnv toolInfo{"ToolInfo",
+                            tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
+    kit::RecordingDirector director;
+};
+
+TEST_F(ConfigMemory, FilesAreReadAtTheFirstLookupThatHasTheMemory) {
+    long failures = 0;
+    const auto read = [&] { TI_Vinit(); };
+    for (const auto mode : modes())
+        failures += kit::sweepAllocations(
+            read, [] {}, mode);
+    EXPECT_GT(failures, 10);
+    EXPECT_STREQ(TI_Vcont("value"), "first");
+    EXPECT_STREQ(TI_Vcont("later"), "second");
+    EXPECT_EQ(TI_Vcont("ToolInfoPath"), tree.native("first") + " " + tree.native("second"));
+    EXPECT_EQ(TI_Vfile(1).getValue(), tree.native("second"));
+    EXPECT_LT(std::abs(std::difftime(TI_Vr_time(), std::time(nullptr))), 60);
+    EXPECT_TRUE(TI_V_set_overwrite(true)) << "also when reading broke off in between";
+}
+
+TEST_F(ConfigMemory, VariablesChangeWhollyOrNotAtAll) {
+    TI_Vinit();
+    const char* const name = longName.c_str();
+    const auto forget = [&] {
+        KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
+        TI_Var((longName + "=before").c_str());
+        TI_Var("other=");
+    };
+    const auto values = [&] {
+        return text(TI_Vcont(name)) + text(TI_Vcont("other")) +
+               (TI_V_set_overwrite(true) ? "" : "!");
+    };
+    const std::string file = tree.path("third");
+    const auto read = [&] {
+        if (TI_V_user_file(file.c_str(), true) != 0)
+            throw KazMemoryException(); // no memory for the stream is no file
+    };
+    sweep("file", forget, read, values);
+    sweep(
+        "line", forget, [&] { TI_Var((longName + "=a value of some length").c_str()); }, values);
+    sweep(
+        "assignment", forget, [&] { TI_Vasg(name, "~/a/value"); }, values);
+
+    TI_Vasg(name, "assigned");
+    sweepQuestion("value", [&] { return text(TI_Vcont(name)) + text(TI_EnvVcont(name)); });
+    sweepQuestion("home", [] { return std::string(_TI_hm("~/x")); });
+    sweepQuestion("home copy", [] {
+        const std::unique_ptr<char, decltype(&std::free)> copy(
+            const_cast<char*>(kazGetUserHomeDir()), &std::free);
+        return std::string(copy.get());
+    });
+    sweepQuestion("directories", [] {
+        return std::string(kazMoxRootDir().getValue()) + kazMoxBinDir().getValue();
+    });
+    sweepQuestion("stream", [] {
+        std::FILE* stream = _TI_Cfile();
+        if (stream == nullptr)
+            throw KazMemoryException();
+        return std::to_string(std::fclose(stream));
+    });
+    sweepQuestion("walk", [] {
+        std::string names;
+        TI_Vwalk([](const char* each, void* all) { *static_cast<std::string*>(all) += each; },
+                 &names);
+        return names;
+    });
+}
+
+TEST_F(ConfigMemory, ToolEnvironment) {
+    const auto forget = [] {
+        KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
+    };
+    const auto ask = [] { return text(kaz_env_diagram()) + text(kaz_env_system_dir()); };
+    const std::string project = tree.path("p");
+    TI_Var(("projdir=" + project).c_str());
+    TI_Var("diagram=from the files, at some length");
+    sweep(
+        "first question", forget, [&] { ask(); }, ask);
+    sweep(
+        "assignment", forget, [] { kaz_env_asgn(kaz_env_id_diagram, "a name of some length"); },
+        ask);
+    forget();
+    kaz_env_system_asgn("sys");
+    sweepQuestion("system directory", ask);
+}
+
+TEST_F(ConfigMemory, FilestoreNames) {
+    kaz_env_projdir_asgn(tree.native("p").c_str());
+    kaz_env_system_asgn("sys");
+    kaz_env_diagram_asgn("a diagram of some length");
+    kaz_env_revision_asgn("revision of some length");
+    kaz_fs_filestore_dir_asgn("store");
+    kazSetDbOpen(1);
+    sweepQuestion("characters",
+                  [] { return std::string(kaz_illegal_diag_chars()) + kaz_replace_diag_chars(); });
+    sweepQuestion("filestore", [] { return std::string(kaz_fs_filestore_path()); });
+    sweepQuestion("system", [] { return std::string(edit_get_sys_dir()); });
+    sweepQuestion("diagram file", [] { return std::string(edit_make_name()); });
+    sweepQuestion("absolute", [this] {
+        char name[kazFilestoreNameSize];
+        std::snprintf(name, sizeof name, "%s/p/.", tree.path().c_str());
+        kaz_fs_make_absolute_dir(name);
+        return std::string(name);
+    });
+    sweepQuestion("legality", [] {
+        kaz_env_diagram_asgn("a diagram of some length");
+        const int result = edit_name_is_legal(15, 1);
+        return std::to_string(result) + kaz_env_diagram();
+    });
+    sweepQuestion("file", [] {
+        char name[] = "file", mode[] = "w";
+        std::FILE* stream = kaz_fs_open_filestore_file(name, mode);
+        if (stream == nullptr)
+            throw KazMemoryException();
+        return std::to_string(std::fclose(stream));
+    });
+    const auto assigned = [] { return text(TI_Vcont("filestore")); };
+    sweep(
+        "store directory",
+        [] {
+            kazSetDbOpen(0);
+            edit_set_store_dir();
+            kazSetDbOpen(1);
+        },
+        [] { edit_set_store_dir(); }, assigned);
+}
+
+TEST_F(ConfigMemory, Substitution) {
+    const auto expand = [](const std::string& pattern) {
+        char* result = nullptr;
+        vstring_sub(pattern.c_str(), &result);
+        const std::unique_ptr<char, decltype(&std::free)> owner(result, &std::free);
+        return std::string(result);
+    };
+    vstring_set_simple_var(longName.c_str(), "a value that needs memory of its own");
+    std::string pattern;
+    for (int i = 0; i < 200; ++i)
+        pattern += "${" + longName + "}";
+    sweepQuestion("expansion", [&] { return expand(pattern); });
+    sweep(
+        "variable", [] { vstring_set_simple_var("a", "before"); },
+        [] { vstring_set_simple_var("a", "after, at some length"); },
+        [] { return text(vstring_lookup_var("a")); });
+    int count = 0; // more each time, because their stack never shrinks
+    sweep(
+        "functions",
+        [&] {
+            vstring_clear_lookup_funcs();
+            vstring_push_lookup_func([](const char*) { return "all"; });
+            count += 50;
+        },
+        [&] {
+            for (int i = 0; i < count; ++i)
+                vstring_push_lookup_func([](const char*) { return "all"; });
+        },
+        [] { return text(vstring_lookup_var("none")); });
+}
+
+} // namespace

@@ -1,0 +1,222 @@
+// Every call of the system that the file functions make, failing once.
+#include "files/manager.h"
+#include "files/tree.h"
+#include "kit/posix/call_failure.h"
+#include "kit/temp_tree.h"
+#include "tools/files/KazFilePath.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/process.h"
+#include "tools/files/tifiles.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace manager_test;
+
+constexpr int errors[] = {ENOSPC, EIO,    EACCES, EMFILE,
+                          ENOENT, EINVAL, EINTR,  kit::FailCall::shortTransfer};
+
+/// What a signal interrupts is repeated, what is left is transferred.
+bool isHarmless(int error) {
+    return error == EINTR || error == kit::FailCall::shortTransfer;
+}
+
+long openFiles() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+class Calls : public FileManager {
+protected:
+    /// Fails each call of @p action with each error. @p check(harmless) runs after
+    /// each failure, @p prepare before each run.
+    void sweep(const std::function<void()>& prepare, const std::function<void()>& action,
+               const std::function<void(bool)>& check) {
+        for (const int error : errors) {
+            error_ = error;
+            prepare();
+            const long before = openFiles();
+            points_ += kit::sweepCalls(error, action, [&](const char* call) {
+                SCOPED_TRACE(std::string(call) + " number " + std::to_string(error));
+                check(isHarmless(error));
+                EXPECT_EQ(openFiles(), before);
+                prepare();
+            });
+            if (HasFailure())
+                return;
+        }
+    }
+    ~Calls() override { RecordProperty("points", std::to_string(points_)); }
+
+    int error_ = 0; ///< that is being tried
+
+private:
+    long points_ = 0;
+};
+
+TEST_F(Calls, ACopyIsWholeOrInTheListAndSourcesStay) {
+    tree.write("src/small", "text");
+    tree.write("src/sub/large", std::string(100000, 'x'));
+    tree.write("src/old", "new");
+    fs::permissions(tree.path("src/old"), static_cast<fs::perms>(0600));
+    fs::create_symlink("small", tree.path("src/link"));
+    const tree::Snapshot source = tree::snapshot(tree.path("src"));
+    tree::Snapshot complete = source;
+    complete["link"] = source.at("small");
+    const std::string before = tree::describe(tree.write("before", "as it was"));
+    KazFileManager manager(tree.native("src").c_str());
+    const KazString dst = tree.native("dst").c_str();
+    bool copied = false;
+    sweep(
+        [&] {
+            fs::remove_all(tree.path("dst"));
+            tree.write("dst/src/old", "as it was");
+            makeOld(tree.path("dst/src/old"));
+        },
+        [&] { copied = manager.copy(dst, true); },
+        [&](bool harmless) {
+            const tree::Snapshot result = tree::snapshot(tree.path("dst/src"));
+            for (const auto& [path, what] : result)
+                EXPECT_TRUE((path == "old" && what == before) ||
+                            (complete.count(path) > 0 && what == complete.at(path)))
+                    << path;
+            EXPECT_EQ(result.count("old"), 1u);
+            EXPECT_EQ(copied, manager.getErrors().isEmpty());
+            EXPECT_TRUE(copied || !harmless);
+            EXPECT_TRUE(!copied || result == complete);
+            EXPECT_EQ(tree::snapshot(tree.path("src")), source);
+        });
+}
+
+/// Not when it cannot be told how old it is, either.
+TEST_F(Calls, ATargetOfThisVeryCopyIsNeverReplaced) {
+    tree.write("src/f", "new");
+    KazFileManager manager(tree.native("src").c_str());
+    const KazString dst = tree.native("dst").c_str();
+    sweep(
+        [&] {
+            tree.write("dst/src/f", "as it was");
+            setAge(tree.path("dst/src/f"), std::chrono::hours(1));
+        },
+        [&] { manager.copy(dst, true); },
+        [&](bool) {
+            const bool saysMissing = error_ == ENOENT;
+            EXPECT_EQ(tree.read("dst/src/f"),
+                      saysMissing && manager.getErrors().isEmpty() ? "new" : "as it was");
+            EXPECT_TRUE(saysMissing || !manager.getErrors().isEmpty());
+        });
+}
+
+TEST_F(Calls, ADeletionIsCompleteOrInTheList) {
+    KazFileManager manager(tree.native("src").c_str());
+    bool removed = false;
+    sweep(
+        [&] {
+            tree.write("src/a", "x");
+            tree.write("src/sub/b", "x");
+            fs::remove(tree.path("src/link"));
+            fs::create_directory_symlink("sub", tree.path("src/link"));
+            tree.write("src/sub/empty/c", "x");
+        },
+        [&] { removed = manager.destroy(true); },
+        [&](bool harmless) {
+            const Names errors = errorsOf(manager);
+            EXPECT_EQ(errors.empty(), !tree.exists("src"));
+            EXPECT_TRUE(errors.empty() || !harmless);
+            EXPECT_TRUE(!removed || errors.empty() || errors == Names{tree.native("src")});
+        });
+}
+
+TEST_F(Calls, AFileIsCopiedOrTheReasonIsTold) {
+    const kit::TempTree disk; // often another file system
+    const std::string source = disk.path("f");
+    const std::string target = tree.path("t");
+    struct Case {
+        std::size_t size;
+        bool exists;
+        bool keeps;
+    };
+    for (const Case& each :
+         {Case{100, false, false}, Case{200000, false, false}, Case{200000, true, false},
+          Case{200000, true, true}, Case{100, true, true}}) {
+        const std::string text(each.size, 'f');
+        disk.write("f", text);
+        const std::string before = each.exists ? "before" : "";
+        int result = 0;
+        int reason = 0;
+        sweep(
+            [&] {
+                fs::remove(target);
+                if (each.exists)
+                    tree.write("t", before);
+            },
+            [&] {
+                errno = 0;
+                result = copy_file(source.c_str(), target.c_str(), each.keeps);
+                reason = errno;
+            },
+            [&](bool harmless) {
+                EXPECT_TRUE(result == 0 ? !each.keeps : reason != 0 && (each.keeps || !harmless));
+                EXPECT_EQ(tree.read("t"), result == 0 ? text : before);
+                EXPECT_EQ(tree.exists("t"), result == 0 || each.exists);
+                EXPECT_EQ(tree::snapshot(tree.path()).size(), tree.exists("t") ? 1u : 0u);
+            });
+    }
+}
+
+TEST_F(Calls, OtherFileFunctionsSucceedOrLeaveNothing) {
+    const auto clean = [&] {
+        fs::remove_all(tree.path("work"));
+        tree.write("work/in/f", "x");
+        tree.write("work/in/g", "x");
+    };
+    const std::string work = tree.native("work");
+    const auto entries = [&] { return tree::snapshot(tree.path("work")).size(); };
+    KazString text;
+    int number = 0;
+    // Runs one function, which tells whether it did its work, and how many entries
+    // there may be when it did not, and are when it did.
+    const auto sweepOne = [&](const std::function<bool()>& function, std::size_t left,
+                              std::size_t done) {
+        bool isDone = false;
+        sweep(
+            clean, [&] { isDone = function(); },
+            [&](bool harmless) {
+                EXPECT_TRUE(isDone || !harmless);
+                EXPECT_LE(entries(), std::max(left, done));
+                EXPECT_GE(entries(), isDone ? done : 3);
+            });
+    };
+    sweepOne([&] { return TI_makedir((work + "\\a\\b").c_str()) == 0; }, 4, 5);
+    sweepOne([&] { return !TI_tmpname(work.c_str(), "t").isEmpty(); }, 3, 4);
+    sweepOne([&] { return !TI_tmpdir(work.c_str(), "t").isEmpty(); }, 3, 4);
+    sweepOne(
+        [&] { return copy_file((work + "\\in\\f").c_str(), (work + "\\h").c_str(), true) == 0; }, 3,
+        4);
+    sweepOne(
+        [&] {
+            KazStringColl found;
+            number = read_a_dir((work + "\\in\\?").c_str(), found);
+            return number == found.getSize() && number == 3;
+        },
+        3, 3);
+    sweepOne(
+        [&] {
+            return KazFilePath((work + ";" + work + "\\in").c_str()).find("f") ==
+                   (work + "\\in\\f").c_str();
+        },
+        3, 3);
+    sweepOne([&] { return kazFullPath("x").getLength() > 1; }, 3, 3);
+    sweepOne([&] { return shell_cmd_output("printf out", text) == 0 && text == "out"; }, 3, 3);
+    // A probe that cannot be removed stays.
+    sweepOne([&] { return kazSamePathName(work.c_str(), tree.path("work").c_str()) == 1; }, 4, 3);
+}
+
+} // namespace

@@ -1,0 +1,140 @@
+// Every allocation of the file functions, failing.
+#include "kit/alloc_failure.h"
+#include "kit/env.h"
+#include "kit/temp_tree.h"
+#include "tools/files/KazFilePath.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/process.h"
+#include "tools/files/tifiles.h"
+#include "words.h"
+
+#include <array>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+
+namespace {
+
+/// A call and its result as text; "" where it says that it failed.
+using Calls = std::map<std::string, std::function<std::string()>>;
+
+std::string str(const KazString& text) {
+    return text.getValue();
+}
+
+std::string made(int result) {
+    return result == 0 ? "made" : "";
+}
+
+/// A call for which memory runs out ends in the exception or in its own kind of
+/// failure, and does its work when it is called again.
+void expectRepeatable(const Calls& calls) {
+    for (const auto& each : calls) {
+        const std::string& name = each.first;
+        const auto& call = each.second;
+        const std::string expected = call();
+        ASSERT_NE(expected, "") << name;
+        for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+            std::string result;
+            const long points = kit::sweepAllocations(
+                [&] {
+                    result.clear();
+                    const std::string found = call();
+                    result = found;
+                },
+                [&] {
+                    EXPECT_TRUE(result.empty() || result == expected) << name << ": " << result;
+                    EXPECT_EQ(call(), expected) << name;
+                },
+                mode);
+            EXPECT_GT(points, 0) << name;
+        }
+    }
+}
+
+TEST(Allocations, PathFunctions) {
+    const kit::TempTree tree;
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    const std::string dir = tree.native();
+    expectRepeatable({
+        {"compose", [&] { return str(kazComposePath(dir.c_str(), "name", "more")); }},
+        {"root part", [&] { return str(kazPathRootPart(dir.c_str())); }},
+        {"directory part", [&] { return str(kazPathDirPart(dir.c_str())); }},
+        {"last component", [&] { return str(kazLastFileComponent(dir.c_str())); }},
+        {"for display", [&] { return str(kazDirForDisplay(dir.c_str())); }},
+        {"normalised", [&] { return str(kazNormalizedPath(dir.c_str())); }},
+        {"full", [&] { return str(kazFullPath("~/some/../path/of/some/length")); }},
+        {"relative", [&] { return str(kazRelativePath((dir + "\\a\\b").c_str(), dir.c_str())); }},
+        {"same",
+         [&] { return kazSamePathName((dir + "\\.").c_str(), dir.c_str()) == 1 ? "same" : ""; }},
+        {"joined",
+         [&] {
+             std::array<char, 8192> out;
+             make_unix_path_rel("some directory", "some name of a file", dir.c_str(), out.data());
+             return std::string(out.data());
+         }},
+        {"host spelling", [&] { return str(kazHostPath(dir.c_str())); }},
+        {"native spelling", [&] { return str(kazNativePath(dir.c_str())); }},
+    });
+    KazString blanks("a b");
+    const KazString shared = blanks;
+    EXPECT_EQ(kit::sweepAllocations([&] { kazRemoveBlanksFromPath(blanks); },
+                                    [&] { EXPECT_STREQ(blanks.getValue(), "a b"); }),
+              1);
+    EXPECT_STREQ(blanks.getValue(), "a_b");
+}
+
+TEST(Allocations, FilesAndProcesses) {
+    const kit::TempTree tree;
+    const std::string dir = tree.native();
+    const std::string file = tree.write("in/file with a long name", "contents");
+    const KazFilePath path((dir + ";" + tree.native("in")).c_str());
+    const auto listed = [](const std::function<int(KazStringColl&)>& list) {
+        KazStringColl found;
+        const int count = list(found);
+        return count == 1 ? str(found[0]) : "";
+    };
+    std::array<char, 8192> out;
+    expectRepeatable({
+        {"joined", [&] { return std::string(TI_catfile(dir.c_str(), "f", out.data(), 8192)); }},
+        {"directory", [&] { return made(TI_makedir((dir + "\\made\\below").c_str())); }},
+        {"copy", [&] { return made(copy_file(file.c_str(), (dir + "\\copy").c_str(), false)); }},
+        {"temporary file", [&] { return made(TI_tmpname(dir.c_str(), "t").isEmpty()); }},
+        {"temporary directory", [&] { return made(TI_tmpdir(dir.c_str(), "t").isEmpty()); }},
+        {"listing",
+         [&] {
+             return listed([&](KazStringColl& found) {
+                 return read_a_dir((dir + "\\in\\f*").c_str(), found);
+             });
+         }},
+        {"search", [&] { return str(path.find("file with a long name")); }},
+        {"search for all",
+         [&] {
+             return listed([&](KazStringColl& found) {
+                 return path.findAll("file with a long name", found);
+             });
+         }},
+        {"search by pattern",
+         [&] {
+             return listed([&](KazStringColl& found) { return path.findMatching("f*", found); });
+         }},
+        {"list as text", [&] { return str(path.getText()); }},
+        {"words", [] { return words::join(words::split("'some word' and \"another\"")); }},
+        {"output",
+         [] {
+             KazString output;
+             shell_cmd_output("echo some output", output);
+             return str(output);
+         }},
+    });
+    KazFilePath changed("one;two");
+    for (const auto change : {&KazFilePath::set, &KazFilePath::append, &KazFilePath::prepend}) {
+        changed.set("one;two");
+        kit::sweepAllocations([&] { (changed.*change)("three;four;five"); },
+                              [&] { EXPECT_STREQ(changed.getText().getValue(), "one;two"); });
+        EXPECT_GE(changed.getSize(), 3);
+    }
+}
+
+} // namespace

@@ -1,0 +1,79 @@
+#include "kit/alloc_failure.h"
+
+#include "kit/detail/alloc_hooks.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <new>
+#include <utility>
+
+namespace kit {
+
+namespace {
+
+// Counts down to the failing allocation; 0 is off, below 0 fails from here on.
+constinit std::atomic<long> countdown{0};
+constinit std::atomic<bool> failOnward{false};
+constinit std::atomic<bool> hasHit{false};
+
+void throwMemoryException() {
+    throw KazMemoryException();
+}
+
+/// Where memory for an exception fails, the C++ runtime takes it from a reserve. On
+/// some hosts the lock of the reserve is made on first use, and without memory that
+/// never ends: so it is used once while there is memory for the lock.
+void useReserveOnce() {
+    static bool used = false;
+    if (std::exchange(used, true))
+        return;
+    countdown = 1;
+    try {
+        throwMemoryException();
+    } catch (const KazMemoryException&) {
+        countdown = 0;
+    }
+}
+
+} // namespace
+
+bool detail::shallFail() {
+    long left = countdown.load(std::memory_order_relaxed);
+    if (left == 0)
+        return false;
+    if (left > 0) {
+        left = countdown.fetch_sub(1) - 1;
+        if (left > 0)
+            return false;
+        if (failOnward)
+            countdown = -1;
+    }
+    hasHit = true;
+    errno = ENOMEM;
+    return true;
+}
+
+FailAllocation::FailAllocation(long n, Mode mode) {
+    // The run under valgrind, which replaces the hooks, leaves out tests with this mark.
+    testing::Test::RecordProperty("fails_allocations", "yes");
+    detail::installHooks();
+    if (std::get_new_handler() == nullptr)
+        std::set_new_handler(throwMemoryException);
+    failOnward = false;
+    useReserveOnce();
+    hasHit = false;
+    failOnward = mode == onward;
+    countdown = n;
+}
+
+FailAllocation::~FailAllocation() {
+    countdown = 0;
+}
+
+bool FailAllocation::hit() const {
+    return hasHit;
+}
+
+} // namespace kit

@@ -1,0 +1,13 @@
+/// @file
+/// Between the counting of allocations and what each host needs to reach them all.
+#pragma once
+
+namespace kit::detail {
+
+/// Counts one allocation; true when it is to fail (errno is set then).
+bool shallFail();
+
+/// Brings the hooks into place, where being linked is not enough.
+void installHooks();
+
+} // namespace kit::detail

@@ -1,0 +1,142 @@
+// The test program's own definitions of the calls: they win over the shared ones
+// for the library under test too. Each has a name of its own in C++, as the
+// headers declare the real one.
+#include "kit/posix/call_failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace {
+
+constinit long left = 0; // calls until the one that fails; 0 is off
+constinit int error = 0;
+constinit const char* failed = nullptr;
+
+/// Whether the call that is just being made is the one.
+bool isDue(const char* name) {
+    if (left == 0 || --left != 0)
+        return false;
+    failed = name;
+    return true;
+}
+
+bool fails(const char* name) {
+    if (error == kit::FailCall::shortTransfer || !isDue(name))
+        return false;
+    errno = error;
+    return true;
+}
+
+/// How much a transfer may move; fails() decides about errors.
+std::size_t allowed(const char* name, std::size_t size) {
+    return error == kit::FailCall::shortTransfer && isDue(name) ? std::min<std::size_t>(size, 1)
+                                                                : size;
+}
+
+} // namespace
+
+namespace kit {
+
+FailCall::FailCall(long n, int number) {
+    failed = nullptr;
+    error = number;
+    left = n;
+}
+
+FailCall::~FailCall() {
+    left = 0;
+}
+
+bool FailCall::hit() const {
+    return failed != nullptr;
+}
+
+const char* FailCall::name() const {
+    return failed;
+}
+
+} // namespace kit
+
+#define KIT_DEFINITION(Result, function, Parameters)                                               \
+    extern "C" __attribute__((visibility("default")))                                              \
+    Result kit_##function Parameters __asm__(#function);                                           \
+    extern "C" Result kit_##function Parameters
+
+#define KIT_NEXT(Result, function, Parameters)                                                     \
+    static const auto next = reinterpret_cast<Result(*) Parameters>(::dlsym(RTLD_NEXT, #function))
+
+/// A call that is not made when it is to fail.
+#define KIT_CALL(Result, function, Parameters, Arguments, failure)                                 \
+    KIT_DEFINITION(Result, function, Parameters) {                                                 \
+        KIT_NEXT(Result, function, Parameters);                                                    \
+        return fails(#function) ? (failure) : next Arguments;                                      \
+    }
+
+/// A call whose work is done although it fails.
+#define KIT_CLOSING(function, Argument)                                                            \
+    KIT_DEFINITION(int, function, (Argument closing)) {                                            \
+        KIT_NEXT(int, function, (Argument));                                                       \
+        const bool shallFail = fails(#function);                                                   \
+        const int reason = errno;                                                                  \
+        const int result = next(closing);                                                          \
+        if (!shallFail)                                                                            \
+            return result;                                                                         \
+        errno = reason;                                                                            \
+        return -1;                                                                                 \
+    }
+
+/// A call that can do a part of its work; its last argument is a size.
+#define KIT_TRANSFER(function, Parameters, Arguments)                                              \
+    KIT_DEFINITION(ssize_t, function, Parameters) {                                                \
+        KIT_NEXT(ssize_t, function, Parameters);                                                   \
+        if (fails(#function))                                                                      \
+            return -1;                                                                             \
+        size = allowed(#function, size);                                                           \
+        return next Arguments;                                                                     \
+    }
+
+KIT_CALL(int, open, (const char* path, int flags, mode_t mode), (path, flags, mode), -1)
+KIT_CALL(int, openat, (int dir, const char* path, int flags, mode_t mode), (dir, path, flags, mode),
+         -1)
+KIT_CALL(FILE*, fopen, (const char* path, const char* mode), (path, mode), nullptr)
+KIT_CALL(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
+KIT_CALL(DIR*, fdopendir, (int file), (file), nullptr)
+KIT_CALL(dirent*, readdir, (DIR * listing), (listing), nullptr)
+KIT_CALL(int, fstat, (int file, struct stat* info), (file, info), -1)
+KIT_CALL(int, fstatat, (int dir, const char* path, struct stat* info, int flags),
+         (dir, path, info, flags), -1)
+KIT_CALL(int, access, (const char* path, int mode), (path, mode), -1)
+KIT_CALL(int, mkdir, (const char* path, mode_t mode), (path, mode), -1)
+KIT_CALL(int, mkdirat, (int dir, const char* path, mode_t mode), (dir, path, mode), -1)
+KIT_CALL(char*, mkdtemp, (char* name), (name), nullptr)
+KIT_CALL(int, mkostemp, (char* name, int flags), (name, flags), -1)
+KIT_CALL(int, fchmod, (int file, mode_t mode), (file, mode), -1)
+KIT_CALL(off_t, lseek, (int file, off_t offset, int whence), (file, offset, whence), -1)
+KIT_CALL(int, linkat, (int from, const char* path, int to, const char* name, int flags),
+         (from, path, to, name, flags), -1)
+KIT_CALL(int, rename, (const char* from, const char* to), (from, to), -1)
+KIT_CALL(int, renameat, (int dir, const char* from, int to, const char* name),
+         (dir, from, to, name), -1)
+KIT_CALL(int, renameat2, (int dir, const char* from, int to, const char* name, unsigned flags),
+         (dir, from, to, name, flags), -1)
+KIT_CALL(int, unlink, (const char* path), (path), -1)
+KIT_CALL(int, unlinkat, (int dir, const char* path, int flags), (dir, path, flags), -1)
+KIT_CALL(int, rmdir, (const char* path), (path), -1)
+KIT_CALL(char*, getcwd, (char* buffer, std::size_t size), (buffer, size), nullptr)
+KIT_CALL(int, pipe2, (int* ends, int flags), (ends, flags), -1)
+KIT_CALL(int, poll, (pollfd * files, nfds_t count, int timeout), (files, count, timeout), -1)
+KIT_CALL(pid_t, waitpid, (pid_t child, int* status, int options), (child, status, options), -1)
+KIT_CLOSING(close, int)
+KIT_CLOSING(closedir, DIR*)
+KIT_CLOSING(fclose, FILE*)
+KIT_TRANSFER(read, (int file, void* buffer, std::size_t size), (file, buffer, size))
+KIT_TRANSFER(write, (int file, const void* buffer, std::size_t size), (file, buffer, size))
+KIT_TRANSFER(copy_file_range,
+             (int from, off_t* offset, int to, off_t* target, std::size_t size, unsigned flags),
+             (from, offset, to, target, size, flags))

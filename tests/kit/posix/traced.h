@@ -1,0 +1,30 @@
+/// @file
+/// Programs under strace, which makes one of their system calls fail.
+#pragma once
+
+#include "kit/process.h"
+
+#include <string>
+#include <vector>
+
+namespace kit {
+
+/// Is strace there, and may it trace?
+bool canTrace();
+
+/// One system call of a program: the n-th of that name (the first is 1).
+struct Call {
+    std::string name;
+    int number = 0;
+    std::string text; ///< as it was made
+};
+
+/// The calls that deal in files, in their order, without those that load the
+/// program and its libraries: no program survives the failure of these.
+std::vector<Call> callsOf(const std::vector<std::string>& argv, const RunOptions& options);
+
+/// Runs a program of which that call fails with @p error ("EIO").
+Result runFailing(const std::vector<std::string>& argv, const RunOptions& options, const Call& call,
+                  const std::string& error);
+
+} // namespace kit

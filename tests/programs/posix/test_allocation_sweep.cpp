@@ -1,0 +1,137 @@
+// Whole programs, each of their allocations failing, once or from there on.
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+#include "programs/moxcopy.h"
+
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace moxcopy_test;
+
+const std::string outOfMemory = "Out of memory or swap space\n";
+
+class OutOfMemory : public testing::Test {
+protected:
+    OutOfMemory() {
+        options.cwd = tree.path();
+        options.env = {{"LC_ALL", "C"}, {"HOME", tree.path()}};
+        options.env["ToolInfo"] = tree.write(
+            "ToolInfo", "ToolInfo = " + tree.write("site", "other=thing\n") + "\nname=value\n");
+        tree.write("source", "1 text\n2 more %s\n");
+    }
+
+    /// Runs the program until no allocation fails any more, each time after
+    /// @p prepare. A run ends with one message or, where the C library makes do
+    /// without the memory, as if nothing had been; @p check sees what it left.
+    void sweep(const std::vector<std::string>& command, const std::function<void()>& prepare,
+               const std::function<void(const kit::Result&)>& check) {
+        prepare();
+        const kit::Result whole = kit::run(command, options);
+        ASSERT_EQ(whole.status, 0) << whole.err;
+        long runs = 0;
+        for (onward = false;; onward = true) {
+            // The first is the C++ runtime's reserve: without it nothing can be thrown.
+            for (long n = onward ? 2 : 1;; ++n, ++runs) {
+                prepare();
+                fs::remove(tree.path("mark"));
+                kit::RunOptions failing = options;
+                failing.env["LD_PRELOAD"] = kit::binDirectory() + "/failing_malloc.so";
+                failing.env["KIT_FAIL_ALLOCATION"] = std::to_string(n);
+                failing.env["KIT_FAIL_MARK"] = tree.path("mark");
+                if (onward)
+                    failing.env["KIT_FAIL_ONWARD"] = "1";
+                const kit::Result result = kit::run(command, failing);
+                if (!tree.exists("mark"))
+                    break;
+                SCOPED_TRACE("allocation " + std::to_string(n) + (onward ? " and later ones" : ""));
+                EXPECT_EQ(result.signal, 0);
+                if (result.status == 0) {
+                    EXPECT_EQ(result.out, whole.out);
+                } else {
+                    EXPECT_EQ(result.status, 1);
+                    EXPECT_FALSE(result.err.empty());
+                    EXPECT_TRUE(result.err == outOfMemory ||
+                                result.err.find(outOfMemory) == result.err.npos)
+                        << result.err;
+                }
+                check(result);
+            }
+            if (onward)
+                break;
+        }
+        EXPECT_GT(runs, 20);
+        RecordProperty("runs", std::to_string(runs));
+    }
+
+    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    kit::RunOptions options;
+    /// Do the allocations that follow fail too?
+    bool onward = false;
+};
+
+TEST_F(OutOfMemory, CopyingLeavesWholeFilesAndTheSource) {
+    tree.write("plant/brewery/a.dgm", "new");
+    tree.write("plant/brewery/deep/big", std::string(100000, 'b'));
+    const auto source = contents(tree, "plant");
+    const std::map<std::string, std::string> old = {{"brewery/a.dgm", "old"},
+                                                    {"brewery/own", "kept"}};
+    auto complete = contents(tree, "plant");
+    complete["brewery/own"] = "kept";
+    sweep(
+        {"moxcopy", "-p", "plant", "-s", "brewery", "-target", "copies", "-Force", "-Quiet"},
+        [&] {
+            fs::remove_all(tree.path("copies"));
+            for (const auto& [name, text] : old)
+                tree.write("copies/" + name, text);
+        },
+        [&](const kit::Result& result) {
+            const auto copies = contents(tree, "copies");
+            std::size_t leftOver = 0;
+            for (const auto& [name, text] : copies)
+                if (name.starts_with("brewery/.moxcopy"))
+                    ++leftOver;
+                else
+                    EXPECT_TRUE((complete.count(name) > 0 && text == complete.at(name)) ||
+                                (old.count(name) > 0 && text == old.at(name)))
+                        << name;
+            // Without any memory nothing can be cleared away.
+            EXPECT_TRUE(leftOver == 0 || onward) << result.err;
+            for (const auto& [name, text] : old)
+                EXPECT_TRUE(copies.count(name) > 0) << name;
+            EXPECT_TRUE(result.status != 0 || copies.size() - leftOver == complete.size());
+            EXPECT_EQ(contents(tree, "plant"), source);
+        });
+}
+
+TEST_F(OutOfMemory, MessageFilesAreWholeOrAsTheyWere) {
+    const std::vector<std::string> compile = {"moxmsg", "-source", "source", "-output", "file"};
+    ASSERT_EQ(kit::run(compile, options).status, 0);
+    const std::string compiled = tree.read("file");
+    for (const std::string before : {"", "before"})
+        sweep(
+            compile,
+            [&] {
+                fs::remove(tree.path("file"));
+                if (!before.empty())
+                    tree.write("file", before);
+            },
+            [&](const kit::Result& result) {
+                EXPECT_EQ(tree.read("file"), result.status == 0 ? compiled : before);
+                EXPECT_EQ(tree.exists("file"), !before.empty() || result.status == 0);
+            });
+    tree.write("file", compiled);
+    sweep(
+        {"moxmsg", "-file", "file"}, [] {}, [](const kit::Result&) {});
+}
+
+TEST_F(OutOfMemory, TheConfigurationIsShownOrTheReasonIsTold) {
+    sweep(
+        {"moxinfo", "name", "other"}, [] {}, [](const kit::Result&) {});
+    sweep(
+        {"moxinfo"}, [] {}, [](const kit::Result&) {});
+}
+
+} // namespace

@@ -1,0 +1,158 @@
+// Whole programs, each of their system calls failing once, and killed at any
+// moment.
+#include "kit/posix/traced.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "kit/temp_tree.h"
+#include "programs/moxcopy.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace moxcopy_test;
+using Check = std::function<void(const kit::Result&)>;
+
+/// In memory: a disk that is forced to write each file out takes its time.
+class Programs : public testing::Test {
+protected:
+    Programs() {
+        options.cwd = tree.path();
+        options.env = {{"LC_ALL", "C"}, {"HOME", tree.path()}, {"TOOLINFO", kit::unset}};
+        options.env["ToolInfo"] = tree.write(
+            "ToolInfo", "ToolInfo=" + tree.write("site", "other=thing\n") + "\nname=value\n");
+        tree.write("source", "1 text\n2 more\n");
+    }
+
+    /// Fails each call once: each with another of the errors, or with every one
+    /// when the environment variable KIT_SWEEP is set.
+    void sweep(const std::vector<std::string>& command, const std::function<void()>& prepare,
+               const Check& check) {
+        if (!kit::canTrace())
+            GTEST_SKIP() << "strace is missing, or may not trace here";
+        static const std::vector<std::string> errors = {"ENOSPC", "EIO", "EACCES", "EINTR",
+                                                        "EMFILE"};
+        const bool all = std::getenv("KIT_SWEEP") != nullptr;
+        prepare();
+        const std::vector<kit::Call> calls = kit::callsOf(command, options);
+        ASSERT_GT(calls.size(), 10u);
+        std::size_t runs = 0;
+        for (std::size_t i = 0; i < calls.size(); ++i)
+            for (std::size_t e = 0; e < errors.size(); ++e) {
+                if (!all && (i + e) % errors.size() != 0)
+                    continue;
+                SCOPED_TRACE(calls[i].text + " fails with " + errors[e]);
+                prepare();
+                const kit::Result result = kit::runFailing(command, options, calls[i], errors[e]);
+                ++runs;
+                EXPECT_EQ(result.signal, 0);
+                EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status;
+                EXPECT_TRUE(result.status == 0 || !result.err.empty()) << "no message";
+                check(result);
+            }
+        RecordProperty("runs", std::to_string(runs));
+    }
+
+    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    kit::RunOptions options;
+};
+
+TEST_F(Programs, ACopyOfASystemIsWholeOrAsItWas) {
+    tree.write("plant/brewery/a.dgm", "new");
+    tree.write("plant/brewery/deep/big", std::string(100000, 'b'));
+    const auto source = contents(tree, "plant");
+    std::map<std::string, std::string> old = {
+        {"brewery", "/"}, {"brewery/a.dgm", "old"}, {"brewery/own", "kept"}};
+    for (const bool exists : {false, true}) {
+        auto complete = old;
+        for (const auto& [name, text] : contents(tree, "plant/brewery"))
+            complete["brewery/" + name] = text;
+        if (!exists)
+            complete.erase("brewery/own");
+        sweep(
+            {"moxcopy", "-p", "plant", "-s", "brewery", "-target", "copies", "-Force"},
+            [&] {
+                fs::remove_all(tree.path("copies"));
+                if (exists) {
+                    tree.write("copies/brewery/a.dgm", "old");
+                    tree.write("copies/brewery/own", "kept");
+                }
+            },
+            [&](const kit::Result& result) {
+                const auto copies = contents(tree, "copies");
+                EXPECT_TRUE(result.status != 0 || copies == complete || !result.err.empty());
+                for (const auto& [name, text] : copies) {
+                    const bool isNew = complete.count(name) > 0 && text == complete.at(name);
+                    const bool isOld = exists && old.count(name) > 0 && text == old.at(name);
+                    const bool isLeftOver = name.find(".moxcopy") != name.npos &&
+                                            result.err.find("Cannot remove") != result.err.npos;
+                    EXPECT_TRUE(isNew || isOld || isLeftOver) << name << " and " << result.err;
+                }
+                for (const auto& [name, text] : old)
+                    EXPECT_TRUE(!exists || copies.count(name) > 0) << name;
+                EXPECT_EQ(contents(tree, "plant"), source);
+            });
+    }
+}
+
+TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
+    const std::vector<std::string> compile = {"moxmsg", "-source", "source", "-output", "file"};
+    ASSERT_EQ(kit::run(compile, options).status, 0);
+    const std::string compiled = tree.read("file");
+    for (const bool exists : {false, true})
+        sweep(
+            compile,
+            [&] {
+                fs::remove(tree.path("file"));
+                if (exists)
+                    tree.write("file", "before");
+            },
+            [&](const kit::Result& result) {
+                const std::string before = exists ? "before" : "";
+                EXPECT_EQ(tree.read("file"), result.status == 0 ? compiled : before);
+                EXPECT_EQ(tree.exists("file"), exists || result.status == 0);
+                EXPECT_FALSE(tree.exists("file.new0"));
+            });
+    tree.write("file", compiled);
+    sweep(
+        {"moxmsg", "-file", "file"}, [] {},
+        [](const kit::Result& result) {
+            EXPECT_TRUE(result.status == 1 || result.out == "1 text\n2 more\n") << result.out;
+        });
+}
+
+TEST_F(Programs, AnInterruptedTransferGoesOn) {
+    if (!kit::canTrace())
+        GTEST_SKIP() << "strace is missing, or may not trace here";
+    const std::vector<std::vector<std::string>> commands = {
+        {"moxmsg", "-source", "source", "-output", "file"}, {"moxmsg", "-file", "file"}};
+    for (const auto& command : commands) {
+        const kit::Result expected = kit::run(command, options);
+        ASSERT_EQ(expected.status, 0) << expected.err;
+        const std::string file = tree.read("file");
+        for (const kit::Call& call : kit::callsOf(command, options)) {
+            if (call.name != "openat" && call.name != "read" && call.name != "write")
+                continue;
+            const kit::Result result = kit::runFailing(command, options, call, "EINTR");
+            EXPECT_EQ(result.status, 0) << call.text << result.err;
+            EXPECT_EQ(result.out, expected.out) << call.text;
+            EXPECT_EQ(tree.read("file"), file) << call.text;
+        }
+    }
+}
+
+TEST_F(Programs, AConfigurationIsShownOrTheReasonIsTold) {
+    const std::vector<std::string> show = {"moxinfo", "name", "other"};
+    ASSERT_EQ(kit::run(show, options).out, "value\nthing\n");
+    sweep(
+        show, [] {},
+        [](const kit::Result& result) {
+            EXPECT_TRUE(result.status == 1 || result.out == "value\nthing\n")
+                << result.out << result.err;
+        });
+}
+
+} // namespace
