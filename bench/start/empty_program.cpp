@@ -1,0 +1,6 @@
+// A program that does nothing, with the C++ library as every tool has it.
+#include <iostream>
+
+int main() {
+    return std::cout.good() ? 0 : 1;
+}
