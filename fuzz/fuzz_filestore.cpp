@@ -209,7 +209,8 @@ void compareAppending(fuzz::Input& input) {
         kaz_fs_cat_dir(buffer.data(), hasEnd ? buffer.data() + room : nullptr, sub.c_str());
     Appended expected = append(dir, hasEnd ? room : dir.size(), sub);
     if (dir.size() >= nameSize)
-        expected = {sub.empty() ? 1 : 2, dir}; // nothing makes such a directory
+        // It is not made here, but a step with a shorter relative name may have made it.
+        expected = {!sub.empty() ? 2 : isDirectory(dir) ? 0 : 1, dir};
     FUZZ_CHECK(status == expected.status && buffer.c_str() == expected.dir);
     FUZZ_CHECK(status != 0 || expected.dir.empty() || isDirectory(atHomeIfItFits(expected.dir)));
 }
