@@ -2,19 +2,22 @@
 // elements come and go, and with storage that several of them share.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
+#include "fuzz/meddling.h"
 #include "kit/counted.h"
 #include "tools/containers/KazStringColl.h"
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <cctype>
 #include <list>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
 
 using fuzz::Input;
+using fuzz::Meddling;
 using kit::Counted;
 
 int valueOf(const void* element) {
@@ -96,9 +99,10 @@ void arrayBehavesLikeAVector(Input& input) {
         default:
             if (size > 0) {
                 const int from = input.between(0, size - 1);
-                const int count = std::min(input.between(1, 9), size - from);
+                const int count = input.between(0, 9);
                 array.removeAt(from, count);
-                model.erase(model.begin() + from, model.begin() + from + count);
+                model.erase(model.begin() + from,
+                            model.begin() + from + std::min(count, size - from));
             }
         }
         FUZZ_CHECK(array.contents() == model);
@@ -246,43 +250,92 @@ void iteratorsKeepTheirElements(Input& input) {
     FUZZ_CHECK(Counted::live() == 0);
 }
 
-// ---- Collections that share storage and part again
+// ---- Strings, own elements among the arguments
 
-std::function<void()> meddle;
-int depth = 0;
-
-void meddleNow() {
-    if (!meddle || depth > 2)
-        return;
-    ++depth;
-    meddle();
-    --depth;
+bool isSameInAnyCase(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
+        return std::tolower(x) == std::tolower(y);
+    });
 }
+
+void stringsBehaveLikeAVector(Input& input) {
+    KazStringColl coll;
+    std::vector<std::string> model;
+    for (int work = 0; !input.empty() && work < 100000; work += coll.getSize() + 1) {
+        const int size = coll.getSize();
+        const int at = input.between(0, size);
+        const int from = input.between(0, std::max(size - 1, 0));
+        const std::string wanted = input.textOf("aAb", 2);
+        const KazString fresh = wanted.c_str();
+        const bool isOwn = size > 0 && input.flag();
+        const KazString& text = isOwn ? coll[from] : fresh;
+        const std::string value = text.getValue();
+        const auto here = model.begin() + at;
+        switch (input.between(0, 6)) {
+        case 0:
+            FUZZ_CHECK(coll.add(text) == size);
+            model.push_back(value);
+            break;
+        case 1:
+            coll.insertAt(at, text);
+            model.insert(here, value);
+            break;
+        case 2: {
+            const KazString both[] = {text, fresh};
+            coll.insertAt(at, both, 2);
+            model.insert(here, {value, wanted});
+            break;
+        }
+        case 3:
+            if (size < 100) {
+                coll.insertAt(at, coll);
+                const std::vector<std::string> inserted(model);
+                model.insert(here, inserted.begin(), inserted.end());
+            }
+            break;
+        case 4:
+            coll.removeAt(from, 1);
+            if (size > 0)
+                model.erase(model.begin() + from);
+            break;
+        default:
+            if (at == size)
+                break;
+            input.flag() ? coll.setAt(at, text) : void(coll[at] = text);
+            *here = value;
+        }
+        FUZZ_CHECK(coll.getSize() == static_cast<int>(model.size()));
+        auto expected = model.begin();
+        for (KazStringCollIterator i(coll); !i.isDone(); i.next())
+            FUZZ_CHECK(i.item() == (expected++)->c_str());
+        const auto last = [&](auto isWanted) {
+            return model.rend() - std::find_if(model.rbegin(), model.rend(), isWanted) - 1;
+        };
+        const char* const searched = wanted.empty() ? nullptr : wanted.c_str();
+        FUZZ_CHECK(coll.find(searched) == last([&](const auto& each) { return each == wanted; }));
+        FUZZ_CHECK(coll.findNoCase(searched) ==
+                   last([&](const auto& each) { return isSameInAnyCase(each, wanted); }));
+    }
+}
+
+// ---- Collections that share storage and part again
 
 void* meddlingCheckIn(void* element) {
     void* copy = Counted::checkIn(element);
-    meddleNow(); // only now: the element may be among what it removes
+    Meddling::now(); // only now: the element may be among what it removes
     return copy;
 }
 
 void meddlingCheckOut(void* element) {
     Counted::checkOut(element);
-    meddleNow();
+    Meddling::now();
 }
 
 /// Any operations in any order. Those collections that check in do so with
 /// functions that may do one operation more.
 class Crowd {
 public:
-    Crowd(Input& source, bool checksElementsIn) : input(source), checksIn(checksElementsIn) {
-        meddle = [this] {
-            if (!input.empty() && input.between(0, 2) == 0)
-                act();
-        };
-    }
-    Crowd(const Crowd&) = delete;
-    Crowd& operator=(const Crowd&) = delete;
-    ~Crowd() { meddle = nullptr; }
+    Crowd(Input& source, bool checksElementsIn) : input(source), checksIn(checksElementsIn) {}
 
     void act() {
         auto& coll = colls[input.between<std::size_t>(0, 3)];
@@ -309,14 +362,14 @@ public:
                 *coll = *other;
             break;
         case 6:
-            if (depth == 0 && input.flag())
+            if (!Meddling::isInside() && input.flag())
                 coll.reset();
             break;
         case 7:
             input.flag() ? coll->removeAll() : coll->freeExtra();
             break;
         case 8:
-            if (depth == 0)
+            if (!Meddling::isInside())
                 iterators[input.between<std::size_t>(0, 5)] =
                     std::make_unique<KazCollIterator>(*coll);
             break;
@@ -357,6 +410,7 @@ private:
     bool checksIn;
     std::array<std::unique_ptr<KazColl>, 4> colls;
     std::array<std::unique_ptr<KazCollIterator>, 6> iterators;
+    Meddling meddling{input, [this] { act(); }};
 };
 
 void sharersLetGoOnce(Input& input) {
@@ -374,12 +428,15 @@ void sharersLetGoOnce(Input& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    switch (input.between(0, 2)) {
+    switch (input.between(0, 3)) {
     case 0:
         arrayBehavesLikeAVector(input);
         break;
     case 1:
         iteratorsKeepTheirElements(input);
+        break;
+    case 2:
+        stringsBehaveLikeAVector(input);
         break;
     default:
         sharersLetGoOnce(input);

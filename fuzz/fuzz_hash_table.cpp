@@ -2,18 +2,19 @@
 // checked in and out and when, and how often the comparator and the hash are asked.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
+#include "fuzz/meddling.h"
 #include "tools/containers/KazStringToStringMap.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <functional>
 #include <utility>
 #include <vector>
 
 namespace {
 
 using fuzz::Input;
+using fuzz::Meddling;
 
 /// Keys of all lengths, some of which differ in case only, or in the middle only.
 std::string keyOf(int number) {
@@ -366,20 +367,9 @@ void behavesLikeTheModel(Input& input, const Functions& functions, int size) {
 
 // ---- Element functions that use the table which calls them
 
-std::function<void()> meddle;
-int depth = 0;
-
-void meddleNow() {
-    if (!meddle || depth > 2)
-        return;
-    ++depth;
-    meddle();
-    --depth;
-}
-
 void* meddlingCheckIn(void* text) {
     void* copy = checkIn(text);
-    meddleNow();
+    Meddling::now();
     return copy;
 }
 
@@ -387,7 +377,7 @@ void meddlingCheckOut(void* text) {
     // A value that is being replaced leaves null until the new one is in.
     if (text != nullptr)
         checkOut(text);
-    meddleNow();
+    Meddling::now();
 }
 
 /// What holds in any table: it is in order, and finds what it has.
@@ -433,15 +423,11 @@ void survivesItsElementFunctions(Input& input, const Functions& functions) {
                 input.between(0, 20) == 0 ? table.clear() : table.freeExtra();
             }
         };
-        meddle = [&] {
-            if (!input.empty() && input.between(0, 2) == 0)
-                change();
-        };
+        const Meddling meddling(input, change);
         while (!input.empty()) {
             change();
             isSound(table, functions);
         }
-        meddle = nullptr;
     }
     FUZZ_CHECK(alive == 0);
 }

@@ -359,6 +359,8 @@ public:
         default:
             if (input.between(0, 20) > 0) {
                 tree.balance();
+                const KazTree& itself = tree;
+                tree = itself;
                 break;
             }
             tree.removeAll();
@@ -372,9 +374,12 @@ private:
         if (standing.size() == 5)
             standing.pop_front();
         standing.push_back({KazTreeIterator(tree), 0});
-        while (steps-- > 0 && standing.back().iterator.next())
+        KazTreeIterator& iterator = standing.back().iterator;
+        while (steps-- > 0 && iterator.next())
             continue;
-        standing.back().value = valueOf(standing.back().iterator.item());
+        const KazTreeIterator& itself = iterator;
+        iterator = itself;
+        standing.back().value = valueOf(iterator.item());
     }
 
     void check() {
@@ -397,7 +402,8 @@ void classBehavesLikeASet(Input& input) {
         tree.setCheckIn(Counted::checkIn);
         tree.setCheckOut(Counted::checkOut);
         Walked walked(tree);
-        while (!input.empty())
+        // As above, work is bounded: each walk visits all elements.
+        for (int work = 0; !input.empty() && work < 500000; work += tree.getSize() + 1)
             walked.change(input);
         KazTree copied(tree);
         copied = tree;

@@ -7,7 +7,7 @@ usage: fuzz.py [--jobs N] run SECONDS [TOPIC...]
 `run` starts each harness from the committed corpus and from what earlier runs
 found, lets it work for SECONDS, and prints a line for each. New inputs go to
 build/fuzz/corpus/TOPIC. A failing input stays in build/fuzz/failed/ and makes the
-status 1.
+status 1; so does one of 1 MiB that takes more than 5 seconds of processor time.
 
 `merge` reduces committed corpus and finds to inputs that together reach every
 known place of the code, and writes these to fuzz/corpus/TOPIC. Files with a
@@ -23,11 +23,11 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 
 root = pathlib.Path(__file__).resolve().parent.parent
 build = root / "build" / "fuzz"
 large_input = 1 << 20
+large_seconds = 5  # of processor time: most take a tenth of one
 # Most harnesses work far below this; growth without end is what it stops.
 limits = ["-timeout=10", "-rss_limit_mb=2048"]
 
@@ -50,12 +50,20 @@ def found(topic):
     return directory
 
 
-def start(topic, *arguments):
-    """Runs a harness in a directory of its own, where it may leave files."""
-    with tempfile.TemporaryDirectory(dir=build) as directory:
-        return subprocess.run([program(topic), *limits, *map(str, arguments)], cwd=directory,
-                              capture_output=True, text=True, errors="replace",
-                              stdin=subprocess.DEVNULL)
+class Result:
+    """Of a harness that ran in a directory of its own, where it may leave files."""
+
+    def __init__(self, topic, *arguments):
+        with (tempfile.TemporaryDirectory(dir=build) as directory,
+              tempfile.TemporaryFile("w+", errors="replace") as log):
+            process = subprocess.Popen([program(topic), *limits, *map(str, arguments)],
+                                       cwd=directory, stdin=subprocess.DEVNULL,
+                                       stdout=subprocess.DEVNULL, stderr=log)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = self.returncode = os.waitstatus_to_exitcode(status)
+            self.seconds = usage.ru_utime + usage.ru_stime
+            log.seek(0)
+            self.stderr = log.read()
 
 
 def large_inputs(topic, directory):
@@ -76,15 +84,17 @@ def run(topic, seconds):
     prefix = failed / f"{topic}-"
     slowest = 0.0
     for path in large_inputs(topic, failed):
-        before = time.monotonic()
-        result = start(topic, path)
-        slowest = max(slowest, time.monotonic() - before)
+        result = Result(topic, path)
+        slowest = max(slowest, result.seconds)
         if result.returncode != 0:
             return report(topic, result, path), False
+        if result.seconds > large_seconds:
+            return (f"{topic:<20} FAILED, {result.seconds:.1f} s instead of {large_seconds} s for"
+                    f" 1 MiB: {path}"), False
         path.unlink()
     corpus = [found(topic)] + [d for d in [committed(topic)] if d.is_dir()]
-    result = start(topic, f"-max_total_time={seconds}", "-print_final_stats=1",
-                   f"-artifact_prefix={prefix}", *corpus)
+    result = Result(topic, f"-max_total_time={seconds}", "-print_final_stats=1",
+                    f"-artifact_prefix={prefix}", *corpus)
     stats = dict(re.findall(r"stat::(\w+):\s+(\d+)", result.stderr))
     if result.returncode != 0 or not stats:
         kept = re.search(r"Test unit written to (\S+)", result.stderr)
@@ -124,8 +134,8 @@ def merge(topic):
         for path in by_hand:
             shutil.copy(path, directory)
         # How often a place is reached does not count: that would keep hundreds.
-        result = start(topic, "-set_cover_merge=1", "-use_counters=0", "-max_len=4096", directory,
-                       target, found(topic))
+        result = Result(topic, "-set_cover_merge=1", "-use_counters=0", "-max_len=4096", directory,
+                        target, found(topic))
         if result.returncode != 0:
             sys.exit(report(topic, result, None))
         for path in target.iterdir():
