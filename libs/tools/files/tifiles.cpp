@@ -100,7 +100,9 @@ int read_a_dir(const char* pattern, KazStringColl& entries) {
     const std::string prefix = host::nativePath(std::string(text.substr(0, dirLength)).c_str());
     const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
     std::vector<host::Entry> found;
-    dir.list(text.substr(dirLength), found);
+    // A part of the entries would pass for all of them.
+    if (dir.list(text.substr(dirLength), found) != 0)
+        return 0;
     int appended = 0;
     for (const host::Entry& entry : found) {
         if (!entry.expressible)

@@ -48,7 +48,7 @@ KAZ_API bool TI_isRealDirectory(const char* path);
 /// are special ("*.*" means "*"). Directory and name are joined plainly, so that
 /// an entry called "~" or "c:x" stays inside the directory. A host name with a
 /// backslash in it cannot be expressed and is left out.
-/// @return how many were appended; 0 when the directory cannot be listed.
+/// @return how many were appended; 0 when the directory cannot be listed to its end.
 KAZ_API int read_a_dir(const char* pattern, KazStringColl& entries);
 
 /// Copies one regular file. The target appears whole or not at all: an existing

@@ -9,9 +9,10 @@ namespace kit {
 
 /// Makes the n-th call from now (the first is 1) fail with an errno value, until
 /// destruction. All functions that deal in files and that the library calls
-/// itself count together, in the order of the calls; what the C library does
-/// within one of them does not. A descriptor that cannot be closed is closed all
-/// the same, as on Linux.
+/// itself count together, in the order of the calls, and so does what a stream reads
+/// and writes that was opened meanwhile; what else the C library does within one of
+/// them does not. A descriptor that cannot be closed is closed all the same, as on
+/// Linux.
 class FailCall {
 public:
     FailCall(long n, int error);
@@ -22,6 +23,9 @@ public:
     /// As the error: reads, writes and copies alone count, and the n-th of them
     /// transfers one byte only.
     static constexpr int shortTransfer = -1;
+    /// As the error: entries that are listed count alone, and the n-th does not tell
+    /// its kind.
+    static constexpr int hiddenKind = -2;
 
     /// Has a call failed yet?
     bool hit() const;

@@ -1,23 +1,15 @@
 // Preloaded into a program, makes its n-th allocation fail (the first is 1):
 // KIT_FAIL_ALLOCATION=n, with KIT_FAIL_ONWARD all from there on. When one has
 // failed, the file that KIT_FAIL_MARK names is made.
+#include "kit/detail/alloc_hooks.h"
+
 #include <cerrno>
-#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
-extern "C" {
-void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
-}
-
-namespace {
-
-long count = 0;
-
-bool shallFail() {
+bool kit::detail::shallFail() {
+    static constinit long count = 0;
     // Asked each time: the program allocates before anything could be set up.
     const char* number = std::getenv("KIT_FAIL_ALLOCATION");
     if (number == nullptr)
@@ -30,25 +22,3 @@ bool shallFail() {
     errno = ENOMEM;
     return true;
 }
-
-} // namespace
-
-#pragma GCC visibility push(default)
-
-extern "C" {
-
-void* malloc(std::size_t size) {
-    return shallFail() ? nullptr : __libc_malloc(size);
-}
-
-void* calloc(std::size_t number, std::size_t size) {
-    return shallFail() ? nullptr : __libc_calloc(number, size);
-}
-
-void* realloc(void* block, std::size_t size) {
-    return shallFail() ? nullptr : __libc_realloc(block, size);
-}
-
-} // extern "C"
-
-#pragma GCC visibility pop

@@ -1,0 +1,270 @@
+// Every call of the system that configuration and message texts make, failing once.
+#include "tools/config/filestore.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
+#include "tools/messages/textcatalog.h"
+
+#include "kit/director.h"
+#include "kit/env.h"
+#include "kit/posix/call_sweep.h"
+#include "kit/temp_tree.h"
+#include "programs/moxmsg/message_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string text(const char* value) {
+    return value != nullptr ? value : "(null)";
+}
+
+class ConfigCalls : public testing::Test, protected kit::CallSweep {
+protected:
+    ConfigCalls() {
+        tree.write("second", "later=second\n");
+        tree.mkdir("here");
+    }
+
+    bool failedIn(const char* function) const { return std::strcmp(call_, function) == 0; }
+
+    kit::TempTree tree{"/tmp"}; // file names are limited in length
+    kit::ScopedEnv home{"HOME", tree.path().c_str()};
+    kit::ScopedEnv toolInfo{"ToolInfo",
+                            tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
+    kit::RecordingDirector director;
+};
+
+TEST_F(ConfigCalls, TheFirstLookupReadsEachFileWholeOrNotAtAll) {
+    const std::string first = tree.native("first"), second = tree.native("second");
+    sweepFirstTime([] {}, [] { TI_Vinit(); },
+                   [&](bool harmless) {
+                       const bool none = !director.fatals.empty();
+                       const bool both = text(TI_Vcont("later")) == "second";
+                       EXPECT_TRUE(both || !harmless);
+                       EXPECT_TRUE(!none || !both);
+                       EXPECT_EQ(text(TI_Vcont("value")), none ? "(null)" : "first");
+                       EXPECT_EQ(text(TI_Vcont("later")), both ? "second" : "(null)");
+                       EXPECT_EQ(text(TI_Vcont("ToolInfoPath")),
+                                 none ? "(null)" : first + (both ? " " + second : ""));
+                   });
+}
+
+TEST_F(ConfigCalls, AFileOfMoreVariablesIsReadWholeOrNotAtAll) {
+    TI_Vinit();
+    const std::string file = tree.write("more", "top=new\n" + std::string(3, '%') +
+                                                    std::string(100000, '\n') + "end=new\n");
+    int result = 0;
+    sweep(
+        [] {
+            TI_Var("top=old");
+            TI_Var("end=old");
+        },
+        [&] { result = TI_V_user_file(file.c_str(), true); },
+        [&](bool harmless) {
+            EXPECT_TRUE(result == 0 || (result == -1 && !harmless));
+            EXPECT_EQ(text(TI_Vcont("top")) + text(TI_Vcont("end")),
+                      result == 0 ? "newnew" : "oldold");
+        });
+}
+
+/// A project with one system, and what belongs to others beside it.
+class FilestoreCalls : public ConfigCalls {
+protected:
+    FilestoreCalls() {
+        TI_Vinit();
+        kaz_env_projdir_asgn(tree.native("p").c_str());
+        kaz_env_system_asgn("sys");
+        kaz_env_revision_asgn("7");
+        kaz_fs_filestore_dir_asgn("store");
+        tree.write("p/own", "kept");
+    }
+};
+
+TEST_F(FilestoreCalls, ASystemFileOpensUnderItsModeOrTheReasonIsTold) {
+    tree.write("p/sys/.sys_file_mode", "");
+    fs::permissions(tree.path("p/sys/.sys_file_mode"), static_cast<fs::perms>(0604));
+    const unsigned long own = kaz_fs_file_umask("\\none");
+    char name[] = "file";
+    struct Case {
+        std::FILE* (*open)(char*, char*);
+        std::string directory;
+        std::string mode;
+        bool exists;
+    };
+    for (Case each : {Case{kaz_fs_open_sys_file, "p/sys", "r", true},
+                      Case{kaz_fs_open_sys_file, "p/sys", "w", true},
+                      Case{kaz_fs_open_filestore_file, "p/sys/store", "a", true},
+                      Case{kaz_fs_open_filestore_file, "p/sys/store", "w", false}}) {
+        const std::string file = each.directory + "/" + name;
+        tree.mkdir(each.directory);
+        std::FILE* stream = nullptr;
+        sweep(
+            [&] {
+                director.errors.clear();
+                fs::remove(tree.path(file));
+                if (each.exists)
+                    tree.write(file, "before");
+            },
+            [&] {
+                stream = each.open(name, each.mode.data());
+                const int reason = errno;
+                // Whoever opens it closes it; that may fail, too.
+                if (stream != nullptr)
+                    std::fclose(stream);
+                errno = reason;
+            },
+            [&](bool harmless) {
+                const bool refused = failedIn("fopen") && !harmless;
+                EXPECT_EQ(stream == nullptr, refused);
+                std::vector<std::string> reports;
+                if (refused)
+                    reports.push_back(std::string("file Revision 7: ") + std::strerror(error_));
+                EXPECT_EQ(director.errors, reports);
+                const bool emptied = !refused && each.mode == "w";
+                EXPECT_EQ(tree.read(file), each.exists && !emptied ? "before" : "");
+                EXPECT_EQ(tree.exists(file), each.exists || !refused);
+                if (!each.exists && !refused) {
+                    const unsigned long mask = failedIn("fstatat") && !harmless ? own : 0062;
+                    EXPECT_EQ(static_cast<unsigned>(fs::status(tree.path(file)).permissions()),
+                              0666 & ~mask);
+                }
+                EXPECT_EQ(kaz_fs_file_umask("\\none"), own) << "the process's own mask is back";
+            });
+    }
+}
+
+TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
+    const std::string system = tree.native("p\\sys"), store = system + "\\store";
+    const kit::ScopedEnv debug("edit_debug_diag_rev", nullptr);
+    char buffer[kazFilestoreNameSize];
+    struct Case {
+        const char* what;
+        std::function<std::string()> run;
+        std::string done; ///< the answer when nothing fails
+        std::string made; ///< the directory that is there then
+        std::set<std::string> otherwise;
+    };
+    const auto start = [&](const std::string& name) { std::strcpy(buffer, name.c_str()); };
+    const auto assign = [] {
+        kazSetDbOpen(1);
+        const int result = edit_set_store_dir();
+        return std::to_string(result) + text(TI_Vcont("filestore"));
+    };
+    const std::vector<Case> cases = {
+        {"joined",
+         [&] {
+             start(tree.native("p"));
+             const int result = kaz_fs_cat_dir(buffer, buffer + sizeof buffer, "sys\\store");
+             EXPECT_TRUE(result == 1 || fs::is_directory(tree.path("p/sys/store")));
+             return std::to_string(result) + buffer;
+         },
+         "0" + store,
+         "p/sys/store",
+         {"1" + store}},
+        {"filestore",
+         [] { return std::string(kaz_fs_filestore_path()); },
+         store,
+         "p/sys/store",
+         {}},
+        {"system", [] { return std::string(edit_get_sys_dir()); }, system, "p/sys", {}},
+        {"made",
+         [&] {
+             start(system + "\\a\\b");
+             const int result = edit_make_dir_name(buffer);
+             return std::to_string(result) + buffer;
+         },
+         "0" + system + "\\a\\b",
+         "p/sys/a/b",
+         {}},
+        {"absolute",
+         [&] {
+             start("p\\.\\new");
+             kaz_fs_make_absolute_dir(buffer);
+             return std::string(buffer);
+         },
+         tree.native("p\\new"),
+         "p/new",
+         {"p\\.\\new"}},
+        {"assigned", assign, "0" + store, "p/sys/store", {"0" + system}},
+    };
+    const fs::path here = fs::current_path();
+    fs::current_path(tree.path());
+    for (const bool exists : {false, true})
+        for (const Case& each : cases) {
+            SCOPED_TRACE(each.what);
+            std::string answer;
+            sweep(
+                [&] {
+                    for (const char* dir : {"p/sys", "p/new"})
+                        fs::remove_all(tree.path(dir));
+                    if (exists)
+                        tree.write(each.made + "/own", "kept");
+                    kazSetDbOpen(0);
+                    edit_set_store_dir();
+                },
+                [&] { answer = each.run(); },
+                [&](bool harmless) {
+                    const bool told = each.otherwise.count(answer) > 0;
+                    EXPECT_TRUE(answer == each.done || (told && !harmless)) << answer;
+                    EXPECT_TRUE(!harmless || fs::is_directory(tree.path(each.made)));
+                    EXPECT_EQ(tree.read("p/own"), "kept");
+                    EXPECT_EQ(tree.read(each.made + "/own"), exists ? "kept" : "");
+                    EXPECT_EQ(each.run(), each.done) << "the next try";
+                });
+        }
+    fs::current_path(here);
+    EXPECT_TRUE(director.errors.empty());
+}
+
+TEST_F(ConfigCalls, ATextIsTheRightOneOrEmpty) {
+    TI_Vinit();
+    Messages messages{"", {}, {}};
+    for (int number = 1; number <= 300; ++number)
+        messages.texts[number].text = std::to_string(number) + std::string(100, '-');
+    messages.texts[15871].text = "last";
+    std::map<int, std::string> texts;
+    for (const int number : {1, 100, 200, 300, 15871})
+        texts[number] = messages.texts[number].text;
+    TI_Var(("msg_file=" + tree.write("file", encodeMessageFile(messages))).c_str());
+    TI_Var(("TextStats=" + tree.path("stats")).c_str());
+    std::map<int, std::string> found;
+    const auto lookUp = [&] {
+        for (const auto& each : texts)
+            found[each.first] = TextLook(each.first);
+    };
+    sweepFirstTime([&] { tree.write("stats", "before\n"); },
+                   [&] {
+                       lookUp();
+                       TextStats();
+                   },
+                   [&](bool harmless) {
+                       for (const auto& [number, shown] : found)
+                           EXPECT_TRUE(shown == texts[number] || (shown.empty() && !harmless))
+                               << number;
+                       EXPECT_TRUE(found == texts || !director.errors.empty() || failedIn("read") ||
+                                   failedIn("lseek"));
+                       const std::string stats = tree.read("stats");
+                       EXPECT_TRUE(stats.starts_with("before\n"));
+                       // A stream gives up where its write is interrupted: statistics are no
+                       // result.
+                       EXPECT_TRUE(!harmless || (error_ == EINTR && failedIn("write")) ||
+                                   stats.ends_with("Text UNUSED\n\n"));
+                       lookUp();
+                       for (const auto& [number, shown] : found)
+                           EXPECT_TRUE(shown == texts[number] ||
+                                       (shown.empty() && (failedIn("read") || failedIn("lseek"))))
+                               << number;
+                   });
+}
+
+} // namespace
