@@ -153,8 +153,10 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
     char name[nameSize];
     copyCut(name, nameSize, dir);
     edit_make_dir_name(name);
+    const std::size_t room = end == nullptr ? length : end > dir ? std::size_t(end - dir) : 0;
+    if (std::strlen(name) < std::max(room, length + 1))
+        std::strcpy(dir, name);
     if (hasSub) {
-        const std::size_t room = end == nullptr ? length : end > dir ? std::size_t(end - dir) : 0;
         const auto limit = static_cast<int>(std::min(room, nameSize));
         if (TI_catfile(name, sub, name, limit) == nullptr)
             return 2;
@@ -162,9 +164,8 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
         // A "~" in sub may have grown beyond the caller's room.
         if (std::strlen(name) >= room)
             return 2;
-    }
-    if (hasSub || std::strlen(name) <= length)
         std::strcpy(dir, name);
+    }
     return isUsableDirectory(name) ? 0 : 1;
 }
 
@@ -243,5 +244,5 @@ void kaz_fs_make_absolute_dir(char* dir) {
     const KazString full = kazFullPath(dir);
     if (static_cast<std::size_t>(full.getLength()) < nameSize)
         copyCut(dir, nameSize, full);
-    TI_makedir(dir);
+    TI_makedir(full);
 }

@@ -46,7 +46,7 @@ KAZ_API char* kaz_fs_filestore_path();
 /// Returns 0 when the result is a directory that can be read and searched, and
 /// written too unless the database is read-only (an empty name passes); 1 when
 /// not, or for a null @p dir; 2 when the result does not fit: @p dir then still
-/// holds the directory it started from.
+/// holds the directory it started from, expanded if that fits.
 KAZ_API int kaz_fs_cat_dir(char* dir, const char* end, const char* sub);
 
 /// The file-creation mask that the file @p path stands for: its nine permission
