@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -125,9 +126,15 @@ std::string plainDirectory(std::string_view dir) {
     return result;
 }
 
-/// Creates a file through @p first and looks for it through @p second. It is
-/// created only where there is none: a file of that name that was there before
-/// is neither emptied nor deleted.
+bool isSameFile(const std::string& a, const std::string& b) {
+    kaz::host::FileStatus one, two;
+    return kaz::host::status(a.c_str(), one) == 0 && kaz::host::status(b.c_str(), two) == 0 &&
+           one.device == two.device && one.serial == two.serial;
+}
+
+/// Creates a file through @p first and looks for it through @p second. A file of
+/// that name that was there before serves as it is: it is neither emptied nor
+/// deleted.
 bool reachSameFile(const std::string& first, const std::string& second, const std::string& name) {
     const std::string path = first + separator + name;
     // Removal through the handle works when memory has run out.
@@ -136,12 +143,13 @@ bool reachSameFile(const std::string& first, const std::string& second, const st
         if (directory.removeFile(name) != 0)
             kaz::host::removeFile(path.c_str());
     };
+    const std::string other = second + separator + name;
     std::FILE* probe = kaz::host::openStream(path.c_str(), "wx");
     if (probe == nullptr)
-        return false;
+        return errno == EEXIST && isSameFile(path, other);
     std::fclose(probe);
     try {
-        probe = kaz::host::openStream((second + separator + name).c_str(), "r");
+        probe = kaz::host::openStream(other.c_str(), "r");
     } catch (...) {
         remove();
         throw;

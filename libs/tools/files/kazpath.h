@@ -80,7 +80,8 @@ KAZ_API KazString kazRelativePath(KazString base, KazString path);
 /// 1 when both name the same directory, else 0. Texts that are equal, ignoring
 /// case, runs of backslashes and one trailing backslash, are the same. Others
 /// are probed: a file "_tmp<process id>" is written in @p a, looked for in @p b
-/// and deleted; 0 when @p a cannot be written to or holds a file of that name.
+/// and deleted; 0 when @p a cannot be written to. One that is there already is
+/// only looked at.
 KAZ_API int kazSamePathName(KazString a, KazString b);
 
 /// In place: characters that are white space or not printable become "_".
