@@ -152,6 +152,17 @@ TEST_F(FileManager, CommentsOnEachStep) {
     }
 }
 
+TEST_F(FileManager, CommentsOnPlacesAsTheyWereGiven) {
+    const std::string src = tree.mkdir("src") + "/", dst = tree.mkdir("dst");
+    KazFileManager manager(src.c_str());
+    manager.setVerbose(true);
+    EXPECT_TRUE(manager.copy(dst.c_str(), "*", true));
+    EXPECT_TRUE(manager.copy(dst.c_str(), true)); // composed with the root's name, if none
+    EXPECT_EQ(director.messages,
+              (Messages{"Starting copy from '" + src + "' to '" + dst + "'.",
+                        "Starting copy from '" + src + "' to '" + tree.native("dst") + "'."}));
+}
+
 TEST_F(FileManager, ReplacesOlderTargetsOnly) {
     tree.write("src/f", "new");
     tree.write("dst/f", "an older and longer text");

@@ -271,7 +271,7 @@ bool KazFileManager::copyTree(const KazString& dest, const char* pattern, bool r
     if (!makeTop || !isName(name)) {
         if (makeTop)
             kaz::host::makeDirectory(dest.getValue(), 0777);
-        return copy.run(TreeLevel(root), TreeLevel(dest));
+        return copy.run(TreeLevel(root), TreeLevel(makeTop ? kazComposePath(dest, "") : dest));
     }
     const TreeLevel parent(dest);
     const std::string hostName = name.getValue();

@@ -9,8 +9,7 @@
 namespace kaz::detail {
 
 TreeLevel::TreeLevel(const KazString& path)
-    : directory_(path.isEmpty() ? "." : path.getValue()),
-      path_(kazNormalizedPath(path.getValue())) {
+    : directory_(path.isEmpty() ? "." : path.getValue()), path_(path) {
     identify();
 }
 

@@ -11,8 +11,8 @@
 
 namespace kaz::detail {
 
-/// An open directory of the tree, its native path for messages, and the levels
-/// above it. A level must outlive the levels below it.
+/// An open directory of the tree, its path for messages (the top's as it was
+/// given, else native), and the levels above it. A level must outlive the levels below it.
 class TreeLevel {
 public:
     /// The top, by path; "" is the current directory. Links are followed.
