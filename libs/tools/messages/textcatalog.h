@@ -22,9 +22,9 @@
 /// later ones read from it all the same.
 ///
 /// Texts are read on demand through a cache of 20. A hit costs a scan of 20
-/// numbers. A miss reads the 4 KiB of the file around the text, unless an earlier
-/// one has done so: what was read is kept, and the file is taken to stay as it is.
-/// State is process-wide and unlocked.
+/// numbers; a miss seeks and reads the 128 bytes of the text. An index table is
+/// read when its block is first used and then kept. State is process-wide and
+/// unlocked.
 #pragma once
 
 #include "tools/export.h"

@@ -11,8 +11,8 @@
 
 namespace kaz::detail {
 
-/// The header, index tables and texts of an open message file. What was read once
-/// is kept: a text costs some 10 nanoseconds then, where seeking and reading takes 600.
+/// The header, index tables and texts of an open message file. Header and tables
+/// are read once and kept; a text is read each time, as the file has it then.
 /// Memory comes from the plain C functions: running out of it is one of the
 /// ordinary reasons for having no text.
 class CatalogFile {
@@ -45,21 +45,11 @@ public:
     bool readText(std::uint16_t position, char* text);
 
 private:
-    struct Page;
-    struct Read {
-        std::size_t size;
-        bool failed;
-    };
-    static constexpr std::size_t unitsPerPage = 256;
-    static constexpr std::size_t pageCount = 65536 / unitsPerPage;
-
-    Page* loadPage(std::size_t number);
-    Read readAt(long offset, void* to, std::size_t size);
+    std::size_t readAt(long offset, void* to, std::size_t size);
 
     std::FILE* stream = nullptr;
     unsigned char header[catalog::headerSize] = {};
     Table* tables[catalog::blockCount] = {};
-    Page* pages[pageCount] = {};
 };
 
 } // namespace kaz::detail
