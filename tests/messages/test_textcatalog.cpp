@@ -124,4 +124,10 @@ TEST(TextCatalog, WithoutMemoryTheNextLookupTriesAgain) {
             << error;
 }
 
+TEST(TextCatalog, WithoutMemoryForItsEntryATextIsNotRegistered) {
+    MessageCatalog catalog(openFile);
+    const kit::FailAllocation failure(1, kit::FailAllocation::onward);
+    EXPECT_EQ(catalog.put("text", 5), 0);
+}
+
 } // namespace

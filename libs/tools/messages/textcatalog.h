@@ -41,10 +41,10 @@ KAZ_API char* CTextLook(int number);
 KAZ_API void Textperror(int number);
 
 /// Registers a copy of @p text (null means "") under @p number, or replaces
-/// the text registered there. Returns @p number, or 0 when memory for a new
-/// registration could not be had. A text in the cache is not refreshed, and
-/// numbers of the message file (below 15872) are looked for among the
-/// registered ones only once TI_TextPut has been used.
+/// the text registered there. Returns @p number, or 0 when there is no memory for
+/// the entry of a new one; none for the text is a KazMemoryException. A text in the
+/// cache is not refreshed, and numbers of the message file (below 15872) are looked
+/// for among the registered ones only once TI_TextPut has been used.
 KAZ_API int TI_TextPutNo(char* text, int number);
 /// The text is only read, so that it may be constant.
 inline int TI_TextPutNo(const char* text, int number) {
@@ -52,7 +52,7 @@ inline int TI_TextPutNo(const char* text, int number) {
 }
 
 /// Registers @p text under the next free number (15873, 15874, ...), which is
-/// the result; 0 when memory could not be had.
+/// the result; 0 as for TI_TextPutNo.
 KAZ_API int TI_TextPut(char* text);
 inline int TI_TextPut(const char* text) {
     return TI_TextPut(const_cast<char*>(text));

@@ -1,13 +1,14 @@
 #include "tools/messages/detail/MessageCatalog.h"
 
 #include "tools/messages/messages.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 // Memory comes from the plain C functions here: running out of it is one of the
 // ordinary reasons for having no text, and is reported as such.
@@ -166,19 +167,20 @@ bool MessageCatalog::readText(int number, int entry) {
 }
 
 int MessageCatalog::put(const char* text, int number) {
-    std::unique_ptr<char, decltype(&std::free)> copy(mkcpy(text), &std::free);
-    for (RuntimeText* node = runtimeTexts; node; node = node->next) {
-        if (node->number == number) {
-            std::free(node->text);
-            node->text = copy.release();
-            return number;
-        }
+    RuntimeText* known = runtimeTexts;
+    while (known && known->number != number)
+        known = known->next;
+    if (known) {
+        char* const old = std::exchange(known->text, mkcpy(text));
+        std::free(old);
+        return number;
     }
-    auto* node = static_cast<RuntimeText*>(std::calloc(1, sizeof(RuntimeText)));
+    // The node first: no memory for it is a result, none for the text an exception.
+    HeapPtr<RuntimeText> node(static_cast<RuntimeText*>(std::calloc(1, sizeof(RuntimeText))));
     if (!node)
         return 0;
-    *node = {number, copy.release(), runtimeTexts};
-    runtimeTexts = node;
+    *node = {number, mkcpy(text), runtimeTexts};
+    runtimeTexts = node.release();
     return number;
 }
 
