@@ -159,6 +159,15 @@ TEST(ProgressHandle, SpeaksToTheDirectorUnderItsNumber) {
                                        "reset 77", "isCancelPending 77", "end 77", "end 77"}));
 }
 
+TEST(ProgressHandle, ACancelHandlerThatThrowsIsAskedAgain) {
+    LoggingDirector director;
+    director.install();
+    KazProgressHandle handle("work", 0);
+    handle.setCancelHandler([] { throw 1; });
+    EXPECT_THROW(handle.increment(1, false), int);
+    EXPECT_THROW(handle.msg(1, "m"), int);
+}
+
 TEST(MsgProgressHandle, ShowsTheMessageAgainAsAFormatWithoutArguments) {
     const std::string longText(3000, 'x');
     kit::Capture capture;

@@ -95,8 +95,14 @@ void KazProgressHandle::checkCancel() {
     if (!cancelPending())
         return;
     // Taken off first: a handler that reports progress itself is not called again.
-    if (const auto handler = std::exchange(cancelHandler, nullptr))
-        handler();
+    if (const auto handler = std::exchange(cancelHandler, nullptr)) {
+        try {
+            handler();
+        } catch (...) {
+            cancelHandler = handler; // the tool goes on, and is asked to stop again
+            throw;
+        }
+    }
     std::exit(cancelledStatus);
 }
 

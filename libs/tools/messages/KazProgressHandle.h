@@ -60,7 +60,8 @@ public:
 
     /// When the user wants to stop: runs the cancel handler, if there is one,
     /// and ends the process with status 9. Otherwise nothing. The handler runs
-    /// once: what it does with this handle makes no further checks.
+    /// once: what it does with this handle makes no further checks. One that throws
+    /// stays set, and the process goes on.
     void checkCancel();
 
     void reset();
