@@ -38,6 +38,17 @@ TYPED_TEST(StringRules, CapacityIsTheNextOfTheForm16kPlus3) {
     EXPECT_EQ(blockOf(none).bufferLength, 115);
 }
 
+TYPED_TEST(StringRules, EscapingMakesRoomForACharacterAsOftenAsTheSetNamesIt) {
+    TypeParam escaped(TestText<TypeParam>("abababab"));
+    escaped.escape(TestText<TypeParam>("bbb"), wideChar<TypeParam>('x'));
+    EXPECT_EQ(plain(escaped), "axbaxbaxbaxb");
+    EXPECT_EQ(blockOf(escaped).bufferLength, 35); // for 8 + 3 * 4
+    TypeParam lines(TestText<TypeParam>("\n\n\n\n\n\n\n\n"));
+    lines.escapeForQrl(TestText<TypeParam>("\n"));
+    EXPECT_EQ(lines.getLength(), 16);
+    EXPECT_EQ(blockOf(lines).bufferLength, 35); // for 8 + 8 + 8
+}
+
 TYPED_TEST(StringRules, CopiesShareUntilOneIsChanged) {
     TypeParam a(TestText<TypeParam>("hello"));
     TypeParam b = a;
