@@ -356,7 +356,7 @@ void behavesLikeTheModel(Input& input, const Functions& functions, int size) {
     {
         Pair both(functions, size);
         // The model copies what it moves: a bound on the work, not on the input.
-        for (int work = 0; !input.empty() && work < 200000; work += both.count() + 1) {
+        for (int work = 0; !input.empty() && work < 50000; work += both.count() + 1) {
             both.change(input);
             both.compareEffects();
         }
