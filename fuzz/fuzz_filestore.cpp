@@ -266,8 +266,15 @@ void comparePaths(fuzz::Input& input) {
 }
 
 void compareAbsolute(fuzz::Input& input) {
-    const std::string dir = withoutEscape(takeProject(input));
-    if (dir.size() >= nameSize || dir.empty())
+    std::string dir = withoutEscape(takeProject(input));
+    if (dir.empty())
+        return;
+    if (input.flag()) { // so that its full path is about as long as a name may be
+        const auto length = static_cast<std::size_t>(kazFullPath(dir.c_str()).getLength());
+        const std::size_t wanted = nameSize - 2 + input.between<std::size_t>(0, 4);
+        dir.append(wanted - std::min(length, wanted), 'p');
+    }
+    if (dir.size() >= nameSize)
         return;
     char buffer[nameSize];
     dir.copy(buffer, dir.size());

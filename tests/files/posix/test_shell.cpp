@@ -3,14 +3,18 @@
 #include "tools/files/process.h"
 
 #include "files/words.h"
+#include "kit/director.h"
 #include "kit/random.h"
+#include "kit/temp_tree.h"
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/time.h>
+#include <vector>
 
 namespace {
 
@@ -44,6 +48,17 @@ TEST(Shell, TellsTheSignal) {
     EXPECT_EQ(shell_cmd_output("printf 'a\\0b'; kill -9 $$", output, &signal), -1);
     EXPECT_EQ(signal, SIGKILL);
     EXPECT_EQ(std::string(output.getValue(), 3), std::string("a\0b", 3));
+}
+
+TEST(Shell, SeesWhatTheToolHasWrittenAndShowsAllOfALine) {
+    const kit::TempTree tree;
+    const kit::RecordingDirector director;
+    std::FILE* stream = std::fopen(tree.path("file").c_str(), "wb");
+    ASSERT_NE(stream, nullptr);
+    std::fwrite("a\0b\nend", 1, 7, stream); // as yet in the stream's buffer
+    EXPECT_EQ(shell_cmd(("cat " + tree.path("file")).c_str()), 0);
+    std::fclose(stream);
+    EXPECT_EQ(director.messages, (std::vector<std::string>{"a b", "end"}));
 }
 
 /// The end of the child counts, not that of whatever it left running.
