@@ -444,7 +444,7 @@ void mapHoldsItsBlocks(Input& input) {
     const KazString shared = "shared";
     {
         KazStringToStringMap map(input.flag(), input.pick(std::array{1, 7, 127}));
-        while (!input.empty()) {
+        for (int steps = 0; !input.empty() && steps < 50000; ++steps) {
             const KazString key = keyOf(input.between(0, 60)).c_str();
             const bool bound = map.isBound(key);
             const int before = holders(shared);
