@@ -55,6 +55,19 @@ TEST_F(FileManager, WhatCannotBeCopiedIsListed) {
     fs::permissions(path("closed"), fs::perms::all);
 }
 
+TEST_F(FileManager, DestinationsNeedNotBeReadable) {
+    fs::permissions(tree.path(), fs::perms::all);
+    const tree::PlainUser user;
+    tree.write("src/sub/f", "x");
+    fs::permissions(tree.mkdir("dst"), fs::perms::owner_write | fs::perms::owner_exec);
+    KazFileManager manager(tree.native("src").c_str());
+    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), true));
+    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
+    fs::permissions(tree.path("dst"), fs::perms::all);
+    EXPECT_EQ(tree.read("dst/src/sub/f"), "x");
+    EXPECT_EQ(tree.read("dst/sub/f"), "x");
+}
+
 TEST_F(FileManager, WhatCannotBeDeletedIsListed) {
     fs::permissions(tree.path(), fs::perms::all);
     const tree::PlainUser user;

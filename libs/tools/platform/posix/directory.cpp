@@ -13,16 +13,20 @@ namespace kaz::host {
 
 namespace {
 
-constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+/// Only listing needs the permission to read: one may write into a directory
+/// without it.
+constexpr int handleFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr int listingFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
 struct CloseListing {
     void operator()(DIR* listing) const { ::closedir(listing); }
 };
 using Listing = std::unique_ptr<DIR, CloseListing>;
 
-/// A descriptor of its own: the position in a listing belongs to the opening.
+/// A descriptor of its own: a handle cannot be read, and the position in a listing
+/// belongs to the opening.
 Listing openListing(int dir) {
-    Descriptor own(retry([&] { return ::openat(dir, ".", openFlags); }));
+    Descriptor own(retry([&] { return ::openat(dir, ".", listingFlags); }));
     if (!own.isOpen())
         return nullptr;
     Listing listing(retry([&] { return ::fdopendir(own.get()); }));
@@ -51,12 +55,12 @@ bool matches(std::string_view pattern, std::string_view name) {
 }
 
 Directory::Directory(const char* path)
-    : handle_(canName(path) ? retry([&] { return ::open(hostPath(path).c_str(), openFlags); })
+    : handle_(canName(path) ? retry([&] { return ::open(hostPath(path).c_str(), handleFlags); })
                             : failWith(ENOENT)) {}
 
 Directory::Directory(const Directory& parent, const std::string& name)
     : handle_(retry([&] {
-          return ::openat(static_cast<int>(parent.handle_), name.c_str(), openFlags | O_NOFOLLOW);
+          return ::openat(static_cast<int>(parent.handle_), name.c_str(), handleFlags | O_NOFOLLOW);
       })) {}
 
 Directory& Directory::operator=(Directory&& other) noexcept {
