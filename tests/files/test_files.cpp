@@ -62,6 +62,8 @@ TEST(Files, FopenTakesBothSpellings) {
         ASSERT_NE(file, nullptr);
         std::fputs("line\n", file);
         std::fclose(file);
+        EXPECT_EQ(TI_fopen(path.c_str(), "w+x"), nullptr);
+        EXPECT_EQ(errno, EEXIST);
         EXPECT_EQ(tree.readText("f"), "line\n");
         EXPECT_TRUE(fs::remove(tree.path("f")));
     }

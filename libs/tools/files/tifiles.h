@@ -36,7 +36,8 @@ KAZ_API int TI_makedir(const char* dir, int limit);
 /// EEXIST when the name is taken.
 KAZ_API int TI_mkdir(const char* dir, int mode);
 
-/// fopen by either spelling. The caller closes.
+/// fopen by either spelling; "x" in @p mode, which wants a new file, works on every
+/// host. The caller closes.
 KAZ_API FILE* TI_fopen(const char* path, const char* mode);
 
 /// Is there a directory of this very name? A link to one is none.

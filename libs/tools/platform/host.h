@@ -134,7 +134,8 @@ unsigned fileMask();
 /// Sets the mask and returns the previous one.
 unsigned setFileMask(unsigned mask);
 
-/// fopen for a path in native or host spelling. Null with errno set.
+/// fopen for a path in native or host spelling; "x" in @p mode wants a new file.
+/// Null with errno set.
 std::FILE* openStream(const char* path, const char* mode);
 
 /// Copies one regular file so that @p target is whole or as before, also when the

@@ -41,6 +41,22 @@ private:
     unsigned seed_;
 };
 
+/// For the mode "x", which this runtime library passes over: it would empty a file
+/// that is there. @p mode is the rest of it.
+std::FILE* createStream(const char* path, const std::string& mode) {
+    const int use = mode.find('+') != mode.npos ? _O_RDWR : _O_WRONLY;
+    const int kind = mode.find('b') != mode.npos ? _O_BINARY : _O_TEXT;
+    const int file = ::_open(path, _O_CREAT | _O_EXCL | use | kind, _S_IREAD | _S_IWRITE);
+    if (file < 0)
+        return nullptr;
+    std::FILE* stream = ::_fdopen(file, mode.c_str());
+    if (stream == nullptr) {
+        ::_close(file);
+        ::_unlink(path);
+    }
+    return stream;
+}
+
 } // namespace
 
 int access(const char* path, int mode) {
@@ -75,7 +91,8 @@ unsigned setFileMask(unsigned mask) {
 }
 
 std::FILE* openStream(const char* path, const char* mode) {
-    return std::fopen(path, mode);
+    std::string known = mode;
+    return std::erase(known, 'x') > 0 ? createStream(path, known) : std::fopen(path, mode);
 }
 
 int copyFile(const char* source, const char* target, bool mayReplace) {
