@@ -16,6 +16,22 @@ class ByteSet {
 public:
     static constexpr std::size_t few = 4;
 
+    ByteSet() = default;
+    /// The bytes of a terminated text, which may be null.
+    explicit ByteSet(const char* set) {
+        if (set == nullptr || *set == '\0')
+            return;
+        members_[1] = members_[2] = members_[3] = *set;
+        std::size_t n = 0;
+        do
+            members_[n] = set[n];
+        while (++n < few && set[n] != '\0');
+        size_ = n;
+        if (n == few)
+            for (set += few; *set != '\0'; ++set)
+                insert(*set);
+    }
+
     void insert(char c) {
         if (size_ == 0) // places that are not needed repeat a member
             members_[0] = members_[1] = members_[2] = members_[3] = c;

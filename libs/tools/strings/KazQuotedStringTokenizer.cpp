@@ -30,5 +30,6 @@ KazString KazQuotedStringTokenizer::nextString(bool skipRuns) {
     if (isDone())
         return KazString();
     const int start = tokenStart();
-    return takeToken(start, findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
+    return takeTokenOf(text, delimiters, position, start,
+                       findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
 }

@@ -30,14 +30,13 @@ KazStringTokenizer::~KazStringTokenizer() {
 }
 
 KazString KazStringTokenizer::takeToken(int start, int found, bool skipRuns) {
-    KazString token = tokenBetween(text, start, found);
-    position = found > 0 && skipRuns ? lastOfRun(text, delimiters, found) : found;
-    return token;
+    return takeTokenOf(text, delimiters, position, start, found, skipRuns);
 }
 
 KazString KazStringTokenizer::nextString(bool skipRuns) {
     if (isDone())
         return KazString();
     const int start = tokenStart();
-    return takeToken(start, text.findChar(delimiters, start), skipRuns);
+    return takeTokenOf(text, delimiters, position, start, findDelimiter(text, start, delimiters),
+                       skipRuns);
 }

@@ -33,5 +33,6 @@ KazWString KazWQuotedStringTokenizer::nextString(bool skipRuns) {
     if (isDone())
         return KazWString();
     const int start = tokenStart();
-    return takeToken(start, findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
+    return takeTokenOf(text, delimiters, position, start,
+                       findUnquoted(text, start, delimiters, quotes, escape), skipRuns);
 }

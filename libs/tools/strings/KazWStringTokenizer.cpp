@@ -30,14 +30,13 @@ KazWStringTokenizer::~KazWStringTokenizer() {
 }
 
 KazWString KazWStringTokenizer::takeToken(int start, int found, bool skipRuns) {
-    KazWString token = tokenBetween(text, start, found);
-    position = found > 0 && skipRuns ? lastOfRun(text, delimiters, found) : found;
-    return token;
+    return takeTokenOf(text, delimiters, position, start, found, skipRuns);
 }
 
 KazWString KazWStringTokenizer::nextString(bool skipRuns) {
     if (isDone())
         return KazWString();
     const int start = tokenStart();
-    return takeToken(start, text.findChar(delimiters, start), skipRuns);
+    return takeTokenOf(text, delimiters, position, start, findDelimiter(text, start, delimiters),
+                       skipRuns);
 }

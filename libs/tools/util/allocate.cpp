@@ -14,11 +14,11 @@ void handleAllocationFailure() {
     handler();
 }
 
-void* allocate(std::size_t size) {
+void* allocateAgain(std::size_t size) {
     for (;;) {
-        if (void* block = std::malloc(size > 0 ? size : 1))
-            return block;
         handleAllocationFailure();
+        if (void* block = std::malloc(size))
+            return block;
     }
 }
 

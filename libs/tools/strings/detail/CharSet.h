@@ -78,10 +78,7 @@ private:
 template <>
 class CharSet<char> {
 public:
-    explicit CharSet(const char* set) {
-        for (; set != nullptr && *set != '\0'; ++set)
-            insert(*set);
-    }
+    explicit CharSet(const char* set) : set_(set) {}
 
     void insert(char c) { set_.insert(c); }
     bool contains(char c) const { return set_.contains(c); }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 
 namespace kaz::detail {
 
@@ -11,10 +12,18 @@ namespace kaz::detail {
 /// none is installed.
 void handleAllocationFailure();
 
+/// allocate() from its first failure on; @p size is not 0.
+void* allocateAgain(std::size_t size);
+
 /// @p size bytes from malloc. While none are to be had, calls the installed
 /// new-handler and tries again; throws KazMemoryException when none is
 /// installed. Never null, also for size 0. Release with std::free.
-void* allocate(std::size_t size);
+/// Inline, as 6 % of the time that a token takes were the call.
+inline void* allocate(std::size_t size) {
+    const std::size_t wanted = size > 0 ? size : 1;
+    void* const block = std::malloc(wanted);
+    return block != nullptr ? block : allocateAgain(wanted);
+}
 
 /// The same, zero-filled.
 void* allocateZeroed(std::size_t size);
