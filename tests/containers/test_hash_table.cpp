@@ -1,4 +1,5 @@
 #include "tools/containers/KazHashTable.h"
+#include "tools/strings/KazString.h"
 
 #include <gtest/gtest.h>
 
@@ -51,6 +52,18 @@ TEST(HashTableTest, OtherThreadsWaitForElementFunctions) {
         other.get();
     }
     EXPECT_EQ(table.getSize(), 0);
+}
+
+TEST(HashTableTest, BorrowedKeysStayInTheOrderInWhichTheyWereBound) {
+    KazHashTable table(KazString::compareDisguised, KazString::hashDisguised, 1);
+    char later[] = "b", earlier[] = "a";
+    table.bind(later, number(2), false);
+    table.bind(earlier, number(1), false);
+    later[0] = 'A';
+    KazHashTableIterator i(table);
+    EXPECT_EQ(i.getValue(), number(1));
+    EXPECT_TRUE(i.next());
+    EXPECT_EQ(i.getValue(), number(2));
 }
 
 } // namespace

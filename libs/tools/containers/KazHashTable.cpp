@@ -18,7 +18,9 @@
 // by its TextIndex and puts a bucket in order only when somebody may see that:
 // 100,000 names in one bucket took 400 ms to bind in shuffled order, and 550 ns
 // to find one, by sorted insertion and binary search alone. With any other
-// functions the calls of the comparator are part of the contract.
+// functions the calls of the comparator are part of the contract; and keys that
+// are not checked in may change, or go before the table does, so that they are
+// put in order when they are bound and never looked at without need.
 //
 // A bucket's capacity follows the size in bytes that its block would have with
 // 32-bit pointers; the block itself is as large as the capacity needs.
@@ -262,6 +264,11 @@ void KazHashTable::remember(const Position& position) {
 
 bool KazHashTable::bind(void* key, void* value, bool replace) {
     const Guard guard(lock);
+    if (texts && !keyCheckIn) {
+        putAllInOrder();
+        texts.reset();
+        ++revision; // a caller further up may know a slot
+    }
     Position position = findKey(key);
     if (position.found && !replace)
         return false;
