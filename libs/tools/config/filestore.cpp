@@ -47,9 +47,15 @@ private:
     unsigned previous;
 };
 
+/// Does @p dir begin with a "~" that had no room for what it means? A directory of
+/// that very name is another one.
+bool isUnexpanded(const char* dir) {
+    return _TI_hm(dir) != dir;
+}
+
 bool isUsableDirectory(const char* dir) {
-    return *dir == '\0' ||
-           (kaz::host::isDirectory(dir) && kaz::host::access(dir, kazIsDbReadonly() ? 5 : 7) == 0);
+    return *dir == '\0' || (!isUnexpanded(dir) && kaz::host::isDirectory(dir) &&
+                            kaz::host::access(dir, kazIsDbReadonly() ? 5 : 7) == 0);
 }
 
 void appendIfItFits(char (&path)[nameSize], const char* part) {
@@ -214,7 +220,7 @@ int edit_make_dir_name(char* dir) {
         return -1;
     TI_userdir(dir, nameLimit);
     // It mostly exists: one look at it instead of two at each directory above it.
-    if (!kaz::host::isDirectory(dir))
+    if (!isUnexpanded(dir) && !kaz::host::isDirectory(dir))
         TI_makedir(dir, nameLimit);
     return 0;
 }

@@ -90,8 +90,8 @@ KAZ_API const char* kaz_replace_diag_chars();
 KAZ_API void kaz_diag_strcpy(char* dst, const char* src);
 
 /// Expands a leading "~" in @p dir (room for 140 characters) and makes the
-/// directory with its parents. Returns 0, also when it could not be made; -1 for
-/// a null or empty name.
+/// directory with its parents; none where the expansion has no room. Returns 0,
+/// also when it could not be made; -1 for a null or empty name.
 KAZ_API int edit_make_dir_name(char* dir);
 
 /// Assigns the directory where diagrams are kept now to the ToolInfo variable

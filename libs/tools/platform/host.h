@@ -178,7 +178,8 @@ struct Entry {
 /// An open directory. Operations on its entries go through the handle, so they
 /// stay inside it whatever the entry is called and however long its path is:
 /// a name is one component in the host's spelling and never interpreted.
-/// All operations on a Directory that is not open fail with EBADF.
+/// All operations on a Directory that is not open fail with EBADF. Only list()
+/// needs the permission to read.
 class Directory {
 public:
     /// Not open.
