@@ -47,10 +47,10 @@ private:
     unsigned previous;
 };
 
-/// Does @p dir begin with a "~" that had no room for what it means? A directory of
-/// that very name is another one.
+/// Does @p dir still begin with a "~" that means a home directory, because there was
+/// no room for it or there is none? A directory of that very name is another one.
 bool isUnexpanded(const char* dir) {
-    return _TI_hm(dir) != dir;
+    return dir[0] == '~' && (dir[1] == '\0' || dir[1] == '\\' || dir[1] == '/');
 }
 
 bool isUsableDirectory(const char* dir) {
