@@ -70,6 +70,14 @@ std::size_t compareForms(const ByteOperations& wide, fuzz::Input& input) {
     FUZZ_CHECK(wide.count(s.data(), n, c) == portableBytes.count(s.data(), n, c));
     FUZZ_CHECK(escaped(wide, s, set, c) == escaped(portableBytes, s, set, c));
 
+    const std::string quotes = input.textOf("\"ab \xE1", 3);
+    ByteSet stops = set;
+    for (const char quote : quotes + c)
+        stops.insert(quote);
+    const std::size_t end = portableBytes.findUnquoted(s.data(), n, stops, quotes.c_str(), c);
+    FUZZ_CHECK(wide.findUnquoted(s.data(), n, stops, quotes.c_str(), c) == end);
+    FUZZ_CHECK(end == n || (s[end] != c && members.find(s[end]) != std::string::npos));
+
     const std::size_t distance = input.between<std::size_t>(0, 70);
     const auto found = pairs(portableBytes, s, c, d, distance);
     FUZZ_CHECK(pairs(wide, s, c, d, distance) == found);

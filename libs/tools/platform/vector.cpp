@@ -82,6 +82,32 @@ std::size_t findPairs(const char* s, std::size_t& from, std::size_t end, char fi
     return found;
 }
 
+bool isIn(const char* set, char c) {
+    while (*set != '\0' && *set != c)
+        ++set;
+    return *set != '\0';
+}
+
+std::size_t findUnquoted(const char* s, std::size_t n, const ByteSet& stops, const char* quotes,
+                         char escape) {
+    bool isOpen = false;
+    char quote = '\0';
+    for (std::size_t i = 0; i < n; ++i) {
+        const char c = s[i];
+        if (c == escape) {
+            ++i;
+        } else if (isOpen) {
+            isOpen = c != quote;
+        } else if (isIn(quotes, c)) {
+            isOpen = true;
+            quote = c;
+        } else if (stops.contains(c)) {
+            return i;
+        }
+    }
+    return n;
+}
+
 /// One round of the 23 shifts, unrolled: with constants it runs several times
 /// as fast as a loop that computes them.
 template <std::size_t... I>
@@ -112,8 +138,8 @@ void ByteSet::insertIntoTable(char c) {
 }
 
 constinit const ByteOperations portableBytes = {
-    findIn,     findNotIn,       lengthWithout, count,     countIn,
-    putEscaped, endOfSameNoCase, findPair,      findPairs, hash,
+    findIn,          findNotIn, lengthWithout, count,        countIn, putEscaped,
+    endOfSameNoCase, findPair,  findPairs,     findUnquoted, hash,
 };
 
 } // namespace kaz::host

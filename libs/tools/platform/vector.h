@@ -100,6 +100,13 @@ struct ByteOperations {
     std::size_t (*findPairs)(const char* s, std::size_t& from, std::size_t end, char first,
                              char last, std::size_t distance, std::int32_t* indexes,
                              std::size_t room);
+    /// The index of the first byte that is in @p stops and neither behind an
+    /// @p escape, nor part of a quote; @p n when there is none. A quote reaches from
+    /// a byte in the terminated text @p quotes to the next one like it. An escape
+    /// stands before quotes, quotes before other stops, and all of them are in
+    /// @p stops.
+    std::size_t (*findUnquoted)(const char* s, std::size_t n, const ByteSet& stops,
+                                const char* quotes, char escape);
     /// The sum of the bytes, modulo 2^32, each shifted to the left by 7 bits
     /// more than the one before it, modulo 23.
     unsigned (*hash)(const char* s, std::size_t n);

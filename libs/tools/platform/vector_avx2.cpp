@@ -263,6 +263,57 @@ std::size_t findPairs(const char* s, std::size_t& from, std::size_t end, char fi
                                            room - found);
 }
 
+bool isIn(const char* set, char c) {
+    while (*set != '\0' && *set != c)
+        ++set;
+    return *set != '\0';
+}
+
+/// Walks over the stops alone; those within quotes are passed as quickly as the
+/// quotes themselves.
+template <class Members>
+std::size_t scanUnquoted(const char* s, std::size_t n, const Members& stops, const char* quotes,
+                         char escape) {
+    bool isOpen = false;
+    char quote = '\0';
+    std::size_t escaped = n; // the byte behind the last escape, which stands for itself
+    for (std::size_t i = 0; i < n; i += step) {
+        unsigned hits = 0;
+        if (n - i >= step) {
+            hits = stops.in(load(s + i));
+        } else {
+            char rest[step] = {};
+            for (std::size_t k = i; k < n; ++k)
+                rest[k - i] = s[k];
+            hits = stops.in(load(rest)) & ((1U << (n - i)) - 1);
+        }
+        for (; hits != 0; hits &= hits - 1) {
+            const std::size_t at = i + firstOf(hits);
+            const char c = s[at];
+            if (at == escaped)
+                continue;
+            if (c == escape) {
+                escaped = at + 1;
+            } else if (isOpen) {
+                isOpen = c != quote;
+            } else if (isIn(quotes, c)) {
+                isOpen = true;
+                quote = c;
+            } else {
+                return at;
+            }
+        }
+    }
+    return n;
+}
+
+std::size_t findUnquoted(const char* s, std::size_t n, const ByteSet& stops, const char* quotes,
+                         char escape) {
+    return stops.size() <= ByteSet::few
+               ? scanUnquoted(s, n, FewMembers(stops), quotes, escape)
+               : scanUnquoted(s, n, ManyMembers(stops), quotes, escape);
+}
+
 constexpr std::size_t period = 23;
 
 /// The shifts of eight periods, after which they meet the start of a group of
@@ -341,8 +392,8 @@ unsigned hash(const char* s, std::size_t n) {
 } // namespace
 
 constinit const ByteOperations wideBytes = {
-    findIn,     findNotIn,       lengthWithout, count,     countIn,
-    putEscaped, endOfSameNoCase, findPair,      findPairs, hash,
+    findIn,          findNotIn, lengthWithout, count,        countIn, putEscaped,
+    endOfSameNoCase, findPair,  findPairs,     findUnquoted, hash,
 };
 
 } // namespace kaz::host

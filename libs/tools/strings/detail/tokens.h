@@ -90,94 +90,48 @@ std::int32_t findDelimiter(const String& text, std::int32_t start, const Ch* del
     return i >= 0 && i < rest.length ? start + static_cast<std::int32_t>(i) : -1;
 }
 
-/// Steps through what may end a token or hide its end, for text of any width.
+/// The index of the first delimiter that is neither quoted nor escaped, or -1.
 template <class Ch>
-class QuoteScan {
-public:
-    QuoteScan(const Ch* delimiters, const Ch* quotes, Ch escape)
-        : delimiters_(delimiters), quotes_(quotes), escape_(escape) {}
-
-    /// The index of the first delimiter that is neither quoted nor escaped, or -1.
-    std::ptrdiff_t find(Text<Ch> text) const {
-        bool escaped = false;
-        Ch openQuote = 0;
-        for (std::ptrdiff_t i = 0; i < text.length; ++i) {
-            const Ch c = text.data[i];
-            if (escaped)
-                escaped = false;
-            else if (c == escape_)
-                escaped = true;
-            else if (openQuote != 0)
-                openQuote = c == openQuote ? Ch{0} : openQuote;
-            else if (quotes_.contains(c))
-                openQuote = c;
-            else if (delimiters_.contains(c))
-                return i;
-        }
-        return -1;
+std::ptrdiff_t indexOfUnquoted(Text<Ch> text, const Ch* delimiters, const Ch* quotes, Ch escape) {
+    const CharSet<Ch> ends(delimiters);
+    const CharSet<Ch> quoteMarks(quotes);
+    bool escaped = false;
+    Ch openQuote = 0;
+    for (std::ptrdiff_t i = 0; i < text.length; ++i) {
+        const Ch c = text.data[i];
+        if (escaped)
+            escaped = false;
+        else if (c == escape)
+            escaped = true;
+        else if (openQuote != 0)
+            openQuote = c == openQuote ? Ch{0} : openQuote;
+        else if (quoteMarks.contains(c))
+            openQuote = c;
+        else if (ends.contains(c))
+            return i;
     }
+    return -1;
+}
 
-private:
-    CharSet<Ch> delimiters_;
-    CharSet<Ch> quotes_;
-    Ch escape_;
-};
-
-/// The same for bytes, from one that counts to the next.
 template <>
-class QuoteScan<char> {
-public:
-    QuoteScan(const char* delimiters, const char* quotes, char escape)
-        : quotes_(quotes), stops_(quotes), escape_(escape) {
-        for (; *delimiters != '\0'; ++delimiters)
-            stops_.insert(*delimiters);
-        stops_.insert(escape);
-    }
-
-    std::ptrdiff_t find(Text<char> text) const {
-        std::ptrdiff_t i = 0;
-        while ((i += stops_.findIn(restOf(text, i))) < text.length) {
-            const char c = text.data[i];
-            if (c == escape_)
-                i = std::min(i + 2, text.length);
-            else if (quotes_.contains(c))
-                i = endOfQuote(text, i);
-            else
-                return i;
-        }
-        return -1;
-    }
-
-private:
-    static Text<char> restOf(Text<char> text, std::ptrdiff_t i) {
-        return {text.data + i, text.length - i};
-    }
-
-    /// Behind the quote that is opened at @p i.
-    std::ptrdiff_t endOfQuote(Text<char> text, std::ptrdiff_t i) const {
-        CharSet<char> stops("");
-        stops.insert(text.data[i++]);
-        stops.insert(escape_);
-        while ((i += stops.findIn(restOf(text, i))) < text.length) {
-            if (text.data[i] != escape_)
-                return i + 1;
-            i = std::min(i + 2, text.length);
-        }
-        return i;
-    }
-
-    CharSet<char> quotes_;
-    CharSet<char> stops_;
-    char escape_;
-};
+inline std::ptrdiff_t indexOfUnquoted(Text<char> text, const char* delimiters, const char* quotes,
+                                      char escape) {
+    host::ByteSet stops(delimiters);
+    for (const char* quote = quotes; *quote != '\0'; ++quote)
+        stops.insert(*quote);
+    stops.insert(escape);
+    const auto length = static_cast<std::size_t>(text.length);
+    const std::size_t i = host::bytes().findUnquoted(text.data, length, stops, quotes, escape);
+    return i < length ? static_cast<std::ptrdiff_t>(i) : -1;
+}
 
 /// The first delimiter at or after @p start that is neither quoted nor escaped,
 /// or -1.
 template <class String, class Ch>
 std::int32_t findUnquoted(const String& text, std::int32_t start, const Ch* delimiters,
                           const Ch* quotes, Ch escape) {
-    const QuoteScan<Ch> scan(delimiters, quotes, escape);
-    const std::ptrdiff_t i = scan.find({text.getValue() + start, text.getLength() - start});
+    const Text<Ch> rest = {text.getValue() + start, text.getLength() - start};
+    const std::ptrdiff_t i = indexOfUnquoted(rest, delimiters, quotes, escape);
     return i >= 0 ? start + static_cast<std::int32_t>(i) : -1;
 }
 
