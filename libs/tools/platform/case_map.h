@@ -14,6 +14,10 @@ namespace kaz::host {
 const std::int32_t* upperCaseTable();
 const std::int32_t* lowerCaseTable();
 
+/// Compares two texts byte by byte through `tolower`, as unsigned characters up to
+/// the first difference or NUL: below, equal to or above 0.
+int compareLowered(const char* a, const char* b);
+
 /// One of the two mappings. It is made for one call and not kept: the locale may
 /// change between two.
 class CaseMap {

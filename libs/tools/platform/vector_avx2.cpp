@@ -309,9 +309,8 @@ std::size_t scanUnquoted(const char* s, std::size_t n, const Members& stops, con
 
 std::size_t findUnquoted(const char* s, std::size_t n, const ByteSet& stops, const char* quotes,
                          char escape) {
-    return stops.size() <= ByteSet::few
-               ? scanUnquoted(s, n, FewMembers(stops), quotes, escape)
-               : scanUnquoted(s, n, ManyMembers(stops), quotes, escape);
+    return stops.size() <= ByteSet::few ? scanUnquoted(s, n, FewMembers(stops), quotes, escape)
+                                        : scanUnquoted(s, n, ManyMembers(stops), quotes, escape);
 }
 
 constexpr std::size_t period = 23;

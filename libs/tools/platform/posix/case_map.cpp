@@ -1,6 +1,7 @@
 #include "tools/platform/case_map.h"
 
 #include <ctype.h>
+#include <strings.h>
 
 namespace kaz::host {
 
@@ -10,6 +11,10 @@ const std::int32_t* upperCaseTable() {
 
 const std::int32_t* lowerCaseTable() {
     return *__ctype_tolower_loc();
+}
+
+int compareLowered(const char* a, const char* b) {
+    return strcasecmp(a, b);
 }
 
 } // namespace kaz::host

@@ -10,4 +10,13 @@ const std::int32_t* lowerCaseTable() {
     return nullptr;
 }
 
+int compareLowered(const char* a, const char* b) {
+    const CaseMap lower = CaseMap::lower();
+    while (*a != '\0' && lower(*a) == lower(*b)) {
+        ++a;
+        ++b;
+    }
+    return static_cast<unsigned char>(lower(*a)) - static_cast<unsigned char>(lower(*b));
+}
+
 } // namespace kaz::host
