@@ -1,9 +1,9 @@
 // The frame and the messages without memory: each allocation fails in its turn,
 // alone or with all that follow.
 #include "frame_app.h"
-#include "kit/alloc_failure.h"
 #include "kit/capture.h"
 #include "kit/env.h"
+#include "kit/sweep.h"
 #include "kit/temp_tree.h"
 #include "tools/app/KazEditorsBase.h"
 #include "tools/app/KazFileException.h"
@@ -21,20 +21,6 @@
 #include <memory>
 
 namespace {
-
-/// After each failure the same must succeed as if nothing had happened. Returns how
-/// many allocations were failed.
-template <typename Action>
-long sweep(const char* what, Action action) {
-    SCOPED_TRACE(what);
-    const std::string expected = action();
-    const auto succeed = [&] { EXPECT_EQ(action(), expected); };
-    long failed = 0;
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward})
-        failed += kit::sweepAllocations(action, succeed, mode);
-    EXPECT_GT(failed, 1) << what;
-    return failed;
-}
 
 /// Shows nothing, and gives back what it is lent.
 class QuietDirector : public KazIODirector {
@@ -95,12 +81,11 @@ TEST(Memory, EveryFailedAllocationIsSurvived) {
         lines += "mary\n";
     const kit::ScopedInput input(lines);
     kit::Capture capture;
-    long failed = sweep("application", useApplication);
-    failed += sweep("argv", useArgv);
-    failed += sweep("exceptions", useExceptions);
-    failed += sweep("director", useDirector);
-    failed += sweep("progress", useProgress);
-    RecordProperty("failed", std::to_string(failed));
+    kit::sweepQuestion("application", useApplication);
+    kit::sweepQuestion("argv", useArgv);
+    kit::sweepQuestion("exceptions", useExceptions);
+    kit::sweepQuestion("director", useDirector);
+    kit::sweepQuestion("progress", useProgress);
 }
 
 } // namespace

@@ -5,10 +5,10 @@
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 
-#include "kit/alloc_failure.h"
 #include "kit/director.h"
 #include "kit/env.h"
 #include "kit/host.h"
+#include "kit/sweep.h"
 #include "kit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -67,11 +67,8 @@ void sweep(const std::string& name, const Action& reset, const Action& action, c
     }
 }
 
-/// A question that changes nothing: it fails or gives its answer.
 void sweepQuestion(const std::string& name, const State& ask) {
-    std::string answer;
-    sweep(
-        name, [&] { answer.clear(); }, [&] { answer = ask(); }, [&] { return answer; });
+    kit::sweepQuestion(name, ask, modes());
 }
 
 /// Two files in a row, with a third one for later.

@@ -32,14 +32,4 @@ void RecordingDirector::doFatalError(const char* format, va_list args) {
     fatals.push_back(formatted(format, args));
 }
 
-KazIODirector::Reply RecordingDirector::doConfirm(const KazString& title, const KazString& message,
-                                                  DialogType, Reply) {
-    questions.push_back(std::string(title.getValue()) + ": " + message.getValue());
-    return reply;
-}
-
-bool RecordingDirector::isCancelPending(int) {
-    return cancel;
-}
-
 } // namespace kit

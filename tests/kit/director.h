@@ -20,17 +20,11 @@ public:
     std::vector<std::string> messages;
     std::vector<std::string> errors;
     std::vector<std::string> fatals;
-    std::vector<std::string> questions;
-    Reply reply = Accept;
-    bool cancel = false;
 
 protected:
     void doPrintMsg(const char* format, va_list args) override;
     void doPrintError(const char* format, va_list args) override;
     void doFatalError(const char* format, va_list args) override;
-    Reply doConfirm(const KazString& title, const KazString& message, DialogType type,
-                    Reply defaultReply) override;
-    bool isCancelPending(int progressId) override;
 };
 
 } // namespace kit

@@ -25,14 +25,12 @@ struct RunOptions {
     bool closeStdout = false;
     /// Starts without standard input.
     bool closeStdin = false;
-    /// Sent this many milliseconds after the start (0: never), or, with
-    /// `signalAfter`, as soon as that text was written to standard output.
+    /// Sent as soon as `signalAfter` was written to standard output (0: never).
     int signal = 0;
-    int signalDelayMs = 0;
     std::string signalAfter;
     /// Standard output goes to this file instead ("/dev/full").
     std::string stdoutFile;
-    /// The run is ended by force, and the test fails, after this many seconds.
+    /// The run is ended by force after this many seconds.
     int timeoutSeconds = 60;
 };
 
@@ -44,7 +42,6 @@ struct Result {
     int status = -1;
     /// The signal that ended it, or 0.
     int signal = 0;
-    bool timedOut = false;
     /// What it wrote; with `pty`, out holds what the terminal showed.
     std::string out;
     std::string err;

@@ -35,8 +35,6 @@ public:
             result += alphabet[static_cast<std::size_t>(below(static_cast<int>(alphabet.size())))];
         return result;
     }
-    /// For the standard algorithms.
-    std::mt19937_64& engine() { return engine_; }
 
 private:
     std::mt19937_64 engine_;

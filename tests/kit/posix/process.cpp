@@ -19,47 +19,39 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+struct Descriptor {
+    int value = -1;
+    Descriptor() = default;
+    ~Descriptor() { reset(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    operator int() const { return value; }
+    void reset() {
+        if (value >= 0)
+            close(value);
+        value = -1;
+    }
+};
+
 struct Pipe {
-    int read = -1;
-    int write = -1;
+    Descriptor read, write;
     Pipe() {
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0)
             std::abort();
-        read = ends[0];
-        write = ends[1];
+        read.value = ends[0];
+        write.value = ends[1];
     }
-    ~Pipe() {
-        closeRead();
-        closeWrite();
-    }
-    void closeRead() { closeEnd(read); }
-    void closeWrite() { closeEnd(write); }
-    static void closeEnd(int& fd) {
-        if (fd >= 0)
-            close(fd);
-        fd = -1;
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
 };
 
 struct Terminal {
-    int master = -1;
-    int slave = -1;
+    Descriptor master, slave;
     explicit Terminal(bool wanted) {
-        if (wanted && openpty(&master, &slave, nullptr, nullptr, nullptr) != 0)
+        if (wanted && openpty(&master.value, &slave.value, nullptr, nullptr, nullptr) != 0)
             std::abort();
         if (wanted)
             fcntl(master, F_SETFD, FD_CLOEXEC);
     }
-    ~Terminal() {
-        Pipe::closeEnd(master);
-        Pipe::closeEnd(slave);
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
     bool echoes() const {
         termios state{};
         return tcgetattr(slave, &state) == 0 && (state.c_lflag & ECHO) != 0;
@@ -80,41 +72,6 @@ void resetSignals() {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-[[noreturn]] void startChild(const std::vector<std::string>& argv, const RunOptions& options,
-                             const Terminal& terminal, const Pipe& in, const Pipe& out,
-                             const Pipe& err) {
-    if (options.pty) {
-        login_tty(terminal.slave); // a session of its own, with this terminal
-    } else {
-        dup2(in.read, STDIN_FILENO);
-        dup2(out.write, STDOUT_FILENO);
-    }
-    dup2(err.write, STDERR_FILENO);
-    if (!options.stdoutFile.empty())
-        dup2(open(options.stdoutFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666), STDOUT_FILENO);
-    if (options.closeStdout)
-        close(STDOUT_FILENO);
-    if (options.closeStdin)
-        close(STDIN_FILENO);
-    // The tests are tools themselves; what they start is not meant to be nested.
-    unsetenv("KAZCOREROOT");
-    for (const auto& [name, value] : options.env) {
-        if (value == unset)
-            unsetenv(name.c_str());
-        else
-            setenv(name.c_str(), value.c_str(), 1);
-    }
-    if (!options.cwd.empty() && chdir(options.cwd.c_str()) != 0)
-        _exit(126);
-    std::vector<char*> args;
-    for (const std::string& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    const std::string program = programPath(argv[0]);
-    execv(program.c_str(), args.data());
-    _exit(127);
-}
-
 /// Reads what there is; false at the end of the stream.
 bool drain(int fd, std::string& text) {
     char buffer[4096];
@@ -124,61 +81,105 @@ bool drain(int fd, std::string& text) {
     return n > 0 || (n < 0 && errno == EINTR);
 }
 
-/// Moves bytes between the test and the child until both its outputs end.
-class Conversation {
+/// A program and what the test and it say to each other.
+class Child {
 public:
-    Conversation(const RunOptions& options, pid_t child, Terminal& terminal, Pipe& in, Pipe& out,
-                 Pipe& err, Result& result)
-        : options_(options),
-          child_(child),
-          terminal_(terminal),
-          in_(in),
-          out_(out),
-          err_(err),
-          result_(result) {}
+    explicit Child(const RunOptions& options) : options_(options) {}
 
+    Result run(const std::vector<std::string>& argv) {
+        child_ = fork();
+        if (child_ == 0)
+            start(argv);
+        in_.read.reset();
+        out_.write.reset();
+        err_.write.reset();
+        hold();
+        if (!hasEnded())
+            waitpid(child_, &status_, 0);
+        if (options_.pty)
+            hearLastWords();
+        if (WIFEXITED(status_))
+            result_.status = WEXITSTATUS(status_);
+        if (WIFSIGNALED(status_))
+            result_.signal = WTERMSIG(status_);
+        return result_;
+    }
+
+private:
+    [[noreturn]] void start(const std::vector<std::string>& argv) const {
+        resetSignals();
+        if (options_.pty) {
+            login_tty(terminal_.slave); // a session of its own, with this terminal
+        } else {
+            dup2(in_.read, STDIN_FILENO);
+            dup2(out_.write, STDOUT_FILENO);
+        }
+        dup2(err_.write, STDERR_FILENO);
+        if (!options_.stdoutFile.empty())
+            dup2(open(options_.stdoutFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666),
+                 STDOUT_FILENO);
+        if (options_.closeStdout)
+            close(STDOUT_FILENO);
+        if (options_.closeStdin)
+            close(STDIN_FILENO);
+        // The tests are tools themselves; what they start is not meant to be nested.
+        unsetenv("KAZCOREROOT");
+        for (const auto& [name, value] : options_.env) {
+            if (value == unset)
+                unsetenv(name.c_str());
+            else
+                setenv(name.c_str(), value.c_str(), 1);
+        }
+        if (!options_.cwd.empty() && chdir(options_.cwd.c_str()) != 0)
+            _exit(126);
+        std::vector<char*> args;
+        for (const std::string& arg : argv)
+            args.push_back(const_cast<char*>(arg.c_str()));
+        args.push_back(nullptr);
+        const std::string program = programPath(argv[0]);
+        execv(program.c_str(), args.data());
+        _exit(127);
+    }
+
+    /// Moves bytes until both outputs of the child end.
     void hold() {
-        const auto start = Clock::now();
-        outOpen_ = errOpen_ = true;
+        const auto end = Clock::now() + std::chrono::seconds(options_.timeoutSeconds);
         while (outOpen_ || errOpen_) {
-            const auto elapsed =
-                std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
-            if (elapsed > std::chrono::seconds(options_.timeoutSeconds)) {
-                result_.timedOut = true;
+            if (Clock::now() > end) {
                 kill(child_, SIGKILL);
                 break;
             }
-            sendSignal(elapsed.count());
+            sendSignal();
             step();
-            if (options_.pty && childEnded())
+            if (options_.pty && hasEnded())
                 break;
         }
     }
 
-    bool childEnded() {
+    bool hasEnded() {
         if (!ended_)
             ended_ = waitpid(child_, &status_, WNOHANG) == child_;
         return ended_;
     }
 
-    int status() {
-        if (!ended_)
-            waitpid(child_, &status_, 0);
-        ended_ = true;
-        return status_;
+    /// What the child wrote last may still lie in the terminal.
+    void hearLastWords() {
+        pollfd last{terminal_.master, POLLIN, 0};
+        while (poll(&last, 1, 20) > 0 && (last.revents & POLLIN) != 0)
+            if (!drain(terminal_.master, result_.out))
+                break;
+        pollfd lastError{err_.read, POLLIN, 0};
+        while (poll(&lastError, 1, 0) > 0 && drain(err_.read, result_.err)) {
+        }
+        result_.echoAtEnd = terminal_.echoes();
     }
 
-private:
-    void sendSignal(long long elapsedMs) {
-        if (options_.signal == 0 || signalSent_)
+    void sendSignal() {
+        if (options_.signal == 0 || signalSent_ ||
+            result_.out.find(options_.signalAfter) == std::string::npos)
             return;
-        const bool due = options_.signalAfter.empty()
-                             ? elapsedMs >= options_.signalDelayMs
-                             : result_.out.find(options_.signalAfter) != std::string::npos;
-        if (due) {
-            kill(child_, options_.signal);
-            signalSent_ = true;
-        }
+        kill(child_, options_.signal);
+        signalSent_ = true;
     }
 
     void step() {
@@ -205,7 +206,7 @@ private:
         if (n > 0)
             fed_ += static_cast<std::size_t>(n);
         if (n < 0 || fed_ == options_.input.size())
-            in_.closeWrite();
+            in_.write.reset();
     }
 
     /// The program has written and is silent now: it waits for input.
@@ -217,16 +218,14 @@ private:
     }
 
     const RunOptions& options_;
-    pid_t child_;
-    Terminal& terminal_;
-    Pipe& in_;
-    Pipe& out_;
-    Pipe& err_;
-    Result& result_;
+    Pipe in_, out_, err_;
+    Terminal terminal_{options_.pty};
+    Result result_;
+    pid_t child_ = -1;
     std::size_t fed_ = 0;
     int status_ = 0;
-    bool outOpen_ = false;
-    bool errOpen_ = false;
+    bool outOpen_ = true;
+    bool errOpen_ = true;
     bool typed_ = false;
     bool signalSent_ = false;
     bool ended_ = false;
@@ -236,39 +235,7 @@ private:
 
 Result run(const std::vector<std::string>& argv, const RunOptions& options) {
     std::signal(SIGPIPE, SIG_IGN);
-    Result result;
-    Pipe in;
-    Pipe out;
-    Pipe err;
-    Terminal terminal(options.pty);
-    const pid_t child = fork();
-    if (child == 0) {
-        resetSignals();
-        startChild(argv, options, terminal, in, out, err);
-    }
-    in.closeRead();
-    out.closeWrite();
-    err.closeWrite();
-
-    Conversation conversation(options, child, terminal, in, out, err, result);
-    conversation.hold();
-    const int status = conversation.status();
-    if (options.pty) {
-        // What the child wrote last may still lie in the terminal.
-        pollfd last{terminal.master, POLLIN, 0};
-        while (poll(&last, 1, 20) > 0 && (last.revents & POLLIN) != 0)
-            if (!drain(terminal.master, result.out))
-                break;
-        pollfd lastError{err.read, POLLIN, 0};
-        while (poll(&lastError, 1, 0) > 0 && drain(err.read, result.err)) {
-        }
-        result.echoAtEnd = terminal.echoes();
-    }
-    if (WIFEXITED(status))
-        result.status = WEXITSTATUS(status);
-    if (WIFSIGNALED(status))
-        result.signal = WTERMSIG(status);
-    return result;
+    return Child(options).run(argv);
 }
 
 std::string binDirectory() {

@@ -152,10 +152,8 @@ Result run(const std::vector<std::string>& argv, const RunOptions& options) {
     std::thread feeding([&] { writeAll(in.own, options.input); });
     std::thread hearing([&] { readAll(out.own.value, result.out); });
     std::thread noticing([&] { readAll(err.own.value, result.err); });
-    result.timedOut =
-        WaitForSingleObject(process.value, static_cast<DWORD>(options.timeoutSeconds) * 1000) !=
-        WAIT_OBJECT_0;
-    if (result.timedOut)
+    if (WaitForSingleObject(process.value, static_cast<DWORD>(options.timeoutSeconds) * 1000) !=
+        WAIT_OBJECT_0)
         TerminateProcess(process.value, 1);
     DWORD code = 0;
     GetExitCodeProcess(process.value, &code);

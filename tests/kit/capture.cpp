@@ -1,5 +1,7 @@
 #include "kit/capture.h"
 
+#include "kit/detail/passing_file.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -9,31 +11,12 @@ namespace kit {
 
 namespace {
 
-constexpr int streams[2] = {STDOUT_FILENO, STDERR_FILENO};
-
-/// An open file without a name.
-int unnamedFile() {
-    char name[] = "/tmp/moxkitXXXXXX";
-    const int fd = mkstemp(name);
-    if (fd < 0)
-        std::abort();
-    unlink(name);
-    return fd;
-}
+constexpr int streams[2] = {1, 2};
 
 void flushAll() {
     std::cout.flush();
     std::cerr.flush();
     std::fflush(nullptr);
-}
-
-std::string contents(int fd) {
-    std::string text;
-    char buffer[4096];
-    off_t at = 0;
-    for (ssize_t n; (n = pread(fd, buffer, sizeof buffer, at)) > 0; at += n)
-        text.append(buffer, static_cast<std::size_t>(n));
-    return text;
 }
 
 } // namespace
@@ -42,7 +25,7 @@ Capture::Capture() {
     flushAll();
     for (int i = 0; i < 2; ++i) {
         saved_[i] = dup(streams[i]);
-        file_[i] = unnamedFile();
+        file_[i] = detail::passingFile(true);
         dup2(file_[i], streams[i]);
     }
 }
@@ -58,22 +41,23 @@ Capture::~Capture() {
 
 std::string Capture::out() {
     flushAll();
-    return contents(file_[0]);
+    return detail::contents(file_[0]);
 }
 
 std::string Capture::err() {
     flushAll();
-    return contents(file_[1]);
+    return detail::contents(file_[1]);
 }
 
-ScopedInput::ScopedInput(const std::string& text) : saved_(dup(STDIN_FILENO)) {
-    const int fd = unnamedFile();
-    if (write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+ScopedInput::ScopedInput(const std::string& text) : saved_(dup(0)) {
+    const int file = detail::passingFile(false); // the text arrives as it is
+    if (write(file, text.data(), static_cast<unsigned>(text.size())) !=
+        static_cast<int>(text.size()))
         std::abort();
-    lseek(fd, 0, SEEK_SET);
+    lseek(file, 0, SEEK_SET);
     std::fflush(stdin);
-    dup2(fd, STDIN_FILENO);
-    close(fd);
+    dup2(file, 0);
+    close(file);
     std::clearerr(stdin);
 }
 
@@ -81,7 +65,7 @@ ScopedInput::~ScopedInput() {
     // Drops what stdio has read ahead, so that the next input starts clean.
     std::fseek(stdin, 0, SEEK_END);
     std::fflush(stdin);
-    dup2(saved_, STDIN_FILENO);
+    dup2(saved_, 0);
     close(saved_);
     std::clearerr(stdin);
 }
