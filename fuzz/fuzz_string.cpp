@@ -6,6 +6,7 @@
 #include "fuzz/string_reference.h"
 #include "strings/string_kit.h"
 
+#include <array>
 #include <climits>
 #include <functional>
 #include <string_view>
@@ -338,20 +339,37 @@ private:
         ask([](S& s, auto&& a, D) { return s == a; }, [](T& t, V v, D) { return t == v; });
         ask([](S& s, auto&& a, D) { return s.isEmpty() ? 0 : s.compare(Text(plain(S(a)))); },
             [](T& t, V v, D) { return t.empty() ? 0 : order(t, v); });
-        ask([](S& s, auto&& a,
-               D) { return s.isEmpty() ? 0 : S::compareNoCase(s.getValue(), S(a).getValue()); },
-            [](T& t, V v, D) { return t.empty() ? 0 : order(lowered(t), lowered(v)); });
+        ask(
+            [](S& s, auto&& a, D d) {
+                const S o(a);
+                return s && o ? std::array{sign(s.compareN(o.getValue(), d.at)),
+                                           sign(s.compareN(o, d.at)), s.compareNoCase(o),
+                                           S::compareNoCase(s.getValue(), o.getValue())}
+                              : std::array<int, 4>();
+            },
+            [](T& t, V v, D d) {
+                const auto n = static_cast<std::size_t>(d.at);
+                const int first = order(t.substr(0, n), v.substr(0, n));
+                const int noCase = order(lowered(t), lowered(v));
+                return t.empty() || v.empty() ? std::array<int, 4>()
+                                              : std::array{first, first, noCase, noCase};
+            });
         ask([](S& s, auto&& a, D) { return S(s.getValue()).equalsNoCase(Text(plain(S(a)))); },
             [](T& t, V v, D) { return lowered(t) == lowered(v); });
         ask([](S& s, auto&& a, D) { return s && S(a) ? s.equalsNoCase(S(a)) : s == S(a); },
             [](T& t, V v, D) { return lowered(t) == lowered(v); });
-        ask([](S& s, auto&&, D) { return S::hash(s); },
-            [](T& t, V, D) { return reference::hash(codes(t)); });
-        ask([](S& s, auto&&, D) { return S::hashNoCase(s.getValue()); },
+        ask(
+            [](S& s, auto&&, D) {
+                return std::array{S::hash(s), S::hash(s.getValue()), S::hashNoCase(s),
+                                  S::hashNoCase(s.getValue()),
+                                  S::hashNoCaseDisguised(s.disguise())};
+            },
             [](T& t, V, D) {
                 T upper = t;
                 eachLetter(upper, raise);
-                return reference::hash(codes(upper));
+                const unsigned exact = reference::hash(codes(t));
+                const unsigned noCase = reference::hash(codes(upper));
+                return std::array{exact, exact, noCase, noCase, noCase};
             });
     }
 
@@ -376,6 +394,8 @@ private:
             result.push_back(static_cast<std::make_unsigned_t<Char>>(wide(c)));
         return result;
     }
+
+    static int sign(int order) { return (order > 0) - (order < 0); }
 
     static int order(const std::string& a, const std::string& b) {
         const std::vector<unsigned> left = codes(a), right = codes(b);

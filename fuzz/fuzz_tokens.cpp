@@ -74,6 +74,7 @@ void check(Tokenizer tokenizer, const Tokens& tokens, Skip skipRuns) {
         const Tokenizer copy = tokenizer;
         FUZZ_CHECK(plain(tokenizer.nextString(skipRuns(k))) == tokens[k]);
         assigned = copy;
+        assigned = *&assigned;
         FUZZ_CHECK(plain(assigned.nextString(skipRuns(k))) == tokens[k]);
     }
     FUZZ_CHECK(tokenizer.isDone() && tokenizer.nextString(false).isEmpty());
