@@ -31,15 +31,8 @@ Items items(std::initializer_list<int> numbers) {
     return result;
 }
 
-TEST(ArrayTest, CapacitiesGrowByTheRateInFours) {
+TEST(ArrayTest, GrowsByTheRateInFours) {
     Array array;
-    std::vector<int> capacities;
-    for (int i = 0; i < 90; ++i) {
-        array.add(nullptr);
-        if (capacities.empty() || capacities.back() != array.room())
-            capacities.push_back(array.room());
-    }
-    EXPECT_EQ(capacities, (std::vector<int>{4, 8, 12, 16, 24, 32, 44, 60, 80, 104}));
     for (float rate : {1.0F, 0.5F, std::nanf("")}) { // these would not grow
         array.setGrowthRate(2.0F);
         EXPECT_EQ(array.rate(), 2.0F);
@@ -63,14 +56,9 @@ TEST(ArrayTest, CapacitiesGrowByTheRateInFours) {
 }
 
 TEST(ArrayTest, TakesSlotsOfItsOwnStorage) {
-    Array array(4);
-    array.insertAt(2, array);
-    EXPECT_EQ(array.contents(), items({1, 2, 1, 2, 3, 4, 3, 4}));
-    array.copy(array);
-    EXPECT_EQ(array.getSize(), 8);
-
     // Another array of the same storage may count more slots, or fewer.
     Array few(5), many(few);
+    few.copy(few);
     few.inflate(20);
     many = few;
     few.setSize(2);
@@ -80,12 +68,15 @@ TEST(ArrayTest, TakesSlotsOfItsOwnStorage) {
     few.setSize(1);
     few.copy(many);
     EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
+    many = few;
+    few.setSize(1);
+    few.insertAt(1, many.getData() + 1, 6);
+    EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
 }
 
 TEST(ArrayTest, FailedGrowthChangesNothing) {
     Array array(4);
     constexpr int most = std::numeric_limits<int>::max();
-    EXPECT_EQ(kit::sweepAllocations([&] { Array(array).add(nullptr); }, [] {}), 1);
     EXPECT_THROW(array.setSize(most), KazMemoryException);
     EXPECT_THROW(array.setAtGrow(most, nullptr), KazMemoryException);
     EXPECT_THROW(array.insertAt(most, Array::item(1)), KazMemoryException);

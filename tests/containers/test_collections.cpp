@@ -96,9 +96,6 @@ TEST(IntCollTest, KeepsIntegers) {
 
 TEST(StringCollTest, HoldsOneReferenceForEachElement) {
     KazString a("a"), b("b");
-    const auto references = [](const KazString& text) {
-        return static_cast<const std::int32_t*>(text.disguise())[-1];
-    };
     {
         KazStringColl coll;
         coll.add(a);

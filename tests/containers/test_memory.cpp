@@ -20,76 +20,52 @@ namespace {
 using kit::Counted;
 using kit::FailAllocation;
 
-template <typename Container>
-void own(Container& container) {
-    container.setCheckIn(Counted::checkIn);
-    container.setCheckOut(Counted::checkOut);
-}
-
 // ---- What an object holds, as a text
 
 std::string show(const void* element) {
     return element ? std::to_string(valueOf(element)) + " " : "- ";
 }
-std::string show(const KazArrayPtr& array) {
+std::string show(int value) {
+    return std::to_string(value) + " ";
+}
+std::string show(const KazString& text) {
+    return std::string(text.getValue()) + " ";
+}
+template <typename Sequence>
+requires requires(const Sequence& sequence) {
+    sequence[0];
+}
+std::string show(const Sequence& sequence) {
     std::string text;
-    for (int i = 0; i < array.getSize(); ++i)
-        text += array[i] ? "x" : "-";
+    for (int i = 0; i < sequence.getSize(); ++i)
+        text += show(sequence[i]);
     return text;
 }
-std::string show(const KazColl& coll) {
+template <typename Iterator, typename Table>
+std::string showPairs(const Table& table) {
     std::string text;
-    for (int i = 0; i < coll.getSize(); ++i)
-        text += show(coll[i]);
-    return text;
-}
-std::string show(const KazIntColl& coll) {
-    std::string text;
-    for (int i = 0; i < coll.getSize(); ++i)
-        text += std::to_string(coll[i]) + " ";
-    return text;
-}
-std::string show(const KazStringColl& coll) {
-    std::string text;
-    for (int i = 0; i < coll.getSize(); ++i)
-        text += std::string(coll[i].getValue()) + " ";
-    return text;
-}
-std::string show(const KazHashTable& table) {
-    std::string text;
-    for (KazHashTableIterator i(table); !i.isDone(); i.next())
+    for (Iterator i(table); !i.isDone(); i.next())
         text += show(i.getKey()) + "=" + show(i.getValue());
     return text + std::to_string(table.getSize());
 }
+std::string show(const KazHashTable& table) {
+    return showPairs<KazHashTableIterator>(table);
+}
 std::string show(const KazStringToStringMap& map) {
+    return showPairs<KazStringToStringMapIterator>(map);
+}
+template <typename Tree>
+requires std::is_base_of_v<KazTree, Tree> std::string show(Tree& tree) {
     std::string text;
-    for (KazStringToStringMapIterator i(map); !i.isDone(); i.next())
-        text += std::string(i.getKey().getValue()) + "=" + i.getValue().getValue() + " ";
+    for (int i = 0; i < tree.getSize(); ++i)
+        text += show(tree.valueAt(i));
     return text;
-}
-std::string show(KazTree& tree) {
-    std::string text;
-    for (KazTreeIterator i(tree); !i.isDone(); i.next())
-        text += show(i.item());
-    return text;
-}
-std::string show(KazIntTree& tree) {
-    return std::to_string(tree.getSize()) + ":" + std::to_string(tree.largest());
-}
-std::string show(KazStringTree& tree) {
-    return std::to_string(tree.getSize()) + ":" + tree.largest().getValue();
 }
 
 // ---- Objects to begin with
 
-struct Coll : KazColl {
-    Coll() {
-        own(*this);
-        for (int i = 1; i <= 4; ++i) {
-            Counted element(i);
-            add(&element);
-        }
-    }
+struct Coll : OwningColl {
+    Coll() { fill(1, 4); }
 };
 
 struct Table : KazHashTable {
@@ -116,15 +92,10 @@ struct Map : KazStringToStringMap {
     void put(int i) { bind(std::to_string(i).c_str(), "value", false); }
 };
 
-struct Tree : KazTree {
-    Tree() : KazTree(Counted::compare) {
-        own(*this);
+struct Tree : OwningTree {
+    Tree() {
         for (int i = 0; i < 9; ++i)
             put(5 * i % 9);
-    }
-    void put(int value) {
-        Counted element(value);
-        add(&element);
     }
 };
 
@@ -152,18 +123,20 @@ void sweep(long least, Act act) {
 }
 
 TEST(ContainerMemoryTest, ArraysAndCollections) {
-    static int thing = 0;
-    void* items[] = {&thing, &thing};
+    Counted one(7), two(8);
+    void* pair[] = {&one, &two};
+    static void* item;
+    item = &one;
     struct Array : KazArrayPtr {
         Array() {
             for (int i = 0; i < 4; ++i)
-                add(&thing);
+                add(item);
         }
     };
-    sweep<Array>(1, [](Array& a) { a.add(&thing); });
-    sweep<Array>(1, [](Array& a) { a.setAtGrow(9, &thing); });
+    sweep<Array>(1, [](Array& a) { a.add(item); });
+    sweep<Array>(1, [](Array& a) { a.setAtGrow(9, item); });
     sweep<Array>(1, [](Array& a) { a.setSize(5); });
-    sweep<Array>(1, [&](Array& a) { a.insertAt(1, items, 2); });
+    sweep<Array>(1, [&](Array& a) { a.insertAt(1, pair, 2); });
     sweep<Array>(2, [](Array& a) { a.insertAt(1, a); });
     sweep<Array>(2, [](Array& a) { a.append(a); });
     const KazArrayPtr larger = [] {
@@ -173,8 +146,6 @@ TEST(ContainerMemoryTest, ArraysAndCollections) {
     }();
     sweep<Array>(1, [&](Array& a) { a.copy(larger); });
 
-    Counted one(7), two(8);
-    void* pair[] = {&one, &two};
     const Coll other;
     sweep<Coll>(2, [&](Coll& c) { c.add(&one); });
     sweep<Coll>(2, [&](Coll& c) { c.insertAt(1, &one); });
@@ -214,10 +185,7 @@ TEST(ContainerMemoryTest, CopyEmptiesFirstAndRemovalNeedsNothing) {
         EXPECT_EQ(show(coll), full);
     }
     Coll coll;
-    for (int i = 5; i <= 200; ++i) {
-        Counted element(i);
-        coll.add(&element);
-    }
+    coll.fill(5, 200);
     KazArrayPtr array;
     array.setSize(5);
     Map<1> map;
