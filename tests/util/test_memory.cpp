@@ -3,44 +3,16 @@
 
 #include "kit/alloc_failure.h"
 #include "kit/counted.h"
-#include "tools/util/bitvec.h"
-#include "tools/util/gu_index_list.h"
-#include "tools/util/gu_list.h"
-#include "tools/util/gu_queue.h"
-#include "tools/util/gu_set.h"
-#include "tools/util/string_map.h"
-#include "tools/util/text.h"
-#include "tools/util/tree.h"
+#include "owned.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstdlib>
-#include <functional>
-#include <memory>
 #include <string>
 
 namespace {
 
 using kit::Counted;
 using kit::FailAllocation;
-
-void* element(int value) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
-}
-
-struct Destroy {
-    void operator()(char* text) const { std::free(text); }
-    void operator()(gu_list* list) const { gu_list_destroy(list); }
-    void operator()(gu_queue* queue) const { gu_queue_destroy(queue); }
-    void operator()(gu_set* set) const { gu_set_destroy(set); }
-    void operator()(gu_index_list* list) const { gu_index_list_destroy(list); }
-    void operator()(string_map_tp* map) const { string_map_destroy(&map); }
-    void operator()(dd_buffer* buffer) const { dd_destroy(buffer); }
-    void operator()(generic_tree* tree) const { delete_tree(tree, nullptr); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Destroy>;
 
 /// Functions that make something: all or nothing.
 template <typename Make>
@@ -86,7 +58,7 @@ gu_index_list* makeIndices(const char* text) {
 }
 
 std::string textOf(const gu_index_list* list) {
-    return Owned<char>(gu_index_list_text(list)).get();
+    return take(gu_index_list_text(list));
 }
 
 generic_tree* makeTree() {

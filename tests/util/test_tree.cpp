@@ -1,25 +1,14 @@
 // What a model of the tree cannot see: who releases what, depth and memory. The
 // model drives the fuzzer's replay.
 
-#include "tools/util/tree.h"
+#include "owned.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <utility>
 #include <vector>
 
 namespace {
-
-void* slot(int value) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
-}
-int number(const void* value) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
-}
 
 int comparisons = 0;
 int counting(const void* stored, const void* probe) {
@@ -43,29 +32,13 @@ int checkBalanced(const generic_tree* root) {
     return left + right + 1;
 }
 
-bool add(generic_tree*& root, int value) {
-    generic_tree* node = make_tree_node(slot(value));
-    bool added = false;
-    root = add_tree_node(root, node, counting, added);
-    if (!added)
-        std::free(node);
-    return added;
-}
-
-generic_tree* treeOf(const std::vector<int>& values) {
-    generic_tree* root = nullptr;
-    for (const int value : values)
-        add(root, value);
-    return root;
-}
-
 /// One node below the other; @p turn tells for each whether the next is left.
 template <typename Turn>
 generic_tree* chainOf(int size, Turn turn) {
     generic_tree* root = nullptr;
     generic_tree** link = &root;
     for (int i = 0; i < size; ++i) {
-        *link = make_tree_node(slot(i));
+        *link = make_tree_node(element(i));
         (*link)->weight = size - i;
         link = turn(i) ? &(*link)->left : &(*link)->right;
     }
@@ -73,19 +46,6 @@ generic_tree* chainOf(int size, Turn turn) {
 }
 
 } // namespace
-
-TEST(Tree, ARowOf70IsAChainAndTheNextNodeBalancesIt) {
-    for (const int direction : {1, -1}) {
-        generic_tree* root = nullptr;
-        for (int i = 1; i <= 70; ++i)
-            add(root, 1000 + direction * i);
-        EXPECT_EQ(slot(1000 + direction), root->value);
-        EXPECT_EQ(69, (direction > 0 ? root->left : root->right)->weight);
-        add(root, 1000 + direction * 71);
-        EXPECT_EQ(71, checkBalanced(root));
-        delete_tree(root, nullptr);
-    }
-}
 
 TEST(Tree, EqualValuesStayOutAndAreReplacedInPlace) {
     char a[] = "key";
@@ -112,17 +72,20 @@ TEST(Tree, EqualValuesStayOutAndAreReplacedInPlace) {
 
 TEST(Tree, DeletionReleasesTheValueAskedForAndNoOther) {
     // Equal weights: the replacement comes from the right, 30 for 40.
-    generic_tree* root = treeOf({40, 20, 60, 10, 30, 50, 70});
+    generic_tree* root = nullptr;
+    bool added = false;
+    for (const int value : {40, 20, 60, 10, 30, 50, 70})
+        root = add_tree_node(root, make_tree_node(element(value)), counting, added);
     comparisons = 0;
-    EXPECT_EQ(slot(30), search_tree(root, slot(30), counting));
+    EXPECT_EQ(element(30), search_tree(root, element(30), counting));
     EXPECT_EQ(3, comparisons);
     released.clear();
     bool deleted = false;
-    root = delete_tree_node(root, slot(40), counting, release, deleted);
-    EXPECT_EQ(slot(30), root->value);
+    root = delete_tree_node(root, element(40), counting, release, deleted);
+    EXPECT_EQ(element(30), root->value);
     // The left side is heavier now: 50 replaces 30.
-    root = delete_tree_node(root, slot(30), counting, release, deleted);
-    EXPECT_EQ(slot(50), root->value);
+    root = delete_tree_node(root, element(30), counting, release, deleted);
+    EXPECT_EQ(element(50), root->value);
     delete_tree(root, release);
     EXPECT_EQ((std::vector<int>{40, 30, 70, 60, 10, 20, 50}), released);
 }
@@ -135,9 +98,9 @@ TEST(Tree, AMillionNodesInARowDoNotUseUpTheStack) {
     generic_tree* zigzag = chainOf(size, [](int i) { return i % 2 != 0; });
     bool done = false;
     // Lopsided enough to be balanced at once, after walking to the far end.
-    chain = add_tree_node(chain, make_tree_node(slot(size)), always, done);
+    chain = add_tree_node(chain, make_tree_node(element(size)), always, done);
     EXPECT_EQ(size + 1, checkBalanced(chain));
-    copy = delete_tree_node(copy, slot(size - 1), compare_integers, nullptr, done);
+    copy = delete_tree_node(copy, element(size - 1), compare_integers, nullptr, done);
     EXPECT_TRUE(done);
     EXPECT_EQ(size - 1, copy->weight);
     zigzag = balance_tree(zigzag, compare_integers);
@@ -148,9 +111,9 @@ TEST(Tree, AMillionNodesInARowDoNotUseUpTheStack) {
 
 TEST(Tree, NullTreesAreEmptyTrees) {
     bool deleted = true;
-    EXPECT_EQ(nullptr, delete_tree_node(nullptr, slot(1), counting, nullptr, deleted));
+    EXPECT_EQ(nullptr, delete_tree_node(nullptr, element(1), counting, nullptr, deleted));
     EXPECT_FALSE(deleted);
-    EXPECT_EQ(nullptr, replace_tree_node(nullptr, slot(1), counting));
+    EXPECT_EQ(nullptr, replace_tree_node(nullptr, element(1), counting));
     EXPECT_EQ(nullptr, copy_tree_deep(nullptr, nullptr));
     EXPECT_EQ(nullptr, balance_tree(nullptr, nullptr));
     delete_tree(nullptr, release);
@@ -170,5 +133,5 @@ TEST(Tree, SuppliedComparators) {
     const tree_comparator byPointer = cmp_ints;
     EXPECT_LT(byPointer(&one, &low), 0); // wraps around
     const tree_comparator bySlot = compare_integers;
-    EXPECT_EQ(-5, bySlot(slot(-2), slot(3)));
+    EXPECT_EQ(-5, bySlot(element(-2), element(3)));
 }

@@ -1,41 +1,21 @@
 // What the models of the fuzzer cannot see: ownership, nulls, limits and memory.
 
 #include "kit/counted.h"
-#include "tools/util/gu_index_list.h"
-#include "tools/util/gu_list.h"
-#include "tools/util/gu_queue.h"
+#include "owned.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdint>
-#include <cstdlib>
 #include <list>
-#include <memory>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace {
 
-void* element(int value) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
-}
-int number(const void* value) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
-}
-int byTens(const void* a, const void* b) {
-    return number(a) / 10 - number(b) / 10;
-}
-
-struct Destroy {
-    void operator()(gu_list* list) const { gu_list_destroy(list); }
-    void operator()(gu_queue* queue) const { gu_queue_destroy(queue); }
-    void operator()(gu_index_list* list) const { gu_index_list_destroy(list); }
-};
-using List = std::unique_ptr<gu_list, Destroy>;
-using Queue = std::unique_ptr<gu_queue, Destroy>;
-using Indices = std::unique_ptr<gu_index_list, Destroy>;
+using List = Owned<gu_list>;
+using Queue = Owned<gu_queue>;
+using Set = Owned<gu_set>;
+using Indices = Owned<gu_index_list>;
 
 /// The elements, after walking both ways.
 std::list<int> contentOf(const gu_list* list) {
@@ -61,9 +41,7 @@ std::set<int> contentOf(const gu_index_list* list) {
 }
 
 std::string textOf(const Indices& list) {
-    const std::unique_ptr<char, decltype(&std::free)> text(gu_index_list_text(list.get()),
-                                                           std::free);
-    return text.get();
+    return take(gu_index_list_text(list.get()));
 }
 
 Indices parse(const std::string& text) {
@@ -119,7 +97,7 @@ TEST(GuLists, NullReadsAsEmpty) {
     EXPECT_EQ(nullptr, gu_list_take_first(nullptr));
     EXPECT_FALSE(gu_list_remove(nullptr, nullptr));
     EXPECT_EQ(nullptr, gu_list_at(nullptr, 0));
-    gu_list_sort(nullptr, byTens);
+    gu_list_sort(nullptr, kit::Counted::compare);
     gu_list_reverse(nullptr);
     gu_list_concat(nullptr, nullptr);
     gu_list_destroy(nullptr);
@@ -132,6 +110,33 @@ TEST(GuLists, NullReadsAsEmpty) {
     EXPECT_EQ(0, gu_index_list_size(nullptr));
     EXPECT_TRUE(gu_index_list_done(gu_index_list_init(nullptr)));
     gu_index_list_destroy(nullptr);
+}
+
+TEST(GuSet, ElementsMayGoDuringIteration) {
+    const Set set(gu_set_create(0));
+    for (int i = 0; i < 1000; ++i)
+        gu_set_add(set.get(), element(i));
+    static int seen;
+    seen = 0;
+    const auto removeTwo = [](void* e, void* from) {
+        ++seen;
+        gu_set_remove(static_cast<gu_set*>(from), e);
+        gu_set_remove(static_cast<gu_set*>(from), static_cast<char*>(e) + 1);
+    };
+    gu_set_foreach(set.get(), removeTwo, set.get());
+    EXPECT_EQ(500, seen);
+    EXPECT_EQ(0, gu_set_size(set.get()));
+}
+
+TEST(GuSet, NullReadsAsEmpty) {
+    EXPECT_FALSE(gu_set_add(nullptr, nullptr));
+    EXPECT_FALSE(gu_set_remove(nullptr, nullptr));
+    EXPECT_EQ(0, gu_set_add_all(nullptr, nullptr));
+    gu_set_clear(nullptr);
+    const Set empty(gu_set_copy(nullptr));
+    EXPECT_TRUE(gu_set_equal(empty.get(), nullptr));
+    EXPECT_TRUE(gu_set_subset(nullptr, empty.get()));
+    gu_set_foreach(nullptr, nullptr, nullptr);
 }
 
 TEST(GuIndexList, TextForm) {
