@@ -65,25 +65,6 @@ TEST(OptionTable, HasTheKnownRowsInTheirOrder) {
     EXPECT_EQ(*types.rbegin(), 71);
     EXPECT_FALSE(kaz_arg_is_repeating(static_cast<arg_type_enum>(46)));
     EXPECT_EQ(KazArgDescription::find(arg_end), nullptr);
-}
-
-/// With digits and other characters behind it, in either case of its first letter.
-TEST(OptionTable, EveryPrefixMeansWhatTheFirstMatchingRowSays) {
-    const std::vector<OptionRow> rows = readOptionRows();
-    std::set<std::string> words{"", "batch"};
-    for (const OptionRow& row : rows)
-        for (std::size_t n = 1; n <= row.text.size(); ++n)
-            for (const char* tail : {"", "0", "1", "2", "00", "01", "x"}) {
-                std::string word = row.text.substr(0, n) + tail;
-                words.insert(word);
-                word.back() = static_cast<char>(word.back() ^ ' ');
-                words.insert(word);
-            }
-    for (const std::string& word : words) {
-        const OptionRow* expected = word.empty() ? nullptr : selectRow(rows, word);
-        const KazArgDescription* actual = KazArgDescription::match(word.c_str());
-        ASSERT_EQ(actual ? actual->text : "", expected ? expected->text : "") << word;
-    }
     EXPECT_EQ(KazArgDescription::match(nullptr), nullptr);
 }
 

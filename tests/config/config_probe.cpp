@@ -6,13 +6,16 @@
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
+#include "tools/messages/textcatalog.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -56,6 +59,18 @@ std::string typedValues() {
     return out.str();
 }
 
+/// A copy, which the next lookup leaves alone.
+std::string copiedText(int number) {
+    const std::unique_ptr<char, decltype(&std::free)> copy(CTextLook(number), &std::free);
+    TextLook(number + 1);
+    return copy.get();
+}
+
+/// The word at @p index, or null.
+char* registered(const Words& words, std::size_t index) {
+    return index < words.size() ? const_cast<char*>(words[index].c_str()) : nullptr;
+}
+
 const std::map<std::string, std::function<std::string(const Words&)>> commands = {
     {"init", [](const Words&) { return std::to_string(TI_Vinit()); }},
     {"cont", [](const Words& w) { return text(TI_Vcont(w[1].c_str())); }},
@@ -73,6 +88,21 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
      }},
     {"open", [](const Words& w) { return openedSysFile(w[1]); }},
     {"typed", [](const Words&) { return typedValues(); }},
+    {"look", [](const Words& w) { return std::string(TextLook(std::stoi(w[1]))); }},
+    {"copy", [](const Words& w) { return copiedText(std::stoi(w[1])); }},
+    {"put", [](const Words& w) { return std::to_string(TI_TextPut(registered(w, 1))); }},
+    {"putno",
+     [](const Words& w) {
+         return std::to_string(TI_TextPutNo(registered(w, 2), std::stoi(w[1])));
+     }},
+    {"perror",
+     [](const Words& w) {
+         const int number = std::stoi(w[1]);
+         errno = ENOENT;
+         Textperror(number);
+         return std::string();
+     }},
+    {"stats", [](const Words&) { return TextStats(), std::string(); }},
 };
 
 /// On request, defines a variable before main and looks it up after main, when
