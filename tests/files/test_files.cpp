@@ -4,7 +4,6 @@
 #include "kit/env.h"
 #include "kit/host.h"
 #include "kit/temp_tree.h"
-#include "listed.h"
 #include "tree.h"
 
 #include <cerrno>

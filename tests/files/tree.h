@@ -1,14 +1,17 @@
 /// @file
-/// File trees of tests: awkward names, and a tree as plain values to compare.
+/// File trees of tests: awkward names, and a tree or a listing as plain values to
+/// compare.
 #pragma once
 
 #include "kit/host.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
+#include "tools/files/tifiles.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <map>
 #include <set>
@@ -45,6 +48,17 @@ inline Snapshot snapshot(const std::string& root) {
         return result;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
         result[entry.path().generic_string().substr(root.size() + 1)] = describe(entry.path());
+    return result;
+}
+
+/// What read_a_dir gives for @p pattern.
+inline std::set<std::string> listed(const std::string& pattern) {
+    KazStringColl entries;
+    const int count = read_a_dir(pattern.c_str(), entries);
+    std::set<std::string> result;
+    for (int i = 0; i < entries.getSize(); ++i)
+        result.insert(entries[i].getValue());
+    EXPECT_EQ(result.size(), static_cast<std::size_t>(count)); // each once
     return result;
 }
 

@@ -3,8 +3,6 @@
 namespace kit {
 
 int Counted::live_ = 0;
-int Counted::checkIns_ = 0;
-int Counted::checkOuts_ = 0;
 
 Counted::Counted(int value) : value_(value) {
     ++live_;
@@ -19,13 +17,10 @@ Counted::~Counted() {
 }
 
 void* Counted::checkIn(void* element) {
-    void* copy = element ? new Counted(*static_cast<Counted*>(element)) : nullptr;
-    ++checkIns_;
-    return copy;
+    return element ? new Counted(*static_cast<Counted*>(element)) : nullptr;
 }
 
 void Counted::checkOut(void* element) {
-    ++checkOuts_;
     delete static_cast<Counted*>(element);
 }
 
@@ -39,10 +34,6 @@ int Counted::compare(const void* a, const void* b) {
 
 unsigned Counted::hash(const void* element) {
     return element ? static_cast<unsigned>(static_cast<const Counted*>(element)->value_) : 0;
-}
-
-void Counted::resetCounts() {
-    checkIns_ = checkOuts_ = 0;
 }
 
 } // namespace kit

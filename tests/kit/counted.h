@@ -22,16 +22,10 @@ public:
     static unsigned hash(const void* element);
 
     static int live() { return live_; }
-    static int checkIns() { return checkIns_; }
-    static int checkOuts() { return checkOuts_; }
-    /// Sets the counts of check-ins and check-outs to 0; live() stays.
-    static void resetCounts();
 
 private:
     int value_;
     static int live_;
-    static int checkIns_;
-    static int checkOuts_;
 };
 
 } // namespace kit

@@ -1,7 +1,9 @@
 // Edits that run out of memory, or of what a length can say.
 
-#include "both_strings.h"
 #include "kit/sweep.h"
+#include "string_kit.h"
+
+#include <gtest/gtest.h>
 
 #include <climits>
 #include <functional>
@@ -10,6 +12,7 @@ namespace {
 
 template <class String>
 class StringFailures : public testing::Test {};
+using BothStrings = testing::Types<KazString, KazWString>;
 TYPED_TEST_SUITE(StringFailures, BothStrings);
 
 template <class String>

@@ -1,11 +1,13 @@
 // The rules of KazString that a model of the text alone cannot show: blocks,
 // the kinds of empty, signs, errors.
 
-#include "both_strings.h"
 #include "kit/capture.h"
 #include "kit/director.h"
 #include "kit/host.h"
+#include "string_kit.h"
 #include "tools/app/KazMemoryException.h"
+
+#include <gtest/gtest.h>
 
 #include <climits>
 #include <cstdlib>
@@ -16,6 +18,7 @@ namespace {
 
 template <class String>
 class StringRules : public testing::Test {};
+using BothStrings = testing::Types<KazString, KazWString>;
 TYPED_TEST_SUITE(StringRules, BothStrings);
 
 TYPED_TEST(StringRules, CapacityIsTheNextOfTheForm16kPlus3) {

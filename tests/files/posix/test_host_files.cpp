@@ -1,7 +1,6 @@
 // File helpers where the host has links, permissions and one root.
 #include "tools/files/tifiles.h"
 
-#include "files/listed.h"
 #include "files/tree.h"
 #include "kit/temp_tree.h"
 

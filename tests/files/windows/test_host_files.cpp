@@ -1,7 +1,7 @@
 // File helpers where the host has drives and file names without case.
 #include "tools/files/tifiles.h"
 
-#include "files/listed.h"
+#include "files/tree.h"
 #include "kit/temp_tree.h"
 
 #include <cerrno>
