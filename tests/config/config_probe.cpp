@@ -98,7 +98,7 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
     {"perror",
      [](const Words& w) {
          const int number = std::stoi(w[1]);
-         errno = ENOENT;
+         errno = EDOM;
          Textperror(number);
          return std::string();
      }},

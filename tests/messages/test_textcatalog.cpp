@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,6 +20,9 @@
 namespace {
 
 using kaz::detail::MessageCatalog;
+
+/// What the probe has as the reason when it asks for one.
+const std::string reason = std::string(std::strerror(EDOM)) + "\n";
 
 /// Runs the probe with @p toolInfo as configuration and @p script as commands.
 kit::Result probe(const std::string& toolInfo, const std::string& script,
@@ -39,16 +44,17 @@ std::string messageFile(std::map<int, Message> texts) {
 
 TEST(TextCatalog, WithoutAFile) {
     const std::string complaint = "Could not initialize text from file\n";
-    const std::string script = "stats\nlook\t1\nlook\t0\n";
+    const std::string script = "stats\nlook\t1\nperror\t0\n";
     for (const char* file : {"/no/such/file", "/", "/dev/null"}) {
         const kit::Result shown =
             probe("msg_file=" + std::string(file) + "\nTextStats=ye\n", script);
         EXPECT_EQ(shown.out, "\n\n\n");
-        EXPECT_EQ(shown.err, "Text tables not initialized\n" + complaint + complaint) << file;
+        EXPECT_EQ(shown.err, "Text tables not initialized\n" + complaint + complaint + reason)
+            << file;
     }
     for (const char* silent :
          {"TextStats=n\n", "TextStats=\n", "TextStats=/no/such/directory/file\n", ""})
-        EXPECT_EQ(probe(silent, script).err, complaint + complaint);
+        EXPECT_EQ(probe(silent, script).err, complaint + complaint + reason);
 }
 
 TEST(TextCatalog, RegisteredTexts) {
@@ -60,7 +66,7 @@ TEST(TextCatalog, RegisteredTexts) {
     const kit::Result result =
         probe("msg_file=" + tree.native("file") + "\nTextStats=no\n", script, tree.path());
     EXPECT_EQ(result.out, "300\nfrom the file\n15873\n15874\nx\n\nNo\n\n\n\n");
-    EXPECT_EQ(result.err, "No: No such file or directory\n");
+    EXPECT_EQ(result.err, "No: " + reason);
     const std::string statistics = tree.readText("no"); // two equal ones
     EXPECT_EQ(statistics.substr(0, 49), "\nBucket tables 2 entries used\n 0  1 \n\nCurrent LRU");
     EXPECT_EQ(statistics.substr(0, statistics.size() / 2),
