@@ -34,11 +34,13 @@ bool writeAll(std::FILE* stream, const std::string& bytes) {
     return done;
 }
 
-/// A new file beside @p target; null with errno set.
+/// A new file beside @p target; null with errno set. Its name begins as the target's
+/// does, which may leave no room for more.
 std::FILE* openBeside(const fs::path& target, fs::path& temporary) {
+    const std::string stem = target.filename().string().substr(0, 100);
     for (int attempt = 0; attempt < 1000; ++attempt) {
         temporary = target;
-        temporary += ".new" + std::to_string(attempt);
+        temporary.replace_filename(stem + ".new" + std::to_string(attempt));
         std::FILE* stream = TI_fopen(kazNativePath(temporary.string().c_str()), "wbx");
         if (stream || errno != EEXIST)
             return stream;

@@ -120,6 +120,16 @@ TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
     EXPECT_EQ(tree.read("written"), "2\n");
 }
 
+TEST(HostileEnvironment, AnOutputMayHaveTheLongestName) {
+    const kit::TempTree tree;
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+    const std::string name(255, 'n');
+    const kit::Result result = kit::run({"moxinfo", "-output", tree.path(name), "b"}, options);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(tree.read(name), "2\n");
+}
+
 TEST(HostileEnvironment, AnOutputThatCannotBeWrittenLeavesTheFileAsItWas) {
     const kit::TempTree tree;
     kit::RunOptions options;
