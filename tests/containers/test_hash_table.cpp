@@ -6,7 +6,9 @@
 #include <chrono>
 #include <functional>
 #include <future>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -64,6 +66,60 @@ TEST(HashTableTest, BorrowedKeysStayInTheOrderInWhichTheyWereBound) {
     EXPECT_EQ(i.getValue(), number(1));
     EXPECT_TRUE(i.next());
     EXPECT_EQ(i.getValue(), number(2));
+}
+
+/// What the threads of a test share without atomics, so that the table's lock alone
+/// protects it.
+struct Ledger {
+    KazHashTable* table = nullptr;
+    int checkedIn = 0;
+    int depth = 0;
+} ledger;
+
+void* countCheckIn(void* value) {
+    EXPECT_EQ(++ledger.depth, 1);
+    ++ledger.checkedIn;
+    // The lock is the calling thread's already, twice over here.
+    EXPECT_LE(ledger.table->getSize(), 2);
+    ledger.table->valueOf(value);
+    --ledger.depth;
+    return value;
+}
+
+// Between one thread and several the lock changes its ways: each round begins and
+// ends with one, and once with the lock held.
+TEST(HashTableTest, ThreadsTakeTurns) {
+    constexpr int threads = 4;
+    constexpr int turns = 2000;
+    KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 3);
+    ledger = {&table, 0, 0};
+    table.setValueCheckIn(countCheckIn);
+    const auto takeTurns = [&] {
+        for (int i = 0; i < turns; ++i) {
+            table.bind(number(1), number(i), true);
+            table.rebind(number(1), number(i));
+        }
+    };
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::thread> others;
+        table.setKeyCheckIn(nullptr);
+        duringCheckIn = [&] {
+            for (int i = 1; i < threads; ++i)
+                others.emplace_back(takeTurns);
+        };
+        table.setKeyCheckIn([](void* key) {
+            if (const auto action = std::exchange(duringCheckIn, nullptr))
+                action();
+            return key;
+        });
+        table.bind(number(2), nullptr, true);
+        takeTurns();
+        for (std::thread& other : others)
+            other.join();
+        table.unbind(number(2));
+        takeTurns();
+    }
+    EXPECT_EQ(ledger.checkedIn, 3 * (1 + 2 * turns * (threads + 1)));
 }
 
 } // namespace

@@ -63,4 +63,22 @@ TEST(StringMapClassTest, KeyEditedInPlaceIsFoundUnderItsNewText) {
     EXPECT_EQ(references(key), 1);
 }
 
+// A key is a terminated text, whatever the string says of its length.
+TEST(StringMapClassTest, KeysEndAtTheirFirstNul) {
+    KazStringToStringMap map;
+    const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+    for (std::size_t n = 0; n < letters.size(); ++n)
+        map.bind(letters.substr(0, n).c_str(), std::to_string(n).c_str(), false);
+    for (std::size_t n = 0; n < letters.size(); ++n) {
+        KazString cut(letters.c_str());
+        cut.getBuffer(0)[n] = '\0';
+        EXPECT_STREQ(map.valueOf(cut), std::to_string(n).c_str());
+        EXPECT_FALSE(map.bind(cut, "another", false));
+        KazString grown("abc");
+        std::strcpy(grown.getBuffer(40), letters.substr(0, n).c_str());
+        EXPECT_STREQ(map.valueOf(grown), std::to_string(n).c_str());
+    }
+    EXPECT_EQ(map.getSize(), static_cast<int>(letters.size()));
+}
+
 } // namespace

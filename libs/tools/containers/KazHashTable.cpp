@@ -1,8 +1,10 @@
 #include "tools/containers/KazHashTable.h"
 
 #include "tools/app/KazMemoryException.h"
+#include "tools/containers/detail/TableGuard.h"
 #include "tools/containers/detail/TextIndex.h"
 #include "tools/containers/detail/held_item.h"
+#include "tools/platform/vector.h"
 #include "tools/strings/KazString.h"
 #include "tools/strings/detail/shared_writes.h"
 #include "tools/util/detail/allocate.h"
@@ -11,7 +13,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <system_error>
 #include <utility>
 
 // Where the string class's own functions order and hash the keys, a table goes
@@ -26,11 +27,24 @@
 // 32-bit pointers; the block itself is as large as the capacity needs.
 
 using kaz::detail::HeldItem;
+using kaz::detail::TextProbe;
 
 namespace {
 
+using CheckIn = KazHashTable::CheckIn;
 using CheckOut = KazHashTable::CheckOut;
 using Compare = KazHashTable::Compare;
+
+/// Who asks for so many buckets or fewer is taken to have as many keys.
+constexpr std::size_t mostExpected = 4096;
+
+/// What a member is told of the length of a key that may not even be a text.
+constexpr std::int32_t unknownLength = -1;
+
+TextProbe probeOf(const void* key, std::int32_t length) {
+    return length == unknownLength ? TextProbe(key)
+                                   : TextProbe(static_cast<const char*>(key), length);
+}
 
 /// How many entries are merged at once.
 constexpr std::ptrdiff_t portion = 16;
@@ -65,7 +79,9 @@ std::size_t blockBytes(std::int64_t capacity) {
 }
 
 void passOut(CheckOut function, void* item) {
-    if (function)
+    if (function == KazString::checkOut)
+        KazString::checkOut(item); // inline
+    else if (function)
         function(item);
 }
 
@@ -104,17 +120,9 @@ bool isSilent(CheckOut function) {
     return !function || function == KazString::checkOut;
 }
 
-/// Some hosts give a lock its memory when it is first used. After this it has it,
-/// and locking cannot fail any more.
-void makeReady(std::recursive_mutex& lock) {
-    for (;;) {
-        try {
-            const std::lock_guard guard(lock);
-            return;
-        } catch (const std::system_error&) {
-            kaz::detail::handleAllocationFailure();
-        }
-    }
+/// Whether @p function leaves every text as it is.
+bool keepsText(CheckIn function) {
+    return !function || function == KazString::checkIn;
 }
 
 } // namespace
@@ -127,9 +135,8 @@ KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
     const std::size_t slotBytes = sizeof(KazBucket*) + (hasTexts ? sizeof(std::int32_t) : 0);
     kaz::detail::HeapPtr<KazBucket*> block(
         static_cast<KazBucket**>(kaz::detail::allocateZeroed(slots * slotBytes)));
-    makeReady(lock);
     if (hasTexts) {
-        texts = std::make_unique<kaz::detail::TextIndex>();
+        texts = std::make_unique<kaz::detail::TextIndex>(std::min(slots, mostExpected));
         sortedCounts = reinterpret_cast<std::int32_t*>(block.get() + slots);
     }
     buckets = block.release();
@@ -143,29 +150,33 @@ KazHashTable::~KazHashTable() {
 }
 
 void KazHashTable::setKeyCheckIn(CheckIn function) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     keyCheckIn = function;
 }
 
 void KazHashTable::setKeyCheckOut(CheckOut function) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     keyCheckOut = function;
 }
 
 void KazHashTable::setValueCheckIn(CheckIn function) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     valueCheckIn = function;
 }
 
 void KazHashTable::setValueCheckOut(CheckOut function) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     valueCheckOut = function;
 }
 
 std::int32_t KazHashTable::bucketOf(const void* key) const {
     if (bucketCount <= 1)
         return 0;
-    return static_cast<std::int32_t>(hash(key) % static_cast<std::uint32_t>(bucketCount));
+    return bucketOfHash(hash(key));
+}
+
+std::int32_t KazHashTable::bucketOfHash(unsigned hashed) const {
+    return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(bucketCount));
 }
 
 /// Where the key is, or where it would be inserted.
@@ -192,7 +203,8 @@ bool KazHashTable::goesByIndex() const {
 KazHashTable::Position KazHashTable::withSlot(const void* key, Position position) const {
     if (texts && position.found) {
         const void* stored = entryAt(position).key;
-        position.slot = texts->find(key);
+        const TextProbe probe(key);
+        position.slot = texts->find(probe, probe.hash());
         if (!position.slot || position.slot->key != stored)
             position.slot = texts->slotOf(stored);
     }
@@ -202,7 +214,8 @@ KazHashTable::Position KazHashTable::withSlot(const void* key, Position position
 /// The same by the index. A key that is new comes last, in whatever order.
 KazHashTable::Position KazHashTable::findText(const void* key) const {
     const std::int32_t bucket = bucketOf(key);
-    if (kaz::detail::TextSlot* slot = texts->find(key)) {
+    const TextProbe probe(key);
+    if (kaz::detail::TextSlot* slot = texts->find(probe, probe.hash())) {
         putInOrder(bucket);
         Position position = search(bucket, key);
         position.slot = slot;
@@ -231,7 +244,7 @@ KazHashTable::Position KazHashTable::search(std::int32_t bucket, const void* key
 }
 
 void KazHashTable::putAllInOrder() const {
-    const Guard guard(lock);
+    const Guard guard(*this);
     for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket)
         putInOrder(bucket);
 }
@@ -243,7 +256,9 @@ void KazHashTable::putInOrder(std::int32_t bucket) const {
     const std::int32_t unsorted = block->count - sortedCounts[bucket];
     sortTail(block->entries(), sortedCounts[bucket], block->count, compare);
     sortedCounts[bucket] = block->count;
-    unsortedCount -= unsorted; // what an iterator without the lock waits for
+    // What an iterator without the lock waits for.
+    unsortedCount.store(unsortedCount.load(std::memory_order_relaxed) - unsorted,
+                        std::memory_order_release);
 }
 
 /// The position after element functions have been called: the one found
@@ -263,11 +278,23 @@ void KazHashTable::remember(const Position& position) {
 }
 
 bool KazHashTable::bind(void* key, void* value, bool replace) {
-    const Guard guard(lock);
+    return bind(key, unknownLength, value, replace);
+}
+
+bool KazHashTable::bind(void* key, std::int32_t length, void* value, bool replace) {
+    const Guard guard(*this);
     if (texts && !keyCheckIn) {
         putAllInOrder();
         texts.reset();
         ++revision; // a caller further up may know a slot
+    }
+    if (goesByIndex() && keepsText(keyCheckIn) && keepsText(valueCheckIn)) {
+        const TextProbe probe = probeOf(key, length);
+        const std::uint32_t textHash = probe.hash();
+        if (!texts->find(probe, textHash)) {
+            append(key, value, probe, textHash);
+            return true;
+        }
     }
     Position position = findKey(key);
     if (position.found && !replace)
@@ -296,7 +323,7 @@ bool KazHashTable::bind(void* key, void* value, bool replace) {
 }
 
 bool KazHashTable::rebind(void* key, void* value) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     const Position position = findKey(key);
     return position.found && replaceValue(key, position, value);
 }
@@ -351,15 +378,44 @@ void KazHashTable::insert(const Position& position, void* key, void* value) {
     remember(position);
     if (!texts)
         return;
-    texts->add(key, value);
-    if (block->count == 1)
-        sortedCounts[position.bucket] = 1;
-    else
-        ++unsortedCount;
+    const TextProbe probe(key);
+    texts->add(key, value, probe.length(), probe.hash());
+    noteUnsorted(position.bucket);
+}
+
+/// insert for a text that the index does not have and element functions that cannot
+/// be told from no call: most of what fills a table, in half the time.
+void KazHashTable::append(void* key, void* value, const TextProbe& probe, std::uint32_t textHash) {
+    ++revision; // slots move
+    texts->reserve();
+    // What KazString::hashDisguised would say, without measuring the text again.
+    const std::int32_t bucket =
+        bucketCount > 1 ? bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length())) : 0;
+    makeRoom(bucket);
+    if (keyCheckIn)
+        KazString::checkIn(key);
+    if (valueCheckIn)
+        KazString::checkIn(value);
+    KazBucket* block = buckets[bucket];
+    const std::int32_t index = block->count++;
+    block->entries()[index] = {key, value};
+    ++entryCount;
+    remember({bucket, index, true});
+    texts->add(key, value, probe.length(), textHash);
+    noteUnsorted(bucket);
+}
+
+/// After an entry has come last in its bucket, in whatever order.
+void KazHashTable::noteUnsorted(std::int32_t bucket) {
+    if (buckets[bucket]->count == 1)
+        sortedCounts[bucket] = 1;
+    else // changed under the lock only
+        unsortedCount.store(unsortedCount.load(std::memory_order_relaxed) + 1,
+                            std::memory_order_relaxed);
 }
 
 bool KazHashTable::unbind(const void* key) {
-    const Guard guard(lock);
+    const Guard guard(*this);
     const Position position = findKey(key);
     if (!position.found)
         return false;
@@ -394,16 +450,20 @@ void* KazHashTable::valueOf(const void* key) {
 }
 
 void* KazHashTable::valueOf(const void* key, bool& found) {
-    const Guard guard(lock);
-    return lookUp(key, found);
+    const Guard guard(*this);
+    return lookUp(key, unknownLength, found);
 }
 
-void* KazHashTable::lookUp(const void* key, bool& found) {
-    if (goesByIndex()) {
-        const kaz::detail::TextSlot* slot = texts->find(key);
-        found = slot != nullptr;
-        return found ? slot->value : nullptr;
-    }
+void* KazHashTable::lookUp(const void* key, std::int32_t length, bool& found) {
+    if (!goesByIndex())
+        return lookUpInOrder(key, found);
+    const TextProbe probe = probeOf(key, length);
+    const kaz::detail::TextSlot* slot = texts->find(probe, probe.hash());
+    found = slot != nullptr;
+    return found ? slot->value : nullptr;
+}
+
+void* KazHashTable::lookUpInOrder(const void* key, bool& found) {
     const Position position = findKey(key);
     found = position.found;
     if (!found)
@@ -419,12 +479,12 @@ bool KazHashTable::isBound(const void* key) {
 }
 
 int KazHashTable::getSize() const {
-    const Guard guard(lock);
+    const Guard guard(*this);
     return entryCount;
 }
 
 void KazHashTable::clear() {
-    const Guard guard(lock);
+    const Guard guard(*this);
     if (texts && !(isSilent(keyCheckOut) && isSilent(valueCheckOut)))
         putAllInOrder();
     // Meanwhile the table does without: what check-outs bind is sorted in.
@@ -454,7 +514,7 @@ void KazHashTable::clear() {
 }
 
 void KazHashTable::freeExtra() {
-    const Guard guard(lock);
+    const Guard guard(*this);
     for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket) {
         KazBucket* block = buckets[bucket];
         if (!block || tightCapacity(block->count) >= block->capacity)
@@ -470,7 +530,7 @@ void KazHashTable::freeExtra() {
 }
 
 void** KazHashTable::getBucketData(int bucket) const {
-    const Guard guard(lock);
+    const Guard guard(*this);
     if (unsortedCount > 0)
         putInOrder(bucket);
     KazBucket* block = buckets[bucket];

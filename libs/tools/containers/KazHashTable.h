@@ -7,10 +7,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 namespace kaz::detail {
 class TextIndex;
+class TextProbe;
 struct TextSlot;
 } // namespace kaz::detail
 
@@ -116,16 +116,17 @@ public:
     static unsigned hashPointer(const void* key);
     static int comparePointers(const void* a, const void* b);
 
-protected:
-    using Guard = std::lock_guard<std::recursive_mutex>;
-
-    std::recursive_mutex& mutex() const { return lock; }
-
-    /// valueOf for one who holds the lock.
-    void* lookUp(const void* key, bool& found);
-
 private:
     friend class KazHashTableIterator;
+    friend class KazStringToStringMap;
+    class Guard;
+
+    /// Who has locked the table: 0, or a thread's number and a mark beside it, and
+    /// how many times more. See detail/TableGuard.h.
+    struct Lock {
+        std::atomic<std::uintptr_t> holder = 0;
+        std::uint32_t nested = 0;
+    };
 
     struct Position {
         std::int32_t bucket;
@@ -137,9 +138,15 @@ private:
 
     std::int32_t bucketSlots() const { return bucketCount > 1 ? bucketCount : 1; }
     std::int32_t bucketOf(const void* key) const;
+    std::int32_t bucketOfHash(unsigned hashed) const;
     Position findKey(const void* key) const;
     Position findText(const void* key) const;
     bool goesByIndex() const;
+    /// bind for a text whose length is known.
+    bool bind(void* key, std::int32_t length, void* value, bool replace);
+    /// valueOf for one who holds the lock, and may know the length of the text.
+    void* lookUp(const void* key, std::int32_t length, bool& found);
+    void* lookUpInOrder(const void* key, bool& found);
     Position withSlot(const void* key, Position position) const;
     Position search(std::int32_t bucket, const void* key) const;
     void* exchangeValue(const Position& position, void* value);
@@ -151,6 +158,9 @@ private:
     bool replaceValue(const void* key, Position position, void* value);
     void makeRoom(std::int32_t bucket);
     void insert(const Position& position, void* key, void* value);
+    void append(void* key, void* value, const kaz::detail::TextProbe& probe,
+                std::uint32_t textHash);
+    void noteUnsorted(std::int32_t bucket);
     KazBucketEntry extract(const Position& position);
 
     std::int32_t bucketCount;
@@ -164,7 +174,7 @@ private:
     CheckIn valueCheckIn = nullptr;
     CheckOut valueCheckOut = nullptr;
     KazBucket** buckets = nullptr;
-    mutable std::recursive_mutex lock;
+    mutable Lock lock;
     /// Counts insertions and removals, so that a member knows whether an
     /// element function that it called has moved the entries.
     std::uint32_t revision = 0;

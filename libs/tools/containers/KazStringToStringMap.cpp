@@ -1,5 +1,7 @@
 #include "tools/containers/KazStringToStringMap.h"
 
+#include "tools/containers/detail/TableGuard.h"
+
 KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
     : KazHashTable(caseSensitive ? KazString::compareDisguised : KazString::compareNoCaseDisguised,
                    caseSensitive ? KazString::hashDisguised : KazString::hashNoCaseDisguised,
@@ -16,7 +18,8 @@ KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
 bool KazStringToStringMap::bind(const KazString& key, const KazString& value, bool replace) {
     const KazString keptKey = key;
     const KazString keptValue = value;
-    return KazHashTable::bind(keptKey.disguise(), keptValue.disguise(), replace);
+    return KazHashTable::bind(keptKey.disguise(), keptKey.getLength(), keptValue.disguise(),
+                              replace);
 }
 
 bool KazStringToStringMap::rebind(const KazString& key, const KazString& value) {
@@ -40,8 +43,8 @@ KazString KazStringToStringMap::valueOf(const KazString& key) {
 
 KazString KazStringToStringMap::valueOf(const KazString& key, bool& found) {
     // Until the copy holds a reference of its own.
-    const Guard guard(mutex());
-    return KazString::undisguise(lookUp(key.getValue(), found));
+    const Guard guard(*this);
+    return KazString::undisguise(lookUp(key.getValue(), key.getLength(), found));
 }
 
 bool KazStringToStringMap::valueOf(const KazString& key, KazString& value) {

