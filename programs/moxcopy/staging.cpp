@@ -68,7 +68,8 @@ void Staging::discardAll() {
 bool Staging::open(const KazString& target, const KazString& system) {
     destination_ = kazComposePath(target, system);
     destinationExists_ = exists(destination_);
-    makeTarget(target);
+    if (makeTarget(target) != 0)
+        return reportFailure(destination_, errno);
     // Inside an earlier copy the temporary directory is on its file system even
     // where that is not the target's.
     temporary_ = TI_tmpdir(destinationExists_ ? destination_ : target, ".moxcopy");
@@ -78,15 +79,16 @@ bool Staging::open(const KazString& target, const KazString& system) {
     return TI_mkdir(directory_, 0777) == 0 || reportFailure(directory_, errno);
 }
 
-/// Notes which directories are missing, so that they can be removed again.
-void Staging::makeTarget(const KazString& target) {
+/// Notes which directories are missing, so that they can be removed again. 0, or -1
+/// with errno set.
+int Staging::makeTarget(const KazString& target) {
     KazString path = target;
     while (!path.isEmpty() && !exists(path)) {
         madeDirectories_.push_back(path);
         const KazString parent = kazDirForDisplay(kazPathDirPart(path));
         path = parent == path ? KazString() : parent; // a root that does not exist
     }
-    TI_makedir(target);
+    return TI_makedir(target);
 }
 
 void Staging::commit(CopyResult& result) {

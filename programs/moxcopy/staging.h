@@ -36,7 +36,7 @@ public:
 
 private:
     void discard();
-    void makeTarget(const KazString& target);
+    int makeTarget(const KazString& target);
     void moveFiles(CopyResult& result);
     bool enter(const KazString& relative, CopyResult& result);
 

@@ -62,6 +62,10 @@ TEST_F(MoxCopy, ClosedDirectoriesFailAndTheirNeighboursDoNot) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err,
               "Cannot write '" + tree.path("copies/brewery") + "': Permission denied\n");
+    std::vector<std::string> further = command;
+    further.insert(further.end(), {"-target", "copies/further"});
+    EXPECT_EQ(runTool(further).err,
+              "Cannot write '" + tree.path("copies/further/brewery") + "': Permission denied\n");
     fs::permissions(tree.path("plant"), fs::perms::none);
     result = runTool(command);
     EXPECT_EQ(result.status, 1);
