@@ -2,6 +2,7 @@
 
 #include "elements.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
