@@ -11,6 +11,7 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
+#include <regex>
 #include <vector>
 
 namespace {
@@ -43,14 +44,18 @@ void partsAddUp(const std::string& p) {
     const int root = kazRootPartLength(p.c_str());
     const int dir = kazDirPartLength(p.c_str());
     const std::string last = str(kazLastFileComponent(p.c_str()));
-    FUZZ_CHECK(root >= 0 && static_cast<std::size_t>(root) <= p.size());
+    // A share with its server, one separator, or anything in front of a colon.
+    static const std::regex roots(R"([\\/]{2}[^\\/]*(?:[\\/][^\\/]*[\\/]?)?|[\\/]|[^]:[\\/]?)");
+    std::smatch match;
+    std::regex_search(p, match, roots, std::regex_constants::match_continuous);
+    FUZZ_CHECK(root == match.length());
+    const std::size_t separators = p.find_first_not_of("\\/");
+    const bool isShare = p.size() > 1 && std::min(separators, p.size()) > 1;
+    const int afterLast = static_cast<int>(p.find_last_of("/\\:") + 1);
+    FUZZ_CHECK(dir == (isShare && afterLast < root ? 0 : afterLast));
     FUZZ_CHECK(str(kazPathRootPart(p.c_str())) == p.substr(0, static_cast<std::size_t>(root)));
     FUZZ_CHECK(str(kazPathDirPart(p.c_str())) == p.substr(0, static_cast<std::size_t>(dir)));
     FUZZ_CHECK(str(kazPathDirPart(p.c_str())) + last == p);
-    FUZZ_CHECK(dir == 0 || dir >= root);
-    FUZZ_CHECK(dir == 0 || isSeparator(p[static_cast<std::size_t>(dir) - 1]) ||
-               p[static_cast<std::size_t>(dir) - 1] == ':');
-    FUZZ_CHECK((dir == 0 && root > 0) || last.find_first_of("/\\:") == last.npos);
 
     const std::string shown = str(kazDirForDisplay(p.c_str()));
     const bool cut = p.size() > static_cast<std::size_t>(root) && isSeparator(p.back());

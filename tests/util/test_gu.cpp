@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <list>
 #include <set>
 #include <string>
 
@@ -16,19 +15,6 @@ using List = Owned<gu_list>;
 using Queue = Owned<gu_queue>;
 using Set = Owned<gu_set>;
 using Indices = Owned<gu_index_list>;
-
-/// The elements, after walking both ways.
-std::list<int> contentOf(const gu_list* list) {
-    std::list<int> forward;
-    std::list<int> backward;
-    for (gu_list_node* n = gu_list_first(list); n != nullptr; n = gu_list_next(n))
-        forward.push_back(number(gu_list_element(n)));
-    for (gu_list_node* n = gu_list_last(list); n != nullptr; n = gu_list_prev(n))
-        backward.push_front(number(gu_list_element(n)));
-    EXPECT_EQ(forward, backward);
-    EXPECT_EQ(static_cast<int>(forward.size()), gu_list_size(list));
-    return forward;
-}
 
 std::set<int> contentOf(const gu_index_list* list) {
     std::set<int> content;
@@ -62,7 +48,9 @@ TEST(GuList, ActionsMayRemoveTheirNode) {
             gu_list_remove(static_cast<gu_list*>(from), e);
     };
     gu_list_foreach(list.get(), removeEven, list.get());
-    EXPECT_EQ((std::list<int>{1, 3, 5, 7, 9}), contentOf(list.get()));
+    ASSERT_EQ(5, gu_list_size(list.get()));
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(element(2 * i + 1), gu_list_element(gu_list_at(list.get(), i)));
 }
 
 TEST(GuLists, OwnedElementsAreReleasedExactlyOnce) {
