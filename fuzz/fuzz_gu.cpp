@@ -370,6 +370,29 @@ void textFormIsRead(Input& input) {
                (written.empty() ? 0 : 1 + std::count(written.begin(), written.end(), ',')));
 }
 
+/// A null container reads as empty, and nothing can be added to it.
+void nullReadsAsEmpty() {
+    int element = 0;
+    gu_list_clear(nullptr);
+    FUZZ_CHECK(!gu_list_append(nullptr, &element) && !gu_list_prepend(nullptr, &element));
+    FUZZ_CHECK(!gu_list_insert_before(nullptr, nullptr, &element));
+    FUZZ_CHECK(!gu_list_insert_after(nullptr, nullptr, &element));
+    FUZZ_CHECK(!gu_list_last(nullptr) && !gu_list_at(nullptr, 0) && !gu_list_prev(nullptr));
+    FUZZ_CHECK(!gu_list_element(nullptr) && !gu_list_set_element(nullptr, &element));
+    const Owned<gu_list> list(gu_list_create(nullptr)), other(gu_list_create(nullptr));
+    gu_list_append(other.get(), &element);
+    gu_list_concat(nullptr, other.get());
+    gu_list_concat(list.get(), nullptr);
+    FUZZ_CHECK(gu_list_size(other.get()) == 1 && gu_list_size(list.get()) == 0);
+    gu_list_concat(list.get(), other.get());
+    FUZZ_CHECK(gu_list_size(other.get()) == 0 && gu_list_size(list.get()) == 1);
+    FUZZ_CHECK(gu_list_element(gu_list_last(list.get())) == &element);
+    const Owned<gu_index_list> none(gu_index_list_parse("", nullptr));
+    gu_index_list_add_all(nullptr, none.get());
+    gu_index_list_next(nullptr);
+    gu_set_destroy(nullptr);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -378,5 +401,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                      setsFollowTheModel,  indexListsFollowTheModel,
                                      textFormIsRead,      ownedElementsAreReleased};
     input.pick(parts)(input);
+    nullReadsAsEmpty();
     return 0;
 }

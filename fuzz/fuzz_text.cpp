@@ -93,6 +93,12 @@ void buffersFollowTheModel(Input& input) {
     }
     FUZZ_CHECK(take(dd_take(buffer.get())) == model.c_str());
     FUZZ_CHECK(textOf(buffer.get()).empty());
+    dd_add_text(buffer.get(), nullptr);
+    FUZZ_CHECK(textOf(buffer.get()).empty());
+    dd_reserve(nullptr, 5);
+    dd_add_fill(nullptr, '-', 5);
+    dd_truncate(nullptr, 0);
+    dd_destroy(nullptr);
 }
 
 std::string lowered(std::string text) {
@@ -112,6 +118,7 @@ void textsFollowTheModel(Input& input) {
     const int length = input.between(-1, 40);
     FUZZ_CHECK(take(mkncpy(a.c_str(), length)) ==
                a.substr(0, static_cast<std::size_t>(std::max(length, 0))));
+    FUZZ_CHECK(mkncpy(nullptr, length) == nullptr);
     FUZZ_CHECK(take(concat(a.c_str(), b.c_str())) == a + b);
     FUZZ_CHECK(take(concat3(a.c_str(), b.c_str(), c.c_str())) == a + b + c);
     FUZZ_CHECK(take(concat4(b.c_str(), a.c_str(), b.c_str(), c.c_str())) == b + a + b + c);

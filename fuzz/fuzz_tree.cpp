@@ -315,7 +315,7 @@ void compareWalks(KazTree& tree, const std::set<int>& model) {
     down.toLast();
     for (auto value = model.rbegin(); value != model.rend(); ++value, down.previous())
         FUZZ_CHECK(valueOf(down.item()) == *value);
-    FUZZ_CHECK(up.isDone() && down.isDone());
+    FUZZ_CHECK(up.isDone() && down.isDone() && KazTreeIterator(nullptr).isDone());
     FUZZ_CHECK(valueOf(tree.smallest()) == (model.empty() ? -1 : *model.begin()));
     FUZZ_CHECK(valueOf(tree.largest()) == (model.empty() ? -1 : *model.rbegin()));
     FUZZ_CHECK(tree.isEmpty() == model.empty());
@@ -361,6 +361,7 @@ public:
                 tree.balance();
                 const KazTree& itself = tree;
                 tree = itself;
+                tree.copy(itself, Counted::checkIn);
                 break;
             }
             tree.removeAll();

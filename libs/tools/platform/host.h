@@ -37,9 +37,6 @@ const char* environment(const char* name);
 /// Fails with EINVAL for an empty name or one that holds "=".
 int setEnvironment(const char* name, const char* value);
 
-/// Removes a variable; one that is unset is no failure.
-int removeEnvironment(const char* name);
-
 // ---------------------------------------------------------- spelling of paths
 
 /// Whether native text can name a file here. False on POSIX for "C:x" and
@@ -111,7 +108,6 @@ struct FileStatus {
 /// default FileStatus.
 int status(const char* path, FileStatus& result);
 
-bool exists(const char* path);      ///< links followed: a dangling one does not
 bool isDirectory(const char* path); ///< links followed
 /// A directory that is reached by its own name, not through a link.
 bool isRealDirectory(const char* path);
@@ -125,8 +121,6 @@ int makeDirectory(const char* path, unsigned mode);
 int removeDirectory(const char* path);
 /// Removes a file or a link (never what the link points to).
 int removeFile(const char* path);
-/// Renames within one file system; an existing target is replaced in one step.
-int renameFile(const char* from, const char* to);
 
 /// The process's file-creation mask. On POSIX it can only be read by setting
 /// it, so another thread that creates a file at that moment may see mask 0777.
@@ -239,8 +233,6 @@ void echoOn();
 // ------------------------------------------------------------------ processes
 
 int processId();
-std::string userName(); ///< empty when unknown
-std::string hostName(); ///< empty when unknown
 
 /// Receives a child's output as it arrives, in pieces of any size. May throw:
 /// the child's output is then closed and the child awaited first.

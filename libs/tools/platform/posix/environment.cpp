@@ -1,27 +1,12 @@
 #include "tools/platform/host.h"
 
-#include <array>
-#include <climits>
+#include <cerrno>
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 #include <vector>
 
 namespace kaz::host {
-
-namespace {
-
-/// One field of the user's entry in the password database.
-std::string userEntry(char* passwd::*field) {
-    std::vector<char> buffer(1024);
-    passwd entry{};
-    passwd* found = nullptr;
-    while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
-        buffer.resize(2 * buffer.size());
-    return found != nullptr && found->*field != nullptr ? found->*field : "";
-}
-
-} // namespace
 
 const char* environment(const char* name) {
     return std::getenv(name);
@@ -31,12 +16,14 @@ int setEnvironment(const char* name, const char* value) {
     return ::setenv(name, value, 1);
 }
 
-int removeEnvironment(const char* name) {
-    return ::unsetenv(name);
-}
-
 std::string homeDirectory() {
-    return nativePath(userEntry(&passwd::pw_dir).c_str());
+    std::vector<char> buffer(1024);
+    passwd entry{};
+    passwd* found = nullptr;
+    while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
+        buffer.resize(2 * buffer.size());
+    const bool hasHome = found != nullptr && found->pw_dir != nullptr;
+    return hasHome ? nativePath(found->pw_dir) : std::string();
 }
 
 std::string roamingDataDirectory() {
@@ -58,15 +45,6 @@ std::string temporaryDirectory() {
 
 int processId() {
     return ::getpid();
-}
-
-std::string userName() {
-    return userEntry(&passwd::pw_name);
-}
-
-std::string hostName() {
-    std::array<char, HOST_NAME_MAX + 1> buffer{};
-    return ::gethostname(buffer.data(), buffer.size() - 1) == 0 ? buffer.data() : "";
 }
 
 } // namespace kaz::host

@@ -58,11 +58,6 @@ int status(const char* path, FileStatus& result) {
     return onHostPath(path, [&](const char* name) { return statusAt(AT_FDCWD, name, 0, result); });
 }
 
-bool exists(const char* path) {
-    FileStatus info;
-    return status(path, info) == 0;
-}
-
 bool isDirectory(const char* path) {
     FileStatus info;
     return status(path, info) == 0 && info.kind == Kind::directory;
@@ -95,12 +90,6 @@ int removeDirectory(const char* path) {
 
 int removeFile(const char* path) {
     return onHostPath(path, [](const char* name) { return ::unlink(name); });
-}
-
-int renameFile(const char* from, const char* to) {
-    return onHostPath(from, [&](const char* name) {
-        return onHostPath(to, [&](const char* newName) { return ::rename(name, newName); });
-    });
 }
 
 unsigned fileMask() {

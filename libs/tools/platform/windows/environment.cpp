@@ -63,11 +63,6 @@ int setEnvironment(const char* name, const char* value) {
     return ::_putenv((std::string(name) + '=' + value).c_str());
 }
 
-int removeEnvironment(const char* name) {
-    // The runtime library reads an empty value as the wish to remove.
-    return setEnvironment(name, "");
-}
-
 std::string homeDirectory() {
     return {};
 }
@@ -94,18 +89,6 @@ std::string temporaryDirectory() {
 
 int processId() {
     return ::_getpid();
-}
-
-std::string userName() {
-    std::array<char, 257> buffer{};
-    DWORD size = buffer.size();
-    return GetUserNameA(buffer.data(), &size) != 0 ? buffer.data() : "";
-}
-
-std::string hostName() {
-    std::array<char, MAX_COMPUTERNAME_LENGTH + 1> buffer{};
-    DWORD size = buffer.size();
-    return GetComputerNameA(buffer.data(), &size) != 0 ? buffer.data() : "";
 }
 
 } // namespace kaz::host

@@ -83,11 +83,6 @@ int status(const char* path, FileStatus& result) {
     return literal.empty() ? -1 : statusOfLiteral(literal, true, result);
 }
 
-bool exists(const char* path) {
-    FileStatus info;
-    return status(path, info) == 0;
-}
-
 bool isDirectory(const char* path) {
     FileStatus info;
     return status(path, info) == 0 && info.kind == Kind::directory;

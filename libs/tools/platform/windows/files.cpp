@@ -1,6 +1,5 @@
 #include "tools/platform/host.h"
 #include "tools/platform/windows/copy.h"
-#include "tools/platform/windows/errors.h"
 #include "tools/platform/windows/text.h"
 
 #include <array>
@@ -74,10 +73,6 @@ int removeDirectory(const char* path) {
 
 int removeFile(const char* path) {
     return ::_unlink(path);
-}
-
-int renameFile(const char* from, const char* to) {
-    return succeededOrFail(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING));
 }
 
 unsigned fileMask() {
