@@ -1,10 +1,10 @@
 #include "tools/config/detail/ToolInfoTable.h"
 
 #include "tools/app/KazMemoryException.h"
+#include "tools/containers/detail/TextProbe.h"
 
 #include <algorithm>
 #include <bit>
-#include <functional>
 #include <limits>
 #include <utility>
 
@@ -35,10 +35,6 @@ std::string_view takeLine(std::string_view& text) {
     return line.substr(0, line.find('\0'));
 }
 
-std::uint32_t hashOf(std::string_view name) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
-}
-
 } // namespace
 
 bool parseToolInfoLine(std::string_view line, ToolInfoLine& result) {
@@ -60,16 +56,22 @@ const char* ToolInfoTable::find(std::string_view name) const {
 const ToolInfoTable::Definition* ToolInfoTable::definitionOf(std::string_view name) const {
     if (index.empty())
         return nullptr;
-    const Slot* slot = slotOf(name, hashOf(name));
+    const TextProbe probe(name);
+    const Slot* slot = slotOf(probe, probe.hash());
     return slot->number != 0 ? &definitions[slot->number - 1] : nullptr;
 }
 
 /// The place of @p name, or the empty one where it would be.
-const ToolInfoTable::Slot* ToolInfoTable::slotOf(std::string_view name, std::uint32_t hash) const {
+const ToolInfoTable::Slot* ToolInfoTable::slotOf(const TextProbe& name, std::uint32_t hash) const {
     const std::size_t mask = index.size() - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
         const Slot& slot = index[at];
-        if (slot.number == 0 || (slot.hash == hash && definitions[slot.number - 1].name == name))
+        if (slot.number == 0)
+            return &slot;
+        if (slot.hash != hash)
+            continue;
+        const std::string_view met = definitions[slot.number - 1].name;
+        if (name.matches(met.data(), static_cast<std::uint32_t>(met.size())))
             return &slot;
     }
 }
@@ -96,8 +98,9 @@ void ToolInfoTable::makeRoom(std::size_t more) {
 }
 
 void ToolInfoTable::put(Definition&& definition, bool replace) {
-    const std::uint32_t hash = hashOf(definition.name);
-    auto& slot = const_cast<Slot&>(*slotOf(definition.name, hash));
+    const TextProbe probe(definition.name);
+    const std::uint32_t hash = probe.hash();
+    auto& slot = const_cast<Slot&>(*slotOf(probe, hash));
     if (slot.number == 0) {
         definitions.push_back(std::move(definition));
         slot = {hash, static_cast<std::uint32_t>(definitions.size())};

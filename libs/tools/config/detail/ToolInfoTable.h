@@ -12,6 +12,8 @@
 
 namespace kaz::detail {
 
+class TextProbe;
+
 /// One `name=value` in file syntax; the texts belong to whoever read them.
 struct ToolInfoLine {
     std::string_view name;
@@ -65,7 +67,7 @@ private:
     };
 
     static Definition copyOf(const ToolInfoLine& line, const KazString& file);
-    const Slot* slotOf(std::string_view name, std::uint32_t hash) const;
+    const Slot* slotOf(const TextProbe& name, std::uint32_t hash) const;
     const Definition* definitionOf(std::string_view name) const;
     void makeRoom(std::size_t more);
     void put(Definition&& definition, bool replace);

@@ -6,21 +6,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace kaz::detail {
 
-/// A terminated text with its length and its hash. All are written out inline, as
+/// A text with its length and its hash. All are written out inline, as
 /// most names are short: finding one among a thousand took 26 ns with std::hash
 /// and strcmp.
 class TextProbe {
 public:
-    /// @p key may be null, which means "".
-    explicit TextProbe(const void* key)
-        : text_(key != nullptr ? static_cast<const char*>(key) : ""),
-          length_(static_cast<std::uint32_t>(std::strlen(text_))) {
+    /// So much of a text as @p text shows; it need not be terminated there.
+    explicit TextProbe(std::string_view text)
+        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())) {
         if (isShort(length_))
             ends_ = endsOf(text_, length_);
     }
+
+    /// A terminated text. @p key may be null, which means "".
+    explicit TextProbe(const void* key)
+        : TextProbe(std::string_view(key != nullptr ? static_cast<const char*>(key) : "")) {}
 
     /// The same when @p length is likely to be that of @p key, and @p key has so
     /// many characters at least. Measuring a short text takes a quarter of finding it.
@@ -31,7 +35,7 @@ public:
             if (!holdsNul(ends_, length_))
                 return;
         }
-        *this = TextProbe(key);
+        *this = TextProbe(static_cast<const void*>(key));
     }
 
     const char* text() const { return text_; }
