@@ -151,24 +151,6 @@ TEST(NarrowStringFailures, ConversionsAndFormatsMakeNothing) {
         kit::sweepQuestion("maker", [&] { return plain(make()); });
 }
 
-TYPED_TEST(StringFailures, GrowingByCharactersKeepsWhatThereIsAndAsksRarely) {
-    const auto x = wideChar<TypeParam>('x');
-    std::vector<TypeParam> strings(1);
-    const auto grow = [&] {
-        strings[0].clear();
-        while (strings[0].getLength() < 3000)
-            strings[0].append(x);
-    };
-    const auto check = [&] {
-        EXPECT_EQ(plain(strings[0]).find_first_not_of('x'), std::string::npos);
-        EXPECT_EQ(faultOf(strings), "");
-    };
-    const long failures = kit::sweepAllocations(grow, check);
-    EXPECT_GT(failures, 0);
-    EXPECT_LT(failures, 30) << "each allocation has to serve for more than 16 characters";
-    EXPECT_EQ(blockOf(strings[0]).bufferLength, 3011);
-}
-
 TYPED_TEST(StringFailures, LengthsBeyondTheHeaderAreRefused) {
     const TestText<TypeParam> ab("ab");
     const auto x = wideChar<TypeParam>('x');

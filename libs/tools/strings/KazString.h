@@ -42,8 +42,7 @@
 ///   changed or destroyed.
 /// - Edits take time linear in the lengths involved. Growth is exact (see
 ///   KazStringRep), but an unshared block is extended in place where the
-///   allocator can. A text that grows by append(char) holds memory for up to a
-///   quarter more than its capacity says, until it moves to another block.
+///   allocator can.
 class KAZ_API KazString {
 public:
     using StringRep = KazStringRep;

@@ -2,7 +2,6 @@
 /// Making and extending string blocks.
 #pragma once
 
-#include "tools/platform/usable_size.h"
 #include "tools/strings/KazStringRep.h"
 #include "tools/strings/detail/Characters.h"
 #include "tools/util/detail/allocate.h"
@@ -81,52 +80,31 @@ struct Block {
     /// realloc instead of a new block and a copy: it mostly extends in place,
     /// which keeps exact growth linear in practice.
     static Ch* extend(Ch* text, std::int64_t capacity) {
-        const std::int32_t room = bufferLength(capacity);
-        KazStringRep* rep = KazStringRep::of(text);
-        if (!canHold(rep, room))
-            rep = static_cast<KazStringRep*>(reallocate(rep, bytes(room)));
-        rep->bufferLength = room;
+        KazStringRep* const rep = resized(text, bufferLength(capacity));
         zeroSpare(rep);
         return characters(rep);
     }
 
     /// extend() by one character of a text that fills its block: the step that
     /// appending character by character takes once in 16, so every call counts.
-    /// A text that grows like this gets a reserve from the allocator, of which
-    /// its capacity says nothing: 10^5 characters take 32 instead of 6250
-    /// larger blocks.
     static Ch* extendFull(Ch* text) {
-        KazStringRep* rep = KazStringRep::of(text);
-        if (rep->bufferLength > maxCapacity - granularity)
+        const std::int32_t full = KazStringRep::of(text)->bufferLength;
+        if (full > maxCapacity - granularity)
             throwTextTooLong();
-        const std::int32_t room = rep->bufferLength + granularity;
-        if (!canHold(rep, room))
-            rep = enlarged(rep, bytes(room) + bytes(room) / reserveShare);
-        rep->bufferLength = room;
+        KazStringRep* const rep = resized(text, full + granularity);
         Ch* const moved = characters(rep);
-        std::memset(moved + room - granularity + 1, 0, granularity * sizeof(Ch));
+        std::memset(moved + full + 1, 0, granularity * sizeof(Ch));
         return moved;
     }
 
 private:
     static constexpr std::int32_t granularity = 16;
-    static constexpr std::size_t reserveShare = 4;
 
-    /// Whether the block can have that buffer length where it stands.
-    static bool canHold(KazStringRep* rep, std::int32_t room) {
-        return host::usableSize(rep) >= bytes(room);
-    }
-
-    /// A block of @p size bytes in place of @p rep. Allocators keep small ones at
-    /// hand for malloc, but not all for realloc: in a heap that other work has
-    /// broken up, a thousand appends take 1.4 instead of 1.7 microseconds.
-    static KazStringRep* enlarged(KazStringRep* rep, std::size_t size) {
-        if (size > 1024)
-            return static_cast<KazStringRep*>(reallocate(rep, size));
-        auto* const fresh = static_cast<KazStringRep*>(allocate(size));
-        std::memcpy(fresh, rep, bytes(rep->stringLength));
-        std::free(rep);
-        return fresh;
+    static KazStringRep* resized(Ch* text, std::int32_t room) {
+        auto* const rep =
+            static_cast<KazStringRep*>(reallocate(KazStringRep::of(text), bytes(room)));
+        rep->bufferLength = room;
+        return rep;
     }
 
     /// Blocks come in multiples of 16 bytes (of 16 characters, when these are
