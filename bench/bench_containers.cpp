@@ -2,6 +2,7 @@
 
 #include "tools/containers/KazArrayPtr.h"
 #include "tools/containers/KazIntColl.h"
+#include "tools/containers/KazIntCollIterator.h"
 #include "tools/containers/KazIntTree.h"
 #include "tools/containers/KazStringColl.h"
 #include "tools/containers/KazStringToStringMap.h"

@@ -4,7 +4,9 @@
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
 #include "kit/counted.h"
+#include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazStringColl.h"
+#include "tools/containers/KazStringCollIterator.h"
 
 #include <algorithm>
 #include <array>

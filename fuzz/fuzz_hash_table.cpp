@@ -3,6 +3,7 @@
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
+#include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazStringToStringMap.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include "kit/counted.h"
 #include "tools/app/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
+#include "tools/containers/KazTreeIterator.h"
 #include "tools/util/tree.h"
 
 #include <cstdlib>

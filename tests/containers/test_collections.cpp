@@ -1,6 +1,9 @@
 #include "tools/containers/KazColl.h"
+#include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazIntColl.h"
+#include "tools/containers/KazIntCollIterator.h"
 #include "tools/containers/KazStringColl.h"
+#include "tools/containers/KazStringCollIterator.h"
 
 #include "elements.h"
 

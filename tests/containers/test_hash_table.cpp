@@ -1,4 +1,5 @@
 #include "tools/containers/KazHashTable.h"
+#include "tools/containers/KazHashTableIterator.h"
 #include "tools/strings/KazString.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,12 @@
 // Each allocation of each member fails in turn, once or from then on: the object
 // stays as it was, nothing leaks, and at last the same call succeeds.
 
+#include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazIntColl.h"
 #include "tools/containers/KazIntTree.h"
 #include "tools/containers/KazStringColl.h"
 #include "tools/containers/KazStringToStringMap.h"
+#include "tools/containers/KazStringToStringMapIterator.h"
 #include "tools/containers/KazStringTree.h"
 
 #include "elements.h"

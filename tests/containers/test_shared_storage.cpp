@@ -1,6 +1,7 @@
 // Assignment is shallow: what two objects share must be freed once, checked
 // out once, and never be touched after that.
 
+#include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazStringColl.h"
 
 #include "elements.h"

@@ -1,4 +1,5 @@
 #include "tools/containers/KazStringToStringMap.h"
+#include "tools/containers/KazStringToStringMapIterator.h"
 
 #include "elements.h"
 

@@ -1,5 +1,8 @@
 #include "tools/containers/KazIntTree.h"
+#include "tools/containers/KazIntTreeIterator.h"
 #include "tools/containers/KazStringTree.h"
+#include "tools/containers/KazStringTreeIterator.h"
+#include "tools/containers/KazTreeIterator.h"
 
 #include "elements.h"
 #include "tools/app/KazTreeClashException.h"

@@ -3,6 +3,7 @@
 #include "tools/app/KazToolsContext.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/detail/stored_value.h"
+#include "tools/containers/KazStringToStringMapIterator.h"
 #include "tools/platform/host.h"
 
 #include <algorithm>

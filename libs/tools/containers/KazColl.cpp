@@ -1,5 +1,6 @@
 #include "tools/containers/KazColl.h"
 
+#include "tools/containers/KazCollIterator.h"
 #include "tools/util/detail/allocate.h"
 
 #include <algorithm>

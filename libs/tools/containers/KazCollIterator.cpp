@@ -1,4 +1,4 @@
-#include "tools/containers/KazColl.h"
+#include "tools/containers/KazCollIterator.h"
 
 KazCollIterator::KazCollIterator(KazColl* walked) : collection(walked) {
     if (!collection)

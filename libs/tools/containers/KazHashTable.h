@@ -1,5 +1,5 @@
 /// @file
-/// The library's untyped associative table, and the iterator over it.
+/// The library's untyped associative table.
 #pragma once
 
 #include "tools/export.h"
@@ -186,33 +186,4 @@ private:
     std::int32_t* sortedCounts = nullptr;
     /// How many are not. Iterators ask without the lock.
     mutable std::atomic<std::int32_t> unsortedCount = 0;
-};
-
-/// Walks a table bucket by bucket, in ascending order of keys within each.
-///
-///     for (KazHashTableIterator i(table); !i.isDone(); i.next())
-///         use(i.getKey(), i.getValue());
-class KAZ_API KazHashTableIterator {
-public:
-    explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
-    explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
-
-    /// Back to the first entry.
-    void reset();
-
-    /// Steps to the next entry; false when there is none.
-    bool next();
-
-    bool isDone() const;
-
-    /// The stored key or value of the present entry; null when done.
-    void* getKey() const;
-    void* getValue() const;
-
-private:
-    const KazBucketEntry* entry() const;
-
-    const KazHashTable* table;
-    std::int32_t bucket = 0;
-    std::int32_t index = -1;
 };

@@ -37,13 +37,3 @@ private:
         return static_cast<int>(reinterpret_cast<std::intptr_t>(item));
     }
 };
-
-/// KazCollIterator whose item() is the value.
-class KAZ_API KazIntCollIterator : public KazCollIterator {
-public:
-    explicit KazIntCollIterator(KazIntColl& walked) : KazCollIterator(walked) {}
-    explicit KazIntCollIterator(KazIntColl* walked) : KazCollIterator(walked) {}
-
-    /// The value, or 0 when the iterator stands on none.
-    int item() const { return KazIntColl::toInt(KazCollIterator::item()); }
-};

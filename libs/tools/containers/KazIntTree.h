@@ -37,13 +37,3 @@ private:
         return static_cast<int>(reinterpret_cast<std::intptr_t>(item));
     }
 };
-
-/// KazTreeIterator whose item() is the value.
-class KAZ_API KazIntTreeIterator : public KazTreeIterator {
-public:
-    explicit KazIntTreeIterator(KazIntTree& walked) : KazTreeIterator(walked) {}
-    explicit KazIntTreeIterator(KazIntTree* walked) : KazTreeIterator(walked) {}
-
-    /// The value, or 0 when the iterator stands on none.
-    int item() const { return KazIntTree::toInt(KazTreeIterator::item()); }
-};

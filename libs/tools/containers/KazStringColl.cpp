@@ -45,7 +45,3 @@ int KazStringColl::findNoCase(const char* text) const {
     }
     return -1;
 }
-
-KazString KazStringCollIterator::item() const {
-    return KazString::undisguise(KazCollIterator::item());
-}

@@ -38,14 +38,3 @@ private:
     using KazColl::setCheckIn;
     using KazColl::setCheckOut;
 };
-
-/// KazCollIterator whose item() is the string.
-class KAZ_API KazStringCollIterator : public KazCollIterator {
-public:
-    explicit KazStringCollIterator(KazStringColl& walked) : KazCollIterator(walked) {}
-    explicit KazStringCollIterator(KazStringColl* walked) : KazCollIterator(walked) {}
-
-    /// The string, sharing the stored block; empty when the iterator stands on
-    /// none.
-    KazString item() const;
-};

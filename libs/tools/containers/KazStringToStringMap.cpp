@@ -54,11 +54,3 @@ bool KazStringToStringMap::valueOf(const KazString& key, KazString& value) {
         value = stored;
     return found;
 }
-
-KazString KazStringToStringMapIterator::getKey() const {
-    return KazString::undisguise(KazHashTableIterator::getKey());
-}
-
-KazString KazStringToStringMapIterator::getValue() const {
-    return KazString::undisguise(KazHashTableIterator::getValue());
-}

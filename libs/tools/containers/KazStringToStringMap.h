@@ -38,16 +38,3 @@ private:
     using KazHashTable::setValueCheckIn;
     using KazHashTable::setValueCheckOut;
 };
-
-/// KazHashTableIterator that gives strings.
-class KAZ_API KazStringToStringMapIterator : public KazHashTableIterator {
-public:
-    explicit KazStringToStringMapIterator(const KazStringToStringMap* walked)
-        : KazHashTableIterator(walked) {}
-    explicit KazStringToStringMapIterator(const KazStringToStringMap& walked)
-        : KazHashTableIterator(walked) {}
-
-    /// The present key or value, sharing the stored block; empty when done.
-    KazString getKey() const;
-    KazString getValue() const;
-};

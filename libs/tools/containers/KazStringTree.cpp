@@ -1,4 +1,5 @@
 #include "tools/containers/KazStringTree.h"
+#include "tools/containers/KazTreeIterator.h"
 
 KazStringTree::KazStringTree(bool caseSensitive)
     : KazTree(caseSensitive ? KazString::compareDisguised : KazString::compareNoCaseDisguised) {
@@ -36,8 +37,4 @@ KazString KazStringTree::largest() const {
 
 KazString KazStringTree::valueAt(int rank) const {
     return KazString::undisguise(KazTree::valueAt(rank));
-}
-
-KazString KazStringTreeIterator::item() const {
-    return KazString::undisguise(KazTreeIterator::item());
 }

@@ -36,14 +36,3 @@ private:
     using KazTree::setCheckIn;
     using KazTree::setCheckOut;
 };
-
-/// KazTreeIterator whose item() is the string.
-class KAZ_API KazStringTreeIterator : public KazTreeIterator {
-public:
-    explicit KazStringTreeIterator(KazStringTree& walked) : KazTreeIterator(walked) {}
-    explicit KazStringTreeIterator(KazStringTree* walked) : KazTreeIterator(walked) {}
-
-    /// The string, sharing the stored block; empty when the iterator stands on
-    /// none.
-    KazString item() const;
-};

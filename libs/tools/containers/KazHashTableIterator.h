@@ -1,0 +1,34 @@
+/// @file
+/// Walks a hash table.
+#pragma once
+
+#include "tools/containers/KazHashTable.h"
+
+/// Walks a table bucket by bucket, in ascending order of keys within each.
+///
+///     for (KazHashTableIterator i(table); !i.isDone(); i.next())
+///         use(i.getKey(), i.getValue());
+class KAZ_API KazHashTableIterator {
+public:
+    explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
+    explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
+
+    /// Back to the first entry.
+    void reset();
+
+    /// Steps to the next entry; false when there is none.
+    bool next();
+
+    bool isDone() const;
+
+    /// The stored key or value of the present entry; null when done.
+    void* getKey() const;
+    void* getValue() const;
+
+private:
+    const KazBucketEntry* entry() const;
+
+    const KazHashTable* table;
+    std::int32_t bucket = 0;
+    std::int32_t index = -1;
+};

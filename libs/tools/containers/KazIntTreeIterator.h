@@ -1,0 +1,16 @@
+/// @file
+/// Walks a tree of whole numbers.
+#pragma once
+
+#include "tools/containers/KazIntTree.h"
+#include "tools/containers/KazTreeIterator.h"
+
+/// KazTreeIterator whose item() is the value.
+class KAZ_API KazIntTreeIterator : public KazTreeIterator {
+public:
+    explicit KazIntTreeIterator(KazIntTree& walked) : KazTreeIterator(walked) {}
+    explicit KazIntTreeIterator(KazIntTree* walked) : KazTreeIterator(walked) {}
+
+    /// The value, or 0 when the iterator stands on none.
+    int item() const { return KazIntTree::toInt(KazTreeIterator::item()); }
+};

@@ -1,0 +1,5 @@
+#include "tools/containers/KazStringCollIterator.h"
+
+KazString KazStringCollIterator::item() const {
+    return KazString::undisguise(KazCollIterator::item());
+}

@@ -1,0 +1,17 @@
+/// @file
+/// Walks a collection of strings.
+#pragma once
+
+#include "tools/containers/KazCollIterator.h"
+#include "tools/containers/KazStringColl.h"
+
+/// KazCollIterator whose item() is the string.
+class KAZ_API KazStringCollIterator : public KazCollIterator {
+public:
+    explicit KazStringCollIterator(KazStringColl& walked) : KazCollIterator(walked) {}
+    explicit KazStringCollIterator(KazStringColl* walked) : KazCollIterator(walked) {}
+
+    /// The string, sharing the stored block; empty when the iterator stands on
+    /// none.
+    KazString item() const;
+};

@@ -1,0 +1,5 @@
+#include "tools/containers/KazStringTreeIterator.h"
+
+KazString KazStringTreeIterator::item() const {
+    return KazString::undisguise(KazTreeIterator::item());
+}

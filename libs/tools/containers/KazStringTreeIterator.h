@@ -1,0 +1,17 @@
+/// @file
+/// Walks a tree of strings.
+#pragma once
+
+#include "tools/containers/KazStringTree.h"
+#include "tools/containers/KazTreeIterator.h"
+
+/// KazTreeIterator whose item() is the string.
+class KAZ_API KazStringTreeIterator : public KazTreeIterator {
+public:
+    explicit KazStringTreeIterator(KazStringTree& walked) : KazTreeIterator(walked) {}
+    explicit KazStringTreeIterator(KazStringTree* walked) : KazTreeIterator(walked) {}
+
+    /// The string, sharing the stored block; empty when the iterator stands on
+    /// none.
+    KazString item() const;
+};
