@@ -27,6 +27,7 @@ import sys
 areas = ["strings", "containers", "util", "config", "messages", "app", "files"]
 ours = "moxtools"
 begin, end = "<!-- table: begin -->", "<!-- table: end -->"
+headings = ("work", "size", "ours", "best peer", "ratio", "to std")
 nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 # What the benchmark library appends to names.
 suffixes = re.compile(r"(real_time|manual_time|process_time|(iterations|repeats|min_time|threads):.*)$")
@@ -63,14 +64,15 @@ class Row:
         return {name: statistics.median(values) for name, values in self.values.items()}
 
     def cells(self):
-        """Ours, best peer, ratio."""
+        """Ours, best peer, our ratio to it, and to the standard library where it is
+        not the best."""
         medians = self.medians()
         own = medians.pop(ours, None)
         best = min(medians, key=medians.get) if medians else None
+        ratios = [f"{own / medians[peer]:.2f}" if own is not None and medians.get(peer) else ""
+                  for peer in (best, "std" if best != "std" else None)]
         return ("" if own is None else self.shown(own),
-                "" if best is None else f"{self.shown(medians[best])} ({best})",
-                "" if own is None or best is None or medians[best] == 0
-                else f"{own / medians[best]:.2f}")
+                "" if best is None else f"{self.shown(medians[best])} ({best})", *ratios)
 
     def shown(self, value):
         if self.is_memory:
@@ -122,12 +124,12 @@ def size_shown(size):
 
 
 def print_table(rows):
-    lines = [("work", "size", "ours", "best peer", "ratio")]
+    lines = [headings]
     lines += [(work, size_shown(size), *row.cells()) for (work, size), row in rows.items()]
-    widths = [max(len(line[i]) for line in lines) for i in range(5)]
+    widths = [max(len(line[i]) for line in lines) for i in range(len(headings))]
     for line in lines:
         print(f"{line[0]:<{widths[0]}}  {line[1]:>{widths[1]}}  {line[2]:>{widths[2]}}"
-              f"  {line[3]:<{widths[3]}}  {line[4]:>{widths[4]}}")
+              f"  {line[3]:<{widths[3]}}  {line[4]:>{widths[4]}}  {line[5]:>{widths[5]}}")
 
 
 def markdown(directory):
@@ -138,8 +140,7 @@ def markdown(directory):
         if not path.is_file():
             sys.exit(f"bench_table.py: {area} has not been measured")
         context = json.loads(path.read_text())["context"]
-        text += ["", f"### {area}", "", "| work | size | ours | best peer | ratio |",
-                 "|---|---:|---:|---:|---:|"]
+        text += ["", f"### {area}", "", f"| {' | '.join(headings)} |", "|---|---:|---:|---:|---:|---:|"]
         for (work, size), row in rows_of(path, []).items():
             text.append("| " + " | ".join((work, size_shown(size), *row.cells())) + " |")
     date = datetime.datetime.fromisoformat(context["date"]).date()

@@ -67,9 +67,10 @@ class Result:
 
 
 def large_inputs(topic, directory):
-    """Inputs of 1 MiB: random bytes, and the corpus over and over."""
-    parts = [p.read_bytes() for p in sorted(committed(topic).glob("*"))]
-    texts = {"random": os.urandom(large_input), "corpus": b"".join(parts)}
+    """Inputs of 1 MiB: the corpus over and over, and random bytes; more than once, as
+    the first ones choose what a harness does with the others."""
+    texts = {f"random-{number}": os.urandom(large_input) for number in range(1, 5)}
+    texts["corpus"] = b"".join(p.read_bytes() for p in sorted(committed(topic).glob("*")))
     for name, text in texts.items():
         if text:
             path = directory / f"{topic}-large-{name}"

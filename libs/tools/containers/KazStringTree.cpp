@@ -1,5 +1,4 @@
 #include "tools/containers/KazStringTree.h"
-#include "tools/containers/KazTreeIterator.h"
 
 KazStringTree::KazStringTree(bool caseSensitive)
     : KazTree(caseSensitive ? KazString::compareDisguised : KazString::compareNoCaseDisguised) {

@@ -14,11 +14,11 @@ void handleAllocationFailure() {
     handler();
 }
 
-void* allocateAgain(std::size_t size) {
+void* allocate(std::size_t size) {
     for (;;) {
-        handleAllocationFailure();
-        if (void* block = std::malloc(size))
+        if (void* block = std::malloc(size > 0 ? size : 1))
             return block;
+        handleAllocationFailure();
     }
 }
 
