@@ -110,7 +110,7 @@ TEST(TextCatalog, WithoutMemoryTheNextLookupTriesAgain) {
             },
             mode);
         EXPECT_EQ(found, 3);
-        EXPECT_GT(failed, 6);
+        EXPECT_GT(failed, 3) << "the file, the cache and the tables";
         EXPECT_EQ(unread, failed);
     }
     for (const std::string& error : director.errors)
