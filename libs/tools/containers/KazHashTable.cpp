@@ -115,6 +115,9 @@ void sortTail(KazBucketEntry* entries, std::ptrdiff_t sorted, std::ptrdiff_t cou
     }
 }
 
+// The library's own copies of two inline functions are known here, so the string map
+// is served; with a program's copies, everything goes the general way.
+
 /// Whether @p function can be called without anybody noticing when.
 bool isSilent(CheckOut function) {
     return !function || function == KazString::checkOut;

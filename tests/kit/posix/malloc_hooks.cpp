@@ -9,28 +9,16 @@
 using kit::detail::shallFail;
 
 #ifdef KIT_SANITIZED
-
-extern "C" {
-void* __interceptor_malloc(std::size_t);
-void* __interceptor_calloc(std::size_t, std::size_t);
-void* __interceptor_realloc(void*, std::size_t);
-}
-#define KIT_MALLOC __interceptor_malloc
-#define KIT_CALLOC __interceptor_calloc
-#define KIT_REALLOC __interceptor_realloc
-
+#define KIT_REAL(name) __interceptor_##name
 #else
+#define KIT_REAL(name) __libc_##name
+#endif
 
 extern "C" {
-void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
+void* KIT_REAL(malloc)(std::size_t);
+void* KIT_REAL(calloc)(std::size_t, std::size_t);
+void* KIT_REAL(realloc)(void*, std::size_t);
 }
-#define KIT_MALLOC __libc_malloc
-#define KIT_CALLOC __libc_calloc
-#define KIT_REALLOC __libc_realloc
-
-#endif
 
 // Visible, or the library under test would not find them.
 #pragma GCC visibility push(default)
@@ -38,15 +26,15 @@ void* __libc_realloc(void*, std::size_t);
 extern "C" {
 
 void* malloc(std::size_t size) {
-    return shallFail() ? nullptr : KIT_MALLOC(size);
+    return shallFail() ? nullptr : KIT_REAL(malloc)(size);
 }
 
 void* calloc(std::size_t count, std::size_t size) {
-    return shallFail() ? nullptr : KIT_CALLOC(count, size);
+    return shallFail() ? nullptr : KIT_REAL(calloc)(count, size);
 }
 
 void* realloc(void* block, std::size_t size) {
-    return shallFail() ? nullptr : KIT_REALLOC(block, size);
+    return shallFail() ? nullptr : KIT_REAL(realloc)(block, size);
 }
 
 } // extern "C"
