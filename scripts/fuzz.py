@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Runs the fuzz harnesses of a build, or makes a small corpus of what they found.
 
-usage: fuzz.py [--jobs N] run SECONDS [TOPIC...]
+usage: fuzz.py [--jobs N] [--seed N] run SECONDS [TOPIC...]
        fuzz.py merge TOPIC...
 
 `run` starts each harness from the committed corpus and from what earlier runs
 found, lets it work for SECONDS, and prints a line for each. New inputs go to
 build/fuzz/corpus/TOPIC. A failing input stays in build/fuzz/failed/ and makes the
 status 1; so does one of 1 MiB that takes more than 5 seconds of processor time.
+The same seed, corpus and programs give the same inputs in the same order.
 
 `merge` reduces committed corpus and finds to inputs that together reach every
 known place of the code, and writes these to fuzz/corpus/TOPIC. Files with a
@@ -18,6 +19,7 @@ import argparse
 import concurrent.futures
 import os
 import pathlib
+import random
 import re
 import shutil
 import subprocess
@@ -66,10 +68,11 @@ class Result:
             self.stderr = log.read()
 
 
-def large_inputs(topic, directory):
+def large_inputs(topic, seed, directory):
     """Inputs of 1 MiB: the corpus over and over, and random bytes; more than once, as
     the first ones choose what a harness does with the others."""
-    texts = {f"random-{number}": os.urandom(large_input) for number in range(1, 5)}
+    source = random.Random(f"{topic} {seed}")
+    texts = {f"random-{number}": source.randbytes(large_input) for number in range(1, 5)}
     texts["corpus"] = b"".join(p.read_bytes() for p in sorted(committed(topic).glob("*")))
     for name, text in texts.items():
         if text:
@@ -78,13 +81,13 @@ def large_inputs(topic, directory):
             yield path
 
 
-def run(topic, seconds):
+def run(topic, seconds, seed):
     """Gives the line to print, and whether nothing was found."""
     failed = build / "failed"
     failed.mkdir(exist_ok=True)
     prefix = failed / f"{topic}-"
     slowest = 0.0
-    for path in large_inputs(topic, failed):
+    for path in large_inputs(topic, seed, failed):
         result = Result(topic, path)
         slowest = max(slowest, result.seconds)
         if result.returncode != 0:
@@ -94,7 +97,7 @@ def run(topic, seconds):
                     f" 1 MiB: {path}"), False
         path.unlink()
     corpus = [found(topic)] + [d for d in [committed(topic)] if d.is_dir()]
-    result = Result(topic, f"-max_total_time={seconds}", "-print_final_stats=1",
+    result = Result(topic, f"-max_total_time={seconds}", f"-seed={seed}", "-print_final_stats=1",
                     f"-artifact_prefix={prefix}", *corpus)
     stats = dict(re.findall(r"stat::(\w+):\s+(\d+)", result.stderr))
     if result.returncode != 0 or not stats:
@@ -114,13 +117,14 @@ def report(topic, result, kept):
             + "\n".join("    " + line for line in lines[:40]))
 
 
-def run_all(names, seconds, jobs):
+def run_all(names, seconds, seed, jobs):
+    print(f"seed {seed}")
     print(f"{'harness':<20} {'executions':>12} {'a second':>12} {'corpus':>8} {'1 MiB, s':>9}",
           flush=True)
     passed = True
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         for future in concurrent.futures.as_completed(
-                [pool.submit(run, topic, seconds) for topic in names]):
+                [pool.submit(run, topic, seconds, seed) for topic in names]):
             line, good = future.result()
             passed = passed and good
             print(line, flush=True)
@@ -149,6 +153,7 @@ def merge(topic):
 
 parser = argparse.ArgumentParser()
 parser.add_argument("--jobs", type=int, default=os.cpu_count())
+parser.add_argument("--seed", type=int, default=random.randrange(1, 1 << 32))
 parser.add_argument("command", choices=["run", "merge"])
 parser.add_argument("arguments", nargs="*")
 options = parser.parse_args()
@@ -161,4 +166,4 @@ if options.command == "merge":
     for name in names:
         merge(name)
 else:
-    sys.exit(0 if run_all(names or topics(), seconds, options.jobs) else 1)
+    sys.exit(0 if run_all(names or topics(), seconds, options.seed, options.jobs) else 1)

@@ -1,6 +1,7 @@
 #include "kit/temp_tree.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,9 +13,11 @@ namespace kit {
 
 TempTree::TempTree(const std::string& parent) {
     const fs::path base = parent.empty() ? fs::temp_directory_path() : fs::path(parent);
+    // Always ten digits: what a test meets with long paths is then the same in each run.
+    std::uniform_int_distribution<std::uint32_t> numbers(1'000'000'000);
     std::random_device device;
     do
-        root_ = (base / ("moxtest" + std::to_string(device()))).string();
+        root_ = (base / ("moxtest" + std::to_string(numbers(device)))).string();
     while (!fs::create_directory(root_));
 }
 
