@@ -127,8 +127,8 @@ TEST(Process, TemporaryFilesGoAndNothingPrintedIsLost) {
     const std::string kept = tree.write("kept", "kept");
     auto result = kit::run({"app_tool", "leave", tree.path("a"), tree.native("b")});
     EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.out, "not ended by a line feed");
-    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "in a buffer of its own, not ended by a line feed");
+    EXPECT_EQ(result.err, "in a wide one");
     EXPECT_FALSE(tree.exists("a") || tree.exists("b"));
     EXPECT_TRUE(tree.exists("kept"));
 }

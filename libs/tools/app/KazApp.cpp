@@ -83,6 +83,15 @@ KazString productPathValue(const char* product) {
     return "templates/ct;templates";
 }
 
+/// A stream whose owner lets it throw must not end the clean-up.
+template <typename Stream>
+void flushQuietly(Stream& stream) {
+    try {
+        stream.flush();
+    } catch (...) {
+    }
+}
+
 /// Not being able to delete is ignored, for want of memory too.
 void deleteQuietly(const char* path) {
     try {
@@ -160,8 +169,10 @@ KazFilePath* KazApp::getProductPath() {
 
 void KazApp::removeTemporaryFiles() {
     // The iostreams keep text of their own once they are unsynchronised.
-    std::cout.flush();
-    std::clog.flush();
+    flushQuietly(std::cout);
+    flushQuietly(std::clog);
+    flushQuietly(std::wcout);
+    flushQuietly(std::wclog);
     kaz::host::closeAllStreams();
     for (int i = tempFiles.getSize() - 1; i >= 0; --i)
         if (const void* path = tempFiles.getAt(i))

@@ -36,7 +36,8 @@ public:
     /// True for an application that shows its output in windows.
     virtual bool isGraphical() const = 0;
 
-    /// The application's argument set, made on first use and owned.
+    /// The application's argument set, made on first use and owned. It is empty
+    /// until the tool parses something into it (kaz_arg_parse).
     virtual KazParsedArgs* getParsedArgs();
 
     /// The master context in force; null when there is none. Not owned.
@@ -62,7 +63,8 @@ public:
     /// destroyed.
     static KazApp* getInstance() { return theApp; }
 
-    /// argv[0] as superMain has received it; "" when there is none.
+    /// argv[0] of the vector that superMain has received; "" when there is none.
+    /// The vector is not copied: what a tool changes in it shows here.
     static const char* getArgv0();
 
     /// Makes @p context the one in force; null for none. Takes no ownership.
@@ -76,8 +78,9 @@ public:
     /// True when another tool of the suite has started this one.
     bool isNestedCall() const { return nestedCall; }
 
-    /// Notes the file @p path (native or host spelling) for deletion when a
-    /// console application is destroyed.
+    /// Notes the file @p path (native or host spelling, copied, no "~") for
+    /// deletion when a console application is destroyed. A relative path counts
+    /// from the working directory of that moment. Directories are not deleted.
     void removeAtExit(const KazString& path);
 
     /// The directories in which the product's files are searched, from the
@@ -87,10 +90,14 @@ public:
     KazFilePath* getProductPath();
 
 protected:
-    /// Closes every open stdio stream of the process, so that the files can be
-    /// deleted on every host, then deletes the files given to removeAtExit, the
-    /// last one first, and forgets them. Nothing that was written is lost. A
-    /// file that cannot be deleted is left alone silently.
+    /// Writes out every stream of the process and ends its stdio streams, so
+    /// that the files can be deleted on every host, then deletes the files given
+    /// to removeAtExit, the last one first, and forgets them. A file that cannot
+    /// be deleted is left alone silently.
+    ///
+    /// Nothing that was written before is lost. From here on the standard
+    /// streams lead to the null device, and no other stdio stream that was open
+    /// may be used: hosts that cannot delete an open file have closed it.
     void removeTemporaryFiles();
 
 private:

@@ -25,7 +25,9 @@ class KAZ_API KazConsoleApp : public KazApp {
 public:
     KazConsoleApp();
 
-    /// Deletes the files given to removeAtExit.
+    /// Ends the stdio streams and deletes the files given to removeAtExit (see
+    /// removeTemporaryFiles): what static objects print that are destroyed after
+    /// this one goes nowhere.
     ~KazConsoleApp() override;
 
     bool isGraphical() const override;

@@ -15,7 +15,7 @@ public:
     KazEditorsBase(const KazEditorsBase&) = delete;
     KazEditorsBase& operator=(const KazEditorsBase&) = delete;
 
-    /// Leaves no object installed.
+    /// Leaves no object installed, whichever it was.
     virtual ~KazEditorsBase();
 
     /// The command that creates the editor @p editorName; here the name itself,

@@ -2,8 +2,6 @@
 
 #include "tools/app/KazApp.h"
 
-KazContext::~KazContext() = default;
-
 KazMasterContext::KazMasterContext() {
     if (KazApp* app = KazApp::getInstance())
         app->setActiveContext(this);

@@ -29,7 +29,8 @@ public:
     KazMasterContext& operator=(const KazMasterContext& other);
 
     /// Deletes the contexts in slot order. When this object is the active
-    /// context, the application has none afterwards.
+    /// context, the application has none afterwards: the one that was active
+    /// before does not come back by itself.
     virtual ~KazMasterContext();
 
     /// False: tells the contexts of documents, which derived classes add, from

@@ -13,8 +13,9 @@
 
 /// Parses as KazParsedArgs::parse does, into the application's set; with
 /// @p ownArgs into the tools context's own set, which is made if it is missing
-/// and gets the process-wide options of the application's set first. False
-/// when there is no application object.
+/// and on each such call gets the process-wide options of the application's set
+/// appended first, so that one of them on this line counts as repeated. False
+/// when there is no application object or, with @p ownArgs, no tools context.
 KAZ_API bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
                            const arg_type_enum* optional, int minUntagged, bool ownArgs);
 
@@ -37,6 +38,7 @@ KAZ_API bool kaz_arg_is_repeating(arg_type_enum type);
 KAZ_API KazString kaz_arg_text_encode(const char* text);
 
 /// True when @p text is non-empty and holds decimal digits only (no sign).
+/// Null counts as "".
 KAZ_API bool text_is_integer(const char* text);
 
 /// True when @p text holds only decimal digits and points, any number of them;

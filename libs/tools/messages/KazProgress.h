@@ -22,7 +22,7 @@ class KazProgressRange;
 ///
 /// Percentages outside 0 to 100, and values that are not numbers, are replaced
 /// by 100: a negative value completes the progress. `absolute` chooses the
-/// overall scale instead of the innermost range.
+/// overall scale instead of the innermost range, and leaves the ranges alone.
 class KAZ_API KazProgress {
 public:
     /// No range is open; see initialize().
@@ -47,7 +47,9 @@ public:
 
     /// Moves on to @p value. Within a range there is no way back: a value that
     /// is not above the one reached, and every value once the range is complete,
-    /// changes nothing. Without a range, opens one for the whole scale.
+    /// changes nothing. Without a range, opens one for the whole scale. On the
+    /// overall scale any value is stored, a smaller one too. What is stored is
+    /// cut to a whole number.
     /// @return what setProgress() gave; the range's percentage when unchanged
     virtual double set(double value, bool absolute);
 

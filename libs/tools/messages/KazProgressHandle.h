@@ -30,10 +30,11 @@ public:
     KazProgressHandle& operator=(const KazProgressHandle&) = default;
     virtual ~KazProgressHandle();
 
+    /// Whether the user wants to stop; calls no handler.
     bool cancelPending();
 
     /// Advances by @p delta percent of the innermost range, or of the whole when
-    /// @p absolute.
+    /// @p absolute. A @p delta outside 0 to 100 completes it.
     void increment(double delta, bool absolute);
 
     /// Shows a message beside the progress; @p level is the director's to weigh.
@@ -55,7 +56,8 @@ public:
     ///         anything else than such a value
     static bool parseChannel(const char* channel, int& id, int& a, int& b);
 
-    /// Null turns the checks for cancellation off.
+    /// Null turns the checks for cancellation off. A handler that may throw must
+    /// not destroy this handle.
     void setCancelHandler(void (*handler)());
 
     /// When the user wants to stop: runs the cancel handler, if there is one,
@@ -64,6 +66,7 @@ public:
     /// stays set, and the process goes on.
     void checkCancel();
 
+    /// Asks the director to start this progress anew; the console does nothing.
     void reset();
 
 private:

@@ -218,9 +218,11 @@ private:
 /// such a stream still fails, as it would have without this.
 void holdStandardStreams();
 
-/// Flushes and closes every stdio stream of the process, the standard ones
-/// included. Output that is written to one afterwards goes nowhere, input is at
-/// its end; no later file can be hit through a reused descriptor.
+/// Flushes every stdio stream of the process and puts the null device in place
+/// of the standard ones: output that is written to them afterwards goes nowhere,
+/// input is at its end, and no later file can be hit through a reused
+/// descriptor. The other streams are closed where an open file cannot be deleted
+/// (Windows); elsewhere they stay open, without a buffer.
 void closeAllStreams();
 
 /// Standard input's terminal stops echoing what is typed, until echoOn(). A

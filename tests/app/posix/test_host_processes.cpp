@@ -1,4 +1,4 @@
-// The name of a tool that was started under another one.
+// Names under which only a POSIX host starts a tool, and its devices.
 #include "app/lines.h"
 #include "kit/process.h"
 #include "kit/temp_tree.h"
@@ -25,4 +25,15 @@ TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
         EXPECT_EQ(lines["argv0"], argv0);
         EXPECT_EQ(lines["name"], name) << argv0;
     }
+}
+
+/// Its std::cout throws when it cannot write.
+TEST(Process, TemporaryFilesGoAlthoughNothingCanBePrinted) {
+    kit::TempTree tree;
+    kit::RunOptions options;
+    options.stdoutFile = "/dev/full";
+    const auto result = kit::run({"app_tool", "leave", tree.path("a")}, options);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.err, "in a wide one");
+    EXPECT_FALSE(tree.exists("a"));
 }

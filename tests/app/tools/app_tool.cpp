@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -54,6 +55,10 @@ int showProductPath(int argc, char** argv) {
 
 /// Leaves streams open and text unwritten, and registers its files for removal.
 int leaveFiles(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    std::cout.exceptions(std::ios::badbit);
+    std::cout << "in a buffer of its own, ";
+    std::wclog << L"in a wide one";
     for (int i = 2; i < argc; ++i) {
         std::FILE* stream = TI_fopen(argv[i], "w");
         std::fprintf(stream, "text");

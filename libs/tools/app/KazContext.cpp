@@ -1,0 +1,3 @@
+#include "tools/app/KazContext.h"
+
+KazContext::~KazContext() = default;
