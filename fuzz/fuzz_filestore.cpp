@@ -205,14 +205,16 @@ std::string takeProject(fuzz::Input& input) {
 }
 
 void compareAppending(fuzz::Input& input) {
-    const std::string dir = withoutEscape(takeProject(input)), sub = takePart(input);
+    const std::string dir = withoutEscape(takeProject(input)), part = takePart(input);
     std::string buffer = dir;
     buffer.resize(std::max(dir.size() + 1, input.between<std::size_t>(0, 160)), '#');
     buffer[dir.size()] = '\0';
     const std::size_t room = buffer.size();
-    const bool hasEnd = input.flag();
-    const int status =
-        kaz_fs_cat_dir(buffer.data(), hasEnd ? buffer.data() + room : nullptr, sub.c_str());
+    const bool hasEnd = input.flag(), isOwnTail = input.flag();
+    const std::size_t tail = isOwnTail ? input.between<std::size_t>(0, dir.size()) : 0;
+    const std::string sub = isOwnTail ? dir.substr(tail) : part;
+    const int status = kaz_fs_cat_dir(buffer.data(), hasEnd ? buffer.data() + room : nullptr,
+                                      isOwnTail ? buffer.data() + tail : part.c_str());
     Appended expected = append(dir, hasEnd ? room : dir.size(), sub);
     if (dir.size() >= nameSize)
         // It is not made here, but a step with a shorter relative name may have made it.

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -117,6 +118,7 @@ TEST_F(Filestore, OpensNothingForMissingAndLongNames) {
     EXPECT_TRUE(director.errors.empty()) << "only what could be named is reported";
 
     EXPECT_EQ(kaz_fs_open_sys_file(name, read), nullptr);
+    EXPECT_EQ(errno, ENOENT) << "also after the report";
     kaz_env_revision_asgn("7");
     EXPECT_EQ(kaz_fs_open_sys_file(name, read), nullptr);
     EXPECT_EQ(director.errors,

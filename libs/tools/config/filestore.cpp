@@ -101,8 +101,11 @@ std::FILE* openSysFile(const char* subdirectory, const char* name, const char* m
     if (!path || mode == nullptr)
         return nullptr;
     std::FILE* stream = kaz_fs_system_umask_fopen(path, mode);
-    if (stream == nullptr)
-        reportOpenFailure(name, errno);
+    if (stream == nullptr) {
+        const int error = errno;
+        reportOpenFailure(name, error);
+        errno = error;
+    }
     return stream;
 }
 
@@ -160,19 +163,22 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
     copyCut(name, nameSize, dir);
     edit_make_dir_name(name);
     const std::size_t room = end == nullptr ? length : end > dir ? std::size_t(end - dir) : 0;
+    char joined[nameSize];
+    const auto limit = static_cast<int>(std::min(room, nameSize));
+    const bool fits = !hasSub || TI_catfile(name, sub, joined, limit) != nullptr;
+    // Only from here on, because sub may be part of dir.
     if (std::strlen(name) < std::max(room, length + 1))
         std::strcpy(dir, name);
-    if (hasSub) {
-        const auto limit = static_cast<int>(std::min(room, nameSize));
-        if (TI_catfile(name, sub, name, limit) == nullptr)
-            return 2;
-        edit_make_dir_name(name);
-        // A "~" in sub may have grown beyond the caller's room.
-        if (std::strlen(name) >= room)
-            return 2;
-        std::strcpy(dir, name);
-    }
-    return isUsableDirectory(name) ? 0 : 1;
+    if (!fits)
+        return 2;
+    if (!hasSub)
+        return isUsableDirectory(name) ? 0 : 1;
+    edit_make_dir_name(joined);
+    // A "~" in sub may have grown beyond the caller's room.
+    if (std::strlen(joined) >= room)
+        return 2;
+    std::strcpy(dir, joined);
+    return isUsableDirectory(joined) ? 0 : 1;
 }
 
 unsigned long kaz_fs_file_umask(const char* path) {

@@ -24,6 +24,7 @@
 inline constexpr int kazFilestoreNameSize = 140;
 
 /// @name Database state of the tools context
+/// Without an application object it reads as 0 and false and cannot be set.
 /// @{
 KAZ_API int kazGetDbOpen();
 KAZ_API void kazSetDbOpen(int state);
@@ -31,17 +32,18 @@ KAZ_API bool kazIsDbReadonly();
 KAZ_API void kazSetDbReadonly(bool readonly);
 /// @}
 
-/// Sets the name of the filestore directory inside a system ("" for none).
+/// Sets the name of the filestore directory inside a system ("" for none); nothing
+/// without an application object.
 KAZ_API void kaz_fs_filestore_dir_asgn(const KazString& dir);
 
 /// Project directory, system and filestore directory joined; a part that would
 /// not fit, or that is empty, is left out. Makes the directories on the way.
 KAZ_API char* kaz_fs_filestore_path();
 
-/// Appends @p sub to the directory name in @p dir and makes that directory with
-/// its parents; "~" at the start is expanded. @p end points behind the room for
-/// the name; with a null @p end the room is the length of @p dir, so that only an
-/// empty @p sub fits. An empty @p sub keeps @p dir.
+/// Appends @p sub, which may be part of @p dir, to the directory name in @p dir and
+/// makes that directory with its parents; "~" at the start is expanded. @p end points
+/// behind the room for the name; with a null @p end the room is the length of @p dir,
+/// so that only an empty @p sub fits. An empty @p sub keeps @p dir.
 ///
 /// Returns 0 when the result is a directory that can be read and searched, and
 /// written too unless the database is read-only (an empty name passes); 1 when
@@ -58,15 +60,16 @@ KAZ_API unsigned long kaz_fs_file_umask(const char* path);
 KAZ_API unsigned long kaz_fs_system_umask();
 
 /// Opens a file under the mask of kaz_fs_system_umask; the process's mask is then
-/// what it was. Null when it does not open.
+/// what it was. The caller closes; null, with errno set, when it does not open.
 KAZ_API std::FILE* kaz_fs_system_umask_fopen(const char* path, const char* mode);
 
 /// Opens the file @p name of the system directory, or of the filestore directory
-/// inside it, under the mask of kaz_fs_system_umask. Null without a project
-/// directory, a system or a name, for a path of more than 140 characters, and
-/// when it does not open; the last is reported with the name, the revision and
-/// the platform's text for the error: on the error channel by a console
-/// application, on the message channel by a graphical one.
+/// inside it, under the mask of kaz_fs_system_umask; the caller closes. Null without
+/// a project directory, a system or a name, for a path of more than 140 characters,
+/// and when it does not open. Only the last leaves its errno and is reported, with
+/// the name, the revision and at most 30 characters of the platform's text for the
+/// error: on the error channel by a console application, on the message channel by
+/// a graphical one.
 /// @{
 KAZ_API std::FILE* kaz_fs_open_sys_file(char* name, char* mode);
 KAZ_API std::FILE* kaz_fs_open_filestore_file(char* name, char* mode);
@@ -100,9 +103,9 @@ KAZ_API int edit_make_dir_name(char* dir);
 /// system directory. Returns 0.
 KAZ_API int edit_set_store_dir();
 
-/// Replaces @p dir by its full path and makes that directory. @p dir has room for
-/// 140 characters; a full path that does not fit leaves it as it is. Null and ""
-/// are ignored.
+/// Replaces @p dir by its full path and makes that directory with its parents. @p dir
+/// has room for 140 characters; where the full path does not fit, the directory is
+/// made but @p dir stays as it is. Null and "" are ignored.
 KAZ_API void kaz_fs_make_absolute_dir(char* dir);
 
 /// What edit_name_is_legal checks, to be combined.

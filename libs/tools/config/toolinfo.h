@@ -21,6 +21,10 @@
 /// whose fatal error returns, the table is then empty and everything here works
 /// on.
 ///
+/// TI_Var, TI_Vasg and TI_V_user_file do not read the files. What TI_Var and
+/// TI_V_user_file define before the first lookup is replaced by the first file
+/// and stays against the others of the chain.
+///
 /// Everything here may be used before main and in static destructors. Paths are
 /// native text. Names and texts given as null count as "" unless said otherwise.
 #pragma once
@@ -56,16 +60,18 @@ KAZ_API const char* TI_SameEnvVcont(const char* name);
 KAZ_API int TI_Var(const char* line);
 
 /// Assigns a variable at run time, in front of what the files say; @p value
-/// beginning with "~" is expanded by _TI_hm, an empty one hides the files'
-/// definition. Without the overwrite flag a variable that the files define, or
-/// that is assigned already, stays. Returns 0, or -1 when nothing was assigned:
+/// beginning with "~" is expanded by _TI_hm, an empty or null one hides the files'
+/// definition. Without the overwrite flag a variable that the files' table has by
+/// now, or that is assigned already, stays. Returns 0, or -1 when nothing was assigned:
 /// also for a null @p name and without an application that has an active context.
 KAZ_API int TI_Vasg(const char* name, const char* value);
 
-/// Reads one more file into the files' table, its definitions replacing earlier
-/// ones of other files when @p overwrite is true. Returns 0, or -1 for a null
-/// path and for a file that cannot be read. The overwrite flag is what it was,
-/// and the table is unchanged when memory runs out.
+/// Reads one more file into the files' table. With @p overwrite its definitions
+/// replace earlier ones and the last one of a name wins; without it, earlier ones
+/// stay and the first one wins. "ToolInfo" in it leads to no further file, once the
+/// files are read. Returns 0, or -1 for a null path and for a file that cannot be
+/// read. The overwrite flag is what it was, and the table is unchanged when memory
+/// runs out.
 KAZ_API int TI_V_user_file(const char* path, bool overwrite);
 
 /// Sets the overwrite flag (true at start): whether a new definition replaces an

@@ -30,7 +30,8 @@ KAZ_API void vstring_pop_lookup_func();
 /// Removes all functions but the two at the bottom. Returns true.
 KAZ_API bool vstring_clear_lookup_funcs();
 
-/// Sets a simple variable, replacing an earlier value. Null counts as "".
+/// Sets a simple variable to a copy of @p value, replacing an earlier one. Null counts
+/// as "". Nothing without an application object, in whose tools context they are kept.
 KAZ_API void vstring_set_simple_var(const char* name, const char* value);
 
 /// The first answer that is not null, asked from the top of the stack down; null

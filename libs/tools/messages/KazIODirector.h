@@ -14,9 +14,10 @@ struct _gu_set_struct_;
 ///
 /// Callers use the static members, or the functions of messages.h, which are
 /// the same. These find the installed director and call its `do...` operation.
-/// The class itself is the console; a tool that shows its output elsewhere
-/// derives from it, overrides what it presents differently and installs one
-/// object of its own:
+/// The class itself is the console: errors go to standard error, all else to
+/// standard output, and answers come from standard input. A tool that shows its
+/// output elsewhere derives from it, overrides what it presents differently and
+/// installs one object of its own:
 ///
 /// @code
 ///   class WindowDirector : public KazIODirector {
@@ -106,7 +107,8 @@ public:
 
     /// Asks the user to choose one of the answers of @p type. On the console an
     /// empty line, an unknown answer and the end of input all mean
-    /// @p defaultReply; only the first letter of an answer counts.
+    /// @p defaultReply; only the first letter of an answer counts, and whatever the
+    /// type, it means Accept for o, y and r, Decline for c, n and a, Ignore for i.
     static Reply confirm(const KazString& title, const KazString& message, DialogType type,
                          Reply defaultReply);
 
@@ -121,7 +123,8 @@ public:
 
     /// @name Progress
     /// See KazProgressHandle, which most callers want. Advancing or ending an
-    /// unknown progress does nothing; a message is shown all the same.
+    /// unknown progress does nothing; a message is shown all the same. The console
+    /// begins a message with a newline and ends it with none.
     /// @{
 
     /// Starts a progress; the console ignores @p total.

@@ -42,9 +42,12 @@ KAZ_API void Textperror(int number);
 
 /// Registers a copy of @p text (null means "") under @p number, or replaces
 /// the text registered there. Returns @p number, or 0 when there is no memory for
-/// the entry of a new one; none for the text is a KazMemoryException. A text in the
-/// cache is not refreshed, and numbers of the message file (below 15872) are looked
-/// for among the registered ones only once TI_TextPut has been used.
+/// the entry of a new one; none for the text is a KazMemoryException.
+///
+/// Lookups find it when the message file opens, and give its first 128 characters
+/// at most. A text in the cache is not refreshed, and numbers 0 to 16127 are looked
+/// for among the registered ones only once TI_TextPut has been used. Number 0 is also
+/// the mark of an unused cache entry, which a lookup finds first.
 KAZ_API int TI_TextPutNo(char* text, int number);
 /// The text is only read, so that it may be constant.
 inline int TI_TextPutNo(const char* text, int number) {
