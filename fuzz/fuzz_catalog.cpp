@@ -29,9 +29,9 @@ void writeFile(const std::string& bytes) {
     tree().write("file", bytes);
 }
 
-std::FILE* openFile(KazString& name) {
+kaz::host::ReadableFile openFile(KazString& name) {
     name = "the file";
-    return std::fopen(tree().path("file").c_str(), "rb");
+    return kaz::host::ReadableFile(tree().path("file").c_str());
 }
 
 /// What the catalog is to do, on the bytes of a file in memory.

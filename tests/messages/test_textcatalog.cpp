@@ -73,11 +73,11 @@ TEST(TextCatalog, RegisteredTexts) {
               statistics.substr(statistics.size() / 2));
 }
 
-std::FILE* openFile(KazString& name) {
+kaz::host::ReadableFile openFile(KazString& name) {
     static const kit::TempTree tree;
     static const std::string file = tree.write("file", messageFile({{1, {"one"}}, {300, {"two"}}}));
     name = file.c_str();
-    return std::fopen(file.c_str(), "rb");
+    return kaz::host::ReadableFile(file.c_str());
 }
 
 /// Three lookups, one of them of a registered text. None may give a wrong text.
@@ -118,6 +118,23 @@ TEST(TextCatalog, WithoutMemoryTheNextLookupTriesAgain) {
                     error.starts_with("Memory allocation for message") ||
                     error.starts_with("Could not initialize text"))
             << error;
+}
+
+TEST(TextCatalog, AMissReadsWhatTheFileHoldsThen) {
+    static const kit::TempTree tree;
+    const auto open = [](KazString&) { return kaz::host::ReadableFile(tree.path("f").c_str()); };
+    std::string bytes = messageFile({{1, {"one"}}, {2, {"two"}}, {3, {"three"}}});
+    tree.write("f", bytes);
+    MessageCatalog catalog(open);
+    EXPECT_STREQ(catalog.look(1), "one");
+    bytes.replace(bytes.find("two"), 3, "TWO");
+    tree.write("f", bytes);
+    EXPECT_STREQ(catalog.look(2), "TWO");
+    tree.write("f", bytes.substr(0, bytes.find("three")));
+    EXPECT_STREQ(catalog.look(3), "");
+    EXPECT_STREQ(catalog.look(2), "TWO");
+    tree.write("f", bytes);
+    EXPECT_STREQ(catalog.look(3), "three");
 }
 
 TEST(TextCatalog, WithoutMemoryForItsEntryATextIsNotRegistered) {

@@ -1,10 +1,10 @@
 #include "tools/messages/textcatalog.h"
 
 #include "tools/config/toolinfo.h"
-#include "tools/files/detail/open_file.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/messages/detail/MessageCatalog.h"
+#include "tools/platform/host.h"
 #include "tools/util/text.h"
 
 #include <cerrno>
@@ -13,13 +13,13 @@
 
 namespace {
 
-std::FILE* openMessageFile(KazString& name) {
+kaz::host::ReadableFile openMessageFile(KazString& name) {
     const char* configured = TI_Vcont("msg_file");
     if (configured && *configured)
         name = configured;
     else
         name = kazComposePath(TI_myRootDir(), "bin\\W32NTX86\\msg_file");
-    return kaz::detail::openRegularFile(name, "rb");
+    return kaz::host::ReadableFile(name);
 }
 
 /// Static objects may ask for a text before and after main: the catalog is there

@@ -22,9 +22,9 @@
 /// later ones read from it all the same.
 ///
 /// Texts are read on demand through a cache of 20. A hit costs a scan of 20
-/// numbers; a miss seeks and reads the 128 bytes of the text. An index table is
-/// read when its block is first used and then kept. State is process-wide and
-/// unlocked.
+/// numbers; a miss reads the 128 bytes of the text with one system call, as the
+/// file holds them then. An index table is read when its block is first used and
+/// then kept. State is process-wide and unlocked.
 #pragma once
 
 #include "tools/export.h"

@@ -152,6 +152,33 @@ std::FILE* createTemporary(const char* directory, const char* prefix, std::strin
 /// The same for a directory of its own, for the user alone.
 int createTemporaryDirectory(const char* parent, const char* prefix, std::string& path);
 
+// ------------------------------------------------------------- files, by place
+
+/// A regular file that is open for reading, wherever in it the caller likes. Not
+/// handed on to child processes.
+class ReadableFile {
+public:
+    /// Not open.
+    constexpr ReadableFile() = default;
+    /// Opens by native path, following links. Check isOpen(); errno tells why not:
+    /// EISDIR for a directory, EINVAL for any other special file (neither is opened).
+    explicit ReadableFile(const char* path);
+    ReadableFile(ReadableFile&& other) noexcept;
+    ReadableFile& operator=(ReadableFile&& other) noexcept;
+    ReadableFile(const ReadableFile&) = delete;
+    ReadableFile& operator=(const ReadableFile&) = delete;
+    ~ReadableFile();
+
+    bool isOpen() const { return handle_ != -1; }
+    /// Reads the @p size bytes at @p offset as the file holds them now. Fewer at its
+    /// end or after a failure, none where it is not open; the result is their number.
+    /// One system call where nothing interrupts it.
+    std::size_t read(std::uint64_t offset, void* to, std::size_t size) const;
+
+private:
+    std::intptr_t handle_ = -1;
+};
+
 // -------------------------------------------------------- files, by directory
 
 /// Does @p name match a wildcard? "*" is any run of characters, a leading dot

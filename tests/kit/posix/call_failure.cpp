@@ -102,7 +102,7 @@ const char* FailCall::name() const {
         return -1;                                                                                 \
     }
 
-/// A call that can do a part of its work; its last argument is a size.
+/// A call that can do a part of its work, of so many bytes as its argument "size" says.
 #define KIT_TRANSFER(function, Parameters, Arguments)                                              \
     KIT_DEFINITION(ssize_t, function, Parameters) {                                                \
         KIT_NEXT(ssize_t, function, Parameters);                                                   \
@@ -146,6 +146,8 @@ KIT_CLOSING(close, int)
 KIT_CLOSING(closedir, DIR*)
 KIT_CLOSING(fclose, FILE*)
 KIT_TRANSFER(read, (int file, void* buffer, std::size_t size), (file, buffer, size))
+KIT_TRANSFER(pread, (int file, void* buffer, std::size_t size, off_t offset),
+             (file, buffer, size, offset))
 KIT_TRANSFER(write, (int file, const void* buffer, std::size_t size), (file, buffer, size))
 KIT_TRANSFER(copy_file_range,
              (int from, off_t* offset, int to, off_t* target, std::size_t size, unsigned flags),

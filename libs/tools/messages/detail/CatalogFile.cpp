@@ -1,31 +1,22 @@
 #include "tools/messages/detail/CatalogFile.h"
 
-#include "tools/files/detail/open_file.h"
 #include "tools/messages/messages.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace kaz::detail {
 
 using namespace catalog;
 
 CatalogFile::~CatalogFile() {
-    if (stream)
-        std::fclose(stream);
     for (Table* table : tables)
         std::free(table);
 }
 
-bool CatalogFile::open(std::FILE* file) {
-    stream = file;
-    // A record is read whole or not at all: a buffer would only read more than that.
-    std::setvbuf(stream, nullptr, _IONBF, 0);
-    return readAt(0, header, headerSize) == headerSize && longAt(header) == magic;
-}
-
-/// Reads @p size bytes; fewer at the end of the file or after a failure.
-std::size_t CatalogFile::readAt(long offset, void* to, std::size_t size) {
-    return std::fseek(stream, offset, SEEK_SET) == 0 ? readFully(stream, to, size) : 0;
+bool CatalogFile::open(host::ReadableFile from) {
+    file = std::move(from);
+    return file.read(0, header, headerSize) == headerSize && longAt(header) == magic;
 }
 
 const CatalogFile::Table* CatalogFile::findTable(int block) {
@@ -43,14 +34,14 @@ const CatalogFile::Table* CatalogFile::findTable(int block) {
     if (position == 0)
         return nullptr;
     unsigned char bytes[tableSize] = {};
-    const std::size_t size = readAt(position * unit, bytes, tableSize);
+    const std::size_t size = file.read(position * unit, bytes, tableSize);
     for (std::size_t i = 0; i < table->size(); ++i)
         (*table)[i] = wordAt(bytes + 2 * i);
     return size == tableSize ? table : nullptr;
 }
 
 bool CatalogFile::readText(std::uint16_t position, char* text) {
-    return readAt(position * unit, text, recordSize) == recordSize;
+    return file.read(position * unit, text, recordSize) == recordSize;
 }
 
 } // namespace kaz::detail

@@ -3,16 +3,17 @@
 #pragma once
 
 #include "tools/messages/detail/catalog_layout.h"
+#include "tools/platform/host.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 namespace kaz::detail {
 
 /// The header, index tables and texts of an open message file. Header and tables
-/// are read once and kept; a text is read each time, as the file has it then.
+/// are read once and kept; a text is read each time, as the file has it then, with
+/// one system call.
 /// Memory comes from the plain C functions: running out of it is one of the
 /// ordinary reasons for having no text.
 class CatalogFile {
@@ -26,11 +27,11 @@ public:
     CatalogFile(const CatalogFile&) = delete;
     CatalogFile& operator=(const CatalogFile&) = delete;
 
-    bool isOpen() const { return stream != nullptr; }
+    bool isOpen() const { return file.isOpen(); }
 
-    /// Takes over a stream that is open for reading; only once. False when it
-    /// does not begin as a message file; it is kept and read from all the same.
-    bool open(std::FILE* file);
+    /// Takes over an open file; only once. False when it does not begin as a
+    /// message file; it is kept and read from all the same.
+    bool open(host::ReadableFile from);
 
     /// The index table of @p block; null when there is none. Whatever becomes of
     /// the first attempt, a table stays in its slot, so that a damaged block is not
@@ -45,9 +46,7 @@ public:
     bool readText(std::uint16_t position, char* text);
 
 private:
-    std::size_t readAt(long offset, void* to, std::size_t size);
-
-    std::FILE* stream = nullptr;
+    host::ReadableFile file;
     unsigned char header[catalog::headerSize] = {};
     Table* tables[catalog::blockCount] = {};
 };

@@ -100,10 +100,10 @@ bool MessageCatalog::start() {
     if (!makeCache())
         return false;
     KazString name;
-    std::FILE* stream = openFile(name);
-    if (!stream)
+    host::ReadableFile found = openFile(name);
+    if (!found.isOpen())
         return false;
-    if (file.open(stream))
+    if (file.open(std::move(found)))
         return true;
     print_err("Warning: Magic number mismatch msg file %s", name.getValue());
     return false;

@@ -14,8 +14,8 @@ namespace kaz::detail {
 /// What TextLook and its relatives work on; see textcatalog.h.
 class MessageCatalog {
 public:
-    /// Opens the message file and tells its name; null when there is none.
-    using Opener = std::FILE* (*)(KazString& name);
+    /// Opens the message file and tells its name; not open when there is none.
+    using Opener = host::ReadableFile (*)(KazString& name);
 
     /// Uses of cache entries are numbered from @p firstStamp on.
     constexpr explicit MessageCatalog(Opener opener, std::uint32_t firstStamp = 1)

@@ -1,6 +1,7 @@
 #include "tools/platform/posix/copy_at.h"
 
 #include "tools/platform/posix/descriptor.h"
+#include "tools/platform/posix/open_regular.h"
 
 #include <array>
 #include <cstdio>
@@ -23,31 +24,6 @@ constexpr std::size_t kernelPiece = std::size_t{64} << 20;
 
 bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-int look(int dir, const char* name, int flags, struct stat& info) {
-    return retry([&] { return ::fstatat(dir, name, &info, flags); });
-}
-
-/// Opening a pipe or a device can block or do something, so the kind is known
-/// first; a file that is swapped in between is caught after the opening.
-int checkRegular(const struct stat& info) {
-    if (S_ISREG(info.st_mode))
-        return 0;
-    return failWith(S_ISDIR(info.st_mode) ? EISDIR : EINVAL);
-}
-
-/// A plain file is known to be one from the listing. Anything else is examined
-/// before it is opened.
-Descriptor openSource(int dir, const char* name, bool isPlain, struct stat& info) {
-    if (!isPlain && (look(dir, name, 0, info) != 0 || checkRegular(info) != 0))
-        return Descriptor();
-    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isPlain ? O_NOFOLLOW : 0);
-    Descriptor source(retry([&] { return ::openat(dir, name, flags); }));
-    if (!source.isOpen() || look(source.get(), "", AT_EMPTY_PATH, info) != 0 ||
-        checkRegular(info) != 0)
-        return Descriptor();
-    return source;
 }
 
 /// May the copy of @p source take the place of @p target?
@@ -267,7 +243,7 @@ int copyBeside(int source, const struct stat& info, int targetDir, const char* t
 int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const char* target,
            bool mayReplace) {
     struct stat info;
-    const Descriptor from = openSource(sourceDir, source, isPlain, info);
+    const Descriptor from = openRegular(sourceDir, source, isPlain, info);
     if (!from.isOpen())
         return -1;
     // Before the work where that is much, and where the name is likely taken.

@@ -10,14 +10,6 @@ namespace kaz::host {
 
 namespace {
 
-int checkRegular(const std::wstring& source, FileStatus& info) {
-    if (statusOfLiteral(source, true, info) != 0)
-        return -1;
-    if (info.kind == Kind::file)
-        return 0;
-    return failWith(info.kind == Kind::directory ? EISDIR : EINVAL);
-}
-
 int checkTarget(const std::wstring& target, const FileStatus& source, bool mayReplace) {
     FileStatus info;
     if (statusOfLiteral(target, false, info) != 0)
@@ -82,7 +74,7 @@ private:
 
 int copyLiteral(const std::wstring& source, const std::wstring& target, bool mayReplace) {
     FileStatus info;
-    if (checkRegular(source, info) != 0 || checkTarget(target, info, mayReplace) != 0)
+    if (statusOfRegular(source, info) != 0 || checkTarget(target, info, mayReplace) != 0)
         return -1;
     Beside beside(target);
     if (beside.fill(source) != 0 || beside.dateNow() != 0)

@@ -77,6 +77,14 @@ int statusOfLiteral(const std::wstring& path, bool followLink, FileStatus& resul
     return 0;
 }
 
+int statusOfRegular(const std::wstring& path, FileStatus& result) {
+    if (statusOfLiteral(path, true, result) != 0)
+        return -1;
+    if (result.kind == Kind::file)
+        return 0;
+    return failWith(result.kind == Kind::directory ? EISDIR : EINVAL);
+}
+
 int status(const char* path, FileStatus& result) {
     result = FileStatus();
     const std::wstring literal = literalPath(path);

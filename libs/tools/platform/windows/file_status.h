@@ -15,4 +15,8 @@ Kind kindOfAttributes(unsigned long attributes);
 /// status() by a literal path; without following a link at its end on demand.
 int statusOfLiteral(const std::wstring& path, bool followLink, FileStatus& result);
 
+/// The same of what must be a regular file, links followed: otherwise it fails, with
+/// EISDIR for a directory and EINVAL for what is no file at all.
+int statusOfRegular(const std::wstring& path, FileStatus& result);
+
 } // namespace kaz::host

@@ -1,0 +1,47 @@
+#include "tools/platform/host.h"
+#include "tools/platform/posix/open_regular.h"
+
+#include <fcntl.h>
+#include <utility>
+
+namespace kaz::host {
+
+namespace {
+
+int openFor(const char* path) {
+    struct stat info;
+    return canName(path) ? openRegular(AT_FDCWD, hostPath(path).c_str(), false, info).release()
+                         : failWith(ENOENT);
+}
+
+} // namespace
+
+ReadableFile::ReadableFile(const char* path) : handle_(openFor(path)) {}
+
+ReadableFile::ReadableFile(ReadableFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, -1)) {}
+
+ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+}
+
+ReadableFile::~ReadableFile() {
+    Descriptor closing(static_cast<int>(handle_));
+}
+
+std::size_t ReadableFile::read(std::uint64_t offset, void* to, std::size_t size) const {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = retry([&] {
+            return ::pread(static_cast<int>(handle_), static_cast<char*>(to) + done, size - done,
+                           static_cast<off_t>(offset + done));
+        });
+        if (count <= 0)
+            break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+} // namespace kaz::host
