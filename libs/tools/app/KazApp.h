@@ -90,14 +90,15 @@ public:
     KazFilePath* getProductPath();
 
 protected:
-    /// Writes out every stream of the process and ends its stdio streams, so
-    /// that the files can be deleted on every host, then deletes the files given
-    /// to removeAtExit, the last one first, and forgets them. A file that cannot
-    /// be deleted is left alone silently.
+    /// Writes out and ends the standard streams, those of C++ included, and
+    /// every other stdio stream of the process, so that the files can be deleted
+    /// on every host. Then deletes the files given to removeAtExit, the last one
+    /// first, and forgets them. A file that cannot be deleted is left alone
+    /// silently.
     ///
-    /// Nothing that was written before is lost. From here on the standard
-    /// streams lead to the null device, and no other stdio stream that was open
-    /// may be used: hosts that cannot delete an open file have closed it.
+    /// From here on the standard streams lead to the null device, and no other
+    /// stdio stream that was open may be used: hosts that cannot delete an open
+    /// file have closed it.
     void removeTemporaryFiles();
 
 private:
