@@ -99,8 +99,26 @@ TYPED_TEST(StringRules, EditsThatFindNothingLeaveTheBlockAlone) {
     a.removeFrom(5);
     a.removeBefore(0);
     a.split(q);
-    a.fillFrom(q, 5);
+    a.fillFrom(q, -1);
+    a.fillBefore(q, -1);
     EXPECT_EQ(a.disguise(), sharer.disguise());
+}
+
+TYPED_TEST(StringRules, EditsInPlaceTakeABlockOfTheirOwnEvenForNothing) {
+    const auto q = wideChar<TypeParam>('q');
+    const TestText<TypeParam> hello("HELLO"), other("qx");
+    const std::vector<std::function<void(TypeParam&)>> edits = {
+        [&](TypeParam& s) { s.fillFrom(q, 5); },      [&](TypeParam& s) { s.fillBefore(q, 0); },
+        [&](TypeParam& s) { s.translate(other, q); }, [&](TypeParam& s) { s.toUpper(); },
+        [&](TypeParam& s) { s.getBuffer(0); },
+    };
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        TypeParam s(hello);
+        const TypeParam sharer = s;
+        edits[i](s);
+        EXPECT_EQ(plain(s), "HELLO") << "edit " << i;
+        EXPECT_EQ(blockOf(sharer).referenceCount, 1) << "edit " << i;
+    }
 }
 
 TYPED_TEST(StringRules, WhatLeavesNoTextLeavesNoBlock) {
