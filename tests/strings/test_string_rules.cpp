@@ -369,6 +369,9 @@ TEST(NarrowString, FormatsTextOfAnyLength) {
 TEST(NarrowString, TextOnEitherSideOfAnOperator) {
     const KazString s("b");
     EXPECT_EQ("a" + s + 'c' + "d" + s, "abcdb");
+    char buffer[] = "xy"; // not const: the built-in operators would do as well
+    EXPECT_EQ(buffer + s + buffer, "xybxy");
+    EXPECT_TRUE(buffer != s && s < buffer);
     std::ostringstream out;
     out << s << KazString() << KazWString("w");
     EXPECT_EQ(out.str(), "bw");

@@ -30,6 +30,9 @@ TEST(WideText, PlainTextGoesThereAndBack) {
     EXPECT_EQ(KazString(wide.getValue()), narrow);
     EXPECT_EQ(blockOf(wide.toNarrow()).bufferLength, 19);
     EXPECT_TRUE("<" + wide.subString(0, 5) + ">" == "<plain>");
+    char buffer[] = "a";
+    unsigned short units[] = {'b', 0};
+    EXPECT_TRUE(buffer + (units + wide + units) + buffer == "abplain textba");
     EXPECT_TRUE(wide < "plant" && wide != "plain");
 }
 

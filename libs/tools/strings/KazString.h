@@ -269,8 +269,11 @@ public:
     KazString operator+(char c) const;
     KazString operator+(const char* s) const;
     KazString operator+(const KazString& o) const;
-    // Without it, a text on the left would add the string's bool to a pointer.
+    // Without these, a text on the left or in a buffer that may be written to
+    // would also match the built-in sum of a pointer and the string's bool.
     friend KazString operator+(const char* a, const KazString& b) { return KazString(a) + b; }
+    friend KazString operator+(char* a, const KazString& b) { return KazString(a) + b; }
+    KazString operator+(char* s) const { return *this + static_cast<const char*>(s); }
 
     /// Replaces the text by the printf-formatted one, which ends at its first
     /// NUL and may be of any length. Nothing is written for a conversion that

@@ -188,6 +188,15 @@ public:
         return KazWString(a) + b;
     }
     friend KazWString operator+(const char* a, const KazWString& b) { return KazWString(a) + b; }
+    // Buffers that may be written to, as for KazString.
+    KazWString operator+(unsigned short* s) const {
+        return *this + static_cast<const unsigned short*>(s);
+    }
+    KazWString operator+(char* s) const { return *this + KazWString(s); }
+    friend KazWString operator+(unsigned short* a, const KazWString& b) {
+        return KazWString(a) + b;
+    }
+    friend KazWString operator+(char* a, const KazWString& b) { return KazWString(a) + b; }
     /// @}
 
     /// @name Searching
