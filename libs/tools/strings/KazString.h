@@ -120,7 +120,8 @@ public:
     int compare(const char* s) const;
     int compare(const KazString& o) const;
     /// As compare over at most @p n characters, with the sign of the runtime's
-    /// `strncmp`. An empty side decides before @p n is looked at.
+    /// `strncmp`; a negative @p n is no limit. An empty side decides before
+    /// @p n is looked at.
     int compareN(const char* s, int n) const;
     int compareN(const KazString& o, int n) const;
     bool equalsN(const char* s, int n) const;
@@ -302,7 +303,8 @@ public:
     /// any character, `*` any run of characters, `[abc]` one of a set (ranges
     /// `[a-z]`; `^` or `!` first negates; a `]` directly after that is in the
     /// set; without a closing `]` the `[` is literal), `\` makes the next
-    /// character literal, in sets too. Time is at most pattern times text.
+    /// character literal, in sets too. A match begins at a character: at the
+    /// very end not even `*` matches. Time is at most pattern times text.
     int findPattern(const char* pattern, int start = 0) const;
     int findPattern(const KazString& pattern, int start = 0) const;
 
@@ -399,12 +401,14 @@ public:
     /// @}
 
     /// @name Filling
+    /// Takes a block of its own for it, even where no character changes. Nothing
+    /// happens on a null string or for a position or count below 0.
     /// @{
 
     /// Makes every character @p c.
     void fill(char c);
     /// Makes the @p n characters from @p start on @p c; the string grows where
-    /// they lie beyond its end, a gap included. Nothing happens on a null string.
+    /// they lie beyond its end, a gap included. Nothing happens for @p n 0.
     void fill(char c, int start, int n);
     /// Makes the characters from @p start to the end @p c.
     void fillFrom(char c, int start);
