@@ -52,6 +52,35 @@ TYPED_TEST(StringRules, EscapingMakesRoomForACharacterAsOftenAsTheSetNamesIt) {
     EXPECT_EQ(blockOf(lines).bufferLength, 35); // for 8 + 8 + 8
 }
 
+TYPED_TEST(StringRules, RebuildingFitsTheBlockToTheTextAndEditsInPlaceKeepIt) {
+    using Edit = std::function<void(TypeParam&)>;
+    const auto x = wideChar<TypeParam>('x');
+    const TestText<TypeParam> l("l"), ab("ab"), none("");
+    const auto capacitiesAfter = [](const std::vector<Edit>& edits) {
+        std::vector<int> result;
+        for (const Edit& edit : edits) {
+            TypeParam s(TestText<TypeParam>("hello\n"));
+            s.setSize(100);
+            edit(s);
+            result.push_back(blockOf(s).bufferLength);
+        }
+        return result;
+    };
+    const std::vector<Edit> rebuilding = {
+        [&](TypeParam& s) { s.prepend(ab); },       [&](TypeParam& s) { s.insert(2, ab); },
+        [&](TypeParam& s) { s.insert(99, ab); },    [&](TypeParam& s) { s.remove(1, 1); },
+        [&](TypeParam& s) { s.replace(1, 1, ab); }, [&](TypeParam& s) { s.replace(l, ab); },
+        [&](TypeParam& s) { s.escape(l, x); },      [&](TypeParam& s) { s.unescape('h'); },
+        [&](TypeParam& s) { s.escapeForQrl(none); }};
+    EXPECT_EQ(capacitiesAfter(rebuilding), std::vector<int>(rebuilding.size(), 19));
+    const std::vector<Edit> inPlace = {
+        [&](TypeParam& s) { s.append(ab); },       [&](TypeParam& s) { s.append(x); },
+        [&](TypeParam& s) { s.repeat(ab, 47); },   [&](TypeParam& s) { s.fill(x, 90, 25); },
+        [&](TypeParam& s) { s.translate(l, ab); }, [&](TypeParam& s) { s.toUpper(); },
+        [&](TypeParam& s) { s.setLength(1); },     [&](TypeParam& s) { s.escape(ab, x); }};
+    EXPECT_EQ(capacitiesAfter(inPlace), std::vector<int>(inPlace.size(), 115));
+}
+
 TYPED_TEST(StringRules, CopiesShareUntilOneIsChanged) {
     TypeParam a(TestText<TypeParam>("hello"));
     TypeParam b = a;
