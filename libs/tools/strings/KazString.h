@@ -30,7 +30,7 @@
 /// Rules that hold for all members:
 /// - A null `const char*` counts as "".
 /// - Indexes count from 0. A search that finds nothing, and one with an invalid
-///   argument, gives -1; an edit with an invalid position does nothing.
+///   argument, gives -1; an edit with an invalid position or count does nothing.
 /// - An argument may be this string, share its block or point into its text:
 ///   its value at the time of the call counts.
 /// - Character sets are terminated texts; NUL belongs to none.
