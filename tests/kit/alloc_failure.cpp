@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <new>
+#include <thread>
 #include <utility>
 
 namespace kit {
@@ -37,6 +38,16 @@ void useReserveOnce() {
     }
 }
 
+/// With one thread the library takes blocks of strings that are freed for new ones,
+/// and asks for no memory. From here on it has had a second thread and asks.
+void haveTwoThreadsOnce() {
+    static const bool had = [] {
+        std::thread([] {}).join();
+        return true;
+    }();
+    static_cast<void>(had);
+}
+
 } // namespace
 
 bool detail::shallFail() {
@@ -62,6 +73,7 @@ FailAllocation::FailAllocation(long n, Mode mode) {
     if (std::get_new_handler() == nullptr)
         std::set_new_handler(throwMemoryException);
     failOnward = false;
+    haveTwoThreadsOnce();
     useReserveOnce();
     hasHit = false;
     failOnward = mode == onward;

@@ -2,12 +2,15 @@
 
 #include "tools/app/KazMemoryException.h"
 #include "tools/strings/detail/Block.h"
+#include "tools/strings/detail/SpareBlocks.h"
 
 #include <cstdio>
 #include <cstdlib>
 
 void KazStringRep::destroy(void* text) {
-    std::free(of(text));
+    KazStringRep* const rep = of(text);
+    if (!kaz::detail::spareBlocks.keep(rep))
+        std::free(rep);
 }
 
 void kaz::detail::throwTextTooLong() {

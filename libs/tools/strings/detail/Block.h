@@ -4,6 +4,7 @@
 
 #include "tools/strings/KazStringRep.h"
 #include "tools/strings/detail/Characters.h"
+#include "tools/strings/detail/SpareBlocks.h"
 #include "tools/util/detail/allocate.h"
 
 #include <algorithm>
@@ -37,13 +38,11 @@ struct Block {
     /// shows memory of others.
     static Ch* make(std::int64_t length, std::int64_t capacity) {
         const std::int32_t room = bufferLength(capacity);
-        const std::size_t size = bytes(room);
-        auto* const rep =
-            static_cast<KazStringRep*>(length == 0 ? allocateZeroed(size) : allocate(size));
+        KazStringRep* const rep = length == 0 ? freshZeroed(room) : fresh(room);
         // A block of exact size has few spare characters. Clearing a fixed number
         // at its end takes one instruction instead of a call; what else lies
         // there is written after that.
-        const bool isExact = room - length < granularity && size >= granularity * sizeof(Ch);
+        const bool isExact = room - length < granularity && bytes(room) >= granularity * sizeof(Ch);
         if (isExact)
             std::memset(characters(rep) + room + 1 - granularity, 0, granularity * sizeof(Ch));
         *rep = {static_cast<std::int32_t>(length), room, 1};
@@ -60,11 +59,11 @@ struct Block {
         return text;
     }
 
-    /// A block for exactly @p s, which is not empty. The short way: tokens and
-    /// pieces of texts are made so.
+    /// A block for exactly @p s. The short way: tokens and pieces of texts are made
+    /// so.
     static Ch* make(Text<Ch> s) {
         const std::int32_t room = bufferLength(s.length);
-        auto* const rep = static_cast<KazStringRep*>(allocate(bytes(room)));
+        KazStringRep* const rep = fresh(room);
         Ch* const text = characters(rep);
         // In the smallest block the last 16 bytes are all of it.
         if constexpr (sizeof(Ch) == 1)
@@ -99,6 +98,22 @@ struct Block {
 
 private:
     static constexpr std::int32_t granularity = 16;
+
+    /// A block of undefined content.
+    static KazStringRep* fresh(std::int32_t room) {
+        if constexpr (sizeof(Ch) == 1)
+            if (KazStringRep* const spare = spareBlocks.take(room))
+                return spare;
+        return static_cast<KazStringRep*>(allocate(bytes(room)));
+    }
+    static KazStringRep* freshZeroed(std::int32_t room) {
+        if constexpr (sizeof(Ch) == 1)
+            if (KazStringRep* const spare = spareBlocks.take(room)) {
+                std::memset(characters(spare), 0, static_cast<std::size_t>(room) + 1);
+                return spare;
+            }
+        return static_cast<KazStringRep*>(allocateZeroed(bytes(room)));
+    }
 
     static KazStringRep* resized(Ch* text, std::int32_t room) {
         auto* const rep =

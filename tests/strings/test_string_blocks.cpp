@@ -1,0 +1,125 @@
+// Strings that come and go beside a model of their texts: blocks that are freed may
+// be taken again. A program of its own, as it begins with one thread.
+
+#include "kit/random.h"
+#include "string_kit.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <utility>
+
+namespace {
+
+/// Strings of one width in places that are filled, changed and emptied at random.
+template <class String>
+class Places {
+public:
+    Places() : strings_(24), texts_(24) {}
+
+    void change(kit::Random& random) {
+        const std::size_t to = place(random), from = place(random);
+        const std::string text = random.text(140, "abcxyz");
+        switch (random.below(6)) {
+        case 0:
+            strings_[to] = TestText<String>(text);
+            texts_[to] = text;
+            EXPECT_EQ(trashBehind(strings_[to]), 0);
+            break;
+        case 1:
+            strings_[to] = strings_[from];
+            texts_[to] = texts_[from];
+            break;
+        case 2:
+            strings_[to].append(TestText<String>(text.substr(0, 3)));
+            texts_[to] += text.substr(0, 3);
+            break;
+        case 3:
+            strings_[to] = strings_[from].subString(1, 5);
+            texts_[to] = texts_[from].size() > 1 ? texts_[from].substr(1, 5) : "";
+            EXPECT_EQ(trashBehind(strings_[to]), 0);
+            break;
+        case 4: { // room that is asked for is empty, whatever was there
+            String room;
+            room.getBuffer(random.between(1, 140));
+            EXPECT_EQ(trashBehind(room), 0);
+            break;
+        }
+        default:
+            strings_[to] = String();
+            texts_[to].clear();
+        }
+    }
+
+    void expectRight() const {
+        for (std::size_t i = 0; i < strings_.size(); ++i)
+            EXPECT_EQ(plain(strings_[i]), texts_[i]) << "at " << i;
+        EXPECT_EQ(faultOf(strings_), "");
+    }
+
+private:
+    std::size_t place(kit::Random& random) const {
+        return static_cast<std::size_t>(random.below(static_cast<int>(strings_.size())));
+    }
+
+    /// How many characters behind the text are not 0.
+    static int trashBehind(const String& s) {
+        int count = 0;
+        if (!s.isEmpty() || s.disguise() != nullptr)
+            for (int i = s.getLength(); i <= blockOf(s).bufferLength; ++i)
+                count += s.getValue()[i] != 0;
+        return count;
+    }
+
+    std::vector<String> strings_;
+    std::vector<std::string> texts_;
+};
+
+/// Both widths by turns: a block of one may become one of the other.
+struct Work {
+    Places<KazString> narrow;
+    Places<KazWString> wide;
+
+    void go(std::uint64_t seed) {
+        kit::Random random(seed);
+        for (int step = 0; step < 4000; ++step) {
+            if (random.oneIn(2))
+                narrow.change(random);
+            else
+                wide.change(random);
+            if (step % 200 == 0)
+                expectRight();
+        }
+        expectRight();
+    }
+
+    void expectRight() const {
+        narrow.expectRight();
+        wide.expectRight();
+    }
+};
+
+TEST(StringBlocks, HoldTheTextsOfTheirStringsInOneThreadAndInSeveral) {
+    SCOPED_TRACE(kit::seedText());
+    const std::uint64_t seed = kit::seed();
+    Work first;
+    first.go(seed);
+
+    // Others begin with strings of this thread, which goes on meanwhile.
+    std::vector<Work> works(3);
+    for (std::size_t i = 0; i < works.size(); ++i)
+        works[i].go(seed + i);
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < works.size(); ++i)
+        threads.emplace_back([work = std::move(works[i]), i, seed]() mutable {
+            work.expectRight();
+            work.go(seed + 10 + i);
+        });
+    for (std::uint64_t i = 0; i < 3; ++i)
+        first.go(seed + 20 + i);
+    for (std::thread& thread : threads)
+        thread.join();
+    first.go(seed + 30);
+}
+
+} // namespace
