@@ -103,6 +103,7 @@ TEST(Process, ExceptionsBecomeStatusesAndOneMessage) {
                           {"file", "Could not find \"100%s\".\n"},
                           {"reported", ""},
                           {"standard", "Internal error #2\n"},
+                          {"rethrown", "Internal error #2\n"},
                           {"director", "Internal error #2\n"}};
     for (const Case& c : cases) {
         auto result = kit::run({"app_tool", c.what});

@@ -182,6 +182,7 @@ void KazApp::removeTemporaryFiles() {
 
 void KazApp::setHandlers() {
     std::set_terminate(terminateHandler);
+    kaz::host::terminateOnUncaughtRethrow();
     std::set_new_handler(newHandler);
 }
 

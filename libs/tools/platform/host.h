@@ -296,4 +296,8 @@ Completion runShell(const char* command, OutputSink* sink);
 /// The host's text for an errno value; empty when it has none for it.
 std::string errorText(int number);
 
+/// From now on an exception that is caught, thrown anew and then caught by nobody
+/// ends in std::terminate() on every host, as one does that is thrown first.
+void terminateOnUncaughtRethrow();
+
 } // namespace kaz::host

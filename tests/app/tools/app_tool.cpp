@@ -88,6 +88,13 @@ int throwUp(const std::string& what) {
         throw KazReportedException();
     if (what == "standard")
         throw std::runtime_error("not the library's");
+    if (what == "rethrown") {
+        try {
+            throw 42;
+        } catch (int) {
+            throw;
+        }
+    }
     (new SurvivingDirector)->install();
     throw 42;
 }

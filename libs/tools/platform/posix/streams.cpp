@@ -35,4 +35,7 @@ std::string errorText(int number) {
     return text != nullptr ? text : "";
 }
 
+// The runtime library does it by itself.
+void terminateOnUncaughtRethrow() {}
+
 } // namespace kaz::host
