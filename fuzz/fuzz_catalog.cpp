@@ -132,7 +132,7 @@ private:
     static std::string beginning(const std::string& text) {
         std::string shown;
         for (const char c : text.substr(0, 20)) {
-            const bool printable = std::isprint(static_cast<unsigned char>(c)) != 0;
+            const bool printable = c != '\t' && std::isprint(static_cast<unsigned char>(c)) != 0;
             shown +=
                 printable ? std::string(1, c) : "^" + std::string(1, static_cast<char>(c + 64));
         }

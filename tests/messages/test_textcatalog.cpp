@@ -59,18 +59,19 @@ TEST(TextCatalog, WithoutAFile) {
 
 TEST(TextCatalog, RegisteredTexts) {
     const kit::TempTree tree;
-    tree.write("file", messageFile({{300, {"from the file"}}, {2, {"No"}}}));
+    tree.write("file", messageFile({{300, {"from\tthe file"}}, {2, {"No"}}}));
     const std::string script =
         "putno\t300\ty\nlook\t300\nput\tx\nput\nlook\t15873\nlook\t15874\ncopy\t2\n"
         "perror\t2\nstats\nstats\n";
     const kit::Result result =
         probe("msg_file=" + tree.native("file") + "\nTextStats=no\n", script, tree.path());
-    EXPECT_EQ(result.out, "300\nfrom the file\n15873\n15874\nx\n\nNo\n\n\n\n");
+    EXPECT_EQ(result.out, "300\nfrom\tthe file\n15873\n15874\nx\n\nNo\n\n\n\n");
     EXPECT_EQ(result.err, "No: " + reason);
     const std::string statistics = tree.readText("no"); // two equal ones
     EXPECT_EQ(statistics.substr(0, 49), "\nBucket tables 2 entries used\n 0  1 \n\nCurrent LRU");
     EXPECT_EQ(statistics.substr(0, statistics.size() / 2),
               statistics.substr(statistics.size() / 2));
+    EXPECT_NE(statistics.find("Text from^Ithe file\n"), statistics.npos) << "in any locale";
 }
 
 kaz::host::ReadableFile openFile(KazString& name) {

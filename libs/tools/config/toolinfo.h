@@ -2,11 +2,11 @@
 /// ToolInfo variables: the suite's configuration.
 ///
 /// A ToolInfo file is a text of `name=value` lines. A line that begins with "%"
-/// or "." is a comment; white space at the end of a line and blanks around name
-/// and value do not count; a line without "=" or without a name is skipped. Names are
-/// case-sensitive. A line of more than 5120 characters continues as the next
-/// line, and a NUL byte ends its line. A file may name a further one in the
-/// variable "ToolInfo", up to ten files in all. A directory, a pipe or a device
+/// or "." is a comment; blanks, tabs and carriage returns at the end of a line and
+/// blanks around name and value do not count; a line without "=" or without a name is
+/// skipped. Names are case-sensitive. A line of more than 5120 characters continues
+/// as the next line, and a NUL byte ends its line. A file may name a further one in
+/// the variable "ToolInfo", up to ten files in all. A directory, a pipe or a device
 /// counts as a file that is not there, and so does one that cannot be read to its end.
 ///
 /// In the first file the last definition of a name wins; over all files the
@@ -79,9 +79,9 @@ KAZ_API int TI_V_user_file(const char* path, bool overwrite);
 KAZ_API bool TI_V_set_overwrite(bool overwrite);
 
 /// What a text says as a yes or no; @p defaultValue for a null or empty text and
-/// for anything that is neither. Leading white space does not count. Yes: begins
-/// with 1, Y, T or J (German "ja"), or is ON; no: begins with 0, N or F, or is
-/// OFF; in either case of letters.
+/// for anything that is neither. Leading blanks, tabs and line ends do not count.
+/// Yes: begins with 1, Y, T or J (German "ja"), or is ON; no: begins with 0, N or F,
+/// or is OFF; in either case of letters.
 KAZ_API bool TI_yesorno(const char* text, bool defaultValue);
 
 /// TI_yesorno with the default true.

@@ -36,7 +36,8 @@ class TreeRemoval;
 /// it is a failed entry where the walk meets it.
 ///
 /// What is deleted: links themselves, never what they point to (the root that the
-/// manager was given may itself be a link to a directory).
+/// manager was given may itself be a link to a directory). An excluded entry, or one
+/// that the pattern leaves, keeps the directories above it: they are failures then.
 ///
 /// The clash rule counts in seconds: a target that was written in the second in
 /// which the copy of its directory starts counts as written by that copy.
@@ -50,13 +51,14 @@ public:
     void setExclusion(KazString name);
     void clearExclusions();
 
-    /// Copies the tree into @p dest under the root's own name, which is created
-    /// there (a root that ends in a separator, "." or ".." has none: its entries
-    /// go straight into @p dest). True when nothing failed.
+    /// Copies the tree into @p dest, which must exist, under the root's own name,
+    /// which is created there (a root that ends in a separator, "." or ".." has none:
+    /// its entries go straight into @p dest, which is created). Without @p recursive
+    /// directories are passed over. True when nothing failed.
     bool copy(KazString dest, bool recursive);
-    /// Copies the entries that match @p pattern straight into @p dest, which must
-    /// exist. The pattern holds at every level: a directory whose name does not
-    /// match is not entered.
+    /// Copies the entries that match @p pattern (see read_a_dir) straight into
+    /// @p dest, which must exist. The pattern holds at every level: a directory whose
+    /// name does not match is not entered.
     bool copy(KazString dest, KazString pattern, bool recursive);
 
     /// Deletes the entries of the root. False when one failed; else removes the

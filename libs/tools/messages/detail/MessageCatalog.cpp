@@ -197,7 +197,8 @@ void printBeginning(std::FILE* out, const char* text) {
     constexpr int most = 20;
     for (int i = 0; i < most && text[i]; ++i) {
         const auto c = static_cast<unsigned char>(text[i]);
-        if (std::isprint(c))
+        // Some hosts count the tab among the printable characters.
+        if (std::isprint(c) && !std::iscntrl(c))
             std::fputc(c, out);
         else
             std::fprintf(out, "^%c", c + 64);
