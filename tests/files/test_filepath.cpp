@@ -6,6 +6,8 @@
 #include "tools/config/vstring.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -54,6 +56,12 @@ TEST(FilePath, FindsInOrderAndExpandsLate) {
     EXPECT_TRUE(path.find("nowhere").isEmpty());
     EXPECT_TRUE(path.find("").isEmpty());
     EXPECT_TRUE(path.find(nullptr).isEmpty());
+
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(tree.path());
+    const KazFilePath unknown("${filepath_unknown}; .");
+    EXPECT_STREQ(unknown.findDirectory("two").getValue(), ".\\two");
+    std::filesystem::current_path(before);
 
     path.append(tree.native("two").c_str());
     KazStringColl found;

@@ -78,7 +78,9 @@ void eachCandidate(const KazFilePath& path, const char* name, Visit visit) {
         return;
     }
     for (int i = 0; i < path.getSize(); ++i) {
-        if (visit(kazComposePath(path.getExpandedDir(i).getValue(), name)))
+        // Nothing but an unknown variable does not mean the current directory.
+        const KazString dir = path.getExpandedDir(i);
+        if (!dir.isEmpty() && visit(kazComposePath(dir.getValue(), name)))
             return;
     }
 }

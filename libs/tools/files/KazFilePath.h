@@ -16,8 +16,8 @@
 /// Entries are kept as written, without blanks around them; empty entries are
 /// dropped. They are expanded when they are used, so that a variable that is
 /// defined later counts: first "${...}" (vstring_sub), then a leading "~"
-/// (_TI_hm). An entry that names no directory is simply one where nothing is
-/// found. Null texts count as "". Copies are independent.
+/// (_TI_hm). An entry that names no directory, or expands to nothing, is simply
+/// one where nothing is found. Null texts count as "". Copies are independent.
 class KAZ_API KazFilePath {
 public:
     KazFilePath() = default;
