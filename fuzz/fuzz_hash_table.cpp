@@ -308,7 +308,10 @@ public:
                 i.next();
             }
         }
-        FUZZ_CHECK(i.isDone() && !i.next() && i.getKey() == nullptr && i.getValue() == nullptr);
+        for (KazHashTableIterator done : {i, KazHashTableIterator(nullptr)})
+            FUZZ_CHECK(done.isDone() && !done.next() && !done.getKey() && !done.getValue());
+        const int buckets = static_cast<int>(model.buckets().size());
+        FUZZ_CHECK(!table.getBucketData(-1) && !table.getBucketData(buckets));
     }
 
     int count() const { return model.count(); }

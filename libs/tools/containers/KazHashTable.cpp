@@ -533,6 +533,8 @@ void KazHashTable::freeExtra() {
 }
 
 void** KazHashTable::getBucketData(int bucket) const {
+    if (bucket < 0 || bucket >= bucketSlots())
+        return nullptr;
     const Guard guard(*this);
     if (unsortedCount > 0)
         putInOrder(bucket);

@@ -62,8 +62,9 @@ public:
     using CheckIn = void* (*)(void*);
     using CheckOut = void (*)(void*);
 
-    /// @p size is the number of buckets. At 1 or less there is one bucket, a
-    /// single sorted list, and @p hash is never called.
+    /// @p size is the number of buckets, for good. At 1 or less there is one
+    /// bucket, a single sorted list, and @p hash is never called. Without
+    /// memory for the buckets: KazMemoryException.
     KazHashTable(Compare compare, Hash hash, int size);
     KazHashTable(const KazHashTable&) = delete;
     KazHashTable& operator=(const KazHashTable&) = delete;
@@ -106,8 +107,9 @@ public:
     void freeExtra();
 
     /// The entries of a bucket as key, value, key, value, ...; null for a
-    /// bucket without entries. Count and capacity, 32 bits each, stand
-    /// directly before them. Good until the table changes.
+    /// bucket without entries and for one that does not exist. Count and
+    /// capacity, 32 bits each, stand directly before them. Good until the
+    /// table changes.
     void** getBucketData(int bucket) const;
 
     /// The pointer's value, and the order of two. Together they key a table by

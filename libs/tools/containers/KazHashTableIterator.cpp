@@ -7,7 +7,7 @@ void KazHashTableIterator::reset() {
 }
 
 bool KazHashTableIterator::next() {
-    if (bucket >= table->bucketSlots())
+    if (!table || bucket >= table->bucketSlots())
         return false;
     ++index;
     while (bucket < table->bucketSlots() && isDone()) {
@@ -18,14 +18,14 @@ bool KazHashTableIterator::next() {
 }
 
 bool KazHashTableIterator::isDone() const {
-    if (bucket >= table->bucketSlots())
+    if (!table || bucket >= table->bucketSlots())
         return true;
     const KazBucket* block = table->buckets[bucket];
     return !block || index >= block->count;
 }
 
 const KazBucketEntry* KazHashTableIterator::entry() const {
-    if (table->unsortedCount.load(std::memory_order_acquire) > 0)
+    if (table && table->unsortedCount.load(std::memory_order_acquire) > 0)
         table->putAllInOrder();
     return isDone() ? nullptr : table->buckets[bucket]->entries() + index;
 }

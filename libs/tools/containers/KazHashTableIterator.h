@@ -4,12 +4,14 @@
 
 #include "tools/containers/KazHashTable.h"
 
-/// Walks a table bucket by bucket, in ascending order of keys within each.
+/// Walks a table bucket by bucket, in ascending order of keys within each. It
+/// refers to the table, which must neither change nor go meanwhile.
 ///
 ///     for (KazHashTableIterator i(table); !i.isDone(); i.next())
 ///         use(i.getKey(), i.getValue());
 class KAZ_API KazHashTableIterator {
 public:
+    /// A null @p walked gives an iterator that is done.
     explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
     explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
 
