@@ -78,13 +78,14 @@ KAZ_API KazString kazFullPath(const char* path);
 KAZ_API KazString kazRelativePath(KazString base, KazString path);
 
 /// 1 when both name the same directory, else 0. Texts that are equal, ignoring
-/// case, runs of backslashes and one trailing backslash, are the same. Others
-/// are probed: a file "_tmp<process id>" is written in @p a, looked for in @p b
-/// and deleted; 0 when @p a cannot be written to. One that is there already is
-/// only looked at.
+/// case, runs of backslashes (but for a leading pair) and one trailing backslash,
+/// are the same; "/" is no backslash here. Others are probed: a file
+/// "_tmp<process id>" is written in @p a, looked for in @p b and deleted; 0 when
+/// @p a cannot be written to. One that is there already is only looked at.
 KAZ_API int kazSamePathName(KazString a, KazString b);
 
-/// In place: characters that are white space or not printable become "_".
+/// In place: bytes that are white space or not printable in the locale in force
+/// become "_"; in the "C" locale that is everything beyond ASCII, too.
 KAZ_API void kazRemoveBlanksFromPath(KazString& path);
 
 /// Writes the full path of @p name below @p dir to @p out; in spite of the name

@@ -70,7 +70,8 @@ KAZ_API void* tree_max_value(generic_tree* root);
 /// Removes the value equal to @p key after passing it to @p release (unless
 /// null) and tells in @p deleted whether there was one. A node with two
 /// children takes over the neighbouring value of its heavier side, of the right
-/// one when they weigh the same. Never rebalances.
+/// one when they weigh the same. @p cmp is asked on the way to @p key only.
+/// Never rebalances.
 KAZ_API generic_tree* delete_tree_node(generic_tree* root, const void* key, tree_comparator cmp,
                                        tree_release release, bool& deleted);
 
