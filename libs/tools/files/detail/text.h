@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -22,6 +21,13 @@ inline const char* textOf(const char* text) {
     return text != nullptr ? text : "";
 }
 
+/// The string that owns @p block, which nobody else does.
+inline KazString owning(char* block) {
+    // What holds a block can be used as the string that owns it.
+    void* holder = block;
+    return std::move(*static_cast<KazString*>(static_cast<void*>(&holder)));
+}
+
 /// A string of exactly @p length characters: @p write gets the place for them
 /// and must not throw. One allocation; KazMemoryException when no string can be
 /// that long.
@@ -30,14 +36,14 @@ KazString writtenText(std::size_t length, Write write) {
     if (length == 0)
         return KazString();
     const auto size = static_cast<std::int64_t>(length);
-    void* block = Block<char>::make(size, size);
-    write(static_cast<char*>(block));
-    // What holds a block can be used as the string that owns it.
-    return std::move(*static_cast<KazString*>(static_cast<void*>(&block)));
+    char* const block = Block<char>::make(size, size);
+    write(block);
+    return owning(block);
 }
 
 inline KazString toText(std::string_view text) {
-    return writtenText(text.size(), [&](char* out) { std::memcpy(out, text.data(), text.size()); });
+    const Text<char> characters{text.data(), static_cast<std::ptrdiff_t>(text.size())};
+    return text.empty() ? KazString() : owning(Block<char>::make(characters));
 }
 
 inline char normalised(char c) {
