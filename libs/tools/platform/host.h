@@ -235,6 +235,9 @@ public:
 
 private:
     std::intptr_t handle_ = -1;
+    /// Permission bits that new files here have got when they were asked for. What
+    /// takes bits away stays as it is while copies run: POSIX looks no second time.
+    mutable unsigned granted_ = 0;
 };
 
 // -------------------------------------------------------------------- streams

@@ -2,8 +2,10 @@
 #include "files/manager.h"
 #include "files/posix/plain_user.h"
 #include "files/tree.h"
+#include "kit/random.h"
 #include "kit/temp_tree.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -11,6 +13,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -66,6 +69,46 @@ TEST_F(FileManager, DestinationsNeedNotBeReadable) {
     fs::permissions(tree.path("dst"), fs::perms::all);
     EXPECT_EQ(tree.read("dst/src/sub/f"), "x");
     EXPECT_EQ(tree.read("dst/sub/f"), "x");
+}
+
+/// Gives what is created in a directory nothing for others, and only reading for the
+/// group, whatever the mask says. False where the file system knows no such lists.
+bool restrictNewFiles(const std::string& directory) {
+    struct Entry {
+        std::uint16_t whom, may;
+        std::uint32_t id;
+    };
+    constexpr std::uint32_t nobodyNamed = 0xFFFFFFFF;
+    const struct {
+        std::uint32_t version = 2;
+        Entry owner = {0x01, 7, nobodyNamed}, group = {0x04, 4, nobodyNamed},
+              others = {0x20, 0, nobodyNamed};
+    } list;
+    return ::setxattr(directory.c_str(), "system.posix_acl_default", &list, sizeof list, 0) == 0;
+}
+
+TEST_F(FileManager, FilesKeepTheirPermissionsWhateverNewOnesGet) {
+    kit::Random random(kit::seed());
+    for (int i = 0; i < 60; ++i) {
+        const std::string name = "src/" + std::to_string(i);
+        tree.write(name, "x");
+        const auto mode =
+            static_cast<fs::perms>(0400 | (random.oneIn(3) ? 0754 : random.below(0777)));
+        fs::permissions(tree.path(name), mode);
+    }
+    const tree::Snapshot source = tree::snapshot(tree.path("src"));
+    KazFileManager manager(tree.native("src").c_str());
+    for (const bool restricted : {false, true})
+        for (const mode_t mask : {0, 022, 027, 077, 0777}) {
+            fs::remove_all(tree.path("dst"));
+            tree.mkdir("dst");
+            if (restricted && !restrictNewFiles(tree.path("dst")))
+                continue;
+            const mode_t old = ::umask(mask);
+            EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", false));
+            ::umask(old);
+            EXPECT_EQ(tree::snapshot(tree.path("dst")), source) << restricted << " " << mask;
+        }
 }
 
 TEST_F(FileManager, WhatCannotBeDeletedIsListed) {

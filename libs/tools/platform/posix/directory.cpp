@@ -65,6 +65,7 @@ Directory::Directory(const Directory& parent, const std::string& name)
 
 Directory& Directory::operator=(Directory&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(granted_, other.granted_);
     return *this;
 }
 
@@ -119,7 +120,7 @@ int Directory::removeFile(const std::string& name) const {
 int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {
     const char* name = entry.name.c_str();
     return copyAt(static_cast<int>(handle_), name, entry.kind == Kind::file,
-                  static_cast<int>(target.handle_), name, mayReplace);
+                  static_cast<int>(target.handle_), name, mayReplace, target.granted_);
 }
 
 } // namespace kaz::host

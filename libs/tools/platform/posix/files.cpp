@@ -114,7 +114,8 @@ std::FILE* openStream(const char* path, const char* mode) {
 int copyFile(const char* source, const char* target, bool mayReplace) {
     return onHostPath(source, [&](const char* from) {
         return onHostPath(target, [&](const char* to) {
-            return copyAt(AT_FDCWD, from, false, AT_FDCWD, to, mayReplace);
+            unsigned granted = 0;
+            return copyAt(AT_FDCWD, from, false, AT_FDCWD, to, mayReplace, granted);
         });
     });
 }
