@@ -159,8 +159,9 @@ std::string fullByComponents(const std::string& path) {
         for (int part = 0; part < 2; ++part) {
             const std::size_t begin = std::min(text.find_first_not_of('\\'), text.size());
             const std::size_t end = std::min(text.find('\\', begin), text.size());
-            root += text.substr(begin, end - begin) + (part == 0 ? "\\" : "");
+            root += text.substr(begin, end - begin);
             text.erase(0, end);
+            root += part == 0 && !text.empty() ? "\\" : "";
         }
         open = !text.empty();
         root += open ? "\\" : "";

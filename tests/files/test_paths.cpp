@@ -60,6 +60,9 @@ const std::vector<std::pair<const char*, const char*>> fullPaths = {
     {"//srv/share/a", R"(\\srv\share\a)"},
     {R"(\\srv\share\a\..)", R"(\\srv\share\)"},
     {R"(\/srv/share\..\a\\b/)", R"(\\srv\share\a\b\)"},
+    {"//", R"(\\)"},
+    {"//srv", R"(\\srv)"},
+    {R"(\\srv\)", R"(\\srv\)"},
 };
 
 /// The second of a row on this host.

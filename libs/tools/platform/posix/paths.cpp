@@ -58,14 +58,15 @@ void copyComponent(const char*& path, char*& out) {
 }
 
 /// Writes the root of a path, which nothing takes away: a share's first two
-/// components, a drive's letter, or a separator alone. It ends in a separator
-/// unless nothing follows.
+/// components as far as there are any, a drive's letter, or a separator alone. It
+/// ends in a separator unless nothing follows.
 char* writeRoot(const char*& path, char* out) {
     if (hasShare(path)) {
         *out++ = '\\';
         *out++ = '\\';
         copyComponent(path, out);
-        *out++ = '\\';
+        if (*path != '\0')
+            *out++ = '\\';
         copyComponent(path, out);
     } else if (hasDrive(path)) {
         out = std::copy_n(path, 2, out);
