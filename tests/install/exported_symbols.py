@@ -13,9 +13,8 @@ import sys
 library, list_file = sys.argv[1:3]
 lines = subprocess.run(["nm", "-D", "-C", "--defined-only", library], check=True,
                        capture_output=True, text=True).stdout.splitlines()
-# "address kind name"; weak functions are inline ones, which every user has too.
-entries = (line.split(" ", 2) for line in lines)
-exported = sorted({name for _, kind, name in entries if kind not in "Ww"})
+# "address kind name"
+exported = sorted({line.split(" ", 2)[2] for line in lines})
 
 if "--update" in sys.argv:
     with open(list_file, "w", encoding="utf-8") as file:

@@ -50,6 +50,34 @@ KazWString::KazWString(const char* s) {
 
 KazWString::KazWString(const KazString& s) : KazWString(s.getValue()) {}
 
+// ---- Comparison, which is inline in the narrow class
+
+int KazWString::compare(const Char* s) const {
+    return orderOf(getValue(), orEmpty(s), -1,
+                   [](const Char* a, const Char* b) { return Characters::compare(a, b); });
+}
+
+int KazWString::compare(const KazWString& o) const {
+    if (rep_ == o.rep_)
+        return 0;
+    return orderOf(getValue(), o.getValue(), 1,
+                   [](const Char* a, const Char* b) { return Characters::compare(a, b); });
+}
+
+bool KazWString::equals(const Char* s) const {
+    if (isEmpty() || isNothing(s))
+        return isEmpty() && isNothing(s);
+    return Characters::compare(chars(), s) == 0;
+}
+
+bool KazWString::equals(const KazWString& o) const {
+    if (getLength() != o.getLength())
+        return false;
+    return isEmpty() || rep_ == o.rep_ || Characters::compare(chars(), o.chars()) == 0;
+}
+
+// ---- Output
+
 void KazWString::dump() const {
     if (rep_ == nullptr) {
         std::printf("NULL string\n");
