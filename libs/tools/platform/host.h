@@ -23,6 +23,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kaz::host {
@@ -163,8 +164,11 @@ public:
     /// Opens by native path, following links. Check isOpen(); errno tells why not:
     /// EISDIR for a directory, EINVAL for any other special file (neither is opened).
     explicit ReadableFile(const char* path);
-    ReadableFile(ReadableFile&& other) noexcept;
-    ReadableFile& operator=(ReadableFile&& other) noexcept;
+    ReadableFile(ReadableFile&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+    ReadableFile& operator=(ReadableFile&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
     ReadableFile(const ReadableFile&) = delete;
     ReadableFile& operator=(const ReadableFile&) = delete;
     ~ReadableFile();

@@ -2,7 +2,6 @@
 #include "tools/platform/posix/open_regular.h"
 
 #include <fcntl.h>
-#include <utility>
 
 namespace kaz::host {
 
@@ -17,14 +16,6 @@ int openFor(const char* path) {
 } // namespace
 
 ReadableFile::ReadableFile(const char* path) : handle_(openFor(path)) {}
-
-ReadableFile::ReadableFile(ReadableFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)) {}
-
-ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-}
 
 ReadableFile::~ReadableFile() {
     Descriptor closing(static_cast<int>(handle_));

@@ -5,7 +5,6 @@
 #include "tools/platform/windows/text.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace kaz::host {
 
@@ -29,14 +28,6 @@ std::intptr_t openFor(const std::wstring& path) {
 } // namespace
 
 ReadableFile::ReadableFile(const char* path) : handle_(openFor(literalPath(path))) {}
-
-ReadableFile::ReadableFile(ReadableFile&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)) {}
-
-ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-}
 
 ReadableFile::~ReadableFile() {
     Handle closing(asHandle(handle_));
