@@ -16,8 +16,8 @@ root = pathlib.Path(__file__).resolve().parent.parent
 library = root / "libs" / "tools"
 
 # From top to bottom. Exceptions live in app/ and stand below the containers.
-layers = ["app", "config", "messages", "files", "containers", "exceptions", "strings", "util",
-          "platform"]
+layers = ["app", "settings", "services", "config", "messages", "formats", "files", "containers",
+          "exceptions", "strings", "util", "platform"]
 platform_headers = re.compile(
     r"<(unistd|dirent|fcntl|termios|dlfcn|pwd|spawn|windows|io|direct|sys/\w+|linux/\w+)\.h>")
 platform_macros = re.compile(
