@@ -4,8 +4,8 @@
 #include "tools/app/KazConsoleApp.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/KazProgressHandle.h"
+#include "tools/messages/catalog/textcatalog.h"
 #include "tools/messages/messages.h"
-#include "tools/messages/textcatalog.h"
 
 #include <benchmark/benchmark.h>
 

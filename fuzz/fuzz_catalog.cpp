@@ -5,7 +5,7 @@
 #include "kit/director.h"
 #include "kit/temp_tree.h"
 #include "programs/moxmsg/message_file.h"
-#include "tools/messages/detail/MessageCatalog.h"
+#include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include <array>
 #include <cctype>

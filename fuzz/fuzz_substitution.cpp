@@ -5,7 +5,7 @@
 #include "kit/director.h"
 #include "kit/env.h"
 #include "tools/app/KazMasterContext.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 

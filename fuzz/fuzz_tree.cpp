@@ -3,7 +3,7 @@
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "kit/counted.h"
-#include "tools/app/KazTreeClashException.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
 #include "tools/containers/KazTreeIterator.h"
 #include "tools/util/tree.h"

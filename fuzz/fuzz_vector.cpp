@@ -3,7 +3,7 @@
 
 #include "fuzz/check.h"
 #include "fuzz/input.h"
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 
 #include <string>
 #include <vector>

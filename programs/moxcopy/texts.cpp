@@ -5,8 +5,8 @@
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
+#include "tools/messages/catalog/textcatalog.h"
 #include "tools/messages/messages.h"
-#include "tools/messages/textcatalog.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "message_file.h"
 
-#include "tools/messages/detail/catalog_layout.h"
+#include "tools/messages/catalog/detail/catalog_layout.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "source_text.h"
 
-#include "tools/messages/detail/catalog_layout.h"
+#include "tools/messages/catalog/detail/catalog_layout.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,11 +1,11 @@
 #include "kit/capture.h"
 #include "kit/director.h"
-#include "tools/app/KazCancellationException.h"
 #include "tools/app/KazFileException.h"
-#include "tools/app/KazMemoryException.h"
-#include "tools/app/KazReportedException.h"
 #include "tools/app/KazResourceException.h"
-#include "tools/app/KazTreeClashException.h"
+#include "tools/app/exceptions/KazCancellationException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/app/exceptions/KazReportedException.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
-#include "tools/messages/textcatalog.h"
+#include "tools/messages/catalog/textcatalog.h"
 
 #include <array>
 #include <cerrno>

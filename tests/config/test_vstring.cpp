@@ -1,6 +1,6 @@
 #include "tools/config/vstring.h"
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/toolinfo.h"
 
 #include "kit/director.h"

@@ -1,7 +1,7 @@
 #include "tools/containers/KazArrayPtr.h"
 
 #include "kit/alloc_failure.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 
 #include <gtest/gtest.h>
 

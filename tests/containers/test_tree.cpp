@@ -5,7 +5,7 @@
 #include "tools/containers/KazTreeIterator.h"
 
 #include "elements.h"
-#include "tools/app/KazTreeClashException.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 
 #include <gtest/gtest.h>
 

@@ -31,7 +31,7 @@ long sweepAllocations(Action action, Check check, FailAllocation::Mode mode = Fa
 
 } // namespace kit
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 
 namespace kit {
 

@@ -1,6 +1,6 @@
 #include "kit/env.h"
 #include "moxmsg.h"
-#include "tools/messages/textcatalog.h"
+#include "tools/messages/catalog/textcatalog.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "kit/director.h"
 #include "kit/host.h"
 #include "string_kit.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "kit/process.h"
 #include "kit/random.h"
 #include "tools/app/KazApp.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/util/memory.h"
 
 #include "owned.h"

@@ -1,7 +1,7 @@
 #include "tools/app/KazApp.h"
 
-#include "tools/app/KazMemoryException.h"
 #include "tools/app/KazParsedArgs.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/KazFilePath.h"

@@ -1,17 +1,6 @@
 /// @file
-/// The user cancelled.
+/// Moved: include tools/app/exceptions/KazCancellationException.h. This place goes with the next
+/// major version.
 #pragma once
 
-#include "tools/app/KazException.h"
-
-/// The user cancelled what the tool was doing.
-class KAZ_API KazCancellationException : public KazException {
-public:
-    KazCancellationException();
-    KazCancellationException(const KazCancellationException&) = default;
-    KazCancellationException& operator=(const KazCancellationException&) = default;
-    ~KazCancellationException() override;
-
-    /// "Cancelled".
-    const char* getErrorMessage() override;
-};
+#include "tools/app/exceptions/KazCancellationException.h"

@@ -1,8 +1,8 @@
 #include "tools/app/KazConsoleApp.h"
 
-#include "tools/app/KazException.h"
 #include "tools/app/KazMasterContext.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/platform/host.h"
 
 #include <cstdio>

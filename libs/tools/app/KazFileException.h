@@ -2,7 +2,7 @@
 /// A failed file operation.
 #pragma once
 
-#include "tools/app/KazException.h"
+#include "tools/app/exceptions/KazException.h"
 #include "tools/strings/KazString.h"
 
 /// A file could not be used: which one, and why.

@@ -1,17 +1,6 @@
 /// @file
-/// The exception that every failed allocation ends in.
+/// Moved: include tools/app/exceptions/KazMemoryException.h. This place goes with the next major
+/// version.
 #pragma once
 
-#include "tools/app/KazException.h"
-
-/// Memory ran out. Copying it allocates nothing.
-class KAZ_API KazMemoryException : public KazException {
-public:
-    KazMemoryException();
-    KazMemoryException(const KazMemoryException&) = default;
-    KazMemoryException& operator=(const KazMemoryException&) = default;
-    ~KazMemoryException() override;
-
-    /// "Out of memory or swap space".
-    const char* getErrorMessage() override;
-};
+#include "tools/app/exceptions/KazMemoryException.h"

@@ -2,7 +2,7 @@
 /// A failure that its thrower describes.
 #pragma once
 
-#include "tools/app/KazException.h"
+#include "tools/app/exceptions/KazException.h"
 #include "tools/strings/KazString.h"
 
 /// Something the tool needs is missing or unusable; the thrower words it.

@@ -1,21 +1,6 @@
 /// @file
-/// Two items with one key in an ordered tree.
+/// Moved: include tools/app/exceptions/KazTreeClashException.h. This place goes with the next major
+/// version.
 #pragma once
 
-#include "tools/app/KazException.h"
-
-/// An item that was added to an ordered tree clashes with one already there.
-/// It has no message: only the thrower's caller knows what a clash means.
-class KAZ_API KazTreeClashException : public KazException {
-public:
-    /// @param clashData  the clashing item as the tree gives it; not owned
-    explicit KazTreeClashException(void* clashData);
-    KazTreeClashException(const KazTreeClashException&) = default;
-    KazTreeClashException& operator=(const KazTreeClashException&) = default;
-    ~KazTreeClashException() override;
-
-    void* getClashData() { return clashData; }
-
-private:
-    void* clashData;
-};
+#include "tools/app/exceptions/KazTreeClashException.h"

@@ -1,4 +1,4 @@
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/detail/open_file.h"

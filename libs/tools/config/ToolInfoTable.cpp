@@ -1,6 +1,6 @@
 #include "tools/config/detail/ToolInfoTable.h"
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/containers/detail/TextProbe.h"
 
 #include <algorithm>

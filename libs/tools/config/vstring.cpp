@@ -4,7 +4,7 @@
 #include "tools/config/detail/stored_value.h"
 #include "tools/config/toolinfo.h"
 #include "tools/containers/KazArrayPtr.h"
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 #include "tools/util/memory.h"
 #include "tools/util/text.h"
 

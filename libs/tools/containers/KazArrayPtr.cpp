@@ -1,7 +1,7 @@
 #include "tools/containers/KazArrayPtr.h"
 
-#include "tools/app/KazMemoryException.h"
-#include "tools/platform/slots.h"
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/platform/processor/slots.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/heap_ptr.h"
 

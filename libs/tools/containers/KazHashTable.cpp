@@ -1,10 +1,10 @@
 #include "tools/containers/KazHashTable.h"
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/containers/detail/TableGuard.h"
 #include "tools/containers/detail/TextIndex.h"
 #include "tools/containers/detail/held_item.h"
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 #include "tools/strings/KazString.h"
 #include "tools/strings/detail/shared_writes.h"
 #include "tools/util/detail/allocate.h"

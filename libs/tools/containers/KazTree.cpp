@@ -1,6 +1,6 @@
 #include "tools/containers/KazTree.h"
 
-#include "tools/app/KazTreeClashException.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTreeIterator.h"
 #include "tools/containers/detail/held_item.h"
 #include "tools/util/detail/heap_ptr.h"

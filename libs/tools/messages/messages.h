@@ -4,6 +4,7 @@
 /// is an argument, never the format.
 #pragma once
 
+#include "tools/app/exceptions/report.h" // print_err, kazInternalError
 #include "tools/export.h"
 
 #include <cstdarg>
@@ -27,17 +28,11 @@ KAZ_API void vtty_msg(int ttyId, const char* format, va_list args) KAZ_PRINTF(2,
 /// @{
 KAZ_API void print_msg(const char* format, ...) KAZ_PRINTF(1, 2);
 KAZ_API void vprint_msg(const char* format, va_list args) KAZ_PRINTF(1, 0);
-KAZ_API void print_err(const char* format, ...) KAZ_PRINTF(1, 2);
-KAZ_API void vprint_err(const char* format, va_list args) KAZ_PRINTF(1, 0);
 
 /// Ends the process with status 1, unless the installed director's operation
 /// returns.
 KAZ_API void fatal_err(const char* format, ...) KAZ_PRINTF(1, 2);
 KAZ_API void vfatal_err(const char* format, va_list args) KAZ_PRINTF(1, 0);
-
-/// Reports a state that the library's own logic rules out: the fatal error
-/// "Internal error #<code>". The code tells its developers where to look.
-KAZ_API void kazInternalError(unsigned int code);
 /// @}
 
 /// @name Messages about symbols of a diagram

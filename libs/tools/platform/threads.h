@@ -1,39 +1,12 @@
 /// @file
-/// What a lock needs to know about threads.
+/// What a lock needs to know about threads: thisThread(), a number that no other
+/// living thread has, even and never 0; and isOnlyThread(), true only while the
+/// process has no thread but the calling one and cannot get one that this thread
+/// does not start. False is always right.
 #pragma once
 
-#include <cstdint>
-
-#if defined(__has_include)
-#if __has_include(<sys/single_threaded.h>)
-#include <sys/single_threaded.h>
-#define KAZ_KNOWS_SINGLE_THREADED
-#endif
-#endif
-
-namespace kaz::host {
-
 #if defined(_WIN32)
-/// A number that no other living thread has: even, and never 0.
-std::uintptr_t thisThread();
+#include "tools/platform/windows/threads.h"
 #else
-/// Its address tells threads apart. Read without a call: the library may still be
-/// loaded late, as the C library keeps room for a few such bytes.
-[[gnu::tls_model("initial-exec")]] inline constinit thread_local std::int32_t threadMark = 0;
-
-inline std::uintptr_t thisThread() {
-    return reinterpret_cast<std::uintptr_t>(&threadMark);
-}
+#include "tools/platform/posix/threads.h"
 #endif
-
-/// True only while the process has no thread but the calling one, and cannot get
-/// one that this thread does not start. False is always right.
-inline bool isOnlyThread() {
-#if defined(KAZ_KNOWS_SINGLE_THREADED)
-    return __libc_single_threaded != 0;
-#else
-    return false;
-#endif
-}
-
-} // namespace kaz::host

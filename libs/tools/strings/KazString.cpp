@@ -1,7 +1,7 @@
 #include "tools/strings/KazString.h"
 
-#include "tools/app/KazMemoryException.h"
-#include "tools/messages/messages.h"
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/app/exceptions/report.h"
 #include "tools/strings/detail/Block.h"
 #include "tools/strings/detail/CharSet.h"
 #include "tools/strings/detail/Characters.h"

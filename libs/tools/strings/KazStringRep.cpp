@@ -1,6 +1,6 @@
 #include "tools/strings/KazStringRep.h"
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/strings/detail/Block.h"
 #include "tools/strings/detail/SpareBlocks.h"
 

@@ -1,6 +1,6 @@
 #include "tools/strings/KazWString.h"
 
-#include "tools/messages/messages.h"
+#include "tools/app/exceptions/report.h"
 #include "tools/strings/detail/Block.h"
 #include "tools/strings/detail/CharSet.h"
 #include "tools/strings/detail/Characters.h"

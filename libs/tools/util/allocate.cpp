@@ -1,6 +1,6 @@
 #include "tools/util/detail/allocate.h"
 
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,7 +1,7 @@
 #include "tools/util/memory.h"
 
 #include "tools/app/KazApp.h"
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/util/detail/panic.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "tools/util/text.h"
 
 #include "tools/platform/case_map.h"
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/compare_no_case.h"
 #include "tools/util/detail/within.h"

@@ -2,7 +2,7 @@
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
-#include "tools/messages/textcatalog.h"
+#include "tools/messages/catalog/textcatalog.h"
 
 #include "kit/director.h"
 #include "kit/env.h"

@@ -3,7 +3,7 @@
 /// constant time for all characters below 256.
 #pragma once
 
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 #include "tools/strings/detail/Characters.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 /// The hash of a text.
 #pragma once
 
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 #include "tools/strings/detail/Characters.h"
 
 #include <array>

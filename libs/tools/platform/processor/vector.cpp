@@ -1,6 +1,6 @@
 // The portable forms: plain loops, which the compiler may make vectors of.
 
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Compiled for processors with AVX2: see CMakeLists.txt.
 
-#include "tools/platform/slots.h"
+#include "tools/platform/processor/slots.h"
 
 #if defined(__x86_64__)
 

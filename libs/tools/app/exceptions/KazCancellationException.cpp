@@ -1,4 +1,4 @@
-#include "tools/app/KazCancellationException.h"
+#include "tools/app/exceptions/KazCancellationException.h"
 
 KazCancellationException::KazCancellationException() = default;
 KazCancellationException::~KazCancellationException() = default;

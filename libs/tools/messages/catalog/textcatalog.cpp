@@ -1,9 +1,9 @@
-#include "tools/messages/textcatalog.h"
+#include "tools/messages/catalog/textcatalog.h"
 
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
-#include "tools/messages/detail/MessageCatalog.h"
+#include "tools/messages/catalog/detail/MessageCatalog.h"
 #include "tools/platform/host.h"
 #include "tools/util/text.h"
 

@@ -2,7 +2,7 @@
 /// A message file that is open for reading.
 #pragma once
 
-#include "tools/messages/detail/catalog_layout.h"
+#include "tools/messages/catalog/detail/catalog_layout.h"
 #include "tools/platform/host.h"
 
 #include <array>

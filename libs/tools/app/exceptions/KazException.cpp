@@ -1,6 +1,6 @@
-#include "tools/app/KazException.h"
+#include "tools/app/exceptions/KazException.h"
 
-#include "tools/messages/messages.h"
+#include "tools/app/exceptions/report.h"
 
 KazException::KazException() = default;
 KazException::~KazException() = default;

@@ -1,4 +1,4 @@
-#include "tools/app/KazMemoryException.h"
+#include "tools/app/exceptions/KazMemoryException.h"
 
 KazMemoryException::KazMemoryException() = default;
 KazMemoryException::~KazMemoryException() = default;

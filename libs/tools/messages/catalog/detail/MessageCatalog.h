@@ -3,7 +3,7 @@
 /// registered.
 #pragma once
 
-#include "tools/messages/detail/CatalogFile.h"
+#include "tools/messages/catalog/detail/CatalogFile.h"
 #include "tools/strings/KazString.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tools/messages/detail/MessageCatalog.h"
+#include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include "tools/messages/messages.h"
 #include "tools/util/detail/heap_ptr.h"

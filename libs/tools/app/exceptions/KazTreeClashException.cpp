@@ -1,4 +1,4 @@
-#include "tools/app/KazTreeClashException.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 
 KazTreeClashException::KazTreeClashException(void* clashData) : clashData(clashData) {}
 KazTreeClashException::~KazTreeClashException() = default;

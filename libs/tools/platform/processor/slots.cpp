@@ -1,4 +1,4 @@
-#include "tools/platform/slots.h"
+#include "tools/platform/processor/slots.h"
 
 namespace kaz::host {
 

@@ -1,4 +1,4 @@
-#include "tools/messages/detail/CatalogFile.h"
+#include "tools/messages/catalog/detail/CatalogFile.h"
 
 #include "tools/messages/messages.h"
 

@@ -1,4 +1,4 @@
-#include "tools/app/KazReportedException.h"
+#include "tools/app/exceptions/KazReportedException.h"
 
 KazReportedException::KazReportedException() = default;
 KazReportedException::~KazReportedException() = default;

@@ -1,7 +1,7 @@
 // The forms for AVX2, 32 bytes a step. The whole file is compiled for it, so it
 // includes nothing with inline functions that other files might get from here.
 
-#include "tools/platform/vector.h"
+#include "tools/platform/processor/vector.h"
 
 #include <immintrin.h>
 
