@@ -32,6 +32,7 @@ upward = {
     ("messages/catalog", "config/toolinfo.h"): "a variable names the message file",
     ("formats", "config/toolinfo.h"): "variables choose language and order of dates",
     ("formats", "app/KazFileException.h"): "a document that cannot be written is thrown as tools expect it",
+    ("services", "app/KazResourceException.h"): "a system without random bytes is thrown as tools expect it",
     ("files", "app/KazEditorsBase.h"): "the editors know their commands",
     ("util", "app/KazApp.h"): "a debugged tool says which function ran out of memory",
 }

@@ -64,6 +64,9 @@
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 
+#include "tools/services/KazGuid.h"
+#include "tools/services/crc32.h"
+
 #include "tools/app/KazApp.h"
 #include "tools/app/KazArgDescription.h"
 #include "tools/app/KazConsoleApp.h"

@@ -18,6 +18,8 @@
 /// - Nothing here prints.
 #pragma once
 
+#include "tools/platform/host_random.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -176,6 +178,7 @@ public:
     bool isOpen() const { return handle_ != -1; }
     /// Reads the @p size bytes at @p offset as the file holds them now. Fewer at its
     /// end or after a failure, none where it is not open; the result is their number.
+    /// A failure sets errno; the end does not touch it.
     /// One system call where nothing interrupts it.
     std::size_t read(std::uint64_t offset, void* to, std::size_t size) const;
 

@@ -23,11 +23,14 @@ ReadableFile::~ReadableFile() {
 
 std::size_t ReadableFile::read(std::uint64_t offset, void* to, std::size_t size) const {
     std::size_t done = 0;
+    const int before = errno;
     while (done < size) {
         const ssize_t count = retry([&] {
             return ::pread(static_cast<int>(handle_), static_cast<char*>(to) + done, size - done,
                            static_cast<off_t>(offset + done));
         });
+        if (count == 0)
+            errno = before; // an interruption that was got over is no failure
         if (count <= 0)
             break;
         done += static_cast<std::size_t>(count);

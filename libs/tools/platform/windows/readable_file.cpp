@@ -42,8 +42,12 @@ std::size_t ReadableFile::read(std::uint64_t offset, void* to, std::size_t size)
         at.OffsetHigh = static_cast<DWORD>(place >> 32);
         const DWORD wanted = static_cast<DWORD>(std::min<std::size_t>(size - done, MAXDWORD));
         DWORD count = 0;
-        if (ReadFile(asHandle(handle_), static_cast<char*>(to) + done, wanted, &count, &at) == 0 ||
-            count == 0)
+        if (ReadFile(asHandle(handle_), static_cast<char*>(to) + done, wanted, &count, &at) == 0) {
+            if (GetLastError() != ERROR_HANDLE_EOF)
+                failWithLastError();
+            break;
+        }
+        if (count == 0)
             break;
         done += count;
     }
