@@ -47,6 +47,8 @@
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 
+#include "tools/formats/encode.h"
+
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/KazMsgProgressHandle.h"

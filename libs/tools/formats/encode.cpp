@@ -1,0 +1,86 @@
+#include "tools/formats/encode.h"
+
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/formats/detail/spelling.h"
+
+#include <climits>
+#include <cstring>
+#include <functional>
+
+namespace {
+
+using kaz::detail::Format;
+using kaz::detail::TextBuilder;
+
+std::string_view viewOf(const char* text) {
+    const std::string_view view = text != nullptr ? text : "";
+    if (view.size() > INT_MAX)
+        throw KazMemoryException();
+    return view;
+}
+
+/// Gives back room that was expected to be needed.
+void trim(KazString& text) {
+    if (text.isEmpty())
+        return;
+    const KazStringRep* const rep = KazStringRep::of(text.disguise());
+    if (rep->bufferLength - rep->stringLength > rep->stringLength / 4 + 64)
+        text.minimizeSize();
+}
+
+KazString encoded(const Format& format, std::string_view text, text_encoding_enum encoding) {
+    KazString result;
+    TextBuilder out(result);
+    format.encode(out, text, encoding);
+    out.commit();
+    trim(result);
+    return result;
+}
+
+bool isInRange(doc_format_enum format) {
+    return format >= doc_html && format <= doc_interleaf;
+}
+
+/// Whether @p text begins in the characters of @p string.
+bool holds(const KazString& string, const char* text) {
+    const char* const first = string.getValue();
+    const std::less_equal<> isNotBehind;
+    return isNotBehind(first, text) && isNotBehind(text, first + string.getLength());
+}
+
+} // namespace
+
+KazString kazEncodeText(doc_format_enum format, const char* text, text_encoding_enum encoding) {
+    if (!isInRange(format))
+        return {};
+    return encoded(kaz::detail::paragraphFormat(format), viewOf(text), encoding);
+}
+
+void kazAppendEncoded(KazString& out, doc_format_enum format, const char* text, int length,
+                      text_encoding_enum encoding) {
+    if (!isInRange(format) || text == nullptr)
+        return;
+    // With a second holder the builder takes a block of its own, and this one stays.
+    const KazString kept = holds(out, text) ? out : KazString();
+    TextBuilder builder(out);
+    kaz::detail::paragraphFormat(format).encode(
+        builder,
+        length < 0 ? viewOf(text) : std::string_view(text, static_cast<std::size_t>(length)),
+        encoding);
+    builder.commit();
+}
+
+KazString kazEncodeHtmlAttribute(const char* text, text_encoding_enum encoding) {
+    return encoded(kaz::detail::attributeFormat(), viewOf(text), encoding);
+}
+
+KazString kazEncodeMifString(const char* text, text_encoding_enum encoding) {
+    KazString result;
+    TextBuilder out(result);
+    out.append('`');
+    kaz::detail::mifStringFormat().encode(out, viewOf(text), encoding);
+    out.append('\'');
+    out.commit();
+    trim(result);
+    return result;
+}
