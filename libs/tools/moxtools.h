@@ -57,6 +57,7 @@
 #include "tools/messages/KazProgressHandle.h"
 #include "tools/messages/KazProgressMap.h"
 #include "tools/messages/KazProgressRange.h"
+#include "tools/messages/KazTerminalDirector.h"
 #include "tools/messages/catalog/textcatalog.h"
 #include "tools/messages/messages.h"
 

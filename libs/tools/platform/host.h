@@ -19,6 +19,7 @@
 #pragma once
 
 #include "tools/platform/host_random.h"
+#include "tools/platform/host_terminal.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,131 @@
+#include "tools/messages/KazTerminalDirector.h"
+
+#include "tools/messages/detail/TerminalScreen.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr int fatalStatus = 1;
+
+/// Whether the console would end a message of this format with a newline.
+bool wantsNewline(const char* format) {
+    const std::size_t length = std::strlen(format);
+    return length == 0 || format[length - 1] != '\n';
+}
+
+KAZ_PRINTF(1, 0)
+KazString formatted(const char* format, va_list args) {
+    KazString text;
+    text.formatV(format, args);
+    return text;
+}
+
+} // namespace
+
+class KazTerminalDirector::Screen : public kaz::detail::TerminalScreen {
+    using TerminalScreen::TerminalScreen;
+};
+
+KazTerminalDirector::KazTerminalDirector(Style style) : wanted_(style) {}
+
+KazTerminalDirector::~KazTerminalDirector() = default;
+
+/// Late, because a director may be static, and variables are read after main() began.
+KazTerminalDirector::Screen& KazTerminalDirector::screen() const {
+    if (screen_ == nullptr)
+        screen_ = std::make_unique<Screen>(wanted_);
+    return *screen_;
+}
+
+KazTerminalDirector::Style KazTerminalDirector::getStyle() const {
+    return screen().style();
+}
+
+int KazTerminalDirector::doTtyStart(const char* command) {
+    screen().pause();
+    return KazIODirector::doTtyStart(screen().onOutput(command).c_str());
+}
+
+void KazTerminalDirector::doTtyEnd(int ttyId) {
+    KazIODirector::doTtyEnd(ttyId);
+    screen().resume();
+}
+
+void KazTerminalDirector::doPrintMsg(const char* format, va_list args) {
+    if (!screen().outputIsTerminal())
+        return KazIODirector::doPrintMsg(format, args);
+    if (format == nullptr)
+        format = "";
+    screen().message(formatted(format, args).getValue(), wantsNewline(format));
+}
+
+void KazTerminalDirector::doPrintError(const char* format, va_list args) {
+    if (!screen().changesErrors())
+        return KazIODirector::doPrintError(format, args);
+    if (format == nullptr)
+        format = "";
+    screen().error(formatted(format, args).getValue(), wantsNewline(format));
+}
+
+void KazTerminalDirector::doFatalError(const char* format, va_list args) {
+    KazTerminalDirector::doPrintError(format, args);
+    std::exit(fatalStatus);
+}
+
+KazIODirector::Reply KazTerminalDirector::doConfirm(const KazString& title,
+                                                    const KazString& message, DialogType type,
+                                                    Reply defaultReply) {
+    const kaz::detail::ScreenPause pause(screen());
+    return KazIODirector::doConfirm(screen().onOutput(title).c_str(),
+                                    screen().onOutput(message).c_str(), type, defaultReply);
+}
+
+bool KazTerminalDirector::doGetUserInput(KazString& result, const KazString& title,
+                                         const KazString& prompt, bool echo) {
+    const kaz::detail::ScreenPause pause(screen());
+    return KazIODirector::doGetUserInput(result, screen().onOutput(title).c_str(),
+                                         screen().onOutput(prompt).c_str(), echo);
+}
+
+// The parameter is by value in the interface that directors override.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+int KazTerminalDirector::doProgressStart(KazString title, int total) {
+    const int id = screen().isConsole()
+                       ? KazIODirector::doProgressStart(screen().onOutput(title).c_str(), total)
+                       : 0;
+    return screen().start(id, title.getValue(), total);
+}
+
+void KazTerminalDirector::doProgressIncrement(int progressId, double amount, bool absolute) {
+    if (screen().isConsole())
+        KazIODirector::doProgressIncrement(progressId, amount, absolute);
+    screen().advance(progressId, amount, absolute);
+}
+
+void KazTerminalDirector::doProgressMsg(int progressId, int level, const char* format,
+                                        va_list args) {
+    if (screen().isConsole())
+        KazIODirector::doProgressMsg(progressId, level, format, args);
+    else if (screen().style() != Silent)
+        screen().message(formatted(format, args).getValue(), true);
+}
+
+void KazTerminalDirector::doProgressEnd(int progressId) {
+    if (screen().isConsole())
+        KazIODirector::doProgressEnd(progressId);
+    screen().end(progressId);
+}
+
+void KazTerminalDirector::doStartSubProgress(int progressId, double share, int) {
+    screen().startStep(progressId, share);
+}
+
+void KazTerminalDirector::doEndSubProgress(int progressId) {
+    screen().endStep(progressId);
+}
+
+void KazTerminalDirector::doReset(int progressId) {
+    screen().restart(progressId);
+}

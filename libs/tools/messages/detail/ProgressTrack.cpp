@@ -1,0 +1,86 @@
+#include "tools/messages/detail/ProgressTrack.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kaz::detail {
+
+namespace {
+
+/// Long enough that one large file does not throw the estimate about, short enough
+/// that it notices when the small ones begin.
+constexpr double window = 15;
+/// Before that any estimate is noise.
+constexpr double firstEstimate = 1;
+/// A mean over intervals shorter than this measures the clock.
+constexpr double shortestSample = 0.05;
+
+double clipped(double percent) {
+    return percent >= 0 && percent <= 100 ? percent : 100;
+}
+
+double secondsBetween(ProgressTrack::Clock::time_point from, ProgressTrack::Clock::time_point to) {
+    return std::chrono::duration<double>(to - from).count();
+}
+
+} // namespace
+
+void ProgressTrack::increment(double delta, bool absolute, Clock::time_point now) {
+    const Step step = absolute ? Step{0, 100} : current();
+    moveTo(std::min(percent_ + clipped(delta) * (step.high - step.low) / 100, step.high), now);
+}
+
+void ProgressTrack::push(double share) {
+    const Step around = current();
+    const double size = clipped(share) * (around.high - around.low) / 100;
+    steps_.push_back({percent_, std::min(percent_ + size, around.high)});
+}
+
+void ProgressTrack::pop(Clock::time_point now) {
+    if (steps_.empty())
+        return;
+    const double end = steps_.back().high;
+    steps_.pop_back();
+    moveTo(end, now);
+}
+
+void ProgressTrack::reset(Clock::time_point now) {
+    *this = ProgressTrack(now);
+}
+
+double ProgressTrack::elapsed(Clock::time_point now) const {
+    return secondsBetween(begin_, now);
+}
+
+double ProgressTrack::rate(Clock::time_point now) const {
+    const double age = elapsed(now);
+    if (age < firstEstimate)
+        return 0;
+    return age < window ? percent_ / age : mean_;
+}
+
+double ProgressTrack::remaining(Clock::time_point now) const {
+    const double speed = rate(now);
+    return speed > 0 ? (100 - percent_) / speed : -1;
+}
+
+void ProgressTrack::moveTo(double percent, Clock::time_point now) {
+    percent_ = std::max(percent_, percent);
+    sample(now);
+}
+
+void ProgressTrack::sample(Clock::time_point now) {
+    const double interval = secondsBetween(sampled_, now);
+    if (interval < shortestSample)
+        return;
+    if (elapsed(now) < window) {
+        mean_ = percent_ / elapsed(now);
+    } else {
+        const double speed = (percent_ - sampledPercent_) / interval;
+        mean_ += (1 - std::exp(-interval / window)) * (speed - mean_);
+    }
+    sampled_ = now;
+    sampledPercent_ = percent_;
+}
+
+} // namespace kaz::detail

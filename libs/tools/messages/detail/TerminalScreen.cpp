@@ -1,0 +1,292 @@
+#include "tools/messages/detail/TerminalScreen.h"
+
+#include "tools/config/toolinfo.h"
+#include "tools/messages/detail/ProgressLine.h"
+#include "tools/messages/detail/TerminalText.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace kaz::detail {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+/// Twenty pictures a second look smooth; 10,000 small files would ask for 20,000.
+constexpr milliseconds drawingInterval(50);
+/// A log that is silent for longer looks as if the tool hung.
+constexpr seconds logInterval(30);
+constexpr int defaultWidth = 80;
+
+bool isSet(const char* value) {
+    return value != nullptr && *value != '\0';
+}
+
+bool isText(const char* value, const char* text) {
+    return value != nullptr && std::string_view(value) == text;
+}
+
+/// What the user has set. The files are read only where there are some: to show a
+/// message is no reason to end because of a missing one.
+const char* personalSetting(const char* variable, const char* name) {
+    if (const char* value = host::environment(variable))
+        return value;
+    std::FILE* const file = _TI_Cfile();
+    if (file == nullptr)
+        return nullptr;
+    std::fclose(file);
+    return TI_Vcont(name);
+}
+
+KazTerminalDirector::Style userStyle() {
+    constexpr std::pair<const char*, KazTerminalDirector::Style> words[] = {
+        {"bar", KazTerminalDirector::Bar},
+        {"lines", KazTerminalDirector::Lines},
+        {"dots", KazTerminalDirector::Dots},
+        {"none", KazTerminalDirector::Silent}};
+    const char* const value = personalSetting("KAZ_PROGRESS", "progress");
+    for (const auto& [word, style] : words)
+        if (isText(value, word))
+            return style;
+    return KazTerminalDirector::Bar;
+}
+
+/// Are errors coloured? Only "CLICOLOR_FORCE" reaches what is no terminal.
+bool wantsColour() {
+    const char* const own = personalSetting("KAZ_COLOUR", "colour");
+    if (isText(own, "no"))
+        return false;
+    const bool decided = isText(own, "yes");
+    if (!decided && isSet(host::environment("NO_COLOR")))
+        return false;
+    const char* const force = host::environment("CLICOLOR_FORCE");
+    if (!decided && isSet(force) && !isText(force, "0"))
+        return true;
+    if (!decided && isText(host::environment("CLICOLOR"), "0"))
+        return false;
+    return host::allowEscapes(stderr);
+}
+
+std::FILE* canvasStream() {
+    if (host::isTerminal(stderr))
+        return stderr;
+    return host::isTerminal(stdout) ? stdout : nullptr;
+}
+
+/// The screen that has drawn; a process may end while its line stands there.
+constinit TerminalScreen* drawing = nullptr;
+
+void leaveLine() {
+    if (drawing != nullptr)
+        drawing->finish();
+}
+
+/// Ends what this process draws on its own line, however it ends.
+void watchExit() {
+    static const bool watching = std::atexit(leaveLine) == 0;
+    static_cast<void>(watching);
+}
+
+void put(std::FILE* stream, std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
+}
+
+} // namespace
+
+TerminalScreen::TerminalScreen(Style wanted)
+    : style_(wanted != KazTerminalDirector::Automatic ? wanted : userStyle()),
+      outputIsTerminal_(host::isTerminal(stdout)),
+      errorIsTerminal_(host::isTerminal(stderr)),
+      colour_(wantsColour()),
+      canvas_(canvasStream()) {
+    if (style_ != KazTerminalDirector::Bar)
+        return;
+    if (canvas_ == nullptr || !host::allowEscapes(canvas_))
+        style_ = KazTerminalDirector::Dots;
+    else
+        utf8_ = host::terminalShowsUtf8();
+}
+
+TerminalScreen::~TerminalScreen() {
+    finish();
+    if (drawing == this)
+        drawing = nullptr;
+}
+
+bool TerminalScreen::isConsole() const {
+    if (style_ == KazTerminalDirector::Silent)
+        return false;
+    return style_ == KazTerminalDirector::Dots || !outputIsTerminal_;
+}
+
+std::string TerminalScreen::onOutput(const char* text) const {
+    if (text == nullptr)
+        text = "";
+    return outputIsTerminal_ ? shownText(text, true) : text;
+}
+
+void TerminalScreen::message(std::string_view text, bool newline) {
+    erase();
+    put(stdout, shownText(text, true) + (newline ? "\n" : ""));
+    draw();
+}
+
+/// The colour ends before the newline, or a terminal colours the next line, too.
+void TerminalScreen::error(std::string_view text, bool newline) {
+    std::string line = errorIsTerminal_ ? shownText(text, true) : std::string(text);
+    if (newline)
+        line += '\n';
+    if (colour_) {
+        line.insert(line.ends_with('\n') ? line.size() - 1 : line.size(), "\033[m");
+        line.insert(0, "\033[31m");
+    }
+    erase();
+    put(stderr, line);
+    draw();
+}
+
+void TerminalScreen::pause() {
+    erase();
+    ++pauses_;
+}
+
+void TerminalScreen::resume() {
+    if (pauses_ > 0)
+        --pauses_;
+    draw();
+}
+
+int TerminalScreen::start(int id, std::string_view title, int total) {
+    lastId_ = id != 0 ? id : lastId_ + 1;
+    open_.push_back({lastId_, shownText(title, false), total, ProgressTrack(Clock::now())});
+    if (open_.size() == 1) {
+        shown_ = Clock::now();
+        shownPercent_ = 0;
+    }
+    draw();
+    return lastId_;
+}
+
+void TerminalScreen::advance(int id, double amount, bool absolute) {
+    if (Progress* const progress = find(id)) {
+        progress->track.increment(amount, absolute, Clock::now());
+        show(*progress);
+    }
+}
+
+void TerminalScreen::startStep(int id, double share) {
+    if (Progress* const progress = find(id))
+        progress->track.push(share);
+}
+
+void TerminalScreen::endStep(int id) {
+    if (Progress* const progress = find(id)) {
+        progress->track.pop(Clock::now());
+        show(*progress);
+    }
+}
+
+void TerminalScreen::restart(int id) {
+    if (Progress* const progress = find(id)) {
+        progress->track.reset(Clock::now());
+        shownPercent_ = 0;
+        draw();
+    }
+}
+
+void TerminalScreen::end(int id) {
+    Progress* const progress = find(id);
+    if (progress == nullptr)
+        return;
+    if (progress == open_.data()) {
+        draw(true);
+        finish();
+        shownPercent_ = 0;
+    }
+    open_.erase(open_.begin() + (progress - open_.data()));
+    draw();
+}
+
+void TerminalScreen::finish() {
+    if (std::exchange(drawn_, false))
+        put(canvas_, "\n");
+}
+
+TerminalScreen::Progress* TerminalScreen::find(int id) {
+    const auto found = std::find_if(open_.begin(), open_.end(),
+                                    [id](const Progress& progress) { return progress.id == id; });
+    return found != open_.end() ? &*found : nullptr;
+}
+
+/// After an advance: not every one is worth a look at the terminal.
+void TerminalScreen::show(Progress& progress) {
+    if (&progress != open_.data())
+        return;
+    if (style_ == KazTerminalDirector::Lines)
+        return log(progress);
+    const bool completed = progress.track.percent() >= 100 && shownPercent_ < 100;
+    if (completed || Clock::now() - shown_ >= drawingInterval)
+        draw();
+}
+
+namespace {
+
+ProgressFigures figuresOf(std::string_view title, int total, const ProgressTrack& track,
+                          ProgressTrack::Clock::time_point now) {
+    return {
+        title, track.percent(), total, track.rate(now), track.elapsed(now), track.remaining(now),
+        false};
+}
+
+} // namespace
+
+void TerminalScreen::draw(bool ended) {
+    if (style_ != KazTerminalDirector::Bar || pauses_ > 0 || open_.empty())
+        return;
+    const Progress& progress = open_.front();
+    shown_ = Clock::now();
+    shownPercent_ = progress.track.percent();
+    ProgressFigures figures = figuresOf(progress.title, progress.total, progress.track, shown_);
+    figures.ended = ended;
+    const std::string line = progressLine(figures, width(), utf8_);
+    if (line.empty())
+        return erase();
+    watchExit();
+    drawing = this;
+    drawn_ = true;
+    put(canvas_, '\r' + line + "\033[K");
+}
+
+void TerminalScreen::erase() {
+    if (std::exchange(drawn_, false))
+        put(canvas_, "\r\033[K");
+}
+
+void TerminalScreen::log(Progress& progress) {
+    const Clock::time_point now = Clock::now();
+    const auto tenth = [](double percent) { return static_cast<int>(percent / 10 + 1e-6); };
+    const double percent = progress.track.percent();
+    if (tenth(percent) == tenth(shownPercent_) && now - shown_ < logInterval)
+        return;
+    shown_ = now;
+    shownPercent_ = percent;
+    ProgressFigures figures = figuresOf(progress.title, progress.total, progress.track, now);
+    figures.ended = percent >= 100;
+    put(stderr, progressLogLine(figures) + '\n');
+}
+
+/// Asked each time: a window that changed its size needs no signal.
+int TerminalScreen::width() const {
+    if (const int columns = host::terminalWidth(canvas_); columns > 0)
+        return columns;
+    const char* const columns = host::environment("COLUMNS");
+    const int number = columns != nullptr ? std::atoi(columns) : 0;
+    return number > 0 ? number : defaultWidth;
+}
+
+} // namespace kaz::detail

@@ -1,0 +1,58 @@
+#include "tools/messages/detail/TerminalText.h"
+
+#include "tools/platform/host.h"
+
+#include <algorithm>
+
+namespace kaz::detail {
+
+namespace {
+
+constexpr unsigned char del = 0x7F;
+
+bool isPlain(char c) {
+    return static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < del;
+}
+
+void appendShown(std::string& result, std::string_view bytes, int columns, bool keepLines) {
+    const auto c = static_cast<unsigned char>(bytes[0]);
+    if (keepLines && (c == '\n' || c == '\t'))
+        result += bytes;
+    else if (c < ' ' || c == del)
+        result.append({'^', static_cast<char>(c ^ 0x40U)});
+    else if (columns < 0)
+        result += '?';
+    else
+        result += bytes;
+}
+
+} // namespace
+
+std::string shownText(std::string_view text, bool keepLines) {
+    if (std::all_of(text.begin(), text.end(), isPlain))
+        return std::string(text);
+    std::string result;
+    for (const host::Glyph& glyph : host::glyphsOf(text))
+        appendShown(result, text.substr(glyph.offset, glyph.size), glyph.columns, keepLines);
+    return result;
+}
+
+int columnsOf(std::string_view text) {
+    if (std::all_of(text.begin(), text.end(), isPlain))
+        return static_cast<int>(text.size());
+    int columns = 0;
+    for (const host::Glyph& glyph : host::glyphsOf(text))
+        columns += std::max(glyph.columns, 0);
+    return columns;
+}
+
+std::string_view cutToColumns(std::string_view text, int columns) {
+    for (const host::Glyph& glyph : host::glyphsOf(text)) {
+        columns -= std::max(glyph.columns, 0);
+        if (columns < 0)
+            return text.substr(0, glyph.offset);
+    }
+    return text;
+}
+
+} // namespace kaz::detail
