@@ -65,6 +65,11 @@ TEST(Process, OutermostToolPreparesTheEnvironment) {
     lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
     EXPECT_EQ(lines["Path"], nativeText(bin) + ";\\suite;\\other");
     EXPECT_EQ(lines["PATH"], bin);
+
+    // Children find the system's programs without it, too.
+    options.env["PATH"] = kit::unset;
+    lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    EXPECT_EQ(lines["PATH"], bin + ":/bin:/usr/bin");
 }
 
 TEST(Process, NestedToolLeavesTheEnvironmentAlone) {

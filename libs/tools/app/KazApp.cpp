@@ -12,7 +12,6 @@
 
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <new>
 #include <string>
 
@@ -58,8 +57,9 @@ void extendHostSearchPath(const char* binDir) {
     std::string result = kaz::host::hostPath(binDir);
     if (sameVariable || result.empty())
         return;
-    if (hostPath != nullptr && *hostPath != '\0')
-        result.append(1, kaz::host::searchPathSeparator()).append(hostPath);
+    const std::string behind = hostPath != nullptr ? hostPath : kaz::host::defaultSearchPath();
+    if (!behind.empty())
+        result.append(1, kaz::host::searchPathSeparator()).append(behind);
     TI_putenv("PATH", result.c_str());
 }
 
@@ -81,15 +81,6 @@ KazString productPathValue(const char* product) {
     else
         print_err("TI variable \"%s\" undefined -- using default", variable.getValue());
     return "templates/ct;templates";
-}
-
-/// A stream whose owner lets it throw must not end the clean-up.
-template <typename Stream>
-void flushQuietly(Stream& stream) {
-    try {
-        stream.flush();
-    } catch (...) {
-    }
 }
 
 /// Not being able to delete is ignored, for want of memory too.
@@ -168,11 +159,7 @@ KazFilePath* KazApp::getProductPath() {
 }
 
 void KazApp::removeTemporaryFiles() {
-    // The iostreams keep text of their own once they are unsynchronised.
-    flushQuietly(std::cout);
-    flushQuietly(std::clog);
-    flushQuietly(std::wcout);
-    flushQuietly(std::wclog);
+    kaz::host::flushStreams();
     kaz::host::closeAllStreams();
     for (int i = tempFiles.getSize() - 1; i >= 0; --i)
         if (const void* path = tempFiles.getAt(i))

@@ -33,8 +33,14 @@ KAZ_API KazString argv_to_str(int argc, const char* const* argv);
 
 /// Has the host's command interpreter run one command, waits for it, and shows
 /// what it writes to standard output and error, line by line, between tty_start
-/// and tty_end. A NUL character in the output shows as a blank. All streams of this
-/// process are flushed first, so that the command sees what was written.
+/// and tty_end. A NUL character in the output shows as a blank. When the command ends,
+/// what it and others have written by then is shown; what it left in the background is not
+/// waited for. A command that begins with "-" or "+" is no option of the interpreter.
+///
+/// The streams of this process are flushed first, so that the command sees what was
+/// written: all of stdio, and std::cout, std::cerr, std::clog and their wide kin, which
+/// keep text of their own once they are not synchronised with stdio. Not other C++
+/// streams.
 /// @return its exit status; -1 when it could not be started (the reason goes to
 /// print_err) or was ended by a signal.
 /// @param signal when not null, becomes the number of that signal, else 0.

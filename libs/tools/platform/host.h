@@ -18,6 +18,7 @@
 /// - Nothing here prints.
 #pragma once
 
+#include "tools/platform/host_process.h"
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_terminal.h"
 
@@ -269,38 +270,6 @@ void closeAllStreams();
 bool echoOff();
 /// The echo is on again, and signals go their usual ways; nothing without echoOff().
 void echoOn();
-
-// ------------------------------------------------------------------ processes
-
-int processId();
-
-/// Receives a child's output as it arrives, in pieces of any size. May throw:
-/// the child's output is then closed and the child awaited first.
-class OutputSink {
-public:
-    virtual void write(const char* data, std::size_t size) = 0;
-
-protected:
-    ~OutputSink() = default;
-};
-
-/// How a child process ended.
-struct Completion {
-    int error = 0;  ///< why it was never started, an errno value; 0 when it was
-    int status = 0; ///< its exit status; -1 when it was not started or died by a signal
-    int signal = 0; ///< the signal that ended it, else 0
-};
-
-/// Runs a program and waits for it. @p arguments[0] is the program: searched for
-/// along the host's search path when it holds no separator; a native path is
-/// accepted. The other arguments are passed untouched. With a @p sink, standard
-/// output and error of the child arrive there together; without one the child
-/// shares this process's. Standard input is shared. Streams of this process are
-/// flushed first.
-Completion run(const std::vector<std::string>& arguments, OutputSink* sink);
-
-/// The same for one line that the host's command interpreter reads.
-Completion runShell(const char* command, OutputSink* sink);
 
 // --------------------------------------------------------------------- errors
 

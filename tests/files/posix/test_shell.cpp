@@ -4,6 +4,7 @@
 
 #include "files/words.h"
 #include "kit/director.h"
+#include "kit/env.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
 
@@ -11,7 +12,10 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <string>
 #include <sys/time.h>
 #include <vector>
@@ -70,6 +74,62 @@ TEST(Shell, DoesNotWaitForTheBackground) {
     const int background = std::atoi(output.getValue());
     ASSERT_GT(background, 0);
     ::kill(background, SIGKILL);
+}
+
+/// Nor that of one that never stops writing: what it wrote by then is enough.
+TEST(Shell, TakesWhatIsThereWhenTheCommandEnds) {
+    KazString output;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(shell_cmd_output("timeout 8 yes & exit 3", output), 3);
+    EXPECT_EQ(shell_cmd_output("seq 100000; timeout 8 yes no & exit 4", output), 4);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_GT(output.find("\n99999\n100000\n"), 0);
+}
+
+TEST(Shell, ACommandIsNoOptionOfTheInterpreter) {
+    const kit::TempTree tree;
+    for (const char* name : {"-c", "+x", "--"}) {
+        const std::string program = tree.write(name, "#!/bin/sh\necho \"called $1\"\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        const kit::ScopedEnv path("PATH", (tree.path() + ":" + std::getenv("PATH")).c_str());
+        KazString output;
+        EXPECT_EQ(shell_cmd_output((std::string(name) + " so").c_str(), output), 0) << name;
+        EXPECT_STREQ(output.getValue(), "called so\n");
+    }
+}
+
+/// Also the streams of C++ that keep text of their own.
+TEST(Shell, SeesWhatTheStandardStreamsHold) {
+    const kit::TempTree tree;
+    std::filebuf file;
+    ASSERT_NE(file.open(tree.path("file"), std::ios::out), nullptr);
+    for (std::ostream* stream : {&std::cout, &std::cerr, &std::clog}) {
+        std::streambuf* const usual = stream->rdbuf(&file);
+        *stream << 'x';
+        KazString output;
+        shell_cmd_output(("cat " + tree.path("file")).c_str(), output);
+        stream->rdbuf(usual);
+        const std::string text = output.getValue();
+        EXPECT_TRUE(!text.empty() && text.back() == 'x') << text;
+        file.sputc('\n');
+    }
+}
+
+TEST(Shell, ACommandStartsWithoutBlockedOrIgnoredSignals) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, &before);
+    const auto usual = std::signal(SIGPIPE, SIG_IGN);
+    KazString output;
+    shell_cmd_output("grep -E '^Sig(Blk|Ign)' /proc/self/status", output);
+    std::signal(SIGPIPE, usual);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_GE(output.find("SigBlk:\t0000000000000000\n"), 0) << output.getValue();
+    const int ignored = output.find("SigIgn:\t");
+    ASSERT_GE(ignored, 0);
+    const auto signals = std::strtoull(output.getValue() + ignored + 8, nullptr, 16);
+    EXPECT_EQ(signals >> (SIGPIPE - 1) & 1, 0u);
 }
 
 TEST(Shell, SurvivesInterruptedCalls) {

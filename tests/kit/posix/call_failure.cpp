@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -138,6 +139,7 @@ KIT_CALL(int, unlinkat, (int dir, const char* path, int flags), (dir, path, flag
 KIT_CALL(int, rmdir, (const char* path), (path), -1)
 KIT_CALL(char*, getcwd, (char* buffer, std::size_t size), (buffer, size), nullptr)
 KIT_CALL(int, pipe2, (int* ends, int flags), (ends, flags), -1)
+KIT_CALL(int, memfd_create, (const char* name, unsigned flags), (name, flags), -1)
 KIT_CALL(int, poll, (pollfd * files, nfds_t count, int timeout), (files, count, timeout), -1)
 KIT_CALL(char*, realpath, (const char* path, char* result), (path, result), nullptr)
 KIT_CALL(int, dladdr, (const void* address, Dl_info* info), (address, info), 0)
@@ -185,6 +187,29 @@ KIT_DEFINITION(int, posix_spawn_file_actions_adddup2,
     KIT_NEXT(int, posix_spawn_file_actions_adddup2, (posix_spawn_file_actions_t*, int, int));
     const int failure = failureOf("posix_spawn_file_actions_adddup2");
     return failure != 0 ? failure : next(actions, from, to);
+}
+
+KIT_DEFINITION(int, posix_spawn_file_actions_addopen,
+               (posix_spawn_file_actions_t * actions, int to, const char* path, int flags,
+                mode_t mode)) {
+    KIT_NEXT(int, posix_spawn_file_actions_addopen,
+             (posix_spawn_file_actions_t*, int, const char*, int, mode_t));
+    const int failure = failureOf("posix_spawn_file_actions_addopen");
+    return failure != 0 ? failure : next(actions, to, path, flags, mode);
+}
+
+KIT_DEFINITION(int, posix_spawn_file_actions_addclosefrom_np,
+               (posix_spawn_file_actions_t * actions, int from)) {
+    KIT_NEXT(int, posix_spawn_file_actions_addclosefrom_np, (posix_spawn_file_actions_t*, int));
+    const int failure = failureOf("posix_spawn_file_actions_addclosefrom_np");
+    return failure != 0 ? failure : next(actions, from);
+}
+
+KIT_DEFINITION(int, posix_spawn_file_actions_addchdir_np,
+               (posix_spawn_file_actions_t * actions, const char* path)) {
+    KIT_NEXT(int, posix_spawn_file_actions_addchdir_np, (posix_spawn_file_actions_t*, const char*));
+    const int failure = failureOf("posix_spawn_file_actions_addchdir_np");
+    return failure != 0 ? failure : next(actions, path);
 }
 
 // The C library's streams call its own read and write. In a stream around another

@@ -1,12 +1,21 @@
+// Starting programs. The C library's posix_spawn takes no copy of the address space, so
+// that a start takes the same time however large the tool is. Descriptors are never
+// those of the standard streams, and nothing that is made for a child outlives the call
+// or is handed on to another child.
+#include "tools/platform/deadline.h"
 #include "tools/platform/host.h"
+#include "tools/platform/posix/child.h"
 #include "tools/platform/posix/descriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/syscall.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,93 +23,246 @@ namespace kaz::host {
 
 namespace {
 
-/// Where the child's output goes.
-class Redirection {
-public:
-    explicit Redirection(int output) {
-        ::posix_spawn_file_actions_init(&actions_);
-        for (int standard = 1; standard <= 2 && output >= 0 && error_ == 0; ++standard)
-            error_ = ::posix_spawn_file_actions_adddup2(&actions_, output, standard);
-    }
-    Redirection(const Redirection&) = delete;
-    Redirection& operator=(const Redirection&) = delete;
-    ~Redirection() { ::posix_spawn_file_actions_destroy(&actions_); }
+/// Without a standard stream a new descriptor would get its number, and be replaced
+/// with it in the child.
+Descriptor besideStandard(Descriptor descriptor) {
+    if (!descriptor.isOpen() || descriptor.get() > STDERR_FILENO)
+        return descriptor;
+    return Descriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
-    /// Why it could not be prepared, or 0.
-    int error() const { return error_; }
-    const posix_spawn_file_actions_t* get() const { return &actions_; }
+/// What a child starts with.
+class Setup {
+public:
+    Setup() {
+        ::posix_spawn_file_actions_init(&actions_);
+        ::posix_spawnattr_init(&attributes_);
+    }
+    Setup(const Setup&) = delete;
+    Setup& operator=(const Setup&) = delete;
+    ~Setup() {
+        ::posix_spawnattr_destroy(&attributes_);
+        ::posix_spawn_file_actions_destroy(&actions_);
+    }
+
+    void give(int descriptor, int standard) {
+        note([&] { return ::posix_spawn_file_actions_adddup2(&actions_, descriptor, standard); });
+    }
+    void giveNothing(int standard) {
+        note([&] {
+            return ::posix_spawn_file_actions_addopen(&actions_, standard, "/dev/null", O_RDWR, 0);
+        });
+    }
+    void closeOthers() {
+        note([&] {
+            return ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+        });
+    }
+    void enter(const std::string& directory) {
+        note([&] { return ::posix_spawn_file_actions_addchdir_np(&actions_, directory.c_str()); });
+    }
+    /// Its signals, and whether it leads a group or a session of its own.
+    void setAttributes(short flags) {
+        sigset_t none;
+        sigset_t defaults;
+        sigemptyset(&none);
+        sigemptyset(&defaults);
+        for (const int signal : {SIGPIPE, SIGCHLD})
+            sigaddset(&defaults, signal);
+        ::posix_spawnattr_setsigmask(&attributes_, &none);
+        ::posix_spawnattr_setsigdefault(&attributes_, &defaults);
+        ::posix_spawnattr_setflags(&attributes_, static_cast<short>(flags | POSIX_SPAWN_SETSIGMASK |
+                                                                    POSIX_SPAWN_SETSIGDEF));
+    }
+
+    /// Fails with an errno value, which it gives; 0 and the child's number otherwise.
+    int spawn(char* const* arguments, char* const* variables, pid_t& id) {
+        note([&] {
+            return ::posix_spawnp(&id, arguments[0], &actions_, &attributes_, arguments, variables);
+        });
+        return error_;
+    }
 
 private:
+    /// Takes a step unless an earlier one has failed.
+    template <typename Step>
+    void note(Step step) {
+        if (error_ == 0)
+            error_ = step();
+    }
+
     posix_spawn_file_actions_t actions_;
+    posix_spawnattr_t attributes_;
     int error_ = 0;
 };
 
-/// A started child; awaited at the latest when this goes away.
-class Child {
+/// This process's variables with the changes of a launch.
+class Variables {
 public:
-    explicit Child(pid_t id) : id_(id) {}
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child() { await(0); }
-
-    pid_t id() const { return id_; }
-
-    /// Whether it has ended; with flags 0 waits for that.
-    bool await(int flags) {
-        if (ended_)
-            return true;
-        const pid_t result = retry([&] { return ::waitpid(id_, &status_, flags); });
-        known_ = result == id_;
-        ended_ = result != 0;
-        return ended_;
+    explicit Variables(const Launch& launch) {
+        if (launch.variables.empty() && launch.removed.empty())
+            return;
+        for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+            if (!isChanged(launch, *entry))
+                entries_.push_back(*entry);
+        texts_.reserve(launch.variables.size()); // entries point into them
+        for (const auto& [name, value] : launch.variables)
+            entries_.push_back(texts_.emplace_back(name + '=' + value).data());
+        entries_.push_back(nullptr);
     }
 
-    /// Without a status when children are not kept for us (SIGCHLD is ignored).
-    Completion completion() const {
-        Completion result;
-        result.status = known_ && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
-        result.signal = known_ && WIFSIGNALED(status_) ? WTERMSIG(status_) : 0;
-        return result;
+    char* const* get() const { return entries_.empty() ? environ : entries_.data(); }
+
+private:
+    static bool isChanged(const Launch& launch, const char* entry) {
+        const std::string_view name(entry, std::strcspn(entry, "="));
+        return std::find(launch.removed.begin(), launch.removed.end(), name) !=
+                   launch.removed.end() ||
+               std::any_of(launch.variables.begin(), launch.variables.end(),
+                           [&](const auto& variable) { return variable.first == name; });
+    }
+
+    std::vector<std::string> texts_;
+    std::vector<char*> entries_;
+};
+
+/// The words of the program as the system takes them. Empty when there is none that can
+/// be named here.
+std::vector<std::string> wordsOf(const Launch& launch) {
+    if (launch.isLine)
+        return {"/bin/sh", "-c", "--", launch.words.at(0)};
+    if (launch.words.empty() || !canName(launch.words[0].c_str()))
+        return {};
+    std::vector<std::string> words = launch.words;
+    words[0] = hostPath(words[0].c_str());
+    const bool isRelative = words[0].find('/') != std::string::npos && words[0][0] != '/';
+    if (isRelative && !launch.directory.empty())
+        words[0] = hostPath(absolutePath(words[0].c_str()).c_str());
+    return words;
+}
+
+/// A file in memory takes what a child shall read: it can neither block nor break.
+Descriptor fileOf(std::string_view text) {
+    Descriptor file(::memfd_create("input", MFD_CLOEXEC));
+    std::size_t done = 0;
+    while (file.isOpen() && done < text.size()) {
+        const ssize_t count =
+            retry([&] { return ::write(file.get(), text.data() + done, text.size() - done); });
+        if (count < 0)
+            return Descriptor();
+        done += static_cast<std::size_t>(count);
+    }
+    if (file.isOpen() && ::lseek(file.get(), 0, SEEK_SET) != 0)
+        return Descriptor();
+    return file;
+}
+
+/// This process's end of a pipe that a child writes to, and who gets what arrives.
+class Outlet {
+public:
+    /// Makes the pipe for a sink. False with errno set on failure.
+    bool open(OutputSink* sink) {
+        std::array<int, 2> ends{-1, -1};
+        if (retry([&] { return ::pipe2(ends.data(), O_CLOEXEC); }) != 0)
+            return false;
+        sink_ = sink;
+        reading_ = besideStandard(Descriptor(ends[0]));
+        writing_ = besideStandard(Descriptor(ends[1]));
+        return reading_.isOpen() && writing_.isOpen();
+    }
+
+    int reading() const { return reading_.get(); }
+    int writing() const { return writing_.get(); }
+    void closeWriting() { writing_.close(); }
+
+    /// Hands on a piece of what poll() has found. At the end, and when reading fails for
+    /// good, it is closed.
+    void take(short found) {
+        constexpr int patience = 8;
+        if (found == 0)
+            return;
+        if ((found & POLLIN) == 0 || (read(size_) <= 0 && ++failures_ > patience))
+            reading_.close();
+    }
+
+    /// Hands on what is there now, and no more: somebody may go on writing.
+    void takeRest() {
+        int there = 0;
+        if (!reading_.isOpen() || ::ioctl(reading_.get(), FIONREAD, &there) != 0)
+            return;
+        while (there > 0) {
+            const ssize_t got = read(std::min(size_, static_cast<std::size_t>(there)));
+            if (got <= 0 && ++failures_ > 1)
+                break;
+            there -= static_cast<int>(std::max<ssize_t>(got, 0));
+        }
     }
 
 private:
-    pid_t id_;
-    int status_ = 0;
-    bool ended_ = false;
-    bool known_ = false;
+    static constexpr std::size_t size_ = 64 * 1024; // as much as a pipe holds
+
+    ssize_t read(std::size_t most) {
+        std::array<char, size_> buffer;
+        const ssize_t got = retry([&] { return ::read(reading_.get(), buffer.data(), most); });
+        if (got > 0)
+            sink_->write(buffer.data(), static_cast<std::size_t>(got));
+        return got;
+    }
+
+    Descriptor reading_;
+    Descriptor writing_;
+    OutputSink* sink_ = nullptr;
+    int failures_ = 0;
 };
 
-/// Hands on what is there to be read; false at the end of the output, and when
-/// there is nothing for now.
-bool drain(int output, OutputSink& sink) {
-    std::array<char, 16 * 1024> buffer;
-    const ssize_t got = retry([&] { return ::read(output, buffer.data(), buffer.size()); });
-    if (got > 0)
-        sink.write(buffer.data(), static_cast<std::size_t>(got));
-    return got > 0;
-}
+using Outlets = std::array<Outlet, 2>;
 
-bool atEnd(const pollfd& output) {
-    return (output.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0 && (output.revents & POLLIN) == 0;
-}
-
-/// Until the output ends or the child does: a process that it left in the
-/// background may hold the output open for ever.
-void forward(int output, Child& child, OutputSink& sink) {
-    // The C library's own declaration does not link from C++.
-    const Descriptor ending(static_cast<int>(::syscall(SYS_pidfd_open, child.id(), 0)));
-    const int pause = ending.isOpen() ? -1 : 20; // milliseconds, without that kind of handle
-    std::array<pollfd, 2> wait{{{output, POLLIN, 0}, {ending.get(), POLLIN, 0}}};
-    while (!child.await(WNOHANG)) {
-        retry([&] { return ::poll(wait.data(), wait.size(), pause); });
-        if ((wait[0].revents & POLLIN) != 0)
-            drain(output, sink);
-        else if (atEnd(wait[0]))
-            return;
-    }
-    while (drain(output, sink)) {
+/// Hands output on until the child ends: a process that it left behind may hold the
+/// output open for ever. True when it was stopped at the deadline.
+bool attend(Child& child, Outlets& outlets, const Deadline& deadline) {
+    constexpr int pause = 20; // milliseconds, where the end of a child cannot be waited for
+    for (;;) {
+        std::array<pollfd, 3> wait{{{outlets[0].reading(), POLLIN, 0},
+                                    {outlets[1].reading(), POLLIN, 0},
+                                    {child.ending(), POLLIN, 0}}};
+        const bool canWait = child.ending() >= 0;
+        const bool isKnown =
+            retry([&] {
+                return ::poll(wait.data(), wait.size(), canWait ? deadline.left() : pause);
+            }) >= 0;
+        for (std::size_t i = 0; i < outlets.size() && isKnown; ++i)
+            outlets[i].take(wait[i].revents);
+        const bool mayHaveEnded = !canWait || !isKnown || wait[2].revents != 0;
+        if (mayHaveEnded && child.await(WNOHANG))
+            return false;
+        if (deadline.isOver()) {
+            child.stop();
+            return true;
+        }
     }
 }
+
+/// The tool outlives keys that are meant for the child.
+class TerminalGivenAway {
+public:
+    explicit TerminalGivenAway(bool isGiven) : isGiven_(isGiven) {
+        struct sigaction ignore = {};
+        ignore.sa_handler = SIG_IGN;
+        for (std::size_t i = 0; i < signals.size() && isGiven_; ++i)
+            ::sigaction(signals[i], &ignore, &usual_[i]);
+    }
+    TerminalGivenAway(const TerminalGivenAway&) = delete;
+    TerminalGivenAway& operator=(const TerminalGivenAway&) = delete;
+    ~TerminalGivenAway() {
+        for (std::size_t i = 0; i < signals.size() && isGiven_; ++i)
+            ::sigaction(signals[i], &usual_[i], nullptr);
+    }
+
+private:
+    static constexpr std::array<int, 2> signals{SIGINT, SIGQUIT};
+    bool isGiven_;
+    std::array<struct sigaction, 2> usual_{};
+};
 
 Completion notStarted(int number) {
     Completion result;
@@ -109,50 +271,115 @@ Completion notStarted(int number) {
     return result;
 }
 
-Completion start(char* const* arguments, OutputSink* sink) {
-    std::fflush(nullptr);
-    std::array<int, 2> ends{-1, -1};
-    if (sink != nullptr && retry([&] { return ::pipe2(ends.data(), O_CLOEXEC); }) != 0)
-        return notStarted(errno);
-    Descriptor reading(ends[0]);
-    Descriptor writing(ends[1]);
-    if (reading.isOpen())
-        ::fcntl(reading.get(), F_SETFL, O_NONBLOCK);
-    pid_t id = 0;
-    const Redirection redirection(writing.get());
-    const int error =
-        redirection.error() != 0
-            ? redirection.error()
-            : ::posix_spawnp(&id, arguments[0], redirection.get(), nullptr, arguments, environ);
-    if (error != 0)
-        return notStarted(error);
-    Child child(id);
-    writing.close();
-    // The reading end goes before the child is awaited on an exception, so that a
-    // child that is still writing ends as well.
-    const Descriptor output(std::move(reading));
-    if (sink != nullptr)
-        forward(output.get(), child, *sink);
-    child.await(0);
-    return child.completion();
+/// Fails with errno set.
+bool prepareInput(const Launch& launch, Descriptor& input, Setup& setup) {
+    if (launch.inputKind == Launch::text && !launch.isDetached) {
+        input = besideStandard(fileOf(launch.input));
+        setup.give(input.get(), STDIN_FILENO);
+        return input.isOpen();
+    }
+    if (launch.inputKind != Launch::shared || launch.isDetached)
+        setup.giveNothing(STDIN_FILENO);
+    return true;
+}
+
+/// Fails with errno set.
+bool prepareOutput(const Launch& launch, Outlets& outlets, Setup& setup) {
+    const std::array<OutputSink*, 2> sinks{launch.output, launch.errors};
+    for (int i = 0; i < 2; ++i) {
+        const int standard = STDOUT_FILENO + i;
+        Outlet& outlet = outlets[static_cast<std::size_t>(i)];
+        OutputSink* sink = sinks[static_cast<std::size_t>(i)];
+        if (launch.isDetached) {
+            setup.giveNothing(standard);
+        } else if (i == 1 && sink == sinks[0] && sink != nullptr) {
+            setup.give(STDOUT_FILENO, standard);
+        } else if (sink != nullptr) {
+            if (!outlet.open(sink))
+                return false;
+            setup.give(outlet.writing(), standard);
+        }
+    }
+    return true;
+}
+
+short flagsOf(const Launch& launch) {
+    if (launch.isDetached)
+        return POSIX_SPAWN_SETSID;
+    return launch.timeout > 0 ? POSIX_SPAWN_SETPGROUP : 0;
+}
+
+/// Why the child was not started, or 0.
+int spawn(const Launch& launch, Outlets& outlets, pid_t& id) {
+    std::vector<std::string> words = wordsOf(launch);
+    if (words.empty() || !canName(launch.directory.c_str()))
+        return ENOENT;
+    const Variables variables(launch);
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    Setup setup;
+    Descriptor input;
+    if (!prepareInput(launch, input, setup) || !prepareOutput(launch, outlets, setup))
+        return errno;
+    if (!launch.inheritsFiles)
+        setup.closeOthers();
+    if (!launch.directory.empty())
+        setup.enter(hostPath(launch.directory.c_str()));
+    setup.setAttributes(flagsOf(launch));
+    return setup.spawn(arguments.data(), variables.get(), id);
 }
 
 } // namespace
 
-Completion run(const std::vector<std::string>& arguments, OutputSink* sink) {
-    if (arguments.empty() || !canName(arguments[0].c_str()))
-        return notStarted(ENOENT);
-    std::vector<std::string> texts = arguments;
-    texts[0] = hostPath(texts[0].c_str());
-    std::vector<char*> vector;
-    for (std::string& text : texts)
-        vector.push_back(text.data());
-    vector.push_back(nullptr);
-    return start(vector.data(), sink);
+void start(const Launch& launch, Completion& completion) {
+    flushStreams();
+    reapAbandoned();
+    pid_t id = 0;
+    Outlets outlets;
+    if (const int error = spawn(launch, outlets, id); error != 0) {
+        completion = notStarted(error);
+        return;
+    }
+    if (launch.isDetached) {
+        abandon(id);
+        completion = Completion();
+        return;
+    }
+    // Behind the start: what is ignored would stay so in the child.
+    const TerminalGivenAway terminal(launch.ownsTerminal);
+    const bool hasLimit = launch.timeout > 0;
+    Child child(id, hasLimit);
+    // These go before the child is awaited on an exception, so that one that is still
+    // writing ends as well.
+    Outlets open = std::move(outlets);
+    for (Outlet& outlet : open)
+        outlet.closeWriting();
+    const bool isStopped = attend(child, open, Deadline(hasLimit ? launch.timeout : -1));
+    for (Outlet& outlet : open)
+        outlet.takeRest();
+    completion = child.completion();
+    if (isStopped && completion.status == -1) {
+        completion.signal = 0;
+        completion.isStopped = true;
+    }
 }
 
-Completion runShell(const char* command, OutputSink* sink) {
-    return run({"/bin/sh", "-c", command}, sink);
+std::string defaultSearchPath() {
+    std::array<char, 256> buffer;
+    const std::size_t size = ::confstr(_CS_PATH, buffer.data(), buffer.size());
+    return size > 0 && size <= buffer.size() ? buffer.data() : "/bin:/usr/bin";
+}
+
+std::string interpreterWord(std::string_view word) {
+    std::string result = "'";
+    for (const char c : word) {
+        if (c == '\'')
+            result += "'\\'";
+        result += c;
+    }
+    return result + '\'';
 }
 
 } // namespace kaz::host

@@ -1,12 +1,21 @@
+// Starting programs. A child inherits the three handles that are made for it and
+// nothing else, whatever else is inheritable. One with a limit runs in a job, which ends
+// with all that it started.
+#include "tools/platform/deadline.h"
 #include "tools/platform/host.h"
 #include "tools/platform/windows/command_line.h"
 #include "tools/platform/windows/errors.h"
 #include "tools/platform/windows/handle.h"
+#include "tools/platform/windows/launch_text.h"
+#include "tools/platform/windows/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <io.h>
+#include <iterator>
+#include <optional>
 
 namespace kaz::host {
 
@@ -15,6 +24,8 @@ namespace {
 /// While a child writes nothing it is looked at this often, in milliseconds:
 /// pipes cannot be waited for together with a process.
 constexpr DWORD pause = 5;
+/// The status of what was stopped.
+constexpr UINT stopped = 1;
 
 /// A copy of a handle that a child inherits; not open for one that is not there.
 Handle inheritable(HANDLE original) {
@@ -30,13 +41,6 @@ Handle inheritable(HANDLE original) {
 /// uses, wherever the process's own standard handles point to.
 HANDLE behind(int descriptor) {
     return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
-}
-
-Completion notStarted(int number) {
-    Completion result;
-    result.error = number;
-    result.status = -1;
-    return result;
 }
 
 /// Exceptions that end a program, as the signals that they are elsewhere.
@@ -62,21 +66,29 @@ Completion completionOf(DWORD code) {
     Completion result;
     result.signal = signalOf(code);
     result.status = result.signal != 0 ? -1 : static_cast<int>(code);
+    result.exception = code >= 0xC0000000U ? code : 0;
     return result;
 }
 
-/// A started child; awaited when this goes away.
+/// A started child, and its job where it has one; awaited when this goes away, one with
+/// a job is ended.
 class Child {
 public:
-    explicit Child(HANDLE process) : process_(process) {}
+    Child(HANDLE process, Handle job) : process_(process), job_(std::move(job)) {}
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
-    ~Child() { await(INFINITE); }
+    ~Child() {
+        if (job_.isOpen() && !await(0))
+            stop();
+        await(INFINITE);
+    }
 
     /// Whether it has ended within that many milliseconds.
     bool await(DWORD milliseconds) const {
         return WaitForSingleObject(process_.get(), milliseconds) == WAIT_OBJECT_0;
     }
+
+    void stop() const { TerminateJobObject(job_.get(), stopped); }
 
     Completion completion() const {
         DWORD code = 0;
@@ -86,6 +98,7 @@ public:
 
 private:
     Handle process_;
+    Handle job_;
 };
 
 /// Programs write text with two characters at the end of a line. It arrives with
@@ -117,28 +130,116 @@ private:
     bool heldBack_ = false; // a return whose successor is not known yet
 };
 
-/// Hands on what is there to be read; false when there is nothing for now.
-bool drain(HANDLE output, TextSink& sink) {
-    std::array<char, 16 * 1024> buffer;
-    DWORD there = 0;
-    DWORD got = 0;
-    if (PeekNamedPipe(output, nullptr, 0, nullptr, &there, nullptr) == 0 || there == 0 ||
-        ReadFile(output, buffer.data(), buffer.size(), &got, nullptr) == 0 || got == 0)
-        return false;
-    sink.write(buffer.data(), got);
-    return true;
-}
+/// This process's end of a pipe that a child writes to, and who gets what arrives.
+class Outlet {
+public:
+    /// Makes the pipe for a sink. False with errno set on failure.
+    bool open(OutputSink& sink, bool isText) {
+        HANDLE ends[2] = {nullptr, nullptr};
+        if (CreatePipe(&ends[0], &ends[1], nullptr, 0) == 0)
+            return failWithLastError() == 0;
+        reading_ = Handle(ends[0]);
+        writing_ = Handle(ends[1]);
+        sink_ = &sink;
+        if (isText)
+            text_.emplace(sink);
+        return true;
+    }
+
+    bool isOpen() const { return reading_.isOpen(); }
+    HANDLE writing() const { return writing_.get(); }
+    void closeWriting() { writing_.close(); }
+
+    /// Hands on what is there now, and no more: somebody may go on writing. False when
+    /// there is nothing.
+    bool take() {
+        DWORD there = 0;
+        if (!isOpen() || PeekNamedPipe(reading_.get(), nullptr, 0, nullptr, &there, nullptr) == 0 ||
+            there == 0)
+            return false;
+        while (there > 0) {
+            std::array<char, 16 * 1024> buffer;
+            DWORD got = 0;
+            if (ReadFile(reading_.get(), buffer.data(), std::min<DWORD>(buffer.size(), there), &got,
+                         nullptr) == 0 ||
+                got == 0)
+                break;
+            write(buffer.data(), got);
+            there -= got;
+        }
+        return true;
+    }
+
+    void finish() {
+        take();
+        if (text_)
+            text_->finish();
+    }
+
+private:
+    void write(const char* data, std::size_t size) {
+        if (text_)
+            text_->write(data, size);
+        else
+            sink_->write(data, size);
+    }
+
+    Handle reading_;
+    Handle writing_;
+    OutputSink* sink_ = nullptr;
+    std::optional<TextSink> text_;
+};
+
+using Outlets = std::array<Outlet, 2>;
 
 /// Until the child ends: a process that it left in the background may hold the
-/// output open for ever.
-void forward(HANDLE output, const Child& child, OutputSink& receiver) {
-    TextSink sink(receiver);
-    while (!child.await(0))
-        if (!drain(output, sink))
+/// output open for ever. True when it was stopped at the deadline.
+bool attend(const Child& child, Outlets& outlets, const Deadline& deadline) {
+    while (!child.await(0)) {
+        if (deadline.isOver()) {
+            child.stop();
+            child.await(INFINITE);
+            return true;
+        }
+        const bool gotOutput = outlets[0].take();
+        const bool gotErrors = outlets[1].take();
+        if (!gotOutput && !gotErrors)
             child.await(pause);
-    while (drain(output, sink)) {
     }
-    sink.finish();
+    return false;
+}
+
+/// The null device, for a child.
+Handle nothing() {
+    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return Handle(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, OPEN_EXISTING, 0,
+                              nullptr));
+}
+
+/// A file that goes away with its last handle takes what a child shall read: it can
+/// neither block nor break.
+Handle fileOf(std::string_view text) {
+    std::array<wchar_t, MAX_PATH + 1> directory{};
+    std::array<wchar_t, MAX_PATH + 1> name{};
+    if (GetTempPathW(directory.size(), directory.data()) == 0 ||
+        GetTempFileNameW(directory.data(), L"in", 0, name.data()) == 0)
+        return Handle();
+    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    Handle file(CreateFileW(name.data(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherited,
+                            CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE,
+                            nullptr));
+    while (file.isOpen() && !text.empty()) {
+        const DWORD part = static_cast<DWORD>(std::min<std::size_t>(text.size(), 1U << 30));
+        DWORD done = 0;
+        if (WriteFile(file.get(), text.data(), part, &done, nullptr) == 0 || done == 0)
+            return Handle();
+        text.remove_prefix(done);
+    }
+    if (file.isOpen())
+        SetFilePointer(file.get(), 0, nullptr, FILE_BEGIN);
+    return file;
 }
 
 /// Standard handles of a child, all inheritable by it alone.
@@ -148,69 +249,170 @@ struct Standard {
     Handle error;
 };
 
-/// Null with errno set when the program cannot be started.
-HANDLE create(std::string& line, const Standard& standard) {
-    STARTUPINFOA start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = standard.input.get();
-    start.hStdOutput = standard.output.get();
-    start.hStdError = standard.error.get();
-    PROCESS_INFORMATION process{};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                       &process) == 0) {
-        failWithLastError();
-        return nullptr;
+/// False with errno set on failure.
+bool prepare(const Launch& launch, Outlets& outlets, Standard& standard) {
+    if (launch.isDetached) {
+        standard = {nothing(), nothing(), nothing()};
+        return true;
     }
-    CloseHandle(process.hThread);
-    return process.hProcess;
+    if (launch.inputKind == Launch::text) {
+        standard.input = fileOf(launch.input);
+        if (!standard.input.isOpen())
+            return failWithLastError() == 0;
+    } else {
+        standard.input = launch.inputKind == Launch::shared ? inheritable(behind(0)) : nothing();
+    }
+    if (launch.output != nullptr && !outlets[0].open(*launch.output, launch.isText))
+        return false;
+    const bool isSame = launch.errors == launch.output;
+    if (launch.errors != nullptr && !isSame && !outlets[1].open(*launch.errors, launch.isText))
+        return false;
+    standard.output = inheritable(launch.output != nullptr ? outlets[0].writing() : behind(1));
+    standard.error = inheritable(launch.errors == nullptr ? behind(2)
+                                 : isSame                 ? outlets[0].writing()
+                                                          : outlets[1].writing());
+    return true;
 }
 
-Completion start(std::string line, OutputSink* sink) {
-    std::fflush(nullptr);
-    HANDLE ends[2] = {nullptr, nullptr};
-    if (sink != nullptr && CreatePipe(&ends[0], &ends[1], nullptr, 0) == 0)
-        return notStarted(errnoOf(GetLastError()));
-    Handle reading(ends[0]);
-    Handle writing(ends[1]);
-    HANDLE process = nullptr;
-    {
-        const Standard standard{inheritable(behind(0)),
-                                inheritable(sink != nullptr ? writing.get() : behind(1)),
-                                inheritable(sink != nullptr ? writing.get() : behind(2))};
-        process = create(line, standard);
+/// What is inherited: those handles alone.
+class HandleList {
+public:
+    explicit HandleList(const Standard& standard) {
+        for (const Handle* each : {&standard.input, &standard.output, &standard.error})
+            if (each->isOpen())
+                handles_[count_++] = each->get();
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        storage_.resize(size);
+        auto* const list = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(storage_.data());
+        if (count_ > 0 && InitializeProcThreadAttributeList(list, 1, 0, &size) != 0 &&
+            UpdateProcThreadAttribute(list, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles_.data(),
+                                      count_ * sizeof(HANDLE), nullptr, nullptr) != 0)
+            list_ = list;
     }
-    if (process == nullptr)
-        return notStarted(errno);
-    const Child child(process);
-    writing.close();
-    // The reading end goes before the child is awaited on an exception, so that a
-    // child that is still writing ends as well.
-    const Handle output(std::move(reading));
-    if (sink != nullptr)
-        forward(output.get(), child, *sink);
-    child.await(INFINITE);
-    return child.completion();
-}
+    HandleList(const HandleList&) = delete;
+    HandleList& operator=(const HandleList&) = delete;
+    ~HandleList() {
+        if (list_ != nullptr)
+            DeleteProcThreadAttributeList(list_);
+    }
+
+    /// Null when nothing shall be inherited.
+    LPPROC_THREAD_ATTRIBUTE_LIST get() const { return list_; }
+
+private:
+    std::array<HANDLE, 3> handles_{};
+    std::size_t count_ = 0;
+    std::vector<char> storage_;
+    LPPROC_THREAD_ATTRIBUTE_LIST list_ = nullptr;
+};
 
 std::string interpreter() {
     const char* named = environment("COMSPEC");
     return named != nullptr && *named != '\0' ? named : "cmd.exe";
 }
 
-} // namespace
+/// Where and as what a child is started.
+struct Target {
+    std::wstring file;
+    std::wstring line;
+};
 
-Completion run(const std::vector<std::string>& arguments, OutputSink* sink) {
-    if (arguments.empty() || arguments[0].empty())
-        return notStarted(ENOENT);
-    std::vector<std::string> texts = arguments;
-    texts[0] = hostPath(texts[0].c_str());
-    return start(commandLine(texts), sink);
+/// Without a file, with errno set, when there is no such program.
+Target targetOf(const Launch& launch) {
+    if (launch.words.empty())
+        return failWith(ENOENT), Target();
+    if (launch.isLine) {
+        // With this option the interpreter takes off the outer quotes and nothing else.
+        const std::string line = commandLine({interpreter()}) + " /s /c \"" + launch.words[0] + '"';
+        return {programFile(interpreter()), widened(line)};
+    }
+    std::vector<std::string> words = launch.words;
+    words[0] = hostPath(words[0].c_str());
+    return {programFile(words[0]), widened(commandLine(words))};
 }
 
-Completion runShell(const char* command, OutputSink* sink) {
-    // With this option the interpreter takes off the outer quotes and nothing else.
-    return start(commandLine({interpreter()}) + " /s /c \"" + command + '"', sink);
+DWORD flagsOf(const Launch& launch) {
+    return EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
+           (launch.timeout > 0 ? CREATE_SUSPENDED : 0U) |
+           (launch.isDetached ? DETACHED_PROCESS | CREATE_NEW_PROCESS_GROUP : 0U);
+}
+
+/// False with errno set when the program cannot be started.
+bool create(const Launch& launch, const Standard& standard, PROCESS_INFORMATION& process) {
+    Target target = targetOf(launch);
+    if (target.file.empty())
+        return false;
+    const HandleList handles(standard);
+    STARTUPINFOEXW start{};
+    start.StartupInfo.cb = sizeof start;
+    start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    start.StartupInfo.hStdInput = standard.input.get();
+    start.StartupInfo.hStdOutput = standard.output.get();
+    start.StartupInfo.hStdError = standard.error.get();
+    start.lpAttributeList = handles.get();
+    std::wstring variables = environmentBlock(launch);
+    const std::wstring directory = widened(hostPath(launch.directory.c_str()));
+    const BOOL started = CreateProcessW(target.file.c_str(), target.line.data(), nullptr, nullptr,
+                                        handles.get() != nullptr ? TRUE : FALSE, flagsOf(launch),
+                                        variables.empty() ? nullptr : variables.data(),
+                                        directory.empty() ? nullptr : directory.c_str(),
+                                        &start.StartupInfo, &process);
+    if (started == 0 && GetLastError() == ERROR_DIRECTORY)
+        return failWith(ENOENT) == 0;
+    return started != 0 || failWithLastError() == 0;
+}
+
+/// The job of a child with a limit, which begins to run in it.
+Handle jobOf(const Launch& launch, const PROCESS_INFORMATION& process) {
+    if (launch.timeout <= 0)
+        return Handle();
+    Handle job(CreateJobObjectW(nullptr, nullptr));
+    if (job.isOpen())
+        AssignProcessToJobObject(job.get(), process.hProcess);
+    ResumeThread(process.hThread);
+    return job;
+}
+
+} // namespace
+
+void start(const Launch& launch, Completion& completion) {
+    flushStreams();
+    completion = Completion();
+    Outlets outlets;
+    PROCESS_INFORMATION process{};
+    {
+        Standard standard;
+        if (!prepare(launch, outlets, standard) || !create(launch, standard, process)) {
+            completion.error = errno;
+            completion.status = -1;
+            return;
+        }
+    }
+    Handle job = jobOf(launch, process);
+    CloseHandle(process.hThread);
+    if (launch.isDetached) {
+        CloseHandle(process.hProcess);
+        return;
+    }
+    const Child child(process.hProcess, std::move(job));
+    // These go before the child is awaited on an exception, so that one that is still
+    // writing ends as well.
+    Outlets open = std::move(outlets);
+    for (Outlet& outlet : open)
+        outlet.closeWriting();
+    const bool isStopped = attend(child, open, Deadline(launch.timeout > 0 ? launch.timeout : -1));
+    for (Outlet& outlet : open)
+        outlet.finish();
+    completion = child.completion();
+    if (isStopped) {
+        completion.status = -1;
+        completion.isStopped = true;
+    }
+}
+
+std::string defaultSearchPath() {
+    return {};
 }
 
 } // namespace kaz::host
