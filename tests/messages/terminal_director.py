@@ -38,8 +38,6 @@ def on_terminal(*steps, columns=80, env=None, keys=b"", output=None):
     tool = subprocess.Popen([program, *steps], stdin=theirs, stdout=output or theirs, stderr=theirs,
                             env={**plain, **(utf8 if env is None else env)}, close_fds=True)
     os.close(theirs)
-    if keys:
-        os.write(ours, keys)
     written = b""
     while True:
         try:
@@ -49,6 +47,9 @@ def on_terminal(*steps, columns=80, env=None, keys=b"", output=None):
         if not piece:
             break
         written += piece
+        if keys and b"? [" in written: # typed ahead, it would be echoed elsewhere
+            os.write(ours, keys)
+            keys = b""
     os.close(ours)
     screen = pyte.Screen(columns, 24)
     pyte.ByteStream(screen).feed(written)
