@@ -1,34 +1,55 @@
 include(CMakePackageConfigHelpers)
 
-# The suite is one prefix: bin/ holds programs and library, so that the "bin"
-# rule finds the root from wherever the prefix is moved to.
+# One prefix is the suite: the "bin" rule finds the root from wherever it is moved to.
+set(bin ${CMAKE_INSTALL_BINDIR})
+set(lib ${CMAKE_INSTALL_LIBDIR})
+set(include ${CMAKE_INSTALL_INCLUDEDIR}/mox)
 install(
   TARGETS moxtools
   EXPORT moxtools
-  RUNTIME DESTINATION bin COMPONENT library
-  LIBRARY DESTINATION bin COMPONENT library NAMELINK_COMPONENT development
-  ARCHIVE DESTINATION lib COMPONENT development
+  RUNTIME DESTINATION ${bin} COMPONENT library
+  LIBRARY DESTINATION ${bin} COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${lib} COMPONENT development
   INCLUDES
-  DESTINATION include/mox)
+  DESTINATION ${include})
+install(
+  TARGETS moxtools_nomain
+  EXPORT moxtools
+  LIBRARY DESTINATION ${bin} COMPONENT development
+  ARCHIVE DESTINATION ${lib} COMPONENT development)
 install(
   DIRECTORY ${PROJECT_SOURCE_DIR}/libs/tools
-  DESTINATION include/mox
+  DESTINATION ${include}
   COMPONENT development
   FILES_MATCHING
   PATTERN "*.h"
   PATTERN detail EXCLUDE
   PATTERN platform EXCLUDE)
+install(CODE "set(headers \"${include}/tools\")" COMPONENT development)
+install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/SiblingIncludes.cmake COMPONENT development)
 
-set(package_dir lib/cmake/moxtools)
 install(EXPORT moxtools NAMESPACE moxtools:: FILE moxtools-targets.cmake
-        DESTINATION ${package_dir} COMPONENT development)
+        DESTINATION ${lib}/cmake/moxtools COMPONENT development)
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/moxtools-config.cmake.in
-  ${PROJECT_BINARY_DIR}/moxtools-config.cmake INSTALL_DESTINATION ${package_dir})
+  ${PROJECT_BINARY_DIR}/moxtools-config.cmake INSTALL_DESTINATION ${lib}/cmake/moxtools)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/moxtools-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
-configure_file(${PROJECT_SOURCE_DIR}/cmake/moxtools.pc.in ${PROJECT_BINARY_DIR}/moxtools.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/moxtools-config.cmake
               ${PROJECT_BINARY_DIR}/moxtools-config-version.cmake
-        DESTINATION ${package_dir} COMPONENT development)
-install(FILES ${PROJECT_BINARY_DIR}/moxtools.pc DESTINATION lib/pkgconfig COMPONENT development)
+        DESTINATION ${lib}/cmake/moxtools COMPONENT development)
+
+# The prefix as seen from the file, so that it moves along.
+file(RELATIVE_PATH up /${lib}/pkgconfig /)
+string(REGEX REPLACE "/$" "" up ${up})
+# The library lies outside the directories that the loader searches.
+set(rpath " -Wl,-rpath,\${libdir}")
+if(WIN32)
+  set(rpath "")
+endif()
+configure_file(${PROJECT_SOURCE_DIR}/cmake/moxtools.pc.in ${PROJECT_BINARY_DIR}/moxtools.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/moxtools.pc DESTINATION ${lib}/pkgconfig COMPONENT development)
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md
+              ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/moxtools COMPONENT documentation)

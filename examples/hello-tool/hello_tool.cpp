@@ -1,6 +1,6 @@
 // Greets the system that "-system" names. The library's main starts the one
 // static object; what runTool returns is the exit status.
-#include "tools/moxtools.h"
+#include "greeting.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ class HelloTool : public KazConsoleApp {
             return 2;
         }
         const char* nobody = "world";
-        print_msg("Hello, %s.", kaz_arg_text(arg_system, 0, &nobody));
+        print_msg("%s", greeting(kaz_arg_text(arg_system, 0, &nobody)).getValue());
         return 0;
     }
 };

@@ -13,14 +13,6 @@
 #define KAZ_API __attribute__((visibility("default")))
 #endif
 
-/// An inline member that the library exports, too: programs that were built when it
-/// was not inline call it there.
-#if defined(_WIN32)
-#define KAZ_API_INLINE inline // its class says so
-#else
-#define KAZ_API_INLINE KAZ_API inline
-#endif
-
 /// The compiler checks the arguments of a function marked so against its
 /// format. Both numbers count from 1, `this` included; @p first is 0 for a
 /// function that takes a va_list.

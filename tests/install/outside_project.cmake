@@ -1,7 +1,9 @@
-# Installs into a fresh prefix, builds examples/hello-tool against it, moves
-# the prefix away and runs the tool: nothing may depend on where it was built.
+# Installs into a fresh prefix and uses the library from there as others do: by CMake
+# and pkg-config, from a tool's own tests, with headers of the user's own in the way.
+# Nothing but what was linked tells the programs where the library is.
 set(scratch ${BUILD}/outside)
 file(REMOVE_RECURSE ${scratch})
+unset(ENV{LD_LIBRARY_PATH})
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -11,6 +13,14 @@ function(run)
   set(out "${out}" PARENT_SCOPE)
 endfunction()
 
+function(expect_greeting) # COMMAND...
+  run(${ARGN} -system brewery)
+  string(REPLACE "\r" "" out "${out}")
+  if(NOT out STREQUAL "Hello, brewery.\n")
+    message(FATAL_ERROR "${ARGN} wrote: ${out}")
+  endif()
+endfunction()
+
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${scratch}/suite)
 set(flags "")
 if(SANITIZE)
@@ -18,17 +28,41 @@ if(SANITIZE)
 endif()
 set(compiler -D CMAKE_CXX_COMPILER=${COMPILER})
 if(TOOLCHAIN)
-  set(compiler -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
+  # The test framework is not installed for the target.
+  set(compiler -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -D BUILD_TESTING=OFF)
 endif()
 run(${CMAKE_COMMAND} -S ${SOURCE}/examples/hello-tool -B ${scratch}/build -G ${GENERATOR}
-    -D CMAKE_PREFIX_PATH=${scratch}/suite ${compiler}
-    "-D CMAKE_CXX_FLAGS=${flags}" -D CMAKE_BUILD_RPATH_USE_ORIGIN=ON)
+    -D CMAKE_PREFIX_PATH=${scratch}/suite ${compiler} "-D CMAKE_CXX_FLAGS=${flags}")
 run(${CMAKE_COMMAND} --build ${scratch}/build)
-file(COPY ${scratch}/build/hello-tool${SUFFIX} DESTINATION ${scratch}/suite/bin)
-file(RENAME ${scratch}/suite ${scratch}/moved)
-set(ENV{LD_LIBRARY_PATH} ${scratch}/moved/bin)
-run(${EMULATOR} ${scratch}/moved/bin/hello-tool${SUFFIX} -system brewery)
-string(REPLACE "\r" "" out "${out}")
-if(NOT out STREQUAL "Hello, brewery.\n")
-  message(FATAL_ERROR "hello-tool wrote: ${out}")
+run(${CMAKE_COMMAND} --install ${scratch}/build --prefix ${scratch}/suite)
+if(NOT TOOLCHAIN)
+  run(${CMAKE_COMMAND} -E chdir ${scratch}/build ctest --no-tests=error)
+  run(${CMAKE_COMMAND} --install ${scratch}/build --prefix ${scratch}/elsewhere)
+  expect_greeting(${scratch}/elsewhere/bin/hello-tool)
 endif()
+
+# Headers of the user's that are called like the library's come first on the way.
+set(own ${scratch}/own/tools)
+file(GLOB_RECURSE headers RELATIVE ${scratch}/suite/include/mox/tools ${scratch}/suite/include/mox/tools/*.h)
+list(REMOVE_ITEM headers moxtools.h)
+foreach(header IN LISTS headers)
+  file(WRITE ${own}/${header} "#error the header of the user\n")
+endforeach()
+file(WRITE ${scratch}/use.cpp "#include <tools/moxtools.h>\n")
+foreach(standard 17 20 23)
+  run(${COMPILER} -std=c++${standard} -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Werror
+      -I${scratch}/own -I${scratch}/suite/include/mox ${DEFINITIONS} ${scratch}/use.cpp)
+endforeach()
+
+find_program(pkg_config pkg-config)
+if(pkg_config AND NOT TOOLCHAIN)
+  set(ENV{PKG_CONFIG_PATH} ${scratch}/suite/${LIBDIR}/pkgconfig)
+  run(${pkg_config} --cflags --libs moxtools)
+  separate_arguments(options UNIX_COMMAND "${flags} ${out}")
+  run(${COMPILER} ${SOURCE}/examples/hello-tool/hello_tool.cpp -o ${scratch}/by_pkg_config ${options})
+  expect_greeting(${scratch}/by_pkg_config)
+endif()
+
+# The suite as a whole, with the tool in it, works from another place.
+file(RENAME ${scratch}/suite ${scratch}/moved)
+expect_greeting(${EMULATOR} ${scratch}/moved/bin/hello-tool${SUFFIX})

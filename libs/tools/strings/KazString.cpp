@@ -32,19 +32,6 @@ using Char = char;
 
 constinit const char* const KazString::theDefaultWhitespaces = " \t\n\r";
 
-namespace {
-
-/// Makes the compiler put functions here that are inline in the header.
-struct ExportedInline {
-    int (KazString::*compareText)(const char*) const = &KazString::compare;
-    int (KazString::*compareString)(const KazString&) const = &KazString::compare;
-    bool (KazString::*equalsText)(const char*) const = &KazString::equals;
-    bool (KazString::*equalsString)(const KazString&) const = &KazString::equals;
-};
-[[gnu::used]] constinit const ExportedInline exportedInline;
-
-} // namespace
-
 KazString::KazString(const char* s) : rep_(isNothing(s) ? nullptr : createRep(s)) {}
 
 KazString::KazString(char c) : rep_(createRep(&c, 1, 1)) {}

@@ -118,8 +118,8 @@ public:
     /// and every sorted container inherit this.
     /// @{
 
-    KAZ_API_INLINE int compare(const char* s) const;
-    KAZ_API_INLINE int compare(const KazString& o) const;
+    inline int compare(const char* s) const;
+    inline int compare(const KazString& o) const;
     /// As compare over at most @p n characters, with the sign of the runtime's
     /// `strncmp`; a negative @p n is no limit. An empty side decides before
     /// @p n is looked at.
@@ -130,8 +130,8 @@ public:
 
     /// Both of length 0, or equal up to the first NUL (two KazStrings: of equal
     /// length as well). KazString('\0') does not equal "".
-    KAZ_API_INLINE bool equals(const char* s) const;
-    KAZ_API_INLINE bool equals(const KazString& o) const;
+    inline bool equals(const char* s) const;
+    inline bool equals(const KazString& o) const;
 
     /// Order of `kaz_fast_stricmp`. A null string precedes any text; against a
     /// KazString it precedes a block of length 0 as well.

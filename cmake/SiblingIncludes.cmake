@@ -1,0 +1,15 @@
+# Run at installation with `headers` set: installed headers include each other by
+# where they lie beside one another, so that a file of the same name in a user's own
+# include directories, such as tools/export.h, cannot get in between.
+set(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${headers}")
+file(GLOB_RECURSE installed "${root}/*.h")
+foreach(file IN LISTS installed)
+  file(RELATIVE_PATH name "${root}" "${file}")
+  string(REGEX REPLACE "[^/]+$" "" up "${name}")
+  string(REGEX REPLACE "[^/]+/" "../" up "${up}")
+  file(READ "${file}" text)
+  string(REPLACE "#include \"tools/" "#include \"${up}" siblings "${text}")
+  if(NOT siblings STREQUAL text)
+    file(WRITE "${file}" "${siblings}")
+  endif()
+endforeach()
