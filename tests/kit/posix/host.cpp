@@ -29,7 +29,7 @@ std::string fullDevice() {
 }
 
 std::string placeProgram(const std::string& name, const std::string& directory) {
-    for (const std::string& file : {std::string("libmoxtools.so.1"), name})
+    for (const std::string& file : {std::string(KIT_LIBRARY), name})
         std::filesystem::copy_file(binDirectory() + "/" + file, directory + "/" + file);
     return directory + "/" + name;
 }
