@@ -284,7 +284,11 @@ void setsFollowTheModel(Input& input) {
         const int difference = static_cast<int>(result.size()) - static_cast<int>(one.model.size());
         FUZZ_CHECK(change(copy.get(), b) == std::abs(difference));
         isSet(gu_set_copy(copy.get()), result);
+        gu_set_iterator begun = gu_set_init(copy.get());
         gu_set_clear(copy.get());
+        FUZZ_CHECK(gu_set_done(begun) && gu_set_element(begun) == nullptr);
+        gu_set_next(&begun);
+        FUZZ_CHECK(gu_set_done(begun));
         FUZZ_CHECK(gu_set_add(copy.get(), nullptr) && gu_set_size(copy.get()) == 1);
     }
 }

@@ -1,14 +1,18 @@
 // Hash tables against a plain model of them: contents, order, capacities, what is
-// checked in and out and when, and how often the comparator and the hash are asked.
+// checked in and out and when, what the element functions then see of the table, and
+// how often the comparator and the hash are asked.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
+#include "kit/hash_seed.h"
 #include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazStringToStringMap.h"
+#include "tools/containers/detail/soundness.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -34,19 +38,45 @@ int alive = 0;
 int comparisons = 0;
 int hashes = 0;
 
+/// The table that element functions look at, and the key that they ask it for. Where
+/// questions are counted they only ask for the size.
+struct Watch {
+    KazHashTable* table = nullptr;
+    std::string key;
+    bool asks = false;
+};
+Watch watch;
+
+/// What an element function sees: how many there are, and what the key is bound to.
+std::string sight(int size, bool asks, bool found, const char* value) {
+    const std::string counted = " of " + std::to_string(size);
+    if (!asks)
+        return counted;
+    return counted + (found ? std::string(" bound to ") + (value ? value : "null") : " unbound");
+}
+
+std::string sight() {
+    if (!watch.table)
+        return "";
+    bool found = false;
+    const void* value = watch.asks ? watch.table->valueOf(watch.key.c_str(), found) : nullptr;
+    return sight(watch.table->getSize(), watch.asks, found, static_cast<const char*>(value));
+}
+
 void* checkIn(void* text) {
     const auto* from = static_cast<const char*>(text);
     char* copy = new char[std::strlen(from) + 1];
     ++alive;
-    journal.push_back(std::string("in ") + from);
+    journal.push_back(std::string("in ") + from + sight());
     return std::strcpy(copy, from);
 }
 
 void checkOut(void* text) {
     FUZZ_CHECK(text != nullptr);
     --alive;
-    journal.push_back(std::string("out ") + static_cast<char*>(text));
-    delete[] static_cast<char*>(text);
+    const std::string left = static_cast<char*>(text);
+    delete[] static_cast<char*>(text); // whatever the table looks at now is not this
+    journal.push_back("out " + left + sight());
 }
 
 int countedCompare(const void* a, const void* b) {
@@ -75,7 +105,8 @@ constexpr Functions functionSets[] = {
 
 struct Entry {
     std::string key, value;
-    bool operator==(const Entry&) const = default;
+    bool hasValue = true; ///< otherwise null is there
+    bool isLeaving = false;
 };
 
 struct Bucket {
@@ -97,7 +128,8 @@ public:
         if (place.found)
             return exchange(place, value);
         Bucket& bucket = at(place);
-        journal_.insert(journal_.end(), {"in " + key, "in " + value});
+        note("in " + key);
+        note("in " + value);
         if (bucket.capacity == static_cast<int>(bucket.entries.size()))
             bucket.capacity = bucket.capacity == 0 ? 1 : grown(bucket.capacity);
         bucket.entries.insert(bucket.entries.begin() + place.index, {key, value});
@@ -117,7 +149,10 @@ public:
             return false;
         auto& entries = at(place).entries;
         const auto entry = entries.begin() + place.index;
-        journal_.insert(journal_.end(), {"out " + entry->value, "out " + entry->key});
+        entry->hasValue = false;
+        note("out " + entry->value);
+        entry->isLeaving = true;
+        note("out " + entry->key);
         entries.erase(entry);
         if (entries.empty())
             at(place).capacity = 0;
@@ -137,8 +172,11 @@ public:
 
     void clear() {
         for (Bucket& bucket : buckets_) {
-            for (const Entry& entry : bucket.entries)
-                journal_.insert(journal_.end(), {"out " + entry.key, "out " + entry.value});
+            for (Entry& entry : bucket.entries) {
+                entry.isLeaving = true;
+                note("out " + entry.key);
+                note("out " + entry.value);
+            }
             bucket = {};
         }
         cached_.index = -1;
@@ -151,6 +189,11 @@ public:
             if (used > 0)
                 bucket.capacity = std::min(bucket.capacity, (((used * 8 + 23) / 16 * 16) - 8) / 8);
         }
+    }
+
+    /// What is written into a bucket's array.
+    void write(std::size_t bucket, std::size_t index, const std::string& value) {
+        buckets_[bucket].entries[index].value = value;
     }
 
     /// What has been checked in and out, forgotten by this.
@@ -171,6 +214,21 @@ private:
     static int grown(int capacity) {
         const int more = static_cast<int>(static_cast<float>(capacity) * -0.29999995F);
         return ((((capacity - more) * 8 + 31) / 16 * 16) - 8) / 8;
+    }
+
+    /// Writes down a call of an element function, and what that sees.
+    void note(const std::string& call) {
+        const Entry* asked = nullptr;
+        for (std::size_t i = 0; watch.asks && i < buckets_.size(); ++i)
+            for (const Entry& entry : buckets_[i].entries)
+                if (!entry.isLeaving && isSame(entry.key, watch.key))
+                    asked = &entry;
+        const char* value = asked && asked->hasValue ? asked->value.c_str() : nullptr;
+        journal_.push_back(call + sight(count_, watch.asks, asked != nullptr, value));
+    }
+
+    bool isSame(const std::string& a, const std::string& b) const {
+        return functions_.compare(a.c_str(), b.c_str()) == 0;
     }
 
     Bucket& at(const Place& place) { return buckets_[place.bucket]; }
@@ -211,8 +269,11 @@ private:
 
     bool exchange(const Place& place, const std::string& value) {
         cached_ = place;
-        journal_.insert(journal_.end(), {"out " + entryAt(place).value, "in " + value});
-        entryAt(place).value = value;
+        Entry& entry = entryAt(place);
+        entry.hasValue = false;
+        note("out " + entry.value);
+        note("in " + value);
+        entry = {entry.key, value};
         return true;
     }
 
@@ -239,15 +300,20 @@ std::string textOf(const void* item) {
 
 class Pair {
 public:
-    Pair(const Functions& functions, int size)
+    Pair(const Functions& functions, int size, bool asks, bool looksAtArrays)
         : counted(functions.counted),
+          arrays(looksAtArrays),
           table(functions.compare, functions.hash, size),
           model(functions, size) {
+        watch = {&table, "", asks && !counted};
         table.setKeyCheckIn(checkIn);
         table.setKeyCheckOut(checkOut);
         table.setValueCheckIn(checkIn);
         table.setValueCheckOut(checkOut);
     }
+    Pair(const Pair&) = delete;
+    Pair& operator=(const Pair&) = delete;
+    ~Pair() { watch = {}; }
 
     void bind(const std::string& key, const std::string& value, bool replace) {
         FUZZ_CHECK(table.bind(slot(key), slot(value), replace) == model.bind(key, value, replace));
@@ -256,6 +322,8 @@ public:
     void change(Input& input) {
         const std::string key = keyOf(input.between(0, 255));
         const std::string value = std::to_string(input.byte());
+        if (watch.asks)
+            watch.key = input.flag() ? key : keyOf(input.between(0, 255));
         switch (input.between(0, 9)) {
         case 0:
         case 1:
@@ -273,7 +341,9 @@ public:
             FUZZ_CHECK(table.isBound(slot(key)) == (model.valueOf(key) != nullptr));
             return;
         case 7:
-            return compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1));
+            if (arrays)
+                compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1), value);
+            return;
         case 8:
             return bindMany(input);
         default:
@@ -297,9 +367,11 @@ public:
         const int hashesExpected = model.takeHashes();
         FUZZ_CHECK(!counted || std::exchange(comparisons, 0) == comparisonsExpected);
         FUZZ_CHECK(!counted || std::exchange(hashes, 0) == hashesExpected);
+        FUZZ_CHECK(model.count() > 64 || isSound());
     }
 
     void compareAll() {
+        FUZZ_CHECK(isSound());
         KazHashTableIterator i(table);
         for (const Bucket& bucket : model.buckets()) {
             for (const Entry& entry : bucket.entries) {
@@ -317,6 +389,14 @@ public:
     int count() const { return model.count(); }
 
 private:
+    /// Its own questions are not among those that count.
+    bool isSound() const {
+        const int before = comparisons;
+        const bool sound = kaz::detail::Soundness::holds(table);
+        comparisons = before;
+        return sound;
+    }
+
     void look(const std::string& key) {
         bool found = false;
         const void* value = table.valueOf(slot(key), found);
@@ -333,7 +413,8 @@ private:
             bind(keyOf(number), "many", false);
     }
 
-    void compareBucket(std::size_t number) {
+    /// Also exchanges the last value in the array itself.
+    void compareBucket(std::size_t number, const std::string& fresh) {
         const Bucket& bucket = model.buckets()[number];
         void** data = table.getBucketData(static_cast<int>(number));
         FUZZ_CHECK((data == nullptr) == bucket.entries.empty());
@@ -347,9 +428,13 @@ private:
             FUZZ_CHECK(textOf(data[0]) == entry.key && textOf(data[1]) == entry.value);
             data += 2;
         }
+        delete[] static_cast<char*>(data[-1]);
+        data[-1] = std::strcpy(new char[fresh.size() + 1], fresh.c_str());
+        model.write(number, bucket.entries.size() - 1, fresh);
     }
 
     bool counted;
+    bool arrays;
     KazHashTable table;
     Model model;
 };
@@ -358,7 +443,8 @@ void behavesLikeTheModel(Input& input, const Functions& functions, int size) {
     journal.clear();
     comparisons = hashes = 0;
     {
-        Pair both(functions, size);
+        const bool asks = input.flag();
+        Pair both(functions, size, asks, input.between(0, 3) == 0);
         // The model copies what it moves: a bound on the work, not on the input.
         for (int work = 0; !input.empty() && work < 50000; work += both.count() + 1) {
             both.change(input);
@@ -385,21 +471,18 @@ void meddlingCheckOut(void* text) {
 }
 
 /// What holds in any table: it is in order, and finds what it has.
-void isSound(KazHashTable& table, const Functions& functions) {
-    int count = 0;
-    std::string before;
-    for (KazHashTableIterator i(table); !i.isDone(); i.next(), ++count) {
+void isSound(KazHashTable& table) {
+    FUZZ_CHECK(kaz::detail::Soundness::holds(table));
+    for (KazHashTableIterator i(table); !i.isDone(); i.next())
         FUZZ_CHECK(table.valueOf(i.getKey()) == i.getValue());
-        FUZZ_CHECK(count == 0 || functions.compare(before.c_str(), i.getKey()) < 0);
-        before = textOf(i.getKey());
-    }
-    FUZZ_CHECK(table.getSize() == count);
     journal.clear();
 }
 
 void survivesItsElementFunctions(Input& input, const Functions& functions) {
     {
-        KazHashTable table(functions.compare, functions.hash, 1);
+        const bool arrays = input.between(0, 3) == 0;
+        KazHashTable table(functions.compare, functions.hash, input.flag() ? 1 : 3);
+        watch = {&table, keyOf(1), !functions.counted};
         table.setKeyCheckIn(meddlingCheckIn);
         table.setKeyCheckOut(meddlingCheckOut);
         table.setValueCheckIn(meddlingCheckIn);
@@ -407,7 +490,7 @@ void survivesItsElementFunctions(Input& input, const Functions& functions) {
         const auto change = [&] {
             const std::string key = keyOf(input.between(0, 30));
             const std::string value = "v";
-            switch (input.between(0, 7)) {
+            switch (input.between(0, 8)) {
             case 0:
             case 1:
             case 2:
@@ -421,7 +504,11 @@ void survivesItsElementFunctions(Input& input, const Functions& functions) {
                 table.unbind(slot(key));
                 break;
             case 6:
-                table.getBucketData(0);
+                table.isBound(slot(key));
+                break;
+            case 7:
+                if (arrays)
+                    table.getBucketData(0);
                 break;
             default:
                 input.between(0, 20) == 0 ? table.clear() : table.freeExtra();
@@ -432,9 +519,10 @@ void survivesItsElementFunctions(Input& input, const Functions& functions) {
         for (unsigned changes = 1; !input.empty() && changes < 50000; ++changes) {
             change();
             if (input.remaining() < 4096 || changes % 256 == 0)
-                isSound(table, functions);
+                isSound(table);
         }
     }
+    watch = {};
     FUZZ_CHECK(alive == 0);
 }
 
@@ -457,6 +545,12 @@ void mapHoldsItsBlocks(Input& input) {
             FUZZ_CHECK(found == (bound ? "shared" : "none"));
             FUZZ_CHECK(holders(shared) == before + bound);
             found = "";
+            if (input.between(0, 3) == 0) { // a text that is no key of the map's
+                KazString text = "elsewhere";
+                const KazString holder = text;
+                text.replaceAllInSet("e", 'E');
+                FUZZ_CHECK(holder == "ElsEwhErE");
+            }
             switch (input.between(0, 3)) {
             case 0:
                 FUZZ_CHECK(map.bind(key, shared, false) == !bound);
@@ -478,17 +572,72 @@ void mapHoldsItsBlocks(Input& input) {
     FUZZ_CHECK(holders(shared) == 1);
 }
 
+// ---- Names chosen by somebody who knows the hash, but not this process's seed
+
+using kaz::detail::HashSeed;
+using kaz::detail::TextProbe;
+
+HashSeed seedOf(std::uint64_t number) {
+    const auto mixed = [](std::uint64_t x) { // splitmix64 (public domain)
+        x = (x ^ x >> 30) * 0xBF58476D1CE4E5B9U;
+        x = (x ^ x >> 27) * 0x94D049BB133111EBU;
+        return x ^ x >> 31;
+    };
+    return {mixed(number), mixed(number + 0x9E3779B97F4A7C15U)};
+}
+
+/// A name of this many words of eight bytes, the first of which leaves nothing of
+/// the seed where one is known.
+std::string cancelling(const HashSeed& known, std::size_t words, std::uint64_t number) {
+    std::string name(8 * words, '\0');
+    const std::uint64_t first = std::rotl(known.first, static_cast<int>(name.size()));
+    std::memcpy(name.data(), &first, sizeof first);
+    for (std::size_t word = 1; word < words; ++word)
+        std::memcpy(name.data() + 8 * word, &number, sizeof number);
+    return name;
+}
+
+/// The hashes of chosen names meet under the seed for which they were chosen, and
+/// under any other no more often than those of other names.
+void chosenNamesGainNothing(Input& input) {
+    const auto number = input.raw<std::uint64_t>();
+    const HashSeed known = seedOf(number);
+    const HashSeed actual = seedOf(number + 1 + input.byte());
+    std::set<std::string> names;
+    for (std::uint64_t number = 0; names.size() < 64; ++number) {
+        const std::string name = keyOf(static_cast<int>(number));
+        if (TextProbe(std::string_view(name)).hash(known) % 256 == 0)
+            names.insert(name);
+    }
+    for (std::uint64_t number = 1; number <= 64; ++number)
+        names.insert(cancelling(known, 2 + number % 7, number));
+    std::set<std::uint32_t> hashes, homes;
+    for (const std::string& name : names) {
+        const std::uint32_t hash = TextProbe(std::string_view(name)).hash(actual);
+        hashes.insert(hash);
+        homes.insert(hash % 256);
+    }
+    FUZZ_CHECK(hashes.size() == names.size());
+    FUZZ_CHECK(homes.size() > 64); // of 128 names, about a hundred on average
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kit::fixHashSeed();
     Input input(data, size);
     const Functions& functions = functionSets[input.between(0, 2)];
     const int buckets = input.pick(std::array{1, -3, 0, 2, 5, 127});
-    switch (input.between(0, 3)) {
+    switch (input.between(0, 7)) {
+    case 7:
+        chosenNamesGainNothing(input);
+        break;
     case 0:
+    case 4:
         survivesItsElementFunctions(input, functions);
         break;
     case 1:
+    case 5:
         mapHoldsItsBlocks(input);
         break;
     default:

@@ -13,6 +13,13 @@
 #define KAZ_API __attribute__((visibility("default")))
 #endif
 
+/// What a class that is exported keeps to itself.
+#if defined(_WIN32)
+#define KAZ_LOCAL // its class does not say so
+#else
+#define KAZ_LOCAL __attribute__((visibility("hidden")))
+#endif
+
 /// The compiler checks the arguments of a function marked so against its
 /// format. Both numbers count from 1, `this` included; @p first is 0 for a
 /// function that takes a va_list.

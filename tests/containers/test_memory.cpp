@@ -71,7 +71,7 @@ struct Coll : OwningColl {
 };
 
 struct Table : KazHashTable {
-    Table() : KazHashTable(Counted::compare, Counted::hash, 2) {
+    Table() : KazHashTable(Counted::compare, Counted::hash, 7) {
         setKeyCheckIn(Counted::checkIn);
         setKeyCheckOut(Counted::checkOut);
         setValueCheckIn(Counted::checkIn);
@@ -205,7 +205,7 @@ TEST(ContainerMemoryTest, CopyEmptiesFirstAndRemovalNeedsNothing) {
 }
 
 TEST(ContainerMemoryTest, TablesAndMaps) {
-    sweep<Table>(3, [](Table& t) { t.put(30, 3); });
+    sweep<Table>(3, [](Table& t) { t.put(13, 3); }); // a bucket of its own
     Counted key(3), value(99);
     sweep<Table>(
         1, [&](Table& t) { t.rebind(&key, &value); },

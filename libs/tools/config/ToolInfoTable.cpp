@@ -1,10 +1,8 @@
 #include "tools/config/detail/ToolInfoTable.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
-#include "tools/containers/detail/TextProbe.h"
 
 #include <algorithm>
-#include <bit>
 #include <limits>
 #include <utility>
 
@@ -54,26 +52,8 @@ const char* ToolInfoTable::find(std::string_view name) const {
 }
 
 const ToolInfoTable::Definition* ToolInfoTable::definitionOf(std::string_view name) const {
-    if (index.empty())
-        return nullptr;
-    const TextProbe probe(name);
-    const Slot* slot = slotOf(probe, probe.hash());
-    return slot->number != 0 ? &definitions[slot->number - 1] : nullptr;
-}
-
-/// The place of @p name, or the empty one where it would be.
-const ToolInfoTable::Slot* ToolInfoTable::slotOf(const TextProbe& name, std::uint32_t hash) const {
-    const std::size_t mask = index.size() - 1;
-    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-        const Slot& slot = index[at];
-        if (slot.number == 0)
-            return &slot;
-        if (slot.hash != hash)
-            continue;
-        const std::string_view met = definitions[slot.number - 1].name;
-        if (name.matches(met.data(), static_cast<std::uint32_t>(met.size())))
-            return &slot;
-    }
+    const auto* slot = index.find(TextProbe(name));
+    return slot != nullptr ? &definitions[slot->value] : nullptr;
 }
 
 /// After this, as many calls of put() cannot fail.
@@ -83,32 +63,24 @@ void ToolInfoTable::makeRoom(std::size_t more) {
         throw KazMemoryException();
     if (needed > definitions.capacity())
         definitions.reserve(std::max(needed, 2 * definitions.size()));
-    if (2 * needed <= index.size())
-        return;
-    std::vector<Slot> larger(std::bit_ceil(std::max<std::size_t>(2 * needed, 16)));
-    const std::size_t mask = larger.size() - 1;
-    for (const Slot& slot : index) {
-        std::size_t at = slot.hash & mask;
-        while (larger[at].number != 0)
-            at = (at + 1) & mask;
-        if (slot.number != 0)
-            larger[at] = slot;
-    }
-    index.swap(larger);
+    index.reserve(more);
 }
 
 void ToolInfoTable::put(Definition&& definition, bool replace) {
     const TextProbe probe(definition.name);
-    const std::uint32_t hash = probe.hash();
-    auto& slot = const_cast<Slot&>(*slotOf(probe, hash));
-    if (slot.number == 0) {
+    const std::uint32_t hash = index.hashOf(probe);
+    auto* slot = index.find(probe, hash);
+    if (slot == nullptr) {
+        const auto number = static_cast<std::uint32_t>(definitions.size());
+        index.add(definition.name.data(), number, probe.length(), hash);
         definitions.push_back(std::move(definition));
-        slot = {hash, static_cast<std::uint32_t>(definitions.size())};
         return;
     }
-    Definition& old = definitions[slot.number - 1];
-    if (replace || old.value == nullptr)
-        old = std::move(definition);
+    Definition& old = definitions[slot->value];
+    if (!replace && old.value != nullptr)
+        return;
+    slot->key = definition.name.data(); // the old one may go with its source
+    old = std::move(definition);
 }
 
 /// A definition with a text of its own.
@@ -128,8 +100,8 @@ void ToolInfoTable::define(std::string_view name, std::string_view value, bool r
 }
 
 void ToolInfoTable::remove(std::string_view name) {
-    if (const Definition* definition = definitionOf(name))
-        const_cast<Definition*>(definition)->value = nullptr;
+    if (const auto* slot = index.find(TextProbe(name)))
+        definitions[slot->value].value = nullptr;
 }
 
 void ToolInfoTable::defineAll(std::string text, const KazString& file, bool replace) {

@@ -1,81 +1,42 @@
 #include "tools/containers/KazHashTable.h"
 
-#include "tools/app/exceptions/KazMemoryException.h"
-#include "tools/containers/detail/TableGuard.h"
-#include "tools/containers/detail/TextIndex.h"
+#include "tools/containers/detail/HeldTable.h"
 #include "tools/containers/detail/held_item.h"
 #include "tools/platform/processor/vector.h"
 #include "tools/strings/KazString.h"
-#include "tools/strings/detail/shared_writes.h"
-#include "tools/util/detail/allocate.h"
 #include "tools/util/detail/heap_ptr.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
-// Where the string class's own functions order and hash the keys, a table goes
-// by its TextIndex and puts a bucket in order only when somebody may see that:
-// 100,000 names in one bucket took 400 ms to bind in shuffled order, and 550 ns
-// to find one, by sorted insertion and binary search alone. With any other
-// functions the calls of the comparator are part of the contract; and keys that
-// are not checked in may change, or go before the table does, so that they are
-// put in order when they are bound and never looked at without need.
+// The table proper is its lock and what element functions see; buckets.h keeps the
+// blocks, TextTable.h the second way to keys that are texts.
 //
-// A bucket's capacity follows the size in bytes that its block would have with
-// 32-bit pointers; the block itself is as large as the capacity needs.
+// An element function may do anything to the table that calls it. So whoever has
+// called one looks where its entry is now (findAgain, Departures), and what is being
+// checked out is out of reach: null in its place, and its key no longer compared.
+//
+// With the string class's functions nobody can tell the calls of the comparator, and
+// with its element functions not even when those are called: such tables take the
+// short ways. With any other functions every call is part of the contract.
 
+using kaz::detail::Departure;
+using kaz::detail::Departures;
 using kaz::detail::HeldItem;
+using kaz::detail::searchEntries;
 using kaz::detail::TextProbe;
 
 namespace {
 
 using CheckIn = KazHashTable::CheckIn;
 using CheckOut = KazHashTable::CheckOut;
-using Compare = KazHashTable::Compare;
 
-/// Who asks for so many buckets or fewer is taken to have as many keys.
-constexpr std::size_t mostExpected = 4096;
-
-/// What a member is told of the length of a key that may not even be a text.
-constexpr std::int32_t unknownLength = -1;
+/// Moving so many entries takes as long as a search.
+constexpr std::int32_t movesForSearch = 64;
 
 TextProbe probeOf(const void* key, std::int32_t length) {
-    return length == unknownLength ? TextProbe(key)
-                                   : TextProbe(static_cast<const char*>(key), length);
-}
-
-/// How many entries are merged at once.
-constexpr std::ptrdiff_t portion = 16;
-
-struct Precedes {
-    Compare compare;
-    bool operator()(const KazBucketEntry& a, const KazBucketEntry& b) const {
-        return compare(a.key, b.key) < 0;
-    }
-};
-
-constexpr std::int64_t narrowHeader = 8;
-constexpr std::int64_t narrowEntry = 8;
-
-std::int64_t capacityOf(std::int64_t narrowSize) {
-    return (narrowSize - narrowHeader) / narrowEntry;
-}
-
-/// About 30 % more, in blocks of 16 bytes. The constant is 1 - 1.3 in float.
-std::int64_t grownCapacity(std::int32_t capacity) {
-    const auto less = static_cast<std::int64_t>(static_cast<float>(capacity) * -0.29999995F);
-    const std::int64_t wanted = capacity - less;
-    return capacityOf((wanted * narrowEntry + 31) & ~std::int64_t{15});
-}
-
-std::int64_t tightCapacity(std::int32_t count) {
-    return capacityOf((std::int64_t{count} * narrowEntry + 23) & ~std::int64_t{15});
-}
-
-std::size_t blockBytes(std::int64_t capacity) {
-    return sizeof(KazBucket) + static_cast<std::size_t>(capacity) * sizeof(KazBucketEntry);
+    return length < 0 ? TextProbe(key) : TextProbe(static_cast<const char*>(key), length);
 }
 
 void passOut(CheckOut function, void* item) {
@@ -83,36 +44,6 @@ void passOut(CheckOut function, void* item) {
         KazString::checkOut(item); // inline
     else if (function)
         function(item);
-}
-
-/// Puts the @p count entries from @p tail on in order and merges them into the
-/// sorted ones before them.
-void mergeFew(KazBucketEntry* entries, KazBucketEntry* tail, std::ptrdiff_t count,
-              Compare compare) {
-    const auto precedes = Precedes{compare};
-    KazBucketEntry few[portion];
-    std::sort(tail, tail + count, precedes);
-    for (std::ptrdiff_t i = 0; i < count; ++i) // g++ 12 misreads std::copy_n at -O3
-        few[i] = tail[i];
-    while (count > 0) {
-        KazBucketEntry* place = std::upper_bound(entries, tail, few[count - 1], precedes);
-        std::copy_backward(place, tail, tail + count);
-        tail = place;
-        --count;
-        tail[count] = few[count];
-    }
-}
-
-/// Sorts @p count entries of which the first @p sorted are in order. Needs no
-/// memory: a few are merged by portions, many are sorted with the rest.
-void sortTail(KazBucketEntry* entries, std::ptrdiff_t sorted, std::ptrdiff_t count,
-              Compare compare) {
-    if (count - sorted > count / 32)
-        return std::sort(entries, entries + count, Precedes{compare});
-    for (std::ptrdiff_t merged = 0; sorted < count; sorted += merged) {
-        merged = std::min(count - sorted, portion);
-        mergeFew(entries, entries + sorted, merged, compare);
-    }
 }
 
 // The library's own copies of two inline functions are known here, so the string map
@@ -130,18 +61,40 @@ bool keepsText(CheckIn function) {
 
 } // namespace
 
-KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
-    : bucketCount(size), hash(hash), compare(compare) {
-    const bool hasTexts =
-        compare == KazString::compareDisguised && hash == KazString::hashDisguised;
-    const auto slots = static_cast<std::size_t>(bucketSlots());
-    const std::size_t slotBytes = sizeof(KazBucket*) + (hasTexts ? sizeof(std::int32_t) : 0);
-    kaz::detail::HeapPtr<KazBucket*> block(
-        static_cast<KazBucket**>(kaz::detail::allocateZeroed(slots * slotBytes)));
-    if (hasTexts) {
-        texts = std::make_unique<kaz::detail::TextIndex>(std::min(slots, mostExpected));
-        sortedCounts = reinterpret_cast<std::int32_t*>(block.get() + slots);
+/// Which entries of a bucket no search may meet.
+struct KazHashTable::Held::Holes {
+    const Departures& departures;
+    std::int32_t bucket;
+    std::int32_t endOfHole(std::int32_t index) const {
+        return departures.areNone() ? index : departures.endOfHole(bucket, index);
     }
+};
+
+/// A block without entries, which only an insertion may have, goes again when that
+/// comes to nothing.
+class KazHashTable::Held::EmptyBlock {
+public:
+    explicit EmptyBlock(KazBucket*& kept) : block(kept) {}
+    EmptyBlock(const EmptyBlock&) = delete;
+    EmptyBlock& operator=(const EmptyBlock&) = delete;
+    ~EmptyBlock() {
+        if (block && block->count == 0)
+            std::free(std::exchange(block, nullptr));
+    }
+
+private:
+    KazBucket*& block;
+};
+
+// ---- Making, and what takes the lock
+
+KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
+    : bucketCount(size), hash(hash), compare(compare), hidden(new Hidden(std::max(size, 1))) {
+    const auto bytes = static_cast<std::size_t>(hidden->bucketSlots) * sizeof(KazBucket*);
+    kaz::detail::HeapPtr<KazBucket*> block(
+        static_cast<KazBucket**>(kaz::detail::allocateZeroed(bytes)));
+    if (compare == KazString::compareDisguised && hash == KazString::hashDisguised)
+        hidden->texts.emplace(block.get(), hidden->bucketSlots);
     buckets = block.release();
 }
 
@@ -172,279 +125,16 @@ void KazHashTable::setValueCheckOut(CheckOut function) {
     valueCheckOut = function;
 }
 
-std::int32_t KazHashTable::bucketOf(const void* key) const {
-    if (bucketCount <= 1)
-        return 0;
-    return bucketOfHash(hash(key));
-}
-
-std::int32_t KazHashTable::bucketOfHash(unsigned hashed) const {
-    return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(bucketCount));
-}
-
-/// Where the key is, or where it would be inserted.
-KazHashTable::Position KazHashTable::findKey(const void* key) const {
-    if (goesByIndex())
-        return findText(key);
-    const Position cached{cachedBucket, cachedIndex, true};
-    if (cachedIndex >= 0) {
-        putInOrder(cachedBucket);
-        if (compare(key, entryAt(cached).key) == 0)
-            return withSlot(key, cached);
-    }
-    const std::int32_t bucket = bucketOf(key);
-    putInOrder(bucket);
-    return withSlot(key, search(bucket, key));
-}
-
-/// Where a text has changed in a block that others hold, it may be a key, and only
-/// the prescribed search finds what it always found. The index goes along.
-bool KazHashTable::goesByIndex() const {
-    return texts && !kaz::detail::sharedTextWritten.load(std::memory_order_relaxed);
-}
-
-KazHashTable::Position KazHashTable::withSlot(const void* key, Position position) const {
-    if (texts && position.found) {
-        const void* stored = entryAt(position).key;
-        const TextProbe probe(key);
-        position.slot = texts->find(probe, probe.hash());
-        if (!position.slot || position.slot->key != stored)
-            position.slot = texts->slotOf(stored);
-    }
-    return position;
-}
-
-/// The same by the index. A key that is new comes last, in whatever order.
-KazHashTable::Position KazHashTable::findText(const void* key) const {
-    const std::int32_t bucket = bucketOf(key);
-    const TextProbe probe(key);
-    if (kaz::detail::TextSlot* slot = texts->find(probe, probe.hash())) {
-        putInOrder(bucket);
-        Position position = search(bucket, key);
-        position.slot = slot;
-        // A text that somebody has changed in its block may be out of order.
-        if (position.found && entryAt(position).key == slot->key)
-            return position;
-    }
-    return {bucket, buckets[bucket] ? buckets[bucket]->count : 0, false};
-}
-
-KazHashTable::Position KazHashTable::search(std::int32_t bucket, const void* key) const {
-    Position position{bucket, 0, false};
-    KazBucket* block = buckets[bucket];
-    std::int32_t high = block ? block->count : 0;
-    while (position.index < high) {
-        const std::int32_t middle = position.index + (high - position.index) / 2;
-        const int order = compare(key, block->entries()[middle].key);
-        if (order == 0)
-            return {bucket, middle, true};
-        if (order < 0)
-            high = middle;
-        else
-            position.index = middle + 1;
-    }
-    return position;
-}
-
-void KazHashTable::putAllInOrder() const {
-    const Guard guard(*this);
-    for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket)
-        putInOrder(bucket);
-}
-
-void KazHashTable::putInOrder(std::int32_t bucket) const {
-    KazBucket* block = buckets[bucket];
-    if (!texts || !block || sortedCounts[bucket] == block->count)
-        return;
-    const std::int32_t unsorted = block->count - sortedCounts[bucket];
-    sortTail(block->entries(), sortedCounts[bucket], block->count, compare);
-    sortedCounts[bucket] = block->count;
-    // What an iterator without the lock waits for.
-    unsortedCount.store(unsortedCount.load(std::memory_order_relaxed) - unsorted,
-                        std::memory_order_release);
-}
-
-/// The position after element functions have been called: the one found
-/// before, unless they have changed the table.
-KazHashTable::Position KazHashTable::findAgain(const void* key, const Position& before,
-                                               std::uint32_t revisionBefore) const {
-    return revision == revisionBefore ? before : findKey(key);
-}
-
-KazBucketEntry& KazHashTable::entryAt(const Position& position) const {
-    return buckets[position.bucket]->entries()[position.index];
-}
-
-void KazHashTable::remember(const Position& position) {
-    cachedBucket = position.bucket;
-    cachedIndex = position.index;
-}
-
 bool KazHashTable::bind(void* key, void* value, bool replace) {
-    return bind(key, unknownLength, value, replace);
-}
-
-bool KazHashTable::bind(void* key, std::int32_t length, void* value, bool replace) {
-    const Guard guard(*this);
-    if (texts && !keyCheckIn) {
-        putAllInOrder();
-        texts.reset();
-        ++revision; // a caller further up may know a slot
-    }
-    if (goesByIndex() && keepsText(keyCheckIn) && keepsText(valueCheckIn)) {
-        const TextProbe probe = probeOf(key, length);
-        const std::uint32_t textHash = probe.hash();
-        if (!texts->find(probe, textHash)) {
-            append(key, value, probe, textHash);
-            return true;
-        }
-    }
-    Position position = findKey(key);
-    if (position.found && !replace)
-        return false;
-    if (position.found)
-        return replaceValue(key, position, value);
-    const std::uint32_t revisionBefore = revision;
-    HeldItem newKey(keyCheckIn, keyCheckOut, key);
-    HeldItem newValue(valueCheckIn, valueCheckOut, value);
-    position = findAgain(key, position, revisionBefore);
-    if (position.found && !replace)
-        return false;
-    if (position.found) {
-        void* old = exchangeValue(position, newValue.surrender());
-        remember(position);
-        passOut(valueCheckOut, old);
-        return true;
-    }
-    if (texts) {
-        ++revision; // slots move
-        texts->reserve();
-    }
-    makeRoom(position.bucket);
-    insert(position, newKey.surrender(), newValue.surrender());
-    return true;
+    return Held(*this).bind(key, Held::unknownLength, value, replace);
 }
 
 bool KazHashTable::rebind(void* key, void* value) {
-    const Guard guard(*this);
-    const Position position = findKey(key);
-    return position.found && replaceValue(key, position, value);
-}
-
-void* KazHashTable::exchangeValue(const Position& position, void* value) {
-    if (position.slot)
-        position.slot->value = value;
-    return std::exchange(entryAt(position).value, value);
-}
-
-/// False when an element function has unbound the key meanwhile.
-bool KazHashTable::replaceValue(const void* key, Position position, void* value) {
-    const std::uint32_t revisionBefore = revision;
-    remember(position);
-    passOut(valueCheckOut, exchangeValue(position, nullptr));
-    HeldItem newValue(valueCheckIn, valueCheckOut, value);
-    position = findAgain(key, position, revisionBefore);
-    if (!position.found)
-        return false;
-    void* met = exchangeValue(position, newValue.surrender());
-    remember(position);
-    if (met)
-        passOut(valueCheckOut, met); // an element function has put it there
-    return true;
-}
-
-/// Makes the bucket's block large enough for one entry more.
-void KazHashTable::makeRoom(std::int32_t bucket) {
-    KazBucket* block = buckets[bucket];
-    if (block && block->count < block->capacity)
-        return;
-    const std::int64_t capacity = block ? grownCapacity(block->capacity) : 1;
-    if (capacity > std::numeric_limits<std::int32_t>::max())
-        throw KazMemoryException();
-    const bool isNew = block == nullptr;
-    block = static_cast<KazBucket*>(kaz::detail::reallocate(block, blockBytes(capacity)));
-    if (isNew)
-        block->count = 0;
-    block->capacity = static_cast<std::int32_t>(capacity);
-    buckets[bucket] = block;
-}
-
-void KazHashTable::insert(const Position& position, void* key, void* value) {
-    KazBucket* block = buckets[position.bucket];
-    KazBucketEntry* entries = block->entries();
-    std::copy_backward(entries + position.index, entries + block->count,
-                       entries + block->count + 1);
-    entries[position.index] = {key, value};
-    ++block->count;
-    ++entryCount;
-    ++revision;
-    remember(position);
-    if (!texts)
-        return;
-    const TextProbe probe(key);
-    texts->add(key, value, probe.length(), probe.hash());
-    noteUnsorted(position.bucket);
-}
-
-/// insert for a text that the index does not have and element functions that cannot
-/// be told from no call: most of what fills a table, in half the time.
-void KazHashTable::append(void* key, void* value, const TextProbe& probe, std::uint32_t textHash) {
-    ++revision; // slots move
-    texts->reserve();
-    // What KazString::hashDisguised would say, without measuring the text again.
-    const std::int32_t bucket =
-        bucketCount > 1 ? bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length())) : 0;
-    makeRoom(bucket);
-    if (keyCheckIn)
-        KazString::checkIn(key);
-    if (valueCheckIn)
-        KazString::checkIn(value);
-    KazBucket* block = buckets[bucket];
-    const std::int32_t index = block->count++;
-    block->entries()[index] = {key, value};
-    ++entryCount;
-    remember({bucket, index, true});
-    texts->add(key, value, probe.length(), textHash);
-    noteUnsorted(bucket);
-}
-
-/// After an entry has come last in its bucket, in whatever order.
-void KazHashTable::noteUnsorted(std::int32_t bucket) {
-    if (buckets[bucket]->count == 1)
-        sortedCounts[bucket] = 1;
-    else // changed under the lock only
-        unsortedCount.store(unsortedCount.load(std::memory_order_relaxed) + 1,
-                            std::memory_order_relaxed);
+    return Held(*this).rebind(key, value);
 }
 
 bool KazHashTable::unbind(const void* key) {
-    const Guard guard(*this);
-    const Position position = findKey(key);
-    if (!position.found)
-        return false;
-    const KazBucketEntry entry = extract(position);
-    passOut(valueCheckOut, entry.value);
-    passOut(keyCheckOut, entry.key);
-    return true;
-}
-
-KazBucketEntry KazHashTable::extract(const Position& position) {
-    KazBucket* block = buckets[position.bucket];
-    KazBucketEntry* entries = block->entries();
-    const KazBucketEntry entry = entries[position.index];
-    std::copy(entries + position.index + 1, entries + block->count, entries + position.index);
-    if (--block->count == 0) {
-        std::free(block);
-        buckets[position.bucket] = nullptr;
-    }
-    --entryCount;
-    ++revision;
-    cachedIndex = -1;
-    if (texts) {
-        texts->remove(position.slot);
-        --sortedCounts[position.bucket];
-    }
-    return entry;
+    return Held(*this).unbind(key);
 }
 
 void* KazHashTable::valueOf(const void* key) {
@@ -453,26 +143,7 @@ void* KazHashTable::valueOf(const void* key) {
 }
 
 void* KazHashTable::valueOf(const void* key, bool& found) {
-    const Guard guard(*this);
-    return lookUp(key, unknownLength, found);
-}
-
-void* KazHashTable::lookUp(const void* key, std::int32_t length, bool& found) {
-    if (!goesByIndex())
-        return lookUpInOrder(key, found);
-    const TextProbe probe = probeOf(key, length);
-    const kaz::detail::TextSlot* slot = texts->find(probe, probe.hash());
-    found = slot != nullptr;
-    return found ? slot->value : nullptr;
-}
-
-void* KazHashTable::lookUpInOrder(const void* key, bool& found) {
-    const Position position = findKey(key);
-    found = position.found;
-    if (!found)
-        return nullptr;
-    remember(position);
-    return entryAt(position).value;
+    return Held(*this).lookUp(key, Held::unknownLength, found);
 }
 
 bool KazHashTable::isBound(const void* key) {
@@ -487,60 +158,369 @@ int KazHashTable::getSize() const {
 }
 
 void KazHashTable::clear() {
-    const Guard guard(*this);
-    if (texts && !(isSilent(keyCheckOut) && isSilent(valueCheckOut)))
-        putAllInOrder();
-    // Meanwhile the table does without: what check-outs bind is sorted in.
-    std::unique_ptr<kaz::detail::TextIndex> aside = std::move(texts);
-    unsortedCount = 0;
-    for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket) {
-        KazBucket* block = std::exchange(buckets[bucket], nullptr);
-        if (!block)
-            continue;
-        if (aside)
-            sortedCounts[bucket] = 0;
-        entryCount -= block->count;
-        ++revision;
-        cachedIndex = -1;
-        for (std::int32_t i = 0; i < block->count; ++i) {
-            passOut(keyCheckOut, block->entries()[i].key);
-            passOut(valueCheckOut, block->entries()[i].value);
-        }
-        std::free(block);
-    }
-    cachedBucket = -1;
-    cachedIndex = -1;
-    if (aside && entryCount == 0) {
-        aside->clear();
-        texts = std::move(aside);
-    }
+    Held(*this).clear();
 }
 
 void KazHashTable::freeExtra() {
     const Guard guard(*this);
-    for (std::int32_t bucket = 0; bucket < bucketSlots(); ++bucket) {
-        KazBucket* block = buckets[bucket];
-        if (!block || tightCapacity(block->count) >= block->capacity)
-            continue;
-        const std::int64_t capacity = tightCapacity(block->count);
-        // Not through the allocation helper: nobody needs to hear of a failed shrink.
-        auto* shrunk = static_cast<KazBucket*>(std::realloc(block, blockBytes(capacity)));
-        if (!shrunk)
-            continue;
-        shrunk->capacity = static_cast<std::int32_t>(capacity);
-        buckets[bucket] = shrunk;
-    }
+    std::for_each_n(buckets, hidden->bucketSlots, kaz::detail::giveBackRoom);
 }
 
 void** KazHashTable::getBucketData(int bucket) const {
-    if (bucket < 0 || bucket >= bucketSlots())
+    if (bucket < 0 || bucket >= hidden->bucketSlots)
         return nullptr;
     const Guard guard(*this);
-    if (unsortedCount > 0)
-        putInOrder(bucket);
     KazBucket* block = buckets[bucket];
-    return block ? &block->entries()->key : nullptr;
+    if (!block || block->count == 0)
+        return nullptr;
+    if (hidden->texts)
+        hidden->texts->rest();
+    return &block->entries()->key;
 }
+
+// ---- Finding
+
+KazBucketEntry& KazHashTable::Held::entryAt(const Position& position) const {
+    return table.buckets[position.bucket]->entries()[position.index];
+}
+
+void KazHashTable::Held::remember(const Position& position) {
+    table.cachedBucket = position.bucket;
+    table.cachedIndex = position.index;
+}
+
+std::int32_t KazHashTable::Held::bucketOf(const void* key) const {
+    return table.bucketCount <= 1 ? 0 : bucketOfHash(table.hash(key));
+}
+
+std::int32_t KazHashTable::Held::bucketOfHash(unsigned hashed) const {
+    return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(table.bucketCount));
+}
+
+/// Where the key is, or where it would be inserted.
+KazHashTable::Held::Position KazHashTable::Held::findKey(const void* key) {
+    if (texts && texts->isActive() && !texts->isTrusted())
+        texts->pay(1);
+    return goesByIndex() ? findText(key) : findInOrder(key);
+}
+
+/// By the index. A key that is new comes last, in whatever order.
+KazHashTable::Held::Position KazHashTable::Held::findText(const void* key) {
+    const std::int32_t bucket = bucketOf(key);
+    Slot* slot = texts->index().find(TextProbe(key));
+    const KazBucket* block = table.buckets[bucket];
+    if (!slot)
+        return {bucket, block ? block->count : 0, false, false};
+    texts->putInOrder(bucket);
+    const auto [index, found] =
+        searchEntries(table.buckets[bucket], key, table.compare, Holes{hidden.departures, bucket});
+    const Position position{bucket, index, found, true, slot};
+    if (found && entryAt(position).key == slot->key)
+        return position;
+    // The owner of a key has changed it, whatever was agreed.
+    texts->rest();
+    return {bucket, index, found};
+}
+
+/// As the contract tells it, call by call. The index goes along.
+KazHashTable::Held::Position KazHashTable::Held::findInOrder(const void* key) {
+    const Position cached{table.cachedBucket, table.cachedIndex, true};
+    if (cached.index >= 0) {
+        if (texts)
+            texts->putInOrder(cached.bucket);
+        if (table.compare(key, entryAt(cached).key) == 0)
+            return withSlot(cached);
+    }
+    const std::int32_t bucket = bucketOf(key);
+    if (texts)
+        texts->putInOrder(bucket);
+    const auto [index, found] =
+        searchEntries(table.buckets[bucket], key, table.compare, Holes{hidden.departures, bucket});
+    return withSlot({bucket, index, found});
+}
+
+KazHashTable::Held::Position KazHashTable::Held::withSlot(Position position) {
+    if (texts && position.found)
+        position.slot = texts->slotOf(entryAt(position).key);
+    return position;
+}
+
+/// The position after element functions have been called: the one found before,
+/// unless they have changed the table or how it finds.
+KazHashTable::Held::Position KazHashTable::Held::findAgain(const void* key, const Position& before,
+                                                           std::uint32_t revisionBefore) {
+    const bool isSame = hidden.revision == revisionBefore && (before.isInOrder || goesByIndex()) &&
+                        (!before.slot || texts->isActive());
+    return isSame ? before : findKey(key);
+}
+
+void* KazHashTable::Held::lookUp(const void* key, std::int32_t length, bool& found) {
+    if (!goesByIndex())
+        return lookUpInOrder(key, found);
+    const Slot* slot = texts->index().find(probeOf(key, length));
+    found = slot != nullptr;
+    return found ? slot->value : nullptr;
+}
+
+void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
+    if (const Departure* own = hidden.departures.ofKey(key)) {
+        found = true;
+        return table.buckets[own->bucket]->entries()[own->end - 1].value;
+    }
+    const Position position = findKey(key);
+    found = position.found;
+    if (!found)
+        return nullptr;
+    remember(position);
+    return entryAt(position).value;
+}
+
+// ---- Binding
+
+bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
+    if (texts && texts->isActive() && !table.keyCheckIn)
+        texts->rest();
+    if (goesByIndex() && keepsText(table.keyCheckIn) && keepsText(table.valueCheckIn)) {
+        const TextProbe probe = probeOf(key, length);
+        const std::uint32_t textHash = texts->index().hashOf(probe);
+        if (!texts->index().find(probe, textHash)) {
+            append(key, value, probe, textHash);
+            return true;
+        }
+    }
+    const Position position = findKey(key);
+    if (position.found)
+        return replace && replaceValue(key, position, value);
+    return bindNew(position, key, value, replace);
+}
+
+/// What may fail for want of memory comes first, then both check-ins, then the entry.
+bool KazHashTable::Held::bindNew(Position position, void* key, void* value, bool replace) {
+    makeRoom(position.bucket);
+    const EmptyBlock block(table.buckets[position.bucket]);
+    const std::uint32_t revisionBefore = hidden.revision;
+    HeldItem newKey(table.keyCheckIn, table.keyCheckOut, key);
+    HeldItem newValue(table.valueCheckIn, table.valueCheckOut, value);
+    position = findAgain(key, position, revisionBefore);
+    if (position.found && !replace)
+        return false;
+    if (position.found) {
+        void* old = exchangeValue(position, newValue.surrender());
+        remember(position);
+        passOut(table.valueCheckOut, old);
+        return true;
+    }
+    makeRoom(position.bucket);
+    insert(position, newKey.surrender(), newValue.surrender());
+    return true;
+}
+
+/// For one entry more, in its bucket and in the index.
+void KazHashTable::Held::makeRoom(std::int32_t bucket) {
+    if (texts && texts->isActive()) {
+        ++hidden.revision; // slots move
+        texts->index().reserve();
+    }
+    kaz::detail::makeRoom(table.buckets[bucket]);
+}
+
+void KazHashTable::Held::insert(const Position& position, void* key, void* value) {
+    KazBucket& block = *table.buckets[position.bucket];
+    const std::int32_t moved = block.count - position.index;
+    kaz::detail::insertEntry(block, position.index, {key, value});
+    hidden.departures.inserted(position.bucket, position.index);
+    ++table.entryCount;
+    ++hidden.revision;
+    remember(position);
+    if (!texts || !texts->isActive())
+        return;
+    const TextProbe probe(key);
+    texts->index().add(key, value, probe.length(), texts->index().hashOf(probe));
+    if (position.isInOrder)
+        texts->noteInOrder(position.bucket, 1);
+    else
+        texts->noteLast(position.bucket);
+    if (!texts->isTrusted())
+        texts->pay(moved / movesForSearch);
+}
+
+/// insert for a text that the index does not have and element functions that cannot
+/// be told from no call: most of what fills a table, in half the time.
+void KazHashTable::Held::append(void* key, void* value, const TextProbe& probe,
+                                std::uint32_t textHash) {
+    // What KazString::hashDisguised would say, without measuring the text again.
+    const std::int32_t bucket =
+        table.bucketCount > 1 ? bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length()))
+                              : 0;
+    makeRoom(bucket);
+    if (table.keyCheckIn)
+        KazString::checkIn(key);
+    if (table.valueCheckIn)
+        KazString::checkIn(value);
+    KazBucket& block = *table.buckets[bucket];
+    const std::int32_t index = block.count++;
+    block.entries()[index] = {key, value};
+    ++table.entryCount;
+    remember({bucket, index, true});
+    texts->index().add(key, value, probe.length(), textHash);
+    texts->noteLast(bucket);
+}
+
+// ---- Replacing
+
+bool KazHashTable::Held::rebind(const void* key, void* value) {
+    const Position position = findKey(key);
+    return position.found && replaceValue(key, position, value);
+}
+
+void* KazHashTable::Held::exchangeValue(const Position& position, void* value) {
+    if (position.slot)
+        position.slot->value = value;
+    return std::exchange(entryAt(position).value, value);
+}
+
+/// A value that is null because an outer call has it checked out is not one.
+void KazHashTable::Held::checkOutValue(const Position& position) {
+    const bool isOut = hidden.departures.find(position.bucket, position.index) != nullptr;
+    void* value = exchangeValue(position, nullptr);
+    if (value || !isOut)
+        passOut(table.valueCheckOut, value);
+}
+
+/// False when an element function has unbound the key meanwhile.
+bool KazHashTable::Held::replaceValue(const void* key, Position position, void* value) {
+    const std::uint32_t revisionBefore = hidden.revision;
+    remember(position);
+    checkOutValue(position);
+    HeldItem newValue(table.valueCheckIn, table.valueCheckOut, value);
+    position = findAgain(key, position, revisionBefore);
+    if (!position.found)
+        return false;
+    void* met = exchangeValue(position, newValue.surrender());
+    remember(position);
+    if (met)
+        passOut(table.valueCheckOut, met); // an element function has put it there
+    return true;
+}
+
+// ---- Removing
+
+bool KazHashTable::Held::unbind(const void* key) {
+    const Position position = findKey(key);
+    if (!position.found)
+        return false;
+    if (isEmptying() || !isSilent(table.valueCheckOut) || !isSilent(table.keyCheckOut)) {
+        checkOutEntry(position);
+        return true;
+    }
+    const KazBucketEntry entry = entryAt(position);
+    extract(position);
+    passOut(table.valueCheckOut, entry.value);
+    passOut(table.keyCheckOut, entry.key);
+    return true;
+}
+
+/// Checks value and key out where they stand, then takes the entry out.
+void KazHashTable::Held::checkOutEntry(Position position) {
+    Departures::Entry going(hidden.departures, position.bucket, position.index);
+    checkOutValue(position);
+    if (going.isGone())
+        return;
+    position = {going.bucket, going.begin, true};
+    void* const key = entryAt(position).key;
+    if (texts && texts->isActive()) {
+        if (const Slot* slot = texts->slotOf(key))
+            texts->index().remove(slot);
+    }
+    going.isHole = true;
+    table.cachedIndex = -1;
+    // An element function may have bound the key anew while that could be done.
+    if (void* met = exchangeValue(position, nullptr))
+        passOut(table.valueCheckOut, met);
+    if (!going.isGone()) {
+        entryAt({going.bucket, going.begin, true}).key = nullptr;
+        going.key = key;
+    }
+    passOut(table.keyCheckOut, key);
+    if (!going.isGone())
+        extract({going.bucket, going.begin, true});
+}
+
+void KazHashTable::Held::extract(const Position& position) {
+    if (position.slot)
+        texts->index().remove(position.slot);
+    if (texts)
+        texts->noteInOrder(position.bucket, -1);
+    kaz::detail::removeEntry(table.buckets[position.bucket], position.index);
+    hidden.departures.removed(position.bucket, position.index);
+    --table.entryCount;
+    ++hidden.revision;
+    table.cachedIndex = -1;
+}
+
+void KazHashTable::Held::clear() {
+    const bool isObserved =
+        isEmptying() || !isSilent(table.keyCheckOut) || !isSilent(table.valueCheckOut);
+    // Meanwhile the table goes by its buckets: what check-outs bind is sorted in.
+    if (texts && isObserved)
+        texts->rest();
+    std::int32_t removed = 0;
+    for (std::int32_t bucket = 0; bucket < hidden.bucketSlots; ++bucket) {
+        if (table.buckets[bucket])
+            removed += isObserved ? clearBucket(bucket) : dropBucket(bucket);
+    }
+    table.entryCount -= removed;
+    table.cachedBucket = -1;
+    table.cachedIndex = -1;
+    if (texts && table.entryCount == 0 && !isEmptying())
+        texts->wake();
+}
+
+/// Checks out what is in the bucket, with nobody looking, and drops its block; how many
+/// entries it had.
+std::int32_t KazHashTable::Held::dropBucket(std::int32_t bucket) {
+    KazBucket* const block = std::exchange(table.buckets[bucket], nullptr);
+    const std::int32_t count = block->count;
+    std::for_each_n(block->entries(), count, [this](const KazBucketEntry& entry) {
+        passOut(table.keyCheckOut, entry.key);
+        passOut(table.valueCheckOut, entry.value);
+    });
+    std::free(block);
+    ++hidden.revision;
+    return count;
+}
+
+/// The same before the eyes of element functions, which may change the table.
+std::int32_t KazHashTable::Held::clearBucket(std::int32_t bucket) {
+    KazBucket*& block = table.buckets[bucket];
+    Departures::Entry going(hidden.departures, bucket, 0, 0);
+    going.isHole = true;
+    while (!going.isGone() && going.end < block->count) {
+        const Departure* outer = hidden.departures.find(bucket, going.end);
+        KazBucketEntry& entry = block->entries()[going.end++];
+        if (outer && outer->isHole)
+            continue;
+        table.cachedIndex = -1;
+        void* const value = entry.value;
+        void* const key = std::exchange(entry.key, nullptr);
+        going.key = key;
+        passOut(table.keyCheckOut, key);
+        going.key = nullptr;
+        if (!going.isGone())
+            block->entries()[going.end - 1].value = nullptr;
+        if (value || !outer)
+            passOut(table.valueCheckOut, value);
+    }
+    if (going.isGone())
+        return 0;
+    const std::int32_t count = block->count;
+    std::free(std::exchange(block, nullptr));
+    hidden.departures.removedAll(bucket);
+    ++hidden.revision;
+    return count;
+}
+
+// ---- Pointers as keys
 
 unsigned KazHashTable::hashPointer(const void* key) {
     return static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(key));

@@ -9,9 +9,7 @@
 #include <memory>
 
 namespace kaz::detail {
-class TextIndex;
-class TextProbe;
-struct TextSlot;
+struct Soundness;
 } // namespace kaz::detail
 
 /// One binding, as a bucket stores it.
@@ -42,9 +40,15 @@ struct KazBucket {
 ///
 /// Optional element functions let the table own what it stores: check-in is
 /// called on what enters, and its result is stored; check-out is called on
-/// what leaves. They may use the table themselves: what leaves is out of the
-/// table before it is checked out, what enters is in it only after check-in
-/// has returned. Check-out must not throw.
+/// what leaves. They may look at the table and change it, and see it so:
+/// - During check-in the bucket has room for the entry, which is in, and counted,
+///   only after both check-ins have returned.
+/// - During check-out the entry still counts, in its bucket too. What is being
+///   checked out, or has been, reads as null in its place. While unbind checks the
+///   value out the key is still bound; once a key is being checked out it is found
+///   by valueOf and isBound only when asked for by its own address, and nothing else
+///   meets it: it is never compared, and an equal one may be bound beside it.
+/// Check-out must not throw.
 ///
 /// When memory runs out, or check-in throws, the table is unchanged and
 /// usable, and what was not checked in is still the caller's; only a value that
@@ -86,7 +90,8 @@ public:
     /// bound.
     bool rebind(void* key, void* value);
 
-    /// Removes the key, its value checked out first; false when not bound.
+    /// Removes the key, its value checked out first, then the key, then the entry taken
+    /// out; false when not bound.
     bool unbind(const void* key);
 
     /// The stored value, or null when @p key is not bound.
@@ -99,8 +104,9 @@ public:
     /// The number of keys bound.
     int getSize() const;
 
-    /// Removes everything: for each entry the key is checked out, then the
-    /// value.
+    /// Removes everything: for each entry the key is checked out, then the value; a
+    /// bucket's block goes when its entries are, and the table counts 0 at the end. What
+    /// a check-out binds meanwhile goes as well if the walk has yet to come there.
     void clear();
 
     /// Gives back room that the buckets do not need at present.
@@ -109,7 +115,9 @@ public:
     /// The entries of a bucket as key, value, key, value, ...; null for a
     /// bucket without entries and for one that does not exist. Count and
     /// capacity, 32 bits each, stand directly before them. Good until the
-    /// table changes.
+    /// table changes. What is written there counts; as the table cannot notice, it goes
+    /// by its buckets alone from then on until it is cleared, which with the string
+    /// class's functions and full buckets is slower.
     void** getBucketData(int bucket) const;
 
     /// The pointer's value, and the order of two. Together they key a table by
@@ -121,49 +129,17 @@ public:
 private:
     friend class KazHashTableIterator;
     friend class KazStringToStringMap;
+    friend struct kaz::detail::Soundness;
     class Guard;
+    class Held;
+    struct Hidden;
 
     /// Who has locked the table: 0, or a thread's number and a mark beside it, and
-    /// how many times more. See detail/TableGuard.h.
+    /// how many times more. See detail/HeldTable.h.
     struct Lock {
         std::atomic<std::uintptr_t> holder = 0;
         std::uint32_t nested = 0;
     };
-
-    struct Position {
-        std::int32_t bucket;
-        std::int32_t index;
-        bool found;
-        /// What the index of the texts has for the key, when there is one.
-        kaz::detail::TextSlot* slot = nullptr;
-    };
-
-    std::int32_t bucketSlots() const { return bucketCount > 1 ? bucketCount : 1; }
-    std::int32_t bucketOf(const void* key) const;
-    std::int32_t bucketOfHash(unsigned hashed) const;
-    Position findKey(const void* key) const;
-    Position findText(const void* key) const;
-    bool goesByIndex() const;
-    /// bind for a text whose length is known.
-    bool bind(void* key, std::int32_t length, void* value, bool replace);
-    /// valueOf for one who holds the lock, and may know the length of the text.
-    void* lookUp(const void* key, std::int32_t length, bool& found);
-    void* lookUpInOrder(const void* key, bool& found);
-    Position withSlot(const void* key, Position position) const;
-    Position search(std::int32_t bucket, const void* key) const;
-    void* exchangeValue(const Position& position, void* value);
-    void putInOrder(std::int32_t bucket) const;
-    void putAllInOrder() const;
-    Position findAgain(const void* key, const Position& before, std::uint32_t revisionBefore) const;
-    KazBucketEntry& entryAt(const Position& position) const;
-    void remember(const Position& position);
-    bool replaceValue(const void* key, Position position, void* value);
-    void makeRoom(std::int32_t bucket);
-    void insert(const Position& position, void* key, void* value);
-    void append(void* key, void* value, const kaz::detail::TextProbe& probe,
-                std::uint32_t textHash);
-    void noteUnsorted(std::int32_t bucket);
-    KazBucketEntry extract(const Position& position);
 
     std::int32_t bucketCount;
     std::int32_t entryCount = 0;
@@ -177,15 +153,5 @@ private:
     CheckOut valueCheckOut = nullptr;
     KazBucket** buckets = nullptr;
     mutable Lock lock;
-    /// Counts insertions and removals, so that a member knows whether an
-    /// element function that it called has moved the entries.
-    std::uint32_t revision = 0;
-    /// Only where the keys are texts and the functions the string class's own,
-    /// so that nobody can tell how often they are called.
-    std::unique_ptr<kaz::detail::TextIndex> texts;
-    /// With texts: how many entries of each bucket, from the first, are in
-    /// order; new ones are added behind them. Part of the block of buckets.
-    std::int32_t* sortedCounts = nullptr;
-    /// How many are not. Iterators ask without the lock.
-    mutable std::atomic<std::int32_t> unsortedCount = 0;
+    std::unique_ptr<Hidden> hidden;
 };

@@ -1,5 +1,7 @@
 #include "tools/containers/KazHashTableIterator.h"
 
+#include "tools/containers/detail/HeldTable.h"
+
 void KazHashTableIterator::reset() {
     bucket = 0;
     index = -1;
@@ -7,10 +9,10 @@ void KazHashTableIterator::reset() {
 }
 
 bool KazHashTableIterator::next() {
-    if (!table || bucket >= table->bucketSlots())
+    if (!table || bucket >= table->hidden->bucketSlots)
         return false;
     ++index;
-    while (bucket < table->bucketSlots() && isDone()) {
+    while (bucket < table->hidden->bucketSlots && isDone()) {
         ++bucket;
         index = 0;
     }
@@ -18,15 +20,18 @@ bool KazHashTableIterator::next() {
 }
 
 bool KazHashTableIterator::isDone() const {
-    if (!table || bucket >= table->bucketSlots())
+    if (!table || bucket >= table->hidden->bucketSlots)
         return true;
     const KazBucket* block = table->buckets[bucket];
     return !block || index >= block->count;
 }
 
 const KazBucketEntry* KazHashTableIterator::entry() const {
-    if (table && table->unsortedCount.load(std::memory_order_acquire) > 0)
-        table->putAllInOrder();
+    auto* texts = table && table->hidden->texts ? &*table->hidden->texts : nullptr;
+    if (texts && !texts->isInOrder()) {
+        const KazHashTable::Guard guard(*table);
+        texts->putAllInOrder();
+    }
     return isDone() ? nullptr : table->buckets[bucket]->entries() + index;
 }
 

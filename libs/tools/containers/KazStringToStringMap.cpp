@@ -1,6 +1,6 @@
 #include "tools/containers/KazStringToStringMap.h"
 
-#include "tools/containers/detail/TableGuard.h"
+#include "tools/containers/detail/HeldTable.h"
 
 KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
     : KazHashTable(caseSensitive ? KazString::compareDisguised : KazString::compareNoCaseDisguised,
@@ -18,8 +18,7 @@ KazStringToStringMap::KazStringToStringMap(bool caseSensitive, int size)
 bool KazStringToStringMap::bind(const KazString& key, const KazString& value, bool replace) {
     const KazString keptKey = key;
     const KazString keptValue = value;
-    return KazHashTable::bind(keptKey.disguise(), keptKey.getLength(), keptValue.disguise(),
-                              replace);
+    return Held(*this).bind(keptKey.disguise(), keptKey.getLength(), keptValue.disguise(), replace);
 }
 
 bool KazStringToStringMap::rebind(const KazString& key, const KazString& value) {
@@ -43,8 +42,8 @@ KazString KazStringToStringMap::valueOf(const KazString& key) {
 
 KazString KazStringToStringMap::valueOf(const KazString& key, bool& found) {
     // Until the copy holds a reference of its own.
-    const Guard guard(*this);
-    return KazString::undisguise(lookUp(key.getValue(), key.getLength(), found));
+    Held held(*this);
+    return KazString::undisguise(held.lookUp(key.getValue(), key.getLength(), found));
 }
 
 bool KazStringToStringMap::valueOf(const KazString& key, KazString& value) {

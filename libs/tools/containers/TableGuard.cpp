@@ -1,4 +1,4 @@
-#include "tools/containers/detail/TableGuard.h"
+#include "tools/containers/detail/HeldTable.h"
 
 void KazHashTable::Guard::acquire(Lock& lock, std::uintptr_t self) {
     std::uintptr_t seen = 0;

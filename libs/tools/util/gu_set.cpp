@@ -273,7 +273,8 @@ void gu_set_next(gu_set_iterator* iterator) {
 }
 
 bool gu_set_done(gu_set_iterator iterator) {
-    return iterator.set == nullptr || iterator.position < 0;
+    return iterator.set == nullptr || iterator.position < 0 ||
+           iterator.position >= iterator.set->used; // cleared meanwhile
 }
 
 void* gu_set_element(gu_set_iterator iterator) {

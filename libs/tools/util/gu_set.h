@@ -96,7 +96,8 @@ KAZ_API bool gu_set_disjoint(const gu_set* a, const gu_set* b);
 
 /// @name Iteration
 /// In the order of adding. Elements may be removed meanwhile, the current one
-/// included; adding ends the validity of all iterators of the set.
+/// included, or all of them, which finishes the iteration; adding ends the validity
+/// of all iterators of the set.
 /// @{
 
 /// Passed by value; refers to the set and owns nothing.

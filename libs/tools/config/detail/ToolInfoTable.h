@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/strings/KazString.h"
+#include "tools/util/detail/TextIndex.h"
 
 #include <cstdint>
 #include <memory>
@@ -11,8 +12,6 @@
 #include <vector>
 
 namespace kaz::detail {
-
-class TextProbe;
 
 /// One `name=value` in file syntax; the texts belong to whoever read them.
 struct ToolInfoLine {
@@ -60,20 +59,13 @@ private:
         const char* value; ///< null when it was removed
         std::shared_ptr<const Source> source;
     };
-    /// A place of the index: where the definition is that has such a hash.
-    struct Slot {
-        std::uint32_t hash;
-        std::uint32_t number; ///< counted from 1; 0 in an empty place
-    };
-
     static Definition copyOf(const ToolInfoLine& line, const KazString& file);
-    const Slot* slotOf(const TextProbe& name, std::uint32_t hash) const;
     const Definition* definitionOf(std::string_view name) const;
     void makeRoom(std::size_t more);
     void put(Definition&& definition, bool replace);
 
     std::vector<Definition> definitions; ///< in the order in which they came
-    std::vector<Slot> index;             ///< 2^n places, at most half of them in use
+    TextIndex<std::uint32_t> index{0};   ///< their places there
 };
 
 } // namespace kaz::detail

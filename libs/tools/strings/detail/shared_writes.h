@@ -3,11 +3,13 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 namespace kaz::detail {
 
-/// Set, for good, when a text is changed in a block that several hold. Whoever
-/// keeps something that was computed from held texts must look at them again then.
-inline constinit std::atomic<bool> sharedTextWritten = false;
+/// How often a text was changed in a block that several hold. Whoever keeps
+/// something that was computed from held texts must look at them again when it has
+/// grown.
+inline constinit std::atomic<std::uint64_t> sharedTextWrites = 0;
 
 } // namespace kaz::detail

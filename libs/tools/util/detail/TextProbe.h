@@ -2,6 +2,8 @@
 /// A text that is looked for in an index.
 #pragma once
 
+#include "tools/util/detail/HashSeed.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -42,15 +44,19 @@ public:
     std::uint32_t length() const { return length_; }
 
     /// Not the string class's own hash: that one gives half of 100,000 numbered
-    /// names the hash of another.
-    std::uint32_t hash() const {
+    /// names the hash of another. Two words are multiplied and the halves of the
+    /// product folded, as wyhash (public domain) does it; who does not know the seed
+    /// cannot choose texts whose hashes meet.
+    std::uint32_t hash(const HashSeed& seed) const {
+        // The lengths make keys of their own: words of two texts may agree.
+        const std::uint64_t start = std::rotl(seed.first, static_cast<int>(length_));
         if (isShort(length_))
-            return mixed(ends_.first ^ length_, ends_.last) >> 32;
-        std::uint64_t state = length_;
+            return mixed(start ^ ends_.first, seed.last ^ ends_.last) >> 32;
+        std::uint64_t state = start;
         const char* const last = text_ + length_ - 16;
         for (const char* place = text_; place < last; place += 16)
-            state = mixed(state ^ word(place), word(place + 8));
-        return mixed(state ^ word(last), word(last + 8)) >> 32;
+            state = mixed(state ^ word(place), seed.last ^ word(place + 8));
+        return mixed(state ^ word(last), seed.last ^ word(last + 8)) >> 32;
     }
 
     /// Whether the text of so many characters at @p text is the same.
@@ -115,12 +121,15 @@ private:
         return ((((first - ones) & ~first) | ((last - ones) & ~last)) & tops) != 0;
     }
 
-    /// Both halves of the product of two words, each word spread first.
+    /// Both halves of the product of two words.
     static std::uint64_t mixed(std::uint64_t a, std::uint64_t b) {
         __extension__ using Wide = unsigned __int128;
-        const Wide product = static_cast<Wide>(a ^ 0x9E3779B97F4A7C15U) * (b ^ 0xD1B54A32D192ED03U);
+        const Wide product = static_cast<Wide>(factor(a)) * factor(b);
         return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
     }
+
+    /// Never 0, beside which the other factor would not count.
+    static std::uint64_t factor(std::uint64_t word) { return word + (word == 0 ? 1 : 0); }
 
     const char* text_;
     std::uint32_t length_;

@@ -1,0 +1,73 @@
+/// @file
+/// Whether the inside of a container holds together; for tests, which include it, and
+/// not part of the library.
+#pragma once
+
+#include "tools/containers/detail/HeldTable.h"
+
+#include <cstdint>
+
+namespace kaz::detail {
+
+/// Each false when an invariant is broken. Not to be asked while an element function
+/// is being called.
+struct Soundness {
+    /// Counts, capacities and order of the buckets, the place of the last find, and
+    /// the index, which repeats every entry.
+    static bool holds(const KazHashTable& table) {
+        const KazHashTable::Hidden& hidden = *table.hidden;
+        std::int64_t entries = 0;
+        std::int64_t unsorted = 0;
+        bool sound = hidden.departures.areNone();
+        for (std::int32_t bucket = 0; bucket < hidden.bucketSlots; ++bucket) {
+            KazBucket* block = table.buckets[bucket];
+            if (!block)
+                continue;
+            entries += block->count;
+            unsorted += block->count - sortedIn(table, bucket);
+            sound = sound && block->count > 0 && block->count <= block->capacity &&
+                    isSorted(table, *block, sortedIn(table, bucket));
+        }
+        sound = sound && entries == table.entryCount && holdsPlace(table);
+        const auto& texts = hidden.texts;
+        if (!texts)
+            return sound;
+        sound = sound && texts->unsorted() == unsorted && texts->index().isSound();
+        return sound && (!texts->isActive() || isRepeated(table));
+    }
+
+private:
+    static std::int32_t sortedIn(const KazHashTable& table, std::int32_t bucket) {
+        const auto& texts = table.hidden->texts;
+        return texts && texts->isActive() ? texts->sortedIn(bucket) : table.buckets[bucket]->count;
+    }
+
+    static bool isSorted(const KazHashTable& table, KazBucket& block, std::int32_t count) {
+        for (std::int32_t i = 1; i < count; ++i)
+            if (table.compare(block.entries()[i - 1].key, block.entries()[i].key) >= 0)
+                return false;
+        return true;
+    }
+
+    static bool holdsPlace(const KazHashTable& table) {
+        if (table.cachedIndex < 0)
+            return true;
+        const KazBucket* block = table.buckets[table.cachedBucket];
+        return block && table.cachedIndex < block->count;
+    }
+
+    static bool isRepeated(const KazHashTable& table) {
+        const auto& index = table.hidden->texts->index();
+        bool sound = index.size() == static_cast<std::size_t>(table.entryCount);
+        for (std::int32_t bucket = 0; bucket < table.hidden->bucketSlots; ++bucket) {
+            KazBucket* block = table.buckets[bucket];
+            for (std::int32_t i = 0; block && i < block->count; ++i) {
+                const auto* slot = index.slotOf(block->entries()[i].key);
+                sound = sound && slot && slot->value == block->entries()[i].value;
+            }
+        }
+        return sound;
+    }
+};
+
+} // namespace kaz::detail
