@@ -169,10 +169,11 @@ std::string takeLongText(fuzz::Input& input, std::size_t most) {
 }
 
 void compareDiagramFile(fuzz::Input& input) {
-    const std::string dir = takeLongText(input, 150), store = takeLongText(input, 20);
+    const std::string given = (input.flag() ? "~\\" : "") + takeLongText(input, 150);
+    const std::string dir = atHome(given), store = takeLongText(input, 20);
     const std::string diagram = takeLongText(input, 150), revision = takeLongText(input, 80);
     const bool hasRevision = input.flag();
-    kaz_env_system_dir_asgn(dir.c_str());
+    kaz_env_system_dir_asgn(given.c_str());
     kaz_fs_filestore_dir_asgn(store.c_str());
     kaz_env_diagram_asgn(diagram.c_str());
     kaz_env_revision_asgn(hasRevision ? revision.c_str() : nullptr);

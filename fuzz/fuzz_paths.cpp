@@ -116,6 +116,19 @@ void comparingMapsCharacters(const std::string& a, const std::string& b) {
     FUZZ_CHECK(kazFilenameCompare(a.c_str(), b.c_str()) == expected);
 }
 
+/// The same name in other spelling, with one character changed or not.
+std::string respelled(fuzz::Input& input, std::string name) {
+    for (char& c : name)
+        if (input.byte() % 4 == 0)
+            c = c == '/'    ? '\\'
+                : c == '\\' ? '/'
+                            : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    if (!name.empty() && input.flag())
+        name[input.between<std::size_t>(0, name.size() - 1)] =
+            input.textOf("ab\\/\xe9", 1).append("x")[0];
+    return name;
+}
+
 /// The walk, step by step.
 std::string relativeByTheSteps(const KazString& base, const KazString& path) {
     KazString rest = kazNormalizedPath(path);
@@ -292,6 +305,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     composingFollowsItsRule(a, b);
     comparingMapsCharacters(a, b);
+    const std::string longName = a + b;
+    comparingMapsCharacters(longName, respelled(input, longName));
     FUZZ_CHECK(str(kazRelativePath(a.c_str(), b.c_str())) ==
                relativeByTheSteps(a.c_str(), b.c_str()));
     const std::string common = "/" + input.textOf("ab/\\\r", 10);

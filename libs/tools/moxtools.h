@@ -44,6 +44,7 @@
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"
+#include "tools/files/path_text.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 
@@ -87,3 +88,4 @@
 #include "tools/app/exceptions/KazReportedException.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/app/exceptions/report.h"
+#include "tools/app/editors.h"

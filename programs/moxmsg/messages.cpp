@@ -11,6 +11,9 @@
 
 namespace {
 
+/// No source text is of that size; what never ends would fill the memory.
+constexpr std::size_t sizeLimit = std::size_t{256} << 20;
+
 /// Reads to the end. False with errno set when that cannot be done.
 bool readAll(std::FILE* stream, std::string& bytes) {
     char part[65536];
@@ -20,6 +23,10 @@ bool readAll(std::FILE* stream, std::string& bytes) {
         bytes.append(part, got);
         if (got < sizeof part && !(std::ferror(stream) && errno == EINTR))
             return !std::ferror(stream);
+        if (bytes.size() > sizeLimit) {
+            errno = EFBIG;
+            return false;
+        }
     }
 }
 

@@ -106,6 +106,13 @@ TEST_F(Filestore, NewFilesGetTheModeThatTheSystemPrescribes) {
     }
     mode("p/sys/.sys_file_mode", 0755);
     EXPECT_EQ(kaz_fs_system_umask(), 0133U);
+    // A system directory that somebody has given with "~" is the same one.
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    kaz_env_system_dir_asgn("~\\p/sys");
+    EXPECT_EQ(kaz_fs_system_umask(), 0133U);
+    EXPECT_EQ(kaz_fs_file_umask("~/p/sys/.sys_file_mode"), 0133U);
+    std::fclose(kaz_fs_system_umask_fopen("~/p/sys/new", write));
+    EXPECT_EQ(modeOf("p/sys/new"), 0644U);
 }
 
 TEST_F(Filestore, OpensNothingForMissingAndLongNames) {

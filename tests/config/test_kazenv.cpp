@@ -134,16 +134,18 @@ TEST(KazEnv, TheToolOfTheGuideFindsItsSettings) {
     const kit::TempTree tree;
     kit::RunOptions run;
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\nbackup_command = zip\n");
-    run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir}/${system} ${dir}";
-    const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "s"};
-    const std::string host = kit::hasDrives ? "\\p\\s" : "/p/s";
-    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp/s " + host + "\n");
+    run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir} ${archive} ${dir}";
+    const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "$(s) x"};
+    const std::string archive =
+        kit::hasDrives ? R"("\\tmp\\\$(s) x.tar")" : R"("/tmp/\$(s) x.tar")";
+    const std::string dir = kit::hasDrives ? R"("\\p\\\$(s) x")" : R"("/p/\$(s) x")";
+    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp " + archive + " " + dir + "\n");
     run.env["KAZ_BACKUP_COMMAND"] = kit::unset;
     run.env["KAZ_VERBOSE"] = "yes";
-    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\s\nzip\n");
+    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\$(s) x\nzip\n");
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\n");
-    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\s\ntar -cf \"/tmp/s.tar\" \"" +
-                                                (kit::hasDrives ? "\\\\p\\\\s" : host) + "\"\n");
+    EXPECT_EQ(kit::run(arguments, run).out,
+              "system directory: \\p\\$(s) x\ntar -cf " + archive + " " + dir + "\n");
 }
 
 TEST(KazEnv, UnknownIdentifiersNameNothing) {

@@ -74,6 +74,25 @@ TEST(FilePath, FindsInOrderAndExpandsLate) {
     EXPECT_EQ(found[5].getValue(), tree.native("two/deep"));
 }
 
+TEST(FilePath, AVariableMayHoldAList) {
+    const kit::TempTree tree;
+    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    tree.write("a/one", "");
+    tree.write("b/one", "");
+    tree.write("b/two", "");
+    vstring_set_simple_var("filepath_list", "~/a; ;~\\b;");
+    const KazFilePath path("none;${filepath_list};b");
+    EXPECT_EQ(path.getSize(), 3);
+    EXPECT_EQ(path.getExpandedDir(1).getValue(), tree.native("a") + ";" + tree.native("b"));
+    EXPECT_STREQ(path.getText().getValue(), "none;${filepath_list};b");
+    EXPECT_EQ(path.find("one").getValue(), tree.native("a/one"));
+    EXPECT_EQ(path.find("two").getValue(), tree.native("b/two"));
+    KazStringColl found;
+    EXPECT_EQ(path.findAll("one", found), 2);
+    EXPECT_EQ(path.findMatching("*o*", found), 2);
+    EXPECT_EQ(found[2].getValue(), tree.native("a/one"));
+}
+
 TEST(FilePath, ExplicitNamesAreNotSearchedFor) {
     const kit::TempTree tree;
     const kit::ScopedEnv home("HOME", tree.path("home").c_str());

@@ -5,11 +5,13 @@
 #include "kit/env.h"
 #include "kit/host.h"
 #include "tools/app/KazEditorsBase.h"
+#include "tools/app/editors.h"
 #include "words.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -49,14 +51,29 @@ TEST(Words, NothingAndTheUnclosed) {
 class Editors : public KazEditorsBase {
 public:
     KazString getCreationCommand(const char* name) override {
+        if (command)
+            return command;
         return KazString("'C:\\my tools\\") + name + "' -editor x";
     }
+
+    KazString command;
 };
 
 TEST(Environment, ProgramNameOfAnEditor) {
     {
-        const Editors editors; // before there is a plain object, which nobody would own then
+        Editors editors; // before there is a plain object, which nobody would own then
         EXPECT_STREQ(TI_cprogname("cde"), "cde");
+        const std::pair<const char*, const char*> commands[] = {
+            {"C:\\bin\\new\\edit.exe -x", "edit.exe"},
+            {"\\usr\\bin\\vi", "vi"},
+            {" \"\\my dir\\a b\" c", "a b"},
+            {"D:\\x\\'one two'\\e'd'", "ed"},
+            {"'\\unclosed\\x y", "x y"},
+            {" ", ""}};
+        for (const auto& [command, program] : commands) {
+            editors.command = command;
+            EXPECT_STREQ(TI_cprogname("cde"), program) << command;
+        }
     }
     EXPECT_STREQ(TI_cprogname("class editor"), "class editor");
     EXPECT_STREQ(TI_cprogname("../../bin/x"), "x");

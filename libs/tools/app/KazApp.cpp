@@ -9,6 +9,7 @@
 #include "tools/files/process.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/panic.h"
 
 #include <cstdlib>
 #include <exception>
@@ -95,6 +96,7 @@ void deleteQuietly(const char* path) {
 
 KazApp::KazApp() {
     appNameCache();
+    kaz::detail::isDebugged = [] { return theApp != nullptr && theApp->debugFlag; };
     tempFiles.setCheckIn(KazString::checkIn);
     tempFiles.setCheckOut(KazString::checkOut);
     theApp = this;
@@ -148,6 +150,10 @@ const char* KazApp::getArgv0() {
 }
 
 void KazApp::removeAtExit(const KazString& path) {
+    // A process that was forked off lets go of the files that it inherited.
+    if (tempFilesOwner != kaz::host::processId())
+        tempFiles.removeAll();
+    tempFilesOwner = kaz::host::processId();
     KazString kept(path);
     tempFiles.add(kept.disguise());
 }
@@ -161,7 +167,8 @@ KazFilePath* KazApp::getProductPath() {
 void KazApp::removeTemporaryFiles() {
     kaz::host::flushStreams();
     kaz::host::closeAllStreams();
-    for (int i = tempFiles.getSize() - 1; i >= 0; --i)
+    const bool isOwner = tempFilesOwner == kaz::host::processId();
+    for (int i = isOwner ? tempFiles.getSize() - 1 : -1; i >= 0; --i)
         if (const void* path = tempFiles.getAt(i))
             deleteQuietly(static_cast<const char*>(path));
     tempFiles.removeAll();

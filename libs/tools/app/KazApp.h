@@ -81,6 +81,8 @@ public:
     /// Notes the file @p path (native or host spelling, copied, no "~") for
     /// deletion when a console application is destroyed. A relative path counts
     /// from the working directory of that moment. Directories are not deleted.
+    /// The file belongs to the process that calls this: one that is forked off
+    /// inherits no duty to delete it.
     void removeAtExit(const KazString& path);
 
     /// The directories in which the product's files are searched, from the
@@ -119,4 +121,5 @@ private:
     bool debugFlag = false;
     bool verboseFlag = false;
     bool nestedCall = false;
+    int tempFilesOwner = 0; ///< the process that has registered tempFiles
 };

@@ -4,8 +4,8 @@
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/KazToolsContext.h"
 #include "tools/app/detail/command_text.h"
-#include "tools/files/kazpath.h"
-#include "tools/files/process.h"
+#include "tools/app/editors.h"
+#include "tools/files/path_text.h"
 #include "tools/files/tifiles.h"
 #include "tools/util/text.h"
 

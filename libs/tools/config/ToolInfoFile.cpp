@@ -1,7 +1,7 @@
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
-#include "tools/files/detail/open_file.h"
+#include "tools/files/detail/read_fully.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -22,10 +23,20 @@ using kaz::detail::ToolInfoTable;
 
 constexpr std::size_t chainLimit = 10;
 
+/// No configuration is of that size; a file that never ends would fill the memory.
+constexpr std::size_t sizeLimit = std::size_t{256} << 20;
+
 struct CloseStream {
     void operator()(std::FILE* stream) const { std::fclose(stream); }
 };
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
+
+/// A file that is open for reading, and what it was when it was opened.
+struct Source {
+    std::unique_ptr<std::FILE, CloseStream> stream;
+    kaz::host::FileStatus status;
+
+    explicit operator bool() const { return stream != nullptr; }
+};
 
 KazString& rememberedName() {
     return ToolInfoState::instance().name;
@@ -33,37 +44,47 @@ KazString& rememberedName() {
 
 /// A file that there is no memory for does not count as missing: variables
 /// would silently have other values.
-Stream openFile(const char* path) {
+Source openFile(const char* path) {
+    Source source;
     errno = 0;
-    Stream stream(kaz::detail::openRegularFile(path, "r"));
-    if (!stream && errno == ENOMEM)
+    source.stream.reset(kaz::host::openForReading(path, source.status));
+    if (!source && errno == ENOMEM)
         throw KazMemoryException();
-    return stream;
+    return source;
 }
 
 /// Opens @p name and remembers it when that works.
-Stream openAndRemember(const KazString& name) {
-    Stream stream = openFile(name);
-    if (stream)
+Source openAndRemember(const KazString& name) {
+    Source source = openFile(name);
+    if (source)
         rememberedName() = name;
-    return stream;
+    return source;
+}
+
+bool refuseSize(const char* name) {
+    print_err("%s holds more than %d MiB and is not read", name, static_cast<int>(sizeLimit >> 20));
+    return false;
 }
 
 /// All of a file, in a block of its size, because the table keeps it. False when
 /// there is no such file; one that cannot be read to its end is as good as none.
-bool readAll(const Stream& stream, const char* name, std::string& text) {
-    if (!stream)
+bool readAll(const Source& source, const char* name, std::string& text) {
+    if (!source)
         return false;
-    kaz::host::FileStatus status;
-    kaz::host::status(name, status);
+    if (source.status.size > sizeLimit)
+        return refuseSize(name);
+    // Some files hold more than they say.
+    const auto told = static_cast<std::size_t>(source.status.size);
     std::size_t size = 0;
     do {
         // One byte more shows the end of the file.
-        text.resize(std::max(2 * size, static_cast<std::size_t>(status.size) + 1));
-        size += kaz::detail::readFully(stream.get(), &text[size], text.size() - size);
+        text.resize(std::min(std::max(2 * size, told), sizeLimit) + 1);
+        size += kaz::detail::readFully(source.stream.get(), &text[size], text.size() - size);
+        if (size > sizeLimit)
+            return refuseSize(name);
     } while (size == text.size());
     text.resize(size);
-    return std::ferror(stream.get()) == 0;
+    return std::ferror(source.stream.get()) == 0;
 }
 
 /// A file name as configuration spells it, made explicit and native.
@@ -72,20 +93,20 @@ KazString resolvedName(const char* value) {
     return kazComposePath(TI_myRootDir(), expanded);
 }
 
-Stream openDefaultFile() {
-    Stream stream = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
+Source openDefaultFile() {
+    Source source = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
     for (const char* name : {"ToolInfo.W32NTX86", "ToolInfo"}) {
-        if (stream)
+        if (source)
             break;
-        stream = openAndRemember(kazComposePath(TI_myRootDir(), name));
+        source = openAndRemember(kazComposePath(TI_myRootDir(), name));
     }
-    return stream;
+    return source;
 }
 
-Stream openFirstFile() {
+Source openFirstFile() {
     if (rememberedName())
-        if (Stream stream = openFile(rememberedName()))
-            return stream;
+        if (Source source = openFile(rememberedName()))
+            return source;
     for (const char* variable : {"ToolInfo", "TOOLINFO"}) {
         if (const char* value = kaz::host::environment(variable)) {
             // Remembered even if it does not open: it is what the user asked for.
@@ -111,11 +132,6 @@ KazString localeInForce() {
     return KazString(name != nullptr ? name : std::setlocale(LC_CTYPE, nullptr));
 }
 
-/// One file under two spellings is one file.
-bool isSameFile(const KazString& a, const KazString& b) {
-    return a == b || kazFullPath(a) == kazFullPath(b);
-}
-
 /// Reads the files that the table's "ToolInfo" leads to, and appends their names.
 /// Earlier definitions win.
 void followChain(ToolInfoTable& table, std::vector<KazString>& names) {
@@ -125,7 +141,8 @@ void followChain(ToolInfoTable& table, std::vector<KazString>& names) {
             return;
         const KazString name = resolvedName(next);
         const bool known = std::any_of(names.begin(), names.end(), [&name](const KazString& read) {
-            return isSameFile(read, name);
+            // One file under two spellings is one file.
+            return read == name || kaz::host::sameFile(read, name);
         });
         if (known)
             return;
@@ -152,9 +169,9 @@ void readFiles() {
     const KazString locale = localeInForce();
     ToolInfoState& state = ToolInfoState::instance();
     ToolInfoTable& table = state.table;
-    const Stream stream(_TI_Cfile());
+    const Source source = openFirstFile(); // which finds the name
     std::string text;
-    if (!readAll(stream, state.name, text)) {
+    if (!readAll(source, state.name, text)) {
         reportNoFile();
         return;
     }
@@ -209,7 +226,7 @@ bool TI_V_set_overwrite(bool overwrite) {
 }
 
 std::FILE* _TI_Cfile() {
-    return openFirstFile().release();
+    return openFirstFile().stream.release();
 }
 
 int TI_Name(char* out) {

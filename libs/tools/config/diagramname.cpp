@@ -143,7 +143,7 @@ char* edit_make_name() {
         return name;
     kaz_diag_strcpy(diagram.data(), diagram.c_str());
 
-    KazString whole = kaz_env_system_dir();
+    KazString whole = kaz::detail::systemDir();
     const KazToolsContext* context = KazToolsContext::getInstance();
     if (context != nullptr && context->getFilestoreDir())
         appendPart(whole, context->getFilestoreDir());

@@ -111,6 +111,10 @@ std::FILE* openSysFile(const char* subdirectory, const char* name, const char* m
 
 } // namespace
 
+KazString kaz::detail::systemDir() {
+    return _TI_hm(kaz_env_system_dir());
+}
+
 int kazGetDbOpen() {
     const KazToolsContext* context = KazToolsContext::getInstance();
     return context != nullptr ? context->getDbOpen() : 0;
@@ -183,18 +187,19 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
 
 unsigned long kaz_fs_file_umask(const char* path) {
     kaz::host::FileStatus status;
-    if (kaz::host::status(orEmpty(path), status) != 0)
+    if (kaz::host::status(_TI_hm(path), status) != 0)
         return kaz::host::fileMask();
     return status.mode ^ 0666U;
 }
 
 unsigned long kaz_fs_system_umask() {
-    return kaz_fs_file_umask(kazComposePath(kaz_env_system_dir(), ".sys_file_mode"));
+    return kaz_fs_file_umask(kazComposePath(kaz::detail::systemDir(), ".sys_file_mode"));
 }
 
 std::FILE* kaz_fs_system_umask_fopen(const char* path, const char* mode) {
     const ScopedMask mask(kaz_fs_system_umask());
-    return TI_fopen(path, mode);
+    // A copy, because the expansion of another path takes its place.
+    return TI_fopen(KazString(_TI_hm(path)), mode);
 }
 
 std::FILE* kaz_fs_open_sys_file(char* name, char* mode) {

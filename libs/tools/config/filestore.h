@@ -52,15 +52,17 @@ KAZ_API char* kaz_fs_filestore_path();
 KAZ_API int kaz_fs_cat_dir(char* dir, const char* end, const char* sub);
 
 /// The file-creation mask that the file @p path stands for: its nine permission
-/// bits exclusive-or 0666. The process's mask when @p path cannot be examined.
+/// bits exclusive-or 0666. A leading "~" is the home directory. The process's mask
+/// when @p path cannot be examined.
 KAZ_API unsigned long kaz_fs_file_umask(const char* path);
 
 /// The mask of the file ".sys_file_mode" in the system directory: by its own
 /// permissions it says which ones new files of the system get.
 KAZ_API unsigned long kaz_fs_system_umask();
 
-/// Opens a file under the mask of kaz_fs_system_umask; the process's mask is then
-/// what it was. The caller closes; null, with errno set, when it does not open.
+/// Opens a file under the mask of kaz_fs_system_umask; a leading "~" in @p path is
+/// the home directory, as in a system directory. The process's mask is then what it
+/// was. The caller closes; null, with errno set, when it does not open.
 KAZ_API std::FILE* kaz_fs_system_umask_fopen(const char* path, const char* mode);
 
 /// Opens the file @p name of the system directory, or of the filestore directory
@@ -123,8 +125,8 @@ enum edit_name_check_enum {
 /// diagram name.
 KAZ_API int edit_name_is_legal(int checks, int report);
 
-/// The file name of the current diagram: system directory, filestore directory,
-/// and the diagram name (with kaz_diag_strcpy's replacements), a "." and the
+/// The file name of the current diagram: system directory ("~" expanded), filestore
+/// directory, and the diagram name (with kaz_diag_strcpy's replacements), a "." and the
 /// revision when there is one; "" without a diagram name. Makes nothing.
 ///
 /// A revision that is empty or of more than 71 characters is reported and cut to

@@ -1,5 +1,5 @@
 #include "tools/config/toolinfo.h"
-#include "tools/files/kazpath.h"
+#include "tools/files/path_text.h"
 #include "tools/platform/host.h"
 #include "tools/util/text.h"
 

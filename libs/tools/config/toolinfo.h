@@ -128,7 +128,8 @@ KAZ_API const char* kazGetUserHomeDir();
 KAZ_API void TI_userdir(char* buffer, int size);
 
 /// Opens the ToolInfo file for reading and remembers its name; the caller closes
-/// the stream. Tried in order: the name remembered from an earlier search; then,
+/// the stream, whose reading never waits. Only a regular file, links followed,
+/// is one. Tried in order: the name remembered from an earlier search; then,
 /// when the environment variable "ToolInfo", or else "TOOLINFO", is set, only the
 /// file named there (a name that is not explicit lies below the installation
 /// root); otherwise "~\ToolInfo", and "ToolInfo.W32NTX86" and "ToolInfo" in the

@@ -5,6 +5,7 @@
 #include "tools/config/toolinfo.h"
 #include "tools/containers/KazArrayPtr.h"
 #include "tools/platform/processor/vector.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/memory.h"
 #include "tools/util/text.h"
 
@@ -50,10 +51,7 @@ void* panickingRealloc(void* block, std::size_t size, const char* function) {
     return result;
 }
 
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
-using HeapText = std::unique_ptr<char, Free>;
+using HeapText = kaz::detail::HeapPtr<char>;
 
 /// The characters of an expansion, in a block that one expansion leaves to the
 /// next. An expansion inside a lookup function finds no block and makes one.

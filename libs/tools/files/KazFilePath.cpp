@@ -6,11 +6,12 @@
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
+#include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace host = kaz::host;
@@ -18,10 +19,6 @@ using kaz::detail::textOf;
 using kaz::detail::toText;
 
 namespace {
-
-struct Free {
-    void operator()(char* text) const { std::free(text); }
-};
 
 std::string_view withoutBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
@@ -47,11 +44,25 @@ KazString withHome(const char* path) {
     return kazNormalizedPath(_TI_hm(path));
 }
 
-KazString expanded(const KazString& dir) {
+/// The directories that an entry stands for: a variable in it may hold a list.
+std::vector<KazString> expanded(const KazString& entry) {
     char* text = nullptr;
-    vstring_sub(dir.getValue(), &text);
-    const std::unique_ptr<char, Free> owned(text);
-    return withHome(text);
+    vstring_sub(entry.getValue(), &text);
+    const kaz::detail::HeapPtr<char> owned(text);
+    std::vector<KazString> dirs = split(text);
+    for (KazString& dir : dirs)
+        dir = withHome(dir.getValue());
+    return dirs;
+}
+
+KazString joined(const std::vector<KazString>& dirs) {
+    KazString text;
+    for (const KazString& dir : dirs) {
+        if (!text.isEmpty())
+            text.append(';');
+        text.append(dir);
+    }
+    return text;
 }
 
 bool isThere(const KazString& path, bool directory) {
@@ -60,13 +71,14 @@ bool isThere(const KazString& path, bool directory) {
            (info.kind == host::Kind::directory) == directory;
 }
 
-bool contains(const KazStringColl& found, int from, const KazString& path) {
-    for (int i = from; i < found.getSize(); ++i) {
-        if (found[i] == path)
-            return true;
-    }
-    return false;
-}
+/// Texts that have been met.
+class Seen {
+public:
+    bool isNew(const KazString& text) { return texts_.insert(text.getValue()).second; }
+
+private:
+    std::unordered_set<std::string> texts_;
+};
 
 /// Calls @p visit with each path that @p name can mean until it returns true.
 template <typename Visit>
@@ -77,12 +89,12 @@ void eachCandidate(const KazFilePath& path, const char* name, Visit visit) {
         visit(withHome(name));
         return;
     }
-    for (int i = 0; i < path.getSize(); ++i) {
-        // Nothing but an unknown variable does not mean the current directory.
-        const KazString dir = path.getExpandedDir(i);
-        if (!dir.isEmpty() && visit(kazComposePath(dir.getValue(), name)))
-            return;
-    }
+    // Nothing but an unknown variable does not mean the current directory: it gives
+    // no entry.
+    for (int i = 0; i < path.getSize(); ++i)
+        for (const KazString& dir : expanded(path.getDir(i)))
+            if (visit(kazComposePath(dir.getValue(), name)))
+                return;
 }
 
 KazString firstCandidate(const KazFilePath& path, const char* name, bool directory) {
@@ -138,8 +150,7 @@ KazString KazFilePath::getDir(int index) const {
 }
 
 KazString KazFilePath::getExpandedDir(int index) const {
-    return index >= 0 && index < getSize() ? expanded(dirs_[static_cast<std::size_t>(index)])
-                                           : KazString();
+    return joined(expanded(getDir(index)));
 }
 
 bool KazFilePath::contains(const char* dir) const {
@@ -149,13 +160,7 @@ bool KazFilePath::contains(const char* dir) const {
 }
 
 KazString KazFilePath::getText() const {
-    KazString text;
-    for (const KazString& dir : dirs_) {
-        if (!text.isEmpty())
-            text.append(';');
-        text.append(dir);
-    }
-    return text;
+    return joined(dirs_);
 }
 
 KazString KazFilePath::find(const char* name) const {
@@ -168,8 +173,9 @@ KazString KazFilePath::findDirectory(const char* name) const {
 
 int KazFilePath::findAll(const char* name, KazStringColl& found) const {
     const int before = found.getSize();
+    Seen paths;
     eachCandidate(*this, name, [&](const KazString& candidate) {
-        if (isThere(candidate, false) && !::contains(found, before, candidate))
+        if (isThere(candidate, false) && paths.isNew(candidate))
             found.add(candidate);
         return false;
     });
@@ -178,16 +184,14 @@ int KazFilePath::findAll(const char* name, KazStringColl& found) const {
 
 int KazFilePath::findMatching(const char* pattern, KazStringColl& found) const {
     const int before = found.getSize();
-    KazStringColl names;
+    Seen names;
     eachCandidate(*this, pattern, [&](const KazString& candidate) {
         KazStringColl entries;
         read_a_dir(candidate.getValue(), entries);
         for (int i = 0; i < entries.getSize(); ++i) {
             const KazString name = entries[i].subStringFrom(entries[i].findLast('\\') + 1);
-            if (::contains(names, 0, name) || !isThere(entries[i], false))
-                continue;
-            names.add(name);
-            found.add(entries[i]);
+            if (isThere(entries[i], false) && names.isNew(name))
+                found.add(entries[i]);
         }
         return false;
     });

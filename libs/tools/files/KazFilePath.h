@@ -15,9 +15,10 @@
 ///
 /// Entries are kept as written, without blanks around them; empty entries are
 /// dropped. They are expanded when they are used, so that a variable that is
-/// defined later counts: first "${...}" (vstring_sub), then a leading "~"
-/// (_TI_hm). An entry that names no directory, or expands to nothing, is simply
-/// one where nothing is found. Null texts count as "". Copies are independent.
+/// defined later counts: first "${...}" (vstring_sub; a value that is a list of
+/// directories gives each of them), then a leading "~" (_TI_hm). An entry that names no directory,
+/// or expands to nothing, is simply one where nothing is found. Null texts count as "". Copies are
+/// independent.
 class KAZ_API KazFilePath {
 public:
     KazFilePath() = default;
@@ -38,7 +39,8 @@ public:
     bool isEmpty() const;
     /// Entry @p index as written; "" outside 0 to getSize() - 1.
     KazString getDir(int index) const;
-    /// Entry @p index expanded and normalised; "" outside the range.
+    /// Entry @p index expanded and normalised, with ";" between the directories
+    /// when it stands for several; "" outside the range.
     KazString getExpandedDir(int index) const;
     /// Is @p dir an entry, as paths compare (kazFilenameCompare)?
     bool contains(const char* dir) const;
@@ -57,7 +59,8 @@ public:
     int findAll(const char* name, KazStringColl& found) const;
     /// Appends every file that matches the wildcard, "*" and "?", in any of the
     /// directories; of several with one name only the first, which find() would
-    /// give. @return how many were appended.
+    /// give. @return how many were appended. Linear time in the number of entries
+    /// of these directories.
     int findMatching(const char* pattern, KazStringColl& found) const;
 
 private:

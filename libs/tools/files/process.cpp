@@ -1,18 +1,19 @@
 #include "tools/files/process.h"
 
-#include "tools/app/KazEditorsBase.h"
 #include "tools/files/detail/text.h"
-#include "tools/files/kazpath.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace host = kaz::host;
@@ -21,10 +22,7 @@ using kaz::detail::toText;
 
 namespace {
 
-struct Free {
-    void operator()(void* block) const { std::free(block); }
-};
-using HeapText = std::unique_ptr<char, Free>;
+using HeapText = kaz::detail::HeapPtr<char>;
 using Words = std::vector<HeapText>;
 
 /// False for a quote that is not closed.
@@ -94,6 +92,16 @@ private:
     std::string line_;
 };
 
+/// Would a shell take the plain @p word for something else where a line begins: an
+/// assignment, or a word of its language?
+bool hasMeaningInFront(std::string_view word) {
+    static constexpr std::string_view keywords[] = {
+        "case",     "coproc", "do", "done",   "elif", "else", "esac",  "fi",   "for",
+        "function", "if",     "in", "select", "then", "time", "until", "while"};
+    return word.find('=') != word.npos ||
+           std::find(std::begin(keywords), std::end(keywords), word) != std::end(keywords);
+}
+
 int statusOf(const host::Completion& ended, int* signal) {
     if (signal != nullptr)
         *signal = ended.signal;
@@ -104,22 +112,6 @@ int statusOf(const host::Completion& ended, int* signal) {
 
 int TI_putenv(const char* name, const char* value) {
     return name != nullptr ? host::setEnvironment(name, textOf(value)) : -1;
-}
-
-const char* TI_cprogname(const char* editor) {
-    static KazString program;
-    const KazString command = KazEditorsBase::getInstance()->getCreationCommand(editor);
-    // A command that is just the name is a name, blanks and all.
-    KazString first = command;
-    if (command != editor) {
-        const char* text = command.getValue();
-        char* word = nullptr;
-        next_word(&text, &word);
-        const HeapText owned(word);
-        first = word;
-    }
-    program = kazLastFileComponent(first.getValue());
-    return program.getValue();
 }
 
 int str_to_argv(const char* text, char*** argv) {
@@ -136,7 +128,12 @@ KazString argv_to_str(int argc, const char* const* argv) {
     for (int i = 0; argv != nullptr && i < argc && argv[i] != nullptr; ++i) {
         if (i > 0)
             line += ' ';
-        line += HeapText(quote_word(argv[i])).get();
+        const HeapText word(quote_word(argv[i]));
+        const bool onlyPlain = i == 0 && !word_needs_quotes(argv[i]);
+        if (onlyPlain && hasMeaningInFront(argv[i]))
+            line.append(1, '"').append(argv[i]).append(1, '"');
+        else
+            line += word.get();
     }
     return toText(line);
 }

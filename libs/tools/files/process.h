@@ -10,10 +10,8 @@
 /// empty or holds "=".
 KAZ_API int TI_putenv(const char* name, const char* value);
 
-/// The program name of an editor, without a directory: the last component of the
-/// program in the command that creates the editor (KazEditorsBase); a command
-/// that is the editor's name itself is taken whole, blanks included. Null or an
-/// empty name gives "". The result lives until the next call.
+/// Belongs to tools/app/editors.h, which says what it does. Declared here for
+/// one more release.
 KAZ_API const char* TI_cprogname(const char* editor);
 
 /// Splits a command line into words as a POSIX shell reads them: blanks, tabs
@@ -27,8 +25,9 @@ KAZ_API const char* TI_cprogname(const char* editor);
 KAZ_API int str_to_argv(const char* text, char*** argv);
 
 /// The inverse: one line from which str_to_argv, or a POSIX shell, reads exactly
-/// these words. Words that need it are put in quotes. A null word ends the
-/// vector early; a null @p argv gives "".
+/// these words and runs the first one. Words that need it are put in quotes; so is
+/// a first word that a shell would take for an assignment or a keyword. A null word
+/// ends the vector early; a null @p argv gives "".
 KAZ_API KazString argv_to_str(int argc, const char* const* argv);
 
 /// Has the host's command interpreter run one command, waits for it, and shows

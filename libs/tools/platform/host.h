@@ -18,8 +18,10 @@
 /// - Nothing here prints.
 #pragma once
 
+#include "tools/platform/host_identity.h"
 #include "tools/platform/host_process.h"
 #include "tools/platform/host_random.h"
+#include "tools/platform/host_reading.h"
 #include "tools/platform/host_terminal.h"
 
 #include <cstddef>

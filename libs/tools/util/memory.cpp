@@ -1,6 +1,5 @@
 #include "tools/util/memory.h"
 
-#include "tools/app/KazApp.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/util/detail/panic.h"
 
@@ -8,14 +7,15 @@
 #include <cstdlib>
 
 void memory_panic(const char* functionName) {
-    const KazApp* app = KazApp::getInstance();
-    if (app != nullptr && app->getDebugFlag())
+    if (kaz::detail::isDebugged != nullptr && kaz::detail::isDebugged())
         std::fprintf(stderr, "Memory allocation failed in function '%s', exiting.\n",
                      functionName != nullptr ? functionName : "(null)");
     throw KazMemoryException();
 }
 
 namespace kaz::detail {
+
+constinit bool (*isDebugged)() = nullptr;
 
 void* allocateOrPanic(std::size_t size, const char* functionName) {
     return reallocateOrPanic(nullptr, size, functionName);

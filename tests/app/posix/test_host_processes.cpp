@@ -27,6 +27,17 @@ TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
     }
 }
 
+TEST(Process, AForkedChildDeletesItsOwnFilesOnly) {
+    kit::TempTree tree;
+    for (const bool childHasOne : {false, true}) {
+        std::vector<std::string> line = {"fork_tool", tree.write("parents", "")};
+        if (childHasOne)
+            line.push_back(tree.write("childs", ""));
+        EXPECT_EQ(kit::run(line).out, childHasOne ? "10" : "1");
+        EXPECT_FALSE(tree.exists("parents") || tree.exists("childs"));
+    }
+}
+
 /// Its std::cout throws when it cannot write.
 TEST(Process, TemporaryFilesGoAlthoughNothingCanBePrinted) {
     kit::TempTree tree;

@@ -8,9 +8,15 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -82,6 +88,53 @@ TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
     }
     EXPECT_GT(lines, 0);
     EXPECT_EQ(definitions, lines);
+}
+
+/// A source that is sparse, so that nobody has to write it.
+TEST(HostileEnvironment, WhatNeverEndsIsRefused) {
+    const kit::TempTree tree;
+    const std::string large = tree.write("large", "a=1\n");
+    ASSERT_EQ(::truncate(large.c_str(), 300 << 20), 0);
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+    const std::string refused = " holds more than 256 MiB and is not read\n";
+    kit::Result result = kit::run({"moxinfo", "-file", large, "b"}, options);
+    EXPECT_EQ(result.err, tree.native("large") + refused + "moxinfo: cannot read " + large + "\n");
+    EXPECT_EQ(result.status, 1);
+    result = kit::run({"moxmsg", "-source", large}, options);
+    EXPECT_EQ(result.err, large + ": cannot be read: File too large\n");
+    options.env["ToolInfo"] = large;
+    EXPECT_EQ(kit::run({"moxinfo", "b"}, options).err,
+              tree.native("large") + refused + cannotOpen(large));
+    options.timeoutSeconds = 20;
+    for (const char* silent : {"/proc/kmsg", "/dev/tty", "/dev/zero", "/dev/ptmx"}) {
+        options.env["ToolInfo"] = silent;
+        EXPECT_EQ(kit::run({"moxinfo", "b"}, options).err, cannotOpen(silent));
+    }
+}
+
+/// A file and a pipe without a writer that take each other's place all the time.
+TEST(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
+    const kit::TempTree tree;
+    const std::string file = tree.write("file", "a=1\n"), pipe = tree.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const kit::ScopedEnv toolInfo("ToolInfo", tree.write("ToolInfo", "").c_str());
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20);
+        for (;;)
+            ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE);
+    }
+    ::alarm(20);
+    int read = 0, tries = 0;
+    while (tries < 3000 || read == 0 || read == tries) {
+        read += TI_V_user_file(file.c_str(), true) == 0;
+        ++tries;
+    }
+    ::alarm(0);
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_STREQ(TI_Vcont("a"), "1");
 }
 
 TEST(HostileEnvironment, TheSearchPathKeepsAllThatItHeld) {

@@ -1,4 +1,5 @@
 // File helpers where the host has links, permissions and one root.
+#include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 
 #include "files/tree.h"
@@ -10,6 +11,7 @@
 #include <set>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -53,6 +55,25 @@ TEST(HostFiles, ListingStaysInTheDirectory) {
     EXPECT_EQ(listed("b*"), Names{});
     EXPECT_EQ(listed("??"), (Names{"..", "\xff\xfe"}));
     fs::current_path(before);
+}
+
+/// A pipe under the probe's name, which nobody writes to.
+TEST(HostFiles, TwoDirectoriesAreComparedWithoutWaiting) {
+    const kit::TempTree tree;
+    tree.mkdir("one");
+    tree.mkdir("two");
+    const std::string probe = "/_tmp" + std::to_string(::getpid());
+    const std::string pipe = tree.path("two") + probe;
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    ::alarm(20);
+    const auto compare = [&](const char* a, const char* b) {
+        return kazSamePathName(tree.native(a).c_str(), tree.native(b).c_str());
+    };
+    EXPECT_EQ(compare("one", "two"), 1); // it could be read
+    EXPECT_EQ(compare("two", "one"), 0);
+    ::alarm(0);
+    EXPECT_TRUE(fs::is_empty(tree.path("one")));
+    EXPECT_TRUE(fs::is_fifo(pipe));
 }
 
 TEST(HostFiles, CopyKeepsPermissions) {

@@ -26,6 +26,24 @@ using words::join;
 using words::split;
 using words::Words;
 
+/// Nothing that a line begins with is taken for the shell's own: there is no such
+/// command.
+TEST(Words, TheFirstOneIsACommand) {
+    for (const char* first : {"if", "while", "for", "case", "until", "{", "!", "time", "function",
+                              "select", "coproc", "do", "then", "esac", "[[", "A=b", "=", "a+=b"}) {
+        const Words words = {first, "in x; then"};
+        EXPECT_EQ(split(join(words)), words);
+        const std::string line = "PATH=/nowhere; " + join(words) + " 2>/dev/null";
+        for (const std::string shell : {"sh", "bash"}) {
+            KazString output;
+            EXPECT_EQ(shell_cmd_output(("/bin/" + shell + " -c " + join({line})).c_str(), output),
+                      127)
+                << shell << ": " << line;
+        }
+    }
+    EXPECT_EQ(join({"a", "if", "b=c"}), "a if b=c");
+}
+
 TEST(Words, ReadAsAShellDoes) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed());

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/strings/KazString.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,15 +11,15 @@
 
 namespace kaz::detail {
 
-inline const char* orEmpty(const char* text) {
-    return text != nullptr ? text : "";
-}
-
 /// A project directory as it is meant: a "~" that a shell was kept from expanding
 /// arrives with a backslash in front.
 inline const char* withoutTildeEscape(const char* dir) {
     return std::strncmp(dir, "\\~", 2) == 0 ? dir + 1 : dir;
 }
+
+/// The directory of the current system, a leading "~" expanded: whatever is done to
+/// it or in it means this one.
+KazString systemDir();
 
 /// Copies as much of @p text as fits with its terminator into @p size characters,
 /// one at least. They may overlap.

@@ -4,6 +4,7 @@
 
 #include "tools/strings/KazString.h"
 #include "tools/strings/detail/Block.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -16,9 +17,9 @@ inline bool isSeparator(char c) {
     return c == '\\' || c == '/';
 }
 
-/// Null counts as "".
+/// The same as orEmpty.
 inline const char* textOf(const char* text) {
-    return text != nullptr ? text : "";
+    return orEmpty(text);
 }
 
 /// The string that owns @p block, which nobody else does.

@@ -7,6 +7,10 @@
 
 namespace kaz::detail {
 
+/// Tells whether memory_panic() shall name the function; null while there has been
+/// nobody who could tell. Application objects install it.
+extern bool (*isDebugged)();
+
 /// @p size bytes from malloc, at least one. When there are none, calls
 /// memory_panic(@p functionName). Release with std::free.
 void* allocateOrPanic(std::size_t size, const char* functionName);
