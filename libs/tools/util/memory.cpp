@@ -15,7 +15,7 @@ void memory_panic(const char* functionName) {
 
 namespace kaz::detail {
 
-constinit bool (*isDebugged)() = nullptr;
+constinit DebugQuestion isDebugged = nullptr;
 
 void* allocateOrPanic(std::size_t size, const char* functionName) {
     return reallocateOrPanic(nullptr, size, functionName);

@@ -9,7 +9,8 @@ namespace kaz::detail {
 
 /// Tells whether memory_panic() shall name the function; null while there has been
 /// nobody who could tell. Application objects install it.
-extern bool (*isDebugged)();
+using DebugQuestion = bool (*)();
+extern DebugQuestion isDebugged;
 
 /// @p size bytes from malloc, at least one. When there are none, calls
 /// memory_panic(@p functionName). Release with std::free.
