@@ -47,6 +47,10 @@ struct Model {
     std::map<int, Texts> values;
     Texts untagged;
     Texts messages;
+    KazArgProblem::Kind problem = KazArgProblem::none;
+    int problemType = -1;
+    std::size_t problemPosition = 0;             ///< in argv
+    std::map<std::size_t, std::string> meanings; ///< by position in argv
 
     const Texts& of(int type) const {
         static const Texts none;
@@ -54,24 +58,41 @@ struct Model {
         return found != values.end() ? found->second : none;
     }
 
+    bool refuse(KazArgProblem::Kind kind, int type, std::size_t position) {
+        problem = kind;
+        problemType = type;
+        problemPosition = position;
+        return false;
+    }
+
     bool parse(const Texts& line, const Types& required, const Types& optional, int minUntagged) {
         Types seen;
+        meanings.clear();
+        problem = KazArgProblem::none;
         for (std::size_t i = 0; i < line.size(); ++i) {
             if (!line[i].starts_with('-')) {
+                meanings[i + 1] = "argument " + std::to_string(untagged.size());
                 untagged.push_back(line[i]);
                 continue;
             }
             const OptionRow* row = selectRow(rows(), line[i]);
-            if (!row || (!required.count(row->type) && !optional.count(row->type)))
-                return false;
+            if (!row)
+                return refuse(KazArgProblem::unknownOption, -1, i + 1);
+            if (!required.count(row->type) && !optional.count(row->type))
+                return refuse(KazArgProblem::unlistedOption, row->type, i + 1);
             seen.insert(row->type);
-            if (values.count(row->type) && row->repeats <= 1)
+            const bool repeated = values.count(row->type) && row->repeats <= 1;
+            meanings[i + 1] = (repeated ? "repetition " : "option ") + row->text;
+            if (repeated)
                 messages.push_back(row->text + " repeated on command line, using first value\n");
             else if (!store(*row, line, i))
                 return false;
         }
-        return std::includes(seen.begin(), seen.end(), required.begin(), required.end()) &&
-               static_cast<int>(untagged.size()) >= minUntagged;
+        for (const int type : required)
+            if (!seen.count(type))
+                return refuse(KazArgProblem::requiredMissing, type, 0);
+        return static_cast<int>(untagged.size()) >= minUntagged ||
+               refuse(KazArgProblem::argumentsMissing, -1, 0);
     }
 
     bool store(const OptionRow& row, const Texts& line, std::size_t& i) {
@@ -82,7 +103,7 @@ struct Model {
             return true;
         }
         if (i + static_cast<std::size_t>(row.values) >= line.size())
-            return false;
+            return refuse(KazArgProblem::valuesMissing, row.type, i + 1);
         if (row.values == 0) {
             values[row.type].push_back("1");
             return true;
@@ -91,10 +112,11 @@ struct Model {
         if (row.repeats > 1 && values.count(row.type) && values[row.type].size() >= most) {
             messages.push_back(row.text + " argument repeated more than " +
                                std::to_string(row.repeats) + " times on command line\n");
-            return false;
+            return refuse(KazArgProblem::tooOften, row.type, i + 1);
         }
         for (int n = 0; n < row.values; ++n) {
             ++i;
+            meanings[i + 1] = "value " + std::to_string(n) + " of " + row.text;
             values[row.type].push_back(row.text == "-Command" ? decoded(line[i]) : line[i]);
         }
         return true;
@@ -158,6 +180,40 @@ std::vector<arg_type_enum> asList(const Types& types) {
     return list;
 }
 
+std::string spelled(const KazArgMeaning& meaning) {
+    const std::string text = meaning.row ? meaning.row->text : "";
+    switch (meaning.kind) {
+    case KazArgMeaning::option:
+        return "option " + text;
+    case KazArgMeaning::repetition:
+        return "repetition " + text;
+    case KazArgMeaning::value:
+        return "value " + std::to_string(meaning.item) + " of " + text;
+    case KazArgMeaning::argument:
+        return "argument " + std::to_string(meaning.item);
+    default:
+        return "";
+    }
+}
+
+/// Why the line was refused, and what each word of it was read as.
+void compareRecords(const KazParsedArgs& args, const Model& model, const Texts& line) {
+    const KazArgProblem problem = args.getProblem();
+    FUZZ_CHECK(problem.kind == model.problem);
+    if (problem.kind != KazArgProblem::none) {
+        FUZZ_CHECK((problem.row ? problem.row->type : -1) == model.problemType);
+        FUZZ_CHECK(problem.position == static_cast<int>(model.problemPosition));
+        const bool hasWord = problem.position > 0 && problem.row;
+        FUZZ_CHECK(problem.isAbbreviated == (hasWord && line[model.problemPosition - 1].size() <
+                                                            std::string(problem.row->text).size()));
+    }
+    for (int i = -1; i <= static_cast<int>(line.size()) + 1; ++i) {
+        const auto found = model.meanings.find(static_cast<std::size_t>(i));
+        FUZZ_CHECK(spelled(args.getMeaning(i)) ==
+                   (found != model.meanings.end() ? found->second : ""));
+    }
+}
+
 void parseOnce(fuzz::Input& input, KazParsedArgs& args, Model& model) {
     Texts line;
     for (int n = input.between(0, 15); n > 0; --n)
@@ -175,6 +231,7 @@ void parseOnce(fuzz::Input& input, KazParsedArgs& args, Model& model) {
     const bool accepted = args.parse(words.argc(), words.argv(), asList(required).data(),
                                      asList(optional).data(), minUntagged);
     FUZZ_CHECK(accepted == model.parse(line, required, optional, minUntagged));
+    compareRecords(args, model, line);
 }
 
 const char fallback[] = "fallback";

@@ -1,10 +1,11 @@
 #include "common/CommandLine.h"
 
+#include "tools/app/KazApp.h"
+#include "tools/app/KazParsedArgs.h"
 #include "tools/app/arguments.h"
 #include "tools/messages/messages.h"
 
 #include <algorithm>
-#include <set>
 #include <vector>
 
 namespace {
@@ -35,7 +36,11 @@ bool CommandLine::parse(int argc, char** argv) const {
     optional.push_back(arg_end);
     if (kaz_arg_parse(argc, argv, required.data(), optional.data(), minArguments, false))
         return true;
-    complain(problemOf(argc, argv));
+    const KazParsedArgs& args = *KazApp::getInstance()->getParsedArgs();
+    const KazArgProblem::Kind kind = args.getProblem().kind;
+    const bool isMissing =
+        kind == KazArgProblem::requiredMissing || kind == KazArgProblem::argumentsMissing;
+    complain(problemOf(args, argv) + (isMissing ? swallowedOptions(args, argc, argv) : ""));
     return false;
 }
 
@@ -49,34 +54,46 @@ const CommandLine::Option* CommandLine::find(arg_type_enum type) const {
     return found != options.end() ? &*found : nullptr;
 }
 
-/// Walks the arguments as the parser does, which itself only says that it failed.
-std::string CommandLine::problemOf(int argc, char** argv) const {
-    std::set<arg_type_enum> seen;
-    int plain = 0;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        if (!argument.starts_with('-')) {
-            ++plain;
-            continue;
-        }
-        const KazArgDescription* row = KazArgDescription::match(argv[i]);
-        if (row == nullptr)
-            return "unknown option " + argument;
-        if (find(row->type) == nullptr)
-            return std::string("option ") + row->text + " is not for this program";
-        const bool repeated = !seen.insert(row->type).second;
-        if (repeated && row->repeatLimit < 2)
-            continue;
-        if (i + row->valueCount >= argc)
-            return std::string("option ") + row->text + " needs a value";
-        i += row->valueCount;
-    }
-    for (const Option& option : options)
-        if (option.required && seen.count(option.type) == 0)
-            return "option " + withValue(option) + " is missing";
-    if (plain < minArguments)
+std::string CommandLine::problemOf(const KazParsedArgs& args, char** argv) const {
+    const KazArgProblem problem = args.getProblem();
+    const std::string word = problem.position > 0 ? argv[problem.position] : "";
+    const std::string text = problem.row != nullptr ? problem.row->text : "";
+    switch (problem.kind) {
+    case KazArgProblem::unknownOption:
+        return "unknown option " + word;
+    case KazArgProblem::unlistedOption:
+        return problem.isAbbreviated ? word + " means " + text + ", which is not for this program"
+                                     : "option " + text + " is not for this program";
+    case KazArgProblem::valuesMissing:
+        return "option " + text +
+               (problem.row->valueCount == 1
+                    ? " needs a value"
+                    : " needs " + std::to_string(problem.row->valueCount) + " values");
+    case KazArgProblem::tooOften:
+        return "option " + text + " is given more than " +
+               std::to_string(problem.row->repeatLimit) + " times";
+    case KazArgProblem::requiredMissing:
+        return "option " + withValue(*find(problem.row->type)) + " is missing";
+    case KazArgProblem::argumentsMissing:
         return std::string("arguments are missing: ") + arguments;
+    case KazArgProblem::none:
+        break;
+    }
     return "the command line cannot be used";
+}
+
+/// Whoever has forgotten a value finds the next option in its place. A line for each
+/// word that was read as a value and would be an option of this program.
+std::string CommandLine::swallowedOptions(const KazParsedArgs& args, int argc, char** argv) const {
+    std::string lines;
+    for (int i = 1; i < argc; ++i) {
+        const KazArgMeaning meaning = args.getMeaning(i);
+        const KazArgDescription* row = KazArgDescription::match(argv[i]);
+        if (meaning.kind == KazArgMeaning::value && row != nullptr && find(row->type) != nullptr)
+            lines += std::string("\n") + program + ": note: " + argv[i] +
+                     " was taken as the value of " + meaning.row->text;
+    }
+    return lines;
 }
 
 std::string CommandLine::usage() const {

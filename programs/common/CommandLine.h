@@ -7,6 +7,8 @@
 #include <span>
 #include <string>
 
+class KazParsedArgs;
+
 /// Which of the suite's shared options a program takes, and what its other
 /// arguments are. Parses, and explains what is wrong with a command line.
 ///
@@ -45,7 +47,8 @@ public:
 
 private:
     const Option* find(arg_type_enum type) const;
-    std::string problemOf(int argc, char** argv) const;
+    std::string problemOf(const KazParsedArgs& args, char** argv) const;
+    std::string swallowedOptions(const KazParsedArgs& args, int argc, char** argv) const;
     std::string usage() const;
 
     const char* program;

@@ -70,7 +70,11 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
     makeSystem();
     const std::map<std::vector<std::string>, std::string> lines = {
         {{"-system", "brewery"}, "option -projdir DIR is missing"},
+        {{"-p", "-system", "brewery"},
+         "option -system NAME is missing\nmoxcopy: note: -system was taken as the value of "
+         "-projdir"},
         {{"-p", "plant", "-s"}, "option -system needs a value"},
+        {{"-p", "plant", "-s", "s", "-f", "x"}, "-f means -formats, which is not for this program"},
         {{"-p", "plant", "-s", "s", "-batch"}, "option -batch is not for this program"},
         {{"-p", "-zzz", "-s", "s", "-100%s"}, "unknown option -100%s"},
         {{"-p", "a", "-p", "-zzz"}, "unknown option -zzz"},

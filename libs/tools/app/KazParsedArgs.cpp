@@ -5,10 +5,12 @@
 #include "tools/messages/messages.h"
 #include "tools/strings/KazString.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -52,16 +54,24 @@ const char* missing(const char** defaultText) {
 
 } // namespace
 
+/// What is known of the last line.
+struct KazParsedArgs::Record {
+    KazArgProblem problem;
+    std::vector<KazArgMeaning> meanings; ///< by position
+};
+
 /// The command line being read, and how far.
 struct KazParsedArgs::Line {
     int argc;
     char** argv;
     const arg_type_enum* required;
     TypeSet accepted;
+    std::vector<KazArgMeaning>& meanings;
     TypeSet seen{};
     int position = 1;
 
     const char* current() const { return argv[position]; }
+    void note(KazArgMeaning meaning) { meanings[static_cast<std::size_t>(position)] = meaning; }
     bool holdsValues(int count) const { return count < argc - position; }
 };
 
@@ -73,32 +83,67 @@ KazParsedArgs::~KazParsedArgs() {
     for (int i = 0; i < typeCount; ++i)
         delete values[i];
     delete[] values;
+    delete record;
 }
 
 bool KazParsedArgs::parse(int argc, char** argv, const arg_type_enum* required,
                           const arg_type_enum* optional, int minUntagged) {
-    Line line{argc, argv, required, typesOf(required) | typesOf(optional)};
+    if (record == nullptr)
+        record = new Record;
+    record->problem = {};
+    record->meanings.assign(static_cast<std::size_t>(std::max(argc, 0)), {});
+    Line line{argc, argv, required, typesOf(required) | typesOf(optional), record->meanings};
     for (; line.position < argc; ++line.position) {
         const char* argument = line.current();
         if (argument == nullptr)
             continue;
-        if (argument[0] != '-')
-            append(untagged, argument);
-        else if (!parseOption(line))
-            return false;
+        if (argument[0] == '-') {
+            if (!parseOption(line))
+                return false;
+            continue;
+        }
+        append(untagged, argument);
+        line.note({KazArgMeaning::argument, nullptr, untagged.getSize() - 1});
     }
-    return hasRequiredArguments(line) && untagged.getSize() >= minUntagged;
+    if (!hasRequiredArguments(line))
+        return false;
+    return untagged.getSize() >= minUntagged ||
+           refuse(line, KazArgProblem::argumentsMissing, nullptr);
+}
+
+/// Keeps why the parse fails; the result is that of parse.
+bool KazParsedArgs::refuse(const Line& line, KazArgProblem::Kind kind,
+                           const KazArgDescription* row) {
+    const bool isAtEnd = line.position >= line.argc;
+    const bool isAbbreviated =
+        !isAtEnd && row != nullptr && std::strlen(line.current()) < std::strlen(row->text);
+    record->problem = {kind, row, isAtEnd ? 0 : line.position, isAbbreviated};
+    return false;
+}
+
+KazArgProblem KazParsedArgs::getProblem() const {
+    return record != nullptr ? record->problem : KazArgProblem();
+}
+
+KazArgMeaning KazParsedArgs::getMeaning(int position) const {
+    const auto at = static_cast<std::size_t>(position);
+    const bool isKnown = record != nullptr && position >= 0 && at < record->meanings.size();
+    return isKnown ? record->meanings[at] : KazArgMeaning();
 }
 
 bool KazParsedArgs::parseOption(Line& line) {
     const KazArgDescription* row = KazArgDescription::match(line.current());
-    if (row == nullptr || !isLegalArgument(row->type, line))
-        return false;
+    if (row == nullptr)
+        return refuse(line, KazArgProblem::unknownOption, nullptr);
+    if (!isLegalArgument(row->type, line))
+        return refuse(line, KazArgProblem::unlistedOption, row);
     if (hasValues(row->type) && row->repeatLimit <= 1) {
         // The values of the repetition stay on the line as plain arguments.
+        line.note({KazArgMeaning::repetition, row, 0});
         print_err("%s repeated on command line, using first value\n", row->text);
         return true;
     }
+    line.note({KazArgMeaning::option, row, 0});
     return assignText(*row, line);
 }
 
@@ -108,11 +153,11 @@ bool KazParsedArgs::isLegalArgument(arg_type_enum type, Line& line) const {
     return line.accepted[bit];
 }
 
-bool KazParsedArgs::hasRequiredArguments(const Line& line) const {
+bool KazParsedArgs::hasRequiredArguments(const Line& line) {
     const arg_type_enum* type = line.required;
     for (; type != nullptr && *type != arg_end; ++type)
         if (!isType(*type) || !line.seen[static_cast<std::size_t>(*type)])
-            return false;
+            return refuse(line, KazArgProblem::requiredMissing, KazArgDescription::find(*type));
     return true;
 }
 
@@ -120,7 +165,7 @@ bool KazParsedArgs::assignText(const KazArgDescription& row, Line& line) {
     if (row.isSwitch)
         return assignSwitch(row, line.current());
     if (!line.holdsValues(row.valueCount))
-        return false;
+        return refuse(line, KazArgProblem::valuesMissing, &row);
     if (row.repeatLimit < 2 && row.valueCount == 0) {
         addValue(row.type, "1");
         return true;
@@ -141,11 +186,12 @@ bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
     if (row.repeatLimit >= 2 && stored + row.valueCount > row.valueCount * row.repeatLimit) {
         print_err("%s argument repeated more than %d times on command line\n", row.text,
                   row.repeatLimit);
-        return false;
+        return refuse(line, KazArgProblem::tooOften, &row);
     }
     for (int i = 0; i < row.valueCount; ++i) {
         ++line.position;
         addValue(row.type, line.current());
+        line.note({KazArgMeaning::value, &row, i});
     }
     return true;
 }

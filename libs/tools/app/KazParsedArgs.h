@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/app/KazArgDescription.h"
+#include "tools/app/KazArgProblem.h"
 #include "tools/containers/KazColl.h"
 #include "tools/export.h"
 
@@ -30,9 +31,17 @@ public:
     /// given in this call, and the set holds at least @p minUntagged plain
     /// arguments. An unknown or unwanted option, or one whose values are cut
     /// short, ends the parse at once with false; what was read before it stays.
-    /// Only repetitions are reported, the rest is for the tool to tell.
+    /// Only repetitions are reported, the rest is for the tool to tell; getProblem()
+    /// and getMeaning() know it.
     bool parse(int argc, char** argv, const arg_type_enum* required, const arg_type_enum* optional,
                int minUntagged);
+
+    /// Why the last parse() returned false. Without a problem after one that returned
+    /// true, before the first, and after one that an exception ended.
+    KazArgProblem getProblem() const;
+
+    /// What the last parse() read argv[@p position] as. "Not read" outside the line.
+    KazArgMeaning getMeaning(int position) const;
 
     /// The value at @p index of @p type; "" for an empty one. When the option
     /// was not given or has no such value: @p *defaultText, or null when
@@ -54,9 +63,11 @@ public:
 
 private:
     struct Line;
+    struct Record;
 
+    bool refuse(const Line& line, KazArgProblem::Kind kind, const KazArgDescription* row);
     bool isLegalArgument(arg_type_enum type, Line& line) const;
-    bool hasRequiredArguments(const Line& line) const;
+    bool hasRequiredArguments(const Line& line);
     bool assignText(const KazArgDescription& row, Line& line);
     bool assignSwitch(const KazArgDescription& row, const char* argument);
     bool assignValues(const KazArgDescription& row, Line& line);
@@ -68,4 +79,5 @@ private:
 
     KazColl** values;
     KazColl untagged;
+    Record* record = nullptr; ///< of the last parse; null before the first
 };
