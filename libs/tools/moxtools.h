@@ -48,6 +48,7 @@
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 
+#include "tools/formats/datetime.h"
 #include "tools/formats/encode.h"
 
 #include "tools/messages/KazConsoleProgress.h"

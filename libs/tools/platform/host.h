@@ -23,6 +23,7 @@
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_reading.h"
 #include "tools/platform/host_terminal.h"
+#include "tools/platform/host_time.h"
 
 #include <cstddef>
 #include <cstdint>

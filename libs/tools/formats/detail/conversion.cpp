@@ -1,0 +1,48 @@
+#include "tools/formats/detail/conversion.h"
+
+#include "tools/formats/detail/ascii.h"
+
+#include <algorithm>
+
+namespace kaz::dates {
+
+namespace {
+
+bool readFlag(char c, Conversion& result) {
+    if (c == '-' || c == '_' || c == '0')
+        result.padding = c;
+    else if (c == '^')
+        result.upper = true;
+    else if (c == '#')
+        result.other = true;
+    else
+        return false;
+    return true;
+}
+
+const char* readWidth(const char* at, int& width) {
+    if (isDigit(*at))
+        width = 0;
+    for (; isDigit(*at); ++at)
+        width = std::min(10 * width + (*at - '0'), widestField);
+    return at;
+}
+
+} // namespace
+
+const char* readConversion(const char* text, Conversion& result) {
+    const char* at = text;
+    while (readFlag(*at, result))
+        ++at;
+    at = readWidth(at, result.width);
+    if (*at == 'E' || *at == 'O')
+        ++at;
+    for (; *at == ':'; ++at)
+        ++result.colons;
+    if (*at == '\0' || (result.colons != 0 && (*at != 'z' || result.colons > 3)))
+        return at;
+    result.letter = *at;
+    return at + 1;
+}
+
+} // namespace kaz::dates

@@ -1,0 +1,307 @@
+#include "tools/formats/datetime.h"
+
+#include "tools/config/toolinfo.h"
+
+#include "kit/env.h"
+#include "kit/random.h"
+#include "kit/sweep.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr std::int64_t day = 86400;
+/// Thursday, 12 March 2026, 14:05:09 UTC: days since 1970 are 56 years with 14 leap
+/// days, January, February and eleven days.
+constexpr std::int64_t sample = (56 * 365 + 14 + 31 + 28 + 11) * day + 14 * 3600 + 5 * 60 + 9;
+
+std::string text(std::int64_t moment, const std::string& format, const char* zone = "UTC") {
+    return FmtDate(moment, format.c_str(), zone).getValue();
+}
+
+/// A configuration without dates, and no language of an earlier test.
+class DateTime : public testing::Test {
+protected:
+    void SetUp() override { date_set_language(nullptr); }
+    void TearDown() override {
+        for (const char* name : {"date_format", "time_format", "date_language", "date_order"})
+            TI_Vasg(name, "");
+        date_set_language(nullptr);
+    }
+
+private:
+    kit::TempTree tree_;
+    kit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
+};
+
+TEST_F(DateTime, EveryDayHasItsNames) {
+    // Day by day over the whole range, beside the rule for the length of months.
+    date_parts expected;
+    expected.year = expected.month = expected.day = 1;
+    int weekday = 1; // 1 January 1 was a Monday
+    for (std::int64_t moment = date_min; moment <= date_max; moment += day) {
+        date_parts parts;
+        ASSERT_TRUE(date_split(moment, "Z", &parts));
+        ASSERT_TRUE(parts.year == expected.year && parts.month == expected.month &&
+                    parts.day == expected.day)
+            << moment;
+        ASSERT_EQ(date_weekday(parts.year, parts.month, parts.day), weekday);
+        std::int64_t joined = 0;
+        ASSERT_TRUE(date_join(&parts, &joined) && joined == moment);
+        weekday = (weekday + 1) % 7;
+        const bool isLeap =
+            expected.year % 400 == 0 || (expected.year % 4 == 0 && expected.year % 100 != 0);
+        const int lengths[] = {31, isLeap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+        const int length = date_month_length(expected.year, expected.month);
+        ASSERT_EQ(length, lengths[expected.month - 1]);
+        if (++expected.day > length) {
+            expected.day = 1;
+            expected.year += expected.month / 12;
+            expected.month = expected.month % 12 + 1;
+        }
+    }
+    EXPECT_EQ(date_month_length(2026, 0) + date_month_length(2026, 13), 0);
+    EXPECT_EQ(date_weekday(2026, 2, 29), -1);
+    EXPECT_EQ(date_weekday(-1, 1, 1), -1);
+    EXPECT_EQ(date_weekday(10001, 1, 1), -1);
+}
+
+TEST_F(DateTime, ZonesAreReadByTheirText) {
+    struct Case {
+        const char* zone;
+        int offset;
+    };
+    for (const Case c : {Case{"utc", 0},
+                         {"gmt", 0},
+                         {"z", 0},
+                         {"+02", 7200},
+                         {"-0330", -12600},
+                         {"+23:59", 86340},
+                         {"-23:59", -86340},
+                         {"+00:00", 0}}) {
+        date_parts parts;
+        ASSERT_TRUE(date_split(sample, c.zone, &parts)) << c.zone;
+        EXPECT_EQ(parts.offset, c.offset) << c.zone;
+        std::int64_t joined = 0;
+        EXPECT_TRUE(date_join(&parts, c.zone, &joined) && joined == sample) << c.zone;
+        EXPECT_EQ(date_split(sample, c.zone, nullptr), false);
+    }
+    for (const char* zone : {"Europe/Berlin", "+2", "+24", "+1:00", "+01:60", "+01:0", "02:00", "+",
+                             "+ 1", "UTC+1", "+0000x", "EST", " UTC", "+1a"}) {
+        date_parts parts;
+        std::int64_t seconds = 77;
+        EXPECT_FALSE(date_split(sample, zone, &parts)) << zone;
+        EXPECT_FALSE(date_join(&parts, zone, &seconds)) << zone;
+        EXPECT_EQ(text(sample, "%Y", zone), "") << zone;
+        partime_options options;
+        options.zone = zone;
+        EXPECT_EQ(partime("2026-03-12T14:05Z", &options, nullptr), partime_syntax) << zone;
+        EXPECT_EQ(seconds, 77);
+    }
+}
+
+TEST_F(DateTime, WhatDoesNotExistIsRefused) {
+    date_parts good;
+    ASSERT_TRUE(date_split(sample, "+01:00", &good));
+    struct Change {
+        int date_parts::*field;
+        int value;
+    };
+    std::int64_t seconds = 77;
+    for (const Change change : {Change{&date_parts::month, 0},
+                                {&date_parts::month, 13},
+                                {&date_parts::day, 0},
+                                {&date_parts::day, 32},
+                                {&date_parts::hour, -1},
+                                {&date_parts::hour, 24},
+                                {&date_parts::minute, 60},
+                                {&date_parts::second, 60},
+                                {&date_parts::nanosecond, 1'000'000'000},
+                                {&date_parts::nanosecond, -1},
+                                {&date_parts::year, -1},
+                                {&date_parts::year, 0},
+                                {&date_parts::year, 10001},
+                                {&date_parts::year, INT_MAX},
+                                {&date_parts::month, INT_MIN}}) {
+        date_parts bad = good;
+        bad.*change.field = change.value;
+        EXPECT_FALSE(date_join(&bad, &seconds)) << change.value;
+        EXPECT_FALSE(date_join(&bad, "UTC", &seconds)) << change.value;
+        EXPECT_TRUE(FmtDate(bad, "%Y").isEmpty()) << change.value;
+    }
+    date_parts bad = good;
+    bad.offset = 86341;
+    EXPECT_FALSE(date_join(&bad, &seconds));
+    EXPECT_TRUE(date_join(&bad, "+01:00", &seconds) && seconds == sample);
+    seconds = 77;
+    EXPECT_FALSE(date_join(nullptr, &seconds) || date_join(&good, nullptr));
+    for (const std::int64_t moment : {date_min - 1, date_max + 1, INT64_MIN, INT64_MAX}) {
+        EXPECT_FALSE(date_split(moment, "UTC", &good));
+        EXPECT_EQ(text(moment, "%Y"), "");
+        EXPECT_EQ(text(moment, "%Y", nullptr), "");
+    }
+    EXPECT_EQ(seconds, 77);
+}
+
+TEST_F(DateTime, TheEndsOfTheRangeMayBeShifted) {
+    EXPECT_EQ(text(date_min, "%F %T %G-W%V-%u %C %j %s", "-01:00"),
+              "0000-12-31 23:00:00 0000-W52-7 00 366 -62135596800");
+    EXPECT_EQ(text(date_max, "%FT%T %y %G %C", "+00:01"), "10000-01-01T00:00:59 00 9999 100");
+    date_parts parts;
+    std::int64_t seconds = 0;
+    ASSERT_TRUE(date_split(date_max, "+12", &parts));
+    EXPECT_EQ(parts.year, 10000);
+    EXPECT_TRUE(date_join(&parts, &seconds) && seconds == date_max);
+    parts.offset -= 60;
+    EXPECT_FALSE(date_join(&parts, &seconds));
+}
+
+TEST_F(DateTime, FormatsGoBeyondThoseOfDate) {
+    struct Case {
+        const char* format;
+        const char* expected;
+    };
+    for (const Case c : {
+             Case{"%q %5n|%03t|%%", "1     \n|00\t|%"},
+             {"%5%|%12F|%012F|%10z|%10:z|%-12F", "    %|  2026-03-12|002026-03-12|     +0000|"
+                                                 "    +00:00|2026-03-12"},
+             {"%Ed %OS %EY", "12 09 2026"},
+             // What is not known or not complete stays.
+             {"%", "%"},
+             {"%5", "%5"},
+             {"%-_^", "%-_^"},
+             {"%E", "%E"},
+             {"%Q %5Q %-i %+ %:d %::::z %ä", "%Q %5Q %-i %+ %:d %::::z %ä"},
+             {"%:%d", "%:12"},
+             {"", ""},
+             {"plain ü", "plain ü"},
+             {"@iso", "2026-03-12T14:05:09+00:00"},
+             {"@basic", "20260312T140509+0000"},
+             {"@mail", "Thu, 12 Mar 2026 14:05:09 +0000"},
+             {"@long", "12 March 2026"},
+             {"@long ", "@long "},
+             {"@isO %d", "@isO 12"},
+             {"@", "@"},
+             {"@%s", "@1773324309"},
+         })
+        EXPECT_EQ(text(sample, c.format), c.expected) << c.format;
+    EXPECT_EQ(text(sample, "%Z %z %#Z", "+05:30"), "+05:30 +0530 +05:30");
+    EXPECT_EQ(text(sample, "%Z %#Z", "gmt"), "UTC utc");
+
+    // A width counts up to 255, a format up to 1024 bytes.
+    EXPECT_EQ(text(sample, "%999d").size(), 255U);
+    EXPECT_EQ(text(sample, "%99999999999999999999999d").size(), 255U);
+    EXPECT_EQ(text(sample, std::string(1024, 'x')), std::string(1024, 'x'));
+    EXPECT_EQ(text(sample, std::string(1025, 'x')), "");
+    std::string wide, expected;
+    for (int i = 0; i < 204; ++i) {
+        wide += "%255S";
+        expected += std::string(254, '0') + "9";
+    }
+    EXPECT_EQ(text(sample, wide), expected);
+}
+
+TEST_F(DateTime, PartsAreShownAsTheyAre) {
+    const date_parts parts = {2026, 3, 12, 14, 5, 9, 120'000'000, -12600};
+    EXPECT_EQ(FmtDate(parts, "%T.%N %3N %-3N %12N %_N %Z %:z"),
+              "14:05:09.120000000 120 12 120000000000 12        -03:30 -03:30");
+    EXPECT_EQ(FmtTime(parts, "@iso"), "2026-03-12T14:05:09-03:30");
+    EXPECT_EQ(FmtTime(parts), "14:05:09");
+    EXPECT_EQ(FmtDate(parts), "2026-03-12");
+    int nanosecond = -1;
+    const std::int64_t now = date_now(&nanosecond);
+    EXPECT_TRUE(date_now() - now <= 60 && nanosecond >= 0 && nanosecond < 1'000'000'000);
+}
+
+TEST_F(DateTime, LanguagesFollowTheToolThenTheConfiguration) {
+    struct Case {
+        const char* language;
+        const char* expected;
+    };
+    for (const Case c : {Case{"en", "3 March 2026|03/03/26|Tue Mar  3 14:05:09 2026|MARCH"},
+                         {"de", "3. März 2026|03.03.2026|Di 03 Mär 2026 14:05:09|MäRZ"},
+                         {"es", "3 de marzo de 2026|03/03/2026|mar 03 mar 2026 14:05:09|MARZO"},
+                         {"fr", "3 mars 2026|03/03/2026|mar. 03 mars 2026 14:05:09|MARS"},
+                         {"it", "3 marzo 2026|03/03/2026|mar 03 mar 2026 14:05:09|MARZO"},
+                         {"nl", "3 maart 2026|03-03-2026|di 03 mrt 2026 14:05:09|MAART"}}) {
+        const auto shown = [&] {
+            const std::int64_t tuesday = sample - 9 * day;
+            return text(tuesday, "@long") + "|" + text(tuesday, "%x|%c|%^B");
+        };
+        EXPECT_TRUE(date_set_language(c.language));
+        EXPECT_EQ(shown(), c.expected);
+        EXPECT_STREQ(date_language(), c.language);
+        EXPECT_TRUE(date_set_language(""));
+        TI_Vasg("date_language", c.language);
+        EXPECT_EQ(shown(), c.expected);
+        EXPECT_FALSE(date_set_language("EN") || date_set_language("deu"));
+        EXPECT_STREQ(date_language(), c.language);
+        EXPECT_EQ(text(sample, "@mail"), "Thu, 12 Mar 2026 14:05:09 +0000");
+    }
+    TI_Vasg("date_language", "tlh");
+    EXPECT_STREQ(date_language(), "en");
+}
+
+TEST_F(DateTime, FormatsFollowTheConfiguration) {
+    const auto shown = [] {
+        return std::string(FmtDate(sample, nullptr, "UTC").getValue()) + "|" +
+               FmtTime(sample, nullptr, "UTC").getValue() + "|" +
+               FmtTime(sample, "@date", "UTC").getValue() + "|" + text(sample, "@time");
+    };
+    EXPECT_EQ(shown(), "2026-03-12|14:05:09|2026-03-12|14:05:09");
+    TI_Vasg("date_format", "%d.%m.%Y");
+    TI_Vasg("time_format", "%-I:%M %P");
+    EXPECT_EQ(shown(), "12.03.2026|2:05 pm|12.03.2026|2:05 pm");
+    TI_Vasg("date_format", "@long");
+    TI_Vasg("time_format", "@time"); // itself: as if it were not there
+    EXPECT_EQ(shown(), "12 March 2026|14:05:09|12 March 2026|14:05:09");
+    TI_Vasg("time_format", "@date");
+    EXPECT_EQ(text(sample, "@time"), "14:05:09");
+    TI_Vasg("date_format", std::string(1025, 'x').c_str());
+    EXPECT_EQ(text(sample, "@date"), "");
+}
+
+TEST_F(DateTime, AgesAreToldInTheLargestUnit) {
+    struct Case {
+        std::int64_t age;
+        const char* past;
+        const char* future;
+    };
+    for (const Case c : {Case{0, "now", "now"},
+                         {1, "1 second ago", "in 1 second"},
+                         {59, "59 seconds ago", "in 59 seconds"},
+                         {60, "1 minute ago", "in 1 minute"},
+                         {3599, "59 minutes ago", "in 59 minutes"},
+                         {3600, "1 hour ago", "in 1 hour"},
+                         {day - 1, "23 hours ago", "in 23 hours"},
+                         {day, "1 day ago", "in 1 day"},
+                         {14 * day - 1, "13 days ago", "in 13 days"},
+                         {14 * day, "2 weeks ago", "in 2 weeks"},
+                         {60 * day - 1, "8 weeks ago", "in 8 weeks"},
+                         {60 * day, "2 months ago", "in 2 months"},
+                         {730 * day - 1, "24 months ago", "in 24 months"},
+                         {730 * day, "2 years ago", "in 2 years"},
+                         {3650 * day, "10 years ago", "in 10 years"}}) {
+        EXPECT_EQ(FmtAge(sample - c.age, sample), c.past);
+        EXPECT_EQ(FmtAge(sample + c.age, sample), c.future);
+    }
+    EXPECT_EQ(FmtAge(INT64_MIN, INT64_MAX), "584942417355 years ago"); // 2^64 / 31536000
+    EXPECT_EQ(FmtAge(INT64_MAX, INT64_MIN), "in 584942417355 years");
+}
+
+TEST_F(DateTime, TextsSurviveTheEndOfMemory) {
+    date_set_language("de");
+    const std::string wide = "%255d%255d%255d" + std::string(900, 'x');
+    kit::sweepQuestion("short", [] { return text(sample, "%A, @long"); });
+    kit::sweepQuestion("long", [&] { return text(sample, wide); });
+    kit::sweepQuestion("local", [] { return text(sample, "%F %T", nullptr); });
+    kit::sweepQuestion("time", [] { return FmtTime(sample, "@iso", "+02").getValue(); });
+    kit::sweepQuestion("age", [] { return FmtAge(sample, 0).getValue(); });
+}
+
+} // namespace
