@@ -3,11 +3,28 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 /// Writes @p bytes to @p file, or to standard output when it is empty. A file is
 /// written beside its place and then renamed, so that it appears whole or stays
 /// as it was. False when that failed, which has then been said.
 bool writeOutput(const std::string& file, const std::string& bytes);
+
+/// A result of lines: messages as they come, or a file.
+class LineOutput {
+public:
+    /// An empty @p file is the message channel.
+    explicit LineOutput(std::string file) : file(std::move(file)) {}
+
+    void line(const std::string& text);
+    /// False, with the reason reported, when not all of it arrived.
+    bool finish();
+
+private:
+    std::string file;
+    std::string bytes; ///< a file is written at last, so that it is whole or as before
+    int reason = 0;    ///< why a message did not arrive, an errno value
+};
 
 /// Whether two names are those of one existing file.
 bool isSameFile(const std::string& a, const std::string& b);

@@ -32,34 +32,6 @@ constexpr CommandLine commandLine(
     "With names only their values; a template is a text with ${name} references to expand.",
     options);
 
-/// Where the lines go: the message channel, or a file.
-class Output {
-public:
-    /// A null @p file is the message channel.
-    explicit Output(const char* file) : file(file != nullptr ? _TI_hm(file) : "") {}
-
-    void line(const std::string& text) {
-        if (file.empty())
-            print_msg("%s", text.c_str());
-        else
-            (bytes += text) += '\n';
-    }
-
-    /// False, and reported, when not all of it arrived.
-    bool finish() {
-        if (!file.empty())
-            return writeOutput(file, bytes);
-        if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
-            return true;
-        print_err("moxinfo: the output is not complete");
-        return false;
-    }
-
-private:
-    std::string file;
-    std::string bytes; ///< a file is written at last, so that it is whole or as before
-};
-
 struct Variable {
     std::string name;
     std::string value;
@@ -126,7 +98,7 @@ std::string wantedSource() {
     return kazFullPath(wanted).getValue();
 }
 
-void showAll(Output& output) {
+void showAll(LineOutput& output) {
     const std::string wanted = wantedSource();
     if (wanted.empty()) {
         output.line("% ToolInfo files:");
@@ -150,7 +122,7 @@ void showAll(Output& output) {
 }
 
 /// False, and reported, when there is no such variable.
-bool showVariable(Output& output, const char* name) {
+bool showVariable(LineOutput& output, const char* name) {
     const char* value = TI_EnvVcont(name);
     if (value == nullptr) {
         print_err("moxinfo: %s is not defined", name);
@@ -162,14 +134,14 @@ bool showVariable(Output& output, const char* name) {
     return true;
 }
 
-void showExpansion(Output& output, const char* text) {
+void showExpansion(LineOutput& output, const char* text) {
     char* expanded = nullptr;
     vstring_sub(text, &expanded);
     const std::unique_ptr<char, decltype(&std::free)> owner(expanded, &std::free);
     output.line(expanded);
 }
 
-bool showArguments(Output& output) {
+bool showArguments(LineOutput& output) {
     bool allThere = true;
     // Plain names are variables too; "ti." in front works as in every tool.
     vstring_push_lookup_func(TI_EnvVcont);
@@ -203,7 +175,8 @@ class MoxInfo : public KazConsoleApp {
         TI_Vinit();
         if (!readFurtherFile())
             return 1;
-        Output output(kaz_arg_text(arg_output, 0, nullptr));
+        const char* file = kaz_arg_text(arg_output, 0, nullptr);
+        LineOutput output(file != nullptr ? _TI_hm(file) : "");
         bool good = true;
         if (kaz_arg_get_untagged(0) != nullptr)
             good = showArguments(output);

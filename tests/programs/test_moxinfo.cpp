@@ -120,14 +120,20 @@ TEST_F(MoxInfo, TroubleWithFilesIsReported) {
     EXPECT_EQ(result.err, "Can't open ToolInfo file: " + tree.native("none") +
                               ",\nis ToolInfo environment variable set correctly?\n");
     options.stdoutFile = full;
-    EXPECT_EQ(run({}).status, full.empty() ? 0 : 1);
+    result = run({});
+    EXPECT_EQ(result.status, full.empty() ? 0 : 1);
+    EXPECT_EQ(result.err, full.empty() ? ""
+                                       : "standard output: cannot be written: "
+                                         "No space left on device\n");
     options.stdoutFile.clear();
 
     // Without standard output nothing of it may end up in the file instead.
     options.closeStdout = true;
     EXPECT_EQ(run({"-output", tree.path("file"), "a"}).status, 0);
     EXPECT_EQ(tree.readText("file"), "1\n");
-    EXPECT_EQ(run({"a"}).signal, 0);
+    result = run({"a"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("standard output: cannot be written: "), result.err.npos);
 }
 
 } // namespace

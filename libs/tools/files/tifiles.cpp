@@ -117,6 +117,10 @@ int copy_file(const char* source, const char* target, bool keepExisting) {
     return host::copyFile(textOf(source), textOf(target), !keepExisting);
 }
 
+int TI_writefile(const char* path, const void* data, std::size_t size) {
+    return host::writeFile(textOf(path), data, size);
+}
+
 namespace {
 
 /// The name of what was just created. Nobody could find it again without the

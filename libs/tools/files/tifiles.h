@@ -10,6 +10,7 @@
 #include "tools/export.h"
 #include "tools/strings/KazString.h"
 
+#include <cstddef>
 #include <cstdio>
 
 /// The path in the spelling that the host's own calls and programs expect
@@ -59,6 +60,12 @@ KAZ_API int read_a_dir(const char* pattern, KazStringColl& entries);
 /// special file (which is never opened), and for a file onto itself.
 /// @param keepExisting an existing target is a failure (EEXIST).
 KAZ_API int copy_file(const char* source, const char* target, bool keepExisting);
+
+/// Makes @p size bytes the contents of a file: whole or as before, also when the process
+/// is killed. It is written beside its place, for the user alone until it is complete, and
+/// renamed. A file that is replaced hands on its nine permission bits, a link is followed,
+/// a device or a pipe is written to as it stands. Fails with EISDIR for a directory.
+KAZ_API int TI_writefile(const char* path, const void* data, std::size_t size);
 
 /// Creates a new empty file that nobody else had, readable and writable by the
 /// user alone, and opens it for update in binary. It stays until it is deleted

@@ -24,6 +24,7 @@
 #include "tools/platform/host_reading.h"
 #include "tools/platform/host_terminal.h"
 #include "tools/platform/host_time.h"
+#include "tools/platform/host_write.h"
 
 #include <cstddef>
 #include <cstdint>

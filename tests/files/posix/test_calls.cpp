@@ -133,6 +133,26 @@ TEST_F(Calls, AFileIsCopiedOrTheReasonIsTold) {
     }
 }
 
+TEST_F(Calls, AFileIsWrittenWholeOrAsItWas) {
+    for (const bool exists : {false, true}) {
+        const std::string before = exists ? "before" : "";
+        const std::string text(5000, 'w');
+        int result = 0;
+        sweep(
+            [&] {
+                fs::remove(tree.path("t"));
+                if (exists)
+                    tree.write("t", before);
+            },
+            [&] { result = TI_writefile(tree.path("t").c_str(), text.data(), text.size()); },
+            [&](bool harmless) {
+                EXPECT_TRUE(result == 0 || !harmless);
+                EXPECT_EQ(tree.read("t"), result == 0 ? text : before);
+                EXPECT_EQ(tree::snapshot(tree.path()).size(), tree.exists("t") ? 1u : 0u);
+            });
+    }
+}
+
 TEST_F(Calls, OtherFileFunctionsSucceedOrLeaveNothing) {
     const auto clean = [&] {
         fs::remove_all(tree.path("work"));

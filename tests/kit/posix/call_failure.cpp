@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -127,6 +128,10 @@ KIT_CALL(int, mkdirat, (int dir, const char* path, mode_t mode), (dir, path, mod
 KIT_CALL(char*, mkdtemp, (char* name), (name), nullptr)
 KIT_CALL(int, mkostemp, (char* name, int flags), (name, flags), -1)
 KIT_CALL(int, fchmod, (int file, mode_t mode), (file, mode), -1)
+KIT_CALL(int, fchown, (int file, uid_t user, gid_t group), (file, user, group), -1)
+KIT_CALL(int, fsync, (int file), (file), -1)
+KIT_CALL(int, flock, (int file, int operation), (file, operation), -1)
+KIT_CALL(ssize_t, readlink, (const char* path, char* to, std::size_t size), (path, to, size), -1)
 KIT_CALL(int, linkat, (int from, const char* path, int to, const char* name, int flags),
          (from, path, to, name, flags), -1)
 KIT_CALL(int, rename, (const char* from, const char* to), (from, to), -1)

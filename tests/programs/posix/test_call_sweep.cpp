@@ -122,6 +122,11 @@ TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
                 EXPECT_EQ(tree.exists("file"), exists || result.status == 0);
                 EXPECT_FALSE(tree.exists("file.new0"));
             });
+    for (const kit::Call& call : kit::callsOf(compile, options)) {
+        const bool creates = call.text.find("file.new") != call.text.npos &&
+                             call.text.find("O_CREAT") != call.text.npos;
+        EXPECT_TRUE(!creates || call.text.find(", 0600)") != call.text.npos) << call.text;
+    }
     tree.write("file", compiled);
     sweep(
         {"moxmsg", "-file", "file"}, [] {},

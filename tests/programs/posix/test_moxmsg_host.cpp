@@ -27,16 +27,50 @@ TEST_F(MoxMsg, OutputIsWholeOrAsItWas) {
     EXPECT_EQ(run({"-source", source, "-output", "/dev/full"}).err,
               "/dev/full: cannot be written: No space left on device\n");
     options.stdoutFile = "/dev/full";
-    EXPECT_EQ(run({"-file", file}).status, 1);
+    kit::Result result = run({"-file", file});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "standard output: cannot be written: No space left on device\n");
     options.stdoutFile.clear();
     options.closeStdout = true;
-    EXPECT_EQ(run({"-file", file}).signal, 0); // and nothing it opens takes the place
+    result = run({"-file", file}); // and nothing it opens takes the place
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "standard output: cannot be written: Bad file descriptor\n");
     options.closeStdout = false;
     EXPECT_EQ(run({"-file", file}).out, "1 text\n");
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(tree.path()))
         names.push_back(entry.path().filename());
     EXPECT_EQ(names.size(), 3U) << testing::PrintToString(names);
+}
+
+TEST_F(MoxMsg, OutputTakesOverPermissionsButNoPrivileges) {
+    const std::string source = tree.write("source", "1 text\n");
+    const std::string file = tree.write("file", "before");
+    fs::create_symlink("not/yet", tree.path("link"));
+    fs::create_directory(tree.path("not"));
+    for (const unsigned mode : {06755U, 0600U, 0666U}) {
+        fs::permissions(file, static_cast<fs::perms>(mode));
+        EXPECT_EQ(run({"-source", source, "-output", file}).status, 0);
+        EXPECT_EQ(fs::status(file).permissions(), static_cast<fs::perms>(mode & 0777));
+    }
+    EXPECT_EQ(run({"-source", source, "-output", tree.path("link")}).status, 0);
+    EXPECT_EQ(tree.read("not/yet"), tree.read("file"));
+    EXPECT_TRUE(fs::is_symlink(tree.path("link")));
+}
+
+TEST_F(MoxMsg, ALimitOfFileSizesIsAReasonAndNoEnd) {
+    const std::string source = tree.write("source", "1 text\n");
+    tree.write("file", "before");
+    options.cwd = tree.path();
+    const std::string command =
+        "ulimit -f 0; exec " + kit::binDirectory() + "/moxmsg -source source -output ";
+    for (const std::string name : {"file", "other"}) {
+        const kit::Result result = kit::run({"/bin/sh", "-c", command + name}, options);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err, name + ": cannot be written: File too large\n");
+    }
+    EXPECT_EQ(tree.read("file"), "before");
+    EXPECT_EQ(std::distance(fs::directory_iterator(tree.path()), fs::directory_iterator()), 2);
 }
 
 } // namespace

@@ -1,0 +1,135 @@
+#include "tools/platform/posix/replacement.h"
+
+#include "tools/platform/posix/open_regular.h"
+
+#include <array>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <utility>
+
+namespace kaz::host {
+
+namespace {
+
+/// While it lives a write beyond the limit of file sizes fails like any other one. The
+/// signal goes to the thread that writes, and not to it while it is held back; one that
+/// came meanwhile is taken away again.
+class HeldSizeSignal {
+public:
+    HeldSizeSignal() {
+        ::sigemptyset(&signal_);
+        ::sigaddset(&signal_, SIGXFSZ);
+        ::pthread_sigmask(SIG_BLOCK, &signal_, &before_);
+    }
+    HeldSizeSignal(const HeldSizeSignal&) = delete;
+    HeldSizeSignal& operator=(const HeldSizeSignal&) = delete;
+    ~HeldSizeSignal() {
+        const int saved = errno;
+        const timespec now = {0, 0};
+        if (::sigismember(&before_, SIGXFSZ) == 0)
+            retry([&] { return ::sigtimedwait(&signal_, nullptr, &now); });
+        ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        errno = saved;
+    }
+
+private:
+    sigset_t signal_;
+    sigset_t before_;
+};
+
+/// The target of a link, seen from where the link stands.
+std::string linkTarget(const std::string& link) {
+    std::array<char, PATH_MAX> text;
+    const ssize_t length =
+        retry([&] { return ::readlink(link.c_str(), text.data(), text.size()); });
+    if (length <= 0)
+        return {};
+    std::string target(text.data(), static_cast<std::size_t>(length));
+    return target.front() == '/' ? target : link.substr(0, link.rfind('/') + 1) + target;
+}
+
+} // namespace
+
+std::string behindLinks(std::string path) {
+    constexpr int mostLinks = 40; // as many as the system itself follows
+    for (int followed = 0; followed <= mostLinks; ++followed) {
+        struct stat info;
+        if (look(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, info) != 0)
+            return errno == ENOENT ? path : std::string();
+        if (!S_ISLNK(info.st_mode))
+            return path;
+        path = linkTarget(path);
+        if (path.empty())
+            return path;
+    }
+    errno = ELOOP;
+    return {};
+}
+
+int writeAll(int file, const void* data, std::size_t size) {
+    const HeldSizeSignal held;
+    const char* from = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t done = retry([&] { return ::write(file, from, size); });
+        if (done < 0)
+            return -1;
+        from += done;
+        size -= static_cast<std::size_t>(done);
+    }
+    return 0;
+}
+
+Replacement::Replacement(std::string name)
+    : name_(std::move(name)),
+      file_(retry([&] {
+          return ::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+      })),
+      exists_(file_.isOpen()) {}
+
+Replacement::~Replacement() {
+    const int saved = errno;
+    if (exists_)
+        retry([&] { return ::unlink(name_.c_str()); });
+    errno = saved;
+}
+
+bool Replacement::takeOwner(const struct stat& old) const {
+    struct stat own;
+    if (look(get(), "", AT_EMPTY_PATH, own) != 0)
+        return false;
+    const auto giveTo = [&](uid_t user) {
+        return retry([&] { return ::fchown(get(), user, old.st_gid); }) == 0;
+    };
+    return (own.st_uid == old.st_uid && own.st_gid == old.st_gid) || giveTo(old.st_uid) ||
+           own.st_gid == old.st_gid || giveTo(own.st_uid);
+}
+
+int Replacement::takeOver(const struct stat& old) const {
+    mode_t mode = old.st_mode & 0777;
+    if (!takeOwner(old))
+        mode &= ~mode_t{070} | ((mode & 07) << 3);
+    return setMode(mode);
+}
+
+int Replacement::setMode(mode_t mode) const {
+    if (retry([&] { return ::fchmod(get(), mode); }) == 0 || errno == EPERM || errno == EOPNOTSUPP)
+        return 0;
+    return -1;
+}
+
+int Replacement::sync() const {
+    return retry([&] { return ::fsync(get()); });
+}
+
+int Replacement::become(const std::string& target) {
+    if (!file_.close())
+        return -1;
+    const int result = retry([&] { return ::rename(name_.c_str(), target.c_str()); });
+    exists_ = exists_ && result != 0;
+    return result;
+}
+
+} // namespace kaz::host
