@@ -1,5 +1,6 @@
 #include "common/CommandLine.h"
 
+#include "common/printable.h"
 #include "tools/app/KazApp.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/arguments.h"
@@ -45,7 +46,7 @@ bool CommandLine::parse(int argc, char** argv) const {
 }
 
 void CommandLine::complain(const std::string& problem) const {
-    print_err("%s: %s\n%s", program, problem.c_str(), usage().c_str());
+    print_err("%s: %s\n%s", program, printable(problem).c_str(), usage().c_str());
 }
 
 const CommandLine::Option* CommandLine::find(arg_type_enum type) const {

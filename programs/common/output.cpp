@@ -1,8 +1,10 @@
 #include "common/output.h"
 
+#include "common/printable.h"
 #include "tools/files/tifiles.h"
 #include "tools/messages/messages.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -31,20 +33,36 @@ bool writeStandardOutput(const std::string& bytes) {
 }
 
 void complain(const std::string& what, int reason) {
-    print_err("%s: cannot be written: %s", what.c_str(),
+    print_err("%s: cannot be written: %s", printable(what).c_str(),
               std::generic_category().message(reason != 0 ? reason : EIO).c_str());
+}
+
+/// What stands on each line, so that none of it can begin another one.
+std::string printableLines(const std::string& text) {
+    std::string result;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        result += printable(text.substr(begin, end - begin));
+        if (end < text.size())
+            result += '\n';
+        begin = end + 1;
+    }
+    return result;
 }
 
 } // namespace
 
 bool writeOutput(const std::string& file, const std::string& bytes) {
     errno = 0;
-    if (file.empty() ? writeStandardOutput(bytes)
+    if (file.empty() ? writeStandardOutput(TI_isTerminal(stdout) ? printableLines(bytes) : bytes)
                      : TI_writefile(file.c_str(), bytes.data(), bytes.size()) == 0)
         return true;
     complain(file.empty() ? "standard output" : file, errno);
     return false;
 }
+
+LineOutput::LineOutput(std::string name)
+    : file(std::move(name)), isOnTerminal(TI_isTerminal(stdout)) {}
 
 void LineOutput::line(const std::string& text) {
     if (!file.empty()) {
@@ -52,7 +70,7 @@ void LineOutput::line(const std::string& text) {
         return;
     }
     errno = 0;
-    print_msg("%s", text.c_str());
+    print_msg("%s", isOnTerminal ? printable(text).c_str() : text.c_str());
     if (reason == 0 && std::ferror(stdout) != 0)
         reason = errno != 0 ? errno : EIO;
 }

@@ -3,18 +3,19 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
-/// Writes @p bytes to @p file, or to standard output when it is empty. A file is
-/// written beside its place and then renamed, so that it appears whole or stays
-/// as it was. False when that failed, which has then been said.
+/// Writes @p bytes to @p file, or to standard output when it is empty, whose lines are
+/// made printable where it is a terminal. A file is written beside its place and then
+/// renamed, so that it appears whole or stays as it was. False when that failed, which has then
+/// been said.
 bool writeOutput(const std::string& file, const std::string& bytes);
 
-/// A result of lines: messages as they come, or a file.
+/// A result of lines: messages as they come, or a file. What can be read back stays as it
+/// is, except where it would drive the terminal.
 class LineOutput {
 public:
-    /// An empty @p file is the message channel.
-    explicit LineOutput(std::string file) : file(std::move(file)) {}
+    /// An empty @p name is the message channel.
+    explicit LineOutput(std::string name);
 
     void line(const std::string& text);
     /// False, with the reason reported, when not all of it arrived.
@@ -22,6 +23,7 @@ public:
 
 private:
     std::string file;
+    bool isOnTerminal;
     std::string bytes; ///< a file is written at last, so that it is whole or as before
     int reason = 0;    ///< why a message did not arrive, an errno value
 };

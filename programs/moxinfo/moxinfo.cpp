@@ -1,6 +1,7 @@
 // moxinfo: shows a tool's configuration.
 #include "common/CommandLine.h"
 #include "common/output.h"
+#include "common/printable.h"
 
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
@@ -125,7 +126,7 @@ void showAll(LineOutput& output) {
 bool showVariable(LineOutput& output, const char* name) {
     const char* value = TI_EnvVcont(name);
     if (value == nullptr) {
-        print_err("moxinfo: %s is not defined", name);
+        print_err("moxinfo: %s is not defined", printable(name).c_str());
         return false;
     }
     if (kaz_arg_text(arg_verbose, 0, nullptr) != nullptr)
@@ -161,7 +162,7 @@ bool readFurtherFile() {
         return true;
     if (TI_V_user_file(kazFullPath(file), true) == 0)
         return true;
-    print_err("moxinfo: cannot read %s", file);
+    print_err("moxinfo: cannot read %s", printable(file).c_str());
     return false;
 }
 

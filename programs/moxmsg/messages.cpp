@@ -1,5 +1,6 @@
 #include "messages.h"
 
+#include "common/printable.h"
 #include "message_file.h"
 #include "source_text.h"
 #include "tools/moxtools.h"
@@ -53,7 +54,7 @@ bool Messages::report() {
     std::stable_sort(problems.begin(), problems.end(),
                      [](const Problem& a, const Problem& b) { return a.line < b.line; });
     for (const Problem& problem : problems)
-        print_err("%s: %s", place(problem.line).c_str(), problem.text.c_str());
+        print_err("%s", printable(place(problem.line) + ": " + problem.text).c_str());
     return problems.empty();
 }
 

@@ -90,6 +90,10 @@ FILE* TI_fopen(const char* path, const char* mode) {
     return host::openStream(textOf(path), textOf(mode));
 }
 
+bool TI_isTerminal(FILE* stream) {
+    return stream != nullptr && host::isTerminal(stream);
+}
+
 bool TI_isRealDirectory(const char* path) {
     return host::isRealDirectory(textOf(path));
 }

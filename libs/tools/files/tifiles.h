@@ -41,6 +41,10 @@ KAZ_API int TI_mkdir(const char* dir, int mode);
 /// host. The caller closes.
 KAZ_API FILE* TI_fopen(const char* path, const char* mode);
 
+/// Is @p stream a terminal, which obeys what it is told to show? What comes from outside
+/// is shown there through kazPrintable(). False for null.
+KAZ_API bool TI_isTerminal(FILE* stream);
+
 /// Is there a directory of this very name? A link to one is none.
 KAZ_API bool TI_isRealDirectory(const char* path);
 
