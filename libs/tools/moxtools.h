@@ -49,6 +49,10 @@
 #include "tools/files/tifiles.h"
 
 #include "tools/formats/datetime.h"
+#include "tools/formats/KazColourTable.h"
+#include "tools/formats/KazDocWriter.h"
+#include "tools/formats/KazFontTable.h"
+#include "tools/formats/KazTextStyle.h"
 #include "tools/formats/encode.h"
 
 #include "tools/messages/KazConsoleProgress.h"

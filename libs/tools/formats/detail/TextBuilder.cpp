@@ -40,13 +40,7 @@ void TextBuilder::grow(std::size_t n, std::size_t wanted) {
     // A block of its own is moved with the characters that the string knows of.
     if (length > static_cast<std::size_t>(old_))
         text_.releaseBuffer(static_cast<int>(length));
-    try {
-        begin_ = text_.getBuffer(static_cast<int>(capacity));
-    } catch (...) {
-        end(old_);
-        look();
-        throw;
-    }
+    begin_ = text_.getBuffer(static_cast<int>(capacity));
     at_ = begin_ + length;
     limit_ = begin_ + capacity;
 }

@@ -17,7 +17,7 @@ class TextBuilder {
 public:
     explicit TextBuilder(KazString& text) : text_(text), old_(text.getLength()) { look(); }
     ~TextBuilder() {
-        if (at_ != begin_ + old_)
+        if (at_ != begin_ + old_ || text_.getLength() != old_)
             end(old_);
     }
     TextBuilder(const TextBuilder&) = delete;
@@ -52,6 +52,14 @@ public:
     /// Characters so far, those that stood there before included.
     std::size_t size() const { return static_cast<std::size_t>(at_ - begin_); }
 
+    std::string_view view() const { return {begin_, size()}; }
+    /// Keeps the first @p size characters, which are as many at most.
+    void truncate(std::size_t size) { at_ = begin_ + size; }
+    /// Puts @p piece in place of as many characters from @p from on.
+    void overwrite(std::size_t from, std::string_view piece) {
+        std::memcpy(begin_ + from, piece.data(), piece.size());
+    }
+
     /// The string has all of it from now on, and can be extended further.
     void commit() {
         end(static_cast<int>(size()));
@@ -65,7 +73,8 @@ private:
     /// Sets the length and what follows it.
     void end(int length);
     void growByHalf(std::size_t n);
-    /// Room for @p wanted characters more; for @p n at least.
+    /// Room for @p wanted characters more, @p n of them for certain. Nothing has changed
+    /// when it throws.
     void grow(std::size_t n, std::size_t wanted);
 
     KazString& text_;

@@ -1,0 +1,50 @@
+// Any sequence of calls gives a document that a strict reader of its format takes, with the
+// texts in the order of the calls.
+#include "fuzz/document_readers.h"
+#include "fuzz/writer_calls.h"
+
+#include <memory>
+
+namespace {
+
+std::string textOf(doc_format_enum format, const std::string& document) {
+    switch (format) {
+    case doc_rtf:
+        return reference::RtfReader().read(document);
+    case doc_mif:
+        return reference::MifReader().read(document);
+    case doc_interleaf:
+        return reference::InterleafReader().read(document);
+    default:
+        return reference::HtmlReader().read(document);
+    }
+}
+
+void wordsAreInOrder(const std::string& text, const std::vector<std::string>& words) {
+    std::size_t at = 0;
+    for (const std::string& word : words) {
+        at = text.find(word, at);
+        FUZZ_CHECK(at != std::string::npos);
+        at += word.size();
+    }
+}
+
+void write(doc_format_enum format, const fuzz::Input& input) {
+    const std::unique_ptr<KazDocWriter> doc(KazDocWriter::create(format));
+    fuzz::WriterCalls calls(*doc, "");
+    calls.make(input);
+    const std::string document = doc->finish().getValue();
+    FUZZ_CHECK(document.size() == static_cast<std::size_t>(doc->finish().getLength()));
+    wordsAreInOrder(textOf(format, document), calls.words);
+    doc->paragraph("too late");
+    doc->setTitle("too late");
+    FUZZ_CHECK(doc->finish() == document.c_str());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    for (const doc_format_enum format : {doc_html, doc_rtf, doc_mif, doc_interleaf})
+        write(format, fuzz::Input(data, size));
+    return 0;
+}

@@ -1,0 +1,237 @@
+// RTF 1.9. Each block is a group of its own that begins with \pard\plain, so that nothing
+// of one reaches the next. Fonts and colours are numbers in tables that are written last.
+#include "tools/formats/detail/DocumentFormat.h"
+
+namespace kaz::detail {
+
+namespace {
+
+/// What a field's instructions would take for their own.
+constexpr std::string_view notInField = "\"\\{}";
+constexpr int indent = 360; ///< twips a list level
+
+class RtfWriter : public DocumentFormat {
+public:
+    RtfWriter(const KazColourTable& colours, const KazFontTable& fonts, const About& about)
+        : DocumentFormat(doc_rtf, colours, fonts, about) {}
+
+    void heading(int level, const Text& text, const std::string& name) override {
+        put("{\\pard\\plain\\s");
+        putNumber(level);
+        put("\\outlinelevel");
+        putNumber(level - 1);
+        put("\\keepn\\sb240\\sa120\\b\\f1\\fs");
+        putNumber(headingSizes[level - 1] * 2);
+        put(" ");
+        if (!name.empty())
+            anchor(name);
+        putText(text);
+        put("\\par}\n");
+    }
+
+    void beginParagraph(Align align) override {
+        constexpr std::string_view alignments[] = {"l", "c", "r", "j"};
+        put("{\\pard\\plain\\s0\\q");
+        put(alignments[align]);
+        put("\\sa120\\f0\\fs24 ");
+    }
+    void endParagraph() override { put("\\par}\n"); }
+
+    void code(const std::vector<std::string>& lines) override {
+        for (const std::string& line : lines) {
+            put("{\\pard\\plain\\s7\\f2\\fs20 ");
+            putText(line);
+            put("\\par}\n");
+        }
+    }
+
+    void rule() override {
+        put("{\\pard\\plain\\sa120\\brdrb\\brdrs\\brdrw10\\brsp20\\fs4\\par}\n");
+    }
+    void pageBreak() override { put("\\page\n"); }
+
+    void beginList(bool, int) override {}
+    void endList(bool, int) override {}
+    void beginItem(bool numbered, int level, int number) override {
+        put("{\\pard\\plain\\s0\\fi-360\\li");
+        putNumber(level * indent);
+        put("\\sa60\\f0\\fs24 ");
+        if (!numbered)
+            return put("{\\pntext\\bullet\\tab}{\\*\\pn\\pnlvlblt\\pnindent360{\\pntxtb\\bullet}}");
+        put("{\\pntext ");
+        putNumber(number);
+        put(".\\tab}{\\*\\pn\\pnlvlbody\\pndec\\pnstart");
+        putNumber(number);
+        put("\\pnindent360{\\pntxta .}}");
+    }
+    void endItemText() override { put("\\par}\n"); }
+    void continueItem(int level) override {
+        put("{\\pard\\plain\\s0\\li");
+        putNumber(level * indent);
+        put("\\sa60\\f0\\fs24 ");
+    }
+    void endItem() override {}
+
+    void beginTable(const TableShape& given) override {
+        shape = given;
+        rowBegin.clear();
+        for (int i = 0; i < shape.columns; ++i) {
+            for (const char* side : {"\\clbrdrt", "\\clbrdrl", "\\clbrdrb", "\\clbrdrr"})
+                rowBegin.append(side).append("\\brdrs\\brdrw10");
+            rowBegin += "\\cellx" + std::to_string(shape.endOf(i, twips(about.textWidth())));
+        }
+        rowBegin += '\n';
+    }
+    void beginRow(int row) override {
+        progress.rows = row + 1;
+        put(isHeader() ? "\\trowd\\trgaph70\\trhdr" : "\\trowd\\trgaph70");
+        put(rowBegin);
+    }
+    void beginCell() override {
+        put(isHeader() ? "\\pard\\plain\\intbl\\f0\\fs24\\b " : "\\pard\\plain\\intbl\\f0\\fs24 ");
+    }
+    void endCell() override { put("\\cell\n"); }
+    void endRow() override { put("\\row\n"); }
+    /// Two tables without a paragraph between them would be one.
+    void endTable() override { put("{\\pard\\plain\\fs12\\par}\n"); }
+
+    void text(const Text& text, const Run& run) override {
+        if (run.isPlain() || text.chars.empty())
+            return putText(text);
+        put("{");
+        put(run.bold ? "\\b" : "");
+        put(run.italic ? "\\i" : "");
+        put(run.underline ? "\\ul" : "");
+        putWord("\\fs", run.size * 2, run.size > 0);
+        putWord("\\f", run.font, run.font >= 0);
+        putWord("\\cf", run.colour, run.colour > 0);
+        put(" ");
+        putText(text);
+        put("}");
+    }
+
+    void lineBreak() override { put("\\line "); }
+
+    void link(const Target& target, const Text& text) override {
+        put(target.isAnchor ? "{\\field{\\*\\fldinst{HYPERLINK \\\\l \""
+                            : "{\\field{\\*\\fldinst{HYPERLINK \"");
+        put(escapedUrl(target.text, notInField));
+        put("\"}}{\\fldrslt{\\ul ");
+        putText(text);
+        put("}}}");
+    }
+
+    void anchor(const std::string& name) override {
+        put("{\\*\\bkmkstart ");
+        put(name);
+        put("}{\\*\\bkmkend ");
+        put(name);
+        put("}");
+    }
+
+    void image(const Picture& picture, const Text&) override {
+        put(picture.isPng ? "{\\pict\\pngblip" : "{\\pict\\jpegblip");
+        putWord("\\picw", picture.pixelsWide, true);
+        putWord("\\pich", picture.pixelsHigh, true);
+        putWord("\\picwgoal", twips(picture.width), true);
+        putWord("\\pichgoal", twips(picture.height), true);
+        putHex(picture.bytes);
+        put("}");
+    }
+
+    KazString document() override;
+
+private:
+    bool isHeader() const { return progress.rows <= shape.headerRows; }
+
+    void putWord(std::string_view word, std::int64_t value, bool isStated) {
+        if (!isStated)
+            return;
+        put(word);
+        putNumber(value);
+    }
+
+    void putHex(const std::string& bytes) {
+        constexpr char digits[] = "0123456789abcdef";
+        constexpr std::size_t inLine = 64;
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            const auto byte = static_cast<unsigned char>(bytes[i]);
+            if (i % inLine == 0)
+                out().append('\n');
+            char* const to = out().room(2);
+            to[0] = digits[byte / 16];
+            to[1] = digits[byte % 16];
+            out().used(to + 2);
+        }
+    }
+
+    void putInfo(TextBuilder& to) const;
+    void putPage(TextBuilder& to) const;
+
+    std::string rowBegin; ///< what each row of the table repeats
+};
+
+void putStyles(TextBuilder& to) {
+    to.append("{\\stylesheet{\\s0\\f0\\fs24 Normal;}");
+    for (int level = 1; level <= headingLevels; ++level) {
+        const std::string number = std::to_string(level);
+        to.append("{\\s" + number + "\\outlinelevel" + std::to_string(level - 1) +
+                  "\\keepn\\sb240\\sa120\\b\\f1\\fs" + std::to_string(headingSizes[level - 1] * 2) +
+                  " heading " + number + ";}");
+    }
+    to.append("{\\s7\\f2\\fs20 Code;}}\n");
+}
+
+void RtfWriter::putInfo(TextBuilder& to) const {
+    const auto encoded = [](const std::string& text) {
+        return std::string(kazEncodeText(doc_rtf, text.c_str()).getValue());
+    };
+    to.append("{\\info");
+    if (!about.title.empty())
+        to.append("{\\title " + encoded(about.title) + "}");
+    if (!about.author.empty())
+        to.append("{\\author " + encoded(about.author) + "}");
+    if (about.hasDate)
+        to.append("{\\creatim" +
+                  utc(about.created, {"\\yr", "\\mo", "\\dy", "\\hr", "\\min", "\\sec"}, false) +
+                  "}");
+    to.append("}\n");
+}
+
+void RtfWriter::putPage(TextBuilder& to) const {
+    to.append("\\paperw");
+    appendNumber(to, twips(about.width));
+    to.append("\\paperh");
+    appendNumber(to, twips(about.height));
+    for (const char* side : {"\\margl", "\\margr", "\\margt", "\\margb"}) {
+        to.append(side);
+        appendNumber(to, twips(about.margin));
+    }
+    to.append("\n");
+}
+
+KazString RtfWriter::document() {
+    KazString result;
+    TextBuilder to(result);
+    to.append("{\\rtf1\\ansi\\ansicpg1252\\uc1\\deff0\n");
+    to.append(fonts.getRtf().getValue());
+    to.append("\n");
+    to.append(colours.getRtf().getValue());
+    to.append("\n");
+    putStyles(to);
+    putInfo(to);
+    putPage(to);
+    to.append(body.out.view());
+    to.append("}\n");
+    to.commit();
+    return result;
+}
+
+} // namespace
+
+std::unique_ptr<DocumentFormat> makeRtfWriter(const KazColourTable& colours,
+                                              const KazFontTable& fonts, const About& about) {
+    return std::make_unique<RtfWriter>(colours, fonts, about);
+}
+
+} // namespace kaz::detail
