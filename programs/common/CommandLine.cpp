@@ -46,7 +46,7 @@ bool CommandLine::parse(int argc, char** argv) const {
 }
 
 void CommandLine::complain(const std::string& problem) const {
-    print_err("%s: %s\n%s", program, printable(problem).c_str(), usage().c_str());
+    print_err("%s: %s\n%s", program, problem.c_str(), usage().c_str());
 }
 
 const CommandLine::Option* CommandLine::find(arg_type_enum type) const {
@@ -57,7 +57,7 @@ const CommandLine::Option* CommandLine::find(arg_type_enum type) const {
 
 std::string CommandLine::problemOf(const KazParsedArgs& args, char** argv) const {
     const KazArgProblem problem = args.getProblem();
-    const std::string word = problem.position > 0 ? argv[problem.position] : "";
+    const std::string word = printable(problem.position > 0 ? argv[problem.position] : "");
     const std::string text = problem.row != nullptr ? problem.row->text : "";
     switch (problem.kind) {
     case KazArgProblem::unknownOption:
@@ -91,7 +91,7 @@ std::string CommandLine::swallowedOptions(const KazParsedArgs& args, int argc, c
         const KazArgMeaning meaning = args.getMeaning(i);
         const KazArgDescription* row = KazArgDescription::match(argv[i]);
         if (meaning.kind == KazArgMeaning::value && row != nullptr && find(row->type) != nullptr)
-            lines += std::string("\n") + program + ": note: " + argv[i] +
+            lines += std::string("\n") + program + ": note: " + printable(argv[i]) +
                      " was taken as the value of " + meaning.row->text;
     }
     return lines;

@@ -42,7 +42,8 @@ public:
     /// says on the error channel what is wrong and how the program is used.
     bool parse(int argc, char** argv) const;
 
-    /// Prints @p problem, made printable, and the usage text on the error channel.
+    /// Prints @p problem and the usage text on the error channel. What it quotes is
+    /// printable.
     void complain(const std::string& problem) const;
 
 private:

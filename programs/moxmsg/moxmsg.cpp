@@ -3,6 +3,7 @@
 #include "common/CommandLine.h"
 #include "common/formats.h"
 #include "common/output.h"
+#include "common/printable.h"
 #include "message_file.h"
 #include "messages.h"
 #include "source_text.h"
@@ -42,12 +43,13 @@ struct Request {
         if (source.empty() == file.empty())
             return "either -source or -file is needed";
         if (TI_no(textOf(arg_merge).c_str()) == other.empty())
-            return other.empty() ? "-merge needs another file" : "what is " + other + " for?";
+            return other.empty() ? "-merge needs another file"
+                                 : "what is " + printable(other) + " for?";
         if (kaz_arg_get_untagged(1))
-            return std::string("what is ") + kaz_arg_get_untagged(1) + " for?";
+            return "what is " + printable(kaz_arg_get_untagged(1)) + " for?";
         for (const std::string& input : {source, file, other}) {
             if (!output.empty() && !input.empty() && isSameFile(input, output))
-                return "-output would overwrite " + input;
+                return "-output would overwrite " + printable(input);
         }
         return "";
     }
