@@ -48,11 +48,11 @@
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 
-#include "tools/formats/datetime.h"
 #include "tools/formats/KazColourTable.h"
 #include "tools/formats/KazDocWriter.h"
 #include "tools/formats/KazFontTable.h"
 #include "tools/formats/KazTextStyle.h"
+#include "tools/formats/datetime.h"
 #include "tools/formats/encode.h"
 
 #include "tools/messages/KazConsoleProgress.h"
