@@ -73,8 +73,12 @@
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 
+#include "tools/services/KazCommand.h"
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"
+#include "tools/services/hostinfo.h"
+#include "tools/services/sockets.h"
+#include "tools/services/sourcenav.h"
 
 #include "tools/app/KazApp.h"
 #include "tools/app/KazArgDescription.h"

@@ -19,9 +19,11 @@
 #pragma once
 
 #include "tools/platform/host_identity.h"
+#include "tools/platform/host_machine.h"
 #include "tools/platform/host_process.h"
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_reading.h"
+#include "tools/platform/host_socket.h"
 #include "tools/platform/host_terminal.h"
 #include "tools/platform/host_time.h"
 #include "tools/platform/host_write.h"

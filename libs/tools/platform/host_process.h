@@ -26,6 +26,15 @@ void flushStreams();
 /// Empty where that cannot be: on Windows a line end.
 std::string interpreterWord(std::string_view word);
 
+/// The name of a signal without a locale, "SIGSEGV"; "SIG" and its number where it has
+/// none.
+std::string signalName(int signal);
+
+/// The statuses with which the host's command interpreter says that it has found no such
+/// command, or may not run it; below -1 where it has none for that.
+extern const int interpreterFindsNothing;
+extern const int interpreterMayNotRun;
+
 /// Receives a child's output as it arrives, in pieces of any size. May throw:
 /// the child's output is then closed, and the child awaited first, or stopped if it
 /// has a limit.

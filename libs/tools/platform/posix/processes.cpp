@@ -143,7 +143,7 @@ std::vector<std::string> wordsOf(const Launch& launch) {
 
 /// A file in memory takes what a child shall read: it can neither block nor break.
 Descriptor fileOf(std::string_view text) {
-    Descriptor file(::memfd_create("input", MFD_CLOEXEC));
+    Descriptor file(retry([] { return ::memfd_create("input", MFD_CLOEXEC); }));
     std::size_t done = 0;
     while (file.isOpen() && done < text.size()) {
         const ssize_t count =
@@ -364,6 +364,14 @@ void start(const Launch& launch, Completion& completion) {
         completion.signal = 0;
         completion.isStopped = true;
     }
+}
+
+const int interpreterFindsNothing = 127;
+const int interpreterMayNotRun = 126;
+
+std::string signalName(int signal) {
+    const char* name = ::sigabbrev_np(signal);
+    return "SIG" + (name != nullptr ? name : std::to_string(signal));
 }
 
 std::string defaultSearchPath() {

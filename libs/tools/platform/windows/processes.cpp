@@ -411,6 +411,14 @@ void start(const Launch& launch, Completion& completion) {
     }
 }
 
+const int interpreterFindsNothing = 9009;
+const int interpreterMayNotRun = -2;
+
+/// What ends a program here is an exception.
+std::string signalName(int signal) {
+    return "SIG" + std::to_string(signal);
+}
+
 std::string defaultSearchPath() {
     return {};
 }

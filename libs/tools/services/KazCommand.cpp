@@ -1,0 +1,248 @@
+// What a caller asked for becomes one Launch of the platform's start function, and how
+// that ended becomes the results. The results are of the last run alone: they are
+// cleared before it and set when it has ended.
+#include "tools/services/KazCommand.h"
+
+#include "tools/files/detail/text.h"
+#include "tools/files/process.h"
+#include "tools/formats/encode.h"
+#include "tools/platform/host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+namespace host = kaz::host;
+using kaz::detail::textOf;
+using kaz::detail::toText;
+
+namespace {
+
+/// Keeps so much of an output, and drops the rest.
+class Kept final : public host::OutputSink {
+public:
+    explicit Kept(std::size_t limit) : limit_(limit) {}
+    void write(const char* data, std::size_t size) override {
+        text_.append(data, std::min(size, limit_ - text_.size()));
+    }
+    const std::string& text() const { return text_; }
+
+private:
+    std::size_t limit_;
+    std::string text_;
+};
+
+/// At most @p most bytes of a text, of whole characters. True when it was cut.
+bool cutBytes(std::string& text, std::size_t most) {
+    if (text.size() <= most)
+        return false;
+    std::size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    text.resize(end);
+    return true;
+}
+
+std::string printable(const std::string& text) {
+    return kazPrintable(text.c_str()).getValue();
+}
+
+std::string nameOf(const std::string& command) {
+    constexpr std::size_t most = 60;
+    std::string name = printable(command);
+    if (cutBytes(name, most))
+        name += "...";
+    return '"' + name + '"';
+}
+
+/// The last line that holds more than blanks, and printable; "" when there is none.
+std::string lastLine(std::string_view text) {
+    constexpr std::size_t most = 200;
+    const std::size_t end = text.find_last_not_of(" \t\r\n\v\f");
+    if (end == std::string_view::npos)
+        return {};
+    text = text.substr(0, end + 1);
+    // npos + 1 is the beginning.
+    text.remove_prefix(text.find_last_of("\r\n") + 1);
+    std::string line(text);
+    cutBytes(line, most);
+    line = printable(line); // which may be longer, never shorter
+    cutBytes(line, most);
+    return line;
+}
+
+std::string hexadecimal(std::uint32_t code) {
+    char text[11];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(code));
+    return text;
+}
+
+bool isVariableName(const char* name) {
+    return name != nullptr && *name != '\0' && std::strchr(name, '=') == nullptr;
+}
+
+/// The line with further words behind it; empty when one of them cannot be there.
+std::string lineOf(const std::vector<std::string>& words) {
+    std::string line = words[0];
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        const std::string word = host::interpreterWord(words[i]);
+        if (word.empty())
+            return {};
+        line += ' ' + word;
+    }
+    return line;
+}
+
+} // namespace
+
+/// One run: what to start, and who gets its output.
+struct KazCommand::Run {
+    host::Launch launch;
+    host::Completion ended;
+};
+
+KazCommand::KazCommand(const char* program) : words{textOf(program)} {}
+
+KazCommand KazCommand::shell(const char* line) {
+    KazCommand command(line);
+    command.isLine = true;
+    return command;
+}
+
+KazCommand& KazCommand::add(const char* argument) {
+    words.emplace_back(textOf(argument));
+    return *this;
+}
+
+KazCommand& KazCommand::setDirectory(const char* path) {
+    directory = textOf(path);
+    return *this;
+}
+
+KazCommand& KazCommand::setVariable(const char* name, const char* value) {
+    if (!isVariableName(name))
+        return *this;
+    std::erase(removed, name);
+    std::erase_if(variables, [&](const auto& variable) { return variable.first == name; });
+    if (value != nullptr)
+        variables.emplace_back(name, value);
+    else
+        removed.emplace_back(name);
+    return *this;
+}
+
+KazCommand& KazCommand::setInput(const KazString& text) {
+    input = text;
+    return *this;
+}
+
+KazCommand& KazCommand::setTimeout(int milliseconds) {
+    timeout = std::max(milliseconds, 0);
+    return *this;
+}
+
+KazCommand& KazCommand::setOutputLimit(int bytes) {
+    outputLimit = std::max(bytes, 0);
+    return *this;
+}
+
+bool KazCommand::execute(Run& run) {
+    output = errors = KazString();
+    status = -1;
+    signal = error = 0;
+    timedOut = wasRun = byException = false;
+    run.launch.words = isLine && words.size() > 1 ? std::vector{lineOf(words)} : words;
+    run.launch.isLine = isLine;
+    run.launch.directory = directory;
+    run.launch.variables = variables;
+    run.launch.removed = removed;
+    if (words.size() > 1 && run.launch.words[0].empty() && isLine)
+        run.ended.error = EINVAL;
+    else
+        host::start(run.launch, run.ended);
+    byException = run.ended.exception != 0 && !run.ended.isStopped;
+    error = run.ended.error;
+    timedOut = run.ended.isStopped;
+    signal = byException ? 0 : run.ended.signal;
+    status = byException ? static_cast<int>(run.ended.exception) : run.ended.status;
+    if (error != 0 || timedOut)
+        status = -1;
+    wasRun = true;
+    return status == 0;
+}
+
+bool KazCommand::run() {
+    Kept out(static_cast<std::size_t>(outputLimit));
+    Kept err(static_cast<std::size_t>(outputLimit));
+    Run run;
+    if (!input.isEmpty()) {
+        run.launch.inputKind = host::Launch::text;
+        run.launch.input = {input.getValue(), static_cast<std::size_t>(input.getLength())};
+    }
+    run.launch.output = &out;
+    run.launch.errors = &err;
+    run.launch.timeout = timeout;
+    const bool succeeded = execute(run);
+    output = toText(out.text());
+    errors = toText(err.text());
+    return succeeded;
+}
+
+bool KazCommand::start() {
+    Run run;
+    run.launch.isDetached = true;
+    return execute(run);
+}
+
+bool KazCommand::runInTerminal() {
+    Run run;
+    run.launch.inputKind = host::Launch::shared;
+    run.launch.ownsTerminal = true;
+    return execute(run);
+}
+
+KazString KazCommand::getErrorText() const {
+    if (!wasRun || (status == 0 && error == 0 && !timedOut))
+        return KazString();
+    const std::string name = nameOf(words[0]);
+    std::string text;
+    if (error != 0)
+        text = " could not be started: " + host::errorText(error);
+    else if (timedOut)
+        text = " was stopped after " + std::to_string(timeout) + " milliseconds";
+    else if (signal != 0)
+        text = " was ended by signal " + std::to_string(signal) + " (" + host::signalName(signal) +
+               ")";
+    else if (isLine && status == host::interpreterFindsNothing)
+        text = ": command not found";
+    else if (isLine && status == host::interpreterMayNotRun)
+        text = ": not executable";
+    else if (byException)
+        text = " was ended by exception " + hexadecimal(static_cast<std::uint32_t>(status));
+    else if (status < 0)
+        text = " ended with an unknown status";
+    else
+        text = " ended with status " + std::to_string(status);
+    if (status > 0 && text.starts_with(" ended")) {
+        const std::string line =
+            lastLine({errors.getValue(), static_cast<std::size_t>(errors.getLength())});
+        if (!line.empty())
+            text += ": " + line;
+    }
+    return toText(name + text);
+}
+
+KazString KazCommand::getText() const {
+    std::vector<const char*> rest;
+    for (const std::string& word : words)
+        rest.push_back(word.c_str());
+    const std::size_t bare = isLine ? 1 : 0; // words that are not quoted
+    const KazString quoted = argv_to_str(static_cast<int>(rest.size() - bare), rest.data() + bare);
+    std::string text = isLine ? words[0] : std::string();
+    if (isLine && rest.size() > 1)
+        text += ' ';
+    return kazPrintable((text + quoted.getValue()).c_str());
+}

@@ -1,0 +1,207 @@
+// Editors: templates by their laws, and a program in an editor's place that writes down
+// how it was called.
+#include "tools/services/sourcenav.h"
+
+#include "kit/director.h"
+#include "kit/env.h"
+#include "kit/host.h"
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+#include "tools/config/vstring.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+struct Command {
+    int result;
+    Words words;
+};
+
+Command commandOf(const char* editor, const char* file, int line = 3, int column = 5) {
+    KazStringColl words;
+    words.add("before");
+    Command command{kaz_source_command(editor, file, line, column, words), {}};
+    for (int i = 0; i < words.getSize(); ++i)
+        command.words.emplace_back(words.getAt(i).getValue());
+    return command;
+}
+
+/// An absolute name in the host's own spelling.
+std::string hostName(const std::string& name) {
+    return kit::hasDrives ? kit::currentDrive() + "\\d\\" + name : "/d/" + name;
+}
+
+class SourceEditor : public testing::Test {
+protected:
+    /// The configuration is read once, and there has to be one.
+    static void SetUpTestSuite() {
+        static const kit::TempTree tree;
+        kit::setVariable("ToolInfo", tree.write("ToolInfo", "% nothing\n").c_str());
+    }
+
+    kit::ScopedEnv configured{"KAZ_SOURCE_EDITOR", nullptr};
+    kit::ScopedEnv visual{"VISUAL", nullptr};
+    kit::ScopedEnv editor{"EDITOR", nullptr};
+};
+
+TEST_F(SourceEditor, EachPresetNamesFileAndLine) {
+    int count = 0;
+    std::string last;
+    for (const kaz_source_preset* row = kaz_source_presets(); row->name != nullptr;
+         ++row, ++count) {
+        SCOPED_TRACE(row->name);
+        EXPECT_LT(last, row->name);
+        last = row->name;
+        const std::string file = hostName("a b$(x).c");
+        const Command command = commandOf(row->name, file.c_str(), 1234, 56);
+        ASSERT_GE(command.result, 0);
+        std::string all;
+        for (const std::string& word : command.words)
+            all += word + "\n";
+        EXPECT_NE(all.find(file), std::string::npos) << all;
+        EXPECT_NE(all.find("1234"), std::string::npos) << all;
+        EXPECT_EQ(all.find("${"), std::string::npos) << all;
+        EXPECT_EQ(command.words[0].find('@'), std::string::npos);
+        EXPECT_EQ(command.result == 1, std::string(row->command).starts_with("@terminal "));
+        EXPECT_EQ(command.words, commandOf(row->command, file.c_str(), 1234, 56).words);
+    }
+    EXPECT_EQ(count, 20);
+}
+
+TEST_F(SourceEditor, Templates) {
+    const std::string file = hostName("x.c");
+    const std::string dir = file.substr(0, file.size() - 4);
+    const auto wordsOf = [&](const char* text) { return commandOf(text, file.c_str()).words; };
+    EXPECT_EQ(wordsOf("e \"${line} ${column}\" '${file}'"), (Words{"e", "3 5", file}));
+    EXPECT_EQ(wordsOf("e"), (Words{"e", file}));
+    EXPECT_EQ(wordsOf("e ${dir} ${name}"), (Words{"e", dir, "x.c", file}));
+    EXPECT_EQ(wordsOf("e -${file}-${file} ${line} ${ ${x"),
+              (Words{"e", "-" + file + "-" + file, "3", "${", "${x"}));
+    // What a variable holds is neither split nor read again.
+    vstring_set_simple_var("own", "a b '${file}");
+    EXPECT_EQ(wordsOf("e ${own}${unknown} ${}$"), (Words{"e", "a b '${file}", "$", file}));
+    EXPECT_EQ(commandOf("@terminal e ${line}", file.c_str(), 0, -7).result, 1);
+    EXPECT_EQ(commandOf("e ${line}:${column}", file.c_str(), 0, -7).words,
+              (Words{"e", "1:1", file}));
+    for (const char* wrong : {"", "  ", "e 'x", "@terminal", "\"e"})
+        EXPECT_EQ(commandOf(wrong, file.c_str()).result, -1) << wrong;
+    EXPECT_TRUE(commandOf("", file.c_str()).words.empty());
+    EXPECT_EQ(commandOf("e", "").result, -1);
+    EXPECT_EQ(commandOf("e", nullptr).result, -1);
+    if (!kit::hasDrives) {
+        EXPECT_EQ(commandOf("e", "C:\\x").result, -1);
+        EXPECT_EQ(commandOf("e", "\\d\\x.c").words, (Words{"e", "/d/x.c"}));
+        EXPECT_EQ(commandOf("e ${dir}|", "/x").words, (Words{"e", "|", "/x"}));
+    }
+    // A name is no option: it is made absolute.
+    EXPECT_NE(commandOf("e", "-x").words.at(1)[0], '-');
+}
+
+TEST_F(SourceEditor, WhoIsAskedFirst) {
+    const std::string file = hostName("x.c");
+    const auto first = [&] {
+        const Command command = commandOf(nullptr, file.c_str());
+        return command.words.empty() ? std::string() : command.words[0];
+    };
+    EXPECT_EQ(commandOf(nullptr, file.c_str()).result, -1);
+    const kit::ScopedEnv last("EDITOR", "emacs -nw");
+    EXPECT_EQ(first(), "emacs");
+    {
+        const kit::ScopedEnv unknown("VISUAL", "my-editor --fast");
+        EXPECT_EQ(first(), "emacs") << "nobody knows how to tell it a line";
+        const kit::ScopedEnv broken("EDITOR", "emacs 'x");
+        EXPECT_EQ(commandOf(nullptr, file.c_str()).result, -1);
+    }
+    const kit::ScopedEnv known("VISUAL", "/opt/bin/code --wait");
+    EXPECT_EQ(commandOf(nullptr, file.c_str()).words,
+              (Words{"/opt/bin/code", "--goto", file + ":3:5"}));
+    const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "my-editor +${line}");
+    EXPECT_EQ(commandOf(nullptr, file.c_str()).words, (Words{"my-editor", "+3", file}));
+}
+
+/// What a program in an editor's place was called with.
+class Recorder {
+public:
+    explicit Recorder(const std::string& name)
+        : path_("PATH",
+                (tree_.path() + (kit::hasDrives ? ";" : ":") + std::getenv("PATH")).c_str()),
+          record_("RECORD_ARGUMENTS", tree_.path("record").c_str()) {
+        const std::string extension = kit::hasDrives ? ".exe" : "";
+        const std::string placed = kit::placeProgram("service_peer" + extension, tree_.path());
+        std::filesystem::rename(placed, tree_.path(name + extension));
+    }
+
+    Words words() const {
+        for (int i = 0; i < 500 && !tree_.exists("record"); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const std::string text = tree_.read("record");
+        Words words;
+        for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != std::string::npos;
+             begin = end + 1)
+            words.push_back(text.substr(begin, end - begin));
+        if (!words.empty())
+            words.erase(words.begin()); // the program itself
+        std::filesystem::remove(tree_.path("record"));
+        return words;
+    }
+
+private:
+    kit::TempTree tree_;
+    kit::ScopedEnv path_;
+    kit::ScopedEnv record_;
+};
+
+TEST_F(SourceEditor, AnEditorGetsTheLine) {
+    const kit::RecordingDirector director;
+    const kit::TempTree tree;
+    const Recorder code("code");
+    const kit::ScopedEnv own("VISUAL", "code");
+    for (const char* name : {"plain.c", "a b.c", "$(touch x)`y`'&;.c", "-x", "%PATH%^.c"}) {
+        tree.write(name, "text");
+        EXPECT_TRUE(kazShowSource(tree.path(name).c_str(), 12, 3)) << name;
+        const Words words = code.words();
+        ASSERT_EQ(words.size(), 2u) << name;
+        EXPECT_EQ(words[0], "--goto");
+        EXPECT_TRUE(words[1].ends_with(std::string(name) + ":12:3")) << words[1];
+    }
+    const kit::ScopedEnv terminal("KAZ_SOURCE_EDITOR", "@terminal code +${line} ${file}");
+    EXPECT_TRUE(kazShowSource(tree.path("plain.c").c_str()));
+    EXPECT_EQ(code.words().at(0), "+1"); // it has ended: nothing is waited for here
+    EXPECT_TRUE(director.errors.empty());
+}
+
+TEST_F(SourceEditor, WhatCannotBeShownIsReported) {
+    const kit::RecordingDirector director;
+    const kit::TempTree tree;
+    const std::string file = tree.write("x.c", "");
+    const std::string strange = "no-\x1b[31m";
+    EXPECT_FALSE(kazShowSource(strange.c_str()));
+    EXPECT_FALSE(kazShowSource(tree.path().c_str()));
+    EXPECT_FALSE(kazShowSource(nullptr));
+    EXPECT_FALSE(kazShowSource(file.c_str()));
+    {
+        const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "\x1b'");
+        EXPECT_FALSE(kazShowSource(file.c_str()));
+    }
+    const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "no-such-editor");
+    EXPECT_FALSE(kazShowSource(file.c_str()));
+    ASSERT_EQ(director.errors.size(), 6u);
+    EXPECT_EQ(director.errors[0], "There is no file \"no-\\x1B[31m\".");
+    EXPECT_EQ(director.errors[2], "There is no file \"\".");
+    EXPECT_EQ(director.errors[3],
+              "No source editor is configured; set the variable source_editor.");
+    EXPECT_EQ(director.errors[4], "The source editor \"\\x1B'\" cannot be read.");
+    EXPECT_TRUE(director.errors[5].starts_with("\"no-such-editor\" could not be started: "));
+}
+
+} // namespace
