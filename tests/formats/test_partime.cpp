@@ -3,6 +3,7 @@
 #include "tools/config/toolinfo.h"
 
 #include "kit/env.h"
+#include "kit/process.h"
 #include "kit/random.h"
 #include "kit/temp_tree.h"
 
@@ -69,9 +70,10 @@ protected:
 
     kit::Random rng_{kit::seed()};
 
+    kit::TempTree tree_;
+
 private:
     testing::ScopedTrace trace_{__FILE__, __LINE__, kit::seedText()};
-    kit::TempTree tree_;
     kit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
 };
 
@@ -467,6 +469,20 @@ TEST_F(Partime, AgesComeBackWithinAUnit) {
                                                                              : 365 * day;
         EXPECT_LT(std::abs(result.seconds - moment), unit) << text;
     }
+}
+
+TEST_F(Partime, TheToolOfTheGuideTellsWhatADateMeans) {
+    kit::RunOptions run;
+    run.env = {{"ToolInfo", tree_.write("ToolInfo", "date_language = nl\ndate_order = mdy\n")},
+               {"TZ", "UTC0"}};
+    const auto say = [&](const std::string& text) {
+        const kit::Result result = kit::run({"dates_guide", text}, run);
+        return std::to_string(result.status) + result.out + result.err;
+    };
+    EXPECT_EQ(say("3/4/2026"), "04 maart 2026\n");
+    EXPECT_EQ(say("1 mei 1999"), "01 mei 1999\n");
+    EXPECT_EQ(say("now, sort of"), "1not understood as a date: sort of\n");
+    EXPECT_TRUE(say("3 days ago").ends_with(" (3 days ago)\n"));
 }
 
 } // namespace
