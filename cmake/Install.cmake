@@ -50,6 +50,11 @@ endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/moxtools.pc.in ${PROJECT_BINARY_DIR}/moxtools.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/moxtools.pc DESTINATION ${lib}/pkgconfig COMPONENT development)
 
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/moxtools)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md
-              ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/moxtools COMPONENT documentation)
+              ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/SECURITY.md
+        DESTINATION ${documents} COMPONENT documentation)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${documents}/docs COMPONENT documentation
+        FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.1)
+install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT documentation)

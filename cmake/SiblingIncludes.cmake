@@ -1,7 +1,7 @@
 # Run at installation with `headers` set: installed headers include each other by
 # where they lie beside one another, so that a file of the same name in a user's own
 # include directories, such as tools/export.h, cannot get in between.
-set(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${headers}")
+get_filename_component(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${headers}" ABSOLUTE)
 file(GLOB_RECURSE installed "${root}/*.h")
 foreach(file IN LISTS installed)
   file(RELATIVE_PATH name "${root}" "${file}")

@@ -21,7 +21,8 @@ function(expect_greeting) # COMMAND...
   endif()
 endfunction()
 
-run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${scratch}/suite)
+file(MAKE_DIRECTORY ${scratch})
+run(${CMAKE_COMMAND} -E chdir ${scratch} ${CMAKE_COMMAND} --install ${BUILD} --prefix suite)
 set(flags "")
 if(SANITIZE)
   set(flags "-fsanitize=${SANITIZE}")
@@ -61,6 +62,19 @@ if(pkg_config AND NOT TOOLCHAIN)
   separate_arguments(options UNIX_COMMAND "${flags} ${out}")
   run(${COMPILER} ${SOURCE}/examples/hello-tool/hello_tool.cpp -o ${scratch}/by_pkg_config ${options})
   expect_greeting(${scratch}/by_pkg_config)
+
+  # As packages install it: the loader meets a link, and the suite is where that leads.
+  file(GLOB library RELATIVE ${scratch}/suite/bin ${scratch}/suite/bin/libmoxtools.so.?)
+  file(MAKE_DIRECTORY ${scratch}/system)
+  file(CREATE_LINK ${scratch}/suite/bin/${library} ${scratch}/system/${library} SYMBOLIC)
+  run(${COMPILER} ${CMAKE_CURRENT_LIST_DIR}/where.cpp -o ${scratch}/where ${options})
+  foreach(folder system suite/bin)
+    run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${scratch}/${folder} ${scratch}/where)
+    string(REPLACE "/" "\\" root "${scratch}/suite\n")
+    if(NOT out STREQUAL root)
+      message(FATAL_ERROR "Loaded from ${folder}, the root is ${out}")
+    endif()
+  endforeach()
 endif()
 
 # The suite as a whole, with the tool in it, works from another place.

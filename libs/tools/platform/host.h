@@ -81,8 +81,9 @@ const std::string& absolutePath(const char* path);
 std::string currentDirectory();
 
 /// The file that holds this library's code: absolute, links resolved in its
-/// directory part only, so that a versioned name stays as it was loaded. Empty
-/// when it cannot be told.
+/// directory part only, so that a versioned name stays as it was loaded. On POSIX
+/// a file without a "bin" above it may be a link from a system's directory into a
+/// suite: its name is then resolved as a whole. Empty when it cannot be told.
 std::string moduleFileName();
 
 /// The user's home directory from the system's user database; empty when the

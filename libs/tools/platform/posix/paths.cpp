@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 #include <string>
 #include <string_view>
+#include <strings.h>
 #include <unistd.h>
 
 namespace kaz::host {
@@ -114,9 +115,18 @@ std::string resolvedLink(const char* link) {
                       : std::string();
 }
 
-std::string resolvedDirectory(const std::string& directory) {
+std::string resolvedPath(const std::string& path) {
     std::array<char, PATH_MAX> buffer;
-    return ::realpath(directory.c_str(), buffer.data()) != nullptr ? buffer.data() : "";
+    return ::realpath(path.c_str(), buffer.data()) != nullptr ? buffer.data() : "";
+}
+
+/// Whether a component of @p directory, which ends in a separator, is called "bin".
+bool liesInBin(const std::string& directory) {
+    for (std::size_t start = 0, end; (end = directory.find('/', start)) != directory.npos;
+         start = end + 1)
+        if (end - start == 3 && ::strncasecmp(directory.c_str() + start, "bin", 3) == 0)
+            return true;
+    return false;
 }
 
 } // namespace
@@ -190,12 +200,14 @@ std::string moduleFileName() {
     const std::size_t slash = file.rfind('/');
     if (slash == std::string::npos)
         return {};
-    std::string directory = resolvedDirectory(file.substr(0, slash + 1));
+    std::string directory = resolvedPath(file.substr(0, slash + 1));
     if (directory.empty())
         return {};
     if (directory.back() != '/')
         directory += '/';
-    return nativePath((directory + file.substr(slash + 1)).c_str());
+    const std::string name = directory + file.substr(slash + 1);
+    const std::string resolved = liesInBin(directory) ? name : resolvedPath(name);
+    return nativePath((resolved.empty() ? name : resolved).c_str());
 }
 
 } // namespace kaz::host
