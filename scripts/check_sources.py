@@ -6,11 +6,14 @@
   header or a platform conditional appears nowhere outside the platform folder.
 - Every public header is part of the umbrella header.
 - Include guards are `#pragma once`; includes are written from the root libs/.
+- With --licences: every source says which licence it is under.
 """
 
 import pathlib
 import re
 import sys
+
+import licences
 
 root = pathlib.Path(__file__).resolve().parent.parent
 library = root / "libs" / "tools"
@@ -108,6 +111,9 @@ for source in sorted(library.rglob("*")):
 check_umbrella()
 problems += [f"scripts/check_sources.py: {room} no longer includes {header}: take the row out"
              for room, header in upward.keys() - used if room != "formats"]
+if "--licences" in sys.argv:
+    problems += [f"{path.relative_to(root)}:1: no licence: ./dev format --licences"
+                 for path in licences.without_line()]
 for problem in problems:
     print(problem)
 sys.exit(1 if problems else 0)
