@@ -7,6 +7,7 @@
 #include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazStringColl.h"
 #include "tools/containers/KazStringCollIterator.h"
+#include "tools/containers/detail/soundness.h"
 
 #include <algorithm>
 #include <array>
@@ -119,6 +120,33 @@ void arrayBehavesLikeAVector(Input& input) {
 
 // ---- The collection and its iterators
 
+/// A call of an element function, and what it sees in the collection; 0 for null.
+struct Call {
+    char what;
+    int value;
+    std::vector<int> seen;
+    bool operator==(const Call&) const = default;
+};
+std::vector<Call> calls;
+const KazColl* watched = nullptr;
+
+void noteCall(char what, int value) {
+    calls.push_back({what, value, {}});
+    for (int i = 0; watched && i < watched->getSize(); ++i)
+        calls.back().seen.push_back(valueOf((*watched)[i]));
+}
+
+void* notedCheckIn(void* element) {
+    noteCall('i', valueOf(element));
+    return Counted::checkIn(element);
+}
+
+void notedCheckOut(void* element) {
+    const int value = valueOf(element);
+    Counted::checkOut(element); // whatever the collection shows now is not this one
+    noteCall('o', value);
+}
+
 /// An iterator and where it should stand; -2 is done.
 struct Tracked {
     KazCollIterator real;
@@ -129,9 +157,25 @@ struct Tracked {
 struct Model {
     std::vector<int> values;
     std::list<Tracked> iterators;
+    std::vector<Call> calls;
 
     int size() const { return static_cast<int>(values.size()); }
+    void note(char what, int value) { calls.push_back({what, value, values}); }
+    /// One item is checked in first, several when they are in their places.
+    void insertOne(int at, int item) {
+        note('i', item);
+        put(at, {item});
+    }
     void insert(int at, const std::vector<int>& items) {
+        put(at, items);
+        for (int item : items)
+            note('i', item);
+    }
+    void leave(int at) {
+        const int left = std::exchange(values[static_cast<std::size_t>(at)], 0);
+        note('o', left);
+    }
+    void put(int at, const std::vector<int>& items) {
         if (at > size())
             values.resize(static_cast<std::size_t>(at));
         values.insert(values.begin() + at, items.begin(), items.end());
@@ -139,11 +183,15 @@ struct Model {
             i.position += i.position >= at ? static_cast<int>(items.size()) : 0;
     }
     void remove(int at, int count) {
+        for (int i = at; i < at + count; ++i)
+            leave(i);
         values.erase(values.begin() + at, values.begin() + at + count);
         for (auto& [real, position] : iterators)
             position = position >= at ? std::max(position - count, at - 1) : position;
     }
     void clear() {
+        for (int i = size() - 1; i >= 0; --i)
+            leave(i);
         values.clear();
         for (Tracked& i : iterators)
             i.position = -2;
@@ -165,24 +213,35 @@ public:
         switch (input.between(0, 9)) {
         case 0:
             FUZZ_CHECK(coll.add(&one) == size);
-            model.values.push_back(one.value());
+            model.insertOne(size, one.value());
             break;
         case 1: {
             void* items[] = {&one, &two};
-            const bool both = input.flag();
-            coll.insertAt(at, items, both ? 2 : 1);
-            model.insert(at, both ? std::vector{one.value(), 7} : std::vector{one.value()});
+            if (input.flag()) {
+                coll.insertAt(at, items, 2);
+                model.insert(at, {one.value(), 7});
+            } else {
+                coll.insertAt(at, &one);
+                model.insertOne(at, one.value());
+            }
             break;
         }
         case 2:
             if (size > 0 && size < 200) {
-                coll.insertAt(at, coll);
-                model.insert(at, std::vector<int>(model.values));
+                if (input.flag()) {
+                    coll.insertAt(at, coll);
+                    model.insert(at, std::vector<int>(model.values));
+                } else {
+                    FUZZ_CHECK(coll.append(coll) == size);
+                    model.insert(size, std::vector<int>(model.values));
+                }
             }
             break;
         case 3:
             if (size > 0) {
                 coll.setAt(at % size, &one);
+                model.leave(at % size);
+                model.note('i', one.value());
                 model.values[static_cast<std::size_t>(at % size)] = one.value();
             }
             break;
@@ -224,7 +283,9 @@ private:
         model.clear();
     }
 
-    void check() const {
+    void check() {
+        FUZZ_CHECK(std::exchange(calls, {}) == std::exchange(model.calls, {}));
+        FUZZ_CHECK(kaz::detail::Soundness::holds(coll));
         FUZZ_CHECK(coll.getSize() == model.size());
         for (int i = 0; i < model.size(); ++i)
             FUZZ_CHECK(valueOf(coll[i]) == model.item(i));
@@ -241,11 +302,14 @@ private:
 void iteratorsKeepTheirElements(Input& input) {
     {
         KazColl coll;
-        coll.setCheckIn(Counted::checkIn);
-        coll.setCheckOut(Counted::checkOut);
+        coll.setCheckIn(notedCheckIn);
+        coll.setCheckOut(notedCheckOut);
+        watched = &coll;
+        calls.clear();
         Walked walked(coll);
         for (int work = 0; !input.empty() && work < 300000; work += walked.size() + 1)
             walked.change(input);
+        watched = nullptr;
         KazColl copied(coll);
         copied.append(coll);
     }
@@ -377,15 +441,17 @@ public:
             break;
         default:
             if (checksIn && other && size < 30)
-                input.flag() ? coll->copy(*other) : coll->insertAt(0, *other);
+                takeOver(*coll, *other);
         }
     }
 
     /// Whatever can be reached is alive: the sanitizer sees to the rest.
     void check() {
-        for (const auto& coll : colls)
+        for (const auto& coll : colls) {
+            FUZZ_CHECK(!coll || kaz::detail::Soundness::holds(*coll));
             for (int i = 0; coll && i < coll->getSize(); ++i)
                 FUZZ_CHECK(valueOf((*coll)[i]) >= 0);
+        }
         for (const auto& each : iterators) {
             FUZZ_CHECK(!each || valueOf(each->item()) >= 0);
             if (each)
@@ -394,6 +460,23 @@ public:
     }
 
 private:
+    void takeOver(KazColl& coll, const KazColl& other) {
+        Counted items[] = {Counted(1), Counted(2), Counted(3)};
+        void* given[] = {&items[0], &items[1], &items[2]};
+        const int at = input.between(0, coll.getSize() + 1);
+        switch (input.between(0, 3)) {
+        case 0:
+            return coll.copy(other);
+        case 1:
+            return coll.insertAt(at, other);
+        case 2:
+            coll.append(other);
+            return;
+        default:
+            coll.insertAt(at, given, 3);
+        }
+    }
+
     /// What is not checked in is the collection's from then on.
     template <typename Action>
     void withItem(Action action) {

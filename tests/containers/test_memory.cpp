@@ -70,6 +70,10 @@ struct Coll : OwningColl {
     Coll() { fill(1, 4); }
 };
 
+struct RoomyColl : Coll {
+    RoomyColl() { inflate(64); }
+};
+
 struct Table : KazHashTable {
     Table() : KazHashTable(Counted::compare, Counted::hash, 7) {
         setKeyCheckIn(Counted::checkIn);
@@ -151,9 +155,10 @@ TEST(ContainerMemoryTest, ArraysAndCollections) {
     const Coll other;
     sweep<Coll>(2, [&](Coll& c) { c.add(&one); });
     sweep<Coll>(2, [&](Coll& c) { c.insertAt(1, &one); });
-    sweep<Coll>(4, [&](Coll& c) { c.insertAt(9, pair, 2); });
-    sweep<Coll>(6, [&](Coll& c) { c.insertAt(1, c); });
-    sweep<Coll>(6, [&](Coll& c) { c.append(other); });
+    sweep<Coll>(2, [&](Coll& c) { c.insertAt(9, pair, 2); });
+    sweep<RoomyColl>(3, [&](Coll& c) { c.insertAt(9, pair, 2); });
+    sweep<RoomyColl>(6, [&](Coll& c) { c.insertAt(1, c); });
+    sweep<RoomyColl>(5, [&](Coll& c) { c.append(other); });
     // What these replace is gone before the new comes in.
     sweep<Coll>(
         1, [&](Coll& c) { c.setAt(1, &one); },
@@ -166,10 +171,10 @@ TEST(ContainerMemoryTest, ArraysAndCollections) {
 
     const int numbers[] = {3, 4, 5};
     sweep<KazIntColl>(1, [](KazIntColl& c) { c.add(3); });
-    sweep<KazIntColl>(2, [&](KazIntColl& c) { c.insertAt(0, numbers, 3); });
+    sweep<KazIntColl>(1, [&](KazIntColl& c) { c.insertAt(0, numbers, 3); });
     const KazString text = "text", texts[] = {"a", "b"};
     sweep<KazStringColl>(1, [&](KazStringColl& c) { c.add(text); });
-    sweep<KazStringColl>(2, [&](KazStringColl& c) { c.insertAt(2, texts, 2); });
+    sweep<KazStringColl>(1, [&](KazStringColl& c) { c.insertAt(2, texts, 2); });
 }
 
 TEST(ContainerMemoryTest, CopyEmptiesFirstAndRemovalNeedsNothing) {
@@ -195,7 +200,6 @@ TEST(ContainerMemoryTest, CopyEmptiesFirstAndRemovalNeedsNothing) {
     {
         FailAllocation failure(1, FailAllocation::onward);
         coll.removeAt(1, 190);
-        EXPECT_TRUE(failure.hit());
         array.freeExtra();
         map.freeExtra();
     }

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
 
 namespace {
@@ -153,7 +154,8 @@ void KazArrayPtr::insertAt(int index, void** items, int count) {
     // Slots of this storage move or are zeroed when the gap opens, also those
     // that only another array of a larger size counts.
     kaz::detail::HeapPtr<void*> aside;
-    if (data && items >= data && items < data + capacity && count > 0) {
+    const std::less<> precedes; // orders pointers of different blocks too
+    if (data && !precedes(items, data) && precedes(items, data + capacity) && count > 0) {
         aside.reset(static_cast<void**>(kaz::detail::allocate(storageBytes(0, count))));
         moveSlots(aside.get(), items, count);
         items = aside.get();

@@ -6,6 +6,14 @@
 
 class KazCollIterator;
 
+namespace kaz::detail {
+class Arrival;
+class Removal;
+class Passage;
+class SourceWatch;
+struct Soundness;
+} // namespace kaz::detail
+
 /// A KazArrayPtr whose elements may belong to it, and whose iterators stay
 /// with their elements while others come and go.
 ///
@@ -21,9 +29,17 @@ class KazCollIterator;
 ///     for (KazCollIterator i(names); !i.isDone(); i.next())
 ///         use(i.item());
 ///
-/// Element functions may use the collection: an element that leaves is out of
-/// it before check-out is called, one that enters is in it only after check-in
-/// has returned. Check-out must not throw. When check-in throws or growth
+/// Element functions may look at the collection and change it, and see it so:
+/// - add, setAt and the insertion of one item check it in before it has a place. With
+///   several items all stand in their slots, as they were given, before the first is
+///   checked in, each where it stands.
+/// - Elements that leave still count, and stay where they are, until all of them are
+///   checked out. What is being checked out, or has been, reads as null in its slot.
+/// - Iterators stand by their elements throughout.
+/// - Items that a function takes out again before they are checked in are as they were
+///   given. If it takes elements out of the collection that the items come from, those
+///   not yet checked in do not come in any more.
+/// Check-out must not throw. When check-in throws or growth
 /// fails, the collection is unchanged, what was checked in is checked out again,
 /// and without a check-in function the items are still the caller's; only setAt
 /// and copy have by then checked out what they replace (setAt leaves a null
@@ -38,6 +54,7 @@ class KazCollIterator;
 /// - Whoever must grow takes slots of its own and checks its elements in once
 ///   more. With only a check-out function nothing can be held twice: then all
 ///   move to the larger storage together.
+/// - Several items are checked in aside before they come into common slots.
 /// - Letting go (removeAll, assignment, destruction) checks out nothing while
 ///   another object still has the elements.
 ///
@@ -107,18 +124,25 @@ public:
     void freeExtra();
 
 protected:
+    /// Makes place for @p count slots at @p index; gives the first one.
+    void** openSlots(int index, int count);
+
     /// Reads an index of an iterator without trusting it: null outside.
     void* peek(int index) const { return index >= 0 && index < size ? slot(index) : nullptr; }
 
 private:
     friend class KazCollIterator;
+    friend struct kaz::detail::Soundness;
     class Incoming;
+    template <typename P>
+    class Under;
 
     /// Contents that no longer belong to a collection.
     struct Departing {
         void** slots;
         int count;
         CheckOut checkOut;
+        bool hasGaps; ///< null is what was checked out before, not an element
     };
 
     // They would bypass the element functions.
@@ -136,10 +160,16 @@ private:
     void joinSharersOf(const KazColl& other);
     void leaveSharers();
     template <typename Visit>
-    void forEachSharer(Visit visit);
+    void forEachSharer(Visit visit) const;
 
     Departing depart();
     static void dismiss(const Departing& contents);
+    void letGo();
+
+    bool isBusy() const;
+    void* checkedInAt(int index) const;
+    void checkOutAt(int index, bool isNested);
+    void removeVacated(const kaz::detail::Removal& going);
 
     bool holdsElement(int index) const;
     void* take(int index);
@@ -149,9 +179,12 @@ private:
     void separate(int newCapacity);
     void moveTogether(int newCapacity);
     void prepare(int index, int count);
-    int appendItems(Incoming& items);
-    void insertItems(int index, Incoming& items);
-    void extract(int index, int count, void** removed);
+    int insertAll(int index, void* const* items, int count, const KazColl* source);
+    int insertAside(int index, void* const* items, int count, const KazColl* source);
+    void insertInPlace(int index, void* const* items, int count, const KazColl* source);
+    void checkInPlaced(kaz::detail::Arrival& arrival, const kaz::detail::SourceWatch& watch);
+    void removeItems(const kaz::detail::Arrival& arrival, int from);
+    void extract(int index, int count);
     void advanceIterators(int index, int count);
     void withdrawIterators(int index, int count);
 
@@ -161,4 +194,6 @@ private:
     /// Ring of the collections that share the storage; this one when alone. What
     /// they share they own once: the last one to leave the ring checks it out.
     mutable KazColl* nextSharer = this;
+    /// What this object has under way while element functions run, the innermost first.
+    mutable kaz::detail::Passage* passages = nullptr;
 };

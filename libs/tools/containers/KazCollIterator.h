@@ -42,6 +42,7 @@ public:
 
 private:
     friend class KazColl;
+    friend struct kaz::detail::Soundness;
 
     static constexpr std::int32_t done = -2;
 

@@ -1,10 +1,9 @@
 #include "tools/containers/KazIntColl.h"
 
-#include <algorithm>
-#include <vector>
-
 void KazIntColl::insertAt(int index, const int* values, int count) {
-    std::vector<void*> items(static_cast<std::size_t>(std::max(count, 0)));
-    std::transform(values, values + items.size(), items.begin(), toItem);
-    KazColl::insertAt(index, items.data(), count);
+    if (count < 0)
+        count = 0;
+    openSlots(index, count);
+    for (int i = 0; i < count; ++i)
+        slot(index + i) = toItem(values[i]);
 }

@@ -3,6 +3,7 @@
 /// not part of the library.
 #pragma once
 
+#include "tools/containers/KazCollIterator.h"
 #include "tools/containers/detail/HeldTable.h"
 
 #include <cstdint>
@@ -34,6 +35,24 @@ struct Soundness {
             return sound;
         sound = sound && texts->unsorted() == unsorted && texts->index().isSound();
         return sound && (!texts->isActive() || isRepeated(table));
+    }
+
+    /// Sizes, iterators, and the ring of those that share the slots.
+    static bool holds(const KazColl& coll) {
+        bool sound = coll.size >= 0 && coll.size <= coll.capacity && !coll.passages &&
+                     (coll.data != nullptr) == (coll.capacity > 0);
+        for (const KazCollIterator* i = coll.iterators; i; i = i->nextIterator)
+            sound = sound && i->collection == &coll && i->index >= -2;
+        int sharers = 1;
+        for (const KazColl* other = coll.nextSharer; other != &coll; other = other->nextSharer) {
+            sound = sound && other->data == coll.data && other->capacity == coll.capacity;
+            ++sharers;
+        }
+        if (!coll.data)
+            return sound && sharers == 1;
+        const auto& storage = coll.storage();
+        return sound && storage.owners == sharers && storage.occupied <= coll.capacity &&
+               (storage.occupied >= 0 || sharers == 1);
     }
 
 private:

@@ -1,0 +1,91 @@
+#include "tools/containers/detail/Passages.h"
+
+#include "tools/util/detail/allocate.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace kaz::detail {
+
+namespace {
+
+/// Where a place is after a removal; the first one behind it when it is gone.
+int placeAfter(int place, int index, int count) {
+    return place <= index ? place : std::max(index, place - count);
+}
+
+} // namespace
+
+void Passage::enter(Passage*& list) {
+    outer = list;
+    list = this;
+}
+
+void Passage::leave(Passage*& list) const {
+    list = outer;
+}
+
+void Removal::inserted(int index, int count) {
+    if (index > begin && index >= end)
+        return;
+    // What comes to stand where the next one is taken is not taken with it.
+    const bool isBeforeNext = direction == up ? index <= next : index < next;
+    next += index <= begin || isBeforeNext ? count : 0;
+    begin += index <= begin ? count : 0;
+    end += count;
+}
+
+void Removal::removed(int index, int count) {
+    begin = placeAfter(begin, index, count);
+    next = placeAfter(next, index, count);
+    end = placeAfter(end, index, count);
+}
+
+Arrival::Arrival(int count)
+    : places(static_cast<int*>(allocate(static_cast<std::size_t>(count) * sizeof(int)))),
+      total(count) {
+    std::fill_n(places.get(), total, -1);
+}
+
+void Arrival::begin(int index, void** const& slots) {
+    data = &slots;
+    for (int i = 0; i < total; ++i)
+        places.get()[i] = index + i;
+}
+
+void Arrival::inserted(int index, int count) {
+    for (int i = 0; i < total; ++i)
+        places.get()[i] += places.get()[i] >= index ? count : 0;
+}
+
+void Arrival::removed(int index, int count) {
+    for (int i = 0; i < total; ++i) {
+        int& place = places.get()[i];
+        if (place >= index)
+            place = place < index + count ? -1 : place - count;
+    }
+}
+
+void Arrival::abandoned() {
+    for (int i = 0; i < total; ++i) {
+        if (i >= next && places.get()[i] >= 0)
+            (*data)[places.get()[i]] = nullptr;
+        places.get()[i] = -1;
+    }
+}
+
+bool Arrival::knows(int index) const {
+    const int* const all = places.get();
+    return std::find(all + next, all + total, index) != all + total;
+}
+
+bool Arrival::yields(int index) {
+    int* const end = places.get() + total;
+    int* const found = std::find(places.get() + next, end, index);
+    if (found == end)
+        return false;
+    *found = -1;
+    return true;
+}
+
+} // namespace kaz::detail
