@@ -83,6 +83,7 @@
 #include "tools/app/KazApp.h"
 #include "tools/app/KazArgDescription.h"
 #include "tools/app/KazArgProblem.h"
+#include "tools/app/KazCommandLine.h"
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/KazContext.h"
 #include "tools/app/KazEditorsBase.h"

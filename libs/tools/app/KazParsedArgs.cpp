@@ -67,6 +67,7 @@ struct KazParsedArgs::Line {
     const arg_type_enum* required;
     TypeSet accepted;
     std::vector<KazArgMeaning>& meanings;
+    bool isQuiet;
     TypeSet seen{};
     int position = 1;
 
@@ -88,11 +89,26 @@ KazParsedArgs::~KazParsedArgs() {
 
 bool KazParsedArgs::parse(int argc, char** argv, const arg_type_enum* required,
                           const arg_type_enum* optional, int minUntagged) {
+    return read(argc, argv, required, optional, minUntagged, false);
+}
+
+bool KazParsedArgs::examine(int argc, char** argv, const arg_type_enum* required,
+                            const arg_type_enum* optional, int minUntagged) {
+    return read(argc, argv, required, optional, minUntagged, true);
+}
+
+void KazParsedArgs::addUntagged(const char* text) {
+    append(untagged, text);
+}
+
+bool KazParsedArgs::read(int argc, char** argv, const arg_type_enum* required,
+                         const arg_type_enum* optional, int minUntagged, bool isQuiet) {
     if (record == nullptr)
         record = new Record;
     record->problem = {};
     record->meanings.assign(static_cast<std::size_t>(std::max(argc, 0)), {});
-    Line line{argc, argv, required, typesOf(required) | typesOf(optional), record->meanings};
+    Line line{argc,   argv, required, typesOf(required) | typesOf(optional), record->meanings,
+              isQuiet};
     for (; line.position < argc; ++line.position) {
         const char* argument = line.current();
         if (argument == nullptr)
@@ -140,7 +156,8 @@ bool KazParsedArgs::parseOption(Line& line) {
     if (hasValues(row->type) && row->repeatLimit <= 1) {
         // The values of the repetition stay on the line as plain arguments.
         line.note({KazArgMeaning::repetition, row, 0});
-        print_err("%s repeated on command line, using first value\n", row->text);
+        if (!line.isQuiet)
+            print_err("%s repeated on command line, using first value\n", row->text);
         return true;
     }
     line.note({KazArgMeaning::option, row, 0});
@@ -184,8 +201,9 @@ bool KazParsedArgs::assignSwitch(const KazArgDescription& row, const char* argum
 bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
     const int stored = hasValues(row.type) ? values[row.type]->getSize() : 0;
     if (row.repeatLimit >= 2 && stored + row.valueCount > row.valueCount * row.repeatLimit) {
-        print_err("%s argument repeated more than %d times on command line\n", row.text,
-                  row.repeatLimit);
+        if (!line.isQuiet)
+            print_err("%s argument repeated more than %d times on command line\n", row.text,
+                      row.repeatLimit);
         return refuse(line, KazArgProblem::tooOften, &row);
     }
     for (int i = 0; i < row.valueCount; ++i) {

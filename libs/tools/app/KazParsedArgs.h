@@ -36,6 +36,14 @@ public:
     bool parse(int argc, char** argv, const arg_type_enum* required, const arg_type_enum* optional,
                int minUntagged);
 
+    /// Reads the line as parse() does and shows nothing: for a set of its own that is asked
+    /// what the line would mean.
+    bool examine(int argc, char** argv, const arg_type_enum* required,
+                 const arg_type_enum* optional, int minUntagged);
+
+    /// Appends a plain argument, whatever it looks like. Null counts as "".
+    void addUntagged(const char* text);
+
     /// Why the last parse() returned false. Without a problem after one that returned
     /// true, before the first, and after one that an exception ended.
     KazArgProblem getProblem() const;
@@ -65,6 +73,8 @@ private:
     struct Line;
     struct Record;
 
+    bool read(int argc, char** argv, const arg_type_enum* required, const arg_type_enum* optional,
+              int minUntagged, bool isQuiet);
     bool refuse(const Line& line, KazArgProblem::Kind kind, const KazArgDescription* row);
     bool isLegalArgument(arg_type_enum type, Line& line) const;
     bool hasRequiredArguments(const Line& line);

@@ -1,0 +1,371 @@
+// The parser is asked, never imitated: it reads the line into a set of its own and says
+// what each word was. A word that it does not know may be one of the tool's, which is
+// taken out, or "--", where the line is cut; then it reads what is left.
+
+#include "tools/app/detail/LineReading.h"
+
+#include "tools/app/detail/NearWords.h"
+#include "tools/formats/encode.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+
+namespace kaz::detail {
+
+namespace {
+
+constexpr std::string_view wordsAboutTools[] = {"-help",     "--help",     "-version",  "--version",
+                                                "--explain", "--describe", "--complete"};
+
+std::string shown(const char* word) {
+    return kazPrintable(word).getValue();
+}
+
+bool isWholeNumber(std::string_view text) {
+    if (!text.empty() && text[0] == '+' && text.substr(1, 1) != "-")
+        text.remove_prefix(1);
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+std::vector<std::string> choicesOf(const LineOption& option) {
+    std::vector<std::string> choices;
+    std::string_view text = option.choices != nullptr ? option.choices : "";
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('|'), text.size());
+        choices.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return choices;
+}
+
+bool begins(std::string_view text, std::string_view beginning) {
+    return text.size() >= beginning.size() &&
+           editDistance(text.substr(0, beginning.size()), beginning, 0) == 0;
+}
+
+std::string nameOf(const KazArgDescription& row, const char* word) {
+    std::string name =
+        row.text + std::string(", row ") + std::to_string(&row - KazArgDescription::table());
+    if (std::strlen(word) < std::strlen(row.text))
+        name += ", abbreviated";
+    return name;
+}
+
+const char* textOf(const LineOption& option) {
+    return KazArgDescription::find(option.type)->text;
+}
+
+} // namespace
+
+const LineOption* findOption(const LineDescription& description, arg_type_enum type) {
+    const LineOption* const end = description.options + description.optionCount;
+    const LineOption* const found = std::find_if(
+        description.options, end, [type](const LineOption& option) { return option.type == type; });
+    return found != end ? found : nullptr;
+}
+
+std::string shortestForm(const KazArgDescription& row) {
+    const std::string text = row.text;
+    for (std::size_t length = 1; length < text.size(); ++length)
+        if (KazArgDescription::match(text.substr(0, length).c_str()) == &row)
+            return text.substr(0, length);
+    return text;
+}
+
+bool isAboutTool(const LineDescription& description, std::string_view word) {
+    if (word == "-version" && findOption(description, arg_version) != nullptr)
+        return false;
+    return std::find(std::begin(wordsAboutTools), std::end(wordsAboutTools), word) !=
+           std::end(wordsAboutTools);
+}
+
+LineReading::LineReading(const LineDescription& description, int argc, char** argv)
+    : description_(description) {
+    for (int i = 0; i < description.optionCount; ++i)
+        (description.options[i].required ? required_ : optional_)
+            .push_back(description.options[i].type);
+    required_.push_back(arg_end);
+    optional_.push_back(arg_end);
+    for (int i = 0; i < argc; ++i) {
+        all_.push_back(argv[i]);
+        if (argv[i] == nullptr && i > 0)
+            continue; // passed over, as the parser does
+        words_.push_back(argv[i]);
+        positions_.push_back(i);
+    }
+    do
+        read();
+    while (takeOwnWord());
+    wordPosition_ = nextWordAboutTool();
+}
+
+void LineReading::read() {
+    args_ = std::make_unique<KazParsedArgs>();
+    args_->examine(static_cast<int>(words_.size()), words_.data(), required_.data(),
+                   optional_.data(), 0);
+    problem_ = args_->getProblem();
+}
+
+/// Whether the word that the parser stopped at was none of its business.
+bool LineReading::takeOwnWord() {
+    if (problem_.kind != KazArgProblem::unknownOption)
+        return false;
+    const auto at = problem_.position;
+    const std::string word = words_[static_cast<std::size_t>(at)];
+    if (word == "--") {
+        rest_.assign(words_.begin() + at + 1, words_.end());
+        words_.resize(static_cast<std::size_t>(at));
+        return true;
+    }
+    const auto* const end = description_.words + description_.wordCount;
+    if (std::none_of(description_.words, end,
+                     [&word](const KazCommandLine::Word& own) { return word == own.text; }))
+        return false;
+    if (std::find(given_.begin(), given_.end(), word) != given_.end()) {
+        repeatedWord_ = word;
+        return false;
+    }
+    given_.push_back(word);
+    words_.erase(words_.begin() + at);
+    positions_.erase(positions_.begin() + at);
+    return true;
+}
+
+/// Behind a mistake the parser begins anew with the next word, so that who asks for help
+/// gets it wherever the mistake is.
+int LineReading::nextWordAboutTool() const {
+    KazArgProblem problem = problem_;
+    std::size_t at = 0;
+    while (problem.kind != KazArgProblem::none && problem.position > 0) {
+        at += static_cast<std::size_t>(problem.position);
+        if (isAboutTool(description_, words_[at]))
+            return positions_[at];
+        KazParsedArgs further;
+        std::vector<char*> words(words_.begin() + static_cast<std::ptrdiff_t>(at), words_.end());
+        further.examine(static_cast<int>(words.size()), words.data(), required_.data(),
+                        optional_.data(), 0);
+        problem = further.getProblem();
+    }
+    return 0;
+}
+
+std::string LineReading::problem() const {
+    if (!repeatedWord_.empty())
+        return "option " + repeatedWord_ + " is given more than 1 times";
+    return problem_.kind != KazArgProblem::none ? parserProblem() : ownProblem();
+}
+
+std::string LineReading::parserProblem() const {
+    const char* const word =
+        problem_.position > 0 ? words_[static_cast<std::size_t>(problem_.position)] : "";
+    const std::string text = problem_.row != nullptr ? problem_.row->text : "";
+    switch (problem_.kind) {
+    case KazArgProblem::unlistedOption:
+        return unlistedProblem(word);
+    case KazArgProblem::valuesMissing:
+        return "option " + text +
+               (problem_.row->valueCount == 1
+                    ? " needs a value"
+                    : " needs " + std::to_string(problem_.row->valueCount) + " values");
+    case KazArgProblem::tooOften:
+        return "option " + text + " is given more than " +
+               std::to_string(problem_.row->repeatLimit) + " times";
+    case KazArgProblem::requiredMissing: {
+        const LineOption& option = *findOption(description_, problem_.row->type);
+        return "option " + text + (option.value != nullptr ? std::string(" ") + option.value : "") +
+               " is missing";
+    }
+    default:
+        return "unknown option " + shown(word) + hintFor(word);
+    }
+}
+
+std::string LineReading::unlistedProblem(const std::string& word) const {
+    const KazArgDescription& row = *problem_.row;
+    if (!problem_.isAbbreviated)
+        return std::string("option ") + row.text + " is not for this program" + hintFor(word);
+    std::vector<std::string> words;
+    for (int i = 0; i < description_.optionCount; ++i) {
+        const std::string text = textOf(description_.options[i]);
+        const std::string shortest =
+            shortestForm(*KazArgDescription::find(description_.options[i].type));
+        if (begins(text, word) && words.size() < 3)
+            words.push_back(shortest != text ? text + " (" + shortest + ")" : text);
+    }
+    return shown(word.c_str()) + " means " + row.text + ", which is not for this program" +
+           hintOf(words);
+}
+
+/// Near words of an option; "-system=plant" is near to "-system plant".
+std::string LineReading::hintFor(const std::string& word) const {
+    std::vector<std::string> candidates;
+    for (int i = 0; i < description_.optionCount; ++i)
+        candidates.emplace_back(textOf(description_.options[i]));
+    for (int i = 0; i < description_.wordCount; ++i)
+        candidates.emplace_back(description_.words[i].text);
+    candidates.insert(candidates.end(), {"-help", "-version"});
+    const std::size_t equals = std::min(word.find('='), word.size());
+    std::vector<std::string> words =
+        nearWords(std::string_view(word).substr(0, equals), candidates);
+    if (equals < word.size() && words.size() == 1) {
+        const KazArgDescription* const row = KazArgDescription::match(words[0].c_str());
+        if (row != nullptr && row->valueCount > 0)
+            words[0] += " " + shown(word.c_str() + equals + 1);
+    }
+    return hintOf(words);
+}
+
+/// What the parser lets through.
+std::string LineReading::ownProblem() const {
+    const std::vector<const char*> given = arguments();
+    const auto count = static_cast<int>(given.size());
+    if (count < description_.minArguments)
+        return std::string("arguments are missing: ") + description_.arguments;
+    if (description_.maxArguments >= 0 && count > description_.maxArguments)
+        return "there is no place for the argument " +
+               shown(given[static_cast<std::size_t>(description_.maxArguments)]);
+    for (int i = 0; i < description_.optionCount; ++i)
+        if (const std::string problem = valueProblem(description_.options[i]); !problem.empty())
+            return problem;
+    return {};
+}
+
+std::string LineReading::valueProblem(const LineOption& option) const {
+    if (option.kind != KazCommandLine::WholeNumber && option.kind != KazCommandLine::OneOf)
+        return {};
+    const std::vector<std::string> choices = choicesOf(option);
+    for (int i = 0; const char* value = args_->getArgText(option.type, i, nullptr); ++i) {
+        if (option.kind == KazCommandLine::WholeNumber) {
+            if (!isWholeNumber(value))
+                return std::string("option ") + textOf(option) + ": " + shown(value) +
+                       " is not a whole number";
+        } else if (std::find(choices.begin(), choices.end(), value) == choices.end()) {
+            return std::string("option ") + textOf(option) + ": " + shown(value) + " is none of " +
+                   listOf(choices, "and") + hintOf(nearWords(value, choices));
+        }
+    }
+    return {};
+}
+
+bool LineReading::isSomethingMissing() const {
+    return problem_.kind == KazArgProblem::requiredMissing ||
+           (problem_.kind == KazArgProblem::none && argumentCount() < description_.minArguments);
+}
+
+std::vector<std::string> LineReading::swallowedOptions() const {
+    std::vector<std::string> notes;
+    for (std::size_t i = 1; i < words_.size(); ++i) {
+        const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(i));
+        const KazArgDescription* const row = KazArgDescription::match(words_[i]);
+        if (meaning.kind == KazArgMeaning::value && row != nullptr &&
+            findOption(description_, row->type) != nullptr)
+            notes.push_back(shown(words_[i]) + " was taken as the value of " + meaning.row->text);
+    }
+    return notes;
+}
+
+std::vector<const char*> LineReading::arguments() const {
+    std::vector<const char*> result;
+    for (std::size_t i = 1; i < words_.size(); ++i)
+        if (args_->getMeaning(static_cast<int>(i)).kind == KazArgMeaning::argument)
+            result.push_back(words_[i]);
+    result.insert(result.end(), rest_.begin(), rest_.end());
+    return result;
+}
+
+int LineReading::argumentCount() const {
+    return static_cast<int>(arguments().size());
+}
+
+int LineReading::timesGiven(arg_type_enum type) const {
+    int times = 0;
+    for (std::size_t i = 1; i < words_.size(); ++i) {
+        const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(i));
+        if (meaning.kind == KazArgMeaning::option && meaning.row->type == type)
+            ++times;
+    }
+    return times;
+}
+
+const LineOption* LineReading::optionInNeed(int& item) const {
+    if (problem_.kind != KazArgProblem::valuesMissing)
+        return nullptr;
+    item = static_cast<int>(words_.size()) - problem_.position - 1;
+    return findOption(description_, problem_.row->type);
+}
+
+std::string LineReading::meaningOf(int position) const {
+    const auto at = std::find(positions_.begin(), positions_.end(), position) - positions_.begin();
+    if (at == 0 || static_cast<std::size_t>(at) >= words_.size()) {
+        // Behind "--" everything is an argument; an own word is what it is.
+        const char* const word = all_[static_cast<std::size_t>(position)];
+        const auto behind = std::find(rest_.begin(), rest_.end(), word);
+        if (word != nullptr && behind != rest_.end())
+            return "argument " + std::to_string(argumentCount() - (rest_.end() - behind) + 1);
+        if (word == nullptr || std::string_view(word) != "--")
+            return word != nullptr && std::find(given_.begin(), given_.end(), word) != given_.end()
+                       ? std::string("option ") + word
+                       : "not read";
+        return rest_.empty() ? "not read" : "end of options";
+    }
+    const char* const word = words_[static_cast<std::size_t>(at)];
+    const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(at));
+    if (problem_.position == at && problem_.kind != KazArgProblem::none)
+        return problemMeaning(word);
+    switch (meaning.kind) {
+    case KazArgMeaning::option:
+        return optionMeaning(*meaning.row, word);
+    case KazArgMeaning::repetition:
+        return "option " + nameOf(*meaning.row, word) +
+               ", given again: ignored, and no value is taken";
+    case KazArgMeaning::value:
+        return valueMeaning(meaning, word);
+    case KazArgMeaning::argument:
+        return "argument " + std::to_string(meaning.item + 1);
+    case KazArgMeaning::notRead:
+        break;
+    }
+    return "not read";
+}
+
+std::string LineReading::optionMeaning(const KazArgDescription& row, const char* word) const {
+    if (row.isSwitch) {
+        const char* digit = std::strpbrk(word, "01");
+        if (const char* const zero = std::strchr(word, '0'))
+            digit = zero;
+        const char* const value = digit != nullptr ? digit : row.defaultText;
+        return "switch " + nameOf(row, word) + ", value \"" + value + "\"";
+    }
+    return "option " + nameOf(row, word) + (row.valueCount == 0 ? ", value \"1\"" : "");
+}
+
+std::string LineReading::valueMeaning(const KazArgMeaning& meaning, const char* word) const {
+    std::string text = "value " + std::to_string(meaning.item + 1) + " of " + meaning.row->text;
+    const KazArgDescription* const row = KazArgDescription::match(word);
+    if (row != nullptr && findOption(description_, row->type) != nullptr)
+        text += std::string("; it would be the option ") + row->text;
+    return text;
+}
+
+std::string LineReading::problemMeaning(const char* word) const {
+    switch (problem_.kind) {
+    case KazArgProblem::unlistedOption:
+        return "option " + nameOf(*problem_.row, word) + ", not for this program";
+    case KazArgProblem::valuesMissing:
+        return "option " + nameOf(*problem_.row, word) +
+               (problem_.row->valueCount == 1 ? ", its value is missing"
+                                              : ", its values are missing");
+    case KazArgProblem::tooOften:
+        return "option " + nameOf(*problem_.row, word) + ", given more than " +
+               std::to_string(problem_.row->repeatLimit) + " times";
+    default:
+        return "unknown option";
+    }
+}
+
+} // namespace kaz::detail
