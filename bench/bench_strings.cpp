@@ -128,7 +128,40 @@ void appending(const std::string& impl, Append append) {
     });
 }
 
+/// Pieces that come from elsewhere, to one text or to several in turn.
+template <class String, class Append>
+void appendingPieces(const std::string& impl, Append append) {
+    row("append ten characters", impl, {100, 1000, 10000}, [append](std::size_t n) {
+        return [append, n] {
+            String s("");
+            for (std::size_t i = 0; i < n; ++i)
+                append(s, "0123456789");
+            benchmark::DoNotOptimize(s);
+            return 0;
+        };
+    });
+    row("append to eight strings in turn", impl, {1000, 10000}, [append](std::size_t n) {
+        return [append, n] {
+            std::vector<String> all(8, String(""));
+            for (std::size_t i = 0; i < n; ++i)
+                append(all[i % 8], "0123456789");
+            benchmark::DoNotOptimize(all);
+            return 0;
+        };
+    });
+}
+
 // ---- Comparing
+
+/// Equal texts of two blocks.
+template <class String>
+void equality(const std::string& impl) {
+    row("equal", impl, {8, 256, 4096}, [](std::size_t n) {
+        return [a = String(textOf(n).c_str()), b = String(textOf(n).c_str())] {
+            return static_cast<int>(a == b);
+        };
+    });
+}
 
 /// @p compare is called with equal texts of two blocks but for the last
 /// character.
@@ -274,6 +307,10 @@ void addMoxtools() {
     using S = KazString;
     sharing<S>(impl);
     appending<S>(impl, [](S& s, char c) { s.append(c); });
+    appendingPieces<S>(impl, [](S& s, const char* piece) { s.append(piece); });
+    equality<S>(impl);
+    searching<S>("find the last of a character", impl, " ",
+                 [](const S& s) { return s.findLast('#'); });
     comparing<S>(impl, [](const S& a, const S& b) { return a.compare(b); });
     comparingNoCase<S>(impl, [](const S& a, const S& b) { return a.compareNoCase(b); });
     searching<S>("find a character", impl, "#", [](const S& s) { return s.find('#'); });
@@ -315,6 +352,10 @@ void addStandard() {
     using S = std::string;
     sharing<S>(impl);
     appending<S>(impl, [](S& s, char c) { s.push_back(c); });
+    appendingPieces<S>(impl, [](S& s, const char* piece) { s.append(piece); });
+    equality<S>(impl);
+    searching<S>("find the last of a character", impl, " ",
+                 [](const S& s) { return s.rfind('#'); });
     comparing<S>(impl, [](const S& a, const S& b) { return a.compare(b); });
     searching<S>("find a character", impl, "#", [](const S& s) { return s.find('#'); });
     searching<S>("find a text", impl, "needle", [](const S& s) { return s.find("needle"); });

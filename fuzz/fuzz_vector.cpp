@@ -67,6 +67,9 @@ std::size_t compareForms(const ByteOperations& wide, fuzz::Input& input) {
     FUZZ_CHECK(wide.hash(s.data(), n) == portableBytes.hash(s.data(), n));
     const char c = static_cast<char>(input.byte());
     const char d = static_cast<char>(input.byte());
+    const std::size_t last = std::string(s.begin(), s.end()).rfind(c) + 1;
+    FUZZ_CHECK(wide.lengthThrough(s.data(), n, c) == last);
+    FUZZ_CHECK(portableBytes.lengthThrough(s.data(), n, c) == last);
     FUZZ_CHECK(wide.count(s.data(), n, c) == portableBytes.count(s.data(), n, c));
     FUZZ_CHECK(escaped(wide, s, set, c) == escaped(portableBytes, s, set, c));
 

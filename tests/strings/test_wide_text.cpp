@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <type_traits>
 
 namespace {
 
@@ -61,6 +62,71 @@ TEST(WideText, CharactersBeyond16BitsBecomePairs) {
     case_.toUpper();
     EXPECT_EQ(case_.toNarrow(), "\xC3\x84X");
     EXPECT_TRUE(case_.equalsNoCase(KazWString("\xC3\xA4x")));
+}
+
+TEST(WideText, OtherTypesOfUnitsAreText) {
+    char16_t buffer[] = u"uv";
+    KazWString text(u"b\xD83D");
+    EXPECT_EQ(text.getLength(), 2);
+    text = u"b";
+    text += u"c";
+    EXPECT_TRUE(u"a" + text + u"d" == "abcd" && buffer + text + buffer == u"uvbcuv");
+    EXPECT_TRUE(u'a' + text + u'd' == "abcd" && 'a' + text + 'd' == u"abcd");
+    EXPECT_TRUE(text < u"bd" && text > u"b" && text <= u"bc" && text >= u"bc");
+    EXPECT_TRUE(u"bd" > text && u"b" < text && u"bc" <= text && u"bc" >= text);
+    EXPECT_TRUE(KazWString() < u"a" && text > u"" && u"" < text) << "as with any text";
+    EXPECT_EQ(KazWString(static_cast<const char16_t*>(nullptr)).disguise(), nullptr);
+    constexpr bool hasWideUnits = sizeof(wchar_t) == 2;
+    EXPECT_EQ((std::is_constructible_v<KazWString, const wchar_t*>), hasWideUnits);
+}
+
+TEST(WideText, FormattingGoesThroughTheNarrowForm) {
+    const Utf8Locale locale;
+    if (!locale.isThere)
+        GTEST_SKIP() << "no UTF-8 locale";
+    KazWString text;
+    text.format("%d %s%c", 7, "\xE2\x82\xAC", 'x');
+    EXPECT_TRUE(text == u"7 \u20ACx");
+    text.appendFormat(KazWString(u" \u20AC%%%.1f").getValue(), 0.5);
+    EXPECT_EQ(text.toNarrow(), "7 \xE2\x82\xACx \xE2\x82\xAC%0.5");
+    text.format("%s!%600s", text.toNarrow().getValue(), "y"); // longer than any small buffer
+    EXPECT_EQ(text.getLength(), 10 + 1 + 600);
+    text.appendFormat("%s", "\xFF");
+    EXPECT_EQ(text.getLength(), 611) << "nothing is written that cannot be converted";
+    text.format("%s", "\xFF");
+    EXPECT_TRUE(text.isEmpty());
+}
+
+TEST(WideText, CollationIsTheLocales) {
+    for (const char* name : {"C", "en_US.UTF-8", "de_DE.UTF-8"}) {
+        const std::string before = std::setlocale(LC_ALL, nullptr);
+        if (std::setlocale(LC_ALL, name) != nullptr) {
+            const bool isC = std::string(name) == "C";
+            EXPECT_EQ(KazWString(u"a").compareLocale(KazWString(u"B")), isC ? 1 : -1) << name;
+            EXPECT_EQ(KazWString(u"a").compareLocale(KazWString(u"b").getValue()), -1);
+            EXPECT_TRUE(KazWString(u"a\U0001F600").equalsLocale(KazWString(u"a\U0001F600")));
+            EXPECT_FALSE(KazWString::equalsLocale(KazWString(u"\xD83D"), KazWString(u"b")));
+            EXPECT_TRUE(KazWString().equalsLocale(static_cast<const unsigned short*>(nullptr)));
+            EXPECT_EQ(KazWString::compareLocale(KazWString(), KazWString(u"a")), -1);
+        }
+        std::setlocale(LC_ALL, before.c_str());
+    }
+}
+
+TEST(WideText, AConversionThatFailsSaysSo) {
+    const Utf8Locale locale;
+    KazString narrow("before");
+    KazWString wide("before");
+    EXPECT_FALSE(KazWString(u"a\xDE00").toNarrow(narrow));
+    if (locale.isThere) {
+        EXPECT_FALSE(wide.setNarrow("a\xFF"));
+        EXPECT_TRUE(wide == "before");
+    }
+    EXPECT_EQ(narrow, "before");
+    EXPECT_TRUE(wide.setNarrow("after") && wide.toNarrow(narrow));
+    EXPECT_EQ(narrow, "after");
+    EXPECT_TRUE(wide.setNarrow(nullptr) && wide.toNarrow(narrow));
+    EXPECT_TRUE(wide.disguise() == nullptr && narrow.disguise() == nullptr);
 }
 
 TEST(WideText, WhatCannotBeConvertedIsNull) {

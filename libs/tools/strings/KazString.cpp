@@ -16,7 +16,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <iterator>
 #include <limits>
 #include <ostream>

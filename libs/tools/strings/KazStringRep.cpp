@@ -5,12 +5,11 @@
 #include "tools/strings/detail/SpareBlocks.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 void KazStringRep::destroy(void* text) {
     KazStringRep* const rep = of(text);
     if (!kaz::detail::spareBlocks.keep(rep))
-        std::free(rep);
+        kaz::detail::BlockMemory::release(rep);
 }
 
 void kaz::detail::throwTextTooLong() {

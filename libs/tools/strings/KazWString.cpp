@@ -14,7 +14,8 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
+#include <cstring>
+#include <cwchar>
 #include <iterator>
 #include <limits>
 #include <ostream>
@@ -36,19 +37,130 @@ KazWString::KazWString(const unsigned short* s) : rep_(isNothing(s) ? nullptr : 
 KazWString::KazWString(unsigned short c) : rep_(createRep(&c, 1, 1)) {}
 
 KazWString::KazWString(const char* s) {
-    if (s == nullptr)
-        return;
-    const std::size_t n = std::mbstowcs(nullptr, s, 0);
-    if (n == 0 || n == static_cast<std::size_t>(-1))
-        return;
-    const kaz::detail::WideBuffer wide = kaz::detail::wideBuffer(n);
-    std::mbstowcs(wide.get(), s, n + 1);
-    const auto units = static_cast<std::int64_t>(kaz::detail::unitsOf(wide.get(), n));
-    rep_ = Block::make(units, units);
-    kaz::detail::putUnits(chars(), wide.get(), n);
+    setNarrow(s);
 }
 
 KazWString::KazWString(const KazString& s) : KazWString(s.getValue()) {}
+
+void KazWString::copyUnits(const void* s, std::size_t n) {
+    const auto length = static_cast<std::int64_t>(n);
+    rep_ = Block::make(length, length);
+    std::memcpy(rep_, s, n * sizeof(Char));
+}
+
+// ---- Between the widths
+
+bool KazWString::setNarrow(const char* s) {
+    const std::size_t n = s != nullptr ? std::mbstowcs(nullptr, s, 0) : 0;
+    if (n == static_cast<std::size_t>(-1))
+        return false;
+    if (n == 0) {
+        removeReference();
+        return true;
+    }
+    const kaz::detail::WideBuffer wide = kaz::detail::wideBuffer(n);
+    std::mbstowcs(wide.get(), s, n + 1);
+    const auto units = static_cast<std::int64_t>(kaz::detail::unitsOf(wide.get(), n));
+    Char* const text = Block::make(units, units);
+    kaz::detail::putUnits(text, wide.get(), n);
+    adopt(text);
+    return true;
+}
+
+bool KazWString::toNarrow(KazString& narrow) const {
+    // What is converted is never null: an empty text is all that gives one.
+    const KazString converted = toNarrow();
+    if (converted.disguise() == nullptr && *getValue() != 0)
+        return false;
+    narrow = converted;
+    return true;
+}
+
+KazWString KazWString::operator+(char c) const {
+    KazWString result = *this;
+    const std::wint_t wide = std::btowc(static_cast<unsigned char>(c));
+    if (wide != WEOF)
+        result.append(static_cast<unsigned short>(wide));
+    return result;
+}
+
+// ---- Formatting
+
+namespace {
+
+/// What @p fmt makes of its arguments, in 16-bit form.
+KAZ_PRINTF(1, 0) KazWString formatted(const char* fmt, va_list args) {
+    KazString narrow;
+    narrow.formatV(fmt, args);
+    return KazWString(narrow);
+}
+
+/// The format in the form that the runtime takes. Nothing is written by one that
+/// cannot be converted.
+KazString narrowFormat(const Char* fmt) {
+    return KazString(orEmpty(fmt));
+}
+
+/// Ends a list of arguments however the scope is left.
+struct EndOfArguments {
+    va_list& args;
+    ~EndOfArguments() { va_end(args); }
+};
+
+} // namespace
+
+void KazWString::appendFormatV(const char* fmt, va_list args) {
+    append(formatted(fmt, args));
+}
+
+void KazWString::appendFormatV(const unsigned short* fmt, va_list args) {
+    append(formatted(narrowFormat(fmt).getValue(), args));
+}
+
+void KazWString::formatV(const char* fmt, va_list args) {
+    *this = formatted(fmt, args);
+}
+
+void KazWString::formatV(const unsigned short* fmt, va_list args) {
+    *this = formatted(narrowFormat(fmt).getValue(), args);
+}
+
+void KazWString::appendFormat(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    const EndOfArguments end{args};
+    appendFormatV(fmt, args);
+}
+
+void KazWString::appendFormat(const unsigned short* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    const EndOfArguments end{args};
+    appendFormatV(fmt, args);
+}
+
+void KazWString::format(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    const EndOfArguments end{args};
+    formatV(fmt, args);
+}
+
+void KazWString::format(const unsigned short* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    const EndOfArguments end{args};
+    formatV(fmt, args);
+}
+
+// ---- Collation
+
+int KazWString::compareLocale(const unsigned short* a, const unsigned short* b) {
+    const kaz::detail::WideBuffer left = kaz::detail::widenedAsIs(orEmpty(a));
+    const kaz::detail::WideBuffer right = kaz::detail::widenedAsIs(orEmpty(b));
+    const int order = std::wcscoll(left.get(), right.get());
+    return (order > 0) - (order < 0);
+}
 
 // ---- Comparison, which is inline in the narrow class
 

@@ -6,7 +6,11 @@
 #include "tools/strings/KazString.h"
 #include "tools/strings/KazStringRep.h"
 
+#include <cstdarg>
+#include <cstring>
 #include <iosfwd>
+#include <string>
+#include <type_traits>
 
 /// A string of 16-bit characters (UTF-16 units) of the same design as
 /// KazString: one pointer to a shared block, copied on write, null when empty.
@@ -22,10 +26,16 @@
 /// `unsigned short` for `char`: texts are terminated by a 16-bit NUL, order is
 /// that of the unsigned units, lengths and capacities count units. Only what
 /// differs is said here. Narrow text is accepted wherever a KazWString is, by
-/// conversion. Formatting and locale collation are left to the narrow class.
+/// conversion, and so is text of char16_t. Unlike the narrow class this one offers
+/// locale collation.
 class KAZ_API KazWString {
 public:
     using StringRep = KazStringRep;
+
+    /// The other types of character whose texts are 16-bit text.
+    template <class Unit>
+    static constexpr bool isUnit = std::is_same_v<Unit, char16_t> ||
+                                   (std::is_same_v<Unit, wchar_t> && sizeof(wchar_t) == 2);
 
     static const unsigned short* const theDefaultWhitespaces;
     static const KazWString theEmptyString;
@@ -40,6 +50,13 @@ public:
     /// current locale; a character beyond 16 bits becomes a surrogate pair.
     /// Null when @p s is null or empty or cannot be converted.
     KazWString(const char* s);
+    /// A copy of a terminated text of the same units: char16_t everywhere, wchar_t
+    /// where that has 16 bits.
+    template <class Unit, std::enable_if_t<isUnit<Unit>, int> = 0>
+    KazWString(const Unit* s) {
+        if (s != nullptr && *s != 0)
+            copyUnits(s, std::char_traits<Unit>::length(s));
+    }
     /// The same of @p s up to its first NUL.
     explicit KazWString(const KazString& s);
     KazWString(const KazWString& o) noexcept : rep_(o.rep_) { StringRep::retain(rep_); }
@@ -72,6 +89,12 @@ public:
     /// The multibyte form up to the first NUL; see KazString's constructor from
     /// 16-bit text.
     KazString toNarrow() const { return KazString(getValue()); }
+    /// The same as @p narrow. False, @p narrow unchanged, when the text cannot be
+    /// converted: a lone surrogate, or a character that the locale does not have.
+    bool toNarrow(KazString& narrow) const;
+    /// Replaces the text by the 16-bit form of a multibyte one (null: ""). False, this
+    /// string unchanged, when @p s cannot be converted.
+    bool setNarrow(const char* s);
     /// @}
 
     /// @name Comparison
@@ -91,6 +114,22 @@ public:
     int compareNoCase(const KazWString& o) const;
     bool equalsNoCase(const unsigned short* s) const;
     bool equalsNoCase(const KazWString& o) const;
+
+    /// By the collation of the current locale (`wcscoll`): -1, 0 or 1. A null text
+    /// and an empty one are the same and come first; a lone surrogate counts as a
+    /// character of its own.
+    bool equalsLocale(const unsigned short* s) const { return compareLocale(s) == 0; }
+    bool equalsLocale(const KazWString& o) const { return compareLocale(o) == 0; }
+    int compareLocale(const unsigned short* s) const { return compareLocale(getValue(), s); }
+    int compareLocale(const KazWString& o) const { return compareLocale(getValue(), o.getValue()); }
+    static bool equalsLocale(const unsigned short* a, const unsigned short* b) {
+        return compareLocale(a, b) == 0;
+    }
+    static bool equalsLocale(const KazWString& a, const KazWString& b) { return a.equalsLocale(b); }
+    static int compareLocale(const unsigned short* a, const unsigned short* b);
+    static int compareLocale(const KazWString& a, const KazWString& b) {
+        return a.compareLocale(b);
+    }
 
     bool operator==(const unsigned short* s) const { return equals(s); }
     bool operator==(const KazWString& o) const { return equals(o); }
@@ -115,6 +154,20 @@ public:
     friend bool operator>=(const unsigned short* a, const KazWString& b) {
         return b.compare(a) <= 0;
     }
+    // Text of another type is text, not a string: it has the signs of an empty side
+    // that texts have.
+    friend bool operator<(const KazWString& a, const char16_t* b) {
+        return a < units(b).getValue();
+    }
+    friend bool operator>(const KazWString& a, const char16_t* b) {
+        return a > units(b).getValue();
+    }
+    friend bool operator<=(const KazWString& a, const char16_t* b) { return !(a > b); }
+    friend bool operator>=(const KazWString& a, const char16_t* b) { return !(a < b); }
+    friend bool operator<(const char16_t* a, const KazWString& b) { return b > a; }
+    friend bool operator>(const char16_t* a, const KazWString& b) { return b < a; }
+    friend bool operator<=(const char16_t* a, const KazWString& b) { return !(b < a); }
+    friend bool operator>=(const char16_t* a, const KazWString& b) { return !(b > a); }
     /// @}
 
     /// @name Comparators and hashes for containers
@@ -197,6 +250,34 @@ public:
         return KazWString(a) + b;
     }
     friend KazWString operator+(char* a, const KazWString& b) { return KazWString(a) + b; }
+    KazWString operator+(const char16_t* s) const { return *this + units(s); }
+    friend KazWString operator+(const char16_t* a, const KazWString& b) { return units(a) + b; }
+    KazWString operator+(char16_t* s) const { return *this + units(s); }
+    friend KazWString operator+(char16_t* a, const KazWString& b) { return units(a) + b; }
+    // A single character, which would also match a built-in sum. A narrow one is
+    // converted as text is; one that is no character by itself adds nothing.
+    KazWString operator+(char16_t c) const { return *this + static_cast<unsigned short>(c); }
+    KazWString operator+(char c) const;
+    friend KazWString operator+(unsigned short a, const KazWString& b) { return KazWString(a) + b; }
+    friend KazWString operator+(char16_t a, const KazWString& b) {
+        return static_cast<unsigned short>(a) + b;
+    }
+    friend KazWString operator+(char a, const KazWString& b) { return KazWString() + a + b; }
+
+    /// Replaces the text by the printf-formatted one. Formats are narrow text, or
+    /// 16-bit text that the locale can convert; `%s` takes narrow text and what comes
+    /// out is converted as a whole (toNarrow() makes an argument of a KazWString).
+    /// Nothing is written when something of it cannot be converted, and for a
+    /// conversion that the runtime refuses.
+    void format(const char* fmt, ...) KAZ_PRINTF(2, 3);
+    void format(const unsigned short* fmt, ...);
+    void formatV(const char* fmt, va_list args) KAZ_PRINTF(2, 0);
+    void formatV(const unsigned short* fmt, va_list args);
+    /// The same, added at the end.
+    void appendFormat(const char* fmt, ...) KAZ_PRINTF(2, 3);
+    void appendFormat(const unsigned short* fmt, ...);
+    void appendFormatV(const char* fmt, va_list args) KAZ_PRINTF(2, 0);
+    void appendFormatV(const unsigned short* fmt, va_list args);
     /// @}
 
     /// @name Searching
@@ -298,6 +379,10 @@ protected:
     void setBufferLength(int n) { getRep()->bufferLength = n; }
 
 private:
+    /// Makes this (null) string the @p n units at @p s.
+    void copyUnits(const void* s, std::size_t n);
+    static KazWString units(const char16_t* s) { return KazWString(s); }
+
     unsigned short* chars() const { return static_cast<unsigned short*>(rep_); }
     void adopt(unsigned short* rep) noexcept;
     void makeOwn(std::int64_t capacity);

@@ -4,20 +4,19 @@
 #include "tools/platform/processor/vector.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/compare_no_case.h"
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/within.h"
 
 #include <algorithm>
 #include <cstring>
 #include <initializer_list>
 
+using kaz::detail::orEmpty;
+
 namespace {
 
 char* newText(std::size_t length) {
     return static_cast<char*>(kaz::detail::allocate(length + 1));
-}
-
-const char* orEmpty(const char* text) {
-    return text != nullptr ? text : "";
 }
 
 char* copyOf(const char* text, std::size_t length) {

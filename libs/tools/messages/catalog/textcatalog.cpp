@@ -5,17 +5,20 @@
 #include "tools/files/tifiles.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/text.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+using kaz::detail::orEmpty;
+
 namespace {
 
 kaz::host::ReadableFile openMessageFile(KazString& name) {
     const char* configured = TI_Vcont("msg_file");
-    if (configured && *configured)
+    if (configured != nullptr && *configured != '\0')
         name = configured;
     else
         name = kazComposePath(TI_myRootDir(), "bin\\W32NTX86\\msg_file");
@@ -56,23 +59,23 @@ void Textperror(int number) {
 }
 
 int TI_TextPutNo(char* text, int number) {
-    return catalog.put(text ? text : "", number);
+    return catalog.put(orEmpty(text), number);
 }
 
 int TI_TextPut(char* text) {
-    return catalog.put(text ? text : "");
+    return catalog.put(orEmpty(text));
 }
 
 void TextStats() {
     const char* wanted = TI_Vcont("TextStats");
-    if (!wanted || !*wanted || std::strcmp(wanted, "n") == 0)
+    if (wanted == nullptr || *wanted == '\0' || std::strcmp(wanted, "n") == 0)
         return;
     if (isBeginningOf(wanted, "yes") || isBeginningOf(wanted, "stderr")) {
         catalog.printStatistics(stderr);
         return;
     }
     std::FILE* out = TI_fopen(wanted, "a");
-    if (!out)
+    if (out == nullptr)
         return;
     catalog.printStatistics(out);
     std::fclose(out);

@@ -31,6 +31,12 @@ std::size_t lengthWithout(const char* s, std::size_t n, const ByteSet& set) {
     return n;
 }
 
+std::size_t lengthThrough(const char* s, std::size_t n, char c) {
+    while (n > 0 && s[n - 1] != c)
+        --n;
+    return n;
+}
+
 std::size_t count(const char* s, std::size_t n, char c) {
     return static_cast<std::size_t>(std::count(s, s + n, c));
 }
@@ -138,8 +144,8 @@ void ByteSet::insertIntoTable(char c) {
 }
 
 constinit const ByteOperations portableBytes = {
-    findIn,          findNotIn, lengthWithout, count,        countIn, putEscaped,
-    endOfSameNoCase, findPair,  findPairs,     findUnquoted, hash,
+    findIn,     findNotIn,       lengthWithout, lengthThrough, count,        countIn,
+    putEscaped, endOfSameNoCase, findPair,      findPairs,     findUnquoted, hash,
 };
 
 } // namespace kaz::host

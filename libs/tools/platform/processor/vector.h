@@ -78,6 +78,9 @@ struct ByteOperations {
     std::size_t (*findNotIn)(const char* s, std::size_t n, const ByteSet& set);
     /// The length that is left without the trailing bytes that are in @p set.
     std::size_t (*lengthWithout)(const char* s, std::size_t n, const ByteSet& set);
+    /// The length up to and including the last byte that equals @p c; 0 when there
+    /// is none.
+    std::size_t (*lengthThrough)(const char* s, std::size_t n, char c);
     /// How many bytes equal @p c.
     std::size_t (*count)(const char* s, std::size_t n, char c);
     /// How many bytes are in @p set.

@@ -136,6 +136,20 @@ std::size_t sumOf(__m256i v) {
     return static_cast<std::size_t>(_mm_cvtsi128_si64(half) + _mm_extract_epi64(half, 1));
 }
 
+std::size_t lengthThrough(const char* s, std::size_t n, char c) {
+    const __m256i wanted = _mm256_set1_epi8(c);
+    const auto hits = [&](std::size_t end) {
+        return _mm256_cmpeq_epi8(load(s + end - step), wanted);
+    };
+    for (; n >= 2 * step; n -= 2 * step)
+        if (maskOf(_mm256_or_si256(hits(n), hits(n - step))) != 0)
+            break;
+    for (; n >= step; n -= step)
+        if (const unsigned mask = maskOf(hits(n)); mask != 0)
+            return n - static_cast<unsigned>(__builtin_clz(mask));
+    return portableBytes.lengthThrough(s, n, c);
+}
+
 std::size_t count(const char* s, std::size_t n, char c) {
     const __m256i wanted = _mm256_set1_epi8(c);
     std::size_t total = 0;
@@ -391,8 +405,8 @@ unsigned hash(const char* s, std::size_t n) {
 } // namespace
 
 constinit const ByteOperations wideBytes = {
-    findIn,          findNotIn, lengthWithout, count,        countIn, putEscaped,
-    endOfSameNoCase, findPair,  findPairs,     findUnquoted, hash,
+    findIn,     findNotIn,       lengthWithout, lengthThrough, count,        countIn,
+    putEscaped, endOfSameNoCase, findPair,      findPairs,     findUnquoted, hash,
 };
 
 } // namespace kaz::host

@@ -22,6 +22,52 @@ namespace kaz::detail {
 /// itself or the text, which is @p realLength characters long.
 void reportBlock(const KazStringRep& rep, std::ptrdiff_t realLength);
 
+/// The memory of a block. Four bytes in front of the header, which nobody sees, tell
+/// how many characters it has room for: more than the buffer length says, once a
+/// block has grown a second time. They cost nothing, because the header is 12 bytes
+/// and the allocator hands out multiples of 16.
+///
+/// A block that grows for the first time gets what is asked for; from then on it takes
+/// a quarter more, so that appending costs one realloc for each step of that size
+/// instead of one for each 16 characters (10,000 appends of ten characters: 15
+/// instead of 6,250 calls).
+class BlockMemory {
+public:
+    /// A block that has no header yet.
+    static KazStringRep* from(void* memory, std::int32_t room) {
+        auto* const mark = static_cast<std::int32_t*>(memory);
+        *mark = room;
+        return static_cast<KazStringRep*>(static_cast<void*>(mark + 1));
+    }
+    static void release(KazStringRep* rep) { std::free(markOf(rep)); }
+
+    /// Characters that fit. Of the form 16k + 3, like every capacity.
+    static std::int32_t room(KazStringRep* rep) { return *markOf(rep) & ~grown; }
+
+    /// The block, moved perhaps, with room for @p wanted characters of @p width bytes
+    /// at least; @p most is what a header can tell.
+    static KazStringRep* grow(KazStringRep* rep, std::int32_t wanted, std::size_t width,
+                              std::int32_t most) {
+        std::int32_t room = wanted;
+        if ((*markOf(rep) & grown) != 0)
+            room = wanted < most - wanted / 4 ? wanted + (wanted / 4 & ~15) : most;
+        return from(reallocate(markOf(rep), bytes(room, width)), room | grown);
+    }
+
+    static std::size_t bytes(std::int32_t room, std::size_t width) {
+        return sizeof(std::int32_t) + sizeof(KazStringRep) +
+               (static_cast<std::size_t>(room) + 1) * width;
+    }
+
+private:
+    /// A bit that no capacity has.
+    static constexpr std::int32_t grown = 8;
+
+    static std::int32_t* markOf(KazStringRep* rep) {
+        return static_cast<std::int32_t*>(static_cast<void*>(rep)) - 1;
+    }
+};
+
 /// Blocks of characters of type Ch. Lengths and capacities come in 64 bits and
 /// are checked here, in one place, against what the header can hold.
 template <class Ch>
@@ -42,7 +88,7 @@ struct Block {
         // A block of exact size has few spare characters. Clearing a fixed number
         // at its end takes one instruction instead of a call; what else lies
         // there is written after that.
-        const bool isExact = room - length < granularity && bytes(room) >= granularity * sizeof(Ch);
+        const bool isExact = room - length < granularity && reachesBack(room);
         if (isExact)
             std::memset(characters(rep) + room + 1 - granularity, 0, granularity * sizeof(Ch));
         *rep = {static_cast<std::int32_t>(length), room, 1};
@@ -76,12 +122,21 @@ struct Block {
     }
 
     /// The unshared block of @p text with room for @p capacity characters.
-    /// realloc instead of a new block and a copy: it mostly extends in place,
-    /// which keeps exact growth linear in practice.
     static Ch* extend(Ch* text, std::int64_t capacity) {
         KazStringRep* const rep = resized(text, bufferLength(capacity));
         zeroSpare(rep);
         return characters(rep);
+    }
+
+    /// extend() where the memory of the block is large enough. False where it is not.
+    static bool stretch(Ch* text, std::int64_t capacity) {
+        KazStringRep* const rep = KazStringRep::of(text);
+        if (capacity > BlockMemory::room(rep))
+            return false;
+        // At least one step more than before, so that these lie behind the text.
+        rep->bufferLength = bufferLength(capacity);
+        std::memset(text + rep->bufferLength + 1 - granularity, 0, granularity * sizeof(Ch));
+        return true;
     }
 
     /// extend() by one character of a text that fills its block: the step that
@@ -99,12 +154,18 @@ struct Block {
 private:
     static constexpr std::int32_t granularity = 16;
 
+    /// Do header and characters of such a block cover the room of 16 characters?
+    static bool reachesBack(std::int32_t room) {
+        return sizeof(KazStringRep) + (static_cast<std::size_t>(room) + 1) * sizeof(Ch) >=
+               granularity * sizeof(Ch);
+    }
+
     /// A block of undefined content.
     static KazStringRep* fresh(std::int32_t room) {
         if constexpr (sizeof(Ch) == 1)
             if (KazStringRep* const spare = spareBlocks.take(room))
                 return spare;
-        return static_cast<KazStringRep*>(allocate(bytes(room)));
+        return BlockMemory::from(allocate(bytes(room)), room);
     }
     static KazStringRep* freshZeroed(std::int32_t room) {
         if constexpr (sizeof(Ch) == 1)
@@ -112,12 +173,13 @@ private:
                 std::memset(characters(spare), 0, static_cast<std::size_t>(room) + 1);
                 return spare;
             }
-        return static_cast<KazStringRep*>(allocateZeroed(bytes(room)));
+        return BlockMemory::from(allocateZeroed(bytes(room)), room);
     }
 
     static KazStringRep* resized(Ch* text, std::int32_t room) {
-        auto* const rep =
-            static_cast<KazStringRep*>(reallocate(KazStringRep::of(text), bytes(room)));
+        KazStringRep* rep = KazStringRep::of(text);
+        if (room > BlockMemory::room(rep))
+            rep = BlockMemory::grow(rep, room, sizeof(Ch), maxCapacity);
         rep->bufferLength = room;
         return rep;
     }
@@ -131,9 +193,7 @@ private:
         return static_cast<std::int32_t>(((needed + 28) & ~std::int64_t{15}) - 13);
     }
 
-    static std::size_t bytes(std::int32_t room) {
-        return sizeof(KazStringRep) + (static_cast<std::size_t>(room) + 1) * sizeof(Ch);
-    }
+    static std::size_t bytes(std::int32_t room) { return BlockMemory::bytes(room, sizeof(Ch)); }
 
     static void zeroSpare(KazStringRep* rep) {
         Ch* const text = characters(rep);

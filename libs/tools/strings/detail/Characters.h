@@ -6,6 +6,8 @@
 #include "tools/platform/processor/vector.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/compare_no_case.h"
+#include "tools/util/detail/or_empty.h"
+#include "tools/util/detail/within.h"
 #include "tools/util/text.h"
 
 #include <algorithm>
@@ -40,6 +42,11 @@ struct Characters<char> {
     /// The first @p c among @p n characters, or null.
     static const char* find(const char* s, std::size_t n, char c) {
         return static_cast<const char*>(std::memchr(s, static_cast<unsigned char>(c), n));
+    }
+
+    /// The index of the last @p c among @p n characters, or -1.
+    static std::ptrdiff_t findLast(const char* s, std::size_t n, char c) {
+        return static_cast<std::ptrdiff_t>(host::bytes().lengthThrough(s, n, c)) - 1;
     }
 
     static std::size_t count(const char* s, std::size_t n, char c) {
@@ -118,6 +125,13 @@ struct Characters<unsigned short> {
         const Ch* const end = s + n;
         const Ch* const hit = std::find(s, end, c);
         return hit != end ? hit : nullptr;
+    }
+
+    static std::ptrdiff_t findLast(const Ch* s, std::size_t n, Ch c) {
+        auto i = static_cast<std::ptrdiff_t>(n) - 1;
+        while (i >= 0 && s[i] != c)
+            --i;
+        return i;
     }
 
     static std::size_t count(const Ch* s, std::size_t n, Ch c) {

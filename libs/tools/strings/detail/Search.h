@@ -7,6 +7,7 @@
 #include "tools/util/detail/heap_ptr.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -104,7 +105,7 @@ std::ptrdiff_t findCharacter(Text<Ch> text, Ch c, std::ptrdiff_t start) {
     return hit != nullptr ? hit - text.data : -1;
 }
 
-/// Tries the places where both ends of a text fit, which wins on ordinary text,
+/// Tries the places where characters of a text fit, which wins on ordinary text,
 /// and says when near misses have cost more than that could save.
 template <class Ch>
 class Trial {
@@ -112,14 +113,13 @@ public:
     Trial(Text<Ch> wanted, std::ptrdiff_t start)
         : wanted_(wanted), start_(start), wasted_(-2 * wanted.length - 64 * perMiss) {}
 
-    /// Whether the text stands at @p place, of which both ends are known to fit.
+    /// Whether the text stands at @p place.
     bool fits(Text<Ch> text, std::ptrdiff_t place) {
-        const Ch* const middle = text.data + place + 1;
-        const std::ptrdiff_t length = wanted_.length - 2;
+        const Ch* const found = text.data + place;
         std::ptrdiff_t same = 0;
-        while (same < length && wanted_.data[1 + same] == middle[same])
+        while (same < wanted_.length && wanted_.data[same] == found[same])
             ++same;
-        if (same >= length)
+        if (same == wanted_.length)
             return true;
         wasted_ += same + perMiss;
         return false;
@@ -137,6 +137,31 @@ private:
     std::ptrdiff_t wasted_;
 };
 
+/// Characters that names, messages and prose hold few of.
+class RareCharacters {
+public:
+    constexpr RareCharacters() {
+        for (const char* c = " abcdefghiklmnoprstuvwy0123456789.,_-/\\\n\t"; *c != '\0'; ++c)
+            isCommon_[static_cast<unsigned char>(*c)] = true;
+    }
+    constexpr bool contains(unsigned code) const {
+        return code >= isCommon_.size() || !isCommon_[code];
+    }
+
+private:
+    std::array<bool, 256> isCommon_{};
+};
+inline constexpr RareCharacters rareCharacters;
+
+/// Where @p wanted has a rare character among its first ones; -1 for none.
+template <class Ch>
+std::ptrdiff_t rarePlaceIn(Text<Ch> wanted) {
+    for (std::ptrdiff_t i = 0; i < wanted.length && i < 16; ++i)
+        if (rareCharacters.contains(Characters<Ch>::code(wanted.data[i])))
+            return i;
+    return -1;
+}
+
 /// The index of the first occurrence of @p wanted (not empty) at or after
 /// @p start (0 .. length), or -1.
 template <class Ch>
@@ -146,6 +171,15 @@ std::ptrdiff_t findText(Text<Ch> text, Text<Ch> wanted, std::ptrdiff_t start) {
     const std::ptrdiff_t end = text.length - wanted.length + 1;
     const std::ptrdiff_t distance = wanted.length - 1;
     Trial<Ch> trial(wanted, start);
+    // A search for one character takes a third of the time, as long as it stays rare.
+    if (const std::ptrdiff_t rare = rarePlaceIn(wanted); rare >= 0)
+        for (int misses = 0; misses < 8; ++misses) {
+            const std::ptrdiff_t i =
+                findCharacter(Text<Ch>{text.data + rare, end}, wanted.data[rare], start);
+            if (i < 0 || trial.fits(text, i))
+                return i;
+            start = i + 1;
+        }
     for (std::ptrdiff_t i = start; i < end; ++i) {
         i = static_cast<std::ptrdiff_t>(Characters<Ch>::findPair(
             text.data, static_cast<std::size_t>(i), static_cast<std::size_t>(end), wanted.data[0],

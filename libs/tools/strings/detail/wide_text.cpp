@@ -52,6 +52,18 @@ WideBuffer wideBuffer(std::size_t n) {
     return WideBuffer(static_cast<wchar_t*>(allocate((n + 1) * sizeof(wchar_t))));
 }
 
+WideBuffer widenedAsIs(const unsigned short* s) {
+    WideBuffer result = wideBuffer(Characters<unsigned short>::length(s));
+    wchar_t* out = result.get();
+    while (*s != 0) {
+        const unsigned short unit = *s;
+        if (!readCharacter(s, out))
+            *out++ = static_cast<wchar_t>(unit);
+    }
+    *out = L'\0';
+    return result;
+}
+
 WideBuffer widened(const unsigned short* s) {
     WideBuffer result = wideBuffer(Characters<unsigned short>::length(s));
     wchar_t* out = result.get();

@@ -15,6 +15,9 @@ using WideBuffer = HeapPtr<wchar_t>;
 /// these are wider with each surrogate pair as one. Null for a lone surrogate.
 WideBuffer widened(const unsigned short* s);
 
+/// The same with each lone surrogate as a character of its own; never null.
+WideBuffer widenedAsIs(const unsigned short* s);
+
 /// How many 16-bit units the @p n wide characters at @p s take.
 std::size_t unitsOf(const wchar_t* s, std::size_t n);
 

@@ -7,9 +7,10 @@
 
 namespace kaz::detail {
 
-/// Whether @p place lies in the @p length bytes at @p block or right behind
+/// Whether @p place lies in the @p length characters at @p block or right behind
 /// them, where the terminator stands. A null @p block contains nothing.
-inline bool isWithin(const char* place, const char* block, std::size_t length) {
+template <class Ch>
+bool isWithin(const Ch* place, const Ch* block, std::size_t length) {
     // std::less orders pointers of different blocks too.
     return block != nullptr && !std::less<>()(place, block) &&
            !std::less<>()(block + length, place);

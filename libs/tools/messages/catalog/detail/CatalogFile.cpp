@@ -22,10 +22,10 @@ bool CatalogFile::open(host::ReadableFile from) {
 const CatalogFile::Table* CatalogFile::findTable(int block) {
     if (block < 0 || block >= blockCount)
         return nullptr;
-    if (tables[block])
+    if (tables[block] != nullptr)
         return tables[block];
     auto* table = static_cast<Table*>(std::calloc(1, sizeof(Table)));
-    if (!table) {
+    if (table == nullptr) {
         print_err("Memory allocation for message index block %d failed", block);
         return nullptr;
     }

@@ -79,6 +79,7 @@ struct MessageCatalog::RuntimeText {
 
 MessageCatalog::~MessageCatalog() {
     std::free(cache);
+    std::free(byNumber);
     while (RuntimeText* node = runtimeTexts) {
         runtimeTexts = node->next;
         std::free(node->text);
@@ -87,9 +88,9 @@ MessageCatalog::~MessageCatalog() {
 }
 
 bool MessageCatalog::makeCache() {
-    if (!cache)
+    if (cache == nullptr)
         cache = static_cast<Cache*>(std::calloc(1, sizeof(Cache)));
-    if (!cache)
+    if (cache == nullptr)
         print_err("Memory allocation for messages failed");
     return cache != nullptr;
 }
@@ -142,10 +143,8 @@ char* MessageCatalog::show(int entry, int number) {
 }
 
 bool MessageCatalog::copyRuntimeText(int number, int entry) {
-    const RuntimeText* node = runtimeTexts;
-    while (node && node->number != number)
-        node = node->next;
-    if (!node)
+    const RuntimeText* node = findRuntimeText(number);
+    if (node == nullptr)
         return false;
     // At full length the terminator is the entry's own, right behind the text.
     std::strncpy(cache->texts[entry], node->text, recordSize);
@@ -154,7 +153,8 @@ bool MessageCatalog::copyRuntimeText(int number, int entry) {
 
 bool MessageCatalog::readText(int number, int entry) {
     const CatalogFile::Table* table = file.findTable(number >> 8);
-    const std::uint16_t position = table ? (*table)[static_cast<unsigned>(number) % entryCount] : 0;
+    const std::uint16_t position =
+        table != nullptr ? (*table)[static_cast<unsigned>(number) % entryCount] : 0;
     if (position == 0)
         return false;
     if (!file.readText(position, cache->texts[entry])) {
@@ -167,21 +167,54 @@ bool MessageCatalog::readText(int number, int entry) {
 }
 
 int MessageCatalog::put(const char* text, int number) {
-    RuntimeText* known = runtimeTexts;
-    while (known && known->number != number)
-        known = known->next;
-    if (known) {
+    if (RuntimeText* known = findRuntimeText(number)) {
         char* const old = std::exchange(known->text, mkcpy(text));
         std::free(old);
         return number;
     }
     // The node first: no memory for it is a result, none for the text an exception.
     HeapPtr<RuntimeText> node(static_cast<RuntimeText*>(std::calloc(1, sizeof(RuntimeText))));
-    if (!node)
+    if (node == nullptr)
         return 0;
     *node = {number, mkcpy(text), runtimeTexts};
     runtimeTexts = node.release();
+    index(runtimeTexts);
     return number;
+}
+
+/// The list is a list for whoever walks it; the numbers that are given out in order
+/// have an array beside it, and mostly there are no others.
+MessageCatalog::RuntimeText* MessageCatalog::findRuntimeText(int number) const {
+    const std::int64_t place = std::int64_t{number} - firstRuntimeNumber - 1;
+    if (place >= 0 && place < indexed)
+        return byNumber[place];
+    RuntimeText* node = isAllIndexed ? nullptr : runtimeTexts;
+    while (node != nullptr && node->number != number)
+        node = node->next;
+    return node;
+}
+
+/// Puts the next number in order into the array. Any other one, and those for which
+/// there is no memory, are looked for in the list.
+void MessageCatalog::index(RuntimeText* node) {
+    if (node->number != firstRuntimeNumber + 1 + indexed || !makeIndexRoom()) {
+        isAllIndexed = false;
+        return;
+    }
+    byNumber[indexed++] = node;
+}
+
+bool MessageCatalog::makeIndexRoom() {
+    if (indexed < indexRoom)
+        return true;
+    const std::int32_t room = std::max(2 * indexRoom, 64);
+    const std::size_t size = static_cast<std::size_t>(room) * sizeof(RuntimeText*);
+    void* const larger = std::realloc(byNumber, size);
+    if (larger == nullptr)
+        return false;
+    byNumber = static_cast<RuntimeText**>(larger);
+    indexRoom = room;
+    return true;
 }
 
 int MessageCatalog::put(const char* text) {
@@ -195,7 +228,7 @@ namespace {
 
 void printBeginning(std::FILE* out, const char* text) {
     constexpr int most = 20;
-    for (int i = 0; i < most && text[i]; ++i) {
+    for (int i = 0; i < most && text[i] != '\0'; ++i) {
         const auto c = static_cast<unsigned char>(text[i]);
         // Some hosts count the tab among the printable characters.
         if (std::isprint(c) && !std::iscntrl(c))
@@ -247,7 +280,7 @@ void MessageCatalog::printCache(std::FILE* out) const {
 }
 
 void MessageCatalog::printStatistics(std::FILE* out) const {
-    if (!cache) {
+    if (cache == nullptr) {
         std::fputs("Text tables not initialized\n", out);
         return;
     }

@@ -41,6 +41,9 @@ private:
     bool start();
     bool makeCache();
     char* show(int entry, int number);
+    RuntimeText* findRuntimeText(int number) const;
+    void index(RuntimeText* node);
+    bool makeIndexRoom();
     bool copyRuntimeText(int number, int entry);
     bool readText(int number, int entry);
 
@@ -57,6 +60,10 @@ private:
     std::uint32_t misses = 0;
     std::uint32_t errors = 0;
     RuntimeText* runtimeTexts = nullptr; ///< newest first
+    RuntimeText** byNumber = nullptr;    ///< those that TI_TextPut has numbered, in order
+    std::int32_t indexed = 0;
+    std::int32_t indexRoom = 0;
+    bool isAllIndexed = true; ///< no text has another number
     std::int32_t lastRuntimeNumber = 0;
     bool runtimeUsed = false;
 };
