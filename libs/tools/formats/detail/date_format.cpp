@@ -47,11 +47,6 @@ private:
 
 void writeNumber(const Conversion& c, int value, int digits, char padding, TextSink& sink) {
     const auto number = static_cast<unsigned>(value);
-    if (digits == 2 && number < 100 && c.width < 0 && c.padding == 0 && padding == '0') {
-        sink.put(static_cast<char>('0' + number / 10)); // nearly all of them
-        sink.put(static_cast<char>('0' + number % 10));
-        return;
-    }
     writeSigned(c, 0, Digits(number).text(), c.width < 0 ? digits : c.width, padding, sink);
 }
 
@@ -93,10 +88,42 @@ int DateFormatter::dayOfYear() const {
 
 void DateFormatter::write(const char* format, const Conversion& around, TextSink& sink) {
     for (const char* at = format; *at != '\0';) {
-        if (*at == '%')
-            at = convert(at + 1, around, sink);
-        else
+        if (*at != '%')
             sink.put(*at++);
+        else if (around.padding == 0 && writePlain(at[1], sink))
+            at += 2;
+        else
+            at = convert(at + 1, around, sink);
+    }
+}
+
+/// What most formats are made of, without flags and width; false for the rest. It
+/// halves the instructions of "%Y-%m-%d %H:%M:%S".
+bool DateFormatter::writePlain(char letter, TextSink& sink) const {
+    switch (letter) {
+    case 'Y':
+        if (parts_.year > 9999)
+            return false;
+        sink.putTwoDigits(parts_.year / 100);
+        sink.putTwoDigits(parts_.year % 100);
+        return true;
+    case 'm':
+        sink.putTwoDigits(parts_.month);
+        return true;
+    case 'd':
+        sink.putTwoDigits(parts_.day);
+        return true;
+    case 'H':
+        sink.putTwoDigits(parts_.hour);
+        return true;
+    case 'M':
+        sink.putTwoDigits(parts_.minute);
+        return true;
+    case 'S':
+        sink.putTwoDigits(parts_.second);
+        return true;
+    default:
+        return false;
     }
 }
 

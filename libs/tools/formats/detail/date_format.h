@@ -38,6 +38,7 @@ private:
 
     void write(const char* format, const Conversion& around, TextSink& sink);
     const char* convert(const char* text, const Conversion& around, TextSink& sink);
+    bool writePlain(char letter, TextSink& sink) const;
     bool convertRest(const Conversion& c, TextSink& sink);
 
     Number numberOf(char letter) const;

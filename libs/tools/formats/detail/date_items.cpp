@@ -68,7 +68,7 @@ int ItemReader::readNumber() {
         return finishDate(readWeekDate(token().value(), 2, true));
     if (ctimeBefore_ == Ctime::time && isYear(0, 4))
         return readYearOfClock();
-    return token().text.size() >= 8 ? readCompact() : finishDate(readDayMonth());
+    return token().text().size() >= 8 ? readCompact() : finishDate(readDayMonth());
 }
 
 int ItemReader::readWord() {
@@ -83,9 +83,9 @@ int ItemReader::readWord() {
         return readTurn();
     if (const int status = readDayWord(); status != partime_syntax)
         return status;
-    if (findZone(word.text))
+    if (findZone(word.text()))
         return readZoneWord();
-    if (const int month = findMonth(word.text); month != 0)
+    if (const int month = findMonth(word.text()); month != 0)
         return finishDate(readMonthFirst(month));
     return readWeekday(0);
 }
@@ -111,7 +111,7 @@ int ItemReader::readDayWord() {
 int ItemReader::readTurn() {
     const int turn = token().is("next") ? 1 : token().is("last") ? -1 : 0;
     ++next_;
-    const Unit* unit = token().kind == Token::word ? findUnit(token().text) : nullptr;
+    const Unit* unit = token().kind == Token::word ? findUnit(token().text()) : nullptr;
     if (unit == nullptr || turn == 0)
         return readWeekday(turn);
     ++next_;
@@ -120,9 +120,9 @@ int ItemReader::readTurn() {
 
 int ItemReader::readWeekday(int turn) {
     const Token& word = token();
-    if (word.kind != Token::word || findMonth(word.text) != 0)
+    if (word.kind != Token::word || findMonth(word.text()) != 0)
         return partime_syntax;
-    const int weekday = findWeekday(word.text);
+    const int weekday = findWeekday(word.text());
     if (weekday < 0)
         return partime_syntax;
     if (result_.weekday >= 0)
@@ -141,7 +141,7 @@ int ItemReader::readMoment() {
     next_ += isNegative ? 2 : 1;
     if (!isGluedNumber(0))
         return partime_syntax;
-    const std::string_view digits = token().text;
+    const std::string_view digits = token().text();
     ++next_;
     const int nanosecond = readFraction();
     if (digits.size() > 18)
@@ -160,13 +160,13 @@ int ItemReader::readMoment() {
 // -------------------------------------------------------------------- relative items
 
 bool ItemReader::isUnit(std::size_t ahead) const {
-    return token(ahead).kind == Token::word && findUnit(token(ahead).text) != nullptr;
+    return token(ahead).kind == Token::word && findUnit(token(ahead).text()) != nullptr;
 }
 
 /// "N unit", "a unit"?
 bool ItemReader::isSpan(std::size_t ahead) const {
     const Token& count = token(ahead);
-    const bool isNumber = count.kind == Token::number && count.text.size() <= 9;
+    const bool isNumber = count.kind == Token::number && count.text().size() <= 9;
     return (isNumber || count.is("a") || count.is("an")) && isUnit(ahead + 1);
 }
 
@@ -176,7 +176,7 @@ int ItemReader::readSpans(int direction) {
     const bool isOpen = direction == 0;
     do {
         const std::int64_t count = token().kind == Token::number ? token().value() : 1;
-        sum += findUnit(token(1).text)->length * count;
+        sum += findUnit(token(1).text())->length * count;
         next_ += token(2).is("and") && isSpan(3) ? 3 : 2;
     } while ((isOpen || tokens_[next_ - 1].is("and")) && isSpan(0));
     if (isOpen && token().is("ago"))
@@ -202,7 +202,7 @@ int ItemReader::readSigned() {
     const bool isCount = isGluedNumber(0) && isSpan(0);
     if (!isCount)
         return partime_syntax;
-    const Unit& unit = *findUnit(token(1).text);
+    const Unit& unit = *findUnit(token(1).text());
     const std::int64_t count = token().value();
     next_ += 2;
     return add(unit.length * count, direction);

@@ -16,7 +16,7 @@ int fullYear(int year) {
 }
 
 int yearOf(const Token& token) {
-    return token.text.size() == 2 ? fullYear(token.value()) : token.value();
+    return token.text().size() == 2 ? fullYear(token.value()) : token.value();
 }
 
 date_order_enum configuredOrder() {
@@ -70,7 +70,7 @@ int ItemReader::finishDate(int status) {
     errorAt_ = token().at;
     if (isGlued(1, ':'))
         return token().isNumber(2) ? readClock() : partime_syntax;
-    const std::string_view digits = token().text;
+    const std::string_view digits = token().text();
     const bool isClock = digits.size() == 2 || digits.size() == 4 || digits.size() == 6;
     return isClock ? readDigitClock(digits) : partime_syntax;
 }
@@ -79,7 +79,7 @@ int ItemReader::finishDate(int status) {
 
 /// A number with "-", "/" or "." behind it.
 int ItemReader::readPunctuated() {
-    const char separator = token(1).text[0];
+    const char separator = token(1).text()[0];
     if (separator != '-' && separator != '/' && separator != '.')
         return partime_syntax;
     if (token().isNumber(4))
@@ -156,7 +156,7 @@ int ItemReader::readDayDotMonth() {
 
 /// D-Month-Y.
 int ItemReader::readDayMonthYear() {
-    const int month = findMonth(token(2).text);
+    const int month = findMonth(token(2).text());
     const std::size_t dash = skipDot(3);
     if (month == 0 || !isGlued(dash, '-') || !isGluedNumber(dash + 1) || !isYear(dash + 1, 4))
         return partime_syntax;
@@ -204,7 +204,7 @@ int ItemReader::setOrderedDate(int first, int second, std::optional<int> year) {
 
 /// YYYYMMDD, YYYYMMDDhhmm, YYYYMMDDhhmmss.
 int ItemReader::readCompact() {
-    const std::string_view digits = token().text;
+    const std::string_view digits = token().text();
     if (digits.size() != 8 && digits.size() != 12 && digits.size() != 14)
         return partime_syntax;
     const auto part = [digits](std::size_t from, std::size_t length) {
@@ -225,7 +225,7 @@ int ItemReader::readDayMonth() {
     std::size_t at = skipOrdinal(1);
     if (token(at).is("of"))
         ++at;
-    const int month = token(at).kind == Token::word ? findMonth(token(at).text) : 0;
+    const int month = token(at).kind == Token::word ? findMonth(token(at).text()) : 0;
     if (day < 0 || month == 0)
         return partime_syntax;
     next_ += skipDot(at + 1);

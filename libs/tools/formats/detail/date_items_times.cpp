@@ -15,8 +15,8 @@ bool ItemReader::isHalf(std::size_t ahead) const {
 
 /// The hours to add for it: 0 or 12.
 int ItemReader::readHalf() {
-    const char letter = lowerCase(token().text[0]);
-    next_ += token().text.size() == 2 ? 1 : skipDot(3);
+    const char letter = lowerCase(token().text()[0]);
+    next_ += token().text().size() == 2 ? 1 : skipDot(3);
     return letter == 'p' ? 12 : 0;
 }
 
@@ -114,7 +114,7 @@ int ItemReader::finishTime(int status, bool hasSeconds) {
 int ItemReader::readZoneBehindTime() {
     const int timeAt = errorAt_;
     errorAt_ = token().at;
-    if (token().kind == Token::word && !token().isApart && findZone(token().text))
+    if (token().kind == Token::word && !token().isApart && findZone(token().text()))
         return readZoneWord();
     bool isOffset = false;
     const int status = readOffset(2, isOffset);
@@ -133,7 +133,7 @@ int ItemReader::readZoneWord() {
     if ((name.is("UTC") || name.is("GMT")) && !token().isApart)
         if (const int status = readOffset(1, isOffset); isOffset || status != partime_ok)
             return status;
-    return setZone(*findZone(name.text));
+    return setZone(*findZone(name.text()));
 }
 
 /// A sign and h (if @p fewestDigits is 1), hh, hhmm or hh:mm. Nothing is read when a
@@ -142,7 +142,7 @@ int ItemReader::readOffset(std::size_t fewestDigits, bool& isOffset) {
     const bool isWest = token().isSign('-');
     const Token& digits = token(1);
     if ((!isWest && !token().isSign('+')) || !isGluedNumber(1) ||
-        (!digits.isNumber(4) && (!digits.isShortNumber() || digits.text.size() < fewestDigits)))
+        (!digits.isNumber(4) && (!digits.isShortNumber() || digits.text().size() < fewestDigits)))
         return partime_ok;
     const bool hasMinutes =
         digits.isShortNumber() && isGlued(2, ':') && isGluedNumber(3) && token(3).isNumber(2);

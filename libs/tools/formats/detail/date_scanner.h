@@ -21,18 +21,21 @@ struct Token {
         broken, ///< anything else, an open parenthesis included
     };
 
+    // Nothing has a first value: an array of these costs nothing until it is filled.
     Kind kind;
     bool isApart; ///< separators or a comment stand before it, or nothing at all
-    int at;       ///< in bytes
-    std::string_view text;
+    std::uint8_t size;
+    int at; ///< in bytes
+    const char* start;
 
-    bool is(std::string_view wanted) const { return kind == word && isSameText(text, wanted); }
-    bool isSign(char wanted) const { return kind == sign && text[0] == wanted; }
-    bool isNumber(std::size_t digits) const { return kind == number && text.size() == digits; }
+    std::string_view text() const { return {start, size}; }
+    bool is(std::string_view wanted) const { return kind == word && isSameText(text(), wanted); }
+    bool isSign(char wanted) const { return kind == sign && *start == wanted; }
+    bool isNumber(std::size_t digits) const { return kind == number && size == digits; }
     /// A number of one or two digits.
-    bool isShortNumber() const { return kind == number && text.size() <= 2; }
-    int value() const { return static_cast<int>(numberOf(text)); } ///< of up to 9 digits
-    int past() const { return at + static_cast<int>(text.size()); }
+    bool isShortNumber() const { return kind == number && size <= 2; }
+    int value() const { return static_cast<int>(numberOf(text())); } ///< of up to 9 digits
+    int past() const { return at + size; }
 };
 
 /// A text of at most `longestText` bytes in pieces; it must outlive this.
@@ -50,9 +53,6 @@ public:
     std::string_view fractionBehind(std::size_t index) const;
 
 private:
-    bool skipBetween(std::size_t& at);
-    void add(Token::Kind kind, bool isApart, std::size_t at, std::size_t length);
-
     std::string_view text_;
     std::array<Token, longestText + 1> tokens_; // as far as count_ says
     std::size_t count_ = 0;

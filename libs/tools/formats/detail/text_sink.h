@@ -25,6 +25,15 @@ public:
         buffer_[used_++] = c;
     }
 
+    /// A number from 0 to 99.
+    void putTwoDigits(int number) {
+        if (room - used_ < 2)
+            flush();
+        buffer_[used_] = static_cast<char>('0' + number / 10);
+        buffer_[used_ + 1] = static_cast<char>('0' + number % 10);
+        used_ += 2;
+    }
+
     /// At most `room` characters.
     void put(std::string_view text) {
         if (room - used_ < text.size())
