@@ -6,6 +6,7 @@
 
 #include "tools/app/KazFileException.h"
 #include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/formats/datetime.h"
 #include "tools/formats/detail/DocumentFormat.h"
 #include "tools/formats/detail/characters.h"
 #include "tools/formats/detail/picture_file.h"
@@ -101,11 +102,6 @@ std::vector<std::string> codeLines(std::string_view text, text_encoding_enum enc
     if (lines.size() > 1 && lines.back().empty())
         lines.pop_back(); // a line end ends a line
     return lines;
-}
-
-/// From 0001-01-01 to 9999-12-31, as all dates of the library.
-bool isDate(std::int64_t seconds) {
-    return seconds >= -62135596800 && seconds <= 253402300799;
 }
 
 bool isLanguage(std::string_view tag) {
@@ -406,7 +402,7 @@ void KazDocWriter::setLanguage(const char* tag) {
 }
 
 void KazDocWriter::setCreated(std::int64_t seconds) {
-    if (!isDate(seconds))
+    if (seconds < date_min || seconds > date_max)
         return;
     core->about.hasDate = true;
     core->about.created = seconds;

@@ -1,8 +1,8 @@
 #include "tools/formats/detail/DocumentFormat.h"
 
+#include "tools/formats/datetime.h"
 #include "tools/formats/detail/spelling.h"
 
-#include <chrono>
 #include <numeric>
 
 namespace kaz::detail {
@@ -36,32 +36,8 @@ void DocumentFormat::putText(const Text& text) {
     paragraphFormat(format).encode(out(), text.chars, text.encoding);
 }
 
-std::string utc(std::int64_t seconds, const std::array<const char*, 6>& words, bool padded) {
-    using namespace std::chrono;
-    const sys_seconds moment{std::chrono::seconds(seconds)};
-    const sys_days day = floor<days>(moment);
-    const year_month_day date = day;
-    const hh_mm_ss<std::chrono::seconds> time(moment - day);
-    const std::array<std::int64_t, 6> values = {static_cast<int>(date.year()),
-                                                static_cast<unsigned>(date.month()),
-                                                static_cast<unsigned>(date.day()),
-                                                time.hours().count(),
-                                                time.minutes().count(),
-                                                time.seconds().count()};
-    std::string result;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const std::string digits = std::to_string(values[i]);
-        const std::size_t width = i == 0 ? 4 : 2;
-        result += words[i];
-        if (padded && digits.size() < width)
-            result.append(width - digits.size(), '0');
-        result += digits;
-    }
-    return result;
-}
-
-std::string isoUtc(std::int64_t seconds) {
-    return utc(seconds, {"", "-", "-", "T", ":", ":"}, true);
+std::string utc(std::int64_t seconds, const char* conversions) {
+    return FmtDate(seconds, conversions, "UTC").getValue();
 }
 
 std::string escapedUrl(std::string_view url, std::string_view others) {

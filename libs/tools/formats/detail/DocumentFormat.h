@@ -171,11 +171,8 @@ protected:
 /// With what a URL must not hold, besides controls and what is not ASCII, as %XX.
 std::string escapedUrl(std::string_view url, std::string_view others);
 
-/// The year, month, day, hour, minute and second of a moment as UTC, each behind one of the
-/// words; with at least two digits, the year with four, where @p padded.
-std::string utc(std::int64_t seconds, const std::array<const char*, 6>& words, bool padded);
-/// As ISO 8601 has it, without the zone.
-std::string isoUtc(std::int64_t seconds);
+/// A moment as UTC, in the spelling of FmtDate().
+std::string utc(std::int64_t seconds, const char* conversions);
 
 std::unique_ptr<DocumentFormat> makeHtmlWriter(const KazColourTable&, const KazFontTable&,
                                                const About&);

@@ -243,7 +243,8 @@ void HtmlWriter::putHead(TextBuilder& to) const {
     if (!about.author.empty())
         to.append("<meta name=\"author\" content=\"" + encoded(about.author) + "\">\n");
     if (about.hasDate)
-        to.append("<meta name=\"date\" content=\"" + isoUtc(about.created) + "+00:00\">\n");
+        to.append("<meta name=\"date\" content=\"" + utc(about.created, "%Y-%m-%dT%H:%M:%S+00:00") +
+                  "\">\n");
     putStyle(to);
     to.append("</head>\n<body>\n");
 }

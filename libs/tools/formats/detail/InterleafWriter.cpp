@@ -197,7 +197,7 @@ void InterleafWriter::putPrologue(TextBuilder& to) const {
         {"Title: ", about.title},
         {"Author: ", about.author},
         {"Language: ", about.language},
-        {"Created: ", about.hasDate ? isoUtc(about.created) + "Z" : ""}};
+        {"Created: ", about.hasDate ? utc(about.created, "%Y-%m-%dT%H:%M:%SZ") : ""}};
     for (const auto& [label, value] : comments)
         if (!value.empty())
             to.append("<! " + (label + commented(value)) + ">\n");

@@ -193,8 +193,7 @@ void RtfWriter::putInfo(TextBuilder& to) const {
         to.append("{\\author " + encoded(about.author) + "}");
     if (about.hasDate)
         to.append("{\\creatim" +
-                  utc(about.created, {"\\yr", "\\mo", "\\dy", "\\hr", "\\min", "\\sec"}, false) +
-                  "}");
+                  utc(about.created, "\\yr%-Y\\mo%-m\\dy%-d\\hr%-H\\min%-M\\sec%-S") + "}");
     to.append("}\n");
 }
 
