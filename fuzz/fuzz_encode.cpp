@@ -132,9 +132,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int length = input.byte();
     const bool isAscii = input.flag();
     std::string text = input.rest().substr(0, 8192); // the readers take their time
+    constexpr std::string_view markup = "abc xyz&<>\"'`\\{}\n\r\t\x1b\x7f()ABC";
     if (isAscii)
         for (char& c : text)
-            c = "abc xyz&<>\"'`\\{}\n\r\t\x1b\x7f()ABC"[static_cast<unsigned char>(c) % 30];
+            c = markup[static_cast<unsigned char>(c) % markup.size()];
     charactersComeBack(text, text_utf8);
     charactersComeBack(text, text_latin1);
     std::erase(text, '\0');
