@@ -1,0 +1,56 @@
+/// What belongs to no single tool of the suite: the first word chooses.
+
+#include "commands.h"
+#include "tools/moxtools.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace {
+
+struct Command {
+    const char* name;
+    const char* help;
+    int (*run)(int argc, char** argv);
+};
+
+constexpr Command commands[] = {
+    {"completion", "print the script that completes command lines in a shell", completionCommand}};
+
+void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
+    if (*option == '\0')
+        for (const Command& command : commands)
+            offer(command.name, command.help, data);
+}
+
+constexpr KazCommandLine commandLine({"moxtool", "2.0.0",
+                                      "Does what belongs to no single tool of the suite.", nullptr,
+                                      0, "completion ...", 1, -1, KazCommandLine::OfTool},
+                                     offerCommands);
+
+const Command* find(const char* name) {
+    const auto* const found =
+        std::find_if(std::begin(commands), std::end(commands), [name](const Command& command) {
+            return std::string_view(name) == command.name;
+        });
+    return found != std::end(commands) ? found : nullptr;
+}
+
+class MoxTool : public KazConsoleApp {
+    int runTool(int argc, char** argv) override {
+        const char* const word = argc > 1 ? argv[1] : "";
+        // A command reads the rest of the line by itself.
+        if (const Command* const command = find(word))
+            return command->run(argc - 1, argv + 1);
+        if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
+            return status;
+        commandLine.complain("unknown command %s", kazPrintable(word).getValue());
+        return KazCommandLine::wrongUsage;
+    }
+};
+
+MoxTool theTool;
+
+} // namespace
