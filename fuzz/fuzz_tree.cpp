@@ -306,7 +306,7 @@ struct Standing {
     }
 };
 
-void compareWalks(KazTree& tree, const std::set<int>& model) {
+void compareWalks(const KazTree& tree, const std::set<int>& model) {
     KazTreeIterator up(tree);
     for (const int value : model) {
         FUZZ_CHECK(valueOf(up.item()) == value);
@@ -317,6 +317,12 @@ void compareWalks(KazTree& tree, const std::set<int>& model) {
     for (auto value = model.rbegin(); value != model.rend(); ++value, down.previous())
         FUZZ_CHECK(valueOf(down.item()) == *value);
     FUZZ_CHECK(up.isDone() && down.isDone() && KazTreeIterator(nullptr).isDone());
+    for (const int value : {-1, 0, valueOf(tree.valueAt(tree.getSize() / 2)), 7, 1000000}) {
+        const auto found = model.lower_bound(value);
+        const Counted key(value);
+        FUZZ_CHECK(up.startAt(&key) == (found != model.end()));
+        FUZZ_CHECK(valueOf(up.item()) == (found != model.end() ? *found : -1));
+    }
     FUZZ_CHECK(valueOf(tree.smallest()) == (model.empty() ? -1 : *model.begin()));
     FUZZ_CHECK(valueOf(tree.largest()) == (model.empty() ? -1 : *model.rbegin()));
     FUZZ_CHECK(tree.isEmpty() == model.empty());

@@ -37,7 +37,7 @@ bool isUnobserved(KazColl::CheckOut function) {
 
 /// A passage of a collection while it is under way.
 template <typename P>
-class KazColl::Under : public P {
+class KAZ_LOCAL KazColl::Under : public P {
 public:
     template <typename... Arguments>
     explicit Under(const KazColl& coll, Arguments... arguments) : P(arguments...), owner(coll) {
@@ -53,7 +53,7 @@ private:
 
 /// Items on their way in. Those that have been checked in and did not get
 /// there are checked out again; without a check-in they are still the caller's.
-class KazColl::Incoming {
+class KAZ_LOCAL KazColl::Incoming {
 public:
     /// Place for up to @p most items.
     Incoming(const KazColl& owner, int most)

@@ -8,8 +8,10 @@
 /// KazTreeIterator whose item() is the value.
 class KAZ_API KazIntTreeIterator : public KazTreeIterator {
 public:
-    explicit KazIntTreeIterator(KazIntTree& walked) : KazTreeIterator(walked) {}
+    explicit KazIntTreeIterator(const KazIntTree& walked) : KazTreeIterator(walked) {}
     explicit KazIntTreeIterator(KazIntTree* walked) : KazTreeIterator(walked) {}
+
+    bool startAt(int value) { return KazTreeIterator::startAt(KazIntTree::toItem(value)); }
 
     /// The value, or 0 when the iterator stands on none.
     int item() const { return KazIntTree::toInt(KazTreeIterator::item()); }

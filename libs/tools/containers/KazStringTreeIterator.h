@@ -8,8 +8,10 @@
 /// KazTreeIterator whose item() is the string.
 class KAZ_API KazStringTreeIterator : public KazTreeIterator {
 public:
-    explicit KazStringTreeIterator(KazStringTree& walked) : KazTreeIterator(walked) {}
+    explicit KazStringTreeIterator(const KazStringTree& walked) : KazTreeIterator(walked) {}
     explicit KazStringTreeIterator(KazStringTree* walked) : KazTreeIterator(walked) {}
+
+    bool startAt(const KazString& text) { return KazTreeIterator::startAt(text.disguise()); }
 
     /// The string, sharing the stored block; empty when the iterator stands on
     /// none.

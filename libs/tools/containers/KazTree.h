@@ -116,5 +116,6 @@ private:
     Compare compare;
     CheckOut checkOutFunction = nullptr;
     CheckIn checkInFunction = nullptr;
-    KazTreeIterator* iterators = nullptr;
+    /// Of a const tree, too: walking it changes nothing that it holds.
+    mutable KazTreeIterator* iterators = nullptr;
 };

@@ -5,6 +5,11 @@ KazTreeIterator::KazTreeIterator(KazTree* walked) {
     toFirst();
 }
 
+KazTreeIterator::KazTreeIterator(const KazTree& walked) {
+    enlist(&walked);
+    toFirst();
+}
+
 KazTreeIterator::KazTreeIterator(const KazTreeIterator& other)
     : rank(other.rank), inGap(other.inGap) {
     enlist(other.tree);
@@ -24,7 +29,7 @@ KazTreeIterator& KazTreeIterator::operator=(const KazTreeIterator& other) {
     return *this;
 }
 
-void KazTreeIterator::enlist(KazTree* walked) {
+void KazTreeIterator::enlist(const KazTree* walked) {
     tree = walked;
     if (!tree)
         return;
@@ -61,4 +66,8 @@ void KazTreeIterator::toFirst() {
 
 void KazTreeIterator::toLast() {
     moveTo(tree ? tree->getSize() - 1 : -1);
+}
+
+bool KazTreeIterator::startAt(const void* key) {
+    return moveTo(tree ? tree->rankOf(key) : -1);
 }

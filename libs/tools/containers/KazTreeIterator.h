@@ -14,7 +14,7 @@
 /// tree, and is then done; so it is after removeAll, copy and assignment.
 class KAZ_API KazTreeIterator {
 public:
-    explicit KazTreeIterator(KazTree& walked) : KazTreeIterator(&walked) {}
+    explicit KazTreeIterator(const KazTree& walked);
     /// A null @p walked gives an iterator that is done.
     explicit KazTreeIterator(KazTree* walked);
     /// Walks the same tree, from the same position.
@@ -35,18 +35,22 @@ public:
     void toFirst();
     void toLast();
 
+    /// To the value equal to @p key or, where there is none, the first one behind its
+    /// place; false, and done, when that is the end. Takes time proportional to the depth.
+    bool startAt(const void* key);
+
     /// The value; null when the iterator stands on none.
     void* item() const { return tree && !inGap ? tree->valueAt(rank) : nullptr; }
 
 private:
     friend class KazTree;
 
-    void enlist(KazTree* walked);
+    void enlist(const KazTree* walked);
     void resign();
     bool moveTo(int newRank);
 
     int rank = -1;
     bool inGap = false;
-    KazTree* tree = nullptr;
+    const KazTree* tree = nullptr;
     KazTreeIterator* nextIterator = nullptr;
 };
