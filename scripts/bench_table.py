@@ -24,7 +24,7 @@ import statistics
 import subprocess
 import sys
 
-areas = ["strings", "containers", "util", "config", "messages", "app", "files", "formats", "documents"]
+areas = ["strings", "containers", "util", "config", "messages", "app", "files", "formats", "documents", "services"]
 ours = "moxtools"
 begin, end = "<!-- table: begin -->", "<!-- table: end -->"
 headings = ("work", "size", "ours", "best peer", "ratio", "to std")
