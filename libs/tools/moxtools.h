@@ -41,12 +41,16 @@
 #include "tools/containers/KazTree.h"
 #include "tools/containers/KazTreeIterator.h"
 
+#include "tools/files/KazDirectory.h"
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazFilePath.h"
+#include "tools/files/KazTreeCursor.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/path_text.h"
 #include "tools/files/process.h"
+#include "tools/files/processstamp.h"
 #include "tools/files/tifiles.h"
+#include "tools/files/tistatus.h"
 
 #include "tools/formats/KazColourTable.h"
 #include "tools/formats/KazDocWriter.h"

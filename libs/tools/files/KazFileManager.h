@@ -35,6 +35,13 @@ class TreeRemoval;
 /// its name. The directory that is being copied into is not copied into itself;
 /// it is a failed entry where the walk meets it.
 ///
+/// Directories of a copy are made with mode 0777, cut by the file-creation mask, whatever
+/// the source's permissions are: who copies private trees sets the mask (or copies with
+/// KazDirectory, which leaves the choice).
+///
+/// Trees may be of any depth; at most 40 handles are open at a time. Only a pattern with
+/// a directory part, which leads elsewhere at each level, takes a handle for each.
+///
 /// What is deleted: links themselves, never what they point to (the root that the
 /// manager was given may itself be a link to a directory). An excluded entry, or one
 /// that the pattern leaves, keeps the directories above it: they are failures then.

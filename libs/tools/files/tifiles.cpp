@@ -1,7 +1,7 @@
 #include "tools/files/tifiles.h"
 
+#include "tools/files/detail/pattern.h"
 #include "tools/files/detail/text.h"
-#include "tools/files/detail/tree_level.h"
 #include "tools/files/kazpath.h"
 #include "tools/platform/host.h"
 

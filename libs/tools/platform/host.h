@@ -18,9 +18,11 @@
 /// - Nothing here prints.
 #pragma once
 
+#include "tools/platform/host_directory.h"
 #include "tools/platform/host_identity.h"
 #include "tools/platform/host_machine.h"
 #include "tools/platform/host_process.h"
+#include "tools/platform/host_process_stamp.h"
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_reading.h"
 #include "tools/platform/host_socket.h"
@@ -104,18 +106,6 @@ std::string temporaryDirectory();
 
 // ------------------------------------------------------------ files, by name
 
-enum class Kind { missing, file, directory, link, special };
-
-/// What is known about a file.
-struct FileStatus {
-    Kind kind = Kind::missing; ///< link only where links are not followed
-    unsigned mode = 0;         ///< the nine permission bits (rwxrwxrwx)
-    std::uint64_t size = 0;    ///< bytes
-    std::int64_t modified = 0; ///< seconds since 1970-01-01 UTC
-    std::uint64_t device = 0;  ///< with `serial`: the same pair, the same file
-    std::uint64_t serial = 0;
-};
-
 /// Examines what @p path names; links are followed. On failure @p result is a
 /// default FileStatus.
 int status(const char* path, FileStatus& result);
@@ -193,67 +183,6 @@ public:
 
 private:
     std::intptr_t handle_ = -1;
-};
-
-// -------------------------------------------------------- files, by directory
-
-/// Does @p name match a wildcard? "*" is any run of characters, a leading dot
-/// included, "?" any one byte; nothing else is special. "*.*" matches every
-/// name. Case counts where the host's file names are told apart by case.
-/// Linear space, time at most length of name times length of pattern.
-bool matches(std::string_view pattern, std::string_view name);
-
-/// One name of a directory.
-struct Entry {
-    std::string name; ///< as the host spells it
-    Kind kind = Kind::missing;
-    /// False when the name cannot be written as one component of native text:
-    /// handing it to any function that takes a path would name another file.
-    bool expressible = true;
-};
-
-/// An open directory. Operations on its entries go through the handle, so they
-/// stay inside it whatever the entry is called and however long its path is:
-/// a name is one component in the host's spelling and never interpreted.
-/// All operations on a Directory that is not open fail with EBADF. Only list()
-/// needs the permission to read.
-class Directory {
-public:
-    /// Not open.
-    Directory() = default;
-    /// Opens by native path, following links. Check isOpen(); errno tells why not.
-    explicit Directory(const char* path);
-    /// Opens an entry of @p parent that is a real directory (a link is refused
-    /// with ENOTDIR or ELOOP).
-    Directory(const Directory& parent, const std::string& name);
-    Directory& operator=(Directory&& other) noexcept;
-    Directory(const Directory&) = delete;
-    Directory& operator=(const Directory&) = delete;
-    ~Directory();
-
-    bool isOpen() const;
-    /// The directory itself.
-    int status(FileStatus& result) const;
-    /// An entry, links followed.
-    int status(const std::string& name, FileStatus& result) const;
-
-    /// Replaces @p result by the entries that match @p pattern, "." and ".."
-    /// included where they match, each once, in the host's order. What was read
-    /// before a failure is kept.
-    int list(std::string_view pattern, std::vector<Entry>& result) const;
-
-    int makeDirectory(const std::string& name, unsigned mode) const;
-    int removeDirectory(const std::string& name) const;
-    int removeFile(const std::string& name) const;
-    /// Copies an entry that list() gave into @p target under its own name, by the
-    /// rules of kaz::host::copyFile.
-    int copyFile(const Entry& entry, const Directory& target, bool mayReplace) const;
-
-private:
-    std::intptr_t handle_ = -1;
-    /// Permission bits that new files here have got when they were asked for. What
-    /// takes bits away stays as it is while copies run: POSIX looks no second time.
-    mutable unsigned granted_ = 0;
 };
 
 // -------------------------------------------------------------------- streams

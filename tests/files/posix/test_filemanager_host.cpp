@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -147,29 +146,6 @@ TEST_F(FileManager, StaysInsideTheDestination) {
     EXPECT_EQ(tree.read("outside/file"), "untouched");
     EXPECT_FALSE(tree.exists("outside/f"));
     EXPECT_EQ(tree.read("dst/src/file"), "x"); // the link was replaced
-}
-
-TEST_F(FileManager, DeepTreesEndInTheListWhenHandlesRunOut) {
-    std::string deep = "src";
-    for (int i = 0; i < 60; ++i)
-        deep += "/d";
-    tree.write(deep + "/f", "x");
-    tree.mkdir("dst");
-    rlimit old{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &old), 0);
-    const rlimit few{60, old.rlim_max};
-    KazFileManager manager(tree.native("src").c_str());
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    const bool copied = manager.copy(tree.native("dst").c_str(), true);
-    const KazString errors = manager.getErrors();
-    const bool removed = manager.destroy(true);
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &old), 0);
-    EXPECT_FALSE(copied);
-    EXPECT_FALSE(errors.isEmpty());
-    EXPECT_FALSE(removed);
-    EXPECT_TRUE(tree.exists(deep + "/f"));
-    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), "*", true));
-    EXPECT_EQ(tree.read("dst" + deep.substr(3) + "/f"), "x");
 }
 
 } // namespace

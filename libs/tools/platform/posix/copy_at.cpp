@@ -1,5 +1,7 @@
 #include "tools/platform/posix/copy_at.h"
 
+#include "tools/platform/host.h"
+#include "tools/platform/posix/contents.h"
 #include "tools/platform/posix/descriptor.h"
 #include "tools/platform/posix/open_regular.h"
 
@@ -14,13 +16,6 @@
 namespace kaz::host {
 
 namespace {
-
-/// Files below this size take one read and one write, which beats the set-up of
-/// a copy inside the kernel.
-constexpr std::size_t smallSize = 64 * 1024;
-
-/// A handler waits at most for one such piece of a copy inside the kernel.
-constexpr std::size_t kernelPiece = std::size_t{64} << 20;
 
 bool isSameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
@@ -136,55 +131,6 @@ private:
     bool exists_ = false;
 };
 
-int writeAll(int file, const char* data, std::size_t size) {
-    while (size > 0) {
-        const ssize_t done = retry([&] { return ::write(file, data, size); });
-        if (done < 0)
-            return -1;
-        data += done;
-        size -= static_cast<std::size_t>(done);
-    }
-    return 0;
-}
-
-int copyByBuffer(int source, int target) {
-    std::array<char, smallSize> buffer;
-    for (;;) {
-        const ssize_t got = retry([&] { return ::read(source, buffer.data(), buffer.size()); });
-        if (got <= 0)
-            return static_cast<int>(got);
-        if (writeAll(target, buffer.data(), static_cast<std::size_t>(got)) != 0)
-            return -1;
-    }
-}
-
-/// Real failures of the copy; anything else means "not between these two".
-bool isFinal(int number) {
-    return number == ENOSPC || number == EDQUOT || number == EFBIG || number == EIO;
-}
-
-int copyLarge(int source, int target) {
-    for (;;) {
-        const ssize_t done = retry(
-            [&] { return ::copy_file_range(source, nullptr, target, nullptr, kernelPiece, 0); });
-        if (done < 0 && isFinal(errno))
-            return -1;
-        // Both offsets stand behind what was copied so far, also where the
-        // kernel claims the end too early: reading on settles it.
-        if (done <= 0)
-            return copyByBuffer(source, target);
-    }
-}
-
-/// One read and one write where that is all; a size is no promise, though.
-int copySmall(int source, off_t size, int target) {
-    std::array<char, smallSize> buffer;
-    const ssize_t got = retry([&] { return ::read(source, buffer.data(), buffer.size()); });
-    if (got < 0 || writeAll(target, buffer.data(), static_cast<std::size_t>(got)) != 0)
-        return -1;
-    return got == size ? 0 : copyByBuffer(source, target);
-}
-
 /// File systems without permissions refuse; the contents are whole all the same.
 int setPermissions(int target, mode_t mode) {
     if (retry([&] { return ::fchmod(target, mode & 0777); }) == 0 || errno == EPERM ||
@@ -207,9 +153,8 @@ int keepPermissions(int target, mode_t mode, unsigned& granted) {
     return 0;
 }
 
-int copyContents(int source, off_t size, int target) {
-    return size < static_cast<off_t>(smallSize) ? copySmall(source, size, target)
-                                                : copyLarge(source, target);
+mode_t cutByMask(mode_t mode, const CopyRules& rules) {
+    return rules.cutByMask ? mode & ~static_cast<mode_t>(fileMask()) : mode;
 }
 
 enum class Outcome { done, failed, notThisWay };
@@ -218,12 +163,12 @@ enum class Outcome { done, failed, notThisWay };
 /// is created under its name and written there, but is whole or absent even when
 /// the process is killed; a rename would cost 4.
 Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const char* target,
-                    unsigned& granted) {
+                    const CopyRules& rules, unsigned& granted) {
     Unnamed to(targetDir, target, info.st_mode);
     if (!to.isOpen())
         return Outcome::notThisWay;
-    if (copyContents(source, info.st_size, to.get()) != 0 ||
-        keepPermissions(to.get(), info.st_mode, granted) != 0)
+    if (copyContents(source, info, to.get(), rules.goesOn) != 0 ||
+        (!rules.cutByMask && keepPermissions(to.get(), info.st_mode, granted) != 0))
         return Outcome::failed;
     if (to.become(targetDir, target) == 0)
         return Outcome::done;
@@ -232,10 +177,10 @@ Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const ch
 
 /// For a name that is taken, and for hosts without the other way.
 int copyBeside(int source, const struct stat& info, int targetDir, const char* target,
-               bool mayReplace) {
+               const CopyRules& rules) {
     Beside to(targetDir, target);
-    if (!to.isOpen() || copyContents(source, info.st_size, to.get()) != 0 ||
-        setPermissions(to.get(), info.st_mode) != 0)
+    if (!to.isOpen() || copyContents(source, info, to.get(), rules.goesOn) != 0 ||
+        setPermissions(to.get(), cutByMask(info.st_mode, rules)) != 0)
         return -1;
     if (to.becomeNew(target) == 0)
         return 0;
@@ -243,32 +188,49 @@ int copyBeside(int source, const struct stat& info, int targetDir, const char* t
         return -1;
     struct stat existing;
     if (look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0 &&
-        checkReplacement(existing, info, mayReplace) != 0)
+        checkReplacement(existing, info, rules.mayReplace) != 0)
         return -1;
     return to.become(target);
+}
+
+/// Written under its name at once. Of a copy that fails nothing is left.
+int copyInPlace(int source, const struct stat& info, int targetDir, const char* target,
+                const CopyRules& rules, unsigned& granted) {
+    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+    Descriptor to(retry([&] { return ::openat(targetDir, target, flags, info.st_mode & 0777); }));
+    if (!to.isOpen())
+        return -1;
+    if (copyContents(source, info, to.get(), rules.goesOn) == 0 &&
+        (rules.cutByMask || keepPermissions(to.get(), info.st_mode, granted) == 0) && to.close())
+        return 0;
+    const int reason = errno;
+    retry([&] { return ::unlinkat(targetDir, target, 0); });
+    return failWith(reason);
 }
 
 } // namespace
 
 int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const char* target,
-           bool mayReplace, unsigned& granted) {
+           const CopyRules& rules, unsigned& granted) {
     struct stat info;
     const Descriptor from = openRegular(sourceDir, source, isPlain, info);
     if (!from.isOpen())
         return -1;
+    if (rules.inPlace)
+        return copyInPlace(from.get(), info, targetDir, target, rules, granted);
     // Before the work where that is much, and where the name is likely taken.
     struct stat existing;
     const bool isLarge = info.st_size >= static_cast<off_t>(smallSize);
-    const bool isTaken =
-        (mayReplace || isLarge) && look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0;
-    if (isTaken && checkReplacement(existing, info, mayReplace) != 0)
+    const bool isTaken = (rules.mayReplace || isLarge) &&
+                         look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0;
+    if (isTaken && checkReplacement(existing, info, rules.mayReplace) != 0)
         return -1;
     if (!isTaken) {
-        switch (copyUnnamed(from.get(), info, targetDir, target, granted)) {
+        switch (copyUnnamed(from.get(), info, targetDir, target, rules, granted)) {
         case Outcome::done:
             return 0;
         case Outcome::failed:
-            if (errno == EEXIST && mayReplace)
+            if (errno == EEXIST && rules.mayReplace)
                 break;
             return -1;
         case Outcome::notThisWay:
@@ -277,7 +239,7 @@ int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const
         if (retry([&] { return ::lseek(from.get(), 0, SEEK_SET); }) != 0)
             return -1;
     }
-    return copyBeside(from.get(), info, targetDir, target, mayReplace);
+    return copyBeside(from.get(), info, targetDir, target, rules);
 }
 
 } // namespace kaz::host

@@ -4,9 +4,12 @@
 #include "tools/platform/posix/file_status.h"
 #include "tools/platform/wildcard.h"
 
+#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <string>
+#include <sys/stat.h>
 #include <utility>
 
 namespace kaz::host {
@@ -44,6 +47,29 @@ Kind kindOfEntry(int dir, const dirent& entry) {
     return info.kind;
 }
 
+/// The flags of fopen's mode; no link is followed and no pipe's other end waited for.
+int openFlags(std::string_view mode) {
+    const auto has = [&](char c) { return mode.find(c) != mode.npos; };
+    const int use = has('+') ? O_RDWR : mode.front() == 'r' ? O_RDONLY : O_WRONLY;
+    const int create = mode.front() == 'r' ? 0 : O_CREAT | (mode.front() == 'a' ? O_APPEND : 0);
+    return use | create | (has('x') ? O_EXCL : 0) | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+}
+
+int checkRegular(int file) {
+    FileStatus info;
+    if (statusAt(file, "", AT_EMPTY_PATH, info) != 0)
+        return -1;
+    return info.kind == Kind::file ? 0 : failWith(info.kind == Kind::directory ? EISDIR : EINVAL);
+}
+
+/// For a file system that cannot refuse to replace in the same step.
+int renameIfFree(int from, const char* name, int to, const char* newName) {
+    FileStatus existing;
+    if (statusAt(to, newName, AT_SYMLINK_NOFOLLOW, existing) == 0)
+        return failWith(EEXIST);
+    return errno == ENOENT ? retry([&] { return ::renameat(from, name, to, newName); }) : -1;
+}
+
 int unlinkEntry(std::intptr_t dir, const std::string& name, int flags) {
     return retry([&] { return ::unlinkat(static_cast<int>(dir), name.c_str(), flags); });
 }
@@ -61,7 +87,10 @@ Directory::Directory(const char* path)
 Directory::Directory(const Directory& parent, const std::string& name)
     : handle_(retry([&] {
           return ::openat(static_cast<int>(parent.handle_), name.c_str(), handleFlags | O_NOFOLLOW);
-      })) {}
+      })) {
+    if (!isOpen() && errno == ELOOP)
+        errno = ENOTDIR; // some file systems tell a link so
+}
 
 Directory& Directory::operator=(Directory&& other) noexcept {
     std::swap(handle_, other.handle_);
@@ -77,12 +106,22 @@ bool Directory::isOpen() const {
     return handle_ >= 0;
 }
 
+Directory Directory::above() const {
+    Directory result;
+    result.handle_ = retry([&] { return ::openat(static_cast<int>(handle_), "..", handleFlags); });
+    return result;
+}
+
 int Directory::status(FileStatus& result) const {
     return statusAt(static_cast<int>(handle_), "", AT_EMPTY_PATH, result);
 }
 
 int Directory::status(const std::string& name, FileStatus& result) const {
     return statusAt(static_cast<int>(handle_), name.c_str(), 0, result);
+}
+
+int Directory::statusOfLink(const std::string& name, FileStatus& result) const {
+    return statusAt(static_cast<int>(handle_), name.c_str(), AT_SYMLINK_NOFOLLOW, result);
 }
 
 int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
@@ -105,6 +144,25 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
     }
 }
 
+std::FILE* Directory::openFile(const std::string& name, const char* mode) const {
+    Descriptor file(retry(
+        [&] { return ::openat(static_cast<int>(handle_), name.c_str(), openFlags(mode), 0666); }));
+    if (!file.isOpen() || checkRegular(file.get()) != 0)
+        return nullptr;
+    if (mode[0] == 'w' && retry([&] { return ::ftruncate(file.get(), 0); }) != 0)
+        return nullptr;
+    std::FILE* stream = retry([&] { return ::fdopen(file.get(), mode); });
+    if (stream != nullptr)
+        file.release();
+    return stream;
+}
+
+int Directory::setMode(unsigned mode) const {
+    const Descriptor own(
+        retry([&] { return ::openat(static_cast<int>(handle_), ".", listingFlags); }));
+    return own.isOpen() ? retry([&] { return ::fchmod(own.get(), mode & 0777); }) : -1;
+}
+
 int Directory::makeDirectory(const std::string& name, unsigned mode) const {
     return retry([&] { return ::mkdirat(static_cast<int>(handle_), name.c_str(), mode); });
 }
@@ -117,10 +175,28 @@ int Directory::removeFile(const std::string& name) const {
     return unlinkEntry(handle_, name, 0);
 }
 
+int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,
+                      bool mayReplace) const {
+    const int from = static_cast<int>(handle_);
+    const int to = static_cast<int>(target.handle_);
+    const int result = retry([&] {
+        return ::renameat2(from, name.c_str(), to, newName.c_str(),
+                           mayReplace ? 0 : RENAME_NOREPLACE);
+    });
+    const bool isUnknown = result != 0 && !mayReplace && (errno == EINVAL || errno == ENOSYS);
+    return isUnknown ? renameIfFree(from, name.c_str(), to, newName.c_str()) : result;
+}
+
 int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {
+    CopyRules rules;
+    rules.mayReplace = mayReplace;
+    return copyFile(entry, target, rules);
+}
+
+int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     const char* name = entry.name.c_str();
     return copyAt(static_cast<int>(handle_), name, entry.kind == Kind::file,
-                  static_cast<int>(target.handle_), name, mayReplace, target.granted_);
+                  static_cast<int>(target.handle_), name, rules, target.granted_);
 }
 
 } // namespace kaz::host

@@ -115,7 +115,9 @@ int copyFile(const char* source, const char* target, bool mayReplace) {
     return onHostPath(source, [&](const char* from) {
         return onHostPath(target, [&](const char* to) {
             unsigned granted = 0;
-            return copyAt(AT_FDCWD, from, false, AT_FDCWD, to, mayReplace, granted);
+            CopyRules rules;
+            rules.mayReplace = mayReplace;
+            return copyAt(AT_FDCWD, from, false, AT_FDCWD, to, rules, granted);
         });
     });
 }

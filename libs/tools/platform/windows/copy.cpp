@@ -22,6 +22,45 @@ int checkTarget(const std::wstring& target, const FileStatus& source, bool mayRe
     return same ? failWith(EINVAL) : 0;
 }
 
+/// Called between portions of a copy.
+DWORD CALLBACK askWhetherToGoOn(LARGE_INTEGER, LARGE_INTEGER, LARGE_INTEGER, LARGE_INTEGER, DWORD,
+                                DWORD, HANDLE, HANDLE, void* rules) {
+    const auto goesOn = static_cast<const CopyRules*>(rules)->goesOn;
+    return goesOn == nullptr || goesOn() ? PROGRESS_CONTINUE : PROGRESS_CANCEL;
+}
+
+/// A new file with the contents of @p source.
+bool copyNew(const std::wstring& source, const std::wstring& target, const CopyRules& rules) {
+    CopyRules own = rules;
+    return CopyFileExW(source.c_str(), target.c_str(), askWhetherToGoOn, &own, nullptr,
+                       COPY_FILE_FAIL_IF_EXISTS) != 0;
+}
+
+/// The system's copy has the time of its source.
+int dateNow(const std::wstring& name) {
+    const Handle file(CreateFileW(name.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ, nullptr,
+                                  OPEN_EXISTING, 0, nullptr));
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return succeededOrFail(file.isOpen() && SetFileTime(file.get(), nullptr, nullptr, &now));
+}
+
+void removeQuietly(const std::wstring& name) {
+    const int saved = errno;
+    if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) != 0)
+        DeleteFileW(name.c_str());
+    errno = saved;
+}
+
+int copyInPlace(const std::wstring& source, const std::wstring& target, const CopyRules& rules) {
+    if (!copyNew(source, target, rules))
+        return failWithLastError();
+    if (dateNow(target) == 0)
+        return 0;
+    removeQuietly(target);
+    return -1;
+}
+
 /// The file beside the target that becomes the target. Removed again unless it
 /// got there.
 class Beside {
@@ -32,29 +71,20 @@ public:
     Beside(const Beside&) = delete;
     Beside& operator=(const Beside&) = delete;
     ~Beside() {
-        const int saved = errno;
-        if (exists_ && SetFileAttributesW(name_.c_str(), FILE_ATTRIBUTE_NORMAL) != 0)
-            DeleteFileW(name_.c_str());
-        errno = saved;
+        if (exists_)
+            removeQuietly(name_);
     }
 
-    int fill(const std::wstring& source) {
+    int fill(const std::wstring& source, const CopyRules& rules) {
         static constinit unsigned counter = 0;
         do {
             name_ = stem_ + std::to_wstring(counter++) + L".part";
-            exists_ = CopyFileW(source.c_str(), name_.c_str(), TRUE) != 0;
+            exists_ = copyNew(source, name_, rules);
         } while (!exists_ && GetLastError() == ERROR_FILE_EXISTS);
         return succeededOrFail(exists_);
     }
 
-    /// The system's copy has the time of its source.
-    int dateNow() const {
-        const Handle file(CreateFileW(name_.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ,
-                                      nullptr, OPEN_EXISTING, 0, nullptr));
-        FILETIME now;
-        GetSystemTimeAsFileTime(&now);
-        return succeededOrFail(file.isOpen() && SetFileTime(file.get(), nullptr, nullptr, &now));
-    }
+    int dateNow() const { return host::dateNow(name_); }
 
     int become(const std::wstring& target, bool mayReplace) {
         const DWORD flags = mayReplace ? MOVEFILE_REPLACE_EXISTING : 0;
@@ -72,14 +102,16 @@ private:
 
 } // namespace
 
-int copyLiteral(const std::wstring& source, const std::wstring& target, bool mayReplace) {
+int copyLiteral(const std::wstring& source, const std::wstring& target, const CopyRules& rules) {
     FileStatus info;
-    if (statusOfRegular(source, info) != 0 || checkTarget(target, info, mayReplace) != 0)
+    if (statusOfRegular(source, info) != 0 || checkTarget(target, info, rules.mayReplace) != 0)
         return -1;
+    if (rules.inPlace)
+        return copyInPlace(source, target, rules);
     Beside beside(target);
-    if (beside.fill(source) != 0 || beside.dateNow() != 0)
+    if (beside.fill(source, rules) != 0 || beside.dateNow() != 0)
         return -1;
-    return beside.become(target, mayReplace);
+    return beside.become(target, rules.mayReplace);
 }
 
 } // namespace kaz::host

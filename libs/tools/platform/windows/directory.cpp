@@ -6,7 +6,11 @@
 #include "tools/platform/windows/text.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <io.h>
 #include <memory>
+#include <sys/stat.h>
 #include <utility>
 #include <windows.h>
 
@@ -56,6 +60,27 @@ std::intptr_t openDirectory(const std::wstring& path, bool followLink) {
     return info.kind == Kind::directory ? holding(path) : failWith(ENOTDIR);
 }
 
+/// The flags of fopen's mode.
+int openFlags(std::string_view mode) {
+    const auto has = [&](char c) { return mode.find(c) != mode.npos; };
+    const char first = mode.front();
+    const int use = has('+') ? _O_RDWR : first == 'r' ? _O_RDONLY : _O_WRONLY;
+    const int create = first == 'r' ? 0 : first == 'a' ? _O_CREAT | _O_APPEND : _O_CREAT | _O_TRUNC;
+    return use | create | (has('x') ? _O_EXCL : 0) | (has('b') ? _O_BINARY : _O_TEXT) |
+           _O_NOINHERIT;
+}
+
+/// A file that is there must be a regular one.
+int checkRegular(const std::wstring& path) {
+    FileStatus info;
+    if (statusOfLiteral(path, false, info) != 0)
+        return errno == ENOENT ? 0 : -1;
+    if (info.kind == Kind::file)
+        return 0;
+    const int reason = info.kind == Kind::link ? ELOOP : EINVAL;
+    return failWith(info.kind == Kind::directory ? EISDIR : reason);
+}
+
 struct CloseListing {
     using pointer = HANDLE;
     void operator()(HANDLE listing) const { FindClose(listing); }
@@ -92,6 +117,23 @@ bool Directory::isOpen() const {
     return handle_ != closed;
 }
 
+Directory Directory::above() const {
+    Directory result;
+    const std::wstring* path = pathOf(handle_);
+    if (path == nullptr) {
+        errno = EBADF;
+        return result;
+    }
+    // "\\?\C:\" and "\\?\UNC\server\share\" hold themselves.
+    const std::size_t root = path->starts_with(L"\\\\?\\UNC\\")
+                                 ? path->find(L'\\', path->find(L'\\', 8) + 1)
+                                 : path->find(L'\\', 4);
+    const std::size_t last = path->rfind(L'\\', path->size() - 2);
+    const bool isRoot = root == std::wstring::npos || root + 1 >= path->size();
+    result.handle_ = openDirectory(isRoot ? *path : path->substr(0, last + 1), true);
+    return result;
+}
+
 int Directory::status(FileStatus& result) const {
     const std::wstring* path = pathOf(handle_);
     return path != nullptr ? statusOfLiteral(*path, true, result) : failWith(EBADF);
@@ -101,6 +143,12 @@ int Directory::status(const std::string& name, FileStatus& result) const {
     result = FileStatus();
     return onEntry(handle_, name,
                    [&](const std::wstring& path) { return statusOfLiteral(path, true, result); });
+}
+
+int Directory::statusOfLink(const std::string& name, FileStatus& result) const {
+    result = FileStatus();
+    return onEntry(handle_, name,
+                   [&](const std::wstring& path) { return statusOfLiteral(path, false, result); });
 }
 
 int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
@@ -124,6 +172,24 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
     return GetLastError() == ERROR_NO_MORE_FILES ? 0 : failWithLastError();
 }
 
+std::FILE* Directory::openFile(const std::string& name, const char* mode) const {
+    const std::wstring path = entryPath(handle_, name);
+    if (path.empty() || checkRegular(path) != 0)
+        return nullptr;
+    const int file = ::_wopen(path.c_str(), openFlags(mode), _S_IREAD | _S_IWRITE);
+    std::string known = mode; // without "x", which this runtime library does not know
+    std::erase(known, 'x');
+    std::FILE* stream = file < 0 ? nullptr : ::_fdopen(file, known.c_str());
+    if (stream == nullptr && file >= 0)
+        ::_close(file);
+    return stream;
+}
+
+/// There are no such bits here.
+int Directory::setMode(unsigned) const {
+    return isOpen() ? 0 : failWith(EBADF);
+}
+
 int Directory::makeDirectory(const std::string& name, unsigned) const {
     return onEntry(handle_, name, [](const std::wstring& path) {
         return succeededOrFail(CreateDirectoryW(path.c_str(), nullptr));
@@ -142,10 +208,26 @@ int Directory::removeFile(const std::string& name) const {
     });
 }
 
+int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,
+                      bool mayReplace) const {
+    const DWORD flags = mayReplace ? MOVEFILE_REPLACE_EXISTING : 0;
+    return onEntry(handle_, name, [&](const std::wstring& from) {
+        return onEntry(target.handle_, newName, [&](const std::wstring& to) {
+            return succeededOrFail(MoveFileExW(from.c_str(), to.c_str(), flags));
+        });
+    });
+}
+
 int Directory::copyFile(const Entry& entry, const Directory& target, bool mayReplace) const {
+    CopyRules rules;
+    rules.mayReplace = mayReplace;
+    return copyFile(entry, target, rules);
+}
+
+int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     return onEntry(handle_, entry.name, [&](const std::wstring& from) {
         return onEntry(target.handle_, entry.name,
-                       [&](const std::wstring& to) { return copyLiteral(from, to, mayReplace); });
+                       [&](const std::wstring& to) { return copyLiteral(from, to, rules); });
     });
 }
 

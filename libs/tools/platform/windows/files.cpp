@@ -93,7 +93,9 @@ std::FILE* openStream(const char* path, const char* mode) {
 int copyFile(const char* source, const char* target, bool mayReplace) {
     const std::wstring from = literalPath(source);
     const std::wstring to = from.empty() ? from : literalPath(target);
-    return to.empty() ? -1 : copyLiteral(from, to, mayReplace);
+    CopyRules rules;
+    rules.mayReplace = mayReplace;
+    return to.empty() ? -1 : copyLiteral(from, to, rules);
 }
 
 std::FILE* createTemporary(const char* directory, const char* prefix, std::string& path) {

@@ -1,0 +1,294 @@
+#include "tools/files/KazDirectory.h"
+
+#include "tools/files/KazTreeCursor.h"
+#include "tools/files/detail/text.h"
+#include "tools/platform/host.h"
+
+#include <cerrno>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace host = kaz::host;
+using kaz::detail::textOf;
+using kaz::detail::toText;
+
+namespace {
+
+int failWith(int number) {
+    errno = number;
+    return -1;
+}
+
+/// One component, which leads nowhere else. A backslash is part of a name on some
+/// hosts; on the others nothing is found under such a name.
+bool isComponent(const char* name) {
+    const std::string_view text = textOf(name);
+    return !text.empty() && text != "." && text != ".." && text.find('/') == text.npos;
+}
+
+/// Calls @p operation(directory, name) where both can be used.
+template <typename Operation>
+int onEntry(const std::unique_ptr<host::Directory>& directory, const char* name,
+            Operation operation) {
+    if (directory == nullptr)
+        return failWith(EBADF);
+    return isComponent(name) ? operation(*directory, std::string(name)) : failWith(EINVAL);
+}
+
+KazFileKind kindOf(host::Kind kind) {
+    switch (kind) {
+    case host::Kind::file:
+        return KazFileKind::File;
+    case host::Kind::directory:
+        return KazFileKind::Directory;
+    case host::Kind::link:
+        return KazFileKind::Link;
+    case host::Kind::special:
+        return KazFileKind::Special;
+    case host::Kind::missing:
+        break;
+    }
+    return KazFileKind::Missing;
+}
+
+KazFileStatus statusOf(const host::FileStatus& status) {
+    return {kindOf(status.kind), status.mode,   status.size,
+            status.modified,     status.device, status.serial};
+}
+
+host::CopyRules rulesOf(const KazCopyRules& rules) {
+    return {rules.mayReplace, rules.inPlace, rules.cutByMask, rules.goesOn};
+}
+
+} // namespace
+
+KazDirectory::KazDirectory() = default;
+
+KazDirectory::KazDirectory(host::Directory&& directory) {
+    if (directory.isOpen())
+        directory_ = std::make_unique<host::Directory>(std::move(directory));
+}
+
+KazDirectory::KazDirectory(const char* path)
+    : KazDirectory(host::Directory(*textOf(path) != '\0' ? path : ".")) {}
+
+KazDirectory::KazDirectory(KazDirectory&& other) noexcept = default;
+KazDirectory& KazDirectory::operator=(KazDirectory&& other) noexcept = default;
+KazDirectory::~KazDirectory() = default;
+
+bool KazDirectory::isOpen() const {
+    return directory_ != nullptr;
+}
+
+void KazDirectory::close() {
+    directory_.reset();
+}
+
+KazDirectory KazDirectory::openDirectory(const char* name) const {
+    host::Directory opened;
+    onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+        opened = host::Directory(self, entry);
+        return 0;
+    });
+    return KazDirectory(std::move(opened));
+}
+
+KazDirectory KazDirectory::openParent() const {
+    if (isOpen())
+        return KazDirectory(directory_->above());
+    errno = EBADF;
+    return KazDirectory();
+}
+
+int KazDirectory::getStatus(KazFileStatus& status) const {
+    host::FileStatus found;
+    const int result = isOpen() ? directory_->status(found) : failWith(EBADF);
+    status = statusOf(found);
+    return result;
+}
+
+int KazDirectory::getStatus(const char* name, KazFileStatus& status, bool followLinks) const {
+    host::FileStatus found;
+    const int result =
+        onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+            return followLinks ? self.status(entry, found) : self.statusOfLink(entry, found);
+        });
+    status = statusOf(found);
+    return result;
+}
+
+int KazDirectory::list(const char* pattern, std::vector<KazDirectoryEntry>& entries) const {
+    entries.clear();
+    if (!isOpen())
+        return failWith(EBADF);
+    std::vector<host::Entry> found;
+    const int result = directory_->list(textOf(pattern), found);
+    const int reason = errno;
+    entries.reserve(found.size());
+    for (const host::Entry& entry : found)
+        if (entry.name != "." && entry.name != "..")
+            entries.push_back({toText(entry.name), kindOf(entry.kind), entry.expressible});
+    errno = reason;
+    return result;
+}
+
+bool KazDirectory::matches(const char* pattern, const char* name) {
+    return host::matches(textOf(pattern), textOf(name));
+}
+
+FILE* KazDirectory::openFile(const char* name, const char* mode) const {
+    FILE* stream = nullptr;
+    onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+        if (*textOf(mode) == '\0')
+            return failWith(EINVAL);
+        stream = self.openFile(entry, mode);
+        return 0;
+    });
+    return stream;
+}
+
+int KazDirectory::makeDirectory(const char* name, unsigned mode) const {
+    return onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+        return self.makeDirectory(entry, mode);
+    });
+}
+
+int KazDirectory::setMode(unsigned mode) const {
+    return isOpen() ? directory_->setMode(mode) : failWith(EBADF);
+}
+
+int KazDirectory::removeDirectory(const char* name) const {
+    return onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
+        return self.removeDirectory(entry);
+    });
+}
+
+int KazDirectory::removeFile(const char* name) const {
+    return onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
+        return self.removeFile(entry);
+    });
+}
+
+int KazDirectory::rename(const char* name, const KazDirectory& target, const char* newName,
+                         bool mayReplace) const {
+    return onEntry(directory_, name, [&](const host::Directory& self, const std::string& from) {
+        return onEntry(target.directory_, newName,
+                       [&](const host::Directory& other, const std::string& to) {
+                           return self.rename(from, other, to, mayReplace);
+                       });
+    });
+}
+
+int KazDirectory::copyFile(const KazDirectoryEntry& entry, const KazDirectory& target,
+                           const KazCopyRules& rules) const {
+    return onEntry(directory_, entry.name,
+                   [&](const host::Directory& self, const std::string& name) {
+                       if (!target.isOpen())
+                           return failWith(EBADF);
+                       const bool isFile = entry.kind == KazFileKind::File;
+                       const host::Kind kind = isFile ? host::Kind::file : host::Kind::link;
+                       return self.copyFile({name, kind, true}, *target.directory_, rulesOf(rules));
+                   });
+}
+
+namespace {
+
+/// The removal of one directory's contents, as a walk that goes into a directory
+/// before it removes it.
+class Removal {
+public:
+    explicit Removal(KazDirectory top) : cursor_(std::move(top)) {}
+
+    int run() {
+        list();
+        while (!levels_.empty()) {
+            Level& level = levels_.back();
+            if (level.next < level.entries.size())
+                remove(level.entries[level.next++]);
+            else
+                leave();
+        }
+        return reason_ == 0 ? 0 : failWith(reason_);
+    }
+
+    /// Of what could not be removed first.
+    const KazString& failed() const { return failed_; }
+
+private:
+    struct Level {
+        std::vector<KazDirectoryEntry> entries;
+        std::size_t next = 0;
+    };
+
+    void list() {
+        Level& level = levels_.emplace_back();
+        if (cursor_.directory().list("*", level.entries) != 0)
+            note("");
+    }
+
+    void remove(const KazDirectoryEntry& entry) {
+        if (entry.kind == KazFileKind::Directory) {
+            if (cursor_.enter(entry.name) == 0)
+                list();
+            else
+                removeEmpty(entry.name);
+        } else if (cursor_.directory().removeFile(entry.name) != 0)
+            note(entry.name);
+    }
+
+    void leave() {
+        levels_.pop_back();
+        if (levels_.empty())
+            return;
+        const Level& above = levels_.back();
+        cursor_.leave();
+        removeEmpty(above.entries[above.next - 1].name);
+    }
+
+    void removeEmpty(const KazString& name) {
+        if (cursor_.directory().removeDirectory(name) != 0)
+            note(name);
+    }
+
+    void note(const KazString& name) {
+        if (reason_ != 0)
+            return;
+        reason_ = errno;
+        failed_ = kaz::detail::joinPath(cursor_.getPath().getValue(), name.getValue());
+    }
+
+    KazTreeCursor cursor_;
+    std::vector<Level> levels_;
+    KazString failed_;
+    int reason_ = 0;
+};
+
+} // namespace
+
+int KazDirectory::removeTree(const char* name, KazString* failed) const {
+    KazFileStatus status;
+    KazString inside;
+    int result = getStatus(name, status);
+    if (result == 0 && status.kind != KazFileKind::Directory)
+        result = removeFile(name);
+    else if (result == 0) {
+        KazDirectory directory = openDirectory(name);
+        const bool isOpen = directory.isOpen();
+        Removal removal(std::move(directory));
+        const int emptied = isOpen ? removal.run() : -1;
+        const int reason = errno;
+        result = removeDirectory(name);
+        if (emptied != 0) {
+            inside = removal.failed();
+            errno = reason;
+            result = -1;
+        }
+    }
+    const int reason = errno;
+    if (result != 0 && failed != nullptr)
+        *failed = kaz::detail::joinPath(textOf(name), inside.getValue());
+    errno = reason;
+    return result;
+}

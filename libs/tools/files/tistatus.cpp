@@ -1,0 +1,116 @@
+#include "tools/files/tistatus.h"
+
+#include "tools/files/detail/pattern.h"
+#include "tools/files/detail/text.h"
+
+#include <cerrno>
+#include <string>
+
+using kaz::detail::isSeparator;
+using kaz::detail::textOf;
+
+namespace {
+
+/// The open directory of a path's last component, and that component.
+class Place {
+public:
+    explicit Place(const char* path) {
+        std::string text = textOf(path);
+        while (text.size() > 1 && isSeparator(text.back()))
+            text.pop_back();
+        const std::size_t start = kaz::detail::wildcardStart(text.c_str());
+        name_ = text.substr(start);
+        path_ = text.substr(0, start);
+        // "" names nothing, but the current directory when it stands before a name.
+        if (!text.empty())
+            directory_ = KazDirectory(path_.c_str());
+        else
+            errno = ENOENT;
+    }
+
+    bool isOpen() const { return directory_.isOpen(); }
+    const KazDirectory& directory() const { return directory_; }
+    const std::string& directoryPath() const { return path_; }
+    const char* name() const { return name_.c_str(); }
+    /// Does it name an entry, and not the directory itself or one around it?
+    bool isEntry() const { return !name_.empty() && name_ != "." && name_ != ".."; }
+
+private:
+    KazDirectory directory_;
+    std::string path_; ///< the directory's
+    std::string name_;
+};
+
+int notThere(KazFileStatus& status) {
+    status = KazFileStatus();
+    return -1;
+}
+
+/// Calls @p operation(directory, name).
+template <typename Operation>
+int onPlace(const Place& place, Operation operation) {
+    return place.isOpen() ? operation(place.directory(), place.name()) : -1;
+}
+
+} // namespace
+
+int TI_status(const char* path, KazFileStatus& status, bool followLinks) {
+    const Place place(path);
+    if (!place.isOpen())
+        return notThere(status);
+    if (place.isEntry())
+        return place.directory().getStatus(place.name(), status, followLinks);
+    const KazDirectory self(path);
+    return self.isOpen() ? self.getStatus(status) : notThere(status);
+}
+
+bool TI_exists(const char* path) {
+    KazFileStatus status;
+    return TI_status(path, status, false) == 0;
+}
+
+bool TI_isDirectory(const char* path) {
+    KazFileStatus status;
+    return TI_status(path, status) == 0 && status.kind == KazFileKind::Directory;
+}
+
+bool TI_isFile(const char* path) {
+    KazFileStatus status;
+    return TI_status(path, status) == 0 && status.kind == KazFileKind::File;
+}
+
+int TI_remove(const char* path) {
+    return onPlace(Place(path), [](const KazDirectory& directory, const char* name) {
+        return directory.removeFile(name);
+    });
+}
+
+int TI_rmdir(const char* path) {
+    return onPlace(Place(path), [](const KazDirectory& directory, const char* name) {
+        return directory.removeDirectory(name);
+    });
+}
+
+int TI_rmtree(const char* path, KazString* failed) {
+    const Place place(path);
+    KazString inside;
+    const int result = onPlace(place, [&](const KazDirectory& directory, const char* name) {
+        return directory.removeTree(name, &inside);
+    });
+    const int reason = errno;
+    if (result != 0 && failed != nullptr) {
+        *failed = kaz::detail::joinPath(place.directoryPath(), inside.getValue());
+    }
+    errno = reason;
+    return result;
+}
+
+int TI_rename(const char* from, const char* to, bool mayReplace) {
+    const Place source(from);
+    if (!source.isOpen())
+        return -1;
+    const Place target(to);
+    return onPlace(target, [&](const KazDirectory& directory, const char* name) {
+        return source.directory().rename(source.name(), directory, name, mayReplace);
+    });
+}

@@ -1,0 +1,35 @@
+#include "tools/platform/host_process_stamp.h"
+
+#include "tools/platform/windows/handle.h"
+
+#include <array>
+#include <string>
+#include <windows.h>
+
+namespace kaz::host {
+
+std::string processPlace() {
+    std::array<char, MAX_COMPUTERNAME_LENGTH + 1> name;
+    DWORD size = name.size();
+    if (GetComputerNameA(name.data(), &size) == 0)
+        return {};
+    std::string result(name.data(), size);
+    for (char& c : result)
+        c = c == ' ' ? '_' : c;
+    return result;
+}
+
+std::string processStart(int number) {
+    const Handle process(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(number)));
+    if (!process.isOpen() && GetLastError() == ERROR_ACCESS_DENIED)
+        return "?";
+    FILETIME start, end, kernel, user;
+    DWORD status = 0;
+    if (!process.isOpen() || GetExitCodeProcess(process.get(), &status) == 0 ||
+        status != STILL_ACTIVE || GetProcessTimes(process.get(), &start, &end, &kernel, &user) == 0)
+        return {};
+    return std::to_string(start.dwHighDateTime) + '.' + std::to_string(start.dwLowDateTime);
+}
+
+} // namespace kaz::host

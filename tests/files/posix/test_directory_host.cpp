@@ -1,0 +1,231 @@
+// Directories by handle among links, pipes and holes, and while somebody exchanges them.
+#include "files/tree.h"
+#include "kit/temp_tree.h"
+#include "tools/files/KazDirectory.h"
+#include "tools/files/KazFileManager.h"
+#include "tools/files/KazTreeCursor.h"
+#include "tools/files/processstamp.h"
+#include "tools/files/tistatus.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class DirectoryHost : public testing::Test {
+protected:
+    /// A chain of so many directories with a file at its end, made without their paths.
+    void dig(const std::string& name, int levels) const {
+        int place = ::open(tree.mkdir(name).c_str(), O_RDONLY | O_DIRECTORY);
+        for (int i = 0; i < levels; ++i) {
+            ASSERT_EQ(::mkdirat(place, "d", 0755), 0);
+            const int below = ::openat(place, "d", O_RDONLY | O_DIRECTORY);
+            ::close(place);
+            place = below;
+        }
+        ::close(::openat(place, "f", O_WRONLY | O_CREAT, 0644));
+        ::close(place);
+    }
+
+    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    const KazDirectory top{tree.native().c_str()};
+};
+
+/// Few handles, for as long as it exists.
+class FewHandles {
+public:
+    FewHandles() {
+        ::getrlimit(RLIMIT_NOFILE, &before_);
+        const rlimit few{64, before_.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~FewHandles() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+    FewHandles(const FewHandles&) = delete;
+    FewHandles& operator=(const FewHandles&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+TEST_F(DirectoryHost, DepthCostsNeitherHandlesNorStack) {
+    constexpr int depth = 20'000;
+    dig("src", depth);
+    tree.mkdir("dst");
+    const FewHandles few;
+    KazFileManager manager(tree.native("src").c_str());
+    EXPECT_TRUE(manager.copy(tree.native("dst").c_str(), true)) << manager.getErrors().getLength();
+    {
+        KazTreeCursor cursor{KazDirectory(tree.native("dst/src").c_str())};
+        while (cursor.enter("d") == 0) {
+        }
+        EXPECT_EQ(cursor.getDepth(), depth);
+        KazFileStatus status;
+        EXPECT_EQ(cursor.directory().getStatus("f", status), 0);
+        while (cursor.leave() == 0) {
+        }
+        EXPECT_TRUE(cursor.directory().isOpen());
+    }
+    EXPECT_TRUE(manager.destroy(true));
+    EXPECT_TRUE(manager.getErrors().isEmpty());
+    EXPECT_EQ(TI_rmtree(tree.native("dst").c_str()), 0);
+    EXPECT_TRUE(fs::is_empty(tree.path()));
+}
+
+TEST_F(DirectoryHost, LinksAndPipesAreWhatTheyAre) {
+    tree.write("outside/f", "untouched");
+    tree.mkdir("d/sub");
+    fs::create_directory_symlink(tree.path("outside"), tree.path("d/link"));
+    fs::create_symlink(tree.path("outside/f"), tree.path("d/file"));
+    fs::create_symlink("nowhere", tree.path("d/dangling"));
+    ASSERT_EQ(::mkfifo(tree.path("d/pipe").c_str(), 0600), 0);
+    const KazDirectory d = top.openDirectory("d");
+    EXPECT_FALSE(d.openDirectory("link").isOpen());
+    EXPECT_EQ(errno, ENOTDIR);
+    for (const char* mode : {"r", "w", "a"}) {
+        EXPECT_EQ(d.openFile("file", mode), nullptr);
+        EXPECT_EQ(errno, ELOOP);
+        EXPECT_EQ(d.openFile("pipe", mode), nullptr);
+        EXPECT_TRUE(errno == EINVAL || errno == ENXIO) << errno;
+    }
+    KazFileStatus status;
+    EXPECT_EQ(d.getStatus("file", status), 0);
+    EXPECT_EQ(status.kind, KazFileKind::Link);
+    EXPECT_EQ(d.getStatus("file", status, true), 0);
+    EXPECT_EQ(status.kind, KazFileKind::File);
+    EXPECT_TRUE(TI_exists((tree.native("d") + "\\dangling").c_str()));
+    EXPECT_NE(TI_rmdir((tree.native("d") + "\\link\\").c_str()), 0);
+    // Exchanged since it was listed.
+    EXPECT_EQ(d.copyFile({"file", KazFileKind::File, true}, top), -1);
+    EXPECT_EQ(d.rename("sub", d, "link", true), -1) << "a directory replaces no link";
+    EXPECT_EQ(TI_rmtree(tree.native("d").c_str()), 0);
+    EXPECT_EQ(tree.read("outside/f"), "untouched");
+    EXPECT_FALSE(tree.exists("f"));
+}
+
+TEST_F(DirectoryHost, HolesStayHoles) {
+    constexpr off_t size = off_t{1} << 30;
+    const std::string source = tree.path("sparse");
+    const int file = ::open(source.c_str(), O_RDWR | O_CREAT, 0666);
+    ASSERT_EQ(::ftruncate(file, size), 0);
+    for (const off_t place : {off_t{0}, off_t{5} << 20, size / 2 + 7, size - (off_t{1} << 20)})
+        ASSERT_EQ(::pwrite(file, "data", 4, place), 4);
+    ::close(file);
+    const KazDirectory to(tree.mkdir("to").c_str());
+    const mode_t mask = ::umask(027);
+    KazCopyRules rules;
+    rules.cutByMask = true;
+    for (const bool inPlace : {false, true}) {
+        rules.inPlace = inPlace;
+        ASSERT_EQ(top.copyFile({"sparse", KazFileKind::File, true}, to, rules), 0);
+        struct stat info {};
+        ASSERT_EQ(::stat(tree.path("to/sparse").c_str(), &info), 0);
+        EXPECT_EQ(info.st_size, size);
+        EXPECT_LT(info.st_blocks * 512, size / 100);
+        EXPECT_EQ(info.st_mode & 0777, 0640u);
+        const int copy = ::open(tree.path("to/sparse").c_str(), O_RDONLY);
+        for (const off_t place :
+             {off_t{0}, off_t{5} << 20, size / 2 + 7, size - (off_t{1} << 20)}) {
+            char text[4] = {};
+            EXPECT_EQ(::pread(copy, text, 4, place), 4);
+            EXPECT_EQ(std::string(text, 4), "data");
+        }
+        ::close(copy);
+        to.removeFile("sparse");
+    }
+    ::umask(mask);
+}
+
+TEST_F(DirectoryHost, AMovedTreeIsFoundAgainOrLetGo) {
+    dig("a", 40);
+    tree.mkdir("b");
+    KazTreeCursor cursor{KazDirectory(tree.native().c_str())};
+    ASSERT_EQ(cursor.enter("a"), 0);
+    for (int i = 0; i < 40; ++i)
+        ASSERT_EQ(cursor.enter("d"), 0);
+    // What is around the upper part is another directory now.
+    fs::rename(tree.path("a/d/d"), tree.path("b/d"));
+    for (int depth = 40; depth > 2; --depth)
+        ASSERT_EQ(cursor.leave(), 0) << depth;
+    EXPECT_TRUE(cursor.directory().isOpen());
+    EXPECT_EQ(cursor.leave(), 0) << "found by its names";
+    EXPECT_EQ(cursor.directory().makeDirectory("here", 0755), 0);
+    EXPECT_TRUE(tree.exists("a/d/here"));
+    EXPECT_EQ(cursor.leave(), 0);
+    EXPECT_EQ(cursor.leave(), 0);
+
+    dig("c", 40);
+    ASSERT_EQ(cursor.enter("c"), 0);
+    for (int i = 0; i < 40; ++i)
+        ASSERT_EQ(cursor.enter("d"), 0);
+    fs::rename(tree.path("c/d/d"), tree.path("b/e"));
+    fs::remove(tree.path("c/d"));
+    for (int depth = 40; depth > 2; --depth)
+        ASSERT_EQ(cursor.leave(), 0) << depth;
+    EXPECT_EQ(cursor.leave(), -1);
+    EXPECT_EQ(errno, ESTALE);
+    EXPECT_FALSE(cursor.directory().isOpen());
+    EXPECT_EQ(cursor.leave(), 0) << "the next one is there";
+    EXPECT_TRUE(cursor.directory().isOpen());
+}
+
+/// A process that exchanges two names again and again.
+class Exchanger {
+public:
+    Exchanger(const std::string& a, const std::string& b) : child_(::fork()) {
+        if (child_ == 0)
+            for (;;)
+                ::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE);
+    }
+    ~Exchanger() {
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+    }
+    Exchanger(const Exchanger&) = delete;
+    Exchanger& operator=(const Exchanger&) = delete;
+
+private:
+    pid_t child_;
+};
+
+TEST_F(DirectoryHost, RemovalStaysInsideWhileDirectoriesAreExchanged) {
+    tree.write("outside/f", "untouched");
+    tree.mkdir("work/d");
+    fs::create_directory_symlink(tree.path("outside"), tree.path("link"));
+    const Exchanger exchanger(tree.path("work/d"), tree.path("link"));
+    for (int i = 0; i < 300; ++i) {
+        tree.mkdir("work/e");
+        fs::create_directory_symlink(tree.path("outside"), tree.path("work/e/l"));
+        TI_rmtree(tree.native("work").c_str());
+        ASSERT_EQ(tree.read("outside/f"), "untouched") << i;
+    }
+}
+
+TEST_F(DirectoryHost, AStampOutlivesItsProcess) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const std::string stamp = kazProcessStamp().getValue();
+        ::_exit(::write(ends[1], stamp.data(), stamp.size()) > 0 ? 0 : 1);
+    }
+    char text[400] = {};
+    ASSERT_GT(::read(ends[0], text, sizeof text - 1), 0);
+    while (kazIsRunning(text) == 1)
+        ::usleep(1000);
+    EXPECT_EQ(kazIsRunning(text), 0) << "dead, and not yet waited for";
+    ::waitpid(child, nullptr, 0);
+    EXPECT_EQ(kazIsRunning(text), 0);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+} // namespace
