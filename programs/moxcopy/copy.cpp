@@ -1,24 +1,38 @@
 #include "copy.h"
 
+#include "director.h"
 #include "names.h"
 #include "texts.h"
 #include "tools/moxtools.h"
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace {
 
+/// What a directory needs of its owner's permissions while it is filled.
+constexpr unsigned ownersBits = 0700;
+
+/// Two cursors that follow the plan. A directory that cannot be entered on either side
+/// is one failure, and what is planned below it is passed over.
 class Copier {
 public:
-    Copier(const Plan& plan, const KazString& source, const KazString& destination,
-           KazProgressHandle& progress)
-        : plan_(plan), source_(source), destination_(destination), progress_(progress) {}
+    Copier(const Plan& plan, KazDirectory source, const KazString& path, KazTreeCursor target,
+           const KazString& name, KazProgressHandle& progress)
+        : plan_(plan),
+          path_(path),
+          name_(name),
+          source_(std::move(source)),
+          target_(std::move(target)),
+          progress_(progress) {}
 
     CopyResult run() {
         for (const PlannedDirectory& directory : plan_.directories)
             if (!result_.diskFull)
                 copyDirectory(directory);
+        while (!entered_.empty())
+            leave();
         if (!result_.diskFull)
             progress_.increment(100, true);
         return std::move(result_);
@@ -26,43 +40,95 @@ public:
 
 private:
     void copyDirectory(const PlannedDirectory& directory) {
-        if (TI_makedir(joined(destination_, directory.relative)) != 0)
-            fail(directory.relative);
-        else
-            result_.directories.push_back(directory.relative);
+        while (static_cast<int>(entered_.size()) > directory.depth)
+            leave();
+        const bool isAbove = static_cast<int>(entered_.size()) == directory.depth;
+        if (isAbove && enter(directory))
+            copyFiles(directory.files);
         progress_.checkCancel();
-        if (directory.files.empty())
+    }
+
+    /// Fails once for the directory, whatever is in it.
+    bool enter(const PlannedDirectory& directory) {
+        const KazString& name = directory.depth == 0 ? name_ : directory.name;
+        if (directory.depth > 0 && source_.enter(name) != 0)
+            return fail(name);
+        if (target_.directory().makeDirectory(name, directory.mode | ownersBits) != 0 ||
+            target_.enter(name) != 0) {
+            const int reason = errno;
+            leaveSource(directory.depth);
+            errno = reason;
+            return fail(name);
+        }
+        entered_.push_back(&directory);
+        return true;
+    }
+
+    void leaveSource(int depth) {
+        if (depth > 0)
+            source_.leave();
+    }
+
+    /// Nothing is to be made in it any more: it may be closed as its source is.
+    void leave() {
+        const PlannedDirectory& directory = *entered_.back();
+        const KazString& name = directory.depth == 0 ? name_ : directory.name;
+        const unsigned closed = ownersBits & ~directory.mode;
+        const unsigned mode = target_.getStatus().mode;
+        entered_.pop_back();
+        leaveSource(directory.depth);
+        target_.leave();
+        if (closed != 0 && target_.directory().setMode(name, mode & ~closed) != 0)
+            fail(name);
+    }
+
+    void copyFiles(const std::vector<KazDirectoryEntry>& files) {
+        if (files.empty())
             return;
-        const auto count = static_cast<double>(directory.files.size());
+        const auto count = static_cast<double>(files.size());
         progress_.startSubProgress(100.0 * count / static_cast<double>(plan_.fileCount),
-                                   static_cast<int>(directory.files.size()));
-        for (const KazString& name : directory.files) {
+                                   static_cast<int>(files.size()));
+        for (const KazDirectoryEntry& file : files) {
             if (result_.diskFull)
                 break;
-            copyFile(joined(directory.relative, name));
+            copyFile(file);
             progress_.increment(100.0 / count, false);
         }
         progress_.endSubProgress();
     }
 
-    void copyFile(const KazString& relative) {
-        const KazString target = joined(destination_, relative);
-        if (copy_file(joined(source_, relative), target, false) != 0) {
-            fail(relative);
+    void copyFile(const KazDirectoryEntry& file) {
+        KazCopyRules rules;
+        rules.inPlace = rules.cutByMask = true;
+        rules.goesOn = [] { return !SignalWatch::isStopped(); };
+        if (source_.directory().copyFile(file, target_.directory(), rules) != 0) {
+            fail(file.name);
             return;
         }
-        std::error_code ignored;
-        const std::uintmax_t bytes = std::filesystem::file_size(hostPath(target), ignored);
-        result_.files.push_back({relative, ignored ? 0 : bytes});
-        progress_.msg(1, localText(texts::copied), shown(relative).getValue());
+        KazFileStatus copied;
+        target_.directory().getStatus(file.name, copied);
+        ++result_.files;
+        result_.bytes += copied.size;
+        if (CopyDirector::isCommenting())
+            progress_.msg(1, localText(texts::copied),
+                          shown(joined(source_.getPath(), file.name)).getValue());
     }
 
-    void fail(const KazString& relative) { result_.fail(joined(source_, relative), errno); }
+    /// Always false. What a signal has ended is no failure of the file.
+    bool fail(const KazString& name) {
+        const int reason = errno;
+        progress_.checkCancel();
+        result_.fail(shownEntry(joined(path_, source_.getPath()), name), reason);
+        return false;
+    }
 
     const Plan& plan_;
-    const KazString& source_;
-    const KazString& destination_;
+    const KazString& path_;
+    const KazString& name_;
+    KazTreeCursor source_;
+    KazTreeCursor target_;
     KazProgressHandle& progress_;
+    std::vector<const PlannedDirectory*> entered_;
     CopyResult result_;
 };
 
@@ -74,11 +140,14 @@ bool meansFullDisk(const std::error_code& error) {
 
 void CopyResult::fail(const KazString& path, int errorNumber) {
     const std::error_code error(errorNumber, std::generic_category());
-    failures.push_back({shown(path), error.message().c_str()});
+    failures.add(path, error.message().c_str());
     diskFull = diskFull || meansFullDisk(error);
 }
 
-CopyResult copyPlanned(const Plan& plan, const KazString& source, const KazString& destination,
+CopyResult copyPlanned(const Plan& plan, KazDirectory source, const KazString& path,
+                       const KazDirectory& destination, const KazString& name,
                        KazProgressHandle& progress) {
-    return Copier(plan, source, destination, progress).run();
+    return Copier(plan, std::move(source), path, KazTreeCursor(destination.openSelf()), name,
+                  progress)
+        .run();
 }

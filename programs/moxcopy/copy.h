@@ -8,25 +8,23 @@
 
 class KazProgressHandle;
 
-struct CopiedFile {
-    KazString relative; ///< below the system's directory
-    std::uintmax_t bytes = 0;
-};
-
 /// What has been copied so far, and what has not.
 struct CopyResult {
-    std::vector<KazString> directories; ///< relative; parents first
-    std::vector<CopiedFile> files;
-    std::vector<Failure> failures;
+    std::size_t files = 0;
+    std::uintmax_t bytes = 0;
+    Failures failures;
     bool diskFull = false; ///< the copy was given up
 
-    /// Adds a failure; @p path is native.
+    /// Adds a failure; @p path as it is shown.
     void fail(const KazString& path, int errorNumber);
 };
 
-/// Copies the planned files from @p source into @p destination, a directory that
-/// exists and is empty. Each directory is a range of @p progress; the user may
-/// cancel after each file. Failures are collected, but a full disk ends the
-/// copy: every later file would only fail too.
-CopyResult copyPlanned(const Plan& plan, const KazString& source, const KazString& destination,
+/// Copies the planned files from @p source, the system's open directory, into a new
+/// directory @p name in @p destination. @p path is the source's, for messages. Each
+/// directory is a range of @p progress; the user may cancel after each file, and
+/// between portions of a large one. Failures are collected, but a full disk ends the
+/// copy: every later file would only fail too. Directories and files get the permission
+/// bits of their sources, cut by the file-creation mask.
+CopyResult copyPlanned(const Plan& plan, KazDirectory source, const KazString& path,
+                       const KazDirectory& destination, const KazString& name,
                        KazProgressHandle& progress);

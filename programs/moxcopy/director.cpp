@@ -2,47 +2,102 @@
 
 #include "tools/moxtools.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
 /// A signal handler may do no more than set this.
-volatile std::sig_atomic_t interruptCount = 0;
+volatile std::sig_atomic_t noted = 0;
 
-void noteInterrupt(int) {
-    interruptCount = 1;
+void note(int signal) {
+    noted = signal;
 }
+
+/// Not every host has all of them.
+constexpr int signals[] = {
+    SIGINT,  SIGTERM,
+#ifdef SIGHUP
+    SIGHUP,
+#endif
+#ifdef SIGPIPE
+    SIGPIPE,
+#endif
+#ifdef SIGXFSZ
+    SIGXFSZ,
+#endif
+};
+
+void (*previous[std::size(signals)])(int);
+
+bool comments = false;
 
 } // namespace
 
-InterruptWatch::InterruptWatch() : previous_(std::signal(SIGINT, noteInterrupt)) {
-    // Who starts a tool in the background wants it to ignore the keyboard.
-    if (previous_ == SIG_IGN)
-        std::signal(SIGINT, SIG_IGN);
+SignalWatch::SignalWatch() {
+    for (std::size_t i = 0; i < std::size(signals); ++i) {
+        previous[i] = std::signal(signals[i], note);
+        // Who starts a tool in the background wants it to ignore the keyboard.
+        if (previous[i] == SIG_IGN)
+            std::signal(signals[i], SIG_IGN);
+    }
 }
 
-InterruptWatch::~InterruptWatch() {
-    if (previous_ != SIG_ERR)
-        std::signal(SIGINT, previous_);
+SignalWatch::~SignalWatch() {
+    for (std::size_t i = 0; i < std::size(signals); ++i)
+        if (previous[i] != SIG_ERR)
+            std::signal(signals[i], previous[i]);
 }
 
-bool InterruptWatch::interrupted() {
-    return interruptCount != 0;
+bool SignalWatch::isStopped() {
+    return noted != 0;
 }
 
-CopyDirector::CopyDirector(Style style) : style_(style) {}
+void SignalWatch::endBySignal() {
+    const int signal = noted;
+    if (signal == 0 || signal == SIGINT)
+        return;
+    std::fflush(nullptr);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+CopyDirector::CopyDirector(Style style) : style_(style) {
+    comments = style == Commentary;
+}
+
+bool CopyDirector::isCommenting() {
+    return comments;
+}
+
+/// Notes the first reason why output is lost. A standard output that the process was
+/// started without fails with EBADF.
+template <typename Write>
+void CopyDirector::watched(Write write) {
+    errno = 0;
+    write();
+    if (std::ferror(stdout) == 0)
+        return;
+    if (outputError_ == 0 && errno != EBADF)
+        outputError_ = errno != 0 ? errno : EIO;
+    std::clearerr(stdout);
+}
 
 CopyDirector::~CopyDirector() = default;
 
 void CopyDirector::doPrintMsg(const char* format, va_list args) {
     if (style_ != Silent)
-        KazIODirector::doPrintMsg(format, args);
+        watched([&] { KazIODirector::doPrintMsg(format, args); });
 }
 
 int CopyDirector::doProgressStart(KazString title, int) {
     if (style_ == Dots) {
-        std::printf("%s ", title.getValue());
+        watched([&] {
+            std::printf("%s ", title.getValue());
+            std::fflush(stdout);
+        });
         progress_ = std::make_unique<KazConsoleProgress>();
     } else {
         progress_ = std::make_unique<KazNGProgress>();
@@ -55,9 +110,11 @@ int CopyDirector::doProgressStart(KazString title, int) {
 void CopyDirector::doProgressIncrement(int, double amount, bool absolute) {
     if (progress_ == nullptr)
         return;
-    progress_->increment(amount, absolute);
-    if (style_ == Dots)
-        std::fflush(stdout);
+    watched([&] {
+        progress_->increment(amount, absolute);
+        if (style_ == Dots)
+            std::fflush(stdout);
+    });
 }
 
 void CopyDirector::doProgressMsg(int, int, const char* format, va_list args) {
@@ -70,12 +127,15 @@ void CopyDirector::doProgressMsg(int, int, const char* format, va_list args) {
 
 void CopyDirector::doProgressEnd(int) {
     if (style_ == Dots)
-        std::puts("");
+        watched([] {
+            std::puts("");
+            std::fflush(stdout);
+        });
     progress_.reset();
 }
 
 bool CopyDirector::isCancelPending(int) {
-    return InterruptWatch::interrupted();
+    return SignalWatch::isStopped();
 }
 
 /// Stored progress is a whole number; a step that starts from it and lasts to

@@ -1,10 +1,13 @@
 /// Copies a system out of a project: what is asked (options), what there is
-/// (plan), the copying beside the destination (copy, staging), and what became
-/// of it (summary). All output goes through the IO director.
+/// (plan), the copying beside the destination (copy, staging, owner), bringing it to
+/// its place (merge), and what became of it (summary). All output goes through the IO
+/// director; all files below the system's directory and the target are reached by
+/// open directories, so that names which somebody exchanges meanwhile lead nowhere.
 
 #include "common/CommandLine.h"
 #include "copy.h"
 #include "director.h"
+#include "made_directories.h"
 #include "names.h"
 #include "options.h"
 #include "plan.h"
@@ -14,50 +17,66 @@
 #include "tools/moxtools.h"
 
 #include <chrono>
-#include <iterator>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 /// Beside 9 for cancellation, which the library gives.
 enum Status { Done = 0, Failed = 1, WrongUsage = CommandLine::wrongUsage };
 
-bool isSame(const fs::path& a, const fs::path& b) {
-    std::error_code ignored;
-    return fs::equivalent(a, b, ignored);
+/// Is @p directory the one that @p top is, or anything below it? -1 where that cannot be
+/// told.
+int isWithin(KazDirectory directory, const KazFileStatus& top) {
+    KazFileStatus status, above;
+    if (directory.getStatus(status) != 0)
+        return -1;
+    while (!status.isSameFile(top)) {
+        directory = directory.openParent();
+        if (directory.getStatus(above) != 0)
+            return -1;
+        if (above.isSameFile(status))
+            return 0;
+        status = above;
+    }
+    return 1;
 }
 
-/// Is @p path the directory @p top or anything below it? Links are resolved;
-/// @p path need not exist.
-bool isWithin(fs::path path, const fs::path& top) {
-    std::error_code ignored;
-    for (path = fs::weakly_canonical(path, ignored); !isSame(path, top); path = path.parent_path())
-        if (path == path.parent_path())
-            return false;
-    return true;
-}
-
-/// A copy into itself would never end, and one around its source overwrite it.
-bool isApart(const CopyOptions& options) {
-    const fs::path source = hostPath(options.source);
-    const fs::path destination = hostPath(options.destination());
-    return !isWithin(destination, source) && !isWithin(source, destination);
-}
-
-bool isDirectory(const KazString& path) {
-    std::error_code ignored;
-    return fs::is_directory(hostPath(path), ignored);
+/// A copy into itself would never end, and one around its source overwrite it. Says why
+/// not.
+Status checkApart(const CopyOptions& options, const KazDirectory& source) {
+    const KazString destination = options.destination();
+    KazFileStatus sourceStatus, destinationStatus;
+    std::vector<KazString> missing;
+    KazDirectory around = openNearest(destination, missing);
+    const bool isThere = missing.empty();
+    int isNested = around.getStatus(destinationStatus) | source.getStatus(sourceStatus);
+    if (isNested == 0)
+        isNested = isWithin(std::move(around), sourceStatus);
+    if (isNested == 0 && isThere)
+        isNested = isWithin(source.openSelf(), destinationStatus);
+    if (isNested == 0)
+        return Done;
+    if (isNested < 0) {
+        print_err(localText(texts::cannotWrite), shown(destination).getValue(),
+                  std::generic_category().message(errno).c_str());
+        return Failed;
+    }
+    print_err(localText(texts::inOneAnother), shown(options.source).getValue(),
+              shown(destination).getValue());
+    return WrongUsage;
 }
 
 bool mayWrite(const CopyOptions& options) {
-    std::error_code ignored;
+    KazFileStatus status;
     const KazString destination = options.destination();
-    if (!fs::exists(fs::symlink_status(hostPath(destination), ignored)))
+    if (TI_status(destination, status, false) != 0)
         return true;
-    if (!isDirectory(destination)) {
-        print_err(localText(texts::inTheWay), shown(destination).getValue());
+    if (status.kind != KazFileKind::Directory) {
+        const bool isLink = status.kind == KazFileKind::Link;
+        print_err(localText(isLink ? texts::isLink : texts::inTheWay),
+                  shown(destination).getValue());
         return false;
     }
     if (options.force)
@@ -80,60 +99,85 @@ CopyDirector::Style styleOf(const CopyOptions& options) {
 void cancel() {
     Staging::discardAll();
     print_err(localText(texts::cancelled));
+    SignalWatch::endBySignal();
 }
 
-CopyResult copyWithProgress(const Plan& plan, const CopyOptions& options, const Staging& staging) {
+CopyResult copyWithProgress(const Plan& plan, const CopyOptions& options, KazDirectory source,
+                            const Staging& staging) {
     KazString title;
-    title.format(localText(texts::copying), options.system.getValue());
+    title.format(localText(texts::copying), kazPrintable(options.system).getValue());
     KazProgressHandle progress(title, static_cast<int>(plan.fileCount));
     progress.setCancelHandler(cancel);
-    return copyPlanned(plan, options.source, staging.directory(), progress);
+    return copyPlanned(plan, std::move(source), options.source, staging.directory(), options.system,
+                       progress);
 }
 
-/// What the listing already knows to be missing fails first.
-void addFailures(CopyResult& result, const std::vector<Failure>& failures) {
-    result.failures.insert(result.failures.begin(), failures.begin(), failures.end());
-}
-
-Status copySystem(const Plan& plan, const CopyOptions& options) {
+Status copySystem(const Plan& plan, const CopyOptions& options, KazDirectory source) {
     const auto start = std::chrono::steady_clock::now();
-    InterruptWatch watch;
+    SignalWatch watch;
     Staging staging;
     if (!staging.open(options.target, options.system))
         return Failed;
-    CopyResult result = copyWithProgress(plan, options, staging);
-    addFailures(result, plan.failures);
+    CopyResult result = copyWithProgress(plan, options, std::move(source), staging);
+    // What the listing already knows to be missing fails first.
+    result.failures.addBefore(plan.failures);
     if (result.diskFull) {
         print_err(localText(texts::diskFull));
-        result.files.clear();
-    } else if (!result.files.empty() || result.failures.empty()) {
+        result.files = 0;
+        result.bytes = 0;
+    } else if (result.files > 0 || result.failures.isEmpty()) {
         staging.commit(result);
     }
+    const bool isCleared = staging.close();
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    printSummary(result, options.destination(), seconds.count());
+    printSummary(result, options.destination(), seconds.count(), staging.keptFiles());
     printFailures(result.failures);
-    return result.failures.empty() ? Done : Failed;
+    return result.failures.isEmpty() && isCleared ? Done : Failed;
+}
+
+/// The system's directory. A link in its place could be exchanged at any time, so none
+/// is followed. Not open when there is no such directory, which has been said then.
+KazDirectory openSource(const CopyOptions& options) {
+    if (!TI_isDirectory(options.project)) {
+        print_err(localText(texts::noProjectDirectory), shown(options.project).getValue());
+        return KazDirectory();
+    }
+    const KazDirectory project(options.project);
+    KazDirectory source = project.openDirectory(options.system);
+    KazFileStatus status;
+    if (source.isOpen())
+        return source;
+    if (project.getStatus(options.system, status) == 0 && status.kind == KazFileKind::Link)
+        print_err(localText(texts::isLink), shown(options.source).getValue());
+    else
+        print_err(localText(texts::noSystem), kazPrintable(options.system).getValue(),
+                  shown(options.source).getValue());
+    return KazDirectory();
 }
 
 Status run(const CopyOptions& options) {
-    if (!isDirectory(options.source)) {
-        print_err(localText(texts::noSystem), options.system.getValue(),
-                  shown(options.source).getValue());
+    KazDirectory source = openSource(options);
+    if (!source.isOpen())
         return Failed;
-    }
-    if (!isApart(options)) {
-        print_err(localText(texts::inOneAnother), shown(options.source).getValue(),
-                  shown(options.destination()).getValue());
-        return WrongUsage;
-    }
-    const Plan plan = makePlan(options);
+    if (const Status status = checkApart(options, source); status != Done)
+        return status;
+    const Plan plan = makePlan(options, source.openSelf());
     printPlan(plan, options.system);
-    if (plan.fileCount == 0 && (options.isRestricted() || !plan.failures.empty())) {
+    if (plan.fileCount == 0 && (options.isRestricted() || !plan.failures.isEmpty())) {
         print_err(localText(texts::nothing));
         printFailures(plan.failures);
         return Failed;
     }
-    return mayWrite(options) ? copySystem(plan, options) : Failed;
+    return mayWrite(options) ? copySystem(plan, options, std::move(source)) : Failed;
+}
+
+/// Messages that nobody could read make no success.
+Status checkedOutput(Status status, const CopyDirector& director) {
+    if (director.outputError() == 0)
+        return status;
+    print_err(localText(texts::outputLost),
+              std::generic_category().message(director.outputError()).c_str());
+    return status == Done ? Failed : status;
 }
 
 class MoxCopy : public KazConsoleApp {
@@ -144,7 +188,7 @@ class MoxCopy : public KazConsoleApp {
         setVerboseFlag(options.verbose);
         CopyDirector director(styleOf(options));
         director.install();
-        return run(options);
+        return checkedOutput(run(options), director);
     }
 };
 

@@ -1,21 +1,23 @@
 /// @file
-/// Paths between the library and the standard file library.
+/// Names and paths as they are joined and as they are shown.
 #pragma once
 
 #include "tools/files/tifiles.h"
+#include "tools/formats/encode.h"
 #include "tools/strings/KazString.h"
 
-#include <filesystem>
-
-/// A native path for std::filesystem, which wants the host's spelling.
-inline std::filesystem::path hostPath(const KazString& native) {
-    return std::filesystem::path(kazHostPath(native).getValue());
-}
-
-/// A path as the user knows it: in the host's spelling where it has one.
+/// A path as the user knows it: in the host's spelling where it has one, and without
+/// anything that a terminal would take for more than text.
 inline KazString shown(const KazString& native) {
     const KazString host = kazHostPath(native);
-    return host.isEmpty() ? native : host;
+    return kazPrintable(host.isEmpty() ? native : host);
+}
+
+/// The same of an entry of a directory. Its name is the host's, in which a backslash
+/// may be a character like others.
+inline KazString shownEntry(const KazString& directory, const KazString& name) {
+    const KazString separator = kazHostPath("\\");
+    return shown(directory) + separator + kazPrintable(name);
 }
 
 /// Joins two parts plainly: a file called "~" or "c:x" stays in its directory,

@@ -15,7 +15,8 @@ constexpr CommandLine::Option options[] = {
     {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
     {arg_filter, "PATTERN", "copy the files whose names match only"},
     {arg_verbose, nullptr, "tell each file that is copied"},
-    {arg_Force, nullptr, "overwrite an existing copy without asking"},
+    {arg_Force, nullptr,
+     "overwrite an existing copy without asking; files that only it has are kept"},
     {arg_Quiet, nullptr, "show questions and errors only"}};
 constexpr CommandLine commandLine(
     "moxcopy", "[diagram ...]",
@@ -49,10 +50,11 @@ bool readSystem(CopyOptions& options) {
     if (project.isEmpty())
         return misused(localText(texts::noProject));
     if (!isPlainName(options.system)) {
-        print_err(localText(texts::badSystem), options.system.getValue());
+        print_err(localText(texts::badSystem), kazPrintable(options.system).getValue());
         return false;
     }
-    options.source = kazComposePath(kazFullPath(project), options.system);
+    options.project = kazFullPath(project);
+    options.source = kazComposePath(options.project, options.system);
     return true;
 }
 
@@ -73,16 +75,28 @@ bool readFilter(CopyOptions& options) {
     return true;
 }
 
+/// Cleaning a name asks the configuration for characters that it cannot have. Without
+/// one nothing is asked for a name in which there is nothing to clean.
+bool needsCleaning(const char* name) {
+    constexpr char harmless[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-";
+    return hasConfiguration() || name[std::strspn(name, harmless)] != '\0';
+}
+
+KazString fileNameOf(const char* name) {
+    if (!needsCleaning(name))
+        return name;
+    std::vector<char> cleaned(std::strlen(name) + 1);
+    kaz_diag_strcpy(cleaned.data(), name);
+    return cleaned.data();
+}
+
 /// Naming a diagram makes it the current one, so that the library's own checks
 /// clean the name and report what cannot be one.
 bool readDiagram(const char* name, Diagram& diagram) {
     kaz_env_diagram_asgn(name);
     if (!edit_name_is_legal(edit_check_wildcard, 1) || !edit_name_is_legal(edit_check_diagram, 1))
         return false;
-    const char* cleaned = kaz_env_diagram();
-    std::vector<char> fileName(std::strlen(cleaned) + 1);
-    kaz_diag_strcpy(fileName.data(), cleaned);
-    diagram = {name, fileName.data()};
+    diagram = {name, fileNameOf(kaz_env_diagram())};
     return true;
 }
 

@@ -14,6 +14,7 @@ struct Diagram {
 
 /// The command line, checked. Paths are native and absolute.
 struct CopyOptions {
+    KazString project; ///< the project's directory
     KazString system;
     KazString source; ///< the system's directory
     KazString target; ///< the directory that receives the copy

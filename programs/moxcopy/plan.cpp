@@ -1,33 +1,15 @@
 #include "plan.h"
 
 #include "names.h"
+#include "owner.h"
 #include "texts.h"
 #include "tools/moxtools.h"
 
 #include <algorithm>
 #include <set>
-#include <system_error>
 #include <utility>
 
 namespace {
-
-namespace fs = std::filesystem;
-
-/// The names of a directory that match, in byte order, without "." and "..".
-/// False when the directory cannot be listed: then not even "." is found.
-bool listNames(const KazString& directory, const KazString& pattern,
-               std::vector<KazString>& names) {
-    KazStringColl entries;
-    const int count = read_a_dir(joined(directory, pattern), entries);
-    for (int i = 0; i < count; ++i) {
-        const KazString& path = entries.getAt(i);
-        const KazString name = path.subStringFrom(path.findLast('\\') + 1);
-        if (name != "." && name != "..")
-            names.push_back(name);
-    }
-    std::sort(names.begin(), names.end());
-    return count > 0;
-}
 
 /// The diagrams that are wanted, all when none was named.
 class Selection {
@@ -67,72 +49,103 @@ private:
     std::set<KazString> found_;
 };
 
+bool precedes(const KazDirectoryEntry& a, const KazDirectoryEntry& b) {
+    return a.name < b.name;
+}
+
+/// One walk without recursion. The levels above are the directories in which it is
+/// under way.
 class Lister {
 public:
-    explicit Lister(const CopyOptions& options) : options_(options), selection_(options.diagrams) {}
+    Lister(const CopyOptions& options, KazDirectory source)
+        : options_(options), selection_(options.diagrams), cursor_(std::move(source)) {}
 
     Plan list() {
-        pending_.push_back("");
-        for (std::size_t i = 0; i < pending_.size(); ++i)
-            listDirectory(KazString(pending_[i]));
+        listDirectory("");
+        while (!levels_.empty()) {
+            Level& level = levels_.back();
+            if (level.next < level.directories.size())
+                enter(level.directories[level.next++]);
+            else
+                leave();
+        }
         for (const KazString& diagram : selection_.missing())
-            fail(diagram, localText(texts::noDiagram));
+            plan_.failures.add(kazPrintable(diagram), localText(texts::noDiagram));
         return std::move(plan_);
     }
 
 private:
-    void fail(const KazString& path, const char* reason) {
-        plan_.failures.push_back({path, reason});
+    struct Level {
+        std::vector<KazString> directories; ///< names
+        std::size_t next = 0;
+        std::size_t planned = 0; ///< its place in the plan
+    };
+
+    KazString path() const { return joined(options_.source, cursor_.getPath()); }
+
+    void enter(const KazString& name) {
+        if (cursor_.enter(name) != 0)
+            plan_.failures.add(shownEntry(path(), name), localText(texts::unreadable));
+        else if (!listDirectory(name))
+            cursor_.leave();
     }
 
-    void listDirectory(const KazString& relative) {
-        const KazString directory = joined(options_.source, relative);
-        std::vector<KazString> names;
-        if (!listNames(directory, "*", names)) {
-            fail(shown(directory), localText(texts::unreadable));
-            return;
+    /// A directory that neither holds a wanted file nor leads to one is no part of a
+    /// restricted copy.
+    void leave() {
+        const PlannedDirectory& last = plan_.directories.back();
+        if (options_.isRestricted() && last.files.empty() &&
+            levels_.back().planned + 1 == plan_.directories.size())
+            plan_.directories.pop_back();
+        levels_.pop_back();
+        cursor_.leave();
+    }
+
+    bool listDirectory(const KazString& name) {
+        std::vector<KazDirectoryEntry> entries;
+        if (cursor_.directory().list("*", entries) != 0) {
+            plan_.failures.add(shown(path()), localText(texts::unreadable));
+            return false;
         }
-        findUnspeakable(directory);
-        PlannedDirectory planned{relative, {}};
-        const std::set<KazString> matching = filtered(directory);
-        for (const KazString& name : names) {
-            if (TI_isRealDirectory(joined(directory, name)))
-                pending_.push_back(joined(relative, name));
-            else if ((options_.filter.isEmpty() || matching.contains(name)) &&
-                     selection_.contains(name))
-                planned.files.push_back(name);
-        }
+        std::sort(entries.begin(), entries.end(), precedes);
+        Level level;
+        level.planned = plan_.directories.size();
+        PlannedDirectory planned{name, cursor_.getDepth(), cursor_.getStatus().mode, {}};
+        for (const KazDirectoryEntry& entry : entries)
+            sortIn(entry, level, planned);
         plan_.fileCount += planned.files.size();
         if (!planned.files.empty() || !options_.isRestricted())
-            plan_.directories.push_back(std::move(planned));
+            ++plan_.directoryCount;
+        plan_.directories.push_back(std::move(planned));
+        levels_.push_back(std::move(level));
+        return true;
     }
 
-    /// The library decides what a wildcard matches, so it is asked.
-    std::set<KazString> filtered(const KazString& directory) const {
-        std::vector<KazString> names;
-        if (!options_.filter.isEmpty())
-            listNames(directory, options_.filter, names);
-        return {names.begin(), names.end()};
+    /// A name that native text cannot spell must not be forgotten in silence.
+    void sortIn(const KazDirectoryEntry& entry, Level& level, PlannedDirectory& planned) {
+        const bool isDirectory = entry.kind == KazFileKind::Directory;
+        if (!entry.isNative) {
+            if (selection_.isAll())
+                plan_.failures.add(shownEntry(path(), entry.name), localText(texts::backslash));
+        } else if (isDirectory && !isStaging(cursor_.directory(), entry))
+            level.directories.push_back(entry.name);
+        else if (!isDirectory && isFiltered(entry.name) && selection_.contains(entry.name))
+            planned.files.push_back(entry);
     }
 
-    /// A host's file name may hold a backslash, which separates in native text:
-    /// such a file cannot be named, but must not be forgotten in silence.
-    void findUnspeakable(const KazString& directory) {
-        std::error_code error;
-        for (fs::directory_iterator i(hostPath(directory), error), end; !error && i != end;
-             i.increment(error))
-            if (i->path().filename().string().find('\\') != std::string::npos && selection_.isAll())
-                fail(i->path().string().c_str(), localText(texts::backslash));
+    bool isFiltered(const KazString& name) const {
+        return options_.filter.isEmpty() || KazDirectory::matches(options_.filter, name);
     }
 
     const CopyOptions& options_;
     Selection selection_;
-    std::vector<KazString> pending_; ///< directories, each listed when its turn comes
+    KazTreeCursor cursor_;
+    std::vector<Level> levels_;
     Plan plan_;
 };
 
 } // namespace
 
-Plan makePlan(const CopyOptions& options) {
-    return Lister(options).list();
+Plan makePlan(const CopyOptions& options, KazDirectory source) {
+    return Lister(options, std::move(source)).list();
 }

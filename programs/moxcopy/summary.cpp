@@ -21,22 +21,26 @@ KazString countedDirectories(std::size_t count) {
 } // namespace
 
 void printPlan(const Plan& plan, const KazString& system) {
-    print_msg(localText(texts::plan), system.getValue(), countedFiles(plan.fileCount).getValue(),
-              countedDirectories(plan.directories.size()).getValue());
+    print_msg(localText(texts::plan), kazPrintable(system).getValue(),
+              countedFiles(plan.fileCount).getValue(),
+              countedDirectories(plan.directoryCount).getValue());
 }
 
-void printSummary(const CopyResult& result, const KazString& destination, double seconds) {
-    std::uintmax_t bytes = 0;
-    for (const CopiedFile& file : result.files)
-        bytes += file.bytes;
-    print_msg(localText(texts::summary), countedFiles(result.files.size()).getValue(), bytes,
+void printSummary(const CopyResult& result, const KazString& destination, double seconds,
+                  std::size_t keptFiles) {
+    print_msg(localText(texts::summary), countedFiles(result.files).getValue(), result.bytes,
               shown(destination).getValue(), seconds);
+    if (keptFiles > 0)
+        print_msg(localText(keptFiles == 1 ? texts::keptFile : texts::keptFiles), keptFiles);
 }
 
-void printFailures(const std::vector<Failure>& failures) {
-    for (const Failure& failure : failures)
+void printFailures(const Failures& failures) {
+    if (failures.isEmpty())
+        return;
+    for (const Failure& failure : failures.first())
         print_err(localText(texts::notCopied), failure.path.getValue(), failure.reason.getValue());
-    if (!failures.empty())
-        print_err(localText(failures.size() == 1 ? texts::oneFailure : texts::moreFailures),
-                  failures.size());
+    if (const std::size_t more = failures.count() - failures.first().size(); more > 0)
+        print_err(localText(texts::furtherFailures), more);
+    print_err(localText(failures.count() == 1 ? texts::oneFailure : texts::moreFailures),
+              failures.count());
 }

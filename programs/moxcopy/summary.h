@@ -7,8 +7,10 @@
 /// Tells what there is to copy.
 void printPlan(const Plan& plan, const KazString& system);
 
-/// Tells what was copied to @p destination in how many seconds.
-void printSummary(const CopyResult& result, const KazString& destination, double seconds);
+/// Tells what was copied to @p destination in how many seconds, and how many files of an
+/// earlier copy are still there.
+void printSummary(const CopyResult& result, const KazString& destination, double seconds,
+                  std::size_t keptFiles);
 
 /// Tells what was not copied, and why, on the error channel.
-void printFailures(const std::vector<Failure>& failures);
+void printFailures(const Failures& failures);

@@ -33,6 +33,12 @@ inline constexpr char badSystem[] = "Invalid system name: %s";
 inline constexpr char noProject[] = "The project directory is empty";
 inline constexpr char noTarget[] =
     "There is no -target, and the ToolInfo variable tmp_dir is not set";
+inline constexpr char noProjectDirectory[] = "There is no project directory '%s'";
+inline constexpr char isLink[] = "'%s' is a link: name the directory that it leads to";
+inline constexpr char outputLost[] = "Standard output cannot be written: %s"; // reason
+inline constexpr char furtherFailures[] = "... and %zu more";
+inline constexpr char keptFile[] = "%zu file of the old copy was kept.";
+inline constexpr char keptFiles[] = "%zu files of the old copy were kept.";
 inline constexpr char badFilter[] = "The filter is for file names, not for paths";
 
 } // namespace texts
@@ -41,3 +47,6 @@ inline constexpr char badFilter[] = "The filter is for file names, not for paths
 /// such a file and its text takes the same arguments; else @p english. Lives as
 /// long as the process. The compiler checks the arguments against the English.
 const char* localText(const char* english) __attribute__((format_arg(1)));
+
+/// Is there a ToolInfo file? Without one, asking for a variable is a fatal error.
+bool hasConfiguration();

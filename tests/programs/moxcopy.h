@@ -43,7 +43,7 @@ inline std::size_t filesIn(const std::map<std::string, std::string>& names) {
 /// A suite installed on its own, with a project in which to work.
 class MoxCopy : public testing::Test {
 protected:
-    MoxCopy() {
+    explicit MoxCopy(const std::string& parent = {}) : tree(parent) {
         tree.write("suite/ToolInfo", "ToolInfo = site\ntmp_dir=" + tree.path("copies") + "\n");
         tree.write("suite/site", "tmp_dir=/nowhere\n");
     }

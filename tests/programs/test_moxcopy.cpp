@@ -1,4 +1,5 @@
 #include "moxcopy.h"
+#include "tools/formats/encode.h"
 
 using namespace moxcopy_test;
 
@@ -28,7 +29,8 @@ TEST_F(MoxCopy, CommentsOrKeepsQuiet) {
     auto result = copy({"-verbose", "-target", "t"});
     EXPECT_EQ(result.status, 0);
     for (const std::string& name : names("plant/brewery")) {
-        const std::string shown = fs::path(name).make_preferred().string();
+        const std::string shown =
+            kazPrintable(fs::path(name).make_preferred().string().c_str()).getValue();
         EXPECT_NE(result.out.find("Copied '" + shown + "'."), std::string::npos) << name;
     }
     EXPECT_NE(result.out.find("[  0%] Copied"), std::string::npos);
@@ -134,6 +136,11 @@ TEST_F(MoxCopy, NeedsItsConfiguration) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "ToolInfo environment variable is not set\n");
     EXPECT_EQ(copy({"-target", "t"}).status, 0) << "nothing is asked of it then";
+    EXPECT_EQ(copy({"-target", "u", "mashing"}).status, 0) << "there is nothing to clean";
+    EXPECT_EQ(copy({"-target", "v", "a(b"}).err, "ToolInfo environment variable is not set\n");
+    result = runTool({program, "-p", "nowhere", "-s", "brewery", "-target", "t"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "There is no project directory '" + tree.path("nowhere") + "'\n");
 }
 
 TEST_F(MoxCopy, RefusesTargetsAndSourcesInOneAnother) {
@@ -183,7 +190,9 @@ TEST_F(MoxCopy, AsksBeforeItOverwrites) {
     expected["own/notes.txt"] = "kept";
     kit::RunOptions yes;
     yes.input = "y\n";
-    EXPECT_EQ(copy({}, yes).status, 0);
+    const auto result = copy({}, yes);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.out.find("\n1 file of the old copy was kept.\n"), std::string::npos);
     EXPECT_EQ(contents(tree, "copies/brewery"), expected);
     tree.write("plant/brewery/mashing.dgm", "newer");
     expected["mashing.dgm"] = "newer";
@@ -204,7 +213,11 @@ TEST_F(MoxCopy, NeedsNoStandardOutput) {
     EXPECT_EQ(contents(tree, "copies/brewery"), source);
     kit::RunOptions full;
     full.stdoutFile = kit::fullDevice();
-    EXPECT_EQ(copy({"-verbose", "-target", "t"}, full).status, 0);
+    const auto result = copy({"-verbose", "-target", "t"}, full);
+    EXPECT_EQ(result.status, full.stdoutFile.empty() ? 0 : 1);
+    EXPECT_EQ(result.err, full.stdoutFile.empty()
+                              ? ""
+                              : "Standard output cannot be written: No space left on device\n");
     EXPECT_EQ(contents(tree, "t/brewery"), source);
     EXPECT_EQ(contents(tree, "plant/brewery"), source);
 }

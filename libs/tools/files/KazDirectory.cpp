@@ -102,6 +102,13 @@ KazDirectory KazDirectory::openParent() const {
     return KazDirectory();
 }
 
+KazDirectory KazDirectory::openSelf() const {
+    if (isOpen())
+        return KazDirectory(directory_->again());
+    errno = EBADF;
+    return KazDirectory();
+}
+
 int KazDirectory::getStatus(KazFileStatus& status) const {
     host::FileStatus found;
     const int result = isOpen() ? directory_->status(found) : failWith(EBADF);
@@ -155,8 +162,10 @@ int KazDirectory::makeDirectory(const char* name, unsigned mode) const {
     });
 }
 
-int KazDirectory::setMode(unsigned mode) const {
-    return isOpen() ? directory_->setMode(mode) : failWith(EBADF);
+int KazDirectory::setMode(const char* name, unsigned mode) const {
+    return onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+        return self.setMode(entry, mode);
+    });
 }
 
 int KazDirectory::removeDirectory(const char* name) const {

@@ -92,6 +92,8 @@ public:
     KazDirectory openDirectory(const char* name) const;
     /// Opens the directory that holds this one now; the topmost one holds itself.
     KazDirectory openParent() const;
+    /// A handle of its own for the same directory.
+    KazDirectory openSelf() const;
 
     /// Of the directory itself.
     int getStatus(KazFileStatus& status) const;
@@ -113,8 +115,9 @@ public:
 
     /// @p mode is cut by the file-creation mask.
     int makeDirectory(const char* name, unsigned mode) const;
-    /// Sets the directory's own permission bits, where the host has such bits.
-    int setMode(unsigned mode) const;
+    /// Sets the nine permission bits of an entry, where the host has such bits. A link is
+    /// a failure.
+    int setMode(const char* name, unsigned mode) const;
     /// Removes an empty directory.
     int removeDirectory(const char* name) const;
     /// Removes a file or a link itself.

@@ -77,7 +77,7 @@ public:
         if (isItself(above))
             return 0;
         above.directory = fromTop();
-        return isItself(above) ? 0 : fail(ESTALE);
+        return isItself(above) ? 0 : fail(ENOENT);
     }
 
     int jump(KazDirectory other) {

@@ -53,7 +53,7 @@ public:
     /// is already one of those above.
     int enter(const char* name);
     /// Goes back up: 0, or -1 with errno set. At the top that is EINVAL and changes
-    /// nothing; ESTALE means that the directory above cannot be found again: the cursor
+    /// nothing; ENOENT means that the directory above cannot be found again: the cursor
     /// is there, but it is not open.
     int leave();
 

@@ -76,6 +76,8 @@ public:
     bool isOpen() const;
     /// The directory that holds this one; the topmost one holds itself.
     Directory above() const;
+    /// Opens it once more.
+    Directory again() const;
     /// The directory itself.
     int status(FileStatus& result) const;
     /// An entry, links followed.
@@ -93,8 +95,8 @@ public:
     /// EINVAL, a link with ELOOP. "x" in @p mode wants a new file. Null with errno set.
     std::FILE* openFile(const std::string& name, const char* mode) const;
 
-    /// Sets the directory's own permission bits. Needs the permission to read it.
-    int setMode(unsigned mode) const;
+    /// Sets the permission bits of an entry, which must be no link.
+    int setMode(const std::string& name, unsigned mode) const;
     int makeDirectory(const std::string& name, unsigned mode) const;
     int removeDirectory(const std::string& name) const;
     int removeFile(const std::string& name) const;

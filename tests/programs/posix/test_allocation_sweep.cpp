@@ -91,14 +91,14 @@ TEST_F(OutOfMemory, CopyingLeavesWholeFilesAndTheSource) {
             const auto copies = contents(tree, "copies");
             std::size_t leftOver = 0;
             for (const auto& [name, text] : copies)
-                if (name.starts_with("brewery/.moxcopy"))
+                if (name.starts_with(".moxcopy"))
                     ++leftOver;
                 else
                     EXPECT_TRUE((complete.count(name) > 0 && text == complete.at(name)) ||
                                 (old.count(name) > 0 && text == old.at(name)))
                         << name;
             // Without any memory nothing can be cleared away.
-            EXPECT_TRUE(leftOver == 0 || onward) << result.err;
+            EXPECT_TRUE(leftOver == 0 || (onward && result.status != 0)) << result.err;
             for (const auto& [name, text] : old)
                 EXPECT_TRUE(copies.count(name) > 0) << name;
             EXPECT_TRUE(result.status != 0 || copies.size() - leftOver == complete.size());

@@ -90,6 +90,7 @@ TEST_F(Programs, ACopyOfASystemIsWholeOrAsItWas) {
             [&](const kit::Result& result) {
                 const auto copies = contents(tree, "copies");
                 EXPECT_TRUE(result.status != 0 || copies == complete || !result.err.empty());
+                EXPECT_TRUE(result.status != 0 || filesIn(copies) == filesIn(complete));
                 for (const auto& [name, text] : copies) {
                     const bool isNew = complete.count(name) > 0 && text == complete.at(name);
                     const bool isOld = exists && old.count(name) > 0 && text == old.at(name);

@@ -130,6 +130,9 @@ TEST_F(Kill, ACopiedTreeHasWholeFilesOnly) {
 TEST_F(Kill, ACopiedSystemHasWholeFilesOnly) {
     sweepCopy(100, "plant/brewery", "copies/brewery",
               program({"moxcopy", "-p", "plant", "-s", "brewery", "-target", "copies", "-Force"}));
+    // What the killed runs have left is cleared away by those after them.
+    for (const auto& entry : fs::directory_iterator(tree.path("copies")))
+        EXPECT_EQ(entry.path().filename(), "brewery");
 }
 
 TEST_F(Kill, AMessageFileIsWhole) {

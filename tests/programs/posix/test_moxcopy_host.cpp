@@ -1,5 +1,6 @@
 // moxcopy among links, permissions, signals and full disks.
 #include "programs/moxcopy.h"
+#include "programs/posix/plain_user.h"
 
 #include <csignal>
 #include <sys/mount.h>
@@ -35,13 +36,6 @@ TEST_F(MoxCopy, ListsWhatItCouldNotCopy) {
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(fs::is_empty(tree.path("outside")));
     EXPECT_EQ(tree.read("copies/brewery/zero"), "no longer empty");
-}
-
-/// Nothing is closed to the super user.
-std::vector<std::string> asPlainUser(std::vector<std::string> command) {
-    if (geteuid() == 0)
-        command.insert(command.begin(), {"/usr/bin/setpriv", "--reuid=65534", "--clear-groups"});
-    return command;
 }
 
 TEST_F(MoxCopy, ClosedDirectoriesFailAndTheirNeighboursDoNot) {

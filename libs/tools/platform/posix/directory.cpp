@@ -112,6 +112,13 @@ Directory Directory::above() const {
     return result;
 }
 
+Directory Directory::again() const {
+    Directory result;
+    result.handle_ =
+        retry([&] { return ::fcntl(static_cast<int>(handle_), F_DUPFD_CLOEXEC, 0); });
+    return result;
+}
+
 int Directory::status(FileStatus& result) const {
     return statusAt(static_cast<int>(handle_), "", AT_EMPTY_PATH, result);
 }
@@ -157,10 +164,13 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
     return stream;
 }
 
-int Directory::setMode(unsigned mode) const {
-    const Descriptor own(
-        retry([&] { return ::openat(static_cast<int>(handle_), ".", listingFlags); }));
-    return own.isOpen() ? retry([&] { return ::fchmod(own.get(), mode & 0777); }) : -1;
+/// Where the system cannot leave a link alone the C library does it in two steps, through
+/// a handle.
+int Directory::setMode(const std::string& name, unsigned mode) const {
+    return retry([&] {
+        return ::fchmodat(static_cast<int>(handle_), name.c_str(), mode & 0777,
+                          AT_SYMLINK_NOFOLLOW);
+    });
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned mode) const {

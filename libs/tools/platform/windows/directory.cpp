@@ -134,6 +134,15 @@ Directory Directory::above() const {
     return result;
 }
 
+Directory Directory::again() const {
+    Directory result;
+    if (const std::wstring* path = pathOf(handle_))
+        result.handle_ = holding(*path);
+    else
+        errno = EBADF;
+    return result;
+}
+
 int Directory::status(FileStatus& result) const {
     const std::wstring* path = pathOf(handle_);
     return path != nullptr ? statusOfLiteral(*path, true, result) : failWith(EBADF);
@@ -186,8 +195,8 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
 }
 
 /// There are no such bits here.
-int Directory::setMode(unsigned) const {
-    return isOpen() ? 0 : failWith(EBADF);
+int Directory::setMode(const std::string& name, unsigned) const {
+    return onEntry(handle_, name, [](const std::wstring&) { return 0; });
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned) const {

@@ -1,0 +1,198 @@
+#include "merge.h"
+
+#include "names.h"
+#include "owner.h"
+#include "tools/moxtools.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// Files and their bytes.
+struct Amount {
+    std::size_t files = 0;
+    std::uintmax_t bytes = 0;
+};
+
+/// Calls @p visit(directory, entry) for each entry below a directory that is no
+/// directory.
+template <typename Visit>
+void forEachFile(KazDirectory top, Visit visit) {
+    KazTreeCursor cursor(std::move(top));
+    std::vector<std::vector<KazString>> pending;
+    const auto list = [&] {
+        std::vector<KazDirectoryEntry> entries;
+        cursor.directory().list("*", entries);
+        std::vector<KazString>& names = pending.emplace_back();
+        for (const KazDirectoryEntry& entry : entries)
+            if (entry.kind != KazFileKind::Directory)
+                visit(cursor.directory(), entry);
+            else if (!isStaging(cursor.directory(), entry))
+                names.push_back(entry.name);
+    };
+    list();
+    while (!pending.empty()) {
+        if (pending.back().empty()) {
+            pending.pop_back();
+            cursor.leave();
+            continue;
+        }
+        const KazString name = pending.back().back();
+        pending.back().pop_back();
+        if (cursor.enter(name) == 0)
+            list();
+    }
+}
+
+Amount amountIn(KazDirectory top) {
+    Amount amount;
+    forEachFile(std::move(top), [&](const KazDirectory& directory, const KazDirectoryEntry& entry) {
+        KazFileStatus status;
+        directory.getStatus(entry.name, status);
+        ++amount.files;
+        amount.bytes += status.size;
+    });
+    return amount;
+}
+
+std::size_t filesIn(KazDirectory top) {
+    std::size_t count = 0;
+    forEachFile(std::move(top), [&](auto&&, auto&&) { ++count; });
+    return count;
+}
+
+/// One walk through both trees at once.
+class Merge {
+public:
+    Merge(KazDirectory from, KazDirectory to, const KazString& path, CopyResult& result)
+        : from_(std::move(from)), to_(std::move(to)), path_(path), result_(result) {}
+
+    /// @p mayMerge: there is an earlier copy, into which the new one goes.
+    void run(const KazString& name, bool mayMerge) {
+        moveDirectory(name, mayMerge);
+        while (!levels_.empty()) {
+            Level& level = levels_.back();
+            if (level.next == level.entries.size()) {
+                leave();
+                continue;
+            }
+            const KazDirectoryEntry entry = level.entries[level.next++];
+            if (entry.kind == KazFileKind::Directory)
+                moveDirectory(entry.name, true);
+            else
+                moveFile(entry);
+        }
+    }
+
+private:
+    struct Level {
+        std::vector<KazDirectoryEntry> entries;
+        std::size_t next = 0;
+        KazString name;
+        unsigned mode = 0;  ///< of the copied directory
+        bool isNew = false; ///< the directory of the destination gets that mode
+    };
+
+    static bool isClosed(unsigned mode) { return (mode & 0700) != 0700; }
+
+    /// Moves one directory: as a whole, or by going into it. It is open to its owner
+    /// meanwhile.
+    void moveDirectory(const KazString& name, bool mayMerge) {
+        KazFileStatus status;
+        const KazDirectory& from = from_.directory();
+        const KazDirectory& to = to_.directory();
+        from.getStatus(name, status);
+        if (isClosed(status.mode))
+            from.setMode(name, status.mode | 0700);
+        const bool isMoved = from.rename(name, to, name, false) == 0;
+        int reason = isMoved ? 0 : errno;
+        bool isNew = isMoved;
+        if (reason == EXDEV) {
+            isNew = to.makeDirectory(name, status.mode | 0700) == 0;
+            reason = isNew || (errno == EEXIST && mayMerge) ? 0 : errno;
+        } else if (reason == EEXIST && mayMerge)
+            reason = 0;
+        if (reason != 0)
+            failDirectory(name, reason);
+        else if (!isMoved)
+            enter(name, status.mode, isNew);
+        else if (isClosed(status.mode))
+            to.setMode(name, status.mode);
+    }
+
+    void enter(const KazString& name, unsigned mode, bool isNew) {
+        if (to_.enter(name) != 0) {
+            failDirectory(name, errno);
+            return;
+        }
+        if (from_.enter(name) != 0) {
+            const int reason = errno;
+            to_.leave();
+            failDirectory(name, reason);
+            return;
+        }
+        Level& level = levels_.emplace_back();
+        level.name = name;
+        level.mode = mode;
+        level.isNew = isNew;
+        if (from_.directory().list("*", level.entries) != 0)
+            result_.fail(shown(place()), errno);
+    }
+
+    void leave() {
+        const Level level = std::move(levels_.back());
+        levels_.pop_back();
+        from_.leave();
+        to_.leave();
+        if (level.isNew && isClosed(level.mode))
+            to_.directory().setMode(level.name, level.mode);
+    }
+
+    KazString place() const { return joined(path_, from_.getPath()); }
+
+    void moveFile(const KazDirectoryEntry& entry) {
+        const KazString& name = entry.name;
+        const KazDirectory& from = from_.directory();
+        if (from.rename(name, to_.directory(), name, true) == 0)
+            return;
+        KazCopyRules rules;
+        rules.mayReplace = true;
+        if (errno == EXDEV && from.copyFile(entry, to_.directory(), rules) == 0)
+            return;
+        const int reason = errno;
+        KazFileStatus status;
+        from.getStatus(name, status);
+        take({1, status.size});
+        result_.fail(shownEntry(place(), name), reason);
+    }
+
+    /// One failure for all that is in it.
+    void failDirectory(const KazString& name, int reason) {
+        take(amountIn(from_.directory().openDirectory(name)));
+        result_.fail(shownEntry(place(), name), reason);
+    }
+
+    void take(Amount amount) {
+        result_.files -= std::min(amount.files, result_.files);
+        result_.bytes -= std::min(amount.bytes, result_.bytes);
+    }
+
+    KazTreeCursor from_;
+    KazTreeCursor to_;
+    const KazString& path_;
+    CopyResult& result_;
+    std::vector<Level> levels_;
+};
+
+} // namespace
+
+std::size_t moveIntoPlace(const KazDirectory& staging, const KazDirectory& target,
+                          const KazString& name, const KazString& path, bool isOver,
+                          CopyResult& result) {
+    Merge(staging.openSelf(), target.openSelf(), path, result).run(name, isOver);
+    const std::size_t all = isOver ? filesIn(target.openDirectory(name)) : 0;
+    return all - std::min(all, result.files);
+}
