@@ -114,8 +114,7 @@ Directory Directory::above() const {
 
 Directory Directory::again() const {
     Directory result;
-    result.handle_ =
-        retry([&] { return ::fcntl(static_cast<int>(handle_), F_DUPFD_CLOEXEC, 0); });
+    result.handle_ = retry([&] { return ::fcntl(static_cast<int>(handle_), F_DUPFD_CLOEXEC, 0); });
     return result;
 }
 
