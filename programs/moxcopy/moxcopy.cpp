@@ -51,6 +51,8 @@ Status checkApart(const CopyOptions& options, const KazDirectory& source) {
     std::vector<KazString> missing;
     KazDirectory around = openNearest(destination, missing);
     const bool isThere = missing.empty();
+    if (!around.isOpen())
+        return Done; // Who wants to write there will be told.
     int isNested = around.getStatus(destinationStatus) | source.getStatus(sourceStatus);
     if (isNested == 0)
         isNested = isWithin(std::move(around), sourceStatus);
