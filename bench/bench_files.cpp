@@ -3,7 +3,9 @@
 // in memory where the host offers it, so that the programs are measured and not
 // a disk.
 #include "tools/files/KazFileManager.h"
+#include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"
+#include "tools/files/tifiles.h"
 
 #ifdef MOX_PEER_GLIB
 #include <glib.h>
@@ -22,6 +24,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <strings.h>
 #include <unistd.h>
 #include <vector>
 
@@ -157,6 +160,29 @@ std::string directory(std::size_t length, char separator) {
     while (text.size() < length)
         (text += separator) += "component";
     return text.substr(0, length - 1) + 'e';
+}
+
+/// Equal names in other spelling.
+void compareNames() {
+    const std::string work = "compare file names";
+    for (const std::size_t size : {20U, 60U, 300U}) {
+        std::string lower = directory(size, '/'), upper = directory(size, '\\');
+        for (char& c : upper)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        const auto add = [&, size](const char* impl, auto compare) {
+            benchmark::RegisterBenchmark((work + "/" + impl + "/" + std::to_string(size)).c_str(),
+                                         [=](benchmark::State& state) {
+                                             for (auto iteration : state) {
+                                                 static_cast<void>(iteration);
+                                                 benchmark::DoNotOptimize(
+                                                     compare(lower.c_str(), upper.c_str()));
+                                             }
+                                         });
+        };
+        add("moxtools", kazFilenameCompare);
+        std::replace(upper.begin(), upper.end(), '\\', '/'); // the peer knows one separator
+        add("strcasecmp", strcasecmp);
+    }
 }
 
 /// The same with things to fold in between.
@@ -365,6 +391,22 @@ void manySmall(const Workspace& space, int count) {
     }
 }
 
+/// All files of one directory.
+void findMatching(int count) {
+    benchmark::RegisterBenchmark(("find matching files/moxtools/" + std::to_string(count)).c_str(),
+                                 [count](benchmark::State& state) {
+                                     const Workspace space;
+                                     for (int i = 0; i < count; ++i)
+                                         space.write(std::to_string(i), 0);
+                                     const KazFilePath path(kazNativePath(space.source().c_str()));
+                                     for (auto iteration : state) {
+                                         static_cast<void>(iteration);
+                                         KazStringColl found;
+                                         benchmark::DoNotOptimize(path.findMatching("*", found));
+                                     }
+                                 });
+}
+
 void oneLarge(const Workspace& space, int megabytes) {
     space.write("large", static_cast<std::size_t>(megabytes) << 20);
 }
@@ -450,6 +492,9 @@ int main(int argc, char** argv) {
     full("full path of an absolute one", "/");
     full("full path of a relative one", "");
     relative();
+    compareNames();
+    findMatching(1000);
+    findMatching(20000);
     for (const int count : {100, 10000}) {
         copying("copy small files", count, manySmall);
         deleting(count);
