@@ -171,9 +171,8 @@ private:
         add([](S& s, auto&& a, D) { s = a; }, [](T& t, V v, D) { t = v; });
         add([](S& s, auto&& a, D) { s += a; }, [](T& t, V v, D) { t += v; });
         add([](S& s, auto&& a, D) { s = s + a; }, [](T& t, V v, D) { t += v; });
-        if constexpr (sizeof(Char) > 1)
-            add([](S& s, auto&&, D d) { s = wide(d.c) + ('a' + s + 'b' + wide(d.q)); },
-                [](T& t, V, D d) { t = d.c + ('a' + t + 'b') + d.q; });
+        add([](S& s, auto&&, D d) { s = wide(d.c) + ('a' + s + 'b' + wide(d.q)); },
+            [](T& t, V, D d) { t = d.c + ('a' + t + 'b') + d.q; });
         add([](S& s, auto&& a, D) { s.prepend(a); }, [](T& t, V v, D) { t.insert(0, v); });
         add([](S& s, auto&& a, D d) { s.insert(d.pos, a); },
             [](T& t, V v, D d) { reference::replaceRange(t, d.pos, 0, v); });

@@ -41,9 +41,9 @@
 ///   the string unchanged.
 /// - Pointers and references into the text live until the string is next
 ///   changed or destroyed.
-/// - Edits take time linear in the lengths involved. Growth is exact (see
-///   KazStringRep), but an unshared block is extended in place where the
-///   allocator can.
+/// - Edits take time linear in the lengths involved. Capacities are exact (see
+///   KazStringRep); the memory of a text that has grown twice may exceed its
+///   capacity by a quarter, so that appending takes constant time a character.
 class KAZ_API KazString {
 public:
     using StringRep = KazStringRep;
@@ -276,6 +276,7 @@ public:
     friend KazString operator+(const char* a, const KazString& b) { return KazString(a) + b; }
     friend KazString operator+(char* a, const KazString& b) { return KazString(a) + b; }
     KazString operator+(char* s) const { return *this + static_cast<const char*>(s); }
+    friend KazString operator+(char a, const KazString& b) { return KazString(a) + b; }
 
     /// Replaces the text by the printf-formatted one, which ends at its first
     /// NUL and may be of any length. Nothing is written for a conversion that
@@ -547,7 +548,11 @@ inline bool KazString::equals(const char* s) const {
 inline bool KazString::equals(const KazString& o) const {
     if (getLength() != o.getLength())
         return false;
-    return isEmpty() || rep_ == o.rep_ || std::strcmp(chars(), o.chars()) == 0;
+    if (isEmpty() || rep_ == o.rep_)
+        return true;
+    // What differs behind a NUL does not count.
+    return std::memcmp(chars(), o.chars(), static_cast<std::size_t>(getLength())) == 0 ||
+           std::strcmp(chars(), o.chars()) == 0;
 }
 
 inline void KazString::append(char c) {
