@@ -84,6 +84,9 @@
 #include "tools/services/sockets.h"
 #include "tools/services/sourcenav.h"
 
+#include "tools/settings/KazProductInfo.h"
+#include "tools/settings/KazSettings.h"
+
 #include "tools/app/KazApp.h"
 #include "tools/app/KazArgDescription.h"
 #include "tools/app/KazArgProblem.h"

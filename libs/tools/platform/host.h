@@ -26,6 +26,7 @@
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_reading.h"
 #include "tools/platform/host_socket.h"
+#include "tools/platform/host_settings.h"
 #include "tools/platform/host_terminal.h"
 #include "tools/platform/host_time.h"
 #include "tools/platform/host_write.h"

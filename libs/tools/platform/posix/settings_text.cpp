@@ -1,0 +1,448 @@
+// Reading goes once over the text and decodes nothing but the section that is asked for:
+// programs read one section and never write most of what they read. A change takes the
+// text apart into lines that are kept as they stand, puts sections and lines in order and
+// writes them again.
+#include "tools/platform/posix/settings_text.h"
+
+#include "tools/platform/utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <type_traits>
+
+namespace kaz::host {
+
+namespace {
+
+constexpr std::string_view firstLine = "# Mox settings ";
+constexpr std::string_view version = "1";
+
+// -------------------------------------------------------------------- escapes
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+/// Takes one escape, behind its backslash, from the front. False for a bad one.
+bool takeEscape(std::string_view& text, std::string& out) {
+    constexpr std::string_view letters = "\\nrt";
+    constexpr std::string_view meanings = "\\\n\r\t";
+    const char letter = text.empty() ? '\0' : text.front();
+    if (letter == 'x' && text.size() >= 3) {
+        const int high = hexDigit(text[1]);
+        const int low = hexDigit(text[2]);
+        if (high < 0 || low < 0 || high + low == 0)
+            return false;
+        out += static_cast<char>(high * 16 + low);
+        text.remove_prefix(3);
+        return true;
+    }
+    const std::size_t kind = letters.find(letter);
+    if (kind == letters.npos)
+        return false;
+    out += meanings[kind];
+    text.remove_prefix(1);
+    return true;
+}
+
+/// The text without escapes; false for a bad one and for a NUL.
+bool unescape(std::string_view text, std::string& out) {
+    out.clear();
+    for (;;) {
+        const std::size_t plain = std::min(text.find('\\'), text.size());
+        out += text.substr(0, plain);
+        if (plain == text.size())
+            return out.find('\0') == out.npos;
+        text.remove_prefix(plain + 1);
+        if (!takeEscape(text, out))
+            return false;
+    }
+}
+
+/// Appends the text with escapes for what would not come back, and for @p others.
+void escape(std::string_view text, std::string_view others, std::string& out) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\\')
+            out += "\\\\";
+        else if (c == '\n')
+            out += "\\n";
+        else if (c == '\r')
+            out += "\\r";
+        else if (c == '\t')
+            out += "\\t";
+        else if (byte < 0x20 || byte == 0x7F || others.find(c) != others.npos)
+            (out += "\\x").append({digits[byte >> 4], digits[byte & 15]});
+        else
+            out += c;
+    }
+}
+
+constexpr std::string_view escapedInNames = "=[]#";
+constexpr std::string_view escapedInLists = "|";
+
+// --------------------------------------------------------------------- values
+
+/// The whole text as a number, which is finite.
+template <typename Number>
+bool readNumber(std::string_view text, SettingsValue& value) {
+    Number number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        return false;
+    if constexpr (std::is_same_v<Number, double>)
+        if (!std::isfinite(number))
+            return false;
+    value = number;
+    return true;
+}
+
+bool readText(std::string_view text, std::string& out) {
+    if (!unescape(text, out) || out.size() > mostOfSettingsText)
+        return false;
+    if (!isUtf8(out))
+        out = validUtf8(out);
+    return true;
+}
+
+bool readList(std::string_view text, SettingsValue& value) {
+    SettingsList list;
+    while (!text.empty()) {
+        const std::size_t end = text.find('|');
+        if (end == text.npos || list.size() == mostOfSettingsList ||
+            !readText(text.substr(0, end), list.emplace_back()))
+            return false;
+        text.remove_prefix(end + 1);
+    }
+    value = std::move(list);
+    return true;
+}
+
+bool readValue(char type, std::string_view text, SettingsValue& value) {
+    switch (type) {
+    case 's': {
+        std::string& out = value.emplace<std::string>();
+        return readText(text, out);
+    }
+    case 'i':
+        return readNumber<std::int64_t>(text, value);
+    case 'r':
+        return readNumber<double>(text, value);
+    case 'b':
+        value = text == "1";
+        return text == "0" || text == "1";
+    case 'l':
+        return readList(text, value);
+    default:
+        return false;
+    }
+}
+
+/// The line of a value; false for one that is not understood.
+bool readLine(std::string_view line, SettingsEntry& entry) {
+    const std::size_t equals = line.find('=');
+    return equals != line.npos && equals + 2 < line.size() && line[equals + 2] == ':' &&
+           unescape(line.substr(0, equals), entry.name) && isSettingsName(entry.name) &&
+           readValue(line[equals + 1], line.substr(equals + 3), entry.value);
+}
+
+/// The path in a section's line; false when that is not understood.
+bool readHeader(std::string_view line, std::string& path) {
+    return line.size() >= 2 && line.back() == ']' &&
+           unescape(line.substr(1, line.size() - 2), path) && isSettingsPath(path);
+}
+
+template <typename Number>
+void appendNumber(std::string& out, Number number) {
+    std::array<char, 32> text; // the longest double takes 24
+    out.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr);
+}
+
+std::string lineOf(std::string_view name, const SettingsValue& value) {
+    std::string line;
+    escape(name, escapedInNames, line);
+    line += '=';
+    line += "sirbl"[value.index()];
+    line += ':';
+    if (const auto* text = std::get_if<std::string>(&value))
+        escape(*text, "", line);
+    else if (const auto* integer = std::get_if<std::int64_t>(&value))
+        appendNumber(line, *integer);
+    else if (const auto* real = std::get_if<double>(&value))
+        appendNumber(line, *real);
+    else if (const auto* flag = std::get_if<bool>(&value))
+        line += *flag ? '1' : '0';
+    else
+        for (const std::string& each : std::get<SettingsList>(value)) {
+            escape(each, escapedInLists, line);
+            line += '|';
+        }
+    return line;
+}
+
+// ---------------------------------------------------------------------- lines
+
+/// Takes the first line, without its end, from a text that is not empty.
+std::string_view takeLine(std::string_view& text) {
+    const auto* end = static_cast<const char*>(std::memchr(text.data(), '\n', text.size()));
+    const std::size_t length =
+        end != nullptr ? static_cast<std::size_t>(end - text.data()) : text.size();
+    std::string_view line = text.substr(0, length);
+    text.remove_prefix(std::min(length + 1, text.size()));
+    if (end != nullptr && line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line;
+}
+
+bool isBefore(std::string_view a, std::string_view b) {
+    return compareSettingsNames(a, b) < 0;
+}
+
+/// Puts items in the order of their names. Of those with one name @p merge keeps one.
+template <typename Item, typename Name, typename Merge>
+void putInOrder(std::vector<Item>& items, Name name, Merge merge) {
+    const auto less = [&](const Item& a, const Item& b) { return isBefore(name(a), name(b)); };
+    if (!std::is_sorted(items.begin(), items.end(), less))
+        std::stable_sort(items.begin(), items.end(), less);
+    std::size_t kept = 0;
+    for (std::size_t i = 1; i < items.size(); ++i) {
+        if (less(items[kept], items[i])) {
+            if (++kept != i)
+                items[kept] = std::move(items[i]);
+        } else {
+            merge(items[kept], items[i]);
+        }
+    }
+    if (!items.empty())
+        items.resize(kept + 1);
+}
+
+/// The part of @p path below @p section; not so when it does not lie there.
+bool isBelow(std::string_view path, std::string_view section, std::string_view& rest) {
+    if (section.empty()) {
+        rest = path;
+        return !path.empty();
+    }
+    if (path.size() <= section.size() || path[section.size()] != '/' ||
+        compareSettingsNames(path.substr(0, section.size()), section) != 0)
+        return false;
+    rest = path.substr(section.size() + 1);
+    return true;
+}
+
+// ------------------------------------------------------------------ the whole
+
+struct Line {
+    std::string name;
+    std::string_view text; ///< as it stands
+};
+
+struct Section {
+    std::string path;    ///< the whole line when that is not understood
+    bool isKnown = true; ///< false for such a one
+    std::vector<Line> values;
+    std::vector<std::string_view> others; ///< lines that are not understood
+};
+
+/// The text, taken apart. It must outlive this.
+class Document {
+public:
+    explicit Document(std::string_view text);
+
+    void removeAll(std::string_view section);
+    void change(const std::string& section, const SettingsChange& change);
+    std::string text() const;
+
+private:
+    void addLine(Section& section, std::string_view line);
+    void order();
+    std::vector<Section>::iterator placeOf(std::string_view path);
+    Section& sectionFor(const std::string& path);
+
+    std::string_view first_; ///< the first line when it tells a version
+    std::vector<std::string_view> front_;
+    std::vector<Section> sections_;
+    std::deque<std::string> made_; ///< what lines of ours point to
+    SettingsEntry scratch_;
+};
+
+Document::Document(std::string_view text) {
+    if (text.starts_with(firstLine))
+        first_ = takeLine(text);
+    while (!text.empty()) {
+        const std::string_view line = takeLine(text);
+        if (line.empty() || line.front() == '#')
+            continue;
+        if (line.front() == '[') {
+            Section& section = sections_.emplace_back();
+            section.isKnown = readHeader(line, section.path);
+            if (!section.isKnown)
+                section.path = line;
+        } else if (sections_.empty()) {
+            front_.push_back(line);
+        } else {
+            addLine(sections_.back(), line);
+        }
+    }
+    order();
+}
+
+void Document::addLine(Section& section, std::string_view line) {
+    if (section.isKnown && readLine(line, scratch_))
+        section.values.push_back({scratch_.name, line});
+    else
+        section.others.push_back(line);
+}
+
+void Document::order() {
+    // Both kinds by their lines, and so never one for the other.
+    std::stable_partition(sections_.begin(), sections_.end(),
+                          [](const Section& section) { return section.isKnown; });
+    const auto firstUnknown = std::find_if(sections_.begin(), sections_.end(),
+                                           [](const Section& each) { return !each.isKnown; });
+    std::vector<Section> unknown(std::make_move_iterator(firstUnknown),
+                                 std::make_move_iterator(sections_.end()));
+    sections_.erase(firstUnknown, sections_.end());
+    const auto path = [](const Section& section) { return std::string_view(section.path); };
+    const auto join = [](Section& into, Section& from) {
+        std::move(from.values.begin(), from.values.end(), std::back_inserter(into.values));
+        into.others.insert(into.others.end(), from.others.begin(), from.others.end());
+    };
+    putInOrder(sections_, path, join);
+    putInOrder(unknown, path, join);
+    for (Section& section : sections_)
+        putInOrder(
+            section.values, [](const Line& line) { return std::string_view(line.name); },
+            [](Line& earlier, Line& later) { earlier = std::move(later); });
+    std::move(unknown.begin(), unknown.end(), std::back_inserter(sections_));
+}
+
+std::vector<Section>::iterator Document::placeOf(std::string_view path) {
+    return std::partition_point(sections_.begin(), sections_.end(), [&](const Section& each) {
+        return each.isKnown && isBefore(each.path, path);
+    });
+}
+
+/// The section, made where it is missing. Of names above it that are there already it takes
+/// the spelling over.
+Section& Document::sectionFor(const std::string& path) {
+    const auto place = placeOf(path);
+    if (place != sections_.end() && place->isKnown && compareSettingsNames(place->path, path) == 0)
+        return *place;
+    Section made;
+    made.path = path;
+    for (std::size_t end = path.rfind('/'); end != path.npos && end > 0;
+         end = path.rfind('/', end - 1)) {
+        const std::string_view above = std::string_view(path).substr(0, end);
+        const auto known =
+            std::find_if(sections_.begin(), sections_.end(), [&](const Section& each) {
+                std::string_view rest;
+                return each.isKnown && (compareSettingsNames(each.path, above) == 0 ||
+                                        isBelow(each.path, above, rest));
+            });
+        if (known != sections_.end()) {
+            made.path.replace(0, end, known->path, 0, end);
+            break;
+        }
+    }
+    return *sections_.insert(place, std::move(made));
+}
+
+void Document::removeAll(std::string_view section) {
+    std::string_view rest;
+    for (Section& each : sections_)
+        if (each.isKnown &&
+            (compareSettingsNames(each.path, section) == 0 || isBelow(each.path, section, rest)))
+            each.values.clear();
+}
+
+void Document::change(const std::string& section, const SettingsChange& change) {
+    std::vector<Line>& lines = sectionFor(section).values;
+    auto place = std::lower_bound(
+        lines.begin(), lines.end(), change.name,
+        [](const Line& line, const std::string& name) { return isBefore(line.name, name); });
+    const bool isThere =
+        place != lines.end() && compareSettingsNames(place->name, change.name) == 0;
+    if (!change.value) {
+        if (isThere)
+            lines.erase(place);
+        return;
+    }
+    const std::string& name = isThere && !change.removes ? place->name : change.name;
+    Line made{name, made_.emplace_back(lineOf(name, *change.value))};
+    if (isThere)
+        *place = std::move(made);
+    else
+        lines.insert(place, std::move(made));
+}
+
+std::string Document::text() const {
+    std::string result;
+    const auto add = [&](std::string_view line) { (result += line) += '\n'; };
+    result += first_.empty() ? std::string(firstLine).append(version) : std::string(first_);
+    result += '\n';
+    std::for_each(front_.begin(), front_.end(), add);
+    for (const Section& section : sections_) {
+        if (section.values.empty() && section.others.empty())
+            continue;
+        result += '\n';
+        if (section.isKnown) {
+            result += '[';
+            escape(section.path, escapedInNames, result);
+            add("]");
+        } else {
+            add(section.path);
+        }
+        for (const Line& line : section.values)
+            add(line.text);
+        std::for_each(section.others.begin(), section.others.end(), add);
+    }
+    return result;
+}
+
+} // namespace
+
+void readSettings(std::string_view text, std::string_view section, SettingsSection& result) {
+    result = {};
+    bool isWanted = false;
+    std::string path;
+    std::string_view rest;
+    while (!text.empty()) {
+        const std::string_view line = takeLine(text);
+        if (line.empty() || line.front() == '#')
+            continue;
+        if (line.front() == '[') {
+            const bool isKnown = readHeader(line, path);
+            isWanted = isKnown && compareSettingsNames(path, section) == 0;
+            if (isKnown && isBelow(path, section, rest))
+                result.sections.emplace_back(rest.substr(0, rest.find('/')));
+        } else if (isWanted && !readLine(line, result.values.emplace_back())) {
+            result.values.pop_back();
+        }
+    }
+    putInOrder(
+        result.values, [](const SettingsEntry& entry) { return std::string_view(entry.name); },
+        [](SettingsEntry& earlier, SettingsEntry& later) { earlier = std::move(later); });
+    putInOrder(
+        result.sections, [](const std::string& name) { return std::string_view(name); },
+        [](std::string&, std::string&) {});
+}
+
+std::string changedSettings(std::string_view text, const std::string& section,
+                            const SettingsChanges& changes) {
+    Document document(text);
+    if (changes.removesAll)
+        document.removeAll(section);
+    for (const SettingsChange& change : changes.changes)
+        document.change(section, change);
+    return document.text();
+}
+
+} // namespace kaz::host

@@ -1,0 +1,332 @@
+// What a file holds and what a setter takes are checked by the same functions, so that
+// whatever is written can be read. A text is taken apart into a fresh object, which takes
+// the place of the old contents when all of it is known.
+#include "tools/settings/KazProductInfo.h"
+
+#include "tools/app/KazFileException.h"
+#include "tools/config/toolinfo.h"
+#include "tools/files/kazpath.h"
+#include "tools/files/tifiles.h"
+#include "tools/platform/host.h"
+#include "tools/platform/utf8.h"
+#include "tools/services/crc32.h"
+#include "tools/settings/detail/product_text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace host = kaz::host;
+using namespace kaz::detail;
+
+namespace {
+
+std::string_view viewOf(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+int failWith(int number) {
+    errno = number;
+    return -1;
+}
+
+/// The native path of a part; "" when nobody knows where this installation is, which
+/// counts for a null root.
+KazString below(const char* root, const char* path) {
+    const KazString place = root != nullptr ? KazString(root) : kazMoxRootDir();
+    if (root == nullptr && place.isEmpty())
+        return place;
+    std::string native(path); // joined plainly: "~" and the like are names here
+    std::replace(native.begin(), native.end(), '/', '\\');
+    const int length = place.getLength();
+    const char last = length > 0 ? place[length - 1] : '\\';
+    return last == '\\' || last == '/' ? place + native.c_str() : place + "\\" + native.c_str();
+}
+
+/// The variable counts where there is a ToolInfo file: without one a tool cannot run, but
+/// support wants to know what is installed all the more.
+const char* configuredPath() {
+    std::FILE* file = _TI_Cfile();
+    if (file == nullptr)
+        return nullptr;
+    std::fclose(file);
+    return TI_Vcont("product_info");
+}
+
+/// The whole file. 0, or -1 with errno set: EFBIG for one that is too large.
+int readWhole(const char* path, std::string& text) {
+    host::FileStatus info;
+    if (host::status(path, info) != 0)
+        return -1;
+    if (info.size > mostOfProductFile)
+        return failWith(EFBIG);
+    const host::ReadableFile file(path);
+    if (!file.isOpen())
+        return -1;
+    text.resize(mostOfProductFile + 1);
+    const std::size_t got = file.read(0, text.data(), text.size());
+    text.resize(got);
+    if (got < info.size)
+        return failWith(EIO);
+    return got > mostOfProductFile ? failWith(EFBIG) : 0;
+}
+
+} // namespace
+
+KazProductInfo::KazProductInfo() = default;
+
+const KazProductInfo& KazProductInfo::getInstance() {
+    static KazProductInfo* instance = nullptr; // never destroyed: used to the very end
+    if (instance == nullptr) {
+        auto made = std::make_unique<KazProductInfo>();
+        made->read(getDefaultPath());
+        instance = made.release();
+    }
+    return *instance;
+}
+
+KazString KazProductInfo::getDefaultPath(const char* product) {
+    const KazString root = kazMoxRootDir();
+    if (root.isEmpty() || viewOf(product).find_first_of("/\\:") != std::string_view::npos)
+        return KazString();
+    if (!viewOf(product).empty()) {
+        std::string name(viewOf(product));
+        for (char& c : name)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+        return kazComposePath(root, ("ProductInfo." + name).c_str());
+    }
+    const char* configured = configuredPath();
+    return kazComposePath(root, configured != nullptr ? _TI_hm(configured) : "ProductInfo");
+}
+
+KazProductInfo::State KazProductInfo::read(const char* from) {
+    std::string text;
+    KazProductInfo next;
+    next.path = from;
+    if (readWhole(next.path, text) != 0)
+        next.state = errno == ENOENT || errno == ENOTDIR ? Missing : Unreadable;
+    else
+        next.parse(text.data(), static_cast<int>(text.size()));
+    next.path = from;
+    *this = std::move(next);
+    return state;
+}
+
+KazProductInfo::State KazProductInfo::parse(const char* text, int length) {
+    const std::string_view whole = text == nullptr ? std::string_view()
+                                   : length < 0
+                                       ? std::string_view(text)
+                                       : std::string_view(text, static_cast<std::size_t>(length));
+    KazProductInfo next;
+    if (whole.size() > mostOfProductFile) {
+        next.state = Unreadable;
+    } else {
+        ProductText found(whole);
+        next.state = found.state;
+        next.errorLine = found.errorLine;
+        if (found.state != Malformed) {
+            next.name = found.name;
+            next.version = found.version;
+            next.date = found.date;
+            next.build = found.build;
+            next.values = std::move(found.values);
+            next.parts = std::move(found.parts);
+        }
+    }
+    *this = std::move(next);
+    return state;
+}
+
+KazString KazProductInfo::getProblem() const {
+    KazString text;
+    const char* file = path.getValue();
+    switch (state) {
+    case Missing:
+        text.format("There is no product information file \"%s\".", file);
+        break;
+    case Unreadable:
+        text.format("The product information file \"%s\" cannot be read.", file);
+        break;
+    case Malformed:
+        text.format("Line %d of the product information file \"%s\" is not valid.", errorLine,
+                    file);
+        break;
+    case NoChecksum:
+        text.format("The product information file \"%s\" has no checksum.", file);
+        break;
+    case WrongChecksum:
+        text.format("The product information file \"%s\" has been changed.", file);
+        break;
+    case Empty:
+    case Good:
+        break;
+    }
+    return text;
+}
+
+KazString KazProductInfo::getValue(const char* key) const {
+    for (const auto& [known, value] : values)
+        if (viewOf(key) == known.getValue())
+            return value;
+    return KazString();
+}
+
+const KazProductInfo::Part& KazProductInfo::getPart(int index) const {
+    static const Part& none = *new Part; // never destroyed: handed out to the very end
+    return index >= 0 && index < getPartCount() ? parts[static_cast<std::size_t>(index)] : none;
+}
+
+int KazProductInfo::findPart(const char* wanted) const {
+    std::string slashed(viewOf(wanted));
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
+    const auto found = std::find_if(parts.begin(), parts.end(), [&](const Part& part) {
+        return slashed == part.path.getValue();
+    });
+    return found != parts.end() ? static_cast<int>(found - parts.begin()) : -1;
+}
+
+bool KazProductInfo::changed() {
+    state = Empty;
+    errorLine = 0;
+    return true;
+}
+
+bool KazProductInfo::setName(const char* text) {
+    if (!isProductValue(viewOf(text)))
+        return false;
+    name = text;
+    return changed();
+}
+
+bool KazProductInfo::setVersion(const char* text) {
+    if (!isProductValue(viewOf(text)))
+        return false;
+    version = text;
+    return changed();
+}
+
+bool KazProductInfo::setBuild(int number) {
+    constexpr int most = 999'999'999;
+    if (number < 0 || number > most)
+        return false;
+    build = number;
+    return changed();
+}
+
+bool KazProductInfo::setDate(const char* day) {
+    if (!viewOf(day).empty() && !isProductDate(viewOf(day)))
+        return false;
+    date = day;
+    return changed();
+}
+
+bool KazProductInfo::setValue(const char* key, const char* value) {
+    const std::string_view text = viewOf(value);
+    if (!isFreeProductKey(viewOf(key)) || (!text.empty() && !isProductValue(text)))
+        return false;
+    const auto place = std::find_if(values.begin(), values.end(), [&](const auto& each) {
+        return viewOf(key) == each.first.getValue();
+    });
+    if (place == values.end() && !text.empty())
+        values.emplace_back(key, value);
+    else if (place != values.end() && text.empty())
+        values.erase(place);
+    else if (place != values.end())
+        place->second = value;
+    return changed();
+}
+
+bool KazProductInfo::addPart(const char* root, const char* partPath, const char* partVersion) {
+    Part part;
+    part.path = partPath;
+    part.version = partVersion;
+    const KazString file = below(root, part.path);
+    if (!isPartPath(viewOf(partPath)) || !isPartVersion(viewOf(partVersion)))
+        return failWith(EINVAL) == 0;
+    if (file.isEmpty())
+        return failWith(ENOENT) == 0;
+    if (kaz_crc32_file(file, &part.checksum, &part.size) != 0)
+        return false;
+    if (!isProductValue(viewOf(partPath)) || !isProductValue(partValue(part)))
+        return failWith(EINVAL) == 0;
+    const int index = findPart(partPath);
+    if (index < 0)
+        parts.push_back(std::move(part));
+    else
+        parts[static_cast<std::size_t>(index)] = std::move(part);
+    return changed();
+}
+
+bool KazProductInfo::removePart(const char* partPath) {
+    const int index = findPart(partPath);
+    if (index < 0)
+        return false;
+    parts.erase(parts.begin() + index);
+    return changed();
+}
+
+KazString KazProductInfo::getText() const {
+    if (name.isEmpty() || version.isEmpty())
+        return KazString();
+    std::vector<std::string> others, files;
+    for (const auto& [key, value] : values)
+        others.push_back(std::string(key.getValue()) + "=" + value.getValue());
+    std::vector<const Part*> inOrder;
+    for (const Part& part : parts)
+        inOrder.push_back(&part);
+    std::stable_sort(inOrder.begin(), inOrder.end(), [](const Part* a, const Part* b) {
+        return std::strcmp(a->path, b->path) < 0;
+    });
+    std::sort(others.begin(), others.end());
+    std::string text = "% Product information\nname=" + std::string(name.getValue()) +
+                       "\nversion=" + version.getValue() + "\n";
+    if (build != 0)
+        text += "build=" + std::to_string(build) + "\n";
+    if (!date.isEmpty())
+        text.append("date=").append(date.getValue()).append("\n");
+    for (const std::string& other : others)
+        text += other + "\n";
+    for (const Part* part : inOrder)
+        text += "part=" + partValue(*part) + "\n";
+    KazString last;
+    last.format("checksum=%08lx\n",
+                static_cast<unsigned long>(kaz_crc32(0, text.data(), text.size())));
+    return (text + last.getValue()).c_str();
+}
+
+void KazProductInfo::write(const char* to) const {
+    const KazString text = getText();
+    const std::size_t size = static_cast<std::size_t>(text.getLength());
+    if (text.isEmpty() || size > mostOfProductFile)
+        throw KazFileException(KazFileException::badFormat, to);
+    if (host::writeFile(KazString(to), text.getValue(), size) != 0)
+        KazFileException::throwErrno(errno, to);
+}
+
+KazProductInfo::PartState KazProductInfo::verifyPart(int index, const char* root) const {
+    const Part& part = getPart(index);
+    const KazString file = below(root, part.path);
+    if (part.path.isEmpty() || file.isEmpty())
+        return PartMissing;
+    const auto failure = [] {
+        return errno == ENOENT || errno == ENOTDIR ? PartMissing : PartUnreadable;
+    };
+    host::FileStatus info;
+    if (host::status(file, info) != 0)
+        return failure();
+    if (info.kind != host::Kind::file)
+        return PartUnreadable;
+    if (info.size != part.size)
+        return PartWrongSize; // without reading it
+    std::uint32_t sum = 0;
+    std::uint64_t size = 0;
+    if (kaz_crc32_file(file, &sum, &size) != 0)
+        return failure();
+    if (size != part.size)
+        return PartWrongSize;
+    return sum == part.checksum ? PartGood : PartWrongChecksum;
+}

@@ -1,0 +1,332 @@
+// What is stored is read whole when a section is opened. Changes are kept beside it in two
+// batches, those that a commit() has tried and those that none has: the destructor writes
+// the latter only. `view` is what is stored with both batches carried out, and is looked at
+// while there is a change at all.
+#include "tools/settings/KazSettings.h"
+
+#include "tools/app/KazFileException.h"
+#include "tools/app/KazResourceException.h"
+#include "tools/files/kazpath.h"
+#include "tools/formats/encode.h"
+#include "tools/platform/host.h"
+#include "tools/platform/utf8.h"
+#include "tools/settings/detail/convert.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace host = kaz::host;
+using host::SettingsChange;
+using host::SettingsChanges;
+using host::SettingsValue;
+
+namespace {
+
+std::string_view viewOf(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+/// Names that are refused may hold what a terminal obeys.
+[[noreturn]] void refuse(const char* what, const std::string& name) {
+    constexpr std::size_t most = 200;
+    KazString message;
+    message.format("%s \"%s\" of the settings is not allowed.", what,
+                   kazPrintable(name.substr(0, most).c_str()).getValue());
+    throw KazResourceException(message);
+}
+
+/// The section's path with "/" between its names.
+std::string pathOf(const char* section) {
+    std::string path(viewOf(section));
+    std::replace(path.begin(), path.end(), '\\', '/');
+    if (!host::isSettingsPath(path))
+        refuse("The section", std::string(viewOf(section)));
+    return path;
+}
+
+std::string checkedName(const char* name) {
+    if (!host::isSettingsName(viewOf(name)))
+        refuse("The name", std::string(viewOf(name)));
+    return std::string(viewOf(name));
+}
+
+std::string checkedText(std::string_view text, const char* name) {
+    std::string result = host::validUtf8(text);
+    if (result.size() > host::mostOfSettingsText)
+        refuse("The value of", name);
+    return result;
+}
+
+/// Adds a change to those before it.
+void record(SettingsChanges& batch, const SettingsChange& change) {
+    auto& changes = batch.changes;
+    const auto place = std::lower_bound(changes.begin(), changes.end(), change.name,
+                                        [](const SettingsChange& each, const std::string& name) {
+                                            return host::compareSettingsNames(each.name, name) < 0;
+                                        });
+    if (place == changes.end() || host::compareSettingsNames(place->name, change.name) != 0) {
+        changes.insert(place, change);
+        return;
+    }
+    SettingsChange merged = change;
+    if (!change.removes) {
+        merged.removes = place->removes;
+        if (place->value)
+            merged.name = place->name;
+    }
+    *place = std::move(merged);
+}
+
+void record(SettingsChanges& batch, const SettingsChanges& later) {
+    if (later.removesAll)
+        batch = {true, {}};
+    for (const SettingsChange& change : later.changes)
+        record(batch, change);
+}
+
+void apply(host::SettingsSection& section, const SettingsChanges& batch) {
+    if (batch.removesAll)
+        section = {};
+    for (const SettingsChange& change : batch.changes)
+        host::applySettingsChange(section.values, change);
+}
+
+} // namespace
+
+struct KazSettings::Store {
+    explicit Store(const std::string& path)
+        : place(path), section(kazNormalizedPath(path.c_str())) {
+        load();
+    }
+
+    bool hasChanges() const { return !tried.isEmpty() || !fresh.isEmpty(); }
+    const host::SettingsSection& seen() const { return hasChanges() ? view : stored; }
+
+    const SettingsValue* find(const char* name) const {
+        const auto& values = seen().values;
+        const auto found =
+            std::lower_bound(values.begin(), values.end(), viewOf(name),
+                             [](const host::SettingsEntry& entry, std::string_view wanted) {
+                                 return host::compareSettingsNames(entry.name, wanted) < 0;
+                             });
+        const bool isThere =
+            found != values.end() && host::compareSettingsNames(found->name, viewOf(name)) == 0;
+        return isThere ? &found->value : nullptr;
+    }
+
+    void load() {
+        host::SettingsSection now;
+        place.load(now); // what cannot be read is not there
+        host::SettingsSection changed;
+        if (hasChanges()) {
+            changed = now;
+            apply(changed, tried);
+            apply(changed, fresh);
+        }
+        stored = std::move(now);
+        view = std::move(changed);
+    }
+
+    /// Both the batch and what is seen, or neither.
+    void change(const SettingsChange& change) {
+        if (!hasChanges())
+            view = stored;
+        makeRoom(fresh.changes);
+        makeRoom(view.values);
+        SettingsChange seenChange = change;
+        record(fresh, change);
+        host::applySettingsChange(view.values, std::move(seenChange));
+    }
+
+    void removeAll() {
+        fresh = {true, {}};
+        view = {};
+    }
+
+    /// What a commit has tried, with what is new.
+    void commit() {
+        SettingsChanges all = tried;
+        record(all, fresh);
+        tried = std::move(all);
+        fresh = {};
+        if (tried.isEmpty())
+            return;
+        errno = 0;
+        const std::size_t before = tried.changes.size();
+        if (place.commit(tried) != 0) {
+            const int reason = errno;
+            if (tried.changes.size() != before)
+                load(); // what was written is stored now
+            throwFailure(reason);
+        }
+        stored = std::move(view);
+        tried = {};
+    }
+
+    [[noreturn]] void throwFailure(int reason) const {
+        const std::string file = place.place();
+        if (file.empty() || reason == ENAMETOOLONG)
+            throw KazFileException(KazFileException::badPath, file.c_str());
+        if (reason == EWOULDBLOCK)
+            throw KazFileException(KazFileException::lockViolation, file.c_str());
+        KazFileException::throwErrno(reason, file.c_str());
+    }
+
+    host::SettingsStore place;
+    KazString section;
+    host::SettingsSection stored; ///< as it was read, or written, last
+    host::SettingsSection view;   ///< the same with the changes
+    SettingsChanges tried, fresh;
+
+private:
+    /// For one more, so that what follows cannot fail half-way.
+    template <typename Item>
+    static void makeRoom(std::vector<Item>& items) {
+        constexpr std::size_t least = 16;
+        if (items.size() == items.capacity())
+            items.reserve(std::max(least, 2 * items.size()));
+    }
+};
+
+KazSettings::KazSettings(const char* section) : store(new Store(pathOf(section))) {}
+
+KazSettings::~KazSettings() {
+    try {
+        store->tried = {};
+        store->commit();
+    } catch (KazException& failure) {
+        try {
+            failure.reportError();
+        } catch (...) {
+            // A director that throws: nobody is left who could be told.
+        }
+    }
+}
+
+const KazString& KazSettings::getSection() const {
+    return store->section;
+}
+
+KazString KazSettings::getPlace() const {
+    return store->place.place().c_str();
+}
+
+bool KazSettings::isSet(const char* name) const {
+    return store->find(name) != nullptr;
+}
+
+KazString KazSettings::getText(const char* name, const char* defaultValue) const {
+    KazString result;
+    const SettingsValue* value = store->find(name);
+    if (value == nullptr || !kaz::detail::asText(*value, result))
+        result = defaultValue;
+    return result;
+}
+
+std::int64_t KazSettings::getInteger(const char* name, std::int64_t defaultValue) const {
+    const SettingsValue* value = store->find(name);
+    if (value != nullptr)
+        kaz::detail::asInteger(*value, defaultValue);
+    return defaultValue;
+}
+
+double KazSettings::getReal(const char* name, double defaultValue) const {
+    const SettingsValue* value = store->find(name);
+    if (value != nullptr)
+        kaz::detail::asReal(*value, defaultValue);
+    return defaultValue;
+}
+
+bool KazSettings::getBool(const char* name, bool defaultValue) const {
+    const SettingsValue* value = store->find(name);
+    if (value != nullptr)
+        kaz::detail::asBool(*value, defaultValue);
+    return defaultValue;
+}
+
+bool KazSettings::getList(const char* name, KazStringColl& values) const {
+    const SettingsValue* value = store->find(name);
+    const auto* list = value != nullptr ? std::get_if<host::SettingsList>(value) : nullptr;
+    if (list == nullptr)
+        return false;
+    KazStringColl result;
+    for (const std::string& each : *list)
+        result.add(each.c_str());
+    values.copy(result);
+    return true;
+}
+
+void KazSettings::getNames(KazStringColl& names) const {
+    KazStringColl found;
+    for (const host::SettingsEntry& entry : store->seen().values)
+        found.add(entry.name.c_str());
+    names.append(found);
+}
+
+void KazSettings::getSections(KazStringColl& names) const {
+    KazStringColl found;
+    for (const std::string& name : store->seen().sections)
+        found.add(name.c_str());
+    names.append(found);
+}
+
+void KazSettings::setText(const char* name, const char* value) {
+    std::string checked = checkedName(name);
+    store->change({std::move(checked), false, checkedText(viewOf(value), name)});
+}
+
+void KazSettings::setInteger(const char* name, std::int64_t value) {
+    store->change({checkedName(name), false, value});
+}
+
+void KazSettings::setReal(const char* name, double value) {
+    std::string checked = checkedName(name);
+    if (!std::isfinite(value))
+        refuse("The value of", checked);
+    store->change({std::move(checked), false, value});
+}
+
+void KazSettings::setBool(const char* name, bool value) {
+    store->change({checkedName(name), false, value});
+}
+
+void KazSettings::setList(const char* name, const KazStringColl& values) {
+    std::string checked = checkedName(name);
+    if (values.getSize() > static_cast<int>(host::mostOfSettingsList))
+        refuse("The value of", checked);
+    host::SettingsList list;
+    for (int i = 0; i < values.getSize(); ++i)
+        list.push_back(checkedText(values.getAt(i).getValue(), name));
+    store->change({std::move(checked), false, std::move(list)});
+}
+
+void KazSettings::remove(const char* name) {
+    std::string checked = checkedName(name);
+    if (isSet(name))
+        store->change({std::move(checked), true, std::nullopt});
+}
+
+void KazSettings::removeAll() {
+    store->removeAll();
+}
+
+bool KazSettings::hasChanges() const {
+    return store->hasChanges();
+}
+
+void KazSettings::discard() {
+    store->tried = {};
+    store->fresh = {};
+}
+
+void KazSettings::commit() {
+    store->commit();
+}
+
+void KazSettings::refresh() {
+    store->load();
+}

@@ -1,0 +1,357 @@
+#include "kit/director.h"
+#include "kit/process.h"
+#include "kit/random.h"
+#include "place.h"
+#include "probe.h"
+#include "tools/app/KazResourceException.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <gtest/gtest.h>
+#include <limits>
+#include <map>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace settings_test;
+using List = std::vector<std::string>;
+
+List namesOf(const KazSettings& settings, bool sections = false) {
+    KazStringColl names;
+    if (sections)
+        settings.getSections(names);
+    else
+        settings.getNames(names);
+    List result;
+    for (int i = 0; i < names.getSize(); ++i)
+        result.push_back(names[i].getValue());
+    return result;
+}
+
+std::string lowered(std::string text) {
+    for (char& c : text)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+    return text;
+}
+
+class Settings : public testing::Test {
+protected:
+    std::string ask(const std::string& section, const std::string& script) {
+        kit::RunOptions options;
+        options.input = script;
+        const kit::Result result =
+            kit::run({kit::binDirectory() + "/settings_probe", section}, options);
+        EXPECT_EQ(result.status, 0) << result.err;
+        std::string out = result.out;
+        std::erase(out, '\r');
+        return out;
+    }
+
+    Place place;
+};
+
+/// What one section holds, by the rules alone.
+class Model {
+public:
+    void set(const std::string& name, const std::string& shown) {
+        const auto found = values_.find(lowered(name));
+        const std::string spelling = found != values_.end() ? found->second.first : name;
+        values_[lowered(name)] = {spelling, shown};
+    }
+    void remove(const std::string& name) { values_.erase(lowered(name)); }
+    void clear() { values_.clear(); }
+
+    std::string text() const {
+        std::string result;
+        for (const auto& [key, entry] : values_)
+            result += word(entry.first) + " " + entry.second + "\n";
+        return result;
+    }
+
+private:
+    std::map<std::string, std::pair<std::string, std::string>> values_;
+};
+
+/// Names and texts with everything in them that means something to whoever keeps them.
+std::string someText(kit::Random& random, const char* others) {
+    static const List pieces = {"a",
+                                "B",
+                                "b",
+                                "Z",
+                                "=",
+                                "[",
+                                "]",
+                                "#",
+                                "|",
+                                ":",
+                                ".",
+                                " ",
+                                "\"",
+                                "%",
+                                "\xC3\xA4",
+                                "\xE2\x82\xAC",
+                                "s",
+                                "x",
+                                "\xF0\x9F\x98\x80"};
+    std::string text;
+    for (int n = random.between(1, 6); n > 0; --n)
+        text +=
+            *others != '\0' && random.oneIn(4)
+                ? std::string(1, random.text(1, others)[0])
+                : pieces[static_cast<std::size_t>(random.below(static_cast<int>(pieces.size())))];
+    std::erase(text, '\0');
+    return text.empty() ? "a" : text;
+}
+
+std::string someStep(kit::Random& random, Model& model) {
+    const std::string name = someText(random, "");
+    const std::string start = word(name) + " ";
+    const std::string text = random.oneIn(5) ? "" : someText(random, "\n\r\t\\/\x01\x1F\x7F");
+    switch (random.below(8)) {
+    case 0:
+        model.set(name, word(text));
+        return "t " + start + word(text);
+    case 1: {
+        const std::string number = std::to_string(static_cast<std::int64_t>(random.bits()));
+        model.set(name, word(number));
+        return "i " + start + number;
+    }
+    case 2: {
+        const double number = std::ldexp(random.below(1000) - 500, -random.below(8));
+        std::string shown = std::to_string(number);
+        shown.erase(shown.find_last_not_of('0') + 1);
+        if (shown.back() == '.')
+            shown.pop_back();
+        if (shown.find("00") != shown.npos)
+            return ""; // there is a shorter form
+        model.set(name, word(shown));
+        return "r " + start + shown;
+    }
+    case 3: {
+        const bool on = random.oneIn(2);
+        model.set(name, word(std::string(on ? "true" : "false")));
+        return "b " + start + (on ? "1" : "0");
+    }
+    case 4: {
+        List list(static_cast<std::size_t>(random.below(4)));
+        for (std::string& each : list)
+            each = random.oneIn(3) ? "" : someText(random, "\n|\\\x01");
+        model.set(name, word(list));
+        return "l " + start + word(list);
+    }
+    case 5:
+    case 6:
+        model.remove(name);
+        return "- " + start;
+    default:
+        if (!random.oneIn(10))
+            return "";
+        model.clear();
+        return "!";
+    }
+}
+
+TEST_F(Settings, WhatProcessesWriteIsWhatAModelHolds) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    std::map<std::string, Model> models;
+    KazSettings watcher("Model\\b");
+    for (int round = 0; round < 30; ++round) {
+        const std::string section = random.oneIn(2) ? "Model/B" : "Model\\b\\Below";
+        Model& model = models[section];
+        std::string script;
+        for (int n = random.between(1, 30); n > 0; --n) {
+            if (random.oneIn(8))
+                script += ".\n";
+            const std::string step = someStep(random, model);
+            script += step + "\n";
+            if (step == "!" && section == "Model/B")
+                models["Model\\b\\Below"].clear();
+        }
+        script += "?\n"; // its own changes show before they are written
+        const bool hasBelow = section == "Model/B" && !models["Model\\b\\Below"].text().empty();
+        const std::string expected =
+            model.text() + (hasBelow ? "below " + word(std::string("Below")) + "\n" : "");
+        EXPECT_EQ(ask(section, script), expected) << script;
+        EXPECT_EQ(ask(section, "?\n"), expected); // and after the end of the other process
+        watcher.refresh();
+        const std::string seen = models["Model/B"].text();
+        EXPECT_EQ(namesOf(watcher).size(),
+                  static_cast<std::size_t>(std::count(seen.begin(), seen.end(), '\n')));
+        if (HasFailure())
+            return;
+    }
+}
+
+TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
+    constexpr int processes = 4, commits = 25;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < processes; ++i)
+        threads.emplace_back([&, i] {
+            std::string script;
+            for (int n = 0; n < commits; ++n)
+                script += "i " + word("own " + std::to_string(i * commits + n)) + " " +
+                          std::to_string(i) + "\ni " + word(std::string("shared")) + " " +
+                          std::to_string(i) + "\n.\n";
+            ask("Together", script);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    const KazSettings settings("Together");
+    EXPECT_EQ(namesOf(settings).size(), processes * commits + 1U);
+    for (int n = 0; n < processes * commits; ++n)
+        EXPECT_EQ(settings.getInteger(("own " + std::to_string(n)).c_str(), -1), n / commits);
+}
+
+TEST_F(Settings, ConvertsAsTheTableSays) {
+    KazSettings s("Convert");
+    constexpr auto least = std::numeric_limits<std::int64_t>::min();
+    s.setInteger("least", least);
+    s.setInteger("zero", 0);
+    s.setReal("half", 0.5);
+    s.setReal("whole", -3e9);
+    s.setReal("tenth", 0.1);
+    s.setReal("huge", 1e19);
+    s.setBool("yes", true);
+    s.setList("list", KazStringColl());
+    s.commit();
+    const KazSettings r("convert");
+    EXPECT_EQ(r.getText("least"), "-9223372036854775808");
+    EXPECT_EQ(r.getText("half") + r.getText("tenth"), "0.50.1");
+    EXPECT_EQ(r.getText("yes"), "true");
+    EXPECT_EQ(r.getText("list", "-") + r.getText("none", "-"), "--");
+    EXPECT_EQ(r.getInteger("whole"), -3000000000);
+    EXPECT_EQ(r.getInteger("half", 7) + r.getInteger("huge", 7) + r.getInteger("list", 7), 21);
+    EXPECT_EQ(r.getInteger("yes"), 1);
+    EXPECT_EQ(r.getReal("least"), -9223372036854775808.0);
+    EXPECT_EQ(r.getReal("yes", 7) + r.getReal("list", 7), 14);
+    EXPECT_TRUE(r.getBool("least") && !r.getBool("zero", true) && r.getBool("half", true));
+    KazStringColl list;
+    list.add("kept");
+    EXPECT_FALSE(r.getList("yes", list) || r.getList("none", list));
+    EXPECT_EQ(list.getSize(), 1);
+    EXPECT_TRUE(r.getList("LIST", list) && list.getSize() == 0);
+
+    struct Row {
+        const char* text;
+        std::int64_t integer;
+        double real;
+        int flag; ///< -1 for the default
+    };
+    for (const Row& row : {Row{"12", 12, 12, -1},
+                           Row{"+7", 7, 7, -1},
+                           Row{"-7", -7, -7, -1},
+                           Row{"1", 1, 1, 1},
+                           Row{"0", 0, 0, 0},
+                           Row{"0.25", 99, 0.25, -1},
+                           Row{"1e3", 99, 1000, -1},
+                           Row{" 1", 99, 99, -1},
+                           Row{"1 ", 99, 99, -1},
+                           Row{"", 99, 99, -1},
+                           Row{"+-1", 99, 99, -1},
+                           Row{"0x10", 99, 99, -1},
+                           Row{"inf", 99, 99, -1},
+                           Row{"1e999", 99, 99, -1},
+                           Row{"9223372036854775808", 99, 9223372036854775808.0, -1},
+                           Row{"true", 99, 99, 1},
+                           Row{"yes", 99, 99, 1},
+                           Row{"on", 99, 99, 1},
+                           Row{"false", 99, 99, 0},
+                           Row{"no", 99, 99, 0},
+                           Row{"off", 99, 99, 0}}) {
+        s.setText("text", row.text);
+        EXPECT_EQ(s.getInteger("text", 99), row.integer) << row.text;
+        EXPECT_EQ(s.getReal("text", 99), row.real) << row.text;
+        EXPECT_EQ(s.getBool("text", true), row.flag != 0) << row.text;
+        EXPECT_EQ(s.getBool("text", false), row.flag == 1) << row.text;
+    }
+    s.discard();
+}
+
+TEST_F(Settings, WhatIsNotAllowedChangesNothing) {
+    const auto refused = [](const std::function<void()>& change) {
+        try {
+            change();
+        } catch (KazResourceException& reason) {
+            return std::string(reason.getErrorMessage()).find('\x1B') == std::string::npos;
+        }
+        return false;
+    };
+    KazSettings s("Bounds");
+    KazStringColl many;
+    for (int i = 0; i < 4096; ++i)
+        many.add("");
+    const std::string longest(200, 'n'), longText(65535, 't');
+    s.setText(longest.c_str(), longText.c_str());
+    s.setList("many", many);
+    s.setText("half", "\xE2\x82 \xFF"); // broken off, and nothing at all
+    s.setText("null", nullptr);
+    s.commit();
+    const KazSettings r("Bounds");
+    EXPECT_EQ(r.getText(longest.c_str()), longText.c_str());
+    EXPECT_TRUE(r.getList("many", many) && many.getSize() == 4096);
+    EXPECT_EQ(r.getText("half"), "\xEF\xBF\xBD \xEF\xBF\xBD");
+    EXPECT_EQ(r.getText("null", "-"), "");
+
+    many.add("");
+    for (const char* name :
+         {"", "a\\b", "a/b", "a\nb", "\x1B[2J", "\x7F", "\xC2\x9B", "\xFF", (const char*)nullptr})
+        EXPECT_TRUE(refused([&] { s.setText(name, "x"); }) && refused([&] { s.remove(name); }) &&
+                    !s.isSet(name));
+    EXPECT_TRUE(refused([&] { s.setInteger((longest + "n").c_str(), 1); }));
+    EXPECT_TRUE(refused([&] { s.setText("a", (longText + "t").c_str()); }));
+    EXPECT_TRUE(refused([&] { s.setReal("a", std::nan("")); }));
+    EXPECT_TRUE(refused([&] { s.setReal("a", HUGE_VAL); }));
+    EXPECT_TRUE(refused([&] { s.setList("a", many); }));
+    EXPECT_FALSE(s.hasChanges());
+    std::string deep = "1";
+    for (int i = 2; i <= 16; ++i)
+        deep += "/" + std::to_string(i);
+    EXPECT_EQ(KazSettings(deep.c_str()).getSection(),
+              "1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16");
+    for (const std::string& section : {deep + "/17", std::string("/a"), std::string("a\\"),
+                                       std::string("a//b"), std::string("\x01")})
+        EXPECT_TRUE(refused([&] { KazSettings no(section.c_str()); })) << section;
+}
+
+TEST_F(Settings, ChangesShowAtOnceAndAreWrittenOnce) {
+    KazSettings a("Shared"), b("Shared");
+    a.setInteger("One", 1);
+    EXPECT_TRUE(a.isSet("ONE") && !b.isSet("one"));
+    a.commit();
+    EXPECT_FALSE(a.hasChanges());
+    b.setInteger("two", 2);
+    b.refresh();
+    EXPECT_EQ(namesOf(b), (List{"One", "two"})); // the other's, and its own that is not written
+    b.setInteger("ONE", 3);
+    b.commit();
+    a.refresh();
+    EXPECT_EQ(namesOf(a), (List{"One", "two"})); // as it was first written
+    EXPECT_EQ(a.getInteger("one"), 3);
+    a.remove("One");
+    a.setText("oNE", "new");
+    EXPECT_EQ(namesOf(a), (List{"oNE", "two"}));
+    a.discard();
+    EXPECT_EQ(namesOf(a), (List{"One", "two"}));
+    {
+        KazSettings below("Shared\\Deep\\Deeper");
+        below.setBool("b", true);
+    } // which commits
+    a.refresh();
+    EXPECT_EQ(namesOf(a, true), List{"Deep"});
+    a.removeAll();
+    a.setText("last", "x");
+    EXPECT_EQ(namesOf(a), List{"last"});
+    a.commit();
+    EXPECT_FALSE(KazSettings("Shared\\Deep\\Deeper").isSet("b"));
+    EXPECT_TRUE(namesOf(KazSettings("shared"), true).empty());
+    EXPECT_EQ(namesOf(KazSettings(), true), List{"Shared"});
+    a.removeAll();
+    a.commit();
+    EXPECT_TRUE(namesOf(KazSettings(), true).empty());
+}
+
+} // namespace
