@@ -58,3 +58,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${documents}/docs COMP
         FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.1)
 install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT documentation)
+
+# Which build this is, and whether it is whole: the file that `moxinfo -product` reads.
+install(
+  CODE "set(bin \"${bin}\")
+set(version \"${PROJECT_VERSION}\")
+set(library \"$<TARGET_FILE_NAME:moxtools>\")
+set(moxinfo \"$<TARGET_FILE_NAME:moxinfo>\")
+set(emulator \"${CMAKE_CROSSCOMPILING_EMULATOR}\")"
+  COMPONENT programs)
+install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/ProductFile.cmake COMPONENT programs)

@@ -26,6 +26,9 @@ unset ToolInfo TOOLINFO KAZCOREROOT
 say "The texts of the tools, compiled from a source text"
 show moxmsg -source "$here/project/messages.txt" -output "$suite/bin/W32NTX86/msg_file"
 
+say "What is installed, and whether all of it is as it was made"
+show moxinfo -product .
+
 say "What the tools are configured with, and from where"
 show moxinfo -verbose tmp_dir site_name '${ti.mox_file_path}'
 

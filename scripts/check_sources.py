@@ -39,8 +39,6 @@ upward = {
     ("services", "app/KazResourceException.h"): "a system without random bytes is thrown as tools expect it",
     ("settings", "app/KazFileException.h"): "settings that cannot be written are thrown as tools expect it",
     ("settings", "app/KazResourceException.h"): "a name that is not allowed is thrown as tools expect it",
-    ("files", "app/KazEditorsBase.h"): "the editors know their commands",
-    ("util", "app/KazApp.h"): "a debugged tool says which function ran out of memory",
 }
 platform_headers = re.compile(
     r"<(unistd|dirent|fcntl|termios|dlfcn|pwd|spawn|windows|io|direct|sys/\w+|linux/\w+)\.h>")

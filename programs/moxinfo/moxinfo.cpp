@@ -2,6 +2,7 @@
 #include "common/CommandLine.h"
 #include "common/output.h"
 #include "common/printable.h"
+#include "moxinfo/product.h"
 
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
@@ -25,7 +26,11 @@ constexpr CommandLine::Option options[] = {
     {arg_file, "FILE", "read this file too, its definitions replacing earlier ones"},
     {arg_source, "SOURCE", "only what this file gives, or: environment, library, run-time"},
     {arg_output, "FILE", "write to this file"},
-    {arg_verbose, nullptr, "with names: show the source of each value"}};
+    {arg_product, "WHICH",
+     "what is installed, and damage to it (no protection against anybody):\n"
+     "                  . for this installation, a file, or a product's name"},
+    {arg_update, nullptr, "with -product: measure its parts anew, arguments are further ones"},
+    {arg_verbose, nullptr, "with names: show the source of each value; with -product: all parts"}};
 constexpr CommandLine commandLine(
     "moxinfo", "[name | template ...]",
     "Shows the configuration of the tools: the ToolInfo files and each variable with the value in\n"
@@ -166,18 +171,57 @@ bool readFurtherFile() {
     return false;
 }
 
+/// What is wrong with a request for product information; "" when nothing is.
+std::string productProblem() {
+    const char* argument = kaz_arg_get_untagged(0);
+    if (kaz_arg_text(arg_update, 0, nullptr) == nullptr)
+        return argument != nullptr ? "what is " + printable(argument) + " for?" : "";
+    return kaz_arg_text(arg_product, 0, nullptr) == nullptr ? "-update needs -product" : "";
+}
+
+std::string outputFile() {
+    const char* file = kaz_arg_text(arg_output, 0, nullptr);
+    return file != nullptr ? _TI_hm(file) : "";
+}
+
+/// Without the configuration, which an installation that is looked at may lack.
+int runProduct(const char* which) {
+    const std::string file = productFile(which);
+    if (file.empty()) {
+        print_err("moxinfo: nobody knows where %s is installed", printable(which).c_str());
+        return 1;
+    }
+    if (kaz_arg_text(arg_update, 0, nullptr) != nullptr) {
+        std::vector<std::string> more;
+        for (int i = 0; const char* argument = kaz_arg_get_untagged(i); ++i)
+            more.emplace_back(argument);
+        const std::string target = outputFile();
+        return updateProduct(file, more, target.empty() ? file : target) ? 0 : 1;
+    }
+    LineOutput output(outputFile());
+    const bool good = showProduct(file, kaz_arg_text(arg_verbose, 0, nullptr) != nullptr, output);
+    return output.finish() && good ? 0 : 1;
+}
+
 class MoxInfo : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         if (!commandLine.parse(argc, argv))
             return CommandLine::wrongUsage;
+        const char* which = kaz_arg_text(arg_product, 0, nullptr);
+        const bool isProduct = which != nullptr || kaz_arg_text(arg_update, 0, nullptr) != nullptr;
+        if (const std::string problem = isProduct ? productProblem() : ""; !problem.empty()) {
+            commandLine.complain(problem);
+            return CommandLine::wrongUsage;
+        }
+        if (isProduct)
+            return runProduct(which);
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
         // Before the further file, which comes after the others.
         TI_Vinit();
         if (!readFurtherFile())
             return 1;
-        const char* file = kaz_arg_text(arg_output, 0, nullptr);
-        LineOutput output(file != nullptr ? _TI_hm(file) : "");
+        LineOutput output(outputFile());
         bool good = true;
         if (kaz_arg_get_untagged(0) != nullptr)
             good = showArguments(output);
