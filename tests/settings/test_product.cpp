@@ -17,265 +17,243 @@ namespace fs = std::filesystem;
 using Info = KazProductInfo;
 
 /// The text with the checksum that belongs to it.
-std::string sealed(const std::string &text) {
-  KazString last;
-  last.format("checksum=%08X\n", kaz_crc32(0, text.data(), text.size()));
-  return text + last.getValue();
+std::string sealed(const std::string& text) {
+    KazString last;
+    last.format("checksum=%08X\n", kaz_crc32(0, text.data(), text.size()));
+    return text + last.getValue();
 }
 
-constexpr const char *good =
-    "% Product information\nname=Mox\nversion=2.4.1\nbuild=1873\n"
-    "date=2026-11-21\nvendor=Tarvo\n"
-    "part=1a2b3c4d 351232 1.0 bin/libmoxtools.so\n"
-    "part=00000000 0 - share/a b.txt\n";
+constexpr const char* good = "% Product information\nname=Mox\nversion=2.4.1\nbuild=1873\n"
+                             "date=2026-11-21\nvendor=Tarvo\n"
+                             "part=1a2b3c4d 351232 1.0 bin/libmoxtools.so\n"
+                             "part=00000000 0 - share/a b.txt\n";
 
 class Product : public testing::Test {
 protected:
-  kit::Result run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "moxinfo");
-    kit::RunOptions options;
-    options.cwd = tree.path();
-    options.env = {
-        {"LC_ALL", "C"}, {"ToolInfo", kit::unset}, {"TOOLINFO", kit::unset}};
-    kit::Result result = kit::run(arguments, options);
-    std::erase(result.out, '\r');
-    std::erase(result.err, '\r');
-    return result;
-  }
+    kit::Result run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "moxinfo");
+        kit::RunOptions options;
+        options.cwd = tree.path();
+        options.env = {{"LC_ALL", "C"}, {"ToolInfo", kit::unset}, {"TOOLINFO", kit::unset}};
+        kit::Result result = kit::run(arguments, options);
+        std::erase(result.out, '\r');
+        std::erase(result.err, '\r');
+        return result;
+    }
 
-  kit::TempTree tree;
+    kit::TempTree tree;
 };
 
 TEST_F(Product, ReadsWhatIsDescribed) {
-  Info info;
-  EXPECT_EQ(info.parse(sealed(good).c_str()), Info::Good);
-  EXPECT_EQ(info.getName() + " " + info.getVersion() + " " + info.getDate(),
-            "Mox 2.4.1 2026-11-21");
-  EXPECT_EQ(info.getBuild(), 1873);
-  EXPECT_EQ(info.getValue("vendor") + info.getValue("name"), "Tarvo");
-  ASSERT_EQ(info.getPartCount(), 2);
-  EXPECT_EQ(info.findPart("bin\\libmoxtools.so"), 0);
-  EXPECT_EQ(info.getPart(0).checksum, 0x1A2B3C4Du);
-  EXPECT_EQ(info.getPart(0).size, 351232u);
-  EXPECT_EQ(info.getPart(1).path, "share/a b.txt");
-  EXPECT_TRUE(info.getPart(1).version.isEmpty() &&
-              info.getPart(2).path.isEmpty());
+    Info info;
+    EXPECT_EQ(info.parse(sealed(good).c_str()), Info::Good);
+    EXPECT_EQ(info.getName() + " " + info.getVersion() + " " + info.getDate(),
+              "Mox 2.4.1 2026-11-21");
+    EXPECT_EQ(info.getBuild(), 1873);
+    EXPECT_EQ(info.getValue("vendor") + info.getValue("name"), "Tarvo");
+    ASSERT_EQ(info.getPartCount(), 2);
+    EXPECT_EQ(info.findPart("bin\\libmoxtools.so"), 0);
+    EXPECT_EQ(info.getPart(0).checksum, 0x1A2B3C4Du);
+    EXPECT_EQ(info.getPart(0).size, 351232u);
+    EXPECT_EQ(info.getPart(1).path, "share/a b.txt");
+    EXPECT_TRUE(info.getPart(1).version.isEmpty() && info.getPart(2).path.isEmpty());
 
-  // Line ends do not count, and neither does what is behind the checksum but
-  // comments.
-  std::string text = sealed(good) + "\n% end";
-  EXPECT_EQ(info.parse(text.c_str()), Info::Good);
-  for (std::size_t at = 0; (at = text.find('\n', at)) != text.npos; at += 2)
-    text.insert(at, "\r");
-  EXPECT_EQ(info.parse(text.c_str()), Info::Good);
-  EXPECT_EQ(
-      info.parse((" name = Mox\t\nversion=1\n" + std::string(good).substr(0, 0))
-                     .c_str()),
-      Info::NoChecksum);
-  text = sealed(good);
-  text.replace(text.find("2.4.1"), 5, "2.4.2");
-  EXPECT_EQ(info.parse(text.c_str()), Info::WrongChecksum);
-  EXPECT_EQ(info.getVersion(), "2.4.2");
-  EXPECT_EQ(info.getProblem(),
-            "The product information file \"\" has been changed.");
+    // Line ends do not count, and neither does what is behind the checksum but
+    // comments.
+    std::string text = sealed(good) + "\n% end";
+    EXPECT_EQ(info.parse(text.c_str()), Info::Good);
+    for (std::size_t at = 0; (at = text.find('\n', at)) != text.npos; at += 2)
+        text.insert(at, "\r");
+    EXPECT_EQ(info.parse(text.c_str()), Info::Good);
+    EXPECT_EQ(info.parse((" name = Mox\t\nversion=1\n" + std::string(good).substr(0, 0)).c_str()),
+              Info::NoChecksum);
+    text = sealed(good);
+    text.replace(text.find("2.4.1"), 5, "2.4.2");
+    EXPECT_EQ(info.parse(text.c_str()), Info::WrongChecksum);
+    EXPECT_EQ(info.getVersion(), "2.4.2");
+    EXPECT_EQ(info.getProblem(), "The product information file \"\" has been changed.");
 }
 
 TEST_F(Product, NamesTheFirstLineThatIsWrong) {
-  const std::string start = "name=a\nversion=1\n";
-  struct Row {
-    std::string text;
-    int line;
-  };
-  const std::string part = "part=00000000 0 - ";
-  std::vector<Row> rows = {
-      {"", 1},
-      {"name=a\n", 2},
-      {"version=1", 2},
-      {"name=a\nname=b\n", 2},
-      {"x", 1},
-      {"=a", 1},
-      {"name=\n", 1},
-      {"Name=a", 1},
-      {start + "a b=c", 3},
-      {start + "k=1\nk=2\n", 4},
-      {start + "build=1234567890", 3},
-      {start + "build=-1", 3},
-      {start + "date=2026-02-29", 3},
-      {start + "date=2026-1-01", 3},
-      {start + "checksum=0", 3},
-      {start + "checksum=00000000\nk=1\n", 4},
-      {start + "part=0 0 - a", 3},
-      {start + "part=00000000 x - a", 3},
-      {start + "part=00000000 0 a", 3},
-      {start + "part=00000000 18446744073709551616 - a", 3},
-      {start + "k=\x01", 3},
-      {start + "k=\xFF", 3},
-      {start + "k=a\rb", 3},
-      {start + "k=\xC2\x85", 3},
-      {start + std::string(41, 'k') + "=1", 3},
-      {start + "k=" + std::string(1001, 'v'), 3}};
-  for (const char *path :
-       {"../a", "a/..", "a/../b", "/a", "C:a", "a:b", "a\\b", ".."})
-    rows.push_back({start + part + path, 3});
-  for (const Row &row : rows) {
-    Info info;
-    EXPECT_EQ(info.parse(row.text.c_str()), Info::Malformed) << row.text;
-    EXPECT_EQ(info.getErrorLine(), row.line) << row.text;
-    EXPECT_TRUE(info.getName().isEmpty() && info.getPartCount() == 0);
-  }
-  for (const std::string &text :
-       {start + "date=2024-02-29", start + "build=999999999",
-        start + part + "..a/b..", "\n \t\n% \xFF\x01\n" + start,
-        start + "k=" + std::string(1000, 'v')})
-    EXPECT_EQ(Info().parse(text.c_str()), Info::NoChecksum) << text;
-  EXPECT_EQ(Info().parse(std::string((4 << 20) + 1, '\n').c_str()),
-            Info::Unreadable);
+    const std::string start = "name=a\nversion=1\n";
+    struct Row {
+        std::string text;
+        int line;
+    };
+    const std::string part = "part=00000000 0 - ";
+    std::vector<Row> rows = {{"", 1},
+                             {"name=a\n", 2},
+                             {"version=1", 2},
+                             {"name=a\nname=b\n", 2},
+                             {"x", 1},
+                             {"=a", 1},
+                             {"name=\n", 1},
+                             {"Name=a", 1},
+                             {start + "a b=c", 3},
+                             {start + "k=1\nk=2\n", 4},
+                             {start + "build=1234567890", 3},
+                             {start + "build=-1", 3},
+                             {start + "date=2026-02-29", 3},
+                             {start + "date=2026-1-01", 3},
+                             {start + "checksum=0", 3},
+                             {start + "checksum=00000000\nk=1\n", 4},
+                             {start + "part=0 0 - a", 3},
+                             {start + "part=00000000 x - a", 3},
+                             {start + "part=00000000 0 a", 3},
+                             {start + "part=00000000 18446744073709551616 - a", 3},
+                             {start + "k=\x01", 3},
+                             {start + "k=\xFF", 3},
+                             {start + "k=a\rb", 3},
+                             {start + "k=\xC2\x85", 3},
+                             {start + std::string(41, 'k') + "=1", 3},
+                             {start + "k=" + std::string(1001, 'v'), 3}};
+    for (const char* path : {"../a", "a/..", "a/../b", "/a", "C:a", "a:b", "a\\b", ".."})
+        rows.push_back({start + part + path, 3});
+    for (const Row& row : rows) {
+        Info info;
+        EXPECT_EQ(info.parse(row.text.c_str()), Info::Malformed) << row.text;
+        EXPECT_EQ(info.getErrorLine(), row.line) << row.text;
+        EXPECT_TRUE(info.getName().isEmpty() && info.getPartCount() == 0);
+    }
+    for (const std::string& text :
+         {start + "date=2024-02-29", start + "build=999999999", start + part + "..a/b..",
+          "\n \t\n% \xFF\x01\n" + start, start + "k=" + std::string(1000, 'v')})
+        EXPECT_EQ(Info().parse(text.c_str()), Info::NoChecksum) << text;
+    EXPECT_EQ(Info().parse(std::string((4 << 20) + 1, '\n').c_str()), Info::Unreadable);
 }
 
 TEST_F(Product, WhatIsMadeCanBeRead) {
-  SCOPED_TRACE(kit::seedText());
-  kit::Random random(kit::seed());
-  const std::string alphabet = "ab=%.-+: \t\\/\x01\xC3\xA4#";
-  for (int round = 0; round < 200; ++round) {
-    Info info;
-    bool hasName = false, hasVersion = false;
-    std::vector<std::string> kept;
-    for (int step = random.below(12); step > 0; --step) {
-      const std::string text = random.text(8, alphabet);
-      hasName = info.setName(text.c_str()) || hasName;
-      hasVersion =
-          info.setVersion(random.text(8, alphabet).c_str()) || hasVersion;
-      info.setDate(random.oneIn(2) ? "2026-11-21" : text.c_str());
-      info.setBuild(random.between(-2, 5));
-      info.setValue(random.text(3, "ab").c_str(), text.c_str());
-      const std::string path = random.text(6, "ab./ \t:");
-      if (path.find_first_not_of("./ \t:") != path.npos &&
-          path.find("..") == path.npos &&
-          path.find_first_of(":\t") == path.npos && path.front() != '/' &&
-          path.back() != '/' && path.front() != ' ' && path.back() != ' ' &&
-          path.back() != '.' && path.find("./") == path.npos &&
-          path.find(" /") == path.npos)
-        try {
-          tree.write("root/" + path, text);
-        } catch (const fs::filesystem_error &) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    const std::string alphabet = "ab=%.-+: \t\\/\x01\xC3\xA4#";
+    for (int round = 0; round < 200; ++round) {
+        Info info;
+        bool hasName = false, hasVersion = false;
+        std::vector<std::string> kept;
+        for (int step = random.below(12); step > 0; --step) {
+            const std::string text = random.text(8, alphabet);
+            hasName = info.setName(text.c_str()) || hasName;
+            hasVersion = info.setVersion(random.text(8, alphabet).c_str()) || hasVersion;
+            info.setDate(random.oneIn(2) ? "2026-11-21" : text.c_str());
+            info.setBuild(random.between(-2, 5));
+            info.setValue(random.text(3, "ab").c_str(), text.c_str());
+            const std::string path = random.text(6, "ab./ \t:");
+            if (path.find_first_not_of("./ \t:") != path.npos && path.find("..") == path.npos &&
+                path.find_first_of(":\t") == path.npos && path.front() != '/' &&
+                path.back() != '/' && path.front() != ' ' && path.back() != ' ' &&
+                path.back() != '.' && path.find("./") == path.npos && path.find(" /") == path.npos)
+                try {
+                    tree.write("root/" + path, text);
+                } catch (const fs::filesystem_error&) {
+                }
+            info.addPart(tree.native("root").c_str(), path.c_str(),
+                         random.oneIn(2) ? "" : random.text(3, "1.a ").c_str());
         }
-      info.addPart(tree.native("root").c_str(), path.c_str(),
-                   random.oneIn(2) ? "" : random.text(3, "1.a ").c_str());
+        EXPECT_EQ(info.getText().isEmpty(), !hasName || !hasVersion);
+        if (info.getText().isEmpty())
+            continue;
+        Info again;
+        EXPECT_EQ(again.parse(info.getText()), Info::Good) << info.getText().getValue();
+        EXPECT_EQ(again.getText(), info.getText());
+        EXPECT_EQ(again.getPartCount(), info.getPartCount());
+        fs::remove_all(tree.path("root"));
     }
-    EXPECT_EQ(info.getText().isEmpty(), !hasName || !hasVersion);
-    if (info.getText().isEmpty())
-      continue;
-    Info again;
-    EXPECT_EQ(again.parse(info.getText()), Info::Good)
-        << info.getText().getValue();
-    EXPECT_EQ(again.getText(), info.getText());
-    EXPECT_EQ(again.getPartCount(), info.getPartCount());
-    fs::remove_all(tree.path("root"));
-  }
 }
 
 TEST_F(Product, WritesWholeOrThrows) {
-  Info info;
-  const auto causeOf = [&](const std::string &path) {
-    try {
-      info.write(path.c_str());
-    } catch (const KazFileException &failure) {
-      return static_cast<int>(failure.getCause());
-    }
-    return -1;
-  };
-  EXPECT_EQ(causeOf(tree.path("file")), KazFileException::badFormat);
-  info.setName("a");
-  info.setVersion("1");
-  EXPECT_EQ(causeOf(tree.path("none/file")), KazFileException::fileNotFound);
-  EXPECT_EQ(causeOf(tree.path("file")), -1);
-  EXPECT_EQ(Info().read(tree.path("file").c_str()), Info::Good);
-  EXPECT_EQ(info.read(tree.path("none").c_str()), Info::Missing);
-  EXPECT_EQ(info.read(tree.path().c_str()), Info::Unreadable);
-  EXPECT_EQ(info.getProblem(), ("The product information file \"" +
-                                tree.path() + "\" cannot be read.")
-                                   .c_str());
+    Info info;
+    const auto causeOf = [&](const std::string& path) {
+        try {
+            info.write(path.c_str());
+        } catch (const KazFileException& failure) {
+            return static_cast<int>(failure.getCause());
+        }
+        return -1;
+    };
+    EXPECT_EQ(causeOf(tree.path("file")), KazFileException::badFormat);
+    info.setName("a");
+    info.setVersion("1");
+    EXPECT_EQ(causeOf(tree.path("none/file")), KazFileException::fileNotFound);
+    EXPECT_EQ(causeOf(tree.path("file")), -1);
+    EXPECT_EQ(Info().read(tree.path("file").c_str()), Info::Good);
+    EXPECT_EQ(info.read(tree.path("none").c_str()), Info::Missing);
+    EXPECT_EQ(info.read(tree.path().c_str()), Info::Unreadable);
+    EXPECT_EQ(info.getProblem(),
+              ("The product information file \"" + tree.path() + "\" cannot be read.").c_str());
 }
 
 TEST_F(Product, OrdersVersions) {
-  const std::vector<std::string> order = {"0",
-                                          "1.0.0-alpha",
-                                          "1.0.0-alpha.1",
-                                          "1.0.0-alpha.beta",
-                                          "1.0.0-beta",
-                                          "1.0.0-beta.2",
-                                          "1.0.0-beta.11",
-                                          "1.0.0-rc.1",
-                                          "1",
-                                          "1.0.0.1",
-                                          "1.2-rc.1",
-                                          "1.2",
-                                          "1.10",
-                                          "1.x",
-                                          "1.y",
-                                          "2",
-                                          "99999999999999999999",
-                                          "100000000000000000000",
-                                          "x"};
-  for (std::size_t i = 0; i < order.size(); ++i)
-    for (std::size_t j = 0; j < order.size(); ++j)
-      EXPECT_EQ(Info::compareVersions(order[i].c_str(), order[j].c_str()),
-                (i > j) - (i < j))
-          << order[i] << " and " << order[j];
-  EXPECT_EQ(Info::compareVersions("1.2", "1.2.0+build.7"), 0);
-  EXPECT_EQ(Info::compareVersions("01.2-a", "1.02.0-a+b"), 0);
-  EXPECT_EQ(Info::compareVersions(nullptr, "0.0"), 0);
+    const std::vector<std::string> order = {"0",
+                                            "1.0.0-alpha",
+                                            "1.0.0-alpha.1",
+                                            "1.0.0-alpha.beta",
+                                            "1.0.0-beta",
+                                            "1.0.0-beta.2",
+                                            "1.0.0-beta.11",
+                                            "1.0.0-rc.1",
+                                            "1",
+                                            "1.0.0.1",
+                                            "1.2-rc.1",
+                                            "1.2",
+                                            "1.10",
+                                            "1.x",
+                                            "1.y",
+                                            "2",
+                                            "99999999999999999999",
+                                            "100000000000000000000",
+                                            "x"};
+    for (std::size_t i = 0; i < order.size(); ++i)
+        for (std::size_t j = 0; j < order.size(); ++j)
+            EXPECT_EQ(Info::compareVersions(order[i].c_str(), order[j].c_str()), (i > j) - (i < j))
+                << order[i] << " and " << order[j];
+    EXPECT_EQ(Info::compareVersions("1.2", "1.2.0+build.7"), 0);
+    EXPECT_EQ(Info::compareVersions("01.2-a", "1.02.0-a+b"), 0);
+    EXPECT_EQ(Info::compareVersions(nullptr, "0.0"), 0);
 }
 
 TEST_F(Product, TheProgramShowsDamageAndMeasuresAnew) {
-  tree.write("bin/lib.so", "library");
-  tree.write("share/a b.txt", "text");
-  tree.write("Info", "name=Mox\nversion=2.4.1\nbuild=1873\ndate=2026-11-"
-                     "21\nvendor=Tarvo\nalso=1\n"
-                     "part=00000000 0 1.0 bin/lib.so\n");
-  kit::Result result = run({"-product", "Info"});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.err, "The product information file \"" +
-                            tree.native("Info") + "\" has no checksum.\n");
-  EXPECT_EQ(result.out,
-            "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
-            "part bin/lib.so 1.0 wrong size\n1 part, 1 problem\n");
-  result = run({"-product", "Info", "-update", "share\\a b.txt", "bin/lib.so"});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out + result.err, "");
-  result = run({"-product", "./Info", "-verbose"});
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out,
-            "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
-            "part bin/lib.so 1.0 good\npart share/a b.txt - good\n"
-            "2 parts, 0 problems\n");
-  tree.write("bin/lib.so", "Library");
-  fs::remove(tree.path("share/a b.txt"));
-  result = run({"-product", "Info", "-output", "shown"});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(tree.readText("shown"),
-            "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
-            "part bin/lib.so 1.0 wrong checksum\npart share/a b.txt - missing\n"
-            "2 parts, 2 problems\n");
-  const std::string before = tree.read("Info");
-  result = run({"-product", "Info", "-update"});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.err,
-            "share/a b.txt: cannot be measured: No such file or directory\n");
-  EXPECT_EQ(tree.read("Info"), before);
-  EXPECT_EQ(run({"-product", "Info", "-update", "../x"}).status, 1);
+    tree.write("bin/lib.so", "library");
+    tree.write("share/a b.txt", "text");
+    tree.write("Info", "name=Mox\nversion=2.4.1\nbuild=1873\ndate=2026-11-"
+                       "21\nvendor=Tarvo\nalso=1\n"
+                       "part=00000000 0 1.0 bin/lib.so\n");
+    kit::Result result = run({"-product", "Info"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err,
+              "The product information file \"" + tree.native("Info") + "\" has no checksum.\n");
+    EXPECT_EQ(result.out, "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
+                          "part bin/lib.so 1.0 wrong size\n1 part, 1 problem\n");
+    result = run({"-product", "Info", "-update", "share\\a b.txt", "bin/lib.so"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out + result.err, "");
+    result = run({"-product", "./Info", "-verbose"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
+                          "part bin/lib.so 1.0 good\npart share/a b.txt - good\n"
+                          "2 parts, 0 problems\n");
+    tree.write("bin/lib.so", "Library");
+    fs::remove(tree.path("share/a b.txt"));
+    result = run({"-product", "Info", "-output", "shown"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(tree.readText("shown"),
+              "Mox 2.4.1 (build 1873, 2026-11-21)\nalso=1\nvendor=Tarvo\n"
+              "part bin/lib.so 1.0 wrong checksum\npart share/a b.txt - missing\n"
+              "2 parts, 2 problems\n");
+    const std::string before = tree.read("Info");
+    result = run({"-product", "Info", "-update"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "share/a b.txt: cannot be measured: No such file or directory\n");
+    EXPECT_EQ(tree.read("Info"), before);
+    EXPECT_EQ(run({"-product", "Info", "-update", "../x"}).status, 1);
 
-  tree.write("Info", "name=Mox\n");
-  EXPECT_EQ(run({"-product", "Info"}).err,
-            "Line 2 of the product information file \"" + tree.native("Info") +
-                "\" is not valid.\n");
-  EXPECT_EQ(run({"-product", "./no"}).err,
-            "There is no product information file \"" + tree.native("no") +
-                "\".\n");
-  EXPECT_NE(run({"-product", "No"}).err.find("ProductInfo.no\"."),
-            std::string::npos);
-  EXPECT_EQ(run({"-update"}).status, 2);
-  EXPECT_EQ(run({"-product", "Info", "more"}).status, 2);
+    tree.write("Info", "name=Mox\n");
+    EXPECT_EQ(run({"-product", "Info"}).err, "Line 2 of the product information file \"" +
+                                                 tree.native("Info") + "\" is not valid.\n");
+    EXPECT_EQ(run({"-product", "./no"}).err,
+              "There is no product information file \"" + tree.native("no") + "\".\n");
+    EXPECT_NE(run({"-product", "No"}).err.find("ProductInfo.no\"."), std::string::npos);
+    EXPECT_EQ(run({"-update"}).status, 2);
+    EXPECT_EQ(run({"-product", "Info", "more"}).status, 2);
 }
 
 } // namespace
