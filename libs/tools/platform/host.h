@@ -25,7 +25,6 @@
 #include "tools/platform/host_process_stamp.h"
 #include "tools/platform/host_random.h"
 #include "tools/platform/host_reading.h"
-#include "tools/platform/host_settings.h"
 #include "tools/platform/host_socket.h"
 #include "tools/platform/host_terminal.h"
 #include "tools/platform/host_time.h"

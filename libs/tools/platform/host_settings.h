@@ -1,6 +1,7 @@
 /// @file
 /// Where a user's settings are kept: the system's registry, or a private file where there
-/// is none. A part of host.h, whose conventions hold; texts and names are UTF-8.
+/// is none. Its conventions are those of host.h, which leaves it out: one class needs it.
+/// Texts and names are UTF-8.
 #pragma once
 
 #include <cstdint>

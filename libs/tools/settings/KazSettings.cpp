@@ -9,6 +9,7 @@
 #include "tools/files/kazpath.h"
 #include "tools/formats/encode.h"
 #include "tools/platform/host.h"
+#include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"
 #include "tools/settings/detail/convert.h"
 

@@ -1,4 +1,5 @@
 #include "tools/platform/host.h"
+#include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"
 #include "tools/platform/windows/errors.h"
 

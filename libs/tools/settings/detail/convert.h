@@ -3,7 +3,7 @@
 /// not; see the table of KazSettings.
 #pragma once
 
-#include "tools/platform/host.h"
+#include "tools/platform/host_settings.h"
 #include "tools/strings/KazString.h"
 
 #include <cstdint>
