@@ -1,9 +1,14 @@
 # Run at the end of an installation. Lists what it has put into the directory of programs
 # and beside the documents, and lets the installed program measure it.
-set(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}")
+get_filename_component(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}" ABSOLUTE) # which may be relative
+string(LENGTH "${CMAKE_INSTALL_PREFIX}/" length)
 set(parts "")
 foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
-  file(RELATIVE_PATH part "${CMAKE_INSTALL_PREFIX}" "${file}")
+  string(FIND "${file}" "${CMAKE_INSTALL_PREFIX}/" start)
+  if(NOT start EQUAL 0)
+    continue()
+  endif()
+  string(SUBSTRING "${file}" ${length} -1 part)
   if(part MATCHES "^(${bin}|share)/" AND NOT part MATCHES "[:\\]" AND NOT IS_SYMLINK "$ENV{DESTDIR}${file}")
     list(APPEND parts "${part}")
   endif()
