@@ -30,6 +30,8 @@ std::int64_t now(int& nanosecond) {
     return count / ticksPerSecond - from1601To1970;
 }
 
+// Each year has rules of its own. The one function that finds and applies them
+// (SystemTimeToTzSpecificLocalTimeEx) is missing in Wine.
 void localZone(std::int64_t seconds, int& offset, std::string& name) {
     name.clear();
     offset = 0;
@@ -38,8 +40,10 @@ void localZone(std::int64_t seconds, int& offset, std::string& name) {
     const FILETIME moment = fileTime(since1601 * ticksPerSecond);
     SYSTEMTIME universal{}, local{};
     FILETIME shown{};
+    TIME_ZONE_INFORMATION rules{};
     if (FileTimeToSystemTime(&moment, &universal) != 0 &&
-        SystemTimeToTzSpecificLocalTimeEx(nullptr, &universal, &local) != 0 &&
+        GetTimeZoneInformationForYear(universal.wYear, nullptr, &rules) != 0 &&
+        SystemTimeToTzSpecificLocalTime(&rules, &universal, &local) != 0 &&
         SystemTimeToFileTime(&local, &shown) != 0)
         offset = static_cast<int>(ticks(shown) / ticksPerSecond - since1601);
     offset = std::clamp(offset, -longestOffset, longestOffset);
