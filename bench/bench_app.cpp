@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame: a command line beside getopt_long_only, the start and end of a tool
 // beside those of a program that does nothing.
 #include "tools/app/KazArgDescription.h"

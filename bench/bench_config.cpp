@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Configuration: loading files of variables, looking variables up, expanding
 // templates. Peers read the same file into the table that is their own, or into
 // the fastest map of the standard library.

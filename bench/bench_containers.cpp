@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The containers beside those that a tool would otherwise use.
 
 #include "tools/containers/KazArrayPtr.h"

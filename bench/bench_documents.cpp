@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts for documents, and whole reports, beside what a tool would otherwise use.
 
 #include "tools/formats/KazDocWriter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Paths taken apart and put together, side by side with what else there is for
 // it, and trees copied and deleted, beside the system's own programs. Trees lie
 // in memory where the host offers it, so that the programs are measured and not

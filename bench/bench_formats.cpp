@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates as text and back, for moments of two years in random order, as the files of a
 // report have them.
 #include "tools/formats/datetime.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Messages: texts of the catalog beside gettext's, a formatted line through the
 // director beside vsnprintf and write, a step of a progress beside a table of
 // objects.

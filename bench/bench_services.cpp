@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identifiers, checksums and programs that are run, beside what else there is for them.
 #include "tools/services/KazCommand.h"
 #include "tools/services/KazGuid.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Settings: a file of 200 values in 20 sections opened and one of them read, and one of them
 // changed and written, beside the key files of GLib and of Qt. In memory, where there is such
 // a place: waiting for a disk is nobody's work.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // KazString and its tokenizers beside the strings that a tool would use
 // instead, and the C library's searches.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plain functions beside what a tool would otherwise use.
 
 #include "tools/util/bitvec.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # usage: demo.sh SUITE SCRATCH
 # Shows the tools of the suite installed in SUITE at work on the sample project.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a harness holds to be true, in every build.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Strict readers of the four document formats: each takes what the writers may make of
 /// them and nothing else, and gives the text in the order in which a person reads it.

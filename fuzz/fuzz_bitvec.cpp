@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bit vectors against std::vector<bool>.
 #include "fuzz/check.h"
 #include "fuzz/input.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lookups of numbered texts in any file, against the rules as a page of prose; and
 // in a file that moxmsg would write, against the texts that went into it.
 #include "fuzz/check.h"

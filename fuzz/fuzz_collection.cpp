@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Arrays and collections against std::vector, with iterators that stay while
 // elements come and go, and with storage that several of them share.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a tool says of a command line, against the parser's rules as prose: each word's
 // meaning, whether the line is good, and what may follow.
 #include "fuzz/argument_words.h"

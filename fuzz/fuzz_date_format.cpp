@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formats of dates: any format gives what a model says that reads it in one pass of its
 // own, with a calendar that counts day by day in its head.
 #include "fuzz/check.h"

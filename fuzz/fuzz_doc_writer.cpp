@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any sequence of calls gives a document that a strict reader of its format takes, with the
 // texts in the order of the calls.
 #include "fuzz/document_readers.h"

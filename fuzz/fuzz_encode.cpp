@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What was encoded is read back by readers of their own: the same characters come back,
 // as far as the format has them, and nothing else is ever written.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of projects, systems and diagrams: what the buffers of fixed size hold in
 // the end is what a model without buffers says, and the directories are there.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lists, queues, sets and index lists against std::list, std::deque and std::set.
 #include "fuzz/check.h"
 #include "fuzz/input.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hash tables against a plain model of them: contents, order, capacities, what is
 // checked in and out and when, what the element functions then see of the table, and
 // how often the comparator and the hash are asked.

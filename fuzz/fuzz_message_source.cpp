@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // moxmsg's way from source text to message file and back.
 #include "common/formats.h"
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers in strings: formats beside the runtime's own formatting into a buffer
 // that is large enough, and whole numbers beside digits computed here.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Command lines: what a set of arguments holds after some of them, against the
 // rules as a page of prose; and the functions that prepare argv.
 #include "fuzz/argument_words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading of dates: any text ends in a status and a place inside it; blanks, comments
 // and the case of letters change nothing; and texts that are put together from parts
 // mean what their parts say.

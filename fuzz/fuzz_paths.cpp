@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Path algebra: laws that hold between the functions, and plain models of those
 // that build a path, of the wildcard and of the list of a search path.
 #include "fuzz/check.h"

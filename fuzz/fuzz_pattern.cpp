@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Searches for patterns and texts beside ones that try every place.
 
 #include "fuzz/check.h"

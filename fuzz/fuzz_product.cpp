@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The product information file: a second reader that takes a text apart by the rules alone
 // says the same of any bytes, and what was read can be written and read again.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nested ranges of a progress, against the rules of their arithmetic; and the
 // option that hands a progress to a child.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file of settings: any bytes as the file, then changes through the interface. A second
 // reader finds what the rules say; what is not understood stays through every commit; and
 // what was set is there afterwards.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Templates of editors beside a plain reading of their rules: words are split first, then
 // references are replaced once, and a file's name stays within its word.
 #include "fuzz/check.h"

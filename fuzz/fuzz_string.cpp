@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Edits of a few strings that share blocks, and questions about them, beside
 // std::string.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plain string map against a model of its chains.
 #include "fuzz/check.h"
 #include "fuzz/input.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Expansion of references: tools push and pop lookup functions, set variables and
 // expand texts, and a model that reads them character by character agrees.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Plain texts and character buffers against std::string.
 #include "fuzz/check.h"
 #include "fuzz/input.h"

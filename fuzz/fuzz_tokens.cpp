@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The four tokenizers beside a splitter that walks once over the text.
 
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ToolInfo files that name one another, and what a tool then does with the
 // variables: the library and a plain model of its rules answer alike.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Trees against a recursive transcription of the balancing rules, which decides
 // on shapes and weights, and std::set, which decides on content and order.
 #include "fuzz/check.h"

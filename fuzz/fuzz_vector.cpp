@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fast forms of the loops over bytes beside the portable ones: both are
 // compiled into this program and have to agree on every text.
 

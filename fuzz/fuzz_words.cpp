@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quoting and reading of words: what was quoted comes back, whatever it is, and
 // any line is read to its end.
 #include "fuzz/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Reads the bytes of a fuzzer's input as the values that a harness needs.
 #pragma once

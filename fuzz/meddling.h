@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Element functions that use the container which is just calling them.
 #pragma once

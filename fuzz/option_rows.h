@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The suite's options as its users know them, for the tests to judge by. Kept
 /// apart from the library's table on purpose: a slip there must show here.

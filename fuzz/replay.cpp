@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a harness without a fuzzer, as a test: every file of its corpus, then
 // random inputs and random changes of the files, the same ones each time. In
 // the build with the fuzzer, whose own main wins, only the application object

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The rules of the string classes once more, on std::string and as plainly as
 /// possible.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What the characters of a text are, found the slow way, and readers of the texts that
 /// the encoders make. They take nothing but what the encoders are allowed to write.

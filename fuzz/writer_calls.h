@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Any sequence of calls of a document writer, with hostile texts, and the words that must
 /// be read in this order in whatever comes out.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs benchmark programs and prints how the library stands beside its peers.
 
 usage: bench_table.py [--quick] [--write FILE] [--min-time S] [--repetitions N]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Prints which lines and branches of the library the tests have reached.
 
 usage: coverage.py BUILD [FOLDER...]

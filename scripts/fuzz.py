@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the fuzz harnesses of a build, or makes a small corpus of what they found.
 
 usage: fuzz.py [--jobs N] [--seed N] run SECONDS [TOPIC...]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """The line that names the licence at the top of each source.
 
 usage: licences.py [--add]

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # Looks at what is about to be committed: format of the staged sources, directions of
 # includes. Takes a second or two; building and testing is left to ./dev.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the test programs of a build under valgrind.
 
 usage: valgrind.py [--jobs N] BUILD [PROGRAM...]

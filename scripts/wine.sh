@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
 # Runs a Windows program of a cross build under Wine.
 #
 # usage: wine.sh PREFIX start              set up PREFIX and keep its server alive

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool that does nothing: what the frame costs a process.
 #include "tools/app/KazConsoleApp.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Greets the system that "-system" names. The library's main starts the one
 // static object; what runTool returns is the exit status.
 #include "greeting.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Gives the systems of a copied sample project their bulk.
 
 usage: fill.py PROJECT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Marks of the public interface: what the shared library exports, and which
 /// functions read a printf format.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// KazString in formats of the fmt library, which this header needs and the library
 /// itself does not: fmt::format("{:>10}", name).

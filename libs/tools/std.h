@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The library's types beside those of the standard library: views, hashes, and the
 /// `begin` and `end` that loops and algorithms ask for. Nothing of the library includes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// How moxcopy shows its progress, and how it notices that it is to stop.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The directory that receives a copy, with those of its parents that were missing.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// Copies a system out of a project: what is asked (options), what there is
 /// (plan), the copying beside the destination (copy, staging, owner), bringing it to
 /// its place (merge), and what became of it (summary). All output goes through the IO

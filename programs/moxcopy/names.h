@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Names and paths as they are joined and as they are shown.
 #pragma once

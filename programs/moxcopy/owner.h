@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Whose the directories are in which copies grow.
 #pragma once

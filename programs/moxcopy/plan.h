@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What there is to copy, listed before anything is written.
 #pragma once

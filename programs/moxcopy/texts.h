@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What moxcopy says, in English and as a message file has it.
 #pragma once

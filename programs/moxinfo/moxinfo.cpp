@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // moxinfo: shows a tool's configuration.
 #include "common/CommandLine.h"
 #include "common/output.h"

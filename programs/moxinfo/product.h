@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Product information: what is installed, and whether it is all there and
 /// undamaged. It proves nothing about who made it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "message_file.h"
 
 #include "tools/messages/catalog/detail/catalog_layout.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A set of message texts, wherever it came from, and what is wrong with it.
 #pragma once

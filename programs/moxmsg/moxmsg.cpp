@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// Makes, shows, compares and checks message files.
 
 #include "common/CommandLine.h"

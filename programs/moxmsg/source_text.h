@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The readable form of a message file; docs/message-files.md describes it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The commands of moxtool. Each gets a line that begins with its own word and
 /// returns the exit status.

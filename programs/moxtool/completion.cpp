@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scripts ask the program, and nothing else: no option stands in them, so that
 // they cannot grow old. A candidate comes as WORD<TAB>HELP; ":file" and ":directory"
 // leave the word to the shell.

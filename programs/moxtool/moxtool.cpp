@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// What belongs to no single tool of the suite: the first word chooses.
 
 #include "commands.h"

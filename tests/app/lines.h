@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Output of the form "name=value", line by line.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kit/capture.h"
 #include "kit/director.h"
 #include "tools/app/KazFileException.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame and the messages without memory: each allocation fails in its turn,
 // alone or with all that follow.
 #include "frame_app.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool that asks the library what a script on standard input says: one command
 // a line, its words separated by tabs, and one line of answer each.
 #include "tools/app/KazConsoleApp.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Runs of config_probe: a tool that answers a script.
 #pragma once

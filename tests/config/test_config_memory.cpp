@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Everything of the configuration while each allocation fails in turn.
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/filestore.h"

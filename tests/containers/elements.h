@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Elements of the containers under test, and containers that own them.
 #pragma once

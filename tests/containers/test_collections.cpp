@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazColl.h"
 #include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazIntColl.h"

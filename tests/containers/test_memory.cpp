@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each allocation of each member fails in turn, once or from then on: the object
 // stays as it was, nothing leaks, and at last the same call succeeds.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Assignment is shallow: what two objects share must be freed once, checked
 // out once, and never be touched after that.
 

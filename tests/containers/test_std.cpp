@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The library's types in the algorithms and containers of the standard library.
 
 #include "kit/random.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazIntTree.h"
 #include "tools/containers/KazIntTreeIterator.h"
 #include "tools/containers/KazStringTree.h"

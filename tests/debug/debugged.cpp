@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool that a debugger looks into: one of each, filled, and some damaged ones.
 #include "tools/moxtools.h"
 

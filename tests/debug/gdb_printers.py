@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Lets gdb show each string and container of the tool `debugged`, in a process and in
 its core file, and holds the offsets that the printers use against the compiler's.
 

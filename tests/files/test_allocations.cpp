@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every allocation of the file functions, failing.
 #include "kit/env.h"
 #include "kit/sweep.h"

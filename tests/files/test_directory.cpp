@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directories by handle, places in a tree, and the functions on single paths.
 #include "tools/files/KazDirectory.h"
 #include "tools/files/KazTreeCursor.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file manager against a model of the file tree, and against everything
 // that can go wrong on a disk.
 #include "tools/files/KazFileManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The search path.
 #include "tools/files/KazFilePath.h"
 

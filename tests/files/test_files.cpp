@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // File helpers: what they do alike on every host.
 #include "tools/files/tifiles.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Path algebra: what its laws do not tell; these are checked by the fuzzing
 // harness of the same name.
 #include "tools/files/kazpath.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Process helpers: words of a command line, program names, and child processes.
 #include "tools/files/process.h"
 

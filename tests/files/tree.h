@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// File trees of tests: awkward names, and a tree or a listing as plain values to
 /// compare.

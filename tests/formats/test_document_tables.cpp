@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colours and fonts of documents.
 #include "tools/formats/KazColourTable.h"
 #include "tools/formats/KazFontTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a report looks like in each format. That every sequence of calls gives a well-formed
 // document is held by fuzz/fuzz_doc_writer.cpp.
 #include "kit/process.h"

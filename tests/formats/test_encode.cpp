@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of characters and formats by examples; what was encoded comes back in
 // fuzz/fuzz_encode.cpp.
 #include "kit/sweep.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Compares what a shared library exports with a committed list.
 
 usage: exported_symbols.py LIBRARY LIST [--update]

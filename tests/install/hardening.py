@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Looks at installed programs and libraries for what the compiler was asked to add.
 
 usage: hardening.py FILE...

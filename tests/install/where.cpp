@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Says where the suite is installed.
 #include <tools/moxtools.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The process's standard streams in the hands of a test.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The same hashes in every run, for programs that hold the library's own objects.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What differs between the hosts that tests run on and matters to what they
 /// expect. What a host does not have at all is tested in files of the other

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every test program is a tool: the library's main starts this object.
 #include "tools/app/KazConsoleApp.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Whole programs, run and watched by a test.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Questions that are asked again and again while memory fails.
 #pragma once

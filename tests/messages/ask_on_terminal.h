@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What prompt_tool does about the terminal and about signals. Hosts differ here.
 #pragma once

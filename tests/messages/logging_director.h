@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A director that listens, down to the operations that the console ignores.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool that does what its arguments say, one step after the other, so that tests
 // can watch what becomes of it on a terminal and in a pipe.
 

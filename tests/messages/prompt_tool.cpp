@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool that asks: its first argument names what it does. What it learns goes
 // to standard error, so that standard output holds what the user sees.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Watches the terminal director: on a terminal (its screen is pyte's), and in pipes,
 where random scripts have to give the very bytes of the console.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kit/alloc_failure.h"
 #include "kit/capture.h"
 #include "logging_director.h"

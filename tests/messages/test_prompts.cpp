@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions asked by whole tools: from a file, and from nowhere.
 
 #include "kit/host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The catalog keeps its state for the life of the process, so what its functions do
 // is tried in processes of their own (config_probe). Which text a lookup finds is
 // the fuzz harness's to test.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The fixture of the tests of moxmsg.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests of commands, connections and editors start: a program that does what its
 // first argument says. With RECORD_ARGUMENTS in the environment it writes its arguments
 // to that file instead, whatever they are.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Commands: real programs that fail, hang, flood and stop reading.
 #include "tools/services/KazCommand.h"
 

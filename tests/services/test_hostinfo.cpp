@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Machine and user: what must hold everywhere.
 #include "tools/services/hostinfo.h"
 

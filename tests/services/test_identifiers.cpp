@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identifiers and checksums: known values, laws and round trips.
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"

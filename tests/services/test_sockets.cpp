@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Connections on the loopback address: with this process, and with peers that are
 // silent, drip, or leave.
 #include "tools/services/sockets.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Editors: templates by their laws, and a program in an editor's place that writes down
 // how it was called.
 #include "tools/services/sourcenav.h"

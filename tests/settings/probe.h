@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The language in which a test tells the probe what to do with settings.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Does with a section of the settings what its standard input says, a line each:
 // "t NAME TEXT", "i NAME NUMBER", "r NAME NUMBER", "b NAME 0", "l NAME LIST", "- NAME",
 // "!" removes all, "." commits, "?" shows what is there.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What the tests of both string classes share: the same test text for either
 /// width, and the invariants of the blocks.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Strings that come and go beside a model of their texts: blocks that are freed may
 // be taken again. A program of its own, as it begins with one thread.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Edits that run out of memory, or of what a length can say.
 
 #include "kit/sweep.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The rules of KazString that a model of the text alone cannot show: blocks,
 // the kinds of empty, signs, errors.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tokenizers of both widths, beside the harness that compares them with a
 // plain splitter: nothing to split at, and no memory.
 

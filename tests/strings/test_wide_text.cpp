@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Between narrow text in the locale's encoding and 16-bit text.
 
 #include "string_kit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Objects of the plain functions in the hands of a test, and small integers as
 /// elements.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/util/gnu_regex.h"
 
 #include <gtest/gtest.h>

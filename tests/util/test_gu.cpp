@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the models of the fuzzer cannot see: ownership, nulls, limits and memory.
 
 #include "kit/counted.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each allocation of the plain functions fails in turn, once or from then on:
 // KazMemoryException, everything as it was, nothing leaked; at last it works.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the plain functions make of nulls, and of what does not fit together.
 
 #include "owned.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a model of the tree cannot see: who releases what, depth and memory. The
 // model drives the fuzzer's replay.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The application object: one in each process, found by the library's main.
 #pragma once

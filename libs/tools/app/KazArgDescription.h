@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The vocabulary of command-line options that all tools of the suite share.
 #pragma once

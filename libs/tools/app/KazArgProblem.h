@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What became of a command line: why it was refused, and what each word was read as.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Base of the state that a library of the suite keeps in the master context.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The registry of the state that the suite's libraries keep in one process.
 #pragma once

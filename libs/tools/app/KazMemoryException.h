@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Moved: include tools/app/exceptions/KazMemoryException.h. This place goes with the next major
 /// version.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Command-line arguments: parsing into the current set and asking it, and
 /// helpers for tools that prepare argv before it is parsed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The programs behind editors; see KazEditorsBase for the commands.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/config/KazEnvValue.h"
 
 void KazEnvValue::assign(const char* newText) {

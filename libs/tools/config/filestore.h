@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Filestore names: where the current project, system and diagram live.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The tool environment: what project, system and diagram a tool works on, and
 /// typed values for the shared command line options.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/config/vstring.h"
 
 #include "tools/app/KazToolsContext.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazCollIterator.h"
 
 KazCollIterator::KazCollIterator(KazColl* walked) : collection(walked) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazIntColl.h"
 
 void KazIntColl::insertAt(int index, const int* values, int count) {

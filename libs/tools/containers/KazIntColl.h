@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A collection of integers, kept in the pointer slots.
 #pragma once

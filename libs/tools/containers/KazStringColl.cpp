@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazStringColl.h"
 
 // A slot and a string are both one pointer to the characters, so a slot can be

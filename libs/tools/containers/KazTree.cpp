@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazTree.h"
 
 #include "tools/app/exceptions/KazTreeClashException.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazTreeIterator.h"
 
 KazTreeIterator::KazTreeIterator(KazTree* walked) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/detail/Passages.h"
 
 #include "tools/util/detail/allocate.h"

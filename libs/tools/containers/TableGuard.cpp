@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/detail/HeldTable.h"
 
 void KazHashTable::Guard::acquire(Lock& lock, std::uintptr_t self) {

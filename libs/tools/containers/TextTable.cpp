@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/detail/TextTable.h"
 
 #include "tools/containers/detail/buckets.h"

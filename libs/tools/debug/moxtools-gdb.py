@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Shows strings and containers of moxtools in gdb.
 
 gdb loads this file by itself when it lies beside the library under its name with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// An open directory and what can be done with its entries.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A search path: directories in the order in which a file is looked for.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A cursor holds the handles of its last levels, of the top, and of levels that could
 // not be found again by "..". All other levels are a name and an identity. The same
 // identity never stands twice on the way from the top, so that no walk is endless.

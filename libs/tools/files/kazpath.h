@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Paths as the host and the user's home mean them. What can be said of a path by
 /// its text alone is in path_text.h, which comes with this header and explains the

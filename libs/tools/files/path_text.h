@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Path algebra: taking paths apart and putting them together by text alone.
 ///

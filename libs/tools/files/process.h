@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Process helpers: environment, words of a command line, child processes.
 #pragma once

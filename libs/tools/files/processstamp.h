@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Saying in a file who has made something, so that others can tell later whether
 /// that process still runs.

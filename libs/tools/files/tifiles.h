@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// File helpers. Paths are native text (see kazpath.h); the host's own spelling
 /// is accepted wherever it holds no backslash. A drive letter or a leading pair

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a path stands for; removing and renaming it. Paths are native text, as in
 /// tifiles.h; a null path counts as "". The last component is taken in its directory,

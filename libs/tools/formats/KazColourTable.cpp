@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/formats/KazColourTable.h"
 
 #include "tools/formats/detail/TextBuilder.h"

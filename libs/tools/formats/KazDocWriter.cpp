@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one state machine behind all formats. What is open is known here alone: a paragraph,
 // or a table, or lists in one another, the innermost on top. A call ends what cannot go on,
 // begins what is missing, and tells the format, which only spells. A call that fails is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The formatting functions: which format, which language, which zone.
 #include "tools/config/toolinfo.h"
 #include "tools/formats/datetime.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/formats/datetime.h"
 
 #include "tools/formats/detail/calendar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The names are those of the GNU C library's locales (glibc 2.36), kept here so that
 // a report does not change with the machine that writes it.
 #include "tools/formats/detail/languages.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading in three steps: the text in pieces, the items that they make, and what these
 // mean together.
 #include "tools/formats/datetime.h"

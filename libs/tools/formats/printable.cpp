@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What goes by bytes: texts for terminals, links and names of anchors. No locale has a say
 // in what a letter is.
 #include "tools/app/exceptions/KazMemoryException.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The one place that everything shown to, or asked of, the user goes through.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The director's own operations: the console.
 
 #include "tools/messages/KazConsoleProgress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A progress handle whose messages appear as ordinary messages too.
 #pragma once

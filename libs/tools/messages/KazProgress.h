@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// How far a long operation has got, with nested steps.
 #pragma once

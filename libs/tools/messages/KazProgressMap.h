@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The progress objects of an IO director, by number.
 #pragma once

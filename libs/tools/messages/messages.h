@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The IO director's operations as plain functions; see KazIODirector.h for
 /// what they do. Formats are printf formats, and text that comes from outside

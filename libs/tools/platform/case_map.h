@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The runtime's mapping of single bytes to another case.
 #pragma once

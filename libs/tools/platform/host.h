@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The only door to the operating system. Everything above this folder is
 /// written against these declarations and includes no platform header; a port

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Files and directories by open directory: what is under one name cannot be
 /// exchanged between two steps of the same work. The conventions of host.h hold.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Part of the door to the operating system (see host.h for its conventions):
 /// whether two names or two answers of the system are about one file.

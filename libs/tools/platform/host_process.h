@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A part of the door to the operating system (see host.h): other programs.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Telling processes from one another for longer than they live.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Part of the door to the operating system (see host.h for its conventions):
 /// opening what somebody else may have put there. No function here waits, whatever

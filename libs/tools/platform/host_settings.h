@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Where a user's settings are kept: the system's registry, or a private file where there
 /// is none. Its conventions are those of host.h, which leaves it out: one class needs it.

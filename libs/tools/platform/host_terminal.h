@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What lies behind a standard stream, and how text comes out there. Part of
 /// host.h, whose conventions hold.

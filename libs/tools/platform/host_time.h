@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The host's clock and its local zone; part of host.h.
 #pragma once

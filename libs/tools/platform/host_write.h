@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Files that are written as a whole. A part of host.h, whose conventions hold.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What starting programs is alike on every host.
 #include "tools/platform/host.h"
 

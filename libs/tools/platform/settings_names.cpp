@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is the same wherever settings are kept.
 #include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Both hosts have the same socket interface but for the few things in socket_api.h.
 // Sockets never block: what cannot be done at once waits in poll() until the deadline.
 #include "tools/platform/host.h"

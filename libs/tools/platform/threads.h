@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a lock needs to know about threads: thisThread(), a number that no other
 /// living thread has, even and never 0; and isOnlyThread(), true only while the

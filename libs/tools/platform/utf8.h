@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// UTF-8, looked at byte by byte.
 #pragma once

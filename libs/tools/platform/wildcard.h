@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Wildcard matching, shared by the platforms; they differ in what counts as
 /// the same character.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a caller asked for becomes one Launch of the platform's start function, and how
 // that ended becomes the results. The results are of the last run alone: they are
 // cleared before it and set when it has ended.

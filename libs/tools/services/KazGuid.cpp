@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random bytes are fetched in stock, because a system call takes ten times as long as
 // the rest of an identifier. Invariants of a stock: what lies before its position
 // has been used and is zero; it belongs to one thread and to one process.

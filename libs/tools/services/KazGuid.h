@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Globally unique identifiers (RFC 9562).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// CRC-32 as in IEEE 802.3, ISO 3309, gzip and PNG: polynomial 0x04C11DB7, reflected, initial
 /// value and final exclusive-or 0xFFFFFFFF. The check value of "123456789" is 0xCBF43926.

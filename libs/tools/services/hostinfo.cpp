@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/services/hostinfo.h"
 
 #include "tools/files/detail/text.h"

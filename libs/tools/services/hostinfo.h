@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Which machine this is, and who works on it. All texts are UTF-8, as far as the system's own are;
 /// what cannot be told is "". Each call asks the system anew.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Handles are numbers that are never given twice, so that one that was closed, or never
 // was one, is noticed. Behind each stands the system's socket with what was read ahead
 // of it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// TCP connections, the same on every host. Blocking calls with a time limit, for tools that talk
 /// to a server or an editor.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A template is split into words first; then each word's references are replaced, once,
 // by texts that nobody reads again. So no name of a file can become an option, a second
 // word or a command.

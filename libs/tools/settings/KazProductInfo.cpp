@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a file holds and what a setter takes are checked by the same functions, so that
 // whatever is written can be read. A text is taken apart into a fresh object, which takes
 // the place of the old contents when all of it is known.

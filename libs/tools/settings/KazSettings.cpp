@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is stored is read whole when a section is opened. Changes are kept beside it in two
 // batches, those that a commit() has tried and those that none has: the destructor writes
 // the latter only. `view` is what is stored with both batches carried out, and is looked at

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/settings/detail/product_text.h"
 
 #include "tools/platform/utf8.h"

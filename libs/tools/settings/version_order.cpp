@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of versions: Semantic Versioning 2.0.0, section 11, with as many numbers as
 // there are.
 #include "tools/settings/KazProductInfo.h"

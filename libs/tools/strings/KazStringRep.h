@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The header of a string's block, shared by the narrow and the wide class.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Cuts a wide string into tokens, with quotes and escapes.
 #pragma once

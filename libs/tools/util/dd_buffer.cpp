@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The GNU regular-expression interface, unchanged and under its own names, on
 /// every platform: `re_compile_pattern`, `re_search`, `re_match` and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/util/gu_index_list.h"
 
 #include "tools/util/detail/panic.h"

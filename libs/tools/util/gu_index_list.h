@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Ordered lists of integers, each at most once, kept as ranges: the list of
 /// all even numbers is long, the list of a million neighbours is short.

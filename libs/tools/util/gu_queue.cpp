@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The elements stand in a ring: a block whose capacity is a power of two, with
 // `size` elements from `head` on, going on at the start of the block.
 

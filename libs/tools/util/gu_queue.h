@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// First-in first-out queues of untyped elements. Adding and taking cost
 /// constant time, averaged over the growth of the one block behind a queue.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements stand in one array in the order of adding; removing leaves a hole
 // there, so that positions of iterators stay good. A second array, at least
 // twice as long and a power of two, maps a hash to a position by linear probing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Sets of untyped elements: pointers, or numbers converted to pointers. Null is
 /// an element like any other. The set never looks behind an element and owns

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A small hash map from texts to untyped values, with keys that respect case
 /// or do not. The map owns copies of its keys and, when it has a release

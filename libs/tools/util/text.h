@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Plain zero-terminated texts: copies, concatenation, comparison, replacement,
 /// quoting of words, and growing character buffers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/util/tree.h"
 
 #include "tools/util/detail/heap_ptr.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Binary search trees of untyped values that keep the size of every subtree
 /// and rebalance themselves by size when an insertion leaves a node lopsided.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// A tool that forks: parent and child register a file each, the child ends first.
 #include "tools/moxtools.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names under which only a POSIX host starts a tool, and its devices.
 #include "app/lines.h"
 #include "kit/process.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// A tool that does what its first argument says, for the tests of whole
 /// processes.
 #include "tools/moxtools.h"

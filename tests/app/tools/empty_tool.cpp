@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// Forgets the one thing that every tool must have: its application object.
 #include "tools/moxtools.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// Static objects around the application object use the library before it is
 /// constructed and after it is destroyed.
 #include "tools/moxtools.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every call of the system that configuration and message texts make, failing once.
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"

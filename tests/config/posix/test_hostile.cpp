@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tools in surroundings that nobody would wish for: what they say is stated or a
 // clear message, whole and as it was meant.
 #include "tools/config/toolinfo.h"

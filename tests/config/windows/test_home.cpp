@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where "~" leads: the three ways, one after the other.
 #include "tools/config/toolinfo.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every call of the system that the file functions make, failing once.
 #include "files/manager.h"
 #include "files/tree.h"

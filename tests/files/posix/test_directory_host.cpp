@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directories by handle among links, pipes and holes, and while somebody exchanges them.
 #include "files/tree.h"
 #include "kit/posix/deep_tree.h"

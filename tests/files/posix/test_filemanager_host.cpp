@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file manager among links, permissions, special files and exhausted hosts.
 #include "files/manager.h"
 #include "files/posix/plain_user.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // File helpers where the host has links, permissions and one root.
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Child processes of a POSIX shell: what it makes of words, signals, and those
 // that stay behind.
 #include "tools/files/process.h"

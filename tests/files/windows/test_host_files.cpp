@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // File helpers where the host has drives and file names without case.
 #include "tools/files/tifiles.h"
 

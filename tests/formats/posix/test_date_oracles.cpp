@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates beside the programs whose users expect the same of them: GNU date, Python's
 // datetime, zoneinfo and email, and the locales of the C library. Everything that is
 // compared is made in the run.

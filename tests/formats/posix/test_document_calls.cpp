@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every call of the system that writing a report makes, failing once.
 #include "kit/posix/call_sweep.h"
 #include "kit/temp_tree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random reports before the programs that people open them with. Each may be missing: its
 // test is then skipped.
 #include "fuzz/writer_calls.h"

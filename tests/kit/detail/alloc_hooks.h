@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Between the counting of allocations and what each host needs to reach them all.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Files without a name that stand for the standard streams. Hosts differ here.
 #pragma once

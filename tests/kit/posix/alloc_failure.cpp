@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The test programs' own operator new and delete, over malloc_hooks.cpp.
 #include "kit/detail/alloc_hooks.h"
 

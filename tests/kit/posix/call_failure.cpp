@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The test program's own definitions of the calls: they win over the shared ones
 // for the library under test too. Each has a name of its own in C++, as the
 // headers declare the real one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Calls of the C library that fail on demand. A test program that uses this has
 /// call_failure.cpp among its own sources.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What tests share that fail each call of a scenario with one error after the other.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Trees whose paths are longer than any path may be.
 #pragma once

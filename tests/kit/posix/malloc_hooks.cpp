@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The malloc family over the C library's internal names: a definition in the
 // program, or in what is preloaded into it, wins over the shared ones, for the
 // library under test too. In the sanitizer builds they forward to the sanitizer's

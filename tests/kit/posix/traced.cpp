@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kit/posix/traced.h"
 
 #include "kit/temp_tree.h"

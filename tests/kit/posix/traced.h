@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Programs under strace, which makes one of their system calls fail.
 #pragma once

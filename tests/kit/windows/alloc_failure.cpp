@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each module calls the runtime library through a table of addresses of its
 // own. Putting other functions into the tables of all modules reaches every
 // allocation of the program, the library under test and the C++ runtime, so that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "kit/detail/passing_file.h"
 
 #include "kit/windows/text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Questions asked by whole tools on a terminal, and signals that come in between.
 
 #include "kit/process.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Types into real interactive shells and reads their screens.
 
 usage: completion.py BIN        (the folder of moxtool and of the programs)

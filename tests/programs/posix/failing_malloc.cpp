@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Preloaded into a program, makes its n-th allocation fail (the first is 1):
 // KIT_FAIL_ALLOCATION=n, with KIT_FAIL_ONWARD all from there on. When one has
 // failed, the file that KIT_FAIL_MARK names is made.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Commands that are run without the super user's rights.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tool whose command line shells complete in a test.
 
 #include "tools/moxtools.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole programs, each of their allocations failing, once or from there on.
 #include "kit/process.h"
 #include "kit/temp_tree.h"

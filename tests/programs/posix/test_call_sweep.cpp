@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole programs, each of their system calls failing once, and killed at any
 // moment.
 #include "kit/posix/traced.h"

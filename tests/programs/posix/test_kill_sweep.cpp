@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs and copies that are killed at any moment.
 #include "kit/process.h"
 #include "kit/random.h"

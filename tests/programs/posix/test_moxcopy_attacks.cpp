@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // moxcopy where others change what it works on, and where it is ended.
 #include "kit/posix/deep_tree.h"
 #include "kit/posix/exchanger.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // moxcopy among links, permissions, signals and full disks.
 #include "programs/moxcopy.h"
 #include "programs/posix/plain_user.h"

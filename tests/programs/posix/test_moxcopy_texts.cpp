@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The texts of moxcopy, of a run that cannot copy all of its files.
 #include "programs/moxcopy.h"
 

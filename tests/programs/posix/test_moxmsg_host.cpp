@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // moxmsg's output among links, permissions and full disks.
 #include "programs/moxmsg.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names and values from outside on a terminal: none begins a line of its own or moves the
 // cursor, whatever program shows it.
 #include "kit/process.h"

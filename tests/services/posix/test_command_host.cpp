@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Commands on POSIX: signals, groups, descriptors, and every call that fails.
 #include "tools/services/KazCommand.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tools of the guides, run as their readers would.
 #include "kit/process.h"
 #include "kit/temp_tree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Machine and user beside what the system's own programs say.
 #include "tools/services/hostinfo.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Identifiers and checksums beside Python's, and in a process that forked.
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"

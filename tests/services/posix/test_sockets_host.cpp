@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sockets on POSIX: what children see of them.
 #include "tools/services/sockets.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Commands on Windows: exceptions, batch files, and what no word can hold there.
 #include "tools/services/KazCommand.h"
 

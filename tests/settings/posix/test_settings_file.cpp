@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The file that holds a user's settings: its text, its permissions, and what is left of it
 // when things go wrong.
 #include "files/posix/plain_user.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/app/detail/LineCompletion.h"
 
 #include "tools/app/detail/LineReading.h"

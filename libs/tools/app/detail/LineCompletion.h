@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a word of a command line that is being typed may become.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The parser is asked, never imitated: it reads the line into a set of its own and says
 // what each word was. A word that it does not know may be one of the tool's, which is
 // taken out, or "--", where the line is cut; then it reads what is left.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A command line as the parser reads it, held against what a tool takes.
 #pragma once

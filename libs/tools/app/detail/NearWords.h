@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// "Did you mean": the words that are near to one that was not understood.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// How a text of any bytes travels as one command-line argument.
 #pragma once

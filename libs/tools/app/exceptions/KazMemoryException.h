@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The exception that every failed allocation ends in.
 #pragma once

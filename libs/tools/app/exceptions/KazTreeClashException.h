@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Two items with one key in an ordered tree.
 #pragma once

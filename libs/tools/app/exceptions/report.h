@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What everything, down to the plain functions, may call when something went
 /// wrong. The messages room implements it; here stand only the declarations, so

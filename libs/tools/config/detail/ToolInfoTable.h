@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The table of variables that the ToolInfo files define.
 #pragma once

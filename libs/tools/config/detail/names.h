@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Building file names piece by piece and in buffers of fixed size.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Looking a plain text up in a map of strings.
 #pragma once

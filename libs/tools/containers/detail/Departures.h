@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Entries of a hash table that are about to leave it.
 #pragma once

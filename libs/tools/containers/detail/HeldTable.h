@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a hash table does for one who holds its lock, and what it keeps for itself.
 #pragma once

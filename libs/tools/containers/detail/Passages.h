@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Elements on their way into a collection or out of it, while element functions may
 /// do anything to it.

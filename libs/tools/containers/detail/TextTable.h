@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A second way into a hash table whose keys are texts.
 #pragma once

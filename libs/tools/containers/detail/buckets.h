@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The blocks of a hash table's buckets: their room, their order, a search in them.
 #pragma once

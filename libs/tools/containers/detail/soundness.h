@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Whether the inside of a container holds together; for tests, which include it, and
 /// not part of the library.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The parts of a pattern that names a directory and a wildcard in it.
 #pragma once

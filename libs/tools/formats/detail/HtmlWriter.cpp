@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // HTML 5. Every element is closed, attributes stand in double quotes, and text stands in
 // headings, paragraphs, pre, list items and cells only. Fonts are classes of the style
 // sheet, which is written last: a default may still be replaced after its use.

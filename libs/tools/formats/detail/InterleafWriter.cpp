@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interleaf ASCII. A component is a line with its class and one line of text behind it;
 // an empty line ends it, and encoded text never holds one. Each face and size that a run
 // uses is a font definition, numbered as they come; 0 is a component's own font.

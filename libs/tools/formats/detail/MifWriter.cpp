@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MIF 8.00. Tables and pictures are collected apart, because they come before the text,
 // which refers to them by number. A ParaLine holds String, Char, Font, Marker, ATbl and
 // AFrame only; every tag is one of the catalogs below.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // RTF 1.9. Each block is a group of its own that begins with \pard\plain, so that nothing
 // of one reaches the next. Fonts and colours are numbers in tables that are written last.
 #include "tools/formats/detail/DocumentFormat.h"

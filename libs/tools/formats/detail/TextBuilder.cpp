@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/formats/detail/TextBuilder.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"

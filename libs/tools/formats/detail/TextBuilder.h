@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Appends to a string without a look at its block for each piece.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Letters and digits of ASCII, whatever the locale says.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The proleptic Gregorian calendar and the week calendar of ISO 8601, in whole days
 /// numbered from 1970-01-01. Years are -1 to 10001; the arithmetic is the C++

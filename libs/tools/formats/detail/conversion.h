@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// One conversion of a date format: flags, width and letter.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conversions are numbers, names or composites of others; three letters (%N, %s, %z)
 // are like none of these. Flags and widths mean for each kind what they mean in GNU
 // date, whose output scripts already know.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which item begins here, and the items that are words. Dates and times of digits are
 // read in files of their own.
 #include "tools/formats/detail/date_items.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dates: which parts of an item are year, month and day.
 #include "tools/config/toolinfo.h"
 #include "tools/formats/detail/date_items.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Times of day and zones.
 #include "tools/formats/detail/date_items.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of the arithmetic: the date that is stated (else today), years and months,
 // weeks and days, the time of day in the zone, and then hours, minutes and seconds of
 // real time.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// From what a text states to the moment that it means.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nothing fails here: what cannot be part of a date becomes a `broken` token, so that
 // an earlier mistake in the text is found first.
 #include "tools/formats/detail/date_scanner.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The words, numbers and signs of a date that somebody wrote.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/formats/detail/date_words.h"
 
 #include "tools/formats/detail/ascii.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The words of dates: names of months and weekdays, units, zones.
 #pragma once

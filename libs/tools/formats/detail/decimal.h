@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Numbers in documents, whatever the locale writes instead of a point.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each format is a table of what stands for the kinds of characters, and a function for
 // the others where it is not in UTF-8. One loop serves all: it skips what stands for itself
 // with wide vectors and looks at the rest character by character.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Numbered message texts: the message file, and texts registered at run time.
 ///

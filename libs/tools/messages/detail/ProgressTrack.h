@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// How far one progress has got, and when it will be done.
 #pragma once

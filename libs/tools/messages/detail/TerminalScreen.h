@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What the terminal director knows of its streams, and the line that it draws.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Text that a terminal shows and does not obey.
 #pragma once

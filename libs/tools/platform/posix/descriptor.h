@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Helpers of the POSIX implementation.
 #pragma once

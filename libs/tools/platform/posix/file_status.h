@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Turning what the system says about a file into a FileStatus.
 #pragma once

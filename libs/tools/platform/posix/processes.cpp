@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Starting programs. The C library's posix_spawn takes no copy of the address space, so
 // that a start takes the same time however large the tool is. Descriptors are never
 // those of the standard streams, and nothing that is made for a child outlives the call

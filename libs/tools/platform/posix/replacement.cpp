@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/posix/replacement.h"
 
 #include "tools/platform/posix/open_regular.h"

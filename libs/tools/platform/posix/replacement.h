@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A file that takes another one's place when it is complete.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading goes once over the text and decodes nothing but the section that is asked for:
 // programs read one section and never write most of what they read. A change takes the
 // text apart into lines that are kept as they stand, puts sections and lines in order and

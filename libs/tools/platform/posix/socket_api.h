@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What the socket interfaces of the hosts do not share.
 #pragma once

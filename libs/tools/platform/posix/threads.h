@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Threads of POSIX; see tools/platform/threads.h.
 #pragma once

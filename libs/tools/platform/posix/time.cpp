@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // localtime_r takes 330 ns, several times what the rest of a formatted date needs,
 // so the answers are kept: one for each stretch of three days at whose both ends the
 // zone is the same. No zone of the tz database changes its clocks twice within four

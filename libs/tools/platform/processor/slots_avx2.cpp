@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Compiled for processors with AVX2: see CMakeLists.txt.
 
 #include "tools/platform/processor/slots.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The portable forms: plain loops, which the compiler may make vectors of.
 
 #include "tools/platform/processor/vector.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Loops over bytes that a machine with wide vectors runs many bytes at a time.
 /// Each operation has a portable form and, where the processor has AVX2, a fast

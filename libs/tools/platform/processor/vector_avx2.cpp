@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The forms for AVX2, 32 bytes a step. The whole file is compiled for it, so it
 // includes nothing with inline functions that other files might get from here.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// A program's arguments as the one text in which Windows hands them over.
 #pragma once

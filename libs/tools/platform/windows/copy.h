@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The one copy routine behind file copies by path and by directory.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Failures of the Windows implementation: system codes become errno values here
 /// and nowhere else.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The texts that a start takes: program file, command line and environment.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Starting programs. A child inherits the three handles that are made for it and
 // nothing else, whatever else is inheritable. One with a limit runs in a job, which ends
 // with all that it started.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/host.h"
 #include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"

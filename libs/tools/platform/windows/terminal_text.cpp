@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How text comes out on the user's console.
 
 #include "tools/platform/host.h"

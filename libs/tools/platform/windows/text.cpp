@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/windows/text.h"
 
 #include "tools/platform/host.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Text between the library's bytes and the system's 16-bit characters, and the
 /// spelling of paths in which the system interprets nothing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What a stored value is as another type. False, with the result unchanged, where it is
 /// not; see the table of KazSettings.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Sets and maps of characters, built once for each call and then asked in
 /// constant time for all characters below 256.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Finding one text in another, in linear time and without memory.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Freed string blocks that wait for their next text.
 #pragma once

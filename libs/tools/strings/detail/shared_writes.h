@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Whether texts may have changed under those who hold them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The steps that the narrow and the wide tokenizers share.
 #pragma once

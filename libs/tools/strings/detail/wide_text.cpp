@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/strings/detail/wide_text.h"
 
 #include "tools/strings/detail/Characters.h"

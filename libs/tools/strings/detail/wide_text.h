@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Between 16-bit text and the runtime's wide characters.
 #pragma once

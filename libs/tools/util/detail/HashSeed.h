@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// What makes the hashes of one process differ from those of another.
 #pragma once

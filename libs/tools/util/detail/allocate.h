@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Allocation that fails the way `operator new` does.
 #pragma once

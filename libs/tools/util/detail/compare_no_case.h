@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Comparison without regard to case of texts whose length is known.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Allocation for the plain functions, which report failure by their name.
 #pragma once

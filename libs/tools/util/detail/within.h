@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Whether an argument is part of the block that is about to change.
 #pragma once

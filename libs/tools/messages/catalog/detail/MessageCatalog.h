@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// Numbered texts: those of a message file, through a cache, and those that were
 /// registered.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /// @file
 /// The layout of a message file, for those who read and write it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* What the regular expressions need to know of this platform; comes before
    everything else in their sources. */
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The growing arrays of the regular expressions, in one piece. */
 #include <libc-config.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* The one question that the regular expressions ask about the locale: is the
    text UTF-8? The runtime library here has no such locale. */
 #pragma once
