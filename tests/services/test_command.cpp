@@ -131,7 +131,7 @@ TEST(Command, DirectoryAndVariables) {
 /// Where the name begins with "-" or ".", too.
 TEST(Command, ProgramsAreFoundAlongThePathOrFromHere) {
     const kit::TempTree tree;
-    kit::placeProgram(kit::hasDrives ? "service_peer.exe" : "service_peer", tree.path());
+    kit::placeProgram("service_peer", tree.path());
     const std::string extension = kit::hasDrives ? ".exe" : "";
     const std::string name = "-peer";
     ASSERT_EQ(std::rename(tree.path("service_peer" + extension).c_str(),

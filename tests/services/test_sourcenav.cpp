@@ -138,8 +138,9 @@ public:
                 (tree_.path() + (kit::hasDrives ? ";" : ":") + std::getenv("PATH")).c_str()),
           record_("RECORD_ARGUMENTS", tree_.path("record").c_str()) {
         const std::string extension = kit::hasDrives ? ".exe" : "";
-        const std::string placed = kit::placeProgram("service_peer" + extension, tree_.path());
-        std::filesystem::rename(placed, tree_.path(name + extension));
+        kit::placeProgram("service_peer", tree_.path());
+        std::filesystem::rename(tree_.path("service_peer" + extension),
+                                tree_.path(name + extension));
     }
 
     Words words() const {
