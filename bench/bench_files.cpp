@@ -412,6 +412,13 @@ void oneLarge(const Workspace& space, int megabytes) {
     space.write("large", static_cast<std::size_t>(megabytes) << 20);
 }
 
+/// So many directories one in the other, with a file in each.
+void deepTree(const Workspace& space, int levels) {
+    fs::path dir;
+    for (int i = 0; i < levels; ++i)
+        space.write((dir /= "d") / "f", 100);
+}
+
 void require(bool success) {
     if (!success)
         std::abort();
@@ -427,6 +434,12 @@ void copyByManager(const fs::path& source, const fs::path& target) {
 
 void copyByProgram(const fs::path& source, const fs::path& target) {
     runProgram("cp -r '" + source.string() + "' '" + target.string() + "'");
+}
+
+/// The tree as a system of a project.
+void copyByTool(const fs::path& source, const fs::path& target) {
+    runProgram(std::string(MOXCOPY) + " -Quiet -projdir '" + source.parent_path().string() +
+               "' -system '" + source.filename().string() + "' -target '" + target.string() + "'");
 }
 
 void removeByManager(const fs::path& tree) {
@@ -456,11 +469,11 @@ void onTrees(const std::string& work, const std::string& impl, int size, Fill fi
         ->Iterations(3);
 }
 
-void copying(const std::string& work, int size, Fill fill) {
-    using Copy = void (*)(const fs::path&, const fs::path&);
-    const std::initializer_list<std::pair<const char*, Copy>> impls = {{"moxtools", copyByManager},
-                                                                       {"cp", copyByProgram}};
-    for (const auto& [impl, copy] : impls)
+using Copy = void (*)(const fs::path&, const fs::path&);
+
+void copying(const std::string& work, int size, Fill fill, Copy ours) {
+    for (const auto& [impl, copy] :
+         {std::pair("moxtools", ours), std::pair("cp", Copy(copyByProgram))})
         onTrees(work, impl, size, fill,
                 [copy = copy](benchmark::State& state, const Workspace& space) {
                     state.PauseTiming();
@@ -468,6 +481,12 @@ void copying(const std::string& work, int size, Fill fill) {
                     state.ResumeTiming();
                     copy(space.source(), target);
                 });
+}
+
+/// By the library, and by the program that works with it.
+void copying(const std::string& what, int size, Fill fill) {
+    copying("copy " + what, size, fill, copyByManager);
+    copying("moxcopy " + what, size, fill, copyByTool);
 }
 
 void deleting(int size) {
@@ -497,10 +516,11 @@ int main(int argc, char** argv) {
     findMatching(1000);
     findMatching(20000);
     for (const int count : {100, 10000}) {
-        copying("copy small files", count, manySmall);
+        copying("small files", count, manySmall);
         deleting(count);
     }
-    copying("copy one file of so many MiB", 256, oneLarge);
+    copying("one file of so many MiB", 256, oneLarge);
+    copying("a tree of so many levels", 1100, deepTree);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -41,8 +41,10 @@ struct Request {
 
     /// What is wrong with the request; "" when nothing is.
     std::string problem() const {
-        if (source.empty() == file.empty())
+        if (source.empty() && file.empty())
             return "either -source or -file is needed";
+        if (!source.empty() && !file.empty())
+            return "-source and -file exclude one another";
         if (TI_no(textOf(arg_merge).c_str()) == other.empty())
             return other.empty() ? "-merge needs another file"
                                  : "what is " + printable(other) + " for?";

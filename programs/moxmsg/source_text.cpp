@@ -156,7 +156,7 @@ private:
     void add(int number, const std::string& text, int begin) {
         if (text.size() > longestText)
             messages.addProblem(begin, "the text of " + std::to_string(number) + " has " +
-                                           std::to_string(text.size()) + " characters, " +
+                                           std::to_string(text.size()) + " bytes, " +
                                            std::to_string(longestText) + " fit");
         const auto [place, added] = messages.texts.try_emplace(number, Message{text, begin});
         if (!added)

@@ -56,7 +56,7 @@ TEST_F(MoxMsg, NamesEachFaultWithItsLine) {
     EXPECT_EQ(result.status, 1);
     std::string expected;
     const std::pair<int, const char*> faults[] = {
-        {3, "the text of 2 has 128 characters, 127 fit"},
+        {3, "the text of 2 has 128 bytes, 127 fit"},
         {4, "message 2 is in line 3 already"},
         {5, "number 15872 is outside 0 to 15871"},
         {6, "number 99999999999999999999 is outside 0 to 15871"},
@@ -158,7 +158,7 @@ TEST_F(MoxMsg, ExplainsWrongUsage) {
     const std::string file = tree.path("file"), source = tree.path("source");
     const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, "either -source or -file is needed"},
-        {{"-source", source, "-file", file}, "either -source or -file is needed"},
+        {{"-source", source, "-file", file}, "-source and -file exclude one another"},
         {{"-file", file, "-merge"}, "-merge needs another file"},
         {{"-file", file, "other"}, "what is other for?"},
         {{"-file", file, "-merge", "one", "two"}, "what is two for?"},
