@@ -183,6 +183,8 @@ KazColl::Departing KazColl::depart() {
 
 void KazColl::dismiss(const Departing& contents) {
     const auto* slots = reinterpret_cast<const Slot*>(contents.slots);
+    if (slots == nullptr)
+        return;
     for (int i = contents.checkOut ? contents.count - 1 : -1; i >= 0; --i) {
         if (slots[i] || !contents.hasGaps)
             contents.checkOut(slots[i]);

@@ -13,6 +13,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace kaz::detail {
 
@@ -71,7 +72,7 @@ const LineOption* findOption(const LineDescription& description, arg_type_enum t
 }
 
 std::string shortestForm(const KazArgDescription& row) {
-    const std::string text = row.text;
+    std::string text = row.text;
     for (std::size_t length = 1; length < text.size(); ++length)
         if (KazArgDescription::match(text.substr(0, length).c_str()) == &row)
             return text.substr(0, length);
@@ -164,39 +165,42 @@ std::string LineReading::problem() const {
 std::string LineReading::parserProblem() const {
     const char* const word =
         problem_.position > 0 ? words_[static_cast<std::size_t>(problem_.position)] : "";
-    const std::string text = problem_.row != nullptr ? problem_.row->text : "";
+    if (problem_.row == nullptr)
+        return "unknown option " + shown(word) + hintFor(word);
+    const KazArgDescription& row = *problem_.row;
+    std::string text = std::string("option ") + row.text;
     switch (problem_.kind) {
     case KazArgProblem::unlistedOption:
-        return unlistedProblem(word);
+        return unlistedProblem(row, word);
     case KazArgProblem::valuesMissing:
-        return "option " + text +
-               (problem_.row->valueCount == 1
-                    ? " needs a value"
-                    : " needs " + std::to_string(problem_.row->valueCount) + " values");
+        if (row.valueCount == 1)
+            return text + " needs a value";
+        return text + " needs " + std::to_string(row.valueCount) + " values";
     case KazArgProblem::tooOften:
-        return "option " + text + " is given more than " +
-               std::to_string(problem_.row->repeatLimit) + " times";
-    case KazArgProblem::requiredMissing: {
-        const LineOption& option = *findOption(description_, problem_.row->type);
-        return "option " + text + (option.value != nullptr ? std::string(" ") + option.value : "") +
-               " is missing";
-    }
+        return text + " is given more than " + std::to_string(row.repeatLimit) + " times";
     default:
-        return "unknown option " + shown(word) + hintFor(word);
+        break;
     }
+    const LineOption* const option = findOption(description_, row.type);
+    if (option != nullptr && option->value != nullptr)
+        text.append(" ").append(option->value);
+    return text + " is missing";
 }
 
-std::string LineReading::unlistedProblem(const std::string& word) const {
-    const KazArgDescription& row = *problem_.row;
+std::string LineReading::unlistedProblem(const KazArgDescription& row,
+                                         const std::string& word) const {
     if (!problem_.isAbbreviated)
         return std::string("option ") + row.text + " is not for this program" + hintFor(word);
     std::vector<std::string> words;
     for (int i = 0; i < description_.optionCount; ++i) {
-        const std::string text = textOf(description_.options[i]);
+        std::string text = textOf(description_.options[i]);
         const std::string shortest =
             shortestForm(*KazArgDescription::find(description_.options[i].type));
-        if (begins(text, word) && words.size() < 3)
-            words.push_back(shortest != text ? text + " (" + shortest + ")" : text);
+        if (!begins(text, word) || words.size() >= 3)
+            continue;
+        if (shortest != text)
+            text.append(" (").append(shortest).append(")");
+        words.push_back(std::move(text));
     }
     return shown(word.c_str()) + " means " + row.text + ", which is not for this program" +
            hintOf(words);
@@ -231,7 +235,7 @@ std::string LineReading::ownProblem() const {
         return "there is no place for the argument " +
                shown(given[static_cast<std::size_t>(description_.maxArguments)]);
     for (int i = 0; i < description_.optionCount; ++i)
-        if (const std::string problem = valueProblem(description_.options[i]); !problem.empty())
+        if (std::string problem = valueProblem(description_.options[i]); !problem.empty())
             return problem;
     return {};
 }

@@ -68,7 +68,7 @@ private:
     std::string parserProblem() const;
     std::string ownProblem() const;
     std::string valueProblem(const LineOption& option) const;
-    std::string unlistedProblem(const std::string& word) const;
+    std::string unlistedProblem(const KazArgDescription& row, const std::string& word) const;
     std::string hintFor(const std::string& word) const;
     std::string optionMeaning(const KazArgDescription& row, const char* word) const;
     std::string valueMeaning(const KazArgMeaning& meaning, const char* word) const;

@@ -119,7 +119,7 @@ std::string usageText(const Description& description) {
         width = std::max(width, row.first.size());
     std::string text = usageLine(description) + "\n" + description.summary;
     for (const auto& [name, help] : rows)
-        text += "\n  " + name + std::string(width - name.size(), ' ') + "  " + help;
+        text.append("\n  ").append(name).append(width - name.size() + 2, ' ').append(help);
     return text;
 }
 
