@@ -130,11 +130,9 @@ private:
         const bool isDirectory = entry.kind == KazFileKind::Directory;
         if (isDirectory && !recursive_)
             return;
-        if (!entry.isNative)
-            failed(sourcePath_.of(name), name);
-        else if (isDirectory)
+        if (entry.isNative && isDirectory)
             copySubdirectory(name);
-        else if (!copyFile(entry))
+        else if (!entry.isNative || !copyFile(entry))
             failed(sourcePath_.of(name), name);
         else if (manager_.verbose)
             KazIODirector::printMsg("Copied '%s'.", name);

@@ -67,7 +67,8 @@ public:
 
 private:
     bool decidesHere() {
-        if (*a_ == *b_)
+        // Both texts have their end, and nothing goes past the nearer one.
+        if (*a_ == *b_) // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult)
             return *a_ == '\0';
         difference_ = mappedForCompare(*a_, lower_) - mappedForCompare(*b_, lower_);
         return difference_ != 0;

@@ -13,7 +13,7 @@ namespace {
 using kaz::detail::TextBuilder;
 
 struct Named {
-    const char* name;
+    std::string_view name; // of a literal
     unsigned value;
 };
 
@@ -56,8 +56,8 @@ int hexColour(std::string_view digits) {
     return value;
 }
 
-bool isNamed(std::string_view text, const char* name) {
-    return std::equal(text.begin(), text.end(), name, name + std::strlen(name), [](char a, char b) {
+bool isNamed(std::string_view text, std::string_view name) {
+    return std::equal(text.begin(), text.end(), name.begin(), name.end(), [](char a, char b) {
         return a == b || (a >= 'A' && a <= 'Z' && a + 32 == b);
     });
 }
@@ -76,7 +76,7 @@ unsigned valueOf(int red, int green, int blue) {
 const char* reservedTag(unsigned value) {
     for (const Named& colour : reserved)
         if (colour.value == value)
-            return colour.name;
+            return colour.name.data();
     return nullptr;
 }
 
@@ -155,7 +155,7 @@ int KazColourTable::add(const char* text) {
 
 void KazColourTable::addBasics() {
     for (int i = 0; i < basics; ++i)
-        add(names[i].name);
+        add(names[i].name.data());
 }
 
 int KazColourTable::find(int red, int green, int blue) const {

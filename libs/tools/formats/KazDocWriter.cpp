@@ -29,7 +29,6 @@ using kaz::detail::mostColumns;
 using kaz::detail::Picture;
 using kaz::detail::Run;
 using kaz::detail::TableShape;
-using kaz::detail::Target;
 using kaz::detail::Text;
 
 std::string_view viewOf(const char* text) {

@@ -176,9 +176,14 @@ void putStyles(TextBuilder& to) {
     to.append("{\\stylesheet{\\s0\\f0\\fs24 Normal;}");
     for (int level = 1; level <= headingLevels; ++level) {
         const std::string number = std::to_string(level);
-        to.append("{\\s" + number + "\\outlinelevel" + std::to_string(level - 1) +
-                  "\\keepn\\sb240\\sa120\\b\\f1\\fs" + std::to_string(headingSizes[level - 1] * 2) +
-                  " heading " + number + ";}");
+        const std::string outline = std::to_string(level - 1);
+        const std::string size = std::to_string(headingSizes[level - 1] * 2);
+        for (const std::string_view piece :
+             {std::string_view("{\\s"), std::string_view(number),
+              std::string_view("\\outlinelevel"), std::string_view(outline),
+              std::string_view("\\keepn\\sb240\\sa120\\b\\f1\\fs"), std::string_view(size),
+              std::string_view(" heading "), std::string_view(number), std::string_view(";}")})
+            to.append(piece);
     }
     to.append("{\\s7\\f2\\fs20 Code;}}\n");
 }

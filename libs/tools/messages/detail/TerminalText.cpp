@@ -17,11 +17,10 @@ bool isPlain(char c) {
 
 void appendShown(std::string& result, std::string_view bytes, int columns, bool keepLines) {
     const auto c = static_cast<unsigned char>(bytes[0]);
-    if (keepLines && (c == '\n' || c == '\t'))
-        result += bytes;
-    else if (c < ' ' || c == del)
+    const bool isKept = keepLines && (c == '\n' || c == '\t');
+    if (!isKept && (c < ' ' || c == del))
         result.append({'^', static_cast<char>(c ^ 0x40U)});
-    else if (columns < 0)
+    else if (!isKept && columns < 0)
         result += '?';
     else
         result += bytes;

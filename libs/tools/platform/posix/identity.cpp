@@ -69,7 +69,7 @@ std::string hostName() {
 }
 
 std::string fullHostName() {
-    const std::string name = hostName();
+    std::string name = hostName();
     if (name.empty() || name.find('.') != std::string::npos)
         return name;
     return listedName(name);

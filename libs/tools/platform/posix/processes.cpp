@@ -107,8 +107,10 @@ public:
             if (!isChanged(launch, *entry))
                 entries_.push_back(*entry);
         texts_.reserve(launch.variables.size()); // entries point into them
-        for (const auto& [name, value] : launch.variables)
-            entries_.push_back(texts_.emplace_back(name + '=' + value).data());
+        for (const auto& [name, value] : launch.variables) {
+            std::string& text = texts_.emplace_back(name);
+            entries_.push_back(text.append("=").append(value).data());
+        }
         entries_.push_back(nullptr);
     }
 

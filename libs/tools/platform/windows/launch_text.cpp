@@ -76,10 +76,25 @@ std::wstring programFile(const std::string& name) {
     return file;
 }
 
+namespace {
+
+/// What stands for a percent sign in a line. The interpreter puts variables in once and
+/// reads no sign that came so again; a caret before one holds in some interpreters only.
+constexpr const char* percentVariable = "MOX_PERCENT";
+constexpr const char* percentSign = "%MOX_PERCENT%";
+
+bool needsPercent(const Launch& launch) {
+    return launch.isLine && launch.words.front().find(percentSign) != std::string::npos;
+}
+
+} // namespace
+
 std::wstring environmentBlock(const Launch& launch) {
-    if (launch.variables.empty() && launch.removed.empty())
+    if (launch.variables.empty() && launch.removed.empty() && !needsPercent(launch))
         return {};
     std::wstring block;
+    if (needsPercent(launch))
+        block.append(widened(percentVariable + std::string("=%"))).push_back(L'\0');
     wchar_t* const own = GetEnvironmentStringsW();
     for (const wchar_t* entry = own; entry != nullptr && *entry != L'\0';) {
         const std::wstring_view text(entry);
@@ -114,7 +129,11 @@ std::string interpreterWord(std::string_view word) {
     quoted.append(backslashes, '\\') += '"';
     std::string result;
     for (const char c : quoted) {
-        if (std::string_view("()%!^\"<>&|").find(c) != std::string_view::npos)
+        if (c == '%') {
+            result += percentSign;
+            continue;
+        }
+        if (std::string_view("()!^\"<>&|").find(c) != std::string_view::npos)
             result += '^';
         result += c;
     }
