@@ -59,29 +59,28 @@ const CommandLine::Option* CommandLine::find(arg_type_enum type) const {
 std::string CommandLine::problemOf(const KazParsedArgs& args, char** argv) const {
     const KazArgProblem problem = args.getProblem();
     const std::string word = printable(problem.position > 0 ? argv[problem.position] : "");
-    const std::string text = problem.row != nullptr ? problem.row->text : "";
-    switch (problem.kind) {
-    case KazArgProblem::unknownOption:
+    if (problem.kind == KazArgProblem::unknownOption)
         return "unknown option " + word;
+    if (problem.kind == KazArgProblem::argumentsMissing)
+        return std::string("arguments are missing: ") + arguments;
+    if (problem.row == nullptr)
+        return "the command line cannot be used";
+    const KazArgDescription& row = *problem.row;
+    const std::string text = row.text;
+    switch (problem.kind) {
     case KazArgProblem::unlistedOption:
         return problem.isAbbreviated ? word + " means " + text + ", which is not for this program"
                                      : "option " + text + " is not for this program";
     case KazArgProblem::valuesMissing:
-        return "option " + text +
-               (problem.row->valueCount == 1
-                    ? " needs a value"
-                    : " needs " + std::to_string(problem.row->valueCount) + " values");
+        if (row.valueCount == 1)
+            return "option " + text + " needs a value";
+        return "option " + text + " needs " + std::to_string(row.valueCount) + " values";
     case KazArgProblem::tooOften:
-        return "option " + text + " is given more than " +
-               std::to_string(problem.row->repeatLimit) + " times";
-    case KazArgProblem::requiredMissing:
-        return "option " + withValue(*find(problem.row->type)) + " is missing";
-    case KazArgProblem::argumentsMissing:
-        return std::string("arguments are missing: ") + arguments;
-    case KazArgProblem::none:
-        break;
+        return "option " + text + " is given more than " + std::to_string(row.repeatLimit) +
+               " times";
+    default:
+        return "option " + withValue(*find(row.type)) + " is missing";
     }
-    return "the command line cannot be used";
 }
 
 /// Whoever has forgotten a value finds the next option in its place. A line for each

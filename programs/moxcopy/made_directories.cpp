@@ -17,7 +17,7 @@ KazString takeLast(KazString& path) {
     int start = end;
     while (start > root && path[start - 1] != '\\')
         --start;
-    const KazString name = path.subStringBefore(end).subStringFrom(start);
+    KazString name = path.subStringBefore(end).subStringFrom(start);
     path = path.subStringBefore(start);
     return name;
 }

@@ -215,7 +215,7 @@ SocketResult sendSocket(SocketHandle socket, const void* data, std::size_t size,
         const int error = api::lastError();
         if (!api::wouldWait(error))
             return resultOf(error);
-        const SocketResult waited = await(nativeOf(socket), POLLOUT, deadline);
+        SocketResult waited = await(nativeOf(socket), POLLOUT, deadline);
         if (waited.outcome != SocketOutcome::ok)
             return waited;
     }
@@ -236,7 +236,7 @@ SocketResult receiveSocket(SocketHandle socket, void* data, std::size_t size,
         const int error = api::lastError();
         if (!api::wouldWait(error))
             return resultOf(error);
-        const SocketResult waited = await(nativeOf(socket), POLLIN, deadline);
+        SocketResult waited = await(nativeOf(socket), POLLIN, deadline);
         if (waited.outcome != SocketOutcome::ok)
             return waited;
     }

@@ -38,7 +38,7 @@ int failWith(int number) {
 /// The native path of a part; "" when nobody knows where this installation is, which
 /// counts for a null root.
 KazString below(const char* root, const char* path) {
-    const KazString place = root != nullptr ? KazString(root) : kazMoxRootDir();
+    KazString place = root != nullptr ? KazString(root) : kazMoxRootDir();
     if (root == nullptr && place.isEmpty())
         return place;
     std::string native(path); // joined plainly: "~" and the like are names here
