@@ -214,7 +214,7 @@ class MoxInfo : public KazConsoleApp {
             commandLine.complain(problem);
             return CommandLine::wrongUsage;
         }
-        if (isProduct)
+        if (which != nullptr)
             return runProduct(which);
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
