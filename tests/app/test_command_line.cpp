@@ -57,7 +57,7 @@ std::string problemOf(const Texts& line) {
     const Said said = say(line);
     if (said.errors.empty())
         return "";
-    EXPECT_EQ(said.status, KazCommandLine::wrongUsage);
+    EXPECT_EQ(said.status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(said.errors.back(), "tool -help shows how it is used");
     EXPECT_EQ(said.errors.front().substr(0, 6), "tool: ");
     EXPECT_TRUE(said.messages.empty());
@@ -109,7 +109,7 @@ TEST(CommandLine, OffersOptionsThatBeginLikeAnAbbreviation) {
     constexpr KazCommandLine line({"tool", "1", "", few, 2});
     const kit::RecordingDirector director;
     Words argv(Texts{"-f", "x"});
-    EXPECT_EQ(line.parse(argv.argc(), argv.argv()), KazCommandLine::wrongUsage);
+    EXPECT_EQ(line.parse(argv.argc(), argv.argv()), +KazCommandLine::wrongUsage);
     EXPECT_EQ(director.errors[0], "tool: -f means -formats, which is not for this program; "
                                   "did you mean -file (-fi) or -first (-fir)?");
 }
@@ -150,7 +150,7 @@ TEST(CommandLine, ExplainsEachWord) {
         "result\tok"};
     EXPECT_EQ(said.messages, expected);
     const Said wrong = say({"--explain", "-batch", "a"});
-    EXPECT_EQ(wrong.status, KazCommandLine::wrongUsage);
+    EXPECT_EQ(wrong.status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(wrong.messages[0], "1\t-batch\toption -batch, row 1, not for this program");
     EXPECT_EQ(wrong.messages[1], "2\ta\tnot read");
     EXPECT_EQ(wrong.messages[2], "result\toption -batch is not for this program");
@@ -169,15 +169,15 @@ TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(completions("0", {}), (Texts{"plant\t", "plant two\t"}));
     EXPECT_EQ(completions("0", {"--p"}), Texts{"--plan\ttell what would be done"});
     EXPECT_EQ(completions("2", {"a", "b"}).size(), 10u); // no third argument: options
-    EXPECT_EQ(say({"--complete", "x"}).status, KazCommandLine::wrongUsage);
-    EXPECT_EQ(say({"--complete"}).status, KazCommandLine::wrongUsage);
+    EXPECT_EQ(say({"--complete", "x"}).status, +KazCommandLine::wrongUsage);
+    EXPECT_EQ(say({"--complete"}).status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(completions("99999999999", {"a"}).size(), 2u);
 }
 
 TEST(CommandLine, GivesAGoodLineToTheApplication) {
     EXPECT_FALSE(commandLine.isPlan());
     const Said said = say({"-system", "s", "one", "--plan", "--", "--plan"});
-    EXPECT_EQ(said.status, KazCommandLine::run);
+    EXPECT_EQ(said.status, +KazCommandLine::run);
     EXPECT_TRUE(said.errors.empty());
     EXPECT_TRUE(commandLine.isPlan());
     EXPECT_STREQ(kaz_arg_text(arg_system, 0, nullptr), "s");

@@ -57,7 +57,7 @@ TEST(ColourTable, IsFullWith255Colours) {
     EXPECT_EQ(table.getCount(), 17);
     EXPECT_STREQ(table.getHtml(1), "#000000");
     EXPECT_STREQ(table.getHtml(16), "#00ffff");
-    for (int i = 0; table.getCount() <= KazColourTable::limit; ++i)
+    for (int i = 0; table.getCount() <= +KazColourTable::limit; ++i)
         table.add(i, 1, 1);
     EXPECT_EQ(table.add(254, 254, 254), 4) << "white is nearest";
     EXPECT_EQ(table.add(2, 0, 1), table.find(2, 1, 1));
@@ -79,17 +79,17 @@ TEST(FontTable, CleansNames) {
         EXPECT_EQ(table.add(given), number) << given;
         EXPECT_STREQ(table.getFamily(number++), kept);
     }
-    EXPECT_EQ(table.add("\\{};\xFF"), KazFontTable::body);
-    EXPECT_EQ(table.add(nullptr), KazFontTable::body);
-    EXPECT_EQ(table.add("ARIAL"), KazFontTable::heading);
+    EXPECT_EQ(table.add("\\{};\xFF"), +KazFontTable::body);
+    EXPECT_EQ(table.add(nullptr), +KazFontTable::body);
+    EXPECT_EQ(table.add("ARIAL"), +KazFontTable::heading);
     EXPECT_EQ(table.add("VERDANA", font_swiss), 3);
     EXPECT_EQ(table.getKind(3), font_swiss);
     EXPECT_EQ(table.add("verdana", font_roman), 3);
     EXPECT_EQ(table.getKind(3), font_swiss);
     for (int i = 0; i < 300; ++i)
         table.add(("Font " + std::to_string(i)).c_str());
-    EXPECT_EQ(table.getCount(), KazFontTable::limit);
-    EXPECT_EQ(table.add("One more"), KazFontTable::body);
+    EXPECT_EQ(table.getCount(), +KazFontTable::limit);
+    EXPECT_EQ(table.add("One more"), +KazFontTable::body);
     EXPECT_STREQ(table.getFamily(256), "");
 }
 
