@@ -25,11 +25,8 @@ import statistics
 import subprocess
 import sys
 
-<<<<<<< HEAD
-areas = ["strings", "containers", "util", "config", "messages", "app", "files", "formats", "documents", "services"]
-=======
-areas = ["strings", "containers", "util", "config", "messages", "app", "files", "formats", "documents", "settings"]
->>>>>>> f000416 (Say how settings and product information are used, and what they cost)
+areas = ["strings", "containers", "util", "config", "messages", "app", "files", "formats", "documents",
+         "services", "settings"]
 ours = "moxtools"
 begin, end = "<!-- table: begin -->", "<!-- table: end -->"
 headings = ("work", "size", "ours", "best peer", "ratio", "to std")

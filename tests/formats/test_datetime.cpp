@@ -301,8 +301,9 @@ TEST_F(DateTime, TextsSurviveTheEndOfMemory) {
     kit::sweepQuestion("short", [] { return text(sample, "%A, @long"); });
     kit::sweepQuestion("long", [&] { return text(sample, wide); });
     kit::sweepQuestion("local", [] { return text(sample, "%F %T", nullptr); });
-    kit::sweepQuestion("time", [] { return FmtTime(sample, "@iso", "+02").getValue(); });
-    kit::sweepQuestion("age", [] { return FmtAge(sample, 0).getValue(); });
+    kit::sweepQuestion("time",
+                       [] { return std::string(FmtTime(sample, "@iso", "+02").getValue()); });
+    kit::sweepQuestion("age", [] { return std::string(FmtAge(sample, 0).getValue()); });
 }
 
 } // namespace

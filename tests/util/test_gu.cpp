@@ -4,6 +4,7 @@
 #include "kit/counted.h"
 #include "owned.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -110,7 +111,8 @@ TEST(GuSet, ElementsMayGoDuringIteration) {
     const auto removeTwo = [](void* e, void* from) {
         ++seen;
         gu_set_remove(static_cast<gu_set*>(from), e);
-        gu_set_remove(static_cast<gu_set*>(from), static_cast<char*>(e) + 1);
+        gu_set_remove(static_cast<gu_set*>(from),
+                      reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(e) + 1));
     };
     gu_set_foreach(set.get(), removeTwo, set.get());
     EXPECT_EQ(500, seen);
