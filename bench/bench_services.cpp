@@ -134,7 +134,7 @@ void runTrueBare(benchmark::State& state) {
             waitpid(child, &status, 0);
     }
 }
-BENCHMARK(runTrueBare)->Name("run true and wait/std")->UseRealTime();
+BENCHMARK(runTrueBare)->Name("run true and collect its output/std")->UseRealTime();
 
 } // namespace
 
