@@ -38,7 +38,7 @@ void isoWeek(const date_parts& p, int& year, int& week) {
     week = thursday / 7 + 1;
 }
 
-struct Spec {
+struct Conversion {
     char pad = 0;
     bool upper = false, other = false;
     int width = -1;
@@ -51,39 +51,40 @@ std::string cased(std::string text, bool upper) {
     return text;
 }
 
-std::string padded(const Spec& spec, const std::string& text) {
-    const int missing = spec.pad == '-' ? 0 : spec.width - static_cast<int>(text.size());
+std::string padded(const Conversion& conversion, const std::string& text) {
+    const int missing =
+        conversion.pad == '-' ? 0 : conversion.width - static_cast<int>(text.size());
     return std::string(static_cast<std::size_t>(std::max(missing, 0)),
-                       spec.pad == '0' ? '0' : ' ') +
+                       conversion.pad == '0' ? '0' : ' ') +
            text;
 }
 
-std::string numberText(Spec spec, long long value, int digits, char pad = '0') {
-    if (spec.pad == 0)
-        spec.pad = pad;
-    if (spec.width < 0)
-        spec.width = digits;
+std::string numberText(Conversion conversion, long long value, int digits, char pad = '0') {
+    if (conversion.pad == 0)
+        conversion.pad = pad;
+    if (conversion.width < 0)
+        conversion.width = digits;
     const std::string text = std::to_string(std::llabs(value));
     if (value >= 0)
-        return padded(spec, text);
-    spec.width -= spec.pad == '0' ? 1 : 0;
-    return spec.pad == '0' ? "-" + padded(spec, text) : padded(spec, "-" + text);
+        return padded(conversion, text);
+    conversion.width -= conversion.pad == '0' ? 1 : 0;
+    return conversion.pad == '0' ? "-" + padded(conversion, text) : padded(conversion, "-" + text);
 }
 
 struct Model {
     date_parts p;
     std::int64_t seconds;
 
-    std::string write(const std::string& format, const Spec& around) const;
-    std::string convert(char letter, Spec spec) const;
-    std::string number(char letter, const Spec& spec) const;
+    std::string write(const std::string& format, const Conversion& around) const;
+    std::string convert(char letter, Conversion conversion) const;
+    std::string number(char letter, const Conversion& conversion) const;
 
     std::string name(char letter) const {
         return FmtDate(p, ("%" + std::string(1, letter)).c_str()).getValue();
     }
 };
 
-std::string Model::number(char letter, const Spec& s) const {
+std::string Model::number(char letter, const Conversion& s) const {
     int year = 0, week = 0;
     isoWeek(p, year, week);
     const int hour = p.hour % 12 == 0 ? 12 : p.hour % 12;
@@ -139,9 +140,9 @@ std::string Model::number(char letter, const Spec& s) const {
 }
 
 /// "" for a letter that is none; %N and %z are left to the tests.
-std::string Model::convert(char letter, Spec spec) const {
-    Spec inner;
-    inner.upper = spec.upper;
+std::string Model::convert(char letter, Conversion conversion) const {
+    Conversion inner;
+    inner.upper = conversion.upper;
     switch (letter) {
     case 'a':
     case 'A':
@@ -149,69 +150,69 @@ std::string Model::convert(char letter, Spec spec) const {
     case 'B':
     case 'h': {
         const std::string text = name(letter);
-        return padded(spec, spec.upper || spec.other ? cased(text, true) : text);
+        return padded(conversion, conversion.upper || conversion.other ? cased(text, true) : text);
     }
     case 'p':
     case 'P': {
         const std::string text = p.hour < 12 ? "AM" : "PM";
-        return padded(spec, letter == 'P' || spec.other ? cased(text, false) : text);
+        return padded(conversion, letter == 'P' || conversion.other ? cased(text, false) : text);
     }
     case 'Z':
-        return padded(spec, name('Z'));
+        return padded(conversion, name('Z'));
     case 'n':
-        return padded(spec, "\n");
+        return padded(conversion, "\n");
     case 't':
-        return padded(spec, "\t");
+        return padded(conversion, "\t");
     case '%':
-        return padded(spec, "%");
+        return padded(conversion, "%");
     case 'c':
-        return padded(spec, write("%a %b %e %H:%M:%S %Y", inner));
+        return padded(conversion, write("%a %b %e %H:%M:%S %Y", inner));
     case 'x':
-        return padded(spec, write("%m/%d/%y", inner));
+        return padded(conversion, write("%m/%d/%y", inner));
     case 'r':
-        return padded(spec, write("%I:%M:%S %p", inner));
+        return padded(conversion, write("%I:%M:%S %p", inner));
     case 'R':
-        return padded(spec, write("%H:%M", inner));
+        return padded(conversion, write("%H:%M", inner));
     case 'T':
     case 'X':
-        return padded(spec, write("%H:%M:%S", inner));
+        return padded(conversion, write("%H:%M:%S", inner));
     case 'D':
-        inner.pad = spec.pad;
-        return padded(spec, write("%m/%d/", inner) + number('y', inner));
+        inner.pad = conversion.pad;
+        return padded(conversion, write("%m/%d/", inner) + number('y', inner));
     case 'F':
-        inner.pad = spec.pad != 0 ? '-' : '\0';
-        return padded(spec, number('Y', inner) + write("-%m-%d", inner));
+        inner.pad = conversion.pad != 0 ? '-' : '\0';
+        return padded(conversion, number('Y', inner) + write("-%m-%d", inner));
     default:
-        return number(letter, spec);
+        return number(letter, conversion);
     }
 }
 
-std::string Model::write(const std::string& format, const Spec& around) const {
+std::string Model::write(const std::string& format, const Conversion& around) const {
     std::string result;
     for (std::size_t at = 0; at < format.size();) {
         if (format[at] != '%') {
             result += format[at++];
             continue;
         }
-        Spec spec;
+        Conversion conversion;
         std::size_t end = format.find_first_not_of("-_0^#", at + 1);
         end = std::min(end, format.size());
         for (const char flag : format.substr(at + 1, end - at - 1)) {
-            spec.upper = spec.upper || flag == '^';
-            spec.other = spec.other || flag == '#';
+            conversion.upper = conversion.upper || flag == '^';
+            conversion.other = conversion.other || flag == '#';
             if (flag != '^' && flag != '#')
-                spec.pad = flag;
+                conversion.pad = flag;
         }
         const std::size_t past =
             std::min(format.find_first_not_of("0123456789", end), format.size());
         if (past > end)
-            spec.width =
+            conversion.width =
                 past - end > 3 ? 255 : std::min(255, std::stoi(format.substr(end, past - end)));
         end = past;
         if (end < format.size() && (format[end] == 'E' || format[end] == 'O'))
             ++end;
-        spec.upper = spec.upper || around.upper;
-        const std::string text = end < format.size() ? convert(format[end], spec) : "";
+        conversion.upper = conversion.upper || around.upper;
+        const std::string text = end < format.size() ? convert(format[end], conversion) : "";
         const bool isPart = end < format.size() && format[end] != ':';
         end += isPart ? 1 : 0;
         result += text.empty() ? format.substr(at, end - at) : text;
