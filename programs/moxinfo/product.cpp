@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "moxinfo/product.h"
 
+#include "common/complaint.h"
 #include "common/printable.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
@@ -65,6 +66,7 @@ bool readProduct(const std::string& file, KazProductInfo& info) {
     if (!isUnusable(info.read(file.c_str())))
         return true;
     print_err("%s", printable(info.getProblem().getValue()).c_str());
+    openComplaint("moxinfo", file, info.getErrorLine());
     return false;
 }
 

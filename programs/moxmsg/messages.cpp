@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "messages.h"
 
+#include "common/complaint.h"
 #include "common/printable.h"
 #include "message_file.h"
 #include "source_text.h"
@@ -56,6 +57,10 @@ bool Messages::report() {
                      [](const Problem& a, const Problem& b) { return a.line < b.line; });
     for (const Problem& problem : problems)
         print_err("%s", printable(place(problem.line) + ": " + problem.text).c_str());
+    const auto first = std::find_if(problems.begin(), problems.end(),
+                                    [](const Problem& problem) { return problem.line > 0; });
+    if (first != problems.end())
+        openComplaint("moxmsg", file, first->line);
     return problems.empty();
 }
 

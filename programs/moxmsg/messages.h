@@ -25,7 +25,8 @@ struct Messages {
     /// "file:line", or "file" where there are no lines.
     std::string place(int line) const;
     void addProblem(int line, const std::string& text) { problems.push_back({line, text}); }
-    /// Prints the problems, by line, on the error channel. True when there are none.
+    /// Prints the problems, by line, on the error channel, and opens the first that has a
+    /// line where the user wants that (see openComplaint). True when there are none.
     bool report();
 };
 

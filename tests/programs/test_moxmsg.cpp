@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/env.h"
+#include "kit/host.h"
 #include "moxmsg.h"
 #include "tools/messages/catalog/textcatalog.h"
+#include "tools/settings/KazSettings.h"
 
+#include <chrono>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <thread>
 
 #include <string>
 #include <vector>
@@ -98,6 +103,75 @@ TEST_F(MoxMsg, TextsBeyondTheEndOfAFile) {
     tree.write("long", whole + std::string(100000, 'x'));
     EXPECT_EQ(run({"-file", tree.path("long")}).err,
               tree.path("long") + ": is longer than the 1048688 bytes that can be addressed\n");
+}
+
+/// The user's settings for complaints, gone again at the end.
+class ComplaintSetting {
+public:
+    explicit ComplaintSetting(const char* program) : section(program) { turn("yes"); }
+    ~ComplaintSetting() {
+        section.removeAll();
+        section.commit();
+    }
+    void turn(const char* on) {
+        section.setText("open complaints in the editor", on);
+        section.commit();
+    }
+
+private:
+    KazSettings section;
+};
+
+TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
+    const kit::ScopedEnv config("XDG_CONFIG_HOME", tree.path("config").c_str());
+    kit::placeProgram("service_peer", tree.mkdir("editor"));
+    const std::string bad = tree.write("a $(b).txt", "1 x\nno number\n3 \\q\n");
+    const std::string command = "service_peer ${line}:${column} ${name}";
+    options.env["PATH"] = tree.path("editor") + (kit::hasDrives ? ";" : ":") + std::getenv("PATH");
+    options.env["ToolInfo"] = tree.path("none");
+    options.env["KAZ_SOURCE_EDITOR"] = command;
+    const auto complain = [&](const char* record) {
+        options.env["RECORD_ARGUMENTS"] = tree.path(record);
+        const kit::Result result = run({"-source", bad});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.err,
+                  bad + ":2: a line begins with a message number and a blank, or with #\n" + bad +
+                      ":3: \\q is no escape\n");
+    };
+    const auto recorded = [&](const char* record) {
+        for (int i = 0; i < 500 && !tree.exists(record); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const std::string words = tree.readText(record);
+        return words.substr(words.find('\n') + 1); // behind the program
+    };
+    complain("unasked");
+    ComplaintSetting setting("moxmsg");
+    complain("asked");
+    EXPECT_EQ(recorded("asked"), "2:1\na $(b).txt\n" + bad + "\n");
+    setting.turn("no");
+    complain("declined");
+    setting.turn("yes");
+    // One that needs the terminal is for people who sit there.
+    options.env["KAZ_SOURCE_EDITOR"] = "@terminal " + command;
+    complain("without terminal");
+    options.env["KAZ_SOURCE_EDITOR"] = command;
+    // Nothing to open.
+    options.env["RECORD_ARGUMENTS"] = tree.path("no line");
+    EXPECT_EQ(run({"-file", bad}).status, 1);
+    EXPECT_EQ(run({"-source", tree.path("nothing")}).status, 1);
+    const ComplaintSetting other("moxinfo");
+    options.env["RECORD_ARGUMENTS"] = tree.path("product");
+    tree.write("Info", "name=Mox\nversion\n");
+    EXPECT_EQ(kit::run({"moxinfo", "-product", tree.path("Info")}, options).status, 1);
+    EXPECT_EQ(recorded("product").substr(0, 3), "2:1");
+    for (const char* none : {"unasked", "declined", "without terminal", "no line"})
+        EXPECT_FALSE(tree.exists(none)) << none;
+    // Whoever has asked is told why nothing opens.
+    options.env["KAZ_SOURCE_EDITOR"] = "";
+    options.env["VISUAL"] = options.env["EDITOR"] = kit::unset;
+    EXPECT_TRUE(
+        run({"-source", bad})
+            .err.ends_with("\nNo source editor is configured; set the variable source_editor.\n"));
 }
 
 TEST_F(MoxMsg, ComparesTextsAndTheirArguments) {

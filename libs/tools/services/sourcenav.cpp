@@ -4,7 +4,7 @@
 // word or a command.
 #include "tools/services/sourcenav.h"
 
-#include "tools/config/toolinfo.h"
+#include "tools/config/detail/optional_variable.h"
 #include "tools/config/vstring.h"
 #include "tools/files/detail/text.h"
 #include "tools/files/kazpath.h"
@@ -120,14 +120,19 @@ bool readFromVariable(const char* variable, Editor& editor) {
     return false;
 }
 
+/// Null when there is none.
+const char* configuredEditor() {
+    const char* name = host::environment("KAZ_SOURCE_EDITOR");
+    if (name == nullptr)
+        name = kaz::detail::optionalVariable("source_editor");
+    return name != nullptr && *name != '\0' ? name : nullptr;
+}
+
 enum class Choice { found, none, unreadable };
 
 Choice choose(const char* name, Editor& editor) {
-    if (name == nullptr) {
-        name = TI_EnvVcont("source_editor");
-        if (name != nullptr && *name == '\0')
-            name = nullptr;
-    }
+    if (name == nullptr)
+        name = configuredEditor();
     if (name != nullptr)
         return read(templateOf(name), editor) ? Choice::found : Choice::unreadable;
     const bool isFound = readFromVariable("VISUAL", editor) || readFromVariable("EDITOR", editor);
@@ -248,7 +253,7 @@ bool kazShowSource(const char* file, int line, int column) {
         return false;
     case Choice::unreadable:
         print_err("The source editor \"%s\" cannot be read.",
-                  kazPrintable(TI_EnvVcont("source_editor")).getValue());
+                  kazPrintable(configuredEditor()).getValue());
         return false;
     case Choice::found:
         break;

@@ -2,10 +2,11 @@
 /// @file
 /// Shows a source line in the user's development environment.
 ///
-/// Which one: the argument, else TI_EnvVcont("source_editor"), else the first of the environment
-/// variables "VISUAL" and "EDITOR" whose program is a preset's: the first preset in the order of
-/// names counts, with the program as the variable names it where that is a path, and without its
-/// options, which may say the opposite of the preset's. An *editor* is the name of a preset
+/// Which one: the argument, else TI_EnvVcont("source_editor"), where a missing ToolInfo file is
+/// no fatal error, else the first of the environment variables "VISUAL" and "EDITOR" whose program
+/// is a preset's: the first preset in the order of names counts, with the program as the variable
+/// names it where that is a path, and without its options, which may say the opposite of the
+/// preset's. An *editor* is the name of a preset
 /// or a template: words as str_to_argv() reads them, in which `${file}` (host spelling, absolute),
 /// `${line}`, `${column}` (both from 1), `${dir}` and `${name}` (the file's directory without a
 /// separator at its end, and its last component) are replaced, and any other `${x}` by

@@ -5,6 +5,7 @@
 #include "tools/settings/KazProductInfo.h"
 
 #include "tools/app/KazFileException.h"
+#include "tools/config/detail/optional_variable.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
@@ -15,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -46,16 +46,6 @@ KazString below(const char* root, const char* path) {
     const int length = place.getLength();
     const char last = length > 0 ? place[length - 1] : '\\';
     return last == '\\' || last == '/' ? place + native.c_str() : place + "\\" + native.c_str();
-}
-
-/// The variable counts where there is a ToolInfo file: without one a tool cannot run, but
-/// support wants to know what is installed all the more.
-const char* configuredPath() {
-    std::FILE* file = _TI_Cfile();
-    if (file == nullptr)
-        return nullptr;
-    std::fclose(file);
-    return TI_Vcont("product_info");
 }
 
 /// The whole file. 0, or -1 with errno set: EFBIG for one that is too large.
@@ -100,7 +90,7 @@ KazString KazProductInfo::getDefaultPath(const char* product) {
             c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
         return kazComposePath(root, ("ProductInfo." + name).c_str());
     }
-    const char* configured = configuredPath();
+    const char* configured = optionalVariable("product_info");
     return kazComposePath(root, configured != nullptr ? _TI_hm(configured) : "ProductInfo");
 }
 

@@ -51,6 +51,13 @@ TEST(Guides, OpeningALine) {
     EXPECT_EQ(shown.status, 0) << shown.err;
     EXPECT_EQ(shown.out, "<+12:1><" + file + ">");
     EXPECT_EQ(kit::run({"source_guide", tree.path("no")}, options).status, 1);
+    // A missing configuration is no reason to end.
+    options.env["ToolInfo"] = tree.path("no");
+    options.env["VISUAL"] = options.env["EDITOR"] = kit::unset;
+    EXPECT_EQ(kit::run({"source_guide", file}, options).err,
+              "No source editor is configured; set the variable source_editor.\n");
+    options.env["KAZ_SOURCE_EDITOR"] = "@terminal " + tree.path("ed");
+    EXPECT_EQ(kit::run({"source_guide", file}, options).out, "<" + file + ">");
 }
 
 } // namespace
