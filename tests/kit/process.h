@@ -22,6 +22,8 @@ struct RunOptions {
     /// Standard input and output are one terminal; `input` is typed into it
     /// once something was written to it.
     bool pty = false;
+    /// Standard error is that terminal too.
+    bool ptyErrors = false;
     /// Starts without standard output.
     bool closeStdout = false;
     /// Starts without standard input.

@@ -161,8 +161,8 @@ class Messages(unittest.TestCase):
         self.assertIn("reply 1\nExecuting: ls^G\noutput of ls^G\nExecution Complete.\nT ▕", text)
 
     def test_text_cannot_steer(self):
-        shown = on_terminal("message:a\x1b]0;x\x07b\rc\x7f\tt\nu", "error:\u009b2J\udc80")
-        self.assertEqual(shown.lines[:3], ["a^[]0;x^Gb^Mc^?\tt".expandtabs(8), "u", "?2J?"])
+        shown = on_terminal("message:a\x1b]0;x\x07b\rc\x7f\tt\nu", "error:\u009b2J\u202e\udc80")
+        self.assertEqual(shown.lines[:3], ["a^[]0;x^Gb^Mc^?\tt".expandtabs(8), "u", "?2J??"])
 
     def test_errors_are_red(self):
         red = b"\x1b[31mwrong\x1b[m"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/detail/ToolInfoState.h"
+#include "tools/config/detail/quoted_name.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/detail/read_fully.h"
 #include "tools/files/kazpath.h"
@@ -19,6 +20,7 @@
 
 namespace {
 
+using kaz::detail::quotedName;
 using kaz::detail::ToolInfoState;
 using kaz::detail::ToolInfoTable;
 
@@ -63,7 +65,8 @@ Source openAndRemember(const KazString& name) {
 }
 
 bool refuseSize(const char* name) {
-    print_err("%s holds more than %d MiB and is not read", name, static_cast<int>(sizeLimit >> 20));
+    print_err("%s holds more than %d MiB and is not read", quotedName(name).getValue(),
+              static_cast<int>(sizeLimit >> 20));
     return false;
 }
 
@@ -122,7 +125,7 @@ void reportNoFile() {
     if (const char* value = kaz::host::environment("ToolInfo"))
         fatal_err("Can't open ToolInfo file: %s,\n"
                   "is ToolInfo environment variable set correctly?\n",
-                  value);
+                  quotedName(value).getValue());
     else
         fatal_err("ToolInfo environment variable is not set\n");
 }

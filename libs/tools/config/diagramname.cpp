@@ -3,6 +3,7 @@
 
 #include "tools/app/KazToolsContext.h"
 #include "tools/config/detail/names.h"
+#include "tools/config/detail/quoted_name.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/messages/messages.h"
@@ -19,6 +20,7 @@ namespace {
 using kaz::detail::appendPart;
 using kaz::detail::copyCut;
 using kaz::detail::orEmpty;
+using kaz::detail::quotedName;
 
 constexpr std::size_t diagramFileSize = 141;
 constexpr int revisionLimit = 71;
@@ -91,7 +93,7 @@ constexpr NameCheck nameChecks[] = {
 std::string checkedRevision(const char* revision) {
     std::string result = revision;
     if (result.empty() || result.size() > revisionLimit) {
-        print_err("Revision name '%s' too long, truncated", revision);
+        print_err("Revision name '%s' too long, truncated", quotedName(revision).getValue());
         result.resize(std::min<std::size_t>(result.size(), revisionLimit));
     }
     if (kaz::host::environment("edit_debug_diag_rev") != nullptr)
@@ -130,7 +132,7 @@ int edit_name_is_legal(int checks, int report) {
         if ((checks & check.bit) == 0 || check.passes())
             continue;
         if (report != 0)
-            print_err(check.message, orEmpty(kaz_env_diagram()));
+            print_err(check.message, quotedName(orEmpty(kaz_env_diagram())).getValue());
         return 0;
     }
     return 1;
@@ -155,7 +157,7 @@ char* edit_make_name() {
             (whole += '.') += suffix.c_str();
     }
     if (static_cast<std::size_t>(whole.getLength()) >= diagramFileSize)
-        print_err("Filename too long '%s'", whole.getValue());
+        print_err("Filename too long '%s'", quotedName(whole).getValue());
     copyCut(name, diagramFileSize, whole);
     return name;
 }

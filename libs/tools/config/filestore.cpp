@@ -4,6 +4,7 @@
 #include "tools/app/KazApp.h"
 #include "tools/app/KazToolsContext.h"
 #include "tools/config/detail/names.h"
+#include "tools/config/detail/quoted_name.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
@@ -21,6 +22,7 @@ namespace {
 using kaz::detail::appendPart;
 using kaz::detail::copyCut;
 using kaz::detail::orEmpty;
+using kaz::detail::quotedName;
 
 constexpr int nameLimit = kazFilestoreNameSize;
 constexpr std::size_t nameSize = nameLimit;
@@ -87,13 +89,16 @@ void report(const KazString& message) {
 }
 
 void reportOpenFailure(const char* name, int error) {
-    const char* revision = orEmpty(kaz_env_revision());
+    const KazString file = quotedName(name);
+    const KazString revision = quotedName(orEmpty(kaz_env_revision()));
     const std::string reason = kaz::host::errorText(error);
     KazString message;
     if (reason.empty())
-        message.format("%s Revision %s: Undocumented system error: %d", name, revision, error);
+        message.format("%s Revision %s: Undocumented system error: %d", file.getValue(),
+                       revision.getValue(), error);
     else
-        message.format("%s Revision %s: %.30s", name, revision, reason.c_str());
+        message.format("%s Revision %s: %.30s", file.getValue(), revision.getValue(),
+                       reason.c_str());
     report(message);
 }
 
@@ -222,7 +227,7 @@ char* edit_get_sys_dir() {
         KazString whole = project;
         appendPart(whole, system);
         copyCut(dir, nameSize, whole);
-        print_err("System directory '%s': name too long:", dir);
+        print_err("System directory '%s': name too long:", quotedName(dir).getValue());
     }
     return dir;
 }

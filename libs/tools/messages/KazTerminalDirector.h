@@ -27,7 +27,7 @@
 ///   the progress is complete and when it ends. Then it stays, and the cursor goes to
 ///   the next line. Of several progresses the one that began first is shown;
 /// - nothing in a text steers the terminal: control characters other than newline and
-///   tab show as "^X", DEL as "^?", C1 controls and what is no text as "?";
+///   tab show as "^X", DEL as "^?", C1 controls, marks of direction and what is no text as "?";
 /// - errors are red, unless the user wants no colours.
 ///
 /// What people set, as environment variables or in `ToolInfo` files (these are read

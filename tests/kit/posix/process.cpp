@@ -115,7 +115,8 @@ private:
             dup2(in_.read, STDIN_FILENO);
             dup2(out_.write, STDOUT_FILENO);
         }
-        dup2(err_.write, STDERR_FILENO);
+        if (!options_.ptyErrors)
+            dup2(err_.write, STDERR_FILENO);
         if (!options_.stdoutFile.empty())
             dup2(open(options_.stdoutFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666),
                  STDOUT_FILENO);

@@ -78,6 +78,11 @@ TEST_F(Terminal, NamesOfFilesAndTextsOfCatalogs) {
     EXPECT_EQ(wrong.status, 1);
     EXPECT_NE(wrong.err.find(shown + ":1: \\\\x1B is no escape\n"), std::string::npos) << wrong.err;
     EXPECT_EQ(std::count(wrong.err.begin(), wrong.err.end(), '\n'), 2) << wrong.err;
+    options.env["ToolInfo"] = evil;
+    options.ptyErrors = true;
+    EXPECT_EQ(run({"moxinfo", "a"}).out,
+              "Can't open ToolInfo file: " + shown +
+                  ",\nis ToolInfo environment variable set correctly?\n");
     options.env["ToolInfo"] = tree.write("by/" + evil, "a=b\n");
     EXPECT_NE(run({"moxinfo"}).out.find("% from "), std::string::npos);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/detail/TerminalText.h"
 
+#include "tools/formats/encode.h"
 #include "tools/platform/host.h"
 
 #include <algorithm>
@@ -15,12 +16,18 @@ bool isPlain(char c) {
     return static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < del;
 }
 
+/// A mark that changes the order of what is shown; it takes no column.
+bool isMark(std::string_view bytes) {
+    return bytes.size() > 1 && host::terminalShowsUtf8() &&
+           kazPrintable(std::string(bytes).c_str()).getValue() != bytes;
+}
+
 void appendShown(std::string& result, std::string_view bytes, int columns, bool keepLines) {
     const auto c = static_cast<unsigned char>(bytes[0]);
     const bool isKept = keepLines && (c == '\n' || c == '\t');
     if (!isKept && (c < ' ' || c == del))
         result.append({'^', static_cast<char>(c ^ 0x40U)});
-    else if (!isKept && columns < 0)
+    else if (!isKept && (columns < 0 || (columns == 0 && isMark(bytes))))
         result += '?';
     else
         result += bytes;

@@ -9,8 +9,8 @@
 namespace kaz::detail {
 
 /// @p text with its control characters made visible: "^X" (DEL: "^?"), and "?" for
-/// what is no text in the user's locale, C1 controls included. Newlines and tabs
-/// stay when @p keepLines.
+/// what is no text in the user's locale, C1 controls and marks of direction included. Newlines and
+/// tabs stay when @p keepLines.
 std::string shownText(std::string_view text, bool keepLines);
 
 /// How many columns @p text, a result of shownText() without lines, takes.
