@@ -59,6 +59,7 @@
 #include "tools/formats/KazTextStyle.h"
 #include "tools/formats/datetime.h"
 #include "tools/formats/encode.h"
+#include "tools/formats/nearwords.h"
 
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"

@@ -1,43 +1,53 @@
 // SPDX-License-Identifier: Apache-2.0
 // moxinfo: shows a tool's configuration.
-#include "common/CommandLine.h"
 #include "common/output.h"
 #include "common/printable.h"
 #include "moxinfo/product.h"
 
+#include "tools/app/KazCommandLine.h"
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/process.h"
+#include "tools/files/tifiles.h"
+#include "tools/formats/nearwords.h"
 #include "tools/messages/messages.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr CommandLine::Option options[] = {
-    {arg_toolinfo, "FILE", "start from this ToolInfo file"},
-    {arg_file, "FILE", "read this file too, its definitions replacing earlier ones"},
-    {arg_source, "SOURCE", "only what this file gives, or: environment, library, run-time"},
-    {arg_output, "FILE", "write to this file"},
+void offerWords(const char* option, const char* begin, KazCommandLine::Offer offer, void* data);
+
+constexpr KazCommandLine::Option options[] = {
+    {arg_toolinfo, "FILE", "start from this ToolInfo file", false, KazCommandLine::AnyFile},
+    {arg_file, "FILE", "read this file too, its definitions replacing earlier ones", false,
+     KazCommandLine::AnyFile},
+    {arg_source, "SOURCE", "only what this file gives, or: environment, library, run-time", false,
+     KazCommandLine::OfTool},
+    {arg_output, "FILE", "write to this file", false, KazCommandLine::AnyFile},
     {arg_product, "WHICH",
-     "what is installed, and damage to it (no protection against anybody):\n"
-     "                  . for this installation, a file, or a product's name"},
+     "what is installed, and damage to it (no protection against anybody): . for this "
+     "installation, a file, or a product's name",
+     false, KazCommandLine::AnyFile},
     {arg_update, nullptr, "with -product: measure its parts anew, arguments are further ones"},
     {arg_verbose, nullptr, "with names: show the source of each value; with -product: all parts"}};
-constexpr CommandLine commandLine(
-    "moxinfo", "[name | template ...]",
-    "Shows the configuration of the tools: the ToolInfo files and each variable with the value in\n"
-    "force, under the source that gives it. What is shown can itself be read as a ToolInfo file.\n"
-    "With names only their values; a template is a text with ${name} references to expand.",
-    options);
+constexpr KazCommandLine commandLine(
+    {"moxinfo", MOX_VERSION,
+     "Shows the configuration of the tools: the ToolInfo files and each variable with the value "
+     "in\nforce, under the source that gives it. What is shown can itself be read as a ToolInfo "
+     "file.\nWith names only their values; a template is a text with ${name} references to "
+     "expand.",
+     options, std::size(options), "[name | template ...]", 0, -1, KazCommandLine::OfTool},
+    offerWords);
 
 struct Variable {
     std::string name;
@@ -128,11 +138,19 @@ void showAll(LineOutput& output) {
     }
 }
 
+KazStringColl allNames() {
+    KazStringColl names;
+    TI_Vwalk([](const char* name, void* data) { static_cast<KazStringColl*>(data)->add(name); },
+             &names);
+    return names;
+}
+
 /// False, and reported, when there is no such variable.
 bool showVariable(LineOutput& output, const char* name) {
     const char* value = TI_EnvVcont(name);
     if (value == nullptr) {
-        print_err("moxinfo: %s is not defined", printable(name).c_str());
+        print_err("moxinfo: %s is not defined%s", printable(name).c_str(),
+                  kazDidYouMean(name, allNames()).getValue());
         return false;
     }
     if (kaz_arg_text(arg_verbose, 0, nullptr) != nullptr)
@@ -172,6 +190,19 @@ bool readFurtherFile() {
     return false;
 }
 
+/// Sources, or variables with their values.
+void offerWords(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
+    if (*option != '\0') {
+        for (const char* source : {"environment", "library", "run-time"})
+            offer(source, nullptr, data);
+        for (int i = 0; KazString name = TI_Vfile(i); ++i)
+            offer(kazHostPath(name), nullptr, data);
+        return;
+    }
+    for (const Variable& variable : allVariables())
+        offer(variable.name.c_str(), printable(variable.value).c_str(), data);
+}
+
 /// What is wrong with a request for product information; "" when nothing is.
 std::string productProblem() {
     const char* argument = kaz_arg_get_untagged(0);
@@ -206,13 +237,13 @@ int runProduct(const char* which) {
 
 class MoxInfo : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
-        if (!commandLine.parse(argc, argv))
-            return CommandLine::wrongUsage;
+        if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
+            return status;
         const char* which = kaz_arg_text(arg_product, 0, nullptr);
         const bool isProduct = which != nullptr || kaz_arg_text(arg_update, 0, nullptr) != nullptr;
         if (const std::string problem = isProduct ? productProblem() : ""; !problem.empty()) {
-            commandLine.complain(problem);
-            return CommandLine::wrongUsage;
+            commandLine.complain("%s", problem.c_str());
+            return KazCommandLine::wrongUsage;
         }
         if (which != nullptr)
             return runProduct(which);

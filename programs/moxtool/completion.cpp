@@ -12,9 +12,10 @@
 
 namespace {
 
-constexpr KazCommandLine commandLine(
-    {"moxtool completion", "1", "Prints a script that completes the command lines of programs.",
-     nullptr, 0, "bash|zsh|fish [NAME ...]", 1});
+constexpr KazCommandLine
+    commandLine({"moxtool completion", MOX_VERSION,
+                 "Prints a script that completes the command lines of programs.", nullptr, 0,
+                 "bash|zsh|fish [NAME ...]", 1});
 
 // The word that is typed may hold quotes and backslashes; what is printed gets new ones.
 constexpr const char* bashScript = R"(_mox_complete() {

@@ -26,7 +26,7 @@ void offerCommands(const char* option, const char*, KazCommandLine::Offer offer,
             offer(command.name, command.help, data);
 }
 
-constexpr KazCommandLine commandLine({"moxtool", "2.0.0",
+constexpr KazCommandLine commandLine({"moxtool", MOX_VERSION,
                                       "Does what belongs to no single tool of the suite.", nullptr,
                                       0, "completion ...", 1, -1, KazCommandLine::OfTool},
                                      offerCommands);

@@ -156,6 +156,18 @@ TEST(CommandLine, ExplainsEachWord) {
     EXPECT_EQ(wrong.messages[2], "result\toption -batch is not for this program");
 }
 
+// Before lines are completed, whose words stay in the application's set.
+TEST(CommandLine, GivesAGoodLineToTheApplication) {
+    EXPECT_FALSE(commandLine.isPlan());
+    const Said said = say({"-system", "s", "one", "--plan", "--", "--plan"});
+    EXPECT_EQ(said.status, +KazCommandLine::run);
+    EXPECT_TRUE(said.errors.empty());
+    EXPECT_TRUE(commandLine.isPlan());
+    EXPECT_STREQ(kaz_arg_text(arg_system, 0, nullptr), "s");
+    EXPECT_STREQ(kaz_arg_get_untagged(0), "one");
+    EXPECT_STREQ(kaz_arg_get_untagged(1), "--plan");
+}
+
 TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(completions("0", {"-ver"}),
               (Texts{"-verbose\ttell more", "-version\tshow the version"}));
@@ -172,17 +184,6 @@ TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(say({"--complete", "x"}).status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(say({"--complete"}).status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(completions("99999999999", {"a"}).size(), 2u);
-}
-
-TEST(CommandLine, GivesAGoodLineToTheApplication) {
-    EXPECT_FALSE(commandLine.isPlan());
-    const Said said = say({"-system", "s", "one", "--plan", "--", "--plan"});
-    EXPECT_EQ(said.status, +KazCommandLine::run);
-    EXPECT_TRUE(said.errors.empty());
-    EXPECT_TRUE(commandLine.isPlan());
-    EXPECT_STREQ(kaz_arg_text(arg_system, 0, nullptr), "s");
-    EXPECT_STREQ(kaz_arg_get_untagged(0), "one");
-    EXPECT_STREQ(kaz_arg_get_untagged(1), "--plan");
 }
 
 TEST(CommandLine, SurvivesAnyAllocationThatFails) {

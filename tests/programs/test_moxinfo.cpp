@@ -97,12 +97,26 @@ TEST_F(MoxInfo, WrongUseIsExplained) {
         const kit::Result result = run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.out, "");
-        EXPECT_TRUE(
-            result.err.starts_with("moxinfo: " + problem + "\nusage: moxinfo [-toolinfo FILE]"))
-            << result.err;
-        EXPECT_NE(result.err.find("  -output FILE    write to this file (-o)\n"),
-                  std::string::npos);
+        EXPECT_EQ(result.err, "moxinfo: " + problem + "\nmoxinfo -help shows how it is used\n");
     }
+    const kit::Result help = run({"a", "-help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.starts_with("usage: moxinfo [-toolinfo FILE] ")) << help.out;
+    EXPECT_NE(help.out.find("\n  -output FILE    write to this file (-o)\n"), help.out.npos);
+    EXPECT_EQ(run({"EMTPY", "x"}).err, "moxinfo: EMTPY is not defined; did you mean empty?\n"
+                                       "moxinfo: x is not defined\n");
+}
+
+TEST_F(MoxInfo, CompletesNamesAndSources) {
+    const std::string first = tree.path("first"), second = tree.path("second");
+    EXPECT_EQ(run({"--complete", "1", "b", "e"}).out, "empty\t\n");
+    EXPECT_EQ(run({"--complete", "0", "TI_l"}).out, "TI_locale\t" + kit::localeOfC() + "\n");
+    EXPECT_EQ(run({"--complete", "1", "-source"}).out,
+              "environment\t\nlibrary\t\nrun-time\t\n" + first + "\t\n" + second + "\t\n");
+    options.env["ToolInfo"] = tree.path("none"); // who types sees nothing of it
+    const kit::Result none = run({"--complete", "0", "tmp"});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.out + none.err, "");
 }
 
 TEST_F(MoxInfo, TroubleWithFilesIsReported) {

@@ -71,7 +71,9 @@ public:
     /// Takes a candidate for what is being typed; @p help may be null. The texts are copied.
     using Offer = void (*)(const char* word, const char* help, void* data);
     /// Offers what the value of @p option (its full text; "" for an argument) may be and
-    /// begins with @p begin. Messages that it causes are shown to nobody.
+    /// begins with @p begin; of what it offers, the rest is left out. The line as far as it
+    /// is typed is in the application's argument set (kaz_arg_text). Messages that it causes
+    /// are shown to nobody, and no fatal error ends anything.
     using Completer = void (*)(const char* option, const char* begin, Offer offer, void* data);
 
     /// What parse() returns when the tool is to do its work.

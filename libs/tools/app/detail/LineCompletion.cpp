@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/app/detail/LineCompletion.h"
 
+#include "tools/app/KazApp.h"
+#include "tools/app/KazParsedArgs.h"
 #include "tools/app/detail/LineReading.h"
 #include "tools/messages/KazIODirector.h"
 
@@ -81,6 +83,18 @@ void addChoices(Candidates& candidates, const char* choices) {
     }
 }
 
+/// The completer asks for what was typed before as the tool itself would.
+void giveToApplication(const Description& description, LineReading& reading) {
+    std::vector<arg_type_enum> types;
+    for (int i = 0; i < description.optionCount; ++i)
+        types.push_back(description.options[i].type);
+    types.push_back(arg_end);
+    std::vector<char*>& words = reading.words();
+    if (KazApp* const app = KazApp::getInstance())
+        app->getParsedArgs()->examine(static_cast<int>(words.size()), words.data(), nullptr,
+                                      types.data(), 0);
+}
+
 void addValues(Candidates& candidates, KazCommandLine::ValueKind kind, const char* choices,
                const char* option, KazCommandLine::Completer completer) {
     if (kind == KazCommandLine::AnyFile)
@@ -136,7 +150,9 @@ std::vector<std::string> completionsOf(const Description& description,
     std::vector<char*> line{const_cast<char*>("")};
     for (std::string& word : before)
         line.push_back(word.data());
-    const LineReading reading(description, static_cast<int>(line.size()), line.data());
+    LineReading reading(description, static_cast<int>(line.size()), line.data());
+    if (completer != nullptr)
+        giveToApplication(description, reading);
     Candidates candidates(number < words.size() ? words[number] : "");
     int item = 0;
     if (const LineOption* const option = reading.optionInNeed(item)) {

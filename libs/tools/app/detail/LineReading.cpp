@@ -5,7 +5,7 @@
 
 #include "tools/app/detail/LineReading.h"
 
-#include "tools/app/detail/NearWords.h"
+#include "tools/formats/detail/NearWords.h"
 #include "tools/formats/encode.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/app/detail/NearWords.h"
+#include "tools/formats/detail/NearWords.h"
 
 #include <algorithm>
 

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/formats/nearwords.h"
+
+#include "tools/formats/detail/NearWords.h"
+#include "tools/formats/encode.h"
+
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> nearestOf(const char* word, const KazStringColl& candidates) {
+    if (word == nullptr || candidates.find(word) >= 0)
+        return {};
+    std::vector<std::string> words;
+    for (int i = 0; i < candidates.getSize(); ++i)
+        words.emplace_back(candidates[i].getValue());
+    return kaz::detail::nearWords(word, words);
+}
+
+} // namespace
+
+void kazNearWords(const char* word, const KazStringColl& candidates, KazStringColl& nearest) {
+    nearest.removeAll();
+    for (const std::string& near : nearestOf(word, candidates))
+        nearest.add(near.c_str());
+}
+
+KazString kazDidYouMean(const char* word, const KazStringColl& candidates) {
+    std::vector<std::string> words = nearestOf(word, candidates);
+    for (std::string& near : words)
+        near = kazPrintable(near.c_str()).getValue();
+    return kaz::detail::hintOf(words).c_str();
+}
