@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // ToolInfo files that name one another, and what a tool then does with the
-// variables: the library and a plain model of its rules answer alike.
+// variables: the library and a plain model of its rules answer alike, also about
+// where each definition stands.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "kit/director.h"
@@ -9,6 +10,7 @@
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
+#include "tools/config/toolinfo_scan.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/platform/host.h"
@@ -55,66 +57,127 @@ std::string trimmed(std::string text, const std::string& front, const std::strin
     return text.erase(0, std::min(text.find_first_not_of(front), text.size()));
 }
 
+/// A line as it is shown to whoever looks for definitions.
+struct Seen {
+    std::string file;
+    int line = 0;
+    int kind = 0;
+    Answer name;
+    std::string value;
+
+    bool operator==(const Seen&) const = default;
+};
+
+/// One file cut into lines: at line ends, and after each 5120 characters.
+std::vector<Seen> linesOf(const std::string& text, const std::string& file) {
+    std::vector<Seen> lines;
+    int number = 0;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        ++number;
+        do {
+            const std::string piece = text.substr(begin, std::min<std::size_t>(5120, end - begin));
+            begin += piece.size();
+            const bool hasNul = piece.find('\0') != piece.npos;
+            lines.push_back({file, number,
+                             (begin < end ? KazLineIsCut : 0) | (hasNul ? KazLineHasNul : 0),
+                             std::nullopt, piece.c_str()});
+        } while (begin < end);
+        ++begin;
+    }
+    return lines;
+}
+
+/// What a line defines, or why it does not; its kind, name and value.
+Seen meaningOf(Seen line) {
+    const std::string text = trimmed(line.value, "", "\n\r \t");
+    const std::size_t equals = text.find('=');
+    const std::string name = trimmed(text.substr(0, equals), " ", " ");
+    if (!line.value.empty() && (line.value[0] == '%' || line.value[0] == '.')) {
+        line.kind |= KazLineComment;
+    } else if (text.empty()) {
+        line.kind |= KazLineBlank;
+    } else if (equals == text.npos) {
+        line.kind |= KazLineNoEquals;
+    } else {
+        line.value = trimmed(text.substr(equals + 1), " ", " ");
+        line.kind |= name.empty() ? KazLineNoName : KazLineDefinition;
+        if (!name.empty())
+            line.name = name;
+    }
+    return line;
+}
+
 /// The rules of the files, step by step and without a thought of speed.
 class Model {
 public:
     struct Definition {
         std::string value, file;
+        int line = 0;
     };
     std::map<std::string, Definition> table;
     std::map<std::string, std::string> assigned;
     std::vector<std::string> chain;
+    std::vector<Seen> seen; ///< what a look at the lines of the chain shows
     bool overwrite = true;
 
-    int defineLine(std::string line, const std::string& file) {
-        if (line.empty() || line[0] == '%' || line[0] == '.')
+    int defineLine(const std::string& line) {
+        const Seen meaning = meaningOf({"", 0, 0, std::nullopt, line});
+        if (!meaning.name)
             return -1;
-        line = trimmed(line, "", "\n\r \t");
-        const std::size_t equals = line.find('=');
-        const std::string name = trimmed(line.substr(0, equals), " ", " ");
-        if (equals == line.npos || name.empty())
-            return -1;
-        bind(name, trimmed(line.substr(equals + 1), " ", " "), file);
+        bind(*meaning.name, {meaning.value, "", 0});
         return 0;
     }
 
-    void readFile(const std::string& text, const std::string& file) {
-        std::string line;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            line += text[i];
-            if (text[i] == '\n' || line.size() == 5120 || i + 1 == text.size()) {
-                defineLine(line.c_str(), file);
-                line.clear();
-            }
+    std::vector<Seen> readFile(const std::string& text, const std::string& file) {
+        std::vector<Seen> lines = linesOf(text, file);
+        for (Seen& line : lines) {
+            line = meaningOf(line);
+            if (line.name)
+                bind(*line.name, {line.value, file, line.line});
         }
+        return lines;
+    }
+
+    void readOneOfChain(const std::string& name) {
+        const std::vector<Seen> lines = readFile(*contents(name), name);
+        seen.insert(seen.end(), lines.begin(), lines.end());
+        chain.push_back(name);
+    }
+
+    /// Why the chain does not go on; a kind of visit, or -1 when it does.
+    int endAt(const std::string& name) const {
+        if (std::any_of(chain.begin(), chain.end(), [&name](const std::string& read) {
+                std::error_code error;
+                return fs::equivalent(hostPath(read), hostPath(name), error);
+            }))
+            return KazChainCycle;
+        if (chain.size() == 10)
+            return KazChainTooLong;
+        return contents(name) ? -1 : KazChainUnreadable;
     }
 
     /// All files, from the one of this name on.
     void readChain(const std::string& first) {
-        readFile(*contents(first), first);
-        chain = {first};
-        bind("TI_locale", std::setlocale(LC_CTYPE, nullptr), "");
+        readOneOfChain(first);
+        bind("TI_locale", {std::setlocale(LC_CTYPE, nullptr), ""});
         overwrite = false;
-        while (chain.size() < 10) {
-            const Answer value = valueOf("ToolInfo");
-            if (!value)
-                break;
+        while (const Answer value = valueOf("ToolInfo")) {
             const std::string name = resolved(*value);
-            const Answer text = contents(name);
-            if (!text || std::any_of(chain.begin(), chain.end(), [&name](const std::string& read) {
-                    return fs::equivalent(hostPath(read), hostPath(name));
-                }))
+            const Definition link = table.at("ToolInfo");
+            if (const int end = endAt(name); end >= 0) {
+                seen.push_back({link.file, link.line, end, "ToolInfo", name});
                 break;
+            }
             table.erase("ToolInfo");
-            readFile(*text, name);
-            chain.push_back(name);
+            readOneOfChain(name);
         }
         overwrite = true;
         std::string path;
         for (const std::string& name : chain)
             path += (path.empty() ? "" : " ") + name;
-        bind("ToolInfo", first, "");
-        bind("ToolInfoPath", path, "");
+        bind("ToolInfo", {first, ""});
+        bind("ToolInfoPath", {path, ""});
     }
 
     int assign(const std::string& name, const std::string& value) {
@@ -180,9 +243,9 @@ private:
         return kazHostPath(name.c_str()).getValue();
     }
 
-    void bind(const std::string& name, const std::string& value, const std::string& file) {
+    void bind(const std::string& name, const Definition& definition) {
         if (overwrite || table.count(name) == 0)
-            table[name] = {value, file};
+            table[name] = definition;
     }
 };
 
@@ -285,7 +348,37 @@ void compare(const Model& model, const std::string& name) {
     FUZZ_CHECK(TI_EnvVsource(question, nullptr) == source);
 }
 
+void see(const KazVariableLine* line, void* data) {
+    static_cast<std::vector<Seen>*>(data)->push_back(
+        {line->file, line->line, line->kind, answer(line->name), line->value});
+}
+
+/// The lines of the chain, which have not changed since they were read.
+void compareLines(const Model& model) {
+    std::vector<Seen> seen;
+    FUZZ_CHECK(TI_Vscan(see, &seen) == (model.chain.empty() ? -1 : 0));
+    FUZZ_CHECK(seen == model.seen);
+    FUZZ_CHECK(TI_Vscan(nullptr, &seen) == -1 && TI_Vscan_file(nullptr, see, &seen) == -1);
+}
+
+/// Of the variables that override, those that a step may set.
+void compareOverrides() {
+    std::map<std::string, std::string> walked, expected;
+    TI_EnvVwalk([](const char* variable, const char* value,
+                   void* all) { (*static_cast<decltype(&walked)>(all))[variable] = value; },
+                &walked);
+    for (const char* variable : {"KAZ_PROJDIR", "KAZ_A"})
+        if (const char* value = std::getenv(variable))
+            expected[variable] = value;
+    std::erase_if(walked, [](const auto& each) {
+        FUZZ_CHECK(each.first.starts_with("KAZ_"));
+        return each.first != "KAZ_PROJDIR" && each.first != "KAZ_A";
+    });
+    FUZZ_CHECK(walked == expected);
+}
+
 void compareAll(const Model& model) {
+    compareOverrides();
     std::vector<std::string> walked;
     TI_Vwalk([](const char* name,
                 void* data) { static_cast<std::vector<std::string>*>(data)->push_back(name); },
@@ -310,6 +403,9 @@ void start(Model& model, const std::string& value) {
     FUZZ_CHECK(TI_Name(name.data()) == 0 && name.c_str() == first);
     if (exists)
         model.readChain(first);
+    director.fatals.clear();
+    compareLines(model);
+    FUZZ_CHECK(director.fatals.empty());
 }
 
 void step(Model& model, fuzz::Input& input) {
@@ -329,7 +425,7 @@ void step(Model& model, fuzz::Input& input) {
     }
     case 1: {
         const std::string line = takeLine(input, 0).c_str();
-        FUZZ_CHECK(TI_Var(line.c_str()) == model.defineLine(line, ""));
+        FUZZ_CHECK(TI_Var(line.c_str()) == model.defineLine(line));
         break;
     }
     case 2: {
@@ -360,11 +456,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int files = input.between(0, fileCount);
     for (int i = 0; i < files; ++i)
         writeFile(i, takeFile(input, i));
-    std::string first = input.byte() % 8 != 0 ? "~/f0" : takeLink(input, 0);
+    const int how = input.byte();
+    std::string first = how % 8 != 0 ? "~/f0" : takeLink(input, 0);
     if (first.empty())
         first = "none"; // not every host has empty variables
     kit::setVariable("ToolInfo", first.c_str());
     Model model;
+    if (how >= 224) { // a tool says where to go on before anything is read
+        const std::string line = "ToolInfo=" + takeLink(input, 0);
+        FUZZ_CHECK(TI_Var(line.c_str()) == model.defineLine(line));
+    }
     start(model, first);
     for (int steps = input.between(0, 60); steps > 0; --steps)
         step(model, input);
@@ -372,8 +473,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // What is left is one file, as large as it may be.
     writeFile(fileCount, input.rest());
     const std::string path = directory().path(fileName(fileCount));
-    model.readFile(*Model::contents(path), directory().native(fileName(fileCount)));
+    const std::vector<Seen> lines =
+        model.readFile(*Model::contents(path), directory().native(fileName(fileCount)));
     FUZZ_CHECK(TI_V_user_file(path.c_str(), model.overwrite) == 0);
     compareAll(model);
+    std::vector<Seen> seen;
+    FUZZ_CHECK(TI_Vscan_file(path.c_str(), see, &seen) == 0 && seen == lines);
     return 0;
 }

@@ -77,6 +77,7 @@
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
+#include "tools/config/toolinfo_scan.h"
 #include "tools/config/vstring.h"
 
 #include "tools/services/KazCommand.h"

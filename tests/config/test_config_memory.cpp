@@ -4,6 +4,7 @@
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
+#include "tools/config/toolinfo_scan.h"
 #include "tools/config/vstring.h"
 
 #include "kit/director.h"
@@ -102,6 +103,16 @@ TEST_F(ConfigMemory, FilesAreReadAtTheFirstLookupThatHasTheMemory) {
     EXPECT_EQ(TI_Vfile(1).getValue(), tree.native("second"));
     EXPECT_LT(std::abs(std::difftime(TI_Vr_time(), std::time(nullptr))), 60);
     EXPECT_TRUE(TI_V_set_overwrite(true)) << "also when reading broke off in between";
+    const std::string file = tree.path("third");
+    sweepQuestion("lines", [&file] {
+        std::string lines;
+        const auto add = [](const KazVariableLine* line, void* all) {
+            *static_cast<std::string*>(all) += std::string(line->file) + line->value;
+        };
+        if (TI_Vscan(add, &lines) != 0 || TI_Vscan_file(file.c_str(), add, &lines) != 0)
+            throw KazMemoryException(); // no memory for the stream is no file
+        return lines;
+    });
 }
 
 TEST_F(ConfigMemory, VariablesChangeWhollyOrNotAtAll) {
@@ -149,6 +160,14 @@ TEST_F(ConfigMemory, VariablesChangeWhollyOrNotAtAll) {
         TI_Vwalk([](const char* each, void* all) { *static_cast<std::string*>(all) += each; },
                  &names);
         return names;
+    });
+    const kit::ScopedEnv value{"KAZ_VALUE", "a value that needs memory of its own"};
+    sweepQuestion("overrides", [] {
+        std::string all;
+        TI_EnvVwalk([](const char*, const char* each,
+                       void* text) { *static_cast<std::string*>(text) += each; },
+                    &all);
+        return all;
     });
 }
 

@@ -1,104 +1,43 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/config/detail/ToolInfoChain.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/detail/quoted_name.h"
 #include "tools/config/toolinfo.h"
-#include "tools/files/detail/read_fully.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <clocale>
-#include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
+using kaz::detail::openToolInfo;
 using kaz::detail::quotedName;
+using kaz::detail::readToolInfo;
+using kaz::detail::resolvedToolInfo;
+using kaz::detail::ToolInfoSource;
 using kaz::detail::ToolInfoState;
 using kaz::detail::ToolInfoTable;
-
-constexpr std::size_t chainLimit = 10;
-
-/// No configuration is of that size; a file that never ends would fill the memory.
-constexpr std::size_t sizeLimit = std::size_t{256} << 20;
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
-
-/// A file that is open for reading, and what it was when it was opened.
-struct Source {
-    std::unique_ptr<std::FILE, CloseStream> stream;
-    kaz::host::FileStatus status;
-
-    explicit operator bool() const { return stream != nullptr; }
-};
 
 KazString& rememberedName() {
     return ToolInfoState::instance().name;
 }
 
-/// A file that there is no memory for does not count as missing: variables
-/// would silently have other values.
-Source openFile(const char* path) {
-    Source source;
-    errno = 0;
-    source.stream.reset(kaz::host::openForReading(path, source.status));
-    if (!source && errno == ENOMEM)
-        throw KazMemoryException();
-    return source;
-}
-
 /// Opens @p name and remembers it when that works.
-Source openAndRemember(const KazString& name) {
-    Source source = openFile(name);
+ToolInfoSource openAndRemember(const KazString& name) {
+    ToolInfoSource source = openToolInfo(name);
     if (source)
         rememberedName() = name;
     return source;
 }
 
-bool refuseSize(const char* name) {
-    print_err("%s holds more than %d MiB and is not read", quotedName(name).getValue(),
-              static_cast<int>(sizeLimit >> 20));
-    return false;
-}
-
-/// All of a file, in a block of its size, because the table keeps it. False when
-/// there is no such file; one that cannot be read to its end is as good as none.
-bool readAll(const Source& source, const char* name, std::string& text) {
-    if (!source)
-        return false;
-    if (source.status.size > sizeLimit)
-        return refuseSize(name);
-    // Some files hold more than they say.
-    const auto told = static_cast<std::size_t>(source.status.size);
-    std::size_t size = 0;
-    do {
-        // One byte more shows the end of the file.
-        text.resize(std::min(std::max(2 * size, told), sizeLimit) + 1);
-        size += kaz::detail::readFully(source.stream.get(), &text[size], text.size() - size);
-        if (size > sizeLimit)
-            return refuseSize(name);
-    } while (size == text.size());
-    text.resize(size);
-    return std::ferror(source.stream.get()) == 0;
-}
-
-/// A file name as configuration spells it, made explicit and native.
-KazString resolvedName(const char* value) {
-    const KazString expanded = _TI_hm(value);
-    return kazComposePath(TI_myRootDir(), expanded);
-}
-
-Source openDefaultFile() {
-    Source source = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
+ToolInfoSource openDefaultFile() {
+    ToolInfoSource source = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
     for (const char* name : {"ToolInfo.W32NTX86", "ToolInfo"}) {
         if (source)
             break;
@@ -107,15 +46,15 @@ Source openDefaultFile() {
     return source;
 }
 
-Source openFirstFile() {
+ToolInfoSource openFirstFile() {
     if (rememberedName())
-        if (Source source = openFile(rememberedName()))
+        if (ToolInfoSource source = openToolInfo(rememberedName()))
             return source;
     for (const char* variable : {"ToolInfo", "TOOLINFO"}) {
         if (const char* value = kaz::host::environment(variable)) {
             // Remembered even if it does not open: it is what the user asked for.
-            rememberedName() = resolvedName(value);
-            return openFile(rememberedName());
+            rememberedName() = resolvedToolInfo(value);
+            return openToolInfo(rememberedName());
         }
     }
     return openDefaultFile();
@@ -136,28 +75,20 @@ KazString localeInForce() {
     return KazString(name != nullptr ? name : std::setlocale(LC_CTYPE, nullptr));
 }
 
-/// Reads the files that the table's "ToolInfo" leads to, and appends their names.
-/// Earlier definitions win.
-void followChain(ToolInfoTable& table, std::vector<KazString>& names) {
-    while (names.size() < chainLimit) {
-        const char* next = table.find("ToolInfo");
-        if (next == nullptr || *next == '\0')
-            return;
-        const KazString name = resolvedName(next);
-        const bool known = std::any_of(names.begin(), names.end(), [&name](const KazString& read) {
-            // One file under two spellings is one file.
-            return read == name || kaz::host::sameFile(read, name);
-        });
-        if (known)
-            return;
-        std::string text;
-        if (!readAll(openFile(name), name, text))
-            return;
-        table.remove("ToolInfo");
-        table.defineAll(std::move(text), name, false);
-        names.push_back(name);
+/// Reads into the table, where earlier definitions win.
+class TableReader final : public kaz::detail::ToolInfoReader {
+public:
+    explicit TableReader(ToolInfoTable& table) : table_(table) {}
+
+    const char* next() const override { return table_.find("ToolInfo"); }
+    void read(std::string text, const KazString& file) override {
+        table_.remove("ToolInfo");
+        table_.defineAll(std::move(text), file, false);
     }
-}
+
+private:
+    ToolInfoTable& table_;
+};
 
 KazString joined(const std::vector<KazString>& names) {
     KazString result;
@@ -173,19 +104,23 @@ void readFiles() {
     const KazString locale = localeInForce();
     ToolInfoState& state = ToolInfoState::instance();
     ToolInfoTable& table = state.table;
-    const Source source = openFirstFile(); // which finds the name
+    const ToolInfoSource source = openFirstFile(); // which finds the name
     std::string text;
-    if (!readAll(source, state.name, text)) {
+    if (!readToolInfo(source, state.name, text)) {
         reportNoFile();
         return;
     }
     std::vector<KazString> names{state.name};
+    KazString linkBefore = table.find("ToolInfo");
     table.defineAll(std::move(text), names.front(), true);
     table.define("TI_locale", locale.getValue(), true);
-    followChain(table, names);
+    TableReader reader(table);
+    KazString stop;
+    kaz::detail::followChain(reader, names, stop);
     table.define("ToolInfo", names.front().getValue(), true);
     table.define("ToolInfoPath", joined(names).getValue(), true);
     state.chain = std::move(names);
+    state.linkBefore = std::move(linkBefore);
     TI_Vr_done();
 }
 
@@ -201,7 +136,7 @@ ToolInfoState& ToolInfoState::instance() {
 bool readToolInfoFile(const char* path, bool overwrite) {
     const KazString name = kazNormalizedPath(path);
     std::string text;
-    if (!readAll(openFile(path), name, text))
+    if (!readToolInfo(openToolInfo(path), name, text))
         return false;
     ToolInfoState::instance().table.defineAll(std::move(text), name, overwrite);
     return true;

@@ -25,16 +25,14 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-/// The first line of @p text without its end, cut at the limit and at a NUL byte;
-/// it is taken off the text.
-std::string_view takeLine(std::string_view& text) {
+} // namespace
+
+std::string_view takeToolInfoLine(std::string_view& text) {
     std::string_view line = text.substr(0, lineLimit);
     line = line.substr(0, line.find('\n'));
     text.remove_prefix(std::min(line.size() + (line.size() < lineLimit ? 1 : 0), text.size()));
     return line.substr(0, line.find('\0'));
 }
-
-} // namespace
 
 bool parseToolInfoLine(std::string_view line, ToolInfoLine& result) {
     if (line.empty() || line.front() == '%' || line.front() == '.')
@@ -111,7 +109,7 @@ void ToolInfoTable::defineAll(std::string text, const KazString& file, bool repl
     std::vector<Definition> found;
     for (std::string_view rest = source->text; !rest.empty();) {
         ToolInfoLine line;
-        if (!parseToolInfoLine(takeLine(rest), line))
+        if (!parseToolInfoLine(takeToolInfoLine(rest), line))
             continue;
         const char* const nameEnd = line.name.data() + line.name.size();
         const char* const valueEnd = line.value.data() + line.value.size();

@@ -17,6 +17,9 @@ struct ToolInfoState {
     bool initialised = false;
     KazString name;               ///< of the first file, as it was found or asked for
     std::vector<KazString> chain; ///< the files read, the first included
+    /// What "ToolInfo" was before the first file was read: the chain goes on there
+    /// unless that file says otherwise.
+    KazString linkBefore;
     std::time_t recordedTime = 0;
 
     /// The one of the process. It is never destroyed, because static objects of

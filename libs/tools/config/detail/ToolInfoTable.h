@@ -20,6 +20,10 @@ struct ToolInfoLine {
     std::string_view value;
 };
 
+/// The first line of @p text without its end, cut at the limit of a line and at a NUL
+/// byte; it is taken off the text.
+std::string_view takeToolInfoLine(std::string_view& text);
+
 /// Splits one line of file syntax. False when it defines nothing. The views lie
 /// in @p line.
 bool parseToolInfoLine(std::string_view line, ToolInfoLine& result);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/host.h"
+#include "tools/platform/host_environment.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,6 +12,10 @@ namespace kaz::host {
 
 const char* environment(const char* name) {
     return std::getenv(name);
+}
+
+char** environmentEntries() {
+    return environ;
 }
 
 int setEnvironment(const char* name, const char* value) {

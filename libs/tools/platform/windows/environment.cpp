@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/host.h"
+#include "tools/platform/host_environment.h"
 #include "tools/platform/windows/errors.h"
 
 #include <array>
@@ -56,6 +57,10 @@ bool isVariableName(const char* name) {
 
 const char* environment(const char* name) {
     return std::getenv(name);
+}
+
+char** environmentEntries() {
+    return _environ;
 }
 
 int setEnvironment(const char* name, const char* value) {

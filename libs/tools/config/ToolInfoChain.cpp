@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/config/detail/ToolInfoChain.h"
+
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/config/detail/quoted_name.h"
+#include "tools/config/toolinfo.h"
+#include "tools/files/detail/read_fully.h"
+#include "tools/files/kazpath.h"
+#include "tools/messages/messages.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace kaz::detail {
+
+namespace {
+
+constexpr std::size_t chainLimit = 10;
+
+/// No configuration is of that size; a file that never ends would fill the memory.
+constexpr std::size_t sizeLimit = std::size_t{256} << 20;
+
+bool refuseSize(const char* name) {
+    print_err("%s holds more than %d MiB and is not read", quotedName(name).getValue(),
+              static_cast<int>(sizeLimit >> 20));
+    return false;
+}
+
+/// One file under two spellings is one file.
+bool isAmong(const std::vector<KazString>& names, const KazString& name) {
+    return std::any_of(names.begin(), names.end(), [&name](const KazString& read) {
+        return read == name || host::sameFile(read, name);
+    });
+}
+
+} // namespace
+
+ToolInfoSource openToolInfo(const char* path) {
+    ToolInfoSource source;
+    errno = 0;
+    source.stream.reset(host::openForReading(path, source.status));
+    if (!source && errno == ENOMEM)
+        throw KazMemoryException();
+    return source;
+}
+
+bool readToolInfo(const ToolInfoSource& source, const char* name, std::string& text) {
+    if (!source)
+        return false;
+    if (source.status.size > sizeLimit)
+        return refuseSize(name);
+    // Some files hold more than they say.
+    const auto told = static_cast<std::size_t>(source.status.size);
+    std::size_t size = 0;
+    do {
+        // One byte more shows the end of the file.
+        text.resize(std::min(std::max(2 * size, told), sizeLimit) + 1);
+        size += readFully(source.stream.get(), &text[size], text.size() - size);
+        if (size > sizeLimit)
+            return refuseSize(name);
+    } while (size == text.size());
+    text.resize(size);
+    return std::ferror(source.stream.get()) == 0;
+}
+
+KazString resolvedToolInfo(const char* value) {
+    const KazString expanded = _TI_hm(value);
+    return kazComposePath(TI_myRootDir(), expanded);
+}
+
+ToolInfoChainEnd followChain(ToolInfoReader& reader, std::vector<KazString>& names,
+                             KazString& stop) {
+    for (const char* next; (next = reader.next()) != nullptr && *next != '\0';) {
+        stop = resolvedToolInfo(next);
+        if (isAmong(names, stop))
+            return ToolInfoChainEnd::Cycle;
+        if (names.size() >= chainLimit)
+            return ToolInfoChainEnd::TooLong;
+        std::string text;
+        if (!readToolInfo(openToolInfo(stop), stop, text))
+            return ToolInfoChainEnd::Unreadable;
+        reader.read(std::move(text), stop);
+        names.push_back(stop);
+    }
+    return ToolInfoChainEnd::Complete;
+}
+
+} // namespace kaz::detail
