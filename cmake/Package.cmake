@@ -35,10 +35,19 @@ install(FILES ${mox_gdb_printers} DESTINATION /usr/share/gdb/auto-load${prefix}/
 debian_file(library /etc/moxtools ${sources}/ToolInfo)
 debian_link(library ${prefix}/ToolInfo /etc/moxtools/ToolInfo)
 
-foreach(program moxcopy moxinfo moxmsg)
+foreach(program moxcopy moxinfo moxmsg moxtool)
   debian_link(programs /usr/bin/${program} ../lib/moxtools/bin/${program})
   debian_file(programs /usr/share/man/man1 ${made}/${program}.1.gz)
 endforeach()
+
+# Where the system's shells look; for zsh that is another folder than below other prefixes.
+function(debian_completion from to)
+  install(DIRECTORY ${made}/completion/share/${from}/ DESTINATION /usr/share/${to}
+          COMPONENT debian-programs EXCLUDE_FROM_ALL)
+endfunction()
+debian_completion(bash-completion/completions bash-completion/completions)
+debian_completion(fish/vendor_completions.d fish/vendor_completions.d)
+debian_completion(zsh/site-functions zsh/vendor-completions)
 
 debian_link(development ${arch_lib}/libmoxtools.so ${soname})
 # Both files find their prefix by their own place, so links would not do.
@@ -82,7 +91,7 @@ function(debian_package group name section synopsis text) # KEY VALUE...
 endfunction()
 debian_package(lib ${soname_package} libs "common tools library" "This package has the library.")
 debian_package(tools moxtools utils "tools for systems of diagrams"
-               "This package has the tools moxcopy, moxinfo and moxmsg.")
+               "This package has the tools moxcopy, moxinfo, moxmsg and moxtool.")
 debian_package(dev libmoxtools-dev libdevel "common tools library, for developers"
                "This package has what is needed to write a tool.")
 set(CPACK_DEBIAN_LIB_PACKAGE_CONTROL_EXTRA ${sources}/conffiles ${made}/symbols)

@@ -13,10 +13,12 @@ foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
     list(APPEND parts "${part}")
   endif()
 endforeach()
-# Put there by itself.
-if(EXISTS "${root}/${bin}/${library}")
-  list(APPEND parts "${bin}/${library}")
+# The library is installed by itself. Where it is not there at all, as in one of several
+# packages, the program would not run either: whoever puts them together makes the file.
+if(NOT EXISTS "${root}/${bin}/${library}")
+  return()
 endif()
+list(APPEND parts "${bin}/${library}")
 list(REMOVE_DUPLICATES parts)
 string(TIMESTAMP date "%Y-%m-%d" UTC) # that of SOURCE_DATE_EPOCH where it is set
 set(text "name=Mox\nversion=${version}\ndate=${date}\nvendor=Tarvo\n")

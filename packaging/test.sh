@@ -38,7 +38,37 @@ done
 
 echo "greeting=Hello" >>"$root/etc/moxtools/ToolInfo"
 expect "a tool of the package, by its link" Hello "$(chroot "$root" /usr/bin/moxinfo greeting)"
-expect "pages" 3 "$(find "$root/usr/share/man" -name '*.1.gz' | wc -l)"
+expect "pages" 4 "$(find "$root/usr/share/man" -name '*.1.gz' | wc -l)"
+
+expect "completion" "$(chroot "$root" /usr/bin/moxtool completion bash moxinfo)" \
+    "$(cat "$root/usr/share/bash-completion/completions/moxinfo")"
+for script in bash-completion/completions/moxtool fish/vendor_completions.d/moxtool.fish \
+    zsh/vendor-completions/_moxtools; do
+    [ -s "$root/usr/share/$script" ] || die "$script is missing"
+done
+
+# What is installed is what was packaged, and damage to it is named.
+product() { # PREFIX OF A COMMAND... BIN
+    local bin=${*: -1} run=("${@:1:$#-1}") programs="moxcopy moxinfo moxmsg moxtool"
+    local shown program
+    shown=$("${run[@]}" "$bin/moxinfo" -product . -verbose) || die "the product is not sound: $shown"
+    for program in $programs "libmoxtools.so.$version"; do
+        grep -q "^part bin/$program $version good\$" <<<"$shown" || die "$program is no part: $shown"
+    done
+    grep -q "^Mox $version " <<<"$shown" || die "another product: $shown"
+}
+damaged() { # FILE WHAT COMMAND...
+    local shown status=0
+    cp -p "$1" "$scratch/sound"
+    printf x | dd of="$1" bs=1 seek=2000 conv=notrunc status=none
+    shown=$("${@:3}" -product .) || status=$?
+    expect "status of a damaged product" 1 "$status"
+    expect "what is damaged" "part $2 $version wrong checksum" "$(grep '^part' <<<"$shown")"
+    cp -p "$scratch/sound" "$1"
+    "${@:3}" -product . >"$scratch/log" || die "still damaged: $(cat "$scratch/log")"
+}
+product chroot "$root" /usr/bin
+damaged "$root/usr/lib/moxtools/bin/moxmsg" bin/moxmsg chroot "$root" /usr/bin/moxinfo
 
 # A tool of somebody else's, built by CMake and by pkg-config.
 cp "$here/../tests/install/where.cpp" "$scratch"
@@ -76,5 +106,7 @@ suite=$(echo "$scratch"/anywhere/*)
 echo "greeting=Hello" >"$suite/ToolInfo"
 expect "a tool of the suite" Hello "$(env -u ToolInfo "$suite/bin/moxinfo" greeting)"
 rm "$suite/ToolInfo"
+product env -u ToolInfo "$suite/bin"
+damaged "$suite/bin/moxcopy" bin/moxcopy env -u ToolInfo "$suite/bin/moxinfo"
 python3 "$here/check_sbom.py" "$output"/*.spdx.json "$suite"
 echo "The packages install, work and go; the suite works from anywhere"

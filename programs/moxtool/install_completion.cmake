@@ -1,9 +1,11 @@
-# Writes the completion scripts of the suite's programs below the prefix.
-set(share "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share")
+# Writes the completion scripts of the suite's programs below the prefix. They count as
+# installed, so that what looks at the installation knows them.
 function(mox_completion shell file)
   execute_process(COMMAND ${moxtool} completion ${shell} ${ARGN} OUTPUT_VARIABLE script
                   COMMAND_ERROR_IS_FATAL ANY)
-  file(WRITE ${share}/${file} "${script}")
+  set(script_file ${CMAKE_INSTALL_PREFIX}/share/${file})
+  file(WRITE "$ENV{DESTDIR}${script_file}" "${script}")
+  set(CMAKE_INSTALL_MANIFEST_FILES ${CMAKE_INSTALL_MANIFEST_FILES} ${script_file} PARENT_SCOPE)
 endfunction()
 foreach(program moxcopy moxinfo moxmsg moxtool)
   mox_completion(bash bash-completion/completions/${program} ${program})
