@@ -50,6 +50,7 @@
 #include "tools/files/path_text.h"
 #include "tools/files/process.h"
 #include "tools/files/processstamp.h"
+#include "tools/files/streams.h"
 #include "tools/files/tifiles.h"
 #include "tools/files/tistatus.h"
 

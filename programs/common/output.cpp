@@ -2,6 +2,7 @@
 #include "common/output.h"
 
 #include "common/printable.h"
+#include "tools/files/streams.h"
 #include "tools/files/tifiles.h"
 #include "tools/messages/messages.h"
 
@@ -54,16 +55,28 @@ std::string printableLines(const std::string& text) {
 } // namespace
 
 bool writeOutput(const std::string& file, const std::string& bytes) {
+    const bool isStandard = file.empty() || isStandardStream(file);
     errno = 0;
-    if (file.empty() ? writeStandardOutput(TI_isTerminal(stdout) ? printableLines(bytes) : bytes)
-                     : TI_writefile(file.c_str(), bytes.data(), bytes.size()) == 0)
+    if (isStandard ? writeStandardOutput(TI_isTerminal(stdout) ? printableLines(bytes) : bytes)
+                   : TI_writefile(file.c_str(), bytes.data(), bytes.size()) == 0)
         return true;
-    complain(file.empty() ? "standard output" : file, errno);
+    complain(isStandard ? "standard output" : file, errno);
     return false;
 }
 
+bool writeBytes(const std::string& file, const std::string& bytes) {
+    if (!isStandardStream(file))
+        return writeOutput(file, bytes);
+    if (TI_isTerminal(stdout)) {
+        print_err("standard output: is a terminal: what is written is no text");
+        return false;
+    }
+    TI_passBytes(stdout);
+    return writeOutput(file, bytes);
+}
+
 LineOutput::LineOutput(std::string name)
-    : file(std::move(name)), isOnTerminal(TI_isTerminal(stdout)) {}
+    : file(isStandardStream(name) ? "" : std::move(name)), isOnTerminal(TI_isTerminal(stdout)) {}
 
 void LineOutput::line(const std::string& text) {
     if (!file.empty()) {

@@ -5,17 +5,26 @@
 
 #include <string>
 
-/// Writes @p bytes to @p file, or to standard output when it is empty, whose lines are
-/// made printable where it is a terminal. A file is written beside its place and then
+/// Does @p name stand for standard input or standard output? A file of this name is "./-".
+inline bool isStandardStream(const std::string& name) {
+    return name == "-";
+}
+
+/// Writes @p bytes to @p file, or to standard output when it is empty or "-", whose lines
+/// are made printable where it is a terminal. A file is written beside its place and then
 /// renamed, so that it appears whole or stays as it was. False when that failed, which has then
 /// been said.
 bool writeOutput(const std::string& file, const std::string& bytes);
+
+/// The same for bytes that are no text: standard output passes them as they are, and a
+/// terminal, which could do nothing good with them, is refused.
+bool writeBytes(const std::string& file, const std::string& bytes);
 
 /// A result of lines: messages as they come, or a file. What can be read back stays as it
 /// is, except where it would drive the terminal.
 class LineOutput {
 public:
-    /// An empty @p name is the message channel.
+    /// An empty @p name, and "-", is the message channel.
     explicit LineOutput(std::string name);
 
     void line(const std::string& text);

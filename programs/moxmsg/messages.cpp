@@ -2,6 +2,7 @@
 #include "messages.h"
 
 #include "common/complaint.h"
+#include "common/output.h"
 #include "common/printable.h"
 #include "message_file.h"
 #include "source_text.h"
@@ -35,15 +36,30 @@ bool readAll(std::FILE* stream, std::string& bytes) {
 
 /// Reads a whole file. False, and a problem, when that cannot be done.
 bool readFile(Messages& messages, std::string& bytes) {
+    const bool isStandard = isStandardStream(messages.file);
+    if (isStandard) {
+        messages.file = "standard input";
+        TI_passBytes(stdin);
+    }
     errno = 0;
-    std::FILE* stream = TI_fopen(messages.file.c_str(), "rb");
+    std::FILE* stream = isStandard ? stdin : TI_fopen(messages.file.c_str(), "rb");
     const bool whole = stream && readAll(stream, bytes);
     const int reason = errno;
-    if (stream)
+    if (stream && !isStandard)
         std::fclose(stream);
     if (!whole)
         messages.addProblem(0, "cannot be read: " + std::generic_category().message(reason));
     return whole;
+}
+
+/// A message file and a source text are easily taken for one another; the other kind's
+/// faults would fill the screen.
+bool isSourceText(const Messages& messages, const std::string& bytes) {
+    if (bytes.find('\0') != bytes.npos)
+        return false;
+    Messages texts{messages.file, {}, {}};
+    parseSource(bytes, texts);
+    return !texts.texts.empty();
 }
 
 } // namespace
@@ -75,7 +91,11 @@ Messages readMessages(const std::string& file) {
 Messages readMessageFile(const std::string& file) {
     Messages messages{file, {}, {}};
     std::string bytes;
-    if (readFile(messages, bytes))
+    if (!readFile(messages, bytes))
+        return messages;
+    if (!isMessageFile(bytes) && isSourceText(messages, bytes))
+        messages.addProblem(0, "is a source text and no message file: -source reads it");
+    else
         decodeMessageFile(bytes, messages);
     return messages;
 }
@@ -83,7 +103,11 @@ Messages readMessageFile(const std::string& file) {
 Messages readSourceText(const std::string& file) {
     Messages messages{file, {}, {}};
     std::string bytes;
-    if (readFile(messages, bytes))
+    if (!readFile(messages, bytes))
+        return messages;
+    if (isMessageFile(bytes))
+        messages.addProblem(0, "is a message file and no source text: -file reads it");
+    else
         parseSource(bytes, messages);
     return messages;
 }

@@ -30,6 +30,8 @@ struct Messages {
     bool report();
 };
 
+/// "-" is standard input in each of these, which is read once only.
+///
 /// Messages of a source text or of a message file, told apart by their
 /// beginning. A file that cannot be read is a problem, too.
 Messages readMessages(const std::string& file);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// Makes, shows, compares and checks message files.
 
-#include "common/CommandLine.h"
 #include "common/formats.h"
 #include "common/output.h"
 #include "common/printable.h"
@@ -10,23 +9,27 @@
 #include "source_text.h"
 #include "tools/moxtools.h"
 
+#include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace {
 
 enum Status { Done = 0, Failed = 1 };
 
-constexpr CommandLine::Option options[] = {
-    {arg_source, "TEXT", "source text to compile or to check"},
-    {arg_file, "MSG_FILE", "message file to write back as text, or to compare"},
+constexpr KazCommandLine::Option options[] = {
+    {arg_source, "TEXT", "source text to compile or to check", false, KazCommandLine::AnyFile},
+    {arg_file, "MSG_FILE", "message file to write back as text, or to compare", false,
+     KazCommandLine::AnyFile},
     {arg_merge, nullptr, "compare with the other file"},
-    {arg_output, "FILE", "file to write instead of standard output"}};
-constexpr CommandLine
-    commandLine("moxmsg", "[other]",
-                "Compiles a source text into a message file, or checks it when no output is\n"
-                "named. Writes a message file back as source text. With -merge compares with\n"
-                "the other file, of either kind.",
-                options);
+    {arg_output, "FILE", "file to write instead of standard output", false,
+     KazCommandLine::AnyFile}};
+constexpr KazCommandLine
+    commandLine({"moxmsg", MOX_VERSION,
+                 "Compiles a source text into a message file, or checks it when no output is\n"
+                 "named. Writes a message file back as source text. With -merge compares with\n"
+                 "the other file, of either kind. \"-\" is standard input or standard output.",
+                 options, std::size(options), "[other]", 0, 1, KazCommandLine::AnyFile});
 
 std::string textOf(arg_type_enum type) {
     const char* text = kaz_arg_text(type, 0, nullptr);
@@ -48,10 +51,12 @@ struct Request {
         if (TI_no(textOf(arg_merge).c_str()) == other.empty())
             return other.empty() ? "-merge needs another file"
                                  : "what is " + printable(other) + " for?";
-        if (kaz_arg_get_untagged(1))
-            return "what is " + printable(kaz_arg_get_untagged(1)) + " for?";
-        for (const std::string& input : {source, file, other}) {
-            if (!output.empty() && !input.empty() && isSameFile(input, output))
+        const std::array inputs = {source, file, other};
+        if (std::count_if(inputs.begin(), inputs.end(), isStandardStream) > 1)
+            return "standard input can be read once only";
+        for (const std::string& input : inputs) {
+            if (!output.empty() && !isStandardStream(output) && !input.empty() &&
+                isSameFile(input, output))
                 return "-output would overwrite " + printable(input);
         }
         return "";
@@ -113,7 +118,7 @@ Status compile(const Request& request) {
     const std::string bytes = encodeMessageFile(messages);
     if (!messages.report() || !isSound)
         return Failed;
-    return request.output.empty() || writeOutput(request.output, bytes) ? Done : Failed;
+    return request.output.empty() || writeBytes(request.output, bytes) ? Done : Failed;
 }
 
 Status show(const Request& request) {
@@ -134,15 +139,15 @@ Status compare(const Request& request) {
 
 class MoxMsg : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
-        if (!commandLine.parse(argc, argv))
-            return CommandLine::wrongUsage;
+        if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
+            return status;
         const char* other = kaz_arg_get_untagged(0);
         const Request request{textOf(arg_source), textOf(arg_file), textOf(arg_output),
                               other ? other : ""};
         const std::string problem = request.problem();
         if (!problem.empty()) {
-            commandLine.complain(problem);
-            return CommandLine::wrongUsage;
+            commandLine.complain("%s", problem.c_str());
+            return KazCommandLine::wrongUsage;
         }
         if (!request.source.empty())
             return compile(request);

@@ -65,7 +65,7 @@ TEST_F(Terminal, ArgumentsThatAreQuotedInMessages) {
     EXPECT_EQ(run({"moxmsg", "-file", evil}).err,
               shown + ": cannot be read: No such file or directory\n");
     EXPECT_TRUE(run({"moxmsg", "-file", "f", evil})
-                    .err.starts_with("moxmsg: what is " + shown + " for?\nusage: moxmsg"));
+                    .err.starts_with("moxmsg: what is " + shown + " for?\nmoxmsg -help"));
 }
 
 TEST_F(Terminal, NamesOfFilesAndTextsOfCatalogs) {

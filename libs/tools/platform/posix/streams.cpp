@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/host.h"
+#include "tools/platform/host_streams.h"
 #include "tools/platform/posix/descriptor.h"
 
 #include <cstdio>
@@ -35,6 +36,8 @@ std::string errorText(int number) {
     const char* text = ::strerrordesc_np(number);
     return text != nullptr ? text : "";
 }
+
+void passBytes(std::FILE*) {}
 
 // The runtime library does it by itself.
 void terminateOnUncaughtRethrow() {}

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/host.h"
+#include "tools/platform/host_streams.h"
 
 #include <array>
 #include <cstdio>
@@ -27,6 +28,10 @@ void closeAllStreams() {
             ::_dup2(nothing, standard);
     if (nothing > 2)
         ::_close(nothing);
+}
+
+void passBytes(std::FILE* stream) {
+    ::_setmode(::_fileno(stream), _O_BINARY);
 }
 
 std::string errorText(int number) {
