@@ -35,7 +35,7 @@ install(FILES ${mox_gdb_printers} DESTINATION /usr/share/gdb/auto-load${prefix}/
 debian_file(library /etc/moxtools ${sources}/ToolInfo)
 debian_link(library ${prefix}/ToolInfo /etc/moxtools/ToolInfo)
 
-foreach(program moxcopy moxinfo moxmsg moxtool)
+foreach(program moxcopy moxinfo moxmsg moxreport moxtool)
   debian_link(programs /usr/bin/${program} ../lib/moxtools/bin/${program})
   debian_file(programs /usr/share/man/man1 ${made}/${program}.1.gz)
 endforeach()
@@ -91,7 +91,7 @@ function(debian_package group name section synopsis text) # KEY VALUE...
 endfunction()
 debian_package(lib ${soname_package} libs "common tools library" "This package has the library.")
 debian_package(tools moxtools utils "tools for systems of diagrams"
-               "This package has the tools moxcopy, moxinfo, moxmsg and moxtool.")
+               "This package has the tools moxcopy, moxinfo, moxmsg, moxreport and moxtool.")
 debian_package(dev libmoxtools-dev libdevel "common tools library, for developers"
                "This package has what is needed to write a tool.")
 set(CPACK_DEBIAN_LIB_PACKAGE_CONTROL_EXTRA ${sources}/conffiles ${made}/symbols)

@@ -33,6 +33,11 @@ show moxinfo -product .
 say "What the tools are configured with, and from where"
 show moxinfo -verbose tmp_dir site_name '${ti.mox_file_path}'
 
+say "A report of the project, for a browser and for a word processor"
+show moxreport -projdir plant -output plant.html -verbose
+show moxreport -projdir plant -output plant.rtf -orientation landscape -Quiet
+show ls -l plant.html plant.rtf
+
 say "A small system, with commentary, to a directory of our choice"
 show moxcopy -projdir plant -system logistics -target backup -verbose
 

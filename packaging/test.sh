@@ -38,7 +38,7 @@ done
 
 echo "greeting=Hello" >>"$root/etc/moxtools/ToolInfo"
 expect "a tool of the package, by its link" Hello "$(chroot "$root" /usr/bin/moxinfo greeting)"
-expect "pages" 4 "$(find "$root/usr/share/man" -name '*.1.gz' | wc -l)"
+expect "pages" "$(find "$here/../docs/man" -name '*.1' | wc -l)" "$(find "$root/usr/share/man" -name '*.1.gz' | wc -l)"
 
 expect "completion" "$(chroot "$root" /usr/bin/moxtool completion bash moxinfo)" \
     "$(cat "$root/usr/share/bash-completion/completions/moxinfo")"
@@ -49,7 +49,7 @@ done
 
 # What is installed is what was packaged, and damage to it is named.
 product() { # PREFIX OF A COMMAND... BIN
-    local bin=${*: -1} run=("${@:1:$#-1}") programs="moxcopy moxinfo moxmsg moxtool"
+    local bin=${*: -1} run=("${@:1:$#-1}") programs="moxcopy moxinfo moxmsg moxreport moxtool"
     local shown program
     shown=$("${run[@]}" "$bin/moxinfo" -product . -verbose) || die "the product is not sound: $shown"
     for program in $programs "libmoxtools.so.$version"; do

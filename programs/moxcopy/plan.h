@@ -3,7 +3,7 @@
 /// What there is to copy, listed before anything is written.
 #pragma once
 
-#include "failures.h"
+#include "common/failures.h"
 #include "options.h"
 #include "tools/files/KazDirectory.h"
 

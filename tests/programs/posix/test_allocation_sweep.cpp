@@ -128,6 +128,22 @@ TEST_F(OutOfMemory, MessageFilesAreWholeOrAsTheyWere) {
         {"moxmsg", "-file", "file"}, [] {}, [](const kit::Result&) {});
 }
 
+TEST_F(OutOfMemory, AReportIsWholeOrAsItWas) {
+    options.env["SOURCE_DATE_EPOCH"] = "1700000000";
+    for (const std::string name : {"a/one.dgm", "a/filestore/one.1", "a/filestore/one.2", "b/x/y"})
+        tree.write("plant/" + name, name);
+    // What else the formats ask for is swept inside a process.
+    const std::vector<std::string> command = {"moxreport", "-p",     "plant",
+                                              "-output",   "report", "-Quiet"};
+    ASSERT_EQ(kit::run(command, options).status, 0);
+    const std::string complete = tree.read("report");
+    sweep(
+        command, [&] { tree.write("report", "before"); },
+        [&](const kit::Result& result) {
+            EXPECT_EQ(tree.read("report"), result.status == 0 ? complete : "before");
+        });
+}
+
 TEST_F(OutOfMemory, TheConfigurationIsShownOrTheReasonIsTold) {
     sweep(
         {"moxinfo", "name", "other"}, [] {}, [](const kit::Result&) {});

@@ -137,6 +137,25 @@ TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
         });
 }
 
+TEST_F(Programs, AReportIsWholeOrAsItWas) {
+    options.env["SOURCE_DATE_EPOCH"] = "1700000000";
+    for (const std::string name : {"a/one.dgm", "a/filestore/one.1", "b/x/y"})
+        tree.write("plant/" + name, name);
+    const std::vector<std::string> command = {"moxreport", "-p", "plant", "-output", "report.html"};
+    ASSERT_EQ(kit::run(command, options).status, 0);
+    const std::string complete = tree.read("report.html");
+    sweep(
+        command, [&] { tree.write("report.html", "before"); },
+        [&](const kit::Result& result) {
+            const std::string report = tree.read("report.html");
+            const bool isTold = report.find("What could not be read") != report.npos;
+            EXPECT_TRUE(result.status == 0 ? report == complete : report == "before" || isTold)
+                << result.err << report;
+            for (const auto& entry : fs::directory_iterator(tree.path()))
+                EXPECT_EQ(entry.path().filename().string().find("report.html."), std::string::npos);
+        });
+}
+
 TEST_F(Programs, AnInterruptedTransferGoesOn) {
     if (!kit::canTrace())
         GTEST_SKIP() << "strace is missing, or may not trace here";

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// @file
-/// What could not be copied.
+/// What a program could not do.
 #pragma once
 
 #include "tools/strings/KazString.h"
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// Something that could not be copied, and why.
+/// Something that a program could not work on, and why.
 struct Failure {
     KazString path; ///< as it is shown to the user
     KazString reason;
