@@ -4,11 +4,13 @@
 #pragma once
 
 #include "kit/env.h"
+#include "kit/host.h"
 #include "kit/temp_tree.h"
 #include "tools/settings/KazSettings.h"
 
 #include <filesystem>
 #include <string>
+#include <unistd.h>
 
 namespace settings_test {
 
@@ -25,12 +27,24 @@ public:
     /// The file that holds the settings, where there is one.
     std::string file() const { return "Tarvo/Mox/settings"; }
 
+    /// The section that a test means by @p name; the root's is "".
+    static std::string section(const std::string& name = "") {
+        const std::string& own = ownSection();
+        return own.empty() || name.empty() ? own + name : own + "\\" + name;
+    }
+
     /// In memory where that is possible: each commit waits for the disk.
     kit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
 
 private:
+    /// A registry is one for all tests that run, and for the user who runs them.
+    static const std::string& ownSection() {
+        static const std::string own = kit::hasDrives ? "tests " + std::to_string(::getpid()) : "";
+        return own;
+    }
+
     static void removeAll() {
-        KazSettings all;
+        KazSettings all(section().c_str());
         all.removeAll();
         all.commit();
     }

@@ -40,11 +40,13 @@ std::string lowered(std::string text) {
 
 class Settings : public testing::Test {
 protected:
+    static std::string at(const std::string& section) { return Place::section(section); }
+
     std::string ask(const std::string& section, const std::string& script) {
         kit::RunOptions options;
         options.input = script;
         const kit::Result result =
-            kit::run({kit::binDirectory() + "/settings_probe", section}, options);
+            kit::run({kit::binDirectory() + "/settings_probe", at(section)}, options);
         EXPECT_EQ(result.status, 0) << result.err;
         std::string out = result.out;
         std::erase(out, '\r');
@@ -159,7 +161,7 @@ TEST_F(Settings, WhatProcessesWriteIsWhatAModelHolds) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed());
     std::map<std::string, Model> models;
-    KazSettings watcher("Model\\b");
+    KazSettings watcher(at("Model\\b").c_str());
     for (int round = 0; round < 30; ++round) {
         const std::string section = random.oneIn(2) ? "Model/B" : "Model\\b\\Below";
         Model& model = models[section];
@@ -201,14 +203,14 @@ TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
         });
     for (std::thread& thread : threads)
         thread.join();
-    const KazSettings settings("Together");
+    const KazSettings settings(at("Together").c_str());
     EXPECT_EQ(namesOf(settings).size(), processes * commits + 1U);
     for (int n = 0; n < processes * commits; ++n)
         EXPECT_EQ(settings.getInteger(("own " + std::to_string(n)).c_str(), -1), n / commits);
 }
 
 TEST_F(Settings, ConvertsAsTheTableSays) {
-    KazSettings s("Convert");
+    KazSettings s(at("Convert").c_str());
     constexpr auto least = std::numeric_limits<std::int64_t>::min();
     s.setInteger("least", least);
     s.setInteger("zero", 0);
@@ -219,7 +221,7 @@ TEST_F(Settings, ConvertsAsTheTableSays) {
     s.setBool("yes", true);
     s.setList("list", KazStringColl());
     s.commit();
-    const KazSettings r("convert");
+    const KazSettings r(at("convert").c_str());
     EXPECT_EQ(r.getText("least"), "-9223372036854775808");
     EXPECT_EQ(r.getText("half") + r.getText("tenth"), "0.50.1");
     EXPECT_EQ(r.getText("yes"), "true");
@@ -281,7 +283,7 @@ TEST_F(Settings, WhatIsNotAllowedChangesNothing) {
         }
         return false;
     };
-    KazSettings s("Bounds");
+    KazSettings s(at("Bounds").c_str());
     KazStringColl many;
     for (int i = 0; i < 4096; ++i)
         many.add("");
@@ -291,7 +293,7 @@ TEST_F(Settings, WhatIsNotAllowedChangesNothing) {
     s.setText("half", "\xE2\x82 \xFF"); // broken off, and nothing at all
     s.setText("null", nullptr);
     s.commit();
-    const KazSettings r("Bounds");
+    const KazSettings r(at("Bounds").c_str());
     EXPECT_EQ(r.getText(longest.c_str()), longText.c_str());
     EXPECT_TRUE(r.getList("many", many) && many.getSize() == 4096);
     EXPECT_EQ(r.getText("half"), "\xEF\xBF\xBD \xEF\xBF\xBD");
@@ -319,7 +321,7 @@ TEST_F(Settings, WhatIsNotAllowedChangesNothing) {
 }
 
 TEST_F(Settings, ChangesShowAtOnceAndAreWrittenOnce) {
-    KazSettings a("Shared"), b("Shared");
+    KazSettings a(at("Shared").c_str()), b(at("Shared").c_str());
     a.setInteger("One", 1);
     EXPECT_TRUE(a.isSet("ONE") && !b.isSet("one"));
     a.commit();
@@ -338,7 +340,7 @@ TEST_F(Settings, ChangesShowAtOnceAndAreWrittenOnce) {
     a.discard();
     EXPECT_EQ(namesOf(a), (List{"One", "two"}));
     {
-        KazSettings below("Shared\\Deep\\Deeper");
+        KazSettings below(at("Shared\\Deep\\Deeper").c_str());
         below.setBool("b", true);
     } // which commits
     a.refresh();
@@ -347,12 +349,12 @@ TEST_F(Settings, ChangesShowAtOnceAndAreWrittenOnce) {
     a.setText("last", "x");
     EXPECT_EQ(namesOf(a), List{"last"});
     a.commit();
-    EXPECT_FALSE(KazSettings("Shared\\Deep\\Deeper").isSet("b"));
-    EXPECT_TRUE(namesOf(KazSettings("shared"), true).empty());
-    EXPECT_EQ(namesOf(KazSettings(), true), List{"Shared"});
+    EXPECT_FALSE(KazSettings(at("Shared\\Deep\\Deeper").c_str()).isSet("b"));
+    EXPECT_TRUE(namesOf(KazSettings(at("shared").c_str()), true).empty());
+    EXPECT_EQ(namesOf(KazSettings(at("").c_str()), true), List{"Shared"});
     a.removeAll();
     a.commit();
-    EXPECT_TRUE(namesOf(KazSettings(), true).empty());
+    EXPECT_TRUE(namesOf(KazSettings(at("").c_str()), true).empty());
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include "tools/platform/windows/file_status.h"
 #include "tools/platform/windows/text.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -47,6 +49,29 @@ std::wstring entryPath(std::intptr_t handle, const std::string& name) {
     }
     return *directory + widened(name);
 }
+
+/// The same in memory of the stack: clearing up has to work when there is no other memory,
+/// and destructors rely on it.
+class EntryName {
+public:
+    /// False with errno set.
+    bool set(std::intptr_t handle, const std::string& name) {
+        const std::wstring* directory = pathOf(handle);
+        const std::size_t start = directory != nullptr ? directory->size() : 0;
+        if (directory == nullptr || !isComponent(name) || start + 1 >= path_.size())
+            return failWith(directory == nullptr ? EBADF : ENOENT) == 0;
+        std::copy(directory->begin(), directory->end(), path_.begin());
+        const int length =
+            MultiByteToWideChar(CP_ACP, 0, name.data(), static_cast<int>(name.size()),
+                                path_.data() + start, static_cast<int>(path_.size() - start - 1));
+        path_[start + static_cast<std::size_t>(length)] = L'\0';
+        return length > 0 || failWith(ENAMETOOLONG) == 0;
+    }
+    const wchar_t* get() const { return path_.data(); }
+
+private:
+    std::array<wchar_t, 32768> path_; // as long as a literal path may be
+};
 
 template <typename Operation>
 int onEntry(std::intptr_t handle, const std::string& name, Operation operation) {
@@ -207,15 +232,13 @@ int Directory::makeDirectory(const std::string& name, unsigned) const {
 }
 
 int Directory::removeDirectory(const std::string& name) const {
-    return onEntry(handle_, name, [](const std::wstring& path) {
-        return succeededOrFail(RemoveDirectoryW(path.c_str()));
-    });
+    EntryName path;
+    return path.set(handle_, name) ? succeededOrFail(RemoveDirectoryW(path.get())) : -1;
 }
 
 int Directory::removeFile(const std::string& name) const {
-    return onEntry(handle_, name, [](const std::wstring& path) {
-        return succeededOrFail(DeleteFileW(path.c_str()));
-    });
+    EntryName path;
+    return path.set(handle_, name) ? succeededOrFail(DeleteFileW(path.get())) : -1;
 }
 
 int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,

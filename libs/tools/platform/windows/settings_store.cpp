@@ -295,6 +295,30 @@ LSTATUS carryOut(const std::string& keyName, const SettingsChange& change) {
                           static_cast<DWORD>(stored.bytes.size()));
 }
 
+/// One process at a time changes settings: a key that was empty a moment ago is removed
+/// with the value that another has put there since.
+class Turn {
+public:
+    Turn() : mutex_(CreateMutexW(nullptr, FALSE, L"Local\\Tarvo.Mox.settings")) {
+        // One that has died in its turn has given it up.
+        if (mutex_ != nullptr)
+            WaitForSingleObject(mutex_, INFINITE);
+    }
+    ~Turn() {
+        if (mutex_ == nullptr)
+            return;
+        ReleaseMutex(mutex_);
+        CloseHandle(mutex_);
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    bool isOurs() const { return mutex_ != nullptr; }
+
+private:
+    HANDLE mutex_;
+};
+
 /// From the section's key up to the suite's own, as far as they are empty.
 void removeEmptyKeys(std::string name) {
     while (name.size() >= rootKey.size()) {
@@ -348,6 +372,9 @@ int SettingsStore::load(SettingsSection& result) const {
 
 int SettingsStore::commit(SettingsChanges& changes) const {
     const std::string key = keyOf(section_);
+    const Turn turn;
+    if (!turn.isOurs())
+        return failWithLastError();
     if (changes.removesAll) {
         if (const LSTATUS status = removeEverything(key); status != ERROR_SUCCESS)
             return resultOf(status);
