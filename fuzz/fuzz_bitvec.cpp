@@ -68,6 +68,22 @@ private:
     std::vector<bool> model;
 };
 
+/// Null is no vector, and differs from everything, as other sizes do.
+void nullHasNoBits() {
+    bitvec_put_val(nullptr, 0, 1);
+    bitvec_put_val(nullptr, 0, 0);
+    bitvec_clear(nullptr);
+    FUZZ_CHECK(!bitvec_is_set(nullptr, 0) && bitvec_is_all_clear(nullptr) == 0);
+    FUZZ_CHECK(bitvec_find_unset(nullptr) == -1 && bitvec_copy(nullptr) == nullptr);
+    const Vector bits(bitvec_new(3)), larger(bitvec_new(4));
+    for (const bitvec* other : {static_cast<bitvec*>(nullptr), larger.get()}) {
+        FUZZ_CHECK(bitvec_compare(bits.get(), other) == 1);
+        FUZZ_CHECK(bitvec_compare(other, bits.get()) == 1);
+        FUZZ_CHECK(bitvec_compare_sub(bits.get(), other, 0, 1) == 1);
+    }
+    FUZZ_CHECK(bitvec_compare(nullptr, nullptr) == 1);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -97,5 +113,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         pair.check();
     }
+    nullHasNoBits();
     return 0;
 }

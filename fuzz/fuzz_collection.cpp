@@ -2,6 +2,7 @@
 // Arrays and collections against std::vector, with iterators that stay while
 // elements come and go, and with storage that several of them share.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
 #include "kit/counted.h"
@@ -43,9 +44,11 @@ int grownCapacity(int present, int count) {
 }
 
 void arrayBehavesLikeAVector(Input& input) {
+    fuzz::Failures failures(input);
     Array array;
     std::vector<void*> model;
     int room = 0;
+    const auto unchanged = [&] { FUZZ_CHECK(array.contents() == model && array.room() == room); };
     for (int work = 0; !input.empty() && work < 300000; work += array.getSize() + 1) {
         const int size = static_cast<int>(model.size());
         void* value = reinterpret_cast<void*>(static_cast<std::intptr_t>(input.between(1, 99)));
@@ -57,24 +60,26 @@ void arrayBehavesLikeAVector(Input& input) {
         bool fits = false;
         switch (input.between(0, 9)) {
         case 0:
-            FUZZ_CHECK(array.add(value) == size);
+            failures.step([&] { FUZZ_CHECK(array.add(value) == size); }, unchanged);
             model.push_back(value);
             break;
         case 1:
-            array.setAtGrow(at, value);
+            failures.step([&] { array.setAtGrow(at, value); }, unchanged);
             fillTo(at + 1);
             model[static_cast<std::size_t>(at)] = value;
             break;
         case 2: {
             std::vector<void*> inserted(static_cast<std::size_t>(input.between(0, 80)), value);
-            array.insertAt(at, inserted.data(), static_cast<int>(inserted.size()));
+            failures.step(
+                [&] { array.insertAt(at, inserted.data(), static_cast<int>(inserted.size())); },
+                unchanged);
             fillTo(at);
             model.insert(model.begin() + at, inserted.begin(), inserted.end());
             break;
         }
         case 3:
             if (size > 0 && size < 500) { // its own slots
-                array.insertAt(at, array);
+                failures.step([&] { array.insertAt(at, array); }, unchanged);
                 const std::vector<void*> inserted(model);
                 fillTo(at);
                 model.insert(model.begin() + at, inserted.begin(), inserted.end());
@@ -85,18 +90,18 @@ void arrayBehavesLikeAVector(Input& input) {
             model.resize(static_cast<std::size_t>(std::max(size - 1, 0)));
             break;
         case 5:
-            array.freeExtra();
-            fits = true;
+            fits = failures.hold([&] { array.freeExtra(); }); // or the block cannot shrink
             break;
         case 6:
-            array.setSize(at);
+            failures.step([&] { array.setSize(at); }, unchanged);
             model.resize(static_cast<std::size_t>(at));
             fits = at == 0;
             break;
         case 7: {
             KazArrayPtr other;
-            other.copy(array);
-            FUZZ_CHECK(other.append(array) == size);
+            failures.step([&] { other.copy(array); }, [&] { FUZZ_CHECK(other.getSize() == 0); });
+            failures.step([&] { FUZZ_CHECK(other.append(array) == size); },
+                          [&] { FUZZ_CHECK(other.getSize() == size); });
             FUZZ_CHECK(other.findPtr(size > 0 ? array[0] : value) >= size || size == 0);
             break;
         }
@@ -104,7 +109,7 @@ void arrayBehavesLikeAVector(Input& input) {
             if (size > 0) {
                 const int from = input.between(0, size - 1);
                 const int count = input.between(0, 9);
-                array.removeAt(from, count);
+                failures.hold([&] { array.removeAt(from, count); });
                 model.erase(model.begin() + from,
                             model.begin() + from + std::min(count, size - from));
             }
@@ -132,6 +137,7 @@ std::vector<Call> calls;
 const KazColl* watched = nullptr;
 
 void noteCall(char what, int value) {
+    const fuzz::MemoryHolds holds;
     calls.push_back({what, value, {}});
     for (int i = 0; watched && i < watched->getSize(); ++i)
         calls.back().seen.push_back(valueOf((*watched)[i]));
@@ -202,7 +208,7 @@ struct Model {
 
 class Walked {
 public:
-    explicit Walked(KazColl& walked) : coll(walked) {
+    Walked(KazColl& walked, fuzz::Failures& source) : coll(walked), failures(source) {
         for (int i = 0; i < 6; ++i)
             model.iterators.push_front(atStart());
     }
@@ -213,16 +219,16 @@ public:
         Counted one(input.between(1, 99)), two(7);
         switch (input.between(0, 9)) {
         case 0:
-            FUZZ_CHECK(coll.add(&one) == size);
+            retry([&] { FUZZ_CHECK(coll.add(&one) == size); });
             model.insertOne(size, one.value());
             break;
         case 1: {
             void* items[] = {&one, &two};
             if (input.flag()) {
-                coll.insertAt(at, items, 2);
+                retry([&] { coll.insertAt(at, items, 2); });
                 model.insert(at, {one.value(), 7});
             } else {
-                coll.insertAt(at, &one);
+                retry([&] { coll.insertAt(at, &one); });
                 model.insertOne(at, one.value());
             }
             break;
@@ -230,17 +236,23 @@ public:
         case 2:
             if (size > 0 && size < 200) {
                 if (input.flag()) {
-                    coll.insertAt(at, coll);
+                    retry([&] { coll.insertAt(at, coll); });
                     model.insert(at, std::vector<int>(model.values));
                 } else {
-                    FUZZ_CHECK(coll.append(coll) == size);
+                    retry([&] { FUZZ_CHECK(coll.append(coll) == size); });
                     model.insert(size, std::vector<int>(model.values));
                 }
             }
             break;
         case 3:
             if (size > 0) {
-                coll.setAt(at % size, &one);
+                // What it replaces is gone before the new one comes in.
+                failures.step([&] { coll.setAt(at % size, &one); },
+                              [&] {
+                                  model.leave(at % size);
+                                  model.note('i', one.value());
+                                  check();
+                              });
                 model.leave(at % size);
                 model.note('i', one.value());
                 model.values[static_cast<std::size_t>(at % size)] = one.value();
@@ -251,7 +263,7 @@ public:
             if (size > 0) {
                 const int from = at % size;
                 const int count = input.between(1, size - from);
-                coll.removeAt(from, count);
+                failures.hold([&] { coll.removeAt(from, count); });
                 model.remove(from, count);
             }
             break;
@@ -280,11 +292,21 @@ private:
     Tracked atStart() { return {KazCollIterator(coll), model.size() > 0 ? 0 : -2}; }
 
     void clear() {
-        coll.removeAll();
+        failures.hold([&] { coll.removeAll(); });
         model.clear();
     }
 
+    /// What ran out of memory has checked out again whatever it had checked in.
+    template <typename Act>
+    void retry(Act act) {
+        failures.step(act, [this] {
+            calls.clear();
+            check();
+        });
+    }
+
     void check() {
+        FUZZ_CHECK(Counted::live() == present(model.values) + 2);
         FUZZ_CHECK(std::exchange(calls, {}) == std::exchange(model.calls, {}));
         FUZZ_CHECK(kaz::detail::Soundness::holds(coll));
         FUZZ_CHECK(coll.getSize() == model.size());
@@ -296,23 +318,35 @@ private:
         }
     }
 
+    static int present(const std::vector<int>& values) {
+        return static_cast<int>(values.size() - std::count(values.begin(), values.end(), 0));
+    }
+
     KazColl& coll;
     Model model;
+    fuzz::Failures& failures;
 };
 
 void iteratorsKeepTheirElements(Input& input) {
+    fuzz::Failures failures(input);
     {
         KazColl coll;
         coll.setCheckIn(notedCheckIn);
         coll.setCheckOut(notedCheckOut);
         watched = &coll;
         calls.clear();
-        Walked walked(coll);
+        Walked walked(coll, failures);
         for (int work = 0; !input.empty() && work < 300000; work += walked.size() + 1)
             walked.change(input);
         watched = nullptr;
         KazColl copied(coll);
         copied.append(coll);
+        const int before = Counted::live();
+        KazColl emptied;
+        emptied.setCheckIn(Counted::checkIn);
+        emptied.setCheckOut(Counted::checkOut);
+        failures.step([&] { emptied.copy(coll); },
+                      [&] { FUZZ_CHECK(emptied.getSize() == 0 && Counted::live() == before); });
     }
     FUZZ_CHECK(Counted::live() == 0);
 }
@@ -326,8 +360,14 @@ bool isSameInAnyCase(const std::string& a, const std::string& b) {
 }
 
 void stringsBehaveLikeAVector(Input& input) {
+    fuzz::Failures failures(input);
     KazStringColl coll;
     std::vector<std::string> model;
+    const auto unchanged = [&] {
+        FUZZ_CHECK(coll.getSize() == static_cast<int>(model.size()));
+        for (int i = 0; i < coll.getSize(); ++i)
+            FUZZ_CHECK(coll[i] == model[static_cast<std::size_t>(i)].c_str());
+    };
     for (int work = 0; !input.empty() && work < 100000; work += coll.getSize() + 1) {
         const int size = coll.getSize();
         const int at = input.between(0, size);
@@ -340,16 +380,16 @@ void stringsBehaveLikeAVector(Input& input) {
         const auto here = model.begin() + at;
         switch (input.between(0, 6)) {
         case 0:
-            FUZZ_CHECK(coll.add(text) == size);
+            failures.step([&] { FUZZ_CHECK(coll.add(text) == size); }, unchanged);
             model.push_back(value);
             break;
         case 1:
-            coll.insertAt(at, text);
+            failures.step([&] { coll.insertAt(at, text); }, unchanged);
             model.insert(here, value);
             break;
         case 2: {
             const KazString both[] = {text, fresh};
-            coll.insertAt(at, both, 2);
+            failures.step([&] { coll.insertAt(at, both, 2); }, unchanged);
             model.insert(here, {value, wanted});
             break;
         }

@@ -2,6 +2,7 @@
 // What was encoded is read back by readers of their own: the same characters come back,
 // as far as the format has them, and nothing else is ever written.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/text_reference.h"
 #include "tools/formats/encode.h"
@@ -125,10 +126,7 @@ void anchorsAreNames(const std::string& text) {
     FUZZ_CHECK(kazAnchorName(name.c_str()) == name.c_str());
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void all(fuzz::Input input) {
     const int from = input.byte();
     const int length = input.byte();
     const bool isAscii = input.flag();
@@ -145,5 +143,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     urlComesBack(text);
     safeLinksRunNothing(text);
     anchorsAreNames(text);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lists, queues, sets and index lists against std::list, std::deque and std::set.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
+#include "kit/counted.h"
 #include "tools/util/gu_index_list.h"
 #include "tools/util/gu_list.h"
 #include "tools/util/gu_queue.h"
@@ -20,6 +22,7 @@
 namespace {
 
 using fuzz::Input;
+using kit::Counted;
 
 void* element(int value) {
     return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
@@ -74,21 +77,26 @@ void compareLists(const gu_list* list, const std::list<int>& model) {
     FUZZ_CHECK(gu_list_size(list) == static_cast<int>(model.size()));
 }
 
-void changeList(Input& input, gu_list* list, std::list<int>& model) {
+void changeList(Input& input, fuzz::Failures& failures, gu_list* list, std::list<int>& model) {
     const int value = input.between(0, 49);
     const int at = input.between(0, static_cast<int>(model.size()));
     const auto place = std::next(model.begin(), at);
     gu_list_node* node = gu_list_at(list, at);
     FUZZ_CHECK((place == model.end()) == (node == nullptr));
+    const auto unchanged = [&] { compareLists(list, model); };
     const auto tensBefore = [](int a, int b) { return a / 10 < b / 10; };
     switch (input.between(0, 8)) {
     case 0:
-        gu_list_insert_before(list, node, element(value));
+        failures.step([&] { gu_list_insert_before(list, node, element(value)); }, unchanged);
         model.insert(place, value);
         break;
     case 1:
-        FUZZ_CHECK(gu_list_element(gu_list_insert_after(list, node, element(value))) ==
-                   element(value));
+        failures.step(
+            [&] {
+                FUZZ_CHECK(gu_list_element(gu_list_insert_after(list, node, element(value))) ==
+                           element(value));
+            },
+            unchanged);
         model.insert(node != nullptr ? std::next(place) : model.begin(), value);
         break;
     case 2: {
@@ -117,11 +125,11 @@ void changeList(Input& input, gu_list* list, std::list<int>& model) {
     case 6: // all tens are equal: only a stable sort agrees
         gu_list_sort(list, byTens);
         model.sort(tensBefore);
-        gu_list_insert_sorted(list, element(value), byTens);
+        failures.step([&] { gu_list_insert_sorted(list, element(value), byTens); }, unchanged);
         model.insert(std::upper_bound(model.begin(), model.end(), value, tensBefore), value);
         break;
     case 7: {
-        const Owned<gu_list> other(gu_list_copy(list, nullptr));
+        const Owned<gu_list> other(failures.ask([&] { return gu_list_copy(list, nullptr); }));
         compareLists(other.get(), model);
         if (model.size() > 100)
             break;
@@ -141,10 +149,11 @@ void changeList(Input& input, gu_list* list, std::list<int>& model) {
 }
 
 void listsFollowTheModel(Input& input) {
+    fuzz::Failures failures(input);
     const Owned<gu_list> list(gu_list_create(nullptr));
     std::list<int> model;
     for (std::size_t work = 0; !input.empty() && work < 100000; work += model.size() + 1) {
-        changeList(input, list.get(), model);
+        changeList(input, failures, list.get(), model);
         compareLists(list.get(), model);
     }
 }
@@ -184,9 +193,44 @@ void ownedElementsAreReleased(Input& input) {
     }
 }
 
+/// Copies own copies, all of them or none.
+void copiesOwnTheirElements(Input& input) {
+    fuzz::Failures failures(input);
+    {
+        const Owned<gu_list> list(gu_list_create(Counted::checkOut));
+        const Owned<gu_queue> queue(gu_queue_create(Counted::checkOut));
+        for (int n = input.between(0, 20); n > 0; --n) {
+            gu_list_append(list.get(), new Counted(n));
+            gu_queue_add(queue.get(), new Counted(n));
+        }
+        int live = Counted::live();
+        const bool holdsThree = live >= 6;
+        const auto unchanged = [&] { FUZZ_CHECK(Counted::live() == live); };
+        Owned<gu_list> copy;
+        Owned<gu_queue> copied;
+        failures.step([&] { copy.reset(gu_list_copy(list.get(), Counted::checkIn)); }, unchanged);
+        delete static_cast<Counted*>(gu_list_take_first(copy.get()));
+        gu_list_concat(list.get(), copy.get()); // moved nodes belong to their new list
+        copy.reset();
+        live = Counted::live();
+        failures.step([&] { copied.reset(gu_queue_copy(queue.get(), Counted::checkIn)); },
+                      unchanged);
+        const Owned<gu_list> shared(gu_list_copy(list.get(), nullptr));
+        const Owned<gu_queue> sharedQueue(gu_queue_copy(queue.get(), nullptr));
+        FUZZ_CHECK(gu_list_size(shared.get()) == gu_list_size(list.get()));
+        const Counted probe(3);
+        gu_list_node* found = gu_list_find_by(list.get(), &probe, Counted::compare);
+        FUZZ_CHECK((found != nullptr) == holdsThree);
+        gu_list_remove_node(list.get(), found);
+        delete static_cast<Counted*>(gu_queue_take(queue.get()));
+    }
+    FUZZ_CHECK(Counted::live() == 0);
+}
+
 // ---- Queues
 
 void queuesFollowTheModel(Input& input) {
+    fuzz::Failures failures(input);
     const Owned<gu_queue> queue(gu_queue_create(nullptr));
     std::deque<int> model;
     for (int value = 1; !input.empty() && value < 100000; ++value) {
@@ -195,7 +239,9 @@ void queuesFollowTheModel(Input& input) {
             if (!model.empty())
                 model.pop_front();
         } else {
-            gu_queue_add(queue.get(), element(value));
+            failures.step(
+                [&] { gu_queue_add(queue.get(), element(value)); },
+                [&] { FUZZ_CHECK(gu_queue_size(queue.get()) == static_cast<int>(model.size())); });
             model.push_back(value);
         }
         const int size = static_cast<int>(model.size());
@@ -219,7 +265,7 @@ void queuesFollowTheModel(Input& input) {
 // ---- Sets, in the order of adding
 
 struct SetPair {
-    explicit SetPair(int hint) : set(gu_set_create(hint)) {}
+    SetPair(int hint, fuzz::Failures& source) : set(gu_set_create(hint)), failures(source) {}
 
     void change(Input& input) {
         const int value = input.between(-60, 60);
@@ -228,7 +274,8 @@ struct SetPair {
             order.erase(std::remove(order.begin(), order.end(), value), order.end());
         } else {
             const bool isNew = model.insert(value).second;
-            FUZZ_CHECK(gu_set_add(set.get(), element(value)) == isNew);
+            failures.step([&] { FUZZ_CHECK(gu_set_add(set.get(), element(value)) == isNew); },
+                          [&] { FUZZ_CHECK(!gu_set_contains(set.get(), element(value))); });
             if (isNew)
                 order.push_back(value);
         }
@@ -237,6 +284,7 @@ struct SetPair {
     }
 
     Owned<gu_set> set;
+    fuzz::Failures& failures;
     std::set<int> model;
     std::vector<int> order;
 };
@@ -257,7 +305,9 @@ void isSet(gu_set* result, const std::set<int>& expected) {
 }
 
 void setsFollowTheModel(Input& input) {
-    SetPair one(input.between(-1, 30)), two(input.pick(std::vector{0, 1000, INT_MAX}));
+    fuzz::Failures failures(input);
+    SetPair one(input.between(-1, 30), failures);
+    SetPair two(input.pick(std::vector{0, 1000, INT_MAX}), failures);
     for (int steps = 0; !input.empty() && steps < 3000; ++steps)
         (input.flag() ? one : two).change(input);
     const SetPair& other = input.flag() ? one : two;
@@ -268,10 +318,10 @@ void setsFollowTheModel(Input& input) {
     const std::set<int> both = common(one.model, other.model);
     const std::set<int> onlyA = without(one.model, other.model);
     const std::set<int> onlyB = without(other.model, one.model);
-    isSet(gu_set_union(a, b), all);
-    isSet(gu_set_intersection(a, b), both);
-    isSet(gu_set_difference(a, b), onlyA);
-    isSet(gu_set_symmetric_difference(a, b), united(onlyA, onlyB));
+    isSet(failures.ask([&] { return gu_set_union(a, b); }), all);
+    isSet(failures.ask([&] { return gu_set_intersection(a, b); }), both);
+    isSet(failures.ask([&] { return gu_set_difference(a, b); }), onlyA);
+    isSet(failures.ask([&] { return gu_set_symmetric_difference(a, b); }), united(onlyA, onlyB));
     FUZZ_CHECK(gu_set_subset(a, b) == onlyA.empty());
     FUZZ_CHECK(gu_set_equal(a, b) == (one.model == other.model));
     FUZZ_CHECK(gu_set_disjoint(a, b) == both.empty());
@@ -283,7 +333,8 @@ void setsFollowTheModel(Input& input) {
         const Owned<gu_set> copy(gu_set_copy(a));
         FUZZ_CHECK(inOrder(copy.get()) == one.order);
         const int difference = static_cast<int>(result.size()) - static_cast<int>(one.model.size());
-        FUZZ_CHECK(change(copy.get(), b) == std::abs(difference));
+        failures.step([&] { FUZZ_CHECK(change(copy.get(), b) == std::abs(difference)); },
+                      [&] { FUZZ_CHECK(inOrder(copy.get()) == one.order); });
         isSet(gu_set_copy(copy.get()), result);
         gu_set_iterator begun = gu_set_init(copy.get());
         gu_set_clear(copy.get());
@@ -320,27 +371,38 @@ void isList(gu_index_list* result, const std::set<int>& expected) {
     FUZZ_CHECK(textOf(result) == textOf(expected));
 }
 
-void changeIndices(Input& input, gu_index_list* list, std::set<int>& model) {
+void changeIndices(Input& input, fuzz::Failures& failures, gu_index_list* list,
+                   std::set<int>& model) {
     const int first = input.between(-60, 60);
     const int last = first + input.between(-2, 9);
     const bool adding = input.flag();
+    const auto unchanged = [&] { FUZZ_CHECK(textOf(list) == textOf(model)); };
     if (last == first) {
-        const bool changed = adding ? model.insert(first).second : model.erase(first) == 1;
-        FUZZ_CHECK((adding ? gu_index_list_add : gu_index_list_remove)(list, first) == changed);
+        const bool changed = adding != (model.count(first) == 1);
+        failures.step(
+            [&] {
+                const auto change = adding ? gu_index_list_add : gu_index_list_remove;
+                FUZZ_CHECK(change(list, first) == changed);
+            },
+            unchanged);
+        adding ? void(model.insert(first)) : void(model.erase(first));
         return;
     }
-    (adding ? gu_index_list_add_range : gu_index_list_remove_range)(list, first, last);
+    failures.step(
+        [&] { (adding ? gu_index_list_add_range : gu_index_list_remove_range)(list, first, last); },
+        unchanged);
     for (int i = first; i <= last; ++i)
         adding ? void(model.insert(i)) : void(model.erase(i));
 }
 
 void indexListsFollowTheModel(Input& input) {
+    fuzz::Failures failures(input);
     const Owned<gu_index_list> a(gu_index_list_create()), b(gu_index_list_create());
     std::set<int> x, y;
     for (int steps = 0; !input.empty() && steps < 2000; ++steps) {
-        changeIndices(input, a.get(), x);
+        changeIndices(input, failures, a.get(), x);
         FUZZ_CHECK(textOf(a.get()) == textOf(x));
-        changeIndices(input, b.get(), y);
+        changeIndices(input, failures, b.get(), y);
     }
     std::set<int> met;
     for (auto i = gu_index_list_init(a.get()); !gu_index_list_done(i); gu_index_list_next(&i))
@@ -348,21 +410,24 @@ void indexListsFollowTheModel(Input& input) {
     FUZZ_CHECK(met == x && gu_index_list_size(a.get()) == static_cast<long long>(x.size()));
     for (int i = -75; i < 75; ++i)
         FUZZ_CHECK(gu_index_list_contains(a.get(), i) == (x.count(i) == 1));
-    isList(gu_index_list_union(a.get(), b.get()), united(x, y));
+    isList(failures.ask([&] { return gu_index_list_union(a.get(), b.get()); }), united(x, y));
     isList(gu_index_list_intersection(a.get(), b.get()), common(x, y));
     isList(gu_index_list_difference(a.get(), b.get()), without(x, y));
     FUZZ_CHECK(gu_index_list_subset(a.get(), b.get()) == without(x, y).empty());
     FUZZ_CHECK(gu_index_list_equal(a.get(), b.get()) == (x == y));
-    gu_index_list_add_all(a.get(), b.get());
+    failures.step([&] { gu_index_list_add_all(a.get(), b.get()); },
+                  [&] { FUZZ_CHECK(textOf(a.get()) == textOf(x)); });
     FUZZ_CHECK(textOf(a.get()) == textOf(united(x, y)));
 }
 
 /// What can be read is written so that it reads the same; the rest is refused at
 /// a place inside the text.
 void textFormIsRead(Input& input) {
+    fuzz::Failures failures(input);
     const std::string text = input.textOf("0123456789-, ", 4096);
     int position = -2;
-    const Owned<gu_index_list> list(gu_index_list_parse(text.c_str(), &position));
+    const Owned<gu_index_list> list(
+        failures.ask([&] { return gu_index_list_parse(text.c_str(), &position); }));
     if (!list) {
         FUZZ_CHECK(position >= 0 && position <= static_cast<int>(text.size()));
         return;
@@ -393,6 +458,25 @@ void nullReadsAsEmpty() {
     FUZZ_CHECK(gu_list_size(other.get()) == 0 && gu_list_size(list.get()) == 1);
     FUZZ_CHECK(gu_list_element(gu_list_last(list.get())) == &element);
     const Owned<gu_index_list> none(gu_index_list_parse("", nullptr));
+    FUZZ_CHECK(!gu_list_take_first(nullptr) && !gu_list_remove(nullptr, nullptr));
+    gu_list_sort(nullptr, Counted::compare);
+    gu_list_reverse(nullptr);
+    gu_list_destroy(nullptr);
+    const Owned<gu_list> noList(gu_list_copy(nullptr, Counted::checkIn));
+    FUZZ_CHECK(gu_list_size(noList.get()) == 0);
+    gu_queue_add(nullptr, nullptr);
+    FUZZ_CHECK(!gu_queue_take(nullptr) && !gu_queue_last(nullptr));
+    gu_queue_destroy(nullptr);
+    FUZZ_CHECK(!gu_set_add(nullptr, nullptr) && !gu_set_remove(nullptr, nullptr));
+    FUZZ_CHECK(gu_set_add_all(nullptr, nullptr) == 0);
+    gu_set_clear(nullptr);
+    gu_set_foreach(nullptr, nullptr, nullptr);
+    const Owned<gu_set> noSet(gu_set_copy(nullptr));
+    FUZZ_CHECK(gu_set_equal(noSet.get(), nullptr) && gu_set_subset(nullptr, noSet.get()));
+    gu_index_list_add(nullptr, 1);
+    FUZZ_CHECK(gu_index_list_size(nullptr) == 0);
+    FUZZ_CHECK(gu_index_list_done(gu_index_list_init(nullptr)));
+    gu_index_list_destroy(nullptr);
     gu_index_list_add_all(nullptr, none.get());
     gu_index_list_next(nullptr);
     gu_set_destroy(nullptr);
@@ -402,9 +486,10 @@ void nullReadsAsEmpty() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    void (*const parts[])(Input&) = {listsFollowTheModel, queuesFollowTheModel,
-                                     setsFollowTheModel,  indexListsFollowTheModel,
-                                     textFormIsRead,      ownedElementsAreReleased};
+    void (*const parts[])(Input&) = {listsFollowTheModel,   queuesFollowTheModel,
+                                     setsFollowTheModel,    indexListsFollowTheModel,
+                                     textFormIsRead,        ownedElementsAreReleased,
+                                     copiesOwnTheirElements};
     input.pick(parts)(input);
     nullReadsAsEmpty();
     return 0;

@@ -3,6 +3,7 @@
 // that is large enough, and whole numbers beside digits computed here.
 
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/strings/KazString.h"
 #include "tools/strings/KazWString.h"
@@ -81,10 +82,7 @@ void appendOne(fuzz::Input& input, KazString& s, std::string& model) {
     FUZZ_CHECK(wide.toNarrow() == decimal(n).c_str());
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void all(fuzz::Input input) {
     KazString s;
     std::string model;
     for (int i = 0; i < 1000 && !input.empty(); ++i) {
@@ -97,5 +95,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             model.clear();
         }
     }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

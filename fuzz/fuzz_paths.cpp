@@ -2,6 +2,7 @@
 // Path algebra: laws that hold between the functions, and plain models of those
 // that build a path, of the wildcard and of the list of a search path.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"
@@ -291,10 +292,7 @@ void searchPathIsItsText(const std::string& list, const std::string& more) {
     FUZZ_CHECK(path.contains(first) && path.remove(first) && !path.contains(first));
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void all(fuzz::Input input) {
     const std::string a = path(input);
     const std::string b = path(input);
     for (const std::string& p : {a, b}) {
@@ -318,5 +316,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string pattern = input.textOf("*?ab.", 40);
     wildcardsMatchAsTheTableSays(pattern, input.textOf("ab.", 60));
     wildcardsMatchAsTheTableSays(b, a);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

@@ -3,6 +3,7 @@
 // std::string.
 
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/string_reference.h"
 #include "strings/string_kit.h"
@@ -10,6 +11,7 @@
 #include <array>
 #include <climits>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -32,6 +34,7 @@ public:
 
     void run(fuzz::Input& input) {
         input_ = &input;
+        failures_.emplace(input);
         strings_.assign(texts_.size(), String());
         texts_.assign(texts_.size(), std::string());
         // Enough for any corpus file, and a bound for inputs that are much larger.
@@ -67,6 +70,11 @@ private:
             subject().removeFrom(40);
             text().erase(40);
         }
+        check();
+    }
+
+    /// Also between an edit that ran out of memory and its repetition.
+    void check() const {
         for (std::size_t i = 0; i < strings_.size(); ++i)
             FUZZ_CHECK(plain(strings_[i]) == texts_[i]);
         FUZZ_CHECK(faultOf(strings_) == "");
@@ -127,7 +135,7 @@ private:
         edits_.push_back([this, edit, reference] {
             withText([&](auto&& argument, const std::string& value) {
                 const Draw d = draw();
-                edit(subject(), argument, d);
+                failures_->step([&] { edit(subject(), argument, d); }, [this] { check(); });
                 reference(text(), value, d);
             });
         });
@@ -148,7 +156,8 @@ private:
     void addResult(Extract extract, Reference reference) {
         edits_.push_back([this, extract, reference] {
             const Draw d = draw();
-            const String result = extract(subject(), d);
+            String result;
+            failures_->step([&] { result = extract(subject(), d); }, [this] { check(); });
             const std::string expected = reference(text(), d);
             FUZZ_CHECK(plain(result) == expected);
             i_ = pick();
@@ -163,7 +172,9 @@ private:
         edits_.push_back([this, question, reference] {
             withText([&](auto&& argument, const std::string& value) {
                 const Draw d = draw();
-                FUZZ_CHECK(question(subject(), argument, d) == reference(text(), value, d));
+                const auto answer =
+                    failures_->ask([&] { return question(subject(), argument, d); });
+                FUZZ_CHECK(answer == reference(text(), value, d));
             });
         });
     }
@@ -183,8 +194,10 @@ private:
             [](T& t, V, D d) { reference::repeat(t, T(1, d.c), d.many); });
         add(
             [](S& s, auto&&, D d) {
+                S grown = s;
                 for (int n = d.many; n > 0; --n)
-                    s += wide(d.c);
+                    grown += wide(d.c);
+                s = grown;
             },
             [](T& t, V, D d) { reference::repeat(t, T(1, d.c), d.many); });
         add([](S& s, auto&&, D d) { s.appendNumber(d.number); },
@@ -406,6 +419,7 @@ private:
     }
 
     fuzz::Input* input_ = nullptr;
+    std::optional<fuzz::Failures> failures_;
     std::vector<String> strings_;
     std::vector<std::string> texts_;
     std::size_t i_ = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The plain string map against a model of its chains.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/util/string_map.h"
 #include "tools/util/text.h"
@@ -121,7 +122,7 @@ private:
     std::map<int, std::list<Entry>> chains_;
 };
 
-void compare(string_map_tp* map, const Model& model) {
+void compare(fuzz::Failures& failures, string_map_tp* map, const Model& model) {
     const std::vector<Entry> entries = model.inOrder();
     FUZZ_CHECK(string_map_size(map) == static_cast<int>(entries.size()));
     auto i = string_map_init(map);
@@ -135,7 +136,7 @@ void compare(string_map_tp* map, const Model& model) {
     FUZZ_CHECK(string_map_done(i) && !string_map_domain(i) && !string_map_range(i));
     std::sort(keys.begin(), keys.end(),
               [&](const std::string& a, const std::string& b) { return model.precedes(a, b); });
-    char** table = string_map_domain_table(map);
+    char** table = failures.ask([&] { return string_map_domain_table(map); });
     for (std::size_t k = 0; k < keys.size(); ++k)
         FUZZ_CHECK(table[k] == keys[k]);
     FUZZ_CHECK(table[keys.size()] == nullptr);
@@ -143,16 +144,33 @@ void compare(string_map_tp* map, const Model& model) {
     FUZZ_CHECK(table == nullptr && alive == static_cast<int>(entries.size()));
 }
 
+/// Null has no entries, and a null key no place.
+void nullHasNoPlace(string_map_tp* map) {
+    const int before = string_map_size(map);
+    FUZZ_CHECK(!string_map_define(map, nullptr, map, true) && !string_map_find(map, nullptr));
+    FUZZ_CHECK(!string_map_undefine(map, nullptr, true) && string_map_size(map) == before);
+    FUZZ_CHECK(!string_map_define(nullptr, "k", nullptr, true) && !string_map_find(nullptr, "k"));
+    FUZZ_CHECK(!string_map_undefine(nullptr, "k", true) && string_map_size(nullptr) == 0);
+    char** keys = string_map_domain_table(nullptr);
+    FUZZ_CHECK(keys[0] == nullptr);
+    string_map_domain_table_free(&keys);
+    string_map_destroy(nullptr);
+    string_map_domain_table_free(nullptr);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
+    fuzz::Failures failures(input);
     const bool rough = input.flag();
     const bool caseSensitive = input.flag();
     const int buckets = input.pick(std::array{0, 1, -5, 2, 7, 127, 1000});
     seesLowered = rough && !caseSensitive;
-    string_map_tp* map =
-        string_map_create(rough ? roughHash : nullptr, buckets, releaseValue, caseSensitive);
+    string_map_tp* map = failures.ask([&] {
+        return string_map_create(rough ? roughHash : nullptr, buckets, releaseValue, caseSensitive);
+    });
+    FUZZ_CHECK(map->bucketCount == (buckets > 0 ? buckets : 127));
     Model model(rough, buckets > 0 ? buckets : 127, caseSensitive);
     for (int work = 0; !input.empty() && work < 20000; ++work) {
         std::string key = input.textOf("aAbBz\xE9\xC9\xFF\x80", 3);
@@ -167,25 +185,32 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         case 1: {
             void* value = newValue(work);
             const bool defined = model.define(key, work, flag);
-            FUZZ_CHECK(string_map_define(map, key.c_str(), value, flag) == defined);
+            bool didDefine = false;
+            failures.step([&] { didDefine = string_map_define(map, key.c_str(), value, flag); },
+                          [&] { FUZZ_CHECK(string_map_find(map, key.c_str()) == found); });
+            FUZZ_CHECK(didDefine == defined);
             if (!defined)
                 releaseValue(value);
             break;
         }
         case 2:
-            FUZZ_CHECK(string_map_undefine(map, key.c_str(), flag) == (entry != nullptr));
+            failures.hold([&] {
+                FUZZ_CHECK(string_map_undefine(map, key.c_str(), flag) == (entry != nullptr));
+            });
             if (entry && !flag)
                 releaseValue(found);
             if (entry)
                 model.undefine(key);
             break;
         default:
-            compare(map, model);
+            compare(failures, map, model);
             work += 50;
         }
     }
-    compare(map, model);
+    compare(failures, map, model);
+    nullHasNoPlace(map);
     string_map_destroy(&map);
+    string_map_destroy(&map); // null by now
     FUZZ_CHECK(map == nullptr && alive == 0);
     return 0;
 }

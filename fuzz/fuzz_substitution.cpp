@@ -2,6 +2,7 @@
 // Expansion of references: tools push and pop lookup functions, set variables and
 // expand texts, and a model that reads them character by character agrees.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "kit/director.h"
 #include "kit/env.h"
@@ -181,7 +182,7 @@ std::string takeText(fuzz::Input& input) {
 // ----------------------------------------------------------------- the questions
 
 /// A text of which too much would come is left out.
-void compare(const Model& model, const std::string& text) {
+void compare(fuzz::Failures& failures, const Model& model, const std::string& text) {
     FUZZ_CHECK(vstring_num_vars(text.c_str()) == Model::countOf(text));
     std::optional<std::string> expected;
     try {
@@ -193,25 +194,30 @@ void compare(const Model& model, const std::string& text) {
     }
     std::optional<std::string> result;
     try {
-        result = expand(text.c_str());
+        result = failures.ask([&] { return expand(text.c_str()); });
     } catch (const KazMemoryException&) {
         // It does for the library too.
     }
     FUZZ_CHECK(result == expected);
 }
 
-void push(Model& model, fuzz::Input& input) {
+void push(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
     static constexpr vstring_lookup_func functions[] = {fromOwn, always, byExpansion};
     const auto function = input.between<std::size_t>(0, 2);
-    FUZZ_CHECK(vstring_push_lookup_func(functions[function]));
+    failures.step([&] { FUZZ_CHECK(vstring_push_lookup_func(functions[function])); });
     model.pushed.push_back(static_cast<Model::Function>(function));
 }
 
-void step(Model& model, fuzz::Input& input) {
+void step(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
     const std::string name = takeName(input);
+    std::string value;
+    const auto unchanged = [&] {
+        const char* const found = vstring_lookup_var(name.c_str());
+        FUZZ_CHECK((found != nullptr ? Answer(found) : std::nullopt) == model.lookUp(name));
+    };
     switch (input.between(0, 8)) {
     case 0:
-        push(model, input);
+        push(failures, model, input);
         break;
     case 1:
         vstring_pop_lookup_func();
@@ -226,21 +232,21 @@ void step(Model& model, fuzz::Input& input) {
         own[name] = takeValue(input);
         break;
     case 4:
-        model.simple[name] = takeValue(input);
-        vstring_set_simple_var(name.c_str(), model.simple[name].c_str());
+        value = takeValue(input);
+        failures.step([&] { vstring_set_simple_var(name.c_str(), value.c_str()); }, unchanged);
+        model.simple[name] = value;
         break;
     case 5:
         // A "~" in front is the business of others.
-        model.toolInfo[name] = "x" + takeValue(input);
-        FUZZ_CHECK(TI_Vasg(name.c_str(), model.toolInfo[name].c_str()) == 0);
+        value = "x" + takeValue(input);
+        failures.step([&] { FUZZ_CHECK(TI_Vasg(name.c_str(), value.c_str()) == 0); }, unchanged);
+        model.toolInfo[name] = value;
         break;
-    case 6: {
-        const char* const value = vstring_lookup_var(name.c_str());
-        FUZZ_CHECK((value != nullptr ? Answer(value) : std::nullopt) == model.lookUp(name));
+    case 6:
+        failures.step(unchanged);
         break;
-    }
     default:
-        compare(model, takeText(input));
+        compare(failures, model, takeText(input));
     }
 }
 
@@ -255,16 +261,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     own.clear();
 
     fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
     Model model;
     // Most references lead somewhere from the start on, and to different things.
     model.simple = {{"a", "\\a"}, {"b", "b\"\\\\"}, {"ab", "${a}"}, {"ac", "\\c"}};
     for (const auto& [name, value] : model.simple)
         vstring_set_simple_var(name.c_str(), value.c_str());
     for (int steps = input.between(0, 60); steps > 0; --steps)
-        step(model, input);
+        step(failures, model, input);
     // What is left is one text, as long as it may be.
     std::string text = input.rest();
     std::erase(text, '\0');
-    compare(model, text);
+    compare(failures, model, text);
     return 0;
 }

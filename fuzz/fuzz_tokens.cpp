@@ -2,6 +2,7 @@
 // The four tokenizers beside a splitter that walks once over the text.
 
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "strings/string_kit.h"
 
@@ -93,11 +94,8 @@ void checkWidth(const Work& work, const Tokens& tokens, Skip skipRuns) {
         check<String>(Tokenizer(text, Text(work.delimiters)), tokens, skipRuns);
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void all(fuzz::Input input) {
     static constexpr std::string_view marks = ",; xyz'\"\\\r|-";
-    fuzz::Input input(data, size);
     Work work;
     work.isQuoted = input.flag();
     work.delimiters = input.textOf(marks, 7);
@@ -117,5 +115,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Tokens tokens = expected(work, skipRuns);
     checkWidth<KazString, KazStringTokenizer, KazQuotedStringTokenizer>(work, tokens, skipRuns);
     checkWidth<KazWString, KazWStringTokenizer, KazWQuotedStringTokenizer>(work, tokens, skipRuns);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

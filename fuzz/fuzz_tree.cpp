@@ -2,6 +2,7 @@
 // Trees against a recursive transcription of the balancing rules, which decides
 // on shapes and weights, and std::set, which decides on content and order.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "kit/counted.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
@@ -156,7 +157,7 @@ int counting(const void* stored, const void* probe) {
 /// A tree and its two references under one sequence of changes.
 class Trees {
 public:
-    Trees() = default;
+    explicit Trees(Input& input) : failures(input) {}
     Trees(const Trees&) = delete;
     Trees& operator=(const Trees&) = delete;
     ~Trees() {
@@ -170,7 +171,7 @@ public:
         generic_tree* ours = make_tree_node(slot(value));
         generic_tree* theirs = make_tree_node(slot(value));
         bool added = false, expected = false;
-        tree = add_tree_node(tree, ours, counting, added);
+        failures.step([&] { tree = add_tree_node(tree, ours, counting, added); }, [&] { check(); });
         model = reference::add(model, theirs, expected);
         FUZZ_CHECK(added == expected && added == values.insert(value).second);
         if (!added) {
@@ -181,7 +182,9 @@ public:
 
     void remove(int value) {
         bool deleted = (value & 1) != 0, expected = false;
-        tree = delete_tree_node(tree, slot(value), counting, nullptr, deleted);
+        failures.step(
+            [&] { tree = delete_tree_node(tree, slot(value), counting, nullptr, deleted); },
+            [&] { check(); });
         model = reference::remove(model, value, expected);
         FUZZ_CHECK(deleted == expected && deleted == (values.erase(value) == 1));
     }
@@ -199,7 +202,7 @@ public:
         if (tree == nullptr || size() > 2000)
             return;
         const int step = *values.rbegin() - *values.begin() + 1;
-        generic_tree* moved[] = {copy_tree(tree), copy_tree(tree)};
+        generic_tree* moved[] = {failures.ask([&] { return copy_tree(tree); }), copy_tree(tree)};
         const auto shift = [step](auto& self, generic_tree* node) -> void {
             if (node == nullptr)
                 return;
@@ -219,14 +222,14 @@ public:
 
     void balance() {
         comparisons = 0;
-        tree = balance_tree(tree, counting);
+        failures.step([&] { tree = balance_tree(tree, counting); }, [&] { check(); });
         model = reference::balance(model);
         FUZZ_CHECK(comparisons == 0 && isBalanced(tree));
     }
 
     void copy() {
         const auto next = [](void* value) { return slot(number(value) + 1); };
-        generic_tree* copied = copy_tree_deep(tree, next);
+        generic_tree* copied = failures.ask([&] { return copy_tree_deep(tree, next); });
         if (copied != nullptr)
             FUZZ_CHECK(std::exchange(copied->value, tree->value) == next(tree->value));
         FUZZ_CHECK(sameShape(copied, tree));
@@ -239,13 +242,14 @@ public:
     }
 
 private:
+    fuzz::Failures failures;
     generic_tree* tree = nullptr;
     generic_tree* model = nullptr;
     std::set<int> values;
 };
 
 void functionsFollowTheReference(Input& input) {
-    Trees trees;
+    Trees trees(input);
     for (int work = 0, at = 0; !input.empty() && work < 100000; work += trees.size() + 1) {
         switch (input.between(0, 9)) {
         case 0:
@@ -331,7 +335,7 @@ void compareWalks(const KazTree& tree, const std::set<int>& model) {
 
 class Walked {
 public:
-    explicit Walked(KazTree& walked) : tree(walked) {}
+    Walked(KazTree& walked, fuzz::Failures& source) : tree(walked), failures(source) {}
 
     void change(Input& input) {
         const Counted element(input.byte());
@@ -343,7 +347,7 @@ public:
         case 1:
         case 2:
             try {
-                tree.add(item);
+                failures.step([&] { tree.add(item); }, [&] { check(); });
                 FUZZ_CHECK(!present);
             } catch (KazTreeClashException& clash) {
                 FUZZ_CHECK(present && clash.getClashData() == tree.find(item));
@@ -352,7 +356,7 @@ public:
             break;
         case 3:
         case 4:
-            FUZZ_CHECK(tree.remove(item) == present);
+            failures.step([&] { FUZZ_CHECK(tree.remove(item) == present); }, [&] { check(); });
             model.erase(value);
             break;
         case 5:
@@ -369,14 +373,16 @@ public:
                 tree.balance();
                 const KazTree& itself = tree;
                 tree = itself;
-                tree.copy(itself, Counted::checkIn);
+                failures.step([&] { tree.copy(itself, Counted::checkIn); }, [&] { check(); });
                 break;
             }
-            tree.removeAll();
+            failures.hold([&] { tree.removeAll(); });
             model.clear();
         }
         check();
     }
+
+    const std::set<int>& content() const { return model; }
 
 private:
     void stand(int steps) {
@@ -401,21 +407,32 @@ private:
     }
 
     KazTree& tree;
+    fuzz::Failures& failures;
     std::set<int> model;
     std::list<Standing> standing;
 };
 
 void classBehavesLikeASet(Input& input) {
+    fuzz::Failures failures(input);
     {
         KazTree tree(Counted::compare);
         tree.setCheckIn(Counted::checkIn);
         tree.setCheckOut(Counted::checkOut);
-        Walked walked(tree);
+        Walked walked(tree, failures);
         // As above, work is bounded: each walk visits all elements.
         for (int work = 0; !input.empty() && work < 500000; work += tree.getSize() + 1)
             walked.change(input);
-        KazTree copied(tree);
-        copied = tree;
+        KazTree copied(Counted::compare);
+        copied.setCheckIn(Counted::checkIn);
+        copied.setCheckOut(Counted::checkOut);
+        const int live = Counted::live();
+        failures.step([&] { copied.copy(tree); },
+                      [&] { FUZZ_CHECK(copied.isEmpty() && Counted::live() == live); });
+        failures.step([&] { copied = tree; }, [&] { compareWalks(copied, walked.content()); });
+        KazTree borrowing(Counted::compare);
+        failures.step([&] { borrowing.copy(tree, nullptr); },
+                      [&] { FUZZ_CHECK(borrowing.isEmpty()); });
+        FUZZ_CHECK(borrowing.largest() == tree.largest());
         FUZZ_CHECK(Counted::live() == 2 * tree.getSize());
     }
     FUZZ_CHECK(Counted::live() == 0);

@@ -2,6 +2,7 @@
 // Quoting and reading of words: what was quoted comes back, whatever it is, and
 // any line is read to its end.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/util/text.h"
 
@@ -48,12 +49,17 @@ void wordsAreStable(const std::string& line) {
     FUZZ_CHECK(position == end);
 }
 
+void all(fuzz::Input input) {
+    quotedWordComesBack(input.cText(64));
+    const std::string line = input.rest();
+    wordsAreStable(line.c_str());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    quotedWordComesBack(input.cText(64));
-    const std::string line = input.rest();
-    wordsAreStable(line.c_str());
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

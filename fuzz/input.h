@@ -25,6 +25,16 @@ public:
     bool empty() const { return bytes_.empty(); }
     std::size_t remaining() const { return bytes_.size(); }
 
+    /// One byte from the end, for what goes along with everything that the bytes in
+    /// front of it mean.
+    std::uint8_t last() {
+        if (bytes_.empty())
+            return 0;
+        const auto value = static_cast<std::uint8_t>(bytes_.back());
+        bytes_.remove_suffix(1);
+        return value;
+    }
+
     /// The bits of any plain type: a number, a double.
     template <class T>
     T raw() {

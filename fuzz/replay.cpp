@@ -3,10 +3,12 @@
 // random inputs and random changes of the files, the same ones each time. In
 // the build with the fuzzer, whose own main wins, only the application object
 // of this file counts.
+#include "fuzz/failures.h"
 #include "kit/random.h"
 #include "tools/app/KazConsoleApp.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -183,8 +185,11 @@ class ReplayTool : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         watchForFailures();
         if (argc > 1) {
-            for (int i = 1; i < argc; ++i)
-                run(argv[i], readFile(argv[i]));
+            for (const bool fails : rounds)
+                for (int i = 1; i < argc; ++i) {
+                    fuzz::Failures::areOn = fails;
+                    run(argv[i], readFile(argv[i]));
+                }
         } else {
             runAll();
         }
@@ -196,23 +201,42 @@ class ReplayTool : public KazConsoleApp {
         return 0;
     }
 
+    /// First with the memory that there is, then with allocations that fail.
+#ifdef FUZZ_FAILING
+    static constexpr std::array rounds{false, true};
+#else
+    static constexpr std::array rounds{false};
+#endif
+
     static void runAll() {
         std::vector<Bytes> corpus;
-        for (const auto& path : corpusFiles()) {
+        for (const auto& path : corpusFiles())
             corpus.push_back(readFile(path));
-            run(path.filename().string(), corpus.back());
-        }
+        const std::vector<std::filesystem::path> names = corpusFiles();
         const std::size_t files = corpus.size();
+        const std::vector<Bytes> inputs = corpus;
         Mutator mutator(kit::seed(), std::move(corpus));
         const char* text = std::getenv("FUZZ_RUNS");
         const int runs = std::min(text != nullptr ? std::atoi(text) : 2048, 1 << 20);
-        for (int i = 0; i < runs; ++i)
-            run("random input " + std::to_string(i), mutator.input());
+        // One round after the other: once memory has failed, the library keeps no freed
+        // blocks of strings any more.
+        for (const bool fails : rounds) {
+            fuzz::Failures::areOn = fails;
+            for (std::size_t i = 0; i < files; ++i)
+                run(names[i].filename().string(), inputs[i]);
+            for (int i = 0; i < runs / static_cast<int>(rounds.size()); ++i)
+                run("random input " + std::to_string(i), mutator.input());
+        }
         // 1 MiB, unless fewer runs say that this build or its tool is slow.
         const auto size = static_cast<std::size_t>(std::clamp(runs * 512, 1, 1 << 20));
         run("a large random input", mutator.large(size, false));
         run("a large input made of the corpus", mutator.large(size, true));
-        std::printf("fuzz_%s: %zu files and %d random inputs\n", FUZZ_TOPIC, files, runs + 2);
+        std::printf("fuzz_%s: %zu files and %d random inputs, %ld allocations failed\n", FUZZ_TOPIC,
+                    files, runs + 2, fuzz::Failures::failed);
+        if (rounds.back() && fuzz::Failures::failed == 0 && !std::getenv("FUZZ_MEMORY_HOLDS")) {
+            std::fprintf(stderr, "fuzz_%s: no allocation could be made to fail\n", FUZZ_TOPIC);
+            std::exit(1);
+        }
     }
 };
 

@@ -5,7 +5,6 @@
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/toolinfo_scan.h"
-#include "tools/config/vstring.h"
 
 #include "kit/director.h"
 #include "kit/env.h"
@@ -228,37 +227,6 @@ TEST_F(ConfigMemory, FilestoreNames) {
             kazSetDbOpen(1);
         },
         [] { edit_set_store_dir(); }, assigned);
-}
-
-TEST_F(ConfigMemory, Substitution) {
-    const auto expand = [](const std::string& pattern) {
-        char* result = nullptr;
-        vstring_sub(pattern.c_str(), &result);
-        const std::unique_ptr<char, decltype(&std::free)> owner(result, &std::free);
-        return std::string(result);
-    };
-    vstring_set_simple_var(longName.c_str(), "a value that needs memory of its own");
-    std::string pattern;
-    for (int i = 0; i < 200; ++i)
-        pattern += "${" + longName + "}";
-    sweepQuestion("expansion", [&] { return expand(pattern); });
-    sweep(
-        "variable", [] { vstring_set_simple_var("a", "before"); },
-        [] { vstring_set_simple_var("a", "after, at some length"); },
-        [] { return text(vstring_lookup_var("a")); });
-    int count = 0; // more each time, because their stack never shrinks
-    sweep(
-        "functions",
-        [&] {
-            vstring_clear_lookup_funcs();
-            vstring_push_lookup_func([](const char*) { return "all"; });
-            count += 50;
-        },
-        [&] {
-            for (int i = 0; i < count; ++i)
-                vstring_push_lookup_func([](const char*) { return "all"; });
-        },
-        [] { return text(vstring_lookup_var("none")); });
 }
 
 } // namespace

@@ -45,28 +45,6 @@ TEST(TreeTest, IteratorsSurviveTheirTreeAndItsContents) {
     EXPECT_FALSE(other.next());
 }
 
-TEST(TreeTest, CopiesLeaveTheirSourceAlone) {
-    {
-        OwningTree tree;
-        for (int i = 0; i < 20; ++i)
-            tree.put(i * 7 % 20);
-        OwningTree copied(tree);
-        EXPECT_TRUE(tree.remove(tree.smallest()));
-        EXPECT_EQ(copied.getSize(), 20);
-        copied = tree;
-        EXPECT_EQ(Counted::live(), 38);
-        KazTree borrowing(Counted::compare);
-        borrowing.copy(tree, nullptr);
-        EXPECT_EQ(borrowing.largest(), tree.largest());
-        EXPECT_EQ(Counted::live(), 38);
-        borrowing.removeAll();
-        borrowing.setCheckOut(Counted::checkOut);
-        borrowing.copy(tree, Counted::checkIn);
-        EXPECT_EQ(Counted::live(), 57);
-    }
-    EXPECT_EQ(Counted::live(), 0);
-}
-
 TEST(TreeTest, AComparatorThatThrowsLeavesTheTreeAlone) {
     static int left;
     left = 1000;

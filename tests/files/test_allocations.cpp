@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every allocation of the file functions, failing.
-#include "kit/env.h"
 #include "kit/sweep.h"
 #include "kit/temp_tree.h"
 #include "tools/files/KazFilePath.h"
-#include "tools/files/kazpath.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 #include "words.h"
@@ -38,38 +36,6 @@ void expectRepeatable(const Calls& calls) {
                 throw KazMemoryException();
             return result;
         });
-}
-
-TEST(Allocations, PathFunctions) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv home("HOME", tree.path().c_str());
-    const std::string dir = tree.native();
-    expectRepeatable({
-        {"compose", [&] { return str(kazComposePath(dir.c_str(), "name", "more")); }},
-        {"root part", [&] { return str(kazPathRootPart(dir.c_str())); }},
-        {"directory part", [&] { return str(kazPathDirPart(dir.c_str())); }},
-        {"last component", [&] { return str(kazLastFileComponent(dir.c_str())); }},
-        {"for display", [&] { return str(kazDirForDisplay(dir.c_str())); }},
-        {"normalised", [&] { return str(kazNormalizedPath(dir.c_str())); }},
-        {"full", [&] { return str(kazFullPath("~/some/../path/of/some/length")); }},
-        {"relative", [&] { return str(kazRelativePath((dir + "\\a\\b").c_str(), dir.c_str())); }},
-        {"same",
-         [&] { return kazSamePathName((dir + "\\.").c_str(), dir.c_str()) == 1 ? "same" : ""; }},
-        {"joined",
-         [&] {
-             std::array<char, 8192> out;
-             make_unix_path_rel("some directory", "some name of a file", dir.c_str(), out.data());
-             return std::string(out.data());
-         }},
-        {"host spelling", [&] { return str(kazHostPath(dir.c_str())); }},
-        {"native spelling", [&] { return str(kazNativePath(dir.c_str())); }},
-    });
-    KazString blanks("a b");
-    const KazString shared = blanks;
-    EXPECT_EQ(kit::sweepAllocations([&] { kazRemoveBlanksFromPath(blanks); },
-                                    [&] { EXPECT_STREQ(blanks.getValue(), "a b"); }),
-              1);
-    EXPECT_STREQ(blanks.getValue(), "a_b");
 }
 
 TEST(Allocations, FilesAndProcesses) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of characters and formats by examples; what was encoded comes back in
 // fuzz/fuzz_encode.cpp.
-#include "kit/sweep.h"
+#include "kit/alloc_failure.h"
 #include "tools/formats/encode.h"
 
 #include <clocale>
@@ -170,13 +170,10 @@ TEST(Encode, PrintableInEveryLocale) {
 }
 
 TEST(Encode, MemoryThatRunsOutLeavesTheStringAsItWas) {
-    const std::string text(100, '<');
-    kit::sweepQuestion("encode", [&] { return encoded(doc_html, text.c_str()); });
-    kit::sweepQuestion("printable",
-                       [&] { return std::string(kazPrintable(text.c_str()).getValue()); });
     KazString out = "before";
-    EXPECT_GT(kit::sweepAllocations([&] { kazAppendEncoded(out, doc_mif, text.c_str(), -1); },
-                                    [&] { EXPECT_STREQ(out, "before"); }),
+    EXPECT_GT(kit::sweepAllocations(
+                  [&] { kazAppendEncoded(out, doc_mif, std::string(100, '<').c_str(), -1); },
+                  [&] { EXPECT_STREQ(out, "before"); }),
               0);
 }
 

@@ -3,8 +3,6 @@
 
 #include "kit/detail/alloc_hooks.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <cerrno>
 #include <new>
@@ -68,8 +66,8 @@ bool detail::shallFail() {
 }
 
 FailAllocation::FailAllocation(long n, Mode mode) {
-    // The run under valgrind, which replaces the hooks, leaves out tests with this mark.
-    testing::Test::RecordProperty("fails_allocations", "yes");
+    if (detail::atFailure != nullptr)
+        detail::atFailure();
     detail::installHooks();
     if (std::get_new_handler() == nullptr)
         std::set_new_handler(throwMemoryException);
@@ -87,6 +85,12 @@ FailAllocation::~FailAllocation() {
 
 bool FailAllocation::hit() const {
     return hasHit;
+}
+
+AllocationsPass::AllocationsPass() : left_(countdown.exchange(0)) {}
+
+AllocationsPass::~AllocationsPass() {
+    countdown = left_;
 }
 
 } // namespace kit

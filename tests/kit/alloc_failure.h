@@ -23,6 +23,18 @@ public:
     bool hit() const;
 };
 
+/// Inside, allocations succeed: for what a test does in between on its own account.
+class AllocationsPass {
+public:
+    AllocationsPass();
+    ~AllocationsPass();
+    AllocationsPass(const AllocationsPass&) = delete;
+    AllocationsPass& operator=(const AllocationsPass&) = delete;
+
+private:
+    long left_;
+};
+
 /// Runs @p action with the 1st, 2nd, ... allocation failing, until a run meets
 /// no failure any more. @p action (callable without arguments) is expected to
 /// let KazMemoryException escape or to bring its own result; @p check runs

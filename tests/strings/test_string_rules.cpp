@@ -339,6 +339,30 @@ TYPED_TEST(StringRules, EmptySidesDecideTheSign) {
     EXPECT_TRUE(text < longer && longer > text && text <= text && text >= text && text != longer);
 }
 
+TYPED_TEST(StringRules, LengthsBeyondTheHeaderAreRefused) {
+    const TestText<TypeParam> ab("ab");
+    const auto x = wideChar<TypeParam>('x');
+    const std::vector<std::function<void(TypeParam&)>> edits = {
+        [x](TypeParam& s) { s.repeat(x, INT_MAX - 1); },
+        [&](TypeParam& s) { s.repeat(ab, INT_MAX); },
+        [&](TypeParam& s) { s.repeat(s, INT_MAX); },
+        [x](TypeParam& s) { s.fill(x, INT_MAX, INT_MAX); },
+        [](TypeParam& s) { s.getBuffer(INT_MAX); },
+        [](TypeParam& s) { s.setSize(UINT_MAX); },
+    };
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        TypeParam s(ab);
+        void* const block = s.disguise();
+        EXPECT_THROW(edits[i](s), KazMemoryException) << i;
+        EXPECT_EQ(s.disguise(), block);
+        EXPECT_EQ(plain(s), "ab");
+    }
+    TypeParam null;
+    EXPECT_THROW(null.repeat(ab, INT_MAX), KazMemoryException);
+    EXPECT_THROW(null.setSize(UINT_MAX), KazMemoryException);
+    EXPECT_EQ(null.disguise(), nullptr);
+}
+
 TYPED_TEST(StringRules, HardSearchesTakeNoMoreThanTheirLength) {
     // Each would take minutes where every place is tried with every other.
     using Text = TestText<TypeParam>;

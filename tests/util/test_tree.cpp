@@ -2,6 +2,7 @@
 // What a model of the tree cannot see: who releases what, depth and memory. The
 // model drives the fuzzer's replay.
 
+#include "kit/alloc_failure.h"
 #include "owned.h"
 
 #include <gtest/gtest.h>
@@ -110,14 +111,25 @@ TEST(Tree, AMillionNodesInARowDoNotUseUpTheStack) {
         delete_tree(tree, nullptr);
 }
 
-TEST(Tree, NullTreesAreEmptyTrees) {
-    bool deleted = true;
-    EXPECT_EQ(nullptr, delete_tree_node(nullptr, element(1), counting, nullptr, deleted));
-    EXPECT_FALSE(deleted);
-    EXPECT_EQ(nullptr, replace_tree_node(nullptr, element(1), counting));
-    EXPECT_EQ(nullptr, copy_tree_deep(nullptr, nullptr));
-    EXPECT_EQ(nullptr, balance_tree(nullptr, nullptr));
-    delete_tree(nullptr, release);
+TEST(Tree, TheWayDownAChainMayNeedMemory) {
+    constexpr int size = 2000;
+    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+        generic_tree* chain = chainOf(size, [](int) { return true; });
+        generic_tree* node = make_tree_node(element(5000));
+        bool done = false;
+        const auto remove = [&] {
+            chain = delete_tree_node(chain, element(size - 1), compare_integers, nullptr, done);
+        };
+        EXPECT_GT(kit::sweepAllocations(
+                      remove, [&] { EXPECT_EQ(chain->weight, size); }, mode),
+                  0);
+        EXPECT_EQ(chain->weight, size - 1);
+        const auto add = [&] { chain = add_tree_node(chain, node, compare_integers, done); };
+        kit::sweepAllocations(
+            add, [&] { EXPECT_EQ(chain->weight, size - 1); }, mode);
+        EXPECT_EQ(chain->weight, size);
+        delete_tree(chain, nullptr);
+    }
 }
 
 TEST(Tree, SuppliedComparators) {

@@ -8,6 +8,9 @@ namespace kit::detail {
 /// Counts one allocation; true when it is to fail (errno is set then).
 bool shallFail();
 
+/// Called whenever an allocation is about to be made to fail; null for nothing.
+inline void (*atFailure)() = nullptr;
+
 /// Brings the hooks into place, where being linked is not enough.
 void installHooks();
 
