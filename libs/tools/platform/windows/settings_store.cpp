@@ -252,12 +252,17 @@ LSTATUS removeValue(const Key& key, const std::wstring& name) {
     return readValue(type, bytes, value) ? RegDeleteValueW(key.get(), name.c_str()) : ERROR_SUCCESS;
 }
 
+std::vector<std::wstring> namesOfOurs(std::vector<std::wstring> names) {
+    std::erase_if(names, [](const std::wstring& name) { return !isSettingsName(toUtf8(name)); });
+    return names;
+}
+
 /// Values of ours here and below, and the keys that are empty then.
 LSTATUS removeTree(const Key& key) {
-    for (const std::wstring& name : key.values())
+    for (const std::wstring& name : namesOfOurs(key.values()))
         if (const LSTATUS status = removeValue(key, name); status != ERROR_SUCCESS)
             return status;
-    for (const std::wstring& name : key.keys()) {
+    for (const std::wstring& name : namesOfOurs(key.keys())) {
         Key below;
         LSTATUS status = below.open(key.get(), name, allAccess);
         if (status == ERROR_SUCCESS)
