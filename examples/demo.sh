@@ -16,7 +16,8 @@ show() { # Prints a command line, then runs it.
 mkdir -p "$scratch"
 cp -r "$here/project/plant" "$scratch/plant"
 python3 "$here/project/fill.py" "$scratch/plant"
-cp "$here/project/ToolInfo" "$here/project/ToolInfo.site" "$suite/"
+cp "$here/project/ToolInfo" "$suite/"
+cp "$here/project/ToolInfo.site" "$scratch/" # where the tools are started
 
 mkdir -p "$suite/bin/W32NTX86" # where the tools look for their texts
 
@@ -32,6 +33,20 @@ show moxinfo -product .
 
 say "What the tools are configured with, and from where"
 show moxinfo -verbose tmp_dir site_name '${ti.mox_file_path}'
+
+say "Where the value of one variable comes from, and what did not win"
+KAZ_PRINTER=porch show moxinfo --origin tmp_dir printer
+
+say "What a reader of configuration passes over without a word"
+cat >mistakes <<'LINES'
+# where copies go
+tmp_dri = copies
+paper A3
+printer = "porch"
+ToolInfo = ToolInfo.site
+LINES
+show cat mistakes
+show moxinfo -toolinfo mistakes --check || printf '(status %d)\n' $?
 
 say "A report of the project, for a browser and for a word processor"
 show moxreport -projdir plant -output plant.html -verbose

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // ToolInfo files that name one another, and what a tool then does with the
 // variables: the library and a plain model of its rules answer alike, also about
-// where each definition stands.
+// where each definition stands, which one is in force, and why others are not. Lines
+// in which nothing is found wrong mean what anybody would read there.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "kit/director.h"
 #include "kit/env.h"
 #include "kit/temp_tree.h"
+#include "programs/common/findings.h"
+#include "programs/moxinfo/origin.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
@@ -230,6 +233,14 @@ public:
         return kazComposePath(TI_myRootDir(), _TI_hm(value.c_str())).getValue();
     }
 
+    std::vector<Seen> definitionsOf(const std::string& name) const {
+        std::vector<Seen> result;
+        for (const Seen& line : seen)
+            if ((line.kind & KazLineKindMask) == KazLineDefinition && line.name == name)
+                result.push_back(line);
+        return result;
+    }
+
     static Answer contents(const std::string& name) {
         std::error_code error;
         if (!fs::is_regular_file(hostPath(name), error))
@@ -238,11 +249,11 @@ public:
         return std::string(std::istreambuf_iterator<char>(in), {});
     }
 
-private:
     static std::string hostPath(const std::string& name) {
         return kazHostPath(name.c_str()).getValue();
     }
 
+private:
     void bind(const std::string& name, const Definition& definition) {
         if (overwrite || table.count(name) == 0)
             table[name] = definition;
@@ -361,6 +372,115 @@ void compareLines(const Model& model) {
     FUZZ_CHECK(TI_Vscan(nullptr, &seen) == -1 && TI_Vscan_file(nullptr, see, &seen) == -1);
 }
 
+std::string onOneLine(std::string text) {
+    for (char& c : text)
+        c = c == '\n' || c == '\r' ? ' ' : c;
+    return text;
+}
+
+std::string placeOf(const std::string& file, int line) {
+    return Model::hostPath(file) + ":" + std::to_string(line) + ": ";
+}
+
+/// Is that why this definition is not in force, as one looks for it by hand?
+void checkReason(const Model& model, const Seen& line, const std::string& reason) {
+    const bool isFirstFile = line.file == model.chain[0];
+    const std::vector<Seen> all = model.definitionsOf(*line.name);
+    bool isEarlier = false, isLine = false;
+    for (const Seen& other : all) {
+        isEarlier = isEarlier || (other.file != line.file &&
+                                  std::find(model.chain.begin(), model.chain.end(), other.file) <
+                                      std::find(model.chain.begin(), model.chain.end(), line.file));
+        const std::string number = std::to_string(other.line);
+        isLine =
+            isLine || (other.file == line.file &&
+                       reason == "line " + number + (isFirstFile ? " replaces it" : " defines it"));
+    }
+    const bool isLibrarys = model.table.at(*line.name).file.empty();
+    const bool isOverridden =
+        std::getenv(Model::environmentName(*line.name).c_str()) != nullptr && !isLibrarys;
+    FUZZ_CHECK(isLine || (reason == "an earlier file defines it" && isEarlier && !isLibrarys) ||
+               (reason == "the library sets it" && isLibrarys) ||
+               (reason == "the environment sets it" && isOverridden));
+}
+
+/// What stands below a variable: one source is in force, and it is the right one.
+void compareOrigin(const Model& model, const Configuration& configuration,
+                   const std::string& name) {
+    const char* const value = TI_EnvVcont(name.c_str());
+    const std::string shown = onOneLine(value != nullptr ? value : "");
+    const std::vector<std::string> lines = originOf(configuration, name);
+    FUZZ_CHECK(lines.size() >= 3 && lines[0] == name + "=" + shown);
+    FUZZ_CHECK(std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+                   return line.starts_with("* ");
+               }) == (name.starts_with("* ") ? 2 : 1));
+    const Model::Definition& definition = model.table.at(name);
+    const std::string variable = Model::environmentName(name);
+    std::string inForce = "* library: " + shown;
+    if (std::getenv(variable.c_str()) != nullptr)
+        inForce = "* environment " + variable + ": " + shown;
+    else if (!definition.file.empty())
+        inForce = "* " + placeOf(definition.file, definition.line) + shown;
+    FUZZ_CHECK(std::find(lines.begin() + 1, lines.end(), inForce) != lines.end());
+    const std::vector<Seen> definitions = model.definitionsOf(name);
+    FUZZ_CHECK(lines.size() >= definitions.size() + 3);
+    auto line = lines.end() - static_cast<std::ptrdiff_t>(definitions.size());
+    for (const Seen& each : definitions) {
+        const std::string text = placeOf(each.file, each.line) + onOneLine(each.value);
+        const bool isInForce = line->starts_with("* ");
+        FUZZ_CHECK(line->substr(2, text.size()) == text);
+        FUZZ_CHECK(isInForce == (line->size() == text.size() + 2));
+        if (!isInForce)
+            checkReason(model, each, line->substr(text.size() + 4, line->size() - text.size() - 5));
+        ++line;
+    }
+}
+
+/// Is a definition what it says, for somebody who knows no more of these files than that
+/// they hold `name = value` and comments? False for what is no definition.
+bool isDefinedAsWritten(const Model& model, const std::string& file, const std::string& line) {
+    constexpr const char* white = " \t\r";
+    const std::size_t equals = line.find('=');
+    const std::string name = trimmed(line.substr(0, equals), white, white);
+    if (equals == line.npos || name.empty())
+        return false;
+    const std::string value = trimmed(line.substr(equals + 1), white, white);
+    if (name != "ToolInfo")
+        return answer(TI_Vcont(name.c_str())) == Answer(value);
+    const auto next = std::find(model.chain.begin(), model.chain.end(), file) + 1;
+    return next != model.chain.end() && *next == Model::resolved(value);
+}
+
+void compareFindings(const Model& model, const Configuration& configuration) {
+    std::set<std::pair<std::string, int>> places;
+    for (const Finding& finding : findingsOf(configuration))
+        if (finding.file >= 0)
+            places.emplace(configuration.fileName(finding.file), finding.line);
+    for (const std::string& file : model.chain) {
+        const std::string text = *Model::contents(file);
+        int number = 0;
+        for (std::size_t begin = 0; begin < text.size();) {
+            const std::size_t end = std::min(text.find('\n', begin), text.size());
+            const std::string line = text.substr(begin, end - begin);
+            begin = end + 1;
+            ++number;
+            if (trimmed(line, " \t\r", " \t\r").empty() || line[0] == '%' || line[0] == '.')
+                continue;
+            FUZZ_CHECK(places.count({Model::hostPath(file), number}) != 0 ||
+                       isDefinedAsWritten(model, file, line));
+        }
+    }
+}
+
+/// What people are shown of the files.
+void compareExplanations(const Model& model) {
+    const Configuration configuration;
+    for (const auto& entry : model.table)
+        compareOrigin(model, configuration, entry.first);
+    FUZZ_CHECK(originOf(configuration, "no such name").empty());
+    compareFindings(model, configuration);
+}
+
 /// Of the variables that override, those that a step may set.
 void compareOverrides() {
     std::map<std::string, std::string> walked, expected;
@@ -405,6 +525,8 @@ void start(Model& model, const std::string& value) {
         model.readChain(first);
     director.fatals.clear();
     compareLines(model);
+    if (exists)
+        compareExplanations(model);
     FUZZ_CHECK(director.fatals.empty());
 }
 
@@ -461,6 +583,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (first.empty())
         first = "none"; // not every host has empty variables
     kit::setVariable("ToolInfo", first.c_str());
+    if (how % 4 == 1)
+        kit::setVariable("KAZ_A", "environment");
     Model model;
     if (how >= 224) { // a tool says where to go on before anything is read
         const std::string line = "ToolInfo=" + takeLink(input, 0);

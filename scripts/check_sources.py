@@ -6,6 +6,8 @@
   further down the list `rooms`, or what `upward` names with a reason; a platform
   header or a platform conditional appears nowhere outside the platform folder.
 - Every public header is part of the umbrella header.
+- Every variable that a source asks for by its name is one that `moxinfo --check`
+  knows.
 - Include guards are `#pragma once`; includes are written from the root libs/.
 - Every source says which licence it is under.
 """
@@ -108,10 +110,22 @@ def check_umbrella():
             problems.append(f"libs/tools/moxtools.h: {'/'.join(parts)} is missing")
 
 
+def check_known_names():
+    known = set(re.findall(r'"(\w+)"', (root / "programs/common/known_names.cpp").read_text()))
+    known |= set(re.findall(r"^ *ROW\(\w+, *(\w+),", (library / "config/kazenv.h").read_text(), re.M))
+    for path in sorted(library.rglob("*.cpp")) + sorted((root / "programs").rglob("*.cpp")):
+        for name in re.findall(r'\b(?:TI_(?:Env|SameEnv)?Vcont|optionalVariable)\("(\w+)"\)',
+                               path.read_text()):
+            if name not in known:
+                problems.append(f"{path.relative_to(root)}: programs/common/known_names.cpp "
+                                f"does not know the variable {name}")
+
+
 for source in sorted(library.rglob("*")):
     if source.suffix in (".h", ".cpp"):
         check_file(source)
 check_umbrella()
+check_known_names()
 problems += [f"scripts/check_sources.py: {room} no longer includes {header}: take the row out"
              for room, header in upward.keys() - used if room != "formats"]
 problems += [f"{path.relative_to(root)}:1: no licence: ./dev format --licences"

@@ -2,6 +2,8 @@
 // moxinfo: shows a tool's configuration.
 #include "common/output.h"
 #include "common/printable.h"
+#include "moxinfo/check.h"
+#include "moxinfo/origin.h"
 #include "moxinfo/product.h"
 
 #include "tools/app/KazCommandLine.h"
@@ -21,6 +23,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -40,13 +43,17 @@ constexpr KazCommandLine::Option options[] = {
      false, KazCommandLine::AnyFile},
     {arg_update, nullptr, "with -product: measure its parts anew, arguments are further ones"},
     {arg_verbose, nullptr, "with names: show the source of each value; with -product: all parts"}};
+constexpr KazCommandLine::Word words[] = {
+    {"--origin", "where each value, or that of the names, comes from, and what it overrides"},
+    {"--check", "what is wrong in the ToolInfo files, or may surprise"}};
 constexpr KazCommandLine commandLine(
     {"moxinfo", MOX_VERSION,
      "Shows the configuration of the tools: the ToolInfo files and each variable with the value "
      "in\nforce, under the source that gives it. What is shown can itself be read as a ToolInfo "
      "file.\nWith names only their values; a template is a text with ${name} references to "
      "expand.",
-     options, std::size(options), "[name | template ...]", 0, -1, KazCommandLine::OfTool},
+     options, std::size(options), "[name | template ...]", 0, -1, KazCommandLine::OfTool, words,
+     std::size(words)},
     offerWords);
 
 struct Variable {
@@ -72,16 +79,6 @@ std::string sourceOf(const char* name) {
     return "nowhere";
 }
 
-/// Values of the environment and names of files may hold line ends, which would
-/// make further lines of what is shown.
-std::string onOneLine(const char* value) {
-    std::string text = value != nullptr ? value : "";
-    for (char& c : text)
-        if (c == '\n' || c == '\r')
-            c = ' ';
-    return text;
-}
-
 std::vector<Variable> allVariables() {
     std::vector<Variable> variables;
     TI_Vwalk(
@@ -104,15 +101,46 @@ std::vector<std::string> allSources(const std::vector<Variable>& variables) {
     return sources;
 }
 
-/// What the option -source names, as the variables carry it.
+bool isWordForSource(const std::string& text) {
+    return text == "environment" || text == "run-time" || text == "library";
+}
+
+/// What the option -source names, as the variables carry it; "" for everything.
 std::string wantedSource() {
     const char* wanted = kaz_arg_text(arg_source, 0, nullptr);
-    if (wanted == nullptr)
-        return "";
-    std::string text = wanted;
-    if (text == "environment" || text == "run-time" || text == "library")
-        return text;
+    if (wanted == nullptr || isWordForSource(wanted))
+        return wanted != nullptr ? wanted : "";
     return kazFullPath(wanted).getValue();
+}
+
+/// The further file that is read, under its full name; "" for none.
+std::string furtherFile() {
+    const char* file = kaz_arg_text(arg_file, 0, nullptr);
+    return file != nullptr ? kazFullPath(file).getValue() : "";
+}
+
+bool isRead(const std::string& file) {
+    if (file == furtherFile())
+        return true;
+    for (int i = 0; KazString name = TI_Vfile(i); ++i)
+        if (file == kazFullPath(name).getValue())
+            return true;
+    return false;
+}
+
+/// False, and told, when -source names what gives nothing.
+bool isSourceGood() {
+    const std::string wanted = wantedSource();
+    if (wanted.empty() || isWordForSource(wanted) || isRead(wanted))
+        return true;
+    const char* const word = kaz_arg_text(arg_source, 0, nullptr);
+    KazStringColl sources;
+    for (const char* source : {"environment", "library", "run-time"})
+        sources.add(source);
+    commandLine.complain("option -source: %s is no file that is read, nor environment, library or "
+                         "run-time%s",
+                         printable(word).c_str(), kazDidYouMean(word, sources).getValue());
+    return false;
 }
 
 void showAll(LineOutput& output) {
@@ -145,12 +173,16 @@ KazStringColl allNames() {
     return names;
 }
 
+void complainOfUndefined(const char* name) {
+    print_err("moxinfo: %s is not defined%s", printable(name).c_str(),
+              kazDidYouMean(name, allNames()).getValue());
+}
+
 /// False, and reported, when there is no such variable.
 bool showVariable(LineOutput& output, const char* name) {
     const char* value = TI_EnvVcont(name);
     if (value == nullptr) {
-        print_err("moxinfo: %s is not defined%s", printable(name).c_str(),
-                  kazDidYouMean(name, allNames()).getValue());
+        complainOfUndefined(name);
         return false;
     }
     if (kaz_arg_text(arg_verbose, 0, nullptr) != nullptr)
@@ -181,13 +213,32 @@ bool showArguments(LineOutput& output) {
 }
 
 bool readFurtherFile() {
-    const char* file = kaz_arg_text(arg_file, 0, nullptr);
-    if (file == nullptr)
+    const std::string file = furtherFile();
+    if (file.empty() || TI_V_user_file(file.c_str(), true) == 0)
         return true;
-    if (TI_V_user_file(kazFullPath(file), true) == 0)
-        return true;
-    print_err("moxinfo: cannot read %s", printable(file).c_str());
+    print_err("moxinfo: cannot read %s", printable(kaz_arg_text(arg_file, 0, nullptr)).c_str());
     return false;
+}
+
+/// False when a variable is empty or, which is reported, not defined.
+bool showOrigin(LineOutput& output, const Configuration& configuration, const char* name) {
+    const std::vector<std::string> lines = originOf(configuration, name);
+    for (const std::string& line : lines)
+        output.line(line);
+    if (lines.empty())
+        complainOfUndefined(name);
+    const char* const value = TI_EnvVcont(name);
+    return value != nullptr && *value != '\0';
+}
+
+bool showOrigins(LineOutput& output, const Configuration& configuration) {
+    bool allThere = true;
+    for (int i = 0; const char* name = kaz_arg_get_untagged(i); ++i)
+        allThere = showOrigin(output, configuration, name) && allThere;
+    if (kaz_arg_get_untagged(0) == nullptr)
+        for (const Variable& variable : allVariables())
+            showOrigin(output, configuration, variable.name.c_str());
+    return allThere;
 }
 
 /// Sources, or variables with their values.
@@ -209,6 +260,24 @@ std::string productProblem() {
     if (kaz_arg_text(arg_update, 0, nullptr) == nullptr)
         return argument != nullptr ? "what is " + printable(argument) + " for?" : "";
     return kaz_arg_text(arg_product, 0, nullptr) == nullptr ? "-update needs -product" : "";
+}
+
+/// What does not go with "--origin" or "--check"; "" when nothing is wrong.
+std::string wordProblem() {
+    const bool isCheck = commandLine.isGiven("--check"), isOrigin = commandLine.isGiven("--origin");
+    if (!isCheck && !isOrigin)
+        return "";
+    if (isCheck && isOrigin)
+        return "--origin and --check exclude one another";
+    const std::string word = isCheck ? "--check" : "--origin";
+    for (const auto& [type, text] :
+         {std::pair(arg_source, "-source"), {arg_product, "-product"}, {arg_update, "-update"}})
+        if (kaz_arg_text(type, 0, nullptr) != nullptr)
+            return "option " + std::string(text) + " does not go with " + word;
+    const char* const argument = kaz_arg_get_untagged(0);
+    return isCheck && argument != nullptr
+               ? "there is no place for the argument " + printable(argument)
+               : "";
 }
 
 std::string outputFile() {
@@ -235,17 +304,35 @@ int runProduct(const char* which) {
     return output.finish() && good ? 0 : 1;
 }
 
+/// Everything that is asked of the variables, once they are read.
+bool showVariables(LineOutput& output) {
+    if (commandLine.isGiven("--check"))
+        return showFindings(Configuration(furtherFile()), output);
+    if (commandLine.isGiven("--origin"))
+        return showOrigins(output, Configuration(furtherFile()));
+    if (kaz_arg_get_untagged(0) != nullptr)
+        return showArguments(output);
+    showAll(output);
+    return true;
+}
+
+/// What is wrong with the command line beyond its words; "" when nothing is.
+std::string problem() {
+    const bool isProduct = kaz_arg_text(arg_product, 0, nullptr) != nullptr ||
+                           kaz_arg_text(arg_update, 0, nullptr) != nullptr;
+    const std::string ofWords = wordProblem();
+    return ofWords.empty() && isProduct ? productProblem() : ofWords;
+}
+
 class MoxInfo : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
             return status;
-        const char* which = kaz_arg_text(arg_product, 0, nullptr);
-        const bool isProduct = which != nullptr || kaz_arg_text(arg_update, 0, nullptr) != nullptr;
-        if (const std::string problem = isProduct ? productProblem() : ""; !problem.empty()) {
-            commandLine.complain("%s", problem.c_str());
+        if (const std::string text = problem(); !text.empty()) {
+            commandLine.complain("%s", text.c_str());
             return KazCommandLine::wrongUsage;
         }
-        if (which != nullptr)
+        if (const char* which = kaz_arg_text(arg_product, 0, nullptr))
             return runProduct(which);
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
@@ -253,12 +340,10 @@ class MoxInfo : public KazConsoleApp {
         TI_Vinit();
         if (!readFurtherFile())
             return 1;
+        if (!isSourceGood())
+            return KazCommandLine::wrongUsage;
         LineOutput output(outputFile());
-        bool good = true;
-        if (kaz_arg_get_untagged(0) != nullptr)
-            good = showArguments(output);
-        else
-            showAll(output);
+        const bool good = showVariables(output);
         return output.finish() && good ? 0 : 1;
     }
 };

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,193 @@ TEST_F(MoxInfo, ShowsEachVariableUnderItsSource) {
     tree.write("more", "a=9\nd=5\n");
     const kit::Result more = run({"-file", tree.path("more"), "-source", tree.path("more")});
     EXPECT_EQ(more.out, "% from " + tree.native("more") + "\na=9\nd=5\n");
+}
+
+TEST_F(MoxInfo, TellsWhereEachValueComesFrom) {
+    options.env["KAZ_C"] = "two\nlines";
+    const std::string first = tree.path("first"), second = tree.path("second");
+    kit::Result result = run({"--origin", "b", "c", "ToolInfo"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "b=2\n"
+                          "  environment KAZ_B: not set\n"
+                          "  run-time: not set\n"
+                          "* " +
+                              first +
+                              ":2: 2\n"
+                              "  " +
+                              second +
+                              ":1: 3 [an earlier file defines it]\n"
+                              "c=two lines\n"
+                              "* environment KAZ_C: two lines\n"
+                              "  run-time: not set\n"
+                              "  " +
+                              second +
+                              ":2: 4 [the environment sets it]\n"
+                              "ToolInfo=" +
+                              tree.native("first") +
+                              "\n"
+                              "  environment KAZ_TOOLINFO: not set\n"
+                              "  run-time: not set\n"
+                              "* library: " +
+                              tree.native("first") +
+                              "\n"
+                              "  " +
+                              first + ":4: ~/second [the library sets it]\n");
+
+    result = run({"--origin", "empty", "emtpy"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.out.find("* " + first + ":3: \n"), result.out.npos);
+    EXPECT_EQ(result.err, "moxinfo: emtpy is not defined; did you mean empty?\n");
+    EXPECT_EQ(run({"--origin", "empty"}).status, 1) << "it reads as undefined";
+
+    tree.write("more", "b=9\nb=8\n");
+    result = run({"-file", tree.path("more"), "--origin", "b"});
+    EXPECT_EQ(result.out, "b=8\n  environment KAZ_B: not set\n  run-time: not set\n"
+                          "  " +
+                              first +
+                              ":2: 2 [a later file replaces it]\n"
+                              "  " +
+                              second +
+                              ":1: 3 [a later file replaces it]\n"
+                              "  " +
+                              tree.path("more") +
+                              ":1: 9 [line 2 replaces it]\n"
+                              "* " +
+                              tree.path("more") + ":2: 8\n");
+
+    EXPECT_EQ(run({"--origin", "-output", tree.path("all")}).status, 0);
+    const std::string all = tree.readText("all");
+    EXPECT_TRUE(all.starts_with("TI_locale=" + kit::localeOfC() + "\n")) << all;
+    EXPECT_NE(all.find("\nempty=\n"), all.npos);
+}
+
+/// Each line of a check without its file and text: "3 warning no-equals".
+std::vector<std::string> digest(const std::string& output, const std::string& file) {
+    std::vector<std::string> lines;
+    std::istringstream in(output);
+    for (std::string line; std::getline(in, line);) {
+        const std::size_t code = line.rfind(" [");
+        if (line.starts_with(file + ":"))
+            line.erase(0, file.size() + 1);
+        if (code == line.npos || line.back() != ']') {
+            lines.push_back(line);
+            continue;
+        }
+        const std::size_t place = line.find(": "), severity = line.find(": ", place + 2);
+        const std::size_t at = line.rfind(" [");
+        lines.push_back(line.substr(0, place) + line.substr(place + 1, severity - place - 1) + " " +
+                        line.substr(at + 2, line.size() - at - 3));
+    }
+    return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
+    const std::string first = tree.path("first");
+    EXPECT_EQ(run({"--check"}).out,
+              first +
+                  ":3: note: \"empty\" is empty: it reads as undefined, and no later file can "
+                  "define it [empty]\n" +
+                  tree.path("second") + ":1: note: \"b\" is \"2\" by " + first +
+                  ":2, which comes first [shadowed]\n" + tree.path("second") +
+                  ":3: note: \"empty\" is \"\" by " + first +
+                  ":3, which comes first [shadowed]\n0 errors, 0 warnings, 3 notes\n");
+    EXPECT_EQ(run({"--check"}).status, 0) << "notes are nothing wrong";
+
+    std::string text = "\xEF\xBB\xBF% comment\n"                           // 1
+                       "#tmp_dir = x\n#\n"                                 // 2, 3
+                       "tmp_dir\t=x\nTMP_DIR=x\ntmp_dri=x\ntmp=x\n"        // 4 to 7
+                       "no equals\n = 5\n"                                 // 8, 9
+                       "quoted='x'\nhalf='x\nodd=\tx\ncr=a\rb\n% a\rb=1\n" // 10 to 14
+                       "  % c=1\na b = c\n\"name\"=x\nTI_locale=C\n"       // 15 to 18
+                       "twice=1\ntwice=2\ntwice=2\n"                       // 19 to 21
+                       "abc_mox_file_path=x\nrman=x\n% " +                 // 22, 23, 24
+                       std::string(5200, 'v') +
+                       "=\nn=x";                                              // 24, 25
+    text += std::string(1, '\0') + "y\r\n" + std::string(5118, 'w') + "=x\n"; // 25, 26
+    options.env["ToolInfo"] = tree.write("bad", text + "ToolInfo=~/none\x1b");
+    const kit::Result bad = run({"--check"});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(digest(bad.out, tree.path("bad")), (Lines{"1 error byte-order-mark",
+                                                        "1 warning no-equals",
+                                                        "2 warning hash-comment",
+                                                        "3 warning hash-comment",
+                                                        "4 warning odd-name",
+                                                        "5 warning near-name",
+                                                        "6 warning near-name",
+                                                        "8 warning no-equals",
+                                                        "9 warning no-name",
+                                                        "10 note quoted",
+                                                        "12 warning odd-value",
+                                                        "13 warning carriage-return",
+                                                        "14 warning carriage-return",
+                                                        "15 warning odd-name",
+                                                        "16 warning odd-name",
+                                                        "17 warning odd-name",
+                                                        "18 warning reserved",
+                                                        "19 warning duplicate",
+                                                        "20 note duplicate",
+                                                        "24 warning long-line",
+                                                        "24 note empty",
+                                                        "25 error nul-byte",
+                                                        "27 warning odd-value",
+                                                        "27 error chain-unreadable",
+                                                        "3 errors, 18 warnings, 3 notes"}));
+    EXPECT_NE(bad.out.find(":6: warning: nothing known reads \"tmp_dri\"; did you mean tmp_dir?"),
+              bad.out.npos);
+    EXPECT_NE(bad.out.find("none\\x1B cannot be read"), bad.out.npos) << "the name that was tried";
+    options.env["ToolInfo"] = tree.write("wide", "\xFF\xFE" + std::string("a\0=\0", 4));
+    EXPECT_EQ(digest(run({"--check"}).out, tree.path("wide"))[0], "1 error nul-byte");
+}
+
+TEST_F(MoxInfo, FindsTheEndsOfAChainAndWhatTheEnvironmentOverrides) {
+    const std::string first = tree.write("first", "a=1\nToolInfo=~/second\n");
+    tree.write("second", "a=1\nc=1\nc=2\nToolInfo=~/first\n");
+    EXPECT_EQ(
+        digest(run({"--check"}).out, tree.path("second")),
+        (Lines{"3 warning duplicate", "4 warning chain-cycle", "0 errors, 2 warnings, 0 notes"}));
+    for (int i = 2; i <= 11; ++i)
+        tree.write("f" + std::to_string(i), "ToolInfo=~/f" + std::to_string(i + 1) + "\n");
+    tree.write("first", "tmp_dir=x\nplant=1\nToolInfo=~/f2\n");
+    options.env["KAZ_TMP_DIR"] = "y";
+    options.env["KAZ_TMPDIR"] = "y";
+    options.env["KAZ_plant"] = "2";
+    options.env["KAZ_PLANT"] = "2";
+    options.env["KAZ_X"] = "too short to be near to anything";
+    options.env["KAZ_PROGRESS_FD"] = "3";
+    const kit::Result result = run({"--check"});
+    EXPECT_EQ(digest(result.out, tree.path("f10")),
+              (Lines{"1 warning chain-too-long", "environment note env-override",
+                     "environment note env-override", "environment warning env-near",
+                     "environment warning env-near", "0 errors, 3 warnings, 2 notes"}))
+        << result.out;
+    EXPECT_NE(result.out.find("KAZ_TMP_DIR overrides \"tmp_dir\" of " + first + ":1 ["),
+              result.out.npos);
+    EXPECT_NE(result.out.find("KAZ_TMPDIR; did you mean KAZ_TMP_DIR? ["), result.out.npos);
+    EXPECT_NE(result.out.find("KAZ_plant; did you mean KAZ_PLANT? ["), result.out.npos);
+}
+
+TEST_F(MoxInfo, ToolsInstallTheNamesThatTheyRead) {
+    tree.mkdir("Suite/bin");
+    kit::placeProgram("moxinfo", tree.path("Suite/bin"));
+    tree.write("first", "harbour=1\nharbuor=2\n");
+    const auto check = [this] {
+        return digest(kit::run({tree.path("Suite/bin/moxinfo"), "--check"}, options).out,
+                      tree.path("first"));
+    };
+    EXPECT_EQ(check(), (Lines{"0 errors, 0 warnings, 0 notes"}));
+    tree.write("Suite/share/mox/variables/plan.list", "% of the planner\n harbour \r\n\n");
+    tree.write("Suite/share/mox/variables/plan.text", "harbuor\n");
+    EXPECT_EQ(check(), (Lines{"2 warning near-name", "0 errors, 1 warning, 0 notes"}));
+}
+
+TEST_F(MoxInfo, TheSampleProjectIsReadWhole) {
+    options.cwd = EXAMPLES "/project";
+    const kit::Result result = run({"-toolinfo", "ToolInfo", "--check"});
+    EXPECT_EQ(result.status, 0) << result.out;
+    EXPECT_NE(result.out.find("0 errors, 0 warnings"), result.out.npos);
+    EXPECT_EQ(run({"-toolinfo", "ToolInfo", "site_name"}).out, "Harbour plant\n");
 }
 
 TEST_F(MoxInfo, ShowsValuesAndExpandsTemplates) {
@@ -92,7 +280,14 @@ TEST_F(MoxInfo, WrongUseIsExplained) {
     const std::map<std::string, std::vector<std::string>> problems = {
         {"unknown option -frob", {"-frob"}},
         {"option -projdir is not for this program", {"a", "-projdir", "x"}},
-        {"option -output needs a value", {"-verbose", "-output"}}};
+        {"option -output needs a value", {"-verbose", "-output"}},
+        {"option -source: enviroment is no file that is read, nor environment, library or "
+         "run-time; did you mean environment?",
+         {"-source", "enviroment"}},
+        {"--origin and --check exclude one another", {"--check", "--origin"}},
+        {"option -source does not go with --check", {"--check", "-source", "library"}},
+        {"option -product does not go with --origin", {"--origin", "-product", "."}},
+        {"there is no place for the argument a", {"--check", "a"}}};
     for (const auto& [problem, arguments] : problems) {
         const kit::Result result = run(arguments);
         EXPECT_EQ(result.status, 2);
@@ -130,6 +325,7 @@ TEST_F(MoxInfo, TroubleWithFilesIsReported) {
                   full + ": cannot be written: No space left on device\n");
         EXPECT_EQ(run({"-output", full}).status, 1);
     }
+    EXPECT_EQ(run({"-source", tree.path("none")}).status, 2) << "no file of the chain";
     kit::Result result = run({"-toolinfo", tree.path("none")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Can't open ToolInfo file: " + tree.native("none") +

@@ -149,6 +149,10 @@ TEST_F(OutOfMemory, TheConfigurationIsShownOrTheReasonIsTold) {
         {"moxinfo", "name", "other"}, [] {}, [](const kit::Result&) {});
     sweep(
         {"moxinfo"}, [] {}, [](const kit::Result&) {});
+    sweep(
+        {"moxinfo", "--origin", "other"}, [] {}, [](const kit::Result&) {});
+    sweep(
+        {"moxinfo", "--check"}, [] {}, [](const kit::Result&) {});
 }
 
 } // namespace

@@ -85,6 +85,9 @@ TEST_F(Terminal, NamesOfFilesAndTextsOfCatalogs) {
                   ",\nis ToolInfo environment variable set correctly?\n");
     options.env["ToolInfo"] = tree.write("by/" + evil, "a=b\n");
     EXPECT_NE(run({"moxinfo"}).out.find("% from "), std::string::npos);
+    tree.write("by/" + evil, "a=b\n\x1b[2J=\x9b\nToolInfo=\x1b[2J\n");
+    for (const char* word : {"--origin", "--check"})
+        EXPECT_NE(run({"moxinfo", word}).out.find("\\x1B[2J"), std::string::npos);
 }
 
 } // namespace

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "moxinfo/origin.h"
+
+#include "common/known_names.h"
+#include "common/printable.h"
+#include "tools/config/toolinfo.h"
+
+namespace {
+
+std::string marked(bool isInForce, const std::string& text) {
+    return (isInForce ? "* " : "  ") + text;
+}
+
+/// Why the definition that counts among the files is not in force.
+std::string reasonOutside(KazVariableSource source, const std::string& name) {
+    if (source == KazRunTime)
+        return "the tool sets it";
+    return isSetByLibrary(name) ? "the library sets it" : "the environment sets it";
+}
+
+std::string reasonOf(const Configuration& configuration, const ConfigLine& line,
+                     KazVariableSource source) {
+    const ConfigLine& inFile = configuration.decisiveInFile(line);
+    if (&inFile != &line)
+        return "line " + std::to_string(inFile.number) +
+               (configuration.lastCountsIn(line.file) ? " replaces it" : " defines it");
+    const ConfigLine& decisive = configuration.decisive(line.name);
+    const bool isLibrarys = isSetByLibrary(line.name) && source != KazFile;
+    if (&decisive == &line || isLibrarys)
+        return reasonOutside(source, line.name);
+    return configuration.isFurther(decisive.file) ? "a later file replaces it"
+                                                  : "an earlier file defines it";
+}
+
+std::string definitionText(const Configuration& configuration, const ConfigLine& line,
+                           KazVariableSource source) {
+    const bool isInForce = source == KazFile && &configuration.decisive(line.name) == &line;
+    const std::string text = configuration.placeOf(line) + ": " + onOneLine(line.value.c_str());
+    return marked(isInForce, text) +
+           (isInForce ? "" : " [" + reasonOf(configuration, line, source) + "]");
+}
+
+} // namespace
+
+std::vector<std::string> originOf(const Configuration& configuration, const std::string& name) {
+    const KazVariableSource source = TI_EnvVsource(name.c_str(), nullptr);
+    if (source == KazUndefined)
+        return {};
+    const std::string value = onOneLine(TI_EnvVcont(name.c_str()));
+    const auto given = [&](KazVariableSource by) { return source == by ? value : "not set"; };
+    std::vector<std::string> lines = {
+        name + "=" + value,
+        marked(source == KazEnvironment,
+               "environment " + overridingVariable(name) + ": " + given(KazEnvironment)),
+        marked(source == KazRunTime, "run-time: " + given(KazRunTime))};
+    if (source == KazDefined)
+        lines.push_back(marked(true, "library: " + value));
+    else if (source == KazEnvironment && isSetByLibrary(name))
+        lines.push_back(marked(false, "library: " + onOneLine(TI_Vcont(name.c_str())) +
+                                          " [the environment sets it]"));
+    for (const ConfigLine* const line : configuration.definitionsOf(name))
+        lines.push_back(definitionText(configuration, *line, source));
+    return lines;
+}
