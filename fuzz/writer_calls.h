@@ -14,9 +14,10 @@ namespace fuzz {
 
 class WriterCalls {
 public:
-    /// @p picture is a file to show, or "".
-    WriterCalls(KazDocWriter& writer, std::string picture)
-        : doc(writer), picture(std::move(picture)) {}
+    /// @p picture is a file to show, or "". Without @p breaks, nothing asks for a new line:
+    /// a reader that sets cells beside one another then keeps the order of the texts.
+    WriterCalls(KazDocWriter& writer, std::string picture, bool breaks = true)
+        : doc(writer), picture(std::move(picture)), breaks(breaks) {}
 
     /// Takes calls until the input ends.
     void make(Input input) {
@@ -66,7 +67,10 @@ private:
                                                 "#",
                                                 "&amp;"};
         words.push_back("w" + std::to_string(words.size()) + "x");
-        return std::string(input.pick(parts)) + words.back() + input.pick(parts);
+        std::string text = std::string(input.pick(parts)) + words.back() + input.pick(parts);
+        if (!breaks)
+            std::erase_if(text, [](char c) { return c == '\n' || c == '\r'; });
+        return text;
     }
 
     KazTextStyle style(Input& input) {
@@ -123,7 +127,7 @@ private:
         case 22:
             return text(input);
         case 23:
-            return doc.lineBreak();
+            return breaks ? doc.lineBreak() : doc.endRow();
         case 24:
             return link(input);
         case 25:
@@ -185,6 +189,7 @@ private:
 
     KazDocWriter& doc;
     std::string picture;
+    bool breaks;
 };
 
 } // namespace fuzz
