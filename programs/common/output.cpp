@@ -4,21 +4,15 @@
 #include "common/printable.h"
 #include "tools/files/streams.h"
 #include "tools/files/tifiles.h"
+#include "tools/files/tistatus.h"
 #include "tools/messages/messages.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <system_error>
 
-namespace fs = std::filesystem;
-
 namespace {
-
-fs::path hostPath(const std::string& file) {
-    return kazHostPath(file.c_str()).getValue();
-}
 
 /// False with errno set.
 bool writeStandardOutput(const std::string& bytes) {
@@ -98,6 +92,6 @@ bool LineOutput::finish() {
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {
-    std::error_code error;
-    return fs::equivalent(hostPath(a), hostPath(b), error);
+    KazFileStatus one, two;
+    return TI_status(a.c_str(), one) == 0 && TI_status(b.c_str(), two) == 0 && one.isSameFile(two);
 }

@@ -23,29 +23,12 @@ struct Amount {
 template <typename Visit>
 void forEachFile(KazDirectory top, Visit visit) {
     KazTreeCursor cursor(std::move(top));
-    std::vector<std::vector<KazString>> pending;
-    const auto list = [&] {
-        std::vector<KazDirectoryEntry> entries;
-        cursor.directory().list("*", entries);
-        std::vector<KazString>& names = pending.emplace_back();
-        for (const KazDirectoryEntry& entry : entries)
-            if (entry.kind != KazFileKind::Directory)
-                visit(cursor.directory(), entry);
-            else if (!isStaging(cursor.directory(), entry))
-                names.push_back(entry.name);
-    };
-    list();
-    while (!pending.empty()) {
-        if (pending.back().empty()) {
-            pending.pop_back();
-            cursor.leave();
-            continue;
-        }
-        const KazString name = pending.back().back();
-        pending.back().pop_back();
-        if (cursor.enter(name) == 0)
-            list();
-    }
+    cursor.walk([&](const KazDirectoryEntry& entry) {
+        if (entry.kind == KazFileKind::Directory)
+            return !isStaging(cursor.directory(), entry);
+        visit(cursor.directory(), entry);
+        return false;
+    });
 }
 
 Amount amountIn(KazDirectory top) {

@@ -108,28 +108,11 @@ bool isUnder(const KazDirectory& parent, const KazString& name, const KazDirecto
 
 /// Directories that were copied with their permissions may be closed to their owner.
 void openUp(KazTreeCursor cursor) {
-    std::vector<std::vector<KazString>> pending;
-    const auto list = [&] {
-        std::vector<KazDirectoryEntry> entries;
-        cursor.directory().list("*", entries);
-        std::vector<KazString>& names = pending.emplace_back();
-        for (const KazDirectoryEntry& entry : entries)
-            if (entry.kind == KazFileKind::Directory)
-                names.push_back(entry.name);
-    };
-    list();
-    while (!pending.empty()) {
-        if (pending.back().empty()) {
-            pending.pop_back();
-            cursor.leave();
-            continue;
-        }
-        const KazString name = pending.back().back();
-        pending.back().pop_back();
-        cursor.directory().setMode(name, 0700);
-        if (cursor.enter(name) == 0)
-            list();
-    }
+    cursor.walk([&cursor](const KazDirectoryEntry& entry) {
+        if (entry.kind == KazFileKind::Directory)
+            cursor.directory().setMode(entry.name, 0700);
+        return true;
+    });
 }
 
 bool isEmptied(const KazDirectory& staging) {

@@ -191,6 +191,31 @@ TEST_F(Directory, ACursorIsWhereItsMovesLead) {
     EXPECT_TRUE(cursor.directory().isOpen());
 }
 
+TEST_F(Directory, AWalkMeetsWhatIsThereOnceAndDirectoriesFirst) {
+    kit::Random random(kit::seed());
+    SCOPED_TRACE(kit::seedText());
+    tree.mkdir("top");
+    tree::grow(tree, "top", random, 3);
+    std::set<std::string> expected, met;
+    for (fs::recursive_directory_iterator it(tree.path("top")), end; it != end; ++it) {
+        expected.insert(fs::relative(it->path(), tree.path("top")).generic_string());
+        if (it->path().filename() == "sub" && it->is_directory())
+            it.disable_recursion_pending();
+    }
+    KazTreeCursor cursor(top.openDirectory("top"));
+    EXPECT_EQ(cursor.walk([&](const KazDirectoryEntry& entry) {
+        std::string path = cursor.getPath().getValue();
+        for (char& c : path)
+            c = c == '\\' ? '/' : c;
+        EXPECT_TRUE(path.empty() || met.count(path) > 0) << path << " before what is in it";
+        EXPECT_TRUE(met.insert((path.empty() ? "" : path + "/") + entry.name.getValue()).second);
+        return entry.name != "sub";
+    }),
+              0);
+    EXPECT_EQ(met, expected);
+    EXPECT_EQ(cursor.getDepth(), 0);
+}
+
 TEST_F(Directory, AStampTellsWhetherItsProcessRuns) {
     const std::string own = kazProcessStamp().getValue();
     ASSERT_FALSE(own.empty());

@@ -12,7 +12,7 @@
 #include <vector>
 
 namespace host = kaz::host;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -25,7 +25,7 @@ int failWith(int number) {
 /// One component, which leads nowhere else. A backslash is part of a name on some
 /// hosts; on the others nothing is found under such a name.
 bool isComponent(const char* name) {
-    const std::string_view text = textOf(name);
+    const std::string_view text = orEmpty(name);
     return !text.empty() && text != "." && text != ".." && text.find('/') == text.npos;
 }
 
@@ -73,7 +73,7 @@ KazDirectory::KazDirectory(host::Directory&& directory) {
 }
 
 KazDirectory::KazDirectory(const char* path)
-    : KazDirectory(host::Directory(*textOf(path) != '\0' ? path : ".")) {}
+    : KazDirectory(host::Directory(*orEmpty(path) != '\0' ? path : ".")) {}
 
 KazDirectory::KazDirectory(KazDirectory&& other) noexcept = default;
 KazDirectory& KazDirectory::operator=(KazDirectory&& other) noexcept = default;
@@ -132,7 +132,7 @@ int KazDirectory::list(const char* pattern, std::vector<KazDirectoryEntry>& entr
     if (!isOpen())
         return failWith(EBADF);
     std::vector<host::Entry> found;
-    const int result = directory_->list(textOf(pattern), found);
+    const int result = directory_->list(orEmpty(pattern), found);
     const int reason = errno;
     entries.reserve(found.size());
     for (const host::Entry& entry : found)
@@ -143,13 +143,13 @@ int KazDirectory::list(const char* pattern, std::vector<KazDirectoryEntry>& entr
 }
 
 bool KazDirectory::matches(const char* pattern, const char* name) {
-    return host::matches(textOf(pattern), textOf(name));
+    return host::matches(orEmpty(pattern), orEmpty(name));
 }
 
 FILE* KazDirectory::openFile(const char* name, const char* mode) const {
     FILE* stream = nullptr;
     onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
-        if (*textOf(mode) == '\0')
+        if (*orEmpty(mode) == '\0')
             return failWith(EINVAL);
         stream = self.openFile(entry, mode);
         return 0;
@@ -290,15 +290,15 @@ int KazDirectory::removeTree(const char* name, KazString* failed) const {
         const int emptied = isOpen ? removal.run() : -1;
         const int reason = errno;
         result = removeDirectory(name);
-        if (emptied != 0) {
+        // What could be removed at last was empty, whatever went wrong before.
+        if (emptied != 0 && result != 0) {
             inside = removal.failed();
             errno = reason;
-            result = -1;
         }
     }
     const int reason = errno;
     if (result != 0 && failed != nullptr)
-        *failed = kaz::detail::joinPath(textOf(name), inside.getValue());
+        *failed = kaz::detail::joinPath(orEmpty(name), inside.getValue());
     errno = reason;
     return result;
 }

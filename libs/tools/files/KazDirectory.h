@@ -27,8 +27,10 @@ struct KazFileStatus {
     std::uint64_t device = 0;  ///< with `serial`: the same pair, the same file
     std::uint64_t serial = 0;
 
+    /// False where either tells of no file.
     bool isSameFile(const KazFileStatus& other) const {
-        return device == other.device && serial == other.serial;
+        return kind != KazFileKind::Missing && other.kind != KazFileKind::Missing &&
+               device == other.device && serial == other.serial;
     }
 };
 

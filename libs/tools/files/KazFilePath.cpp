@@ -16,7 +16,7 @@
 #include <utility>
 
 namespace host = kaz::host;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -30,7 +30,7 @@ std::string_view withoutBlanks(std::string_view text) {
 
 std::vector<KazString> split(const char* list) {
     std::vector<KazString> dirs;
-    std::string_view rest = textOf(list);
+    std::string_view rest = orEmpty(list);
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find(';'), rest.size());
         const std::string_view dir = withoutBlanks(rest.substr(0, end));
@@ -84,7 +84,7 @@ private:
 /// Calls @p visit with each path that @p name can mean until it returns true.
 template <typename Visit>
 void eachCandidate(const KazFilePath& path, const char* name, Visit visit) {
-    if (*textOf(name) == '\0')
+    if (*orEmpty(name) == '\0')
         return;
     if (kazIsExplicitPath(name)) {
         visit(withHome(name));
@@ -128,7 +128,7 @@ void KazFilePath::prepend(const char* list) {
 }
 
 bool KazFilePath::remove(const char* dir) {
-    const KazString wanted = textOf(dir);
+    const KazString wanted = orEmpty(dir);
     return std::erase_if(dirs_, [&](const KazString& entry) {
                return kazFilenameCompare(entry.getValue(), wanted.getValue()) == 0;
            }) > 0;

@@ -172,6 +172,66 @@ private:
     std::set<Identity> known_;  ///< of the levels
 };
 
+namespace {
+
+/// One walk. The names still to be entered are kept for each level on the way.
+class Walk {
+public:
+    using Visit = std::function<bool(const KazDirectoryEntry&)>;
+
+    Walk(KazTreeCursor& cursor, const Visit& visit) : cursor_(cursor), visit_(visit) {}
+
+    int run() {
+        list();
+        for (;;) {
+            if (!pending_.back().empty())
+                enterNext();
+            else if (pending_.size() > 1)
+                leave();
+            else
+                break;
+        }
+        errno = reason_;
+        return reason_ == 0 ? 0 : -1;
+    }
+
+private:
+    void note(int result) {
+        if (result != 0 && reason_ == 0)
+            reason_ = errno;
+    }
+
+    void list() {
+        std::vector<KazDirectoryEntry> entries;
+        note(cursor_.directory().list("*", entries));
+        std::vector<KazString>& names = pending_.emplace_back();
+        for (const KazDirectoryEntry& entry : entries)
+            if (visit_(entry) && entry.kind == KazFileKind::Directory)
+                names.push_back(entry.name);
+    }
+
+    void enterNext() {
+        const KazString name = pending_.back().back();
+        pending_.back().pop_back();
+        if (const int result = cursor_.enter(name); result != 0)
+            note(result);
+        else
+            list();
+    }
+
+    void leave() {
+        pending_.pop_back();
+        note(cursor_.leave());
+    }
+
+    KazTreeCursor& cursor_;
+    const Visit& visit_;
+    std::vector<std::vector<KazString>> pending_;
+    int reason_ = 0;
+};
+
+} // namespace
+
 } // namespace kaz::detail
 
 using kaz::detail::CursorLevels;
@@ -209,4 +269,8 @@ int KazTreeCursor::leave() {
 
 int KazTreeCursor::jump(KazDirectory other) {
     return levels_->jump(std::move(other));
+}
+
+int KazTreeCursor::walk(const std::function<bool(const KazDirectoryEntry&)>& visit) {
+    return kaz::detail::Walk(*this, visit).run();
 }

@@ -7,6 +7,7 @@
 #include "tools/files/KazDirectory.h"
 #include "tools/strings/KazString.h"
 
+#include <functional>
 #include <memory>
 
 namespace kaz::detail {
@@ -57,6 +58,13 @@ public:
     /// nothing; ENOENT means that the directory above cannot be found again: the cursor
     /// is there, but it is not open.
     int leave();
+
+    /// Goes through all that is below the present directory and comes back. @p visit gets
+    /// each entry while the cursor is in its directory; one that is a directory is entered
+    /// later if the answer is true. The entries of a directory come before what is below any
+    /// of them. Goes on after a failure: 0, or -1 with the first one's errno. Memory for the
+    /// names of the directories still to be entered.
+    int walk(const std::function<bool(const KazDirectoryEntry& entry)>& visit);
 
 private:
     friend class kaz::detail::TreeCopy;

@@ -18,7 +18,7 @@
 #include <vector>
 
 namespace host = kaz::host;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -112,7 +112,7 @@ int statusOf(const host::Completion& ended, int* signal) {
 } // namespace
 
 int TI_putenv(const char* name, const char* value) {
-    return name != nullptr ? host::setEnvironment(name, textOf(value)) : -1;
+    return name != nullptr ? host::setEnvironment(name, orEmpty(value)) : -1;
 }
 
 int str_to_argv(const char* text, char*** argv) {
@@ -140,19 +140,19 @@ KazString argv_to_str(int argc, const char* const* argv) {
 }
 
 int shell_cmd(const char* command, int* signal) {
-    const int id = tty_start(textOf(command));
+    const int id = tty_start(orEmpty(command));
     Presenter output(id);
-    const host::Completion ended = host::runShell(textOf(command), &output);
+    const host::Completion ended = host::runShell(orEmpty(command), &output);
     output.finish();
     tty_end(id);
     if (ended.error != 0)
-        print_err("%s: %s", textOf(command), host::errorText(ended.error).c_str());
+        print_err("%s: %s", orEmpty(command), host::errorText(ended.error).c_str());
     return statusOf(ended, signal);
 }
 
 int shell_cmd_output(const char* command, KazString& output, int* signal) {
     Collector collected;
-    const host::Completion ended = host::runShell(textOf(command), &collected);
+    const host::Completion ended = host::runShell(orEmpty(command), &collected);
     if (ended.error == 0)
         output = toText(collected.text());
     errno = ended.error;

@@ -29,7 +29,7 @@ KazString kazProcessStamp() {
 }
 
 int kazIsRunning(const char* stamp) {
-    std::string_view rest = kaz::detail::textOf(stamp);
+    std::string_view rest = kaz::detail::orEmpty(stamp);
     const std::string_view place = takeWord(rest);
     const std::string_view digits = takeWord(rest);
     const std::string_view start = takeWord(rest);

@@ -15,7 +15,7 @@
 
 namespace host = kaz::host;
 using kaz::detail::isSeparator;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -46,21 +46,21 @@ struct CloseStream {
 using Stream = std::unique_ptr<FILE, CloseStream>;
 
 std::string temporaryPlace(const char* dir) {
-    return *textOf(dir) != '\0' ? dir : host::temporaryDirectory();
+    return *orEmpty(dir) != '\0' ? dir : host::temporaryDirectory();
 }
 
 } // namespace
 
 KazString kazHostPath(const char* native) {
-    return toText(host::hostPath(textOf(native)));
+    return toText(host::hostPath(orEmpty(native)));
 }
 
 KazString kazNativePath(const char* hostSpelling) {
-    return toText(host::nativePath(textOf(hostSpelling)));
+    return toText(host::nativePath(orEmpty(hostSpelling)));
 }
 
 char* TI_catfile(const char* dir, const char* name, char* out, int size) {
-    const KazString path = kaz::detail::joinPath(textOf(dir), textOf(name));
+    const KazString path = kaz::detail::joinPath(orEmpty(dir), orEmpty(name));
     if (out == nullptr || path.getLength() >= size)
         return nullptr;
     std::memcpy(out, path.getValue(), static_cast<std::size_t>(path.getLength()) + 1);
@@ -68,7 +68,7 @@ char* TI_catfile(const char* dir, const char* name, char* out, int size) {
 }
 
 int TI_makedir(const char* dir) {
-    const std::string path = textOf(dir);
+    const std::string path = orEmpty(dir);
     for (std::size_t i = static_cast<std::size_t>(kazRootPartLength(dir)); i < path.size(); ++i) {
         const bool endsComponent = isSeparator(path[i]) && i > 0 && !isSeparator(path[i - 1]);
         if (endsComponent && makeOne(path.substr(0, i)) != 0)
@@ -78,17 +78,17 @@ int TI_makedir(const char* dir) {
 }
 
 int TI_makedir(const char* dir, int limit) {
-    if (static_cast<long long>(std::strlen(textOf(dir))) >= limit)
+    if (static_cast<long long>(std::strlen(orEmpty(dir))) >= limit)
         return failWith(ENAMETOOLONG);
     return TI_makedir(dir);
 }
 
 int TI_mkdir(const char* dir, int mode) {
-    return host::makeDirectory(textOf(dir), static_cast<unsigned>(mode));
+    return host::makeDirectory(orEmpty(dir), static_cast<unsigned>(mode));
 }
 
 FILE* TI_fopen(const char* path, const char* mode) {
-    return host::openStream(textOf(path), textOf(mode));
+    return host::openStream(orEmpty(path), orEmpty(mode));
 }
 
 bool TI_isTerminal(FILE* stream) {
@@ -96,11 +96,11 @@ bool TI_isTerminal(FILE* stream) {
 }
 
 bool TI_isRealDirectory(const char* path) {
-    return host::isRealDirectory(textOf(path));
+    return host::isRealDirectory(orEmpty(path));
 }
 
 int read_a_dir(const char* pattern, KazStringColl& entries) {
-    const std::string_view text = textOf(pattern);
+    const std::string_view text = orEmpty(pattern);
     const std::size_t dirLength = kaz::detail::wildcardStart(text.data());
     const std::string prefix = host::nativePath(std::string(text.substr(0, dirLength)).c_str());
     const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
@@ -119,11 +119,11 @@ int read_a_dir(const char* pattern, KazStringColl& entries) {
 }
 
 int copy_file(const char* source, const char* target, bool keepExisting) {
-    return host::copyFile(textOf(source), textOf(target), !keepExisting);
+    return host::copyFile(orEmpty(source), orEmpty(target), !keepExisting);
 }
 
 int TI_writefile(const char* path, const void* data, std::size_t size) {
-    return host::writeFile(textOf(path), data, size);
+    return host::writeFile(orEmpty(path), data, size);
 }
 
 namespace {
@@ -143,7 +143,7 @@ KazString nameOfNew(const std::string& created, int (*remove)(const char*)) {
 
 FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
     std::string created;
-    Stream file(host::createTemporary(temporaryPlace(dir).c_str(), textOf(prefix), created));
+    Stream file(host::createTemporary(temporaryPlace(dir).c_str(), orEmpty(prefix), created));
     if (file != nullptr)
         path = nameOfNew(created, host::removeFile);
     return file.release();
@@ -157,7 +157,7 @@ KazString TI_tmpname(const char* dir, const char* prefix) {
 
 KazString TI_tmpdir(const char* dir, const char* prefix) {
     std::string created;
-    if (host::createTemporaryDirectory(temporaryPlace(dir).c_str(), textOf(prefix), created) != 0)
+    if (host::createTemporaryDirectory(temporaryPlace(dir).c_str(), orEmpty(prefix), created) != 0)
         return KazString();
     return nameOfNew(created, host::removeDirectory);
 }

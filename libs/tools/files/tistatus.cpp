@@ -8,7 +8,7 @@
 #include <string>
 
 using kaz::detail::isSeparator;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 
 namespace {
 
@@ -16,7 +16,7 @@ namespace {
 class Place {
 public:
     explicit Place(const char* path) {
-        std::string text = textOf(path);
+        std::string text = orEmpty(path);
         while (text.size() > 1 && isSeparator(text.back()))
             text.pop_back();
         const std::size_t start = kaz::detail::wildcardStart(text.c_str());

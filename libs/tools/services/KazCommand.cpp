@@ -17,7 +17,7 @@
 #include <string_view>
 
 namespace host = kaz::host;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -105,7 +105,7 @@ struct KazCommand::Run {
     host::Completion ended;
 };
 
-KazCommand::KazCommand(const char* program) : words{textOf(program)} {}
+KazCommand::KazCommand(const char* program) : words{orEmpty(program)} {}
 
 KazCommand KazCommand::shell(const char* line) {
     KazCommand command(line);
@@ -114,12 +114,12 @@ KazCommand KazCommand::shell(const char* line) {
 }
 
 KazCommand& KazCommand::add(const char* argument) {
-    words.emplace_back(textOf(argument));
+    words.emplace_back(orEmpty(argument));
     return *this;
 }
 
 KazCommand& KazCommand::setDirectory(const char* path) {
-    directory = textOf(path);
+    directory = orEmpty(path);
     return *this;
 }
 

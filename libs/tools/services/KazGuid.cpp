@@ -150,7 +150,7 @@ KazGuid KazGuid::createOrdered() {
 }
 
 KazGuid KazGuid::fromName(const KazGuid& space, const char* name) {
-    const char* text = kaz::detail::textOf(name);
+    const char* text = kaz::detail::orEmpty(name);
     host::Sha1Digest digest;
     if (host::sha1(space.bytes, sizeof space.bytes, text, std::strlen(text), digest) != 0)
         throw KazResourceException("The system's digest cannot be had.");
@@ -161,7 +161,7 @@ KazGuid KazGuid::fromName(const KazGuid& space, const char* name) {
 }
 
 bool KazGuid::parse(const char* text, KazGuid& guid) {
-    std::string_view left = kaz::detail::textOf(text);
+    std::string_view left = kaz::detail::orEmpty(text);
     if (startsWithUrn(left)) {
         left.remove_prefix(9);
         if (left.size() != plainLength)

@@ -41,7 +41,7 @@ std::uint32_t kaz_crc32_combine(std::uint32_t first, std::uint32_t second,
 }
 
 int kaz_crc32_file(const char* path, std::uint32_t* crc, std::uint64_t* size) {
-    const host::ReadableFile file(kaz::detail::textOf(path));
+    const host::ReadableFile file(kaz::detail::orEmpty(path));
     if (!file.isOpen())
         return -1;
     std::array<char, 64 * 1024> buffer;

@@ -16,7 +16,7 @@ namespace host = kaz::host;
 using host::Deadline;
 using host::SocketOutcome;
 using host::SocketResult;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -146,7 +146,7 @@ kaz_socket kaz_socket_connect(const char* host, int port, int limit, int* status
         return refuse("No such port", status);
     const Deadline deadline(limit);
     SocketResult result;
-    const bool isHere = *textOf(host) == '\0';
+    const bool isHere = *orEmpty(host) == '\0';
     host::SocketHandle socket =
         host::connectSocket(isHere ? loopback : host, port, deadline, result);
     if (isHere && result.outcome == SocketOutcome::refused) {
@@ -164,7 +164,7 @@ kaz_socket kaz_socket_listen(const char* address, int port, int* status) {
         return refuse("No such port", status);
     SocketResult result;
     const host::SocketHandle socket =
-        host::listenSocket(*textOf(address) != '\0' ? address : loopback, port, result);
+        host::listenSocket(*orEmpty(address) != '\0' ? address : loopback, port, result);
     return give(socket, true, result, status);
 }
 

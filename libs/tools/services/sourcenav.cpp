@@ -23,7 +23,7 @@
 #include <vector>
 
 namespace host = kaz::host;
-using kaz::detail::textOf;
+using kaz::detail::orEmpty;
 using kaz::detail::toText;
 
 namespace {
@@ -147,7 +147,7 @@ struct Place {
 /// False when the file cannot be named here.
 bool locate(const char* file, int line, int column, Place& place) {
     const KazString full = kazFullPath(file);
-    if (*textOf(file) == '\0' || !kazIsAbsolutePath(full.getValue()))
+    if (*orEmpty(file) == '\0' || !kazIsAbsolutePath(full.getValue()))
         return false;
     place.file = kazHostPath(full.getValue()).getValue();
     const std::size_t last = place.file.find_last_of("\\/");
@@ -171,7 +171,7 @@ std::string valueOf(const std::string& name, const Place& place) {
         return place.dir;
     if (name == "name")
         return place.name;
-    return textOf(vstring_lookup_var(name.c_str()));
+    return orEmpty(vstring_lookup_var(name.c_str()));
 }
 
 constexpr std::string_view fileReference = "${file}";

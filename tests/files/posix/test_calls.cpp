@@ -5,9 +5,11 @@
 #include "kit/posix/call_sweep.h"
 #include "kit/temp_tree.h"
 #include "tools/files/KazFilePath.h"
+#include "tools/files/KazTreeCursor.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
+#include "tools/files/tistatus.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -95,6 +97,73 @@ TEST_F(Calls, ADeletionIsCompleteOrInTheList) {
             EXPECT_TRUE(errors.empty() || !harmless);
             EXPECT_TRUE(!removed || errors.empty() || errors == Names{tree.native("src")});
         });
+}
+
+/// By the public handles: what a walk does not reach is a failure, what it was to remove
+/// is gone or named, and nothing outside is touched.
+TEST_F(Calls, ATreeIsWalkedAndRemovedOrTheReasonIsTold) {
+    const std::string deep = "top/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/18/19";
+    std::size_t seen = 0;
+    int walked = 0, removed = 0;
+    KazString failed;
+    sweep(
+        [&] {
+            tree.write(deep + "/f", "x");
+            tree.write("top/sub/g", "x");
+            tree.write("outside/h", "x");
+            fs::remove(tree.path("top/link"));
+            fs::create_directory_symlink("../outside", tree.path("top/link"));
+        },
+        [&] {
+            seen = 0;
+            failed = "";
+            KazTreeCursor cursor(KazDirectory(tree.native("top").c_str()));
+            walked = cursor.walk([&](const KazDirectoryEntry&) { return ++seen > 0; });
+            EXPECT_EQ(cursor.getDepth(), 0);
+            removed = TI_rmtree(tree.native("top").c_str(), &failed);
+        },
+        [&](bool harmless) {
+            EXPECT_TRUE(walked == 0 ? seen == 23 : !harmless && seen <= 23) << seen;
+            EXPECT_EQ(removed == 0, !tree.exists("top"));
+            EXPECT_EQ(removed == 0, failed.isEmpty());
+            EXPECT_TRUE(removed == 0 || !harmless);
+            EXPECT_EQ(tree.read("outside/h"), "x");
+        });
+}
+
+/// One step each; what failed has changed nothing.
+TEST_F(Calls, ADirectoryDoesAStepOrNothing) {
+    const KazDirectory top(tree.native().c_str());
+    const KazDirectoryEntry file{"f", KazFileKind::File, true};
+    tree.mkdir("to");
+    tree::Snapshot before;
+    const auto sweepStep = [&](const std::function<bool(const KazDirectory&)>& step,
+                               std::size_t more) {
+        bool isDone = false;
+        sweep(
+            [&] {
+                for (const char* name : {"f", "d", "new", "to/f"})
+                    fs::remove_all(tree.path(name));
+                tree.write("f", "text");
+                tree.mkdir("d");
+                before = tree::snapshot(tree.path());
+            },
+            [&] {
+                const KazDirectory to = top.openDirectory("to");
+                isDone = to.isOpen() && step(to);
+            },
+            [&](bool harmless) {
+                EXPECT_TRUE(isDone || !harmless);
+                EXPECT_EQ(tree::snapshot(tree.path()) == before, !isDone);
+                EXPECT_EQ(tree::snapshot(tree.path()).size(), before.size() + (isDone ? more : 0));
+            });
+    };
+    sweepStep([&](const KazDirectory& to) { return top.copyFile(file, to) == 0; }, 1);
+    sweepStep([&](const KazDirectory& to) { return top.rename("f", to, "f", false) == 0; }, 0);
+    sweepStep([&](const KazDirectory&) { return top.makeDirectory("new", 0700) == 0; }, 1);
+    sweepStep([&](const KazDirectory&) { return top.removeFile("f") == 0; }, std::size_t(-1));
+    sweepStep([&](const KazDirectory&) { return top.removeDirectory("d") == 0; }, std::size_t(-1));
+    sweepStep([&](const KazDirectory&) { return top.setMode("f", 0600) == 0; }, 0);
 }
 
 TEST_F(Calls, AFileIsCopiedOrTheReasonIsTold) {

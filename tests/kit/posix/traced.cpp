@@ -65,4 +65,18 @@ Result runFailing(const std::vector<std::string>& argv, const RunOptions& option
         argv, options);
 }
 
+Result runSignalled(const std::vector<std::string>& argv, const RunOptions& options,
+                    const std::string& call, int number, const std::string& signal, int& made) {
+    const TempTree tree;
+    const Result result =
+        runUnder({"-o", tree.path("log"), "-e", "trace=" + call, "-e",
+                  "inject=" + call + ":signal=" + signal + ":when=" + std::to_string(number)},
+                 argv, options);
+    made = 0;
+    std::istringstream log(tree.read("log"));
+    for (std::string line; std::getline(log, line);)
+        made += line.find(") = ?") == line.npos;
+    return result;
+}
+
 } // namespace kit

@@ -28,4 +28,10 @@ std::vector<Call> callsOf(const std::vector<std::string>& argv, const RunOptions
 Result runFailing(const std::vector<std::string>& argv, const RunOptions& options, const Call& call,
                   const std::string& error);
 
+/// Runs a program that gets @p signal ("INT") when it makes call number @p number of that
+/// name. @p made becomes how many such calls came to their end, instead of being broken
+/// off by it.
+Result runSignalled(const std::vector<std::string>& argv, const RunOptions& options,
+                    const std::string& call, int number, const std::string& signal, int& made);
+
 } // namespace kit

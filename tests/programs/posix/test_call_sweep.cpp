@@ -106,6 +106,23 @@ TEST_F(Programs, ACopyOfASystemIsWholeOrAsItWas) {
     }
 }
 
+/// In the middle of one large file, which has no holes: no further portion is begun.
+TEST_F(Programs, AnInterruptIsHeardBetweenPortionsOfAFile) {
+    if (!kit::canTrace())
+        GTEST_SKIP() << "strace is missing, or may not trace here";
+    tree.write("plant/brewery/large", std::string(std::size_t{200} << 20, 'x'));
+    const std::vector<std::string> command = {"moxcopy", "-p",      "plant", "-s",
+                                              "brewery", "-target", "copies"};
+    for (const char* signal : {"INT", "TERM"}) {
+        int made = 0;
+        const kit::Result result =
+            kit::runSignalled(command, options, "copy_file_range", 2, signal, made);
+        EXPECT_EQ(made, 2);
+        EXPECT_TRUE(result.status == 9 || result.signal == SIGTERM) << result.err;
+        EXPECT_FALSE(tree.exists("copies"));
+    }
+}
+
 TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
     const std::vector<std::string> compile = {"moxmsg", "-source", "source", "-output", "file"};
     ASSERT_EQ(kit::run(compile, options).status, 0);

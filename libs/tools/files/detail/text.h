@@ -18,11 +18,6 @@ inline bool isSeparator(char c) {
     return c == '\\' || c == '/';
 }
 
-/// The same as orEmpty.
-inline const char* textOf(const char* text) {
-    return orEmpty(text);
-}
-
 /// The string that owns @p block, which nobody else does.
 inline KazString owning(char* block) {
     // What holds a block can be used as the string that owns it.

@@ -4,6 +4,7 @@
 #include "tools/platform/host.h"
 #include "tools/platform/posix/contents.h"
 #include "tools/platform/posix/descriptor.h"
+#include "tools/platform/posix/file_status.h"
 #include "tools/platform/posix/open_regular.h"
 
 #include <array>
@@ -18,17 +19,13 @@ namespace kaz::host {
 
 namespace {
 
-bool isSameFile(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 /// May the copy of @p source take the place of @p target?
 int checkReplacement(const struct stat& target, const struct stat& source, bool mayReplace) {
     if (!mayReplace)
         return failWith(EEXIST);
     if (S_ISDIR(target.st_mode))
         return failWith(EISDIR);
-    return isSameFile(target, source) ? failWith(EINVAL) : 0;
+    return sameFile(statusOf(target), statusOf(source)) ? failWith(EINVAL) : 0;
 }
 
 /// The directory part of a path, "" for a name alone.

@@ -13,19 +13,29 @@ int checkRegular(const struct stat& info) {
     return failWith(S_ISDIR(info.st_mode) ? EISDIR : EINVAL);
 }
 
-} // namespace
-
-/// Opening a pipe or a device can block or do something, so the kind is known
-/// first; a file that is swapped in between is caught after the opening.
-Descriptor openRegular(int dir, const char* name, bool isPlain, struct stat& info) {
-    if (!isPlain && (look(dir, name, 0, info) != 0 || checkRegular(info) != 0))
-        return Descriptor();
-    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (isPlain ? O_NOFOLLOW : 0);
-    Descriptor source(retry([&] { return ::openat(dir, name, flags); }));
+Descriptor openAndLook(int dir, const char* name, int flags, struct stat& info) {
+    constexpr int always = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    Descriptor source(retry([&] { return ::openat(dir, name, always | flags); }));
     if (!source.isOpen() || look(source.get(), "", AT_EMPTY_PATH, info) != 0 ||
         checkRegular(info) != 0)
         return Descriptor();
     return source;
+}
+
+} // namespace
+
+Descriptor openRegular(const char* path, struct stat& info) {
+    Descriptor source = openAndLook(AT_FDCWD, path, 0, info);
+    if (!source.isOpen() && errno == ENXIO)
+        errno = EINVAL; // a socket, or a device that nothing is behind
+    return source;
+}
+
+/// A file that is exchanged between look and opening is caught after the opening.
+Descriptor openRegular(int dir, const char* name, bool isPlain, struct stat& info) {
+    if (!isPlain && (look(dir, name, 0, info) != 0 || checkRegular(info) != 0))
+        return Descriptor();
+    return openAndLook(dir, name, isPlain ? O_NOFOLLOW : 0, info);
 }
 
 } // namespace kaz::host

@@ -10,8 +10,7 @@ namespace {
 
 int openFor(const char* path) {
     struct stat info;
-    return canName(path) ? openRegular(AT_FDCWD, hostPath(path).c_str(), false, info).release()
-                         : failWith(ENOENT);
+    return canName(path) ? openRegular(hostPath(path).c_str(), info).release() : failWith(ENOENT);
 }
 
 } // namespace

@@ -14,7 +14,7 @@ std::FILE* openForReading(const char* path, FileStatus& info) {
         return nullptr;
     }
     struct stat found;
-    Descriptor file = openRegular(AT_FDCWD, hostPath(path).c_str(), false, found);
+    Descriptor file = openRegular(hostPath(path).c_str(), found);
     if (!file.isOpen())
         return nullptr;
     std::FILE* stream = retry([&] { return ::fdopen(file.get(), "r"); });

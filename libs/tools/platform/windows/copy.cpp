@@ -19,8 +19,7 @@ int checkTarget(const std::wstring& target, const FileStatus& source, bool mayRe
         return failWith(EEXIST);
     if (info.kind == Kind::directory)
         return failWith(EISDIR);
-    const bool same = info.device == source.device && info.serial == source.serial;
-    return same ? failWith(EINVAL) : 0;
+    return sameFile(info, source) ? failWith(EINVAL) : 0;
 }
 
 /// Called between portions of a copy.
