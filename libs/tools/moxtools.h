@@ -64,6 +64,7 @@
 
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"
+#include "tools/messages/KazInterruptWatch.h"
 #include "tools/messages/KazMsgProgressHandle.h"
 #include "tools/messages/KazNGProgress.h"
 #include "tools/messages/KazProgress.h"

@@ -84,24 +84,18 @@ private:
     }
 
     void copyFiles(const std::vector<KazDirectoryEntry>& files) {
-        if (files.empty())
-            return;
-        const auto count = static_cast<double>(files.size());
-        progress_.startSubProgress(100.0 * count / static_cast<double>(plan_.fileCount),
-                                   static_cast<int>(files.size()));
         for (const KazDirectoryEntry& file : files) {
             if (result_.diskFull)
                 break;
             copyFile(file);
-            progress_.increment(100.0 / count, false);
+            progress_.increment(100.0 / static_cast<double>(plan_.fileCount), false);
         }
-        progress_.endSubProgress();
     }
 
     void copyFile(const KazDirectoryEntry& file) {
         KazCopyRules rules;
         rules.inPlace = rules.cutByMask = true;
-        rules.goesOn = [] { return !SignalWatch::isStopped(); };
+        rules.goesOn = [] { return !KazInterruptWatch::isStopped(); };
         if (source_.directory().copyFile(file, target_.directory(), rules) != 0) {
             fail(file.name);
             return;

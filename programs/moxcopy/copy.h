@@ -22,7 +22,7 @@ struct CopyResult {
 
 /// Copies the planned files from @p source, the system's open directory, into a new
 /// directory @p name in @p destination. @p path is the source's, for messages. Each
-/// directory is a range of @p progress; the user may cancel after each file, and
+/// file is a part of @p progress; the user may cancel after each file, and
 /// between portions of a large one. Failures are collected, but a full disk ends the
 /// copy: every later file would only fail too. Directories and files get the permission
 /// bits of their sources, cut by the file-creation mask.

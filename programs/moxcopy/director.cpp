@@ -3,70 +3,19 @@
 
 #include "tools/moxtools.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <iterator>
 
 namespace {
-
-/// A signal handler may do no more than set this.
-volatile std::sig_atomic_t noted = 0;
-
-void note(int signal) {
-    noted = signal;
-}
-
-/// Not every host has all of them.
-constexpr int signals[] = {
-    SIGINT,  SIGTERM,
-#ifdef SIGHUP
-    SIGHUP,
-#endif
-#ifdef SIGPIPE
-    SIGPIPE,
-#endif
-#ifdef SIGXFSZ
-    SIGXFSZ,
-#endif
-};
-
-void (*previous[std::size(signals)])(int);
 
 bool comments = false;
 
 } // namespace
 
-SignalWatch::SignalWatch() {
-    for (std::size_t i = 0; i < std::size(signals); ++i) {
-        previous[i] = std::signal(signals[i], note);
-        // Who starts a tool in the background wants it to ignore the keyboard.
-        if (previous[i] == SIG_IGN)
-            std::signal(signals[i], SIG_IGN);
-    }
-}
-
-SignalWatch::~SignalWatch() {
-    for (std::size_t i = 0; i < std::size(signals); ++i)
-        if (previous[i] != SIG_ERR)
-            std::signal(signals[i], previous[i]);
-}
-
-bool SignalWatch::isStopped() {
-    return noted != 0;
-}
-
-void SignalWatch::endBySignal() {
-    const int signal = noted;
-    if (signal == 0 || signal == SIGINT)
-        return;
-    std::fflush(nullptr);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-}
-
-CopyDirector::CopyDirector(Style style) : style_(style) {
-    comments = style == Commentary;
+CopyDirector::CopyDirector(Manner manner)
+    : KazTerminalDirector(manner == Quiet ? Silent : Automatic), manner_(manner) {
+    comments = manner == Commentary;
 }
 
 bool CopyDirector::isCommenting() {
@@ -86,69 +35,45 @@ void CopyDirector::watched(Write write) {
     std::clearerr(stdout);
 }
 
-CopyDirector::~CopyDirector() = default;
-
 void CopyDirector::doPrintMsg(const char* format, va_list args) {
-    if (style_ != Silent)
-        watched([&] { KazIODirector::doPrintMsg(format, args); });
+    if (manner_ != Quiet)
+        watched([&] { KazTerminalDirector::doPrintMsg(format, args); });
 }
 
-int CopyDirector::doProgressStart(KazString title, int) {
-    if (style_ == Dots) {
-        watched([&] {
-            std::printf("%s ", title.getValue());
-            std::fflush(stdout);
-        });
-        progress_ = std::make_unique<KazConsoleProgress>();
-    } else {
-        progress_ = std::make_unique<KazNGProgress>();
-    }
-    progress_->initialize(true);
-    reached_ = 0;
-    return 1;
+// The parameter is by value in the interface that directors override.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+int CopyDirector::doProgressStart(KazString title, int total) {
+    writesDots_ = getStyle() == Dots || (getStyle() != Silent && !TI_isTerminal(stdout));
+    percent_ = 0;
+    int id = 1;
+    // A line for each file and dots do not go together.
+    if (manner_ != Commentary || !writesDots_)
+        watched([&] { id = KazTerminalDirector::doProgressStart(title, total); });
+    return id;
 }
 
-void CopyDirector::doProgressIncrement(int, double amount, bool absolute) {
-    if (progress_ == nullptr)
-        return;
-    watched([&] {
-        progress_->increment(amount, absolute);
-        if (style_ == Dots)
-            std::fflush(stdout);
-    });
+void CopyDirector::doProgressIncrement(int progressId, double amount, bool absolute) {
+    percent_ = std::min(absolute ? amount : percent_ + amount, 100.0);
+    if (manner_ != Commentary || !writesDots_)
+        watched([&] { KazTerminalDirector::doProgressIncrement(progressId, amount, absolute); });
 }
 
 void CopyDirector::doProgressMsg(int, int, const char* format, va_list args) {
-    if (style_ != Commentary || progress_ == nullptr)
+    if (manner_ != Commentary)
         return;
     KazString text;
     text.formatV(format, args);
-    printMsg("[%3.0f%%] %s", progress_->get(true), text.getValue());
+    printMsg("[%3.0f%%] %s", percent_, text.getValue());
 }
 
-void CopyDirector::doProgressEnd(int) {
-    if (style_ == Dots)
-        watched([] {
+void CopyDirector::doProgressEnd(int progressId) {
+    if (manner_ == Commentary && writesDots_)
+        return;
+    watched([&] {
+        KazTerminalDirector::doProgressEnd(progressId);
+        if (writesDots_) {
             std::puts("");
             std::fflush(stdout);
-        });
-    progress_.reset();
-}
-
-bool CopyDirector::isCancelPending(int) {
-    return SignalWatch::isStopped();
-}
-
-/// Stored progress is a whole number; a step that starts from it and lasts to
-/// where all steps so far should end loses nothing to rounding.
-void CopyDirector::doStartSubProgress(int, double share, int) {
-    if (progress_ == nullptr)
-        return;
-    reached_ += share;
-    progress_->pushRange(reached_ - progress_->get(true));
-}
-
-void CopyDirector::doEndSubProgress(int) {
-    if (progress_ != nullptr)
-        progress_->popRange();
+        }
+    });
 }

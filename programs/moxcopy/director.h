@@ -1,39 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 /// @file
-/// How moxcopy shows its progress, and how it notices that it is to stop.
+/// How moxcopy shows its progress.
 #pragma once
 
-#include "tools/messages/KazIODirector.h"
-#include "tools/messages/KazProgress.h"
+#include "tools/messages/KazTerminalDirector.h"
 
-#include <memory>
-
-/// While it exists, the signals that ask a process to end (an interrupt from the
-/// keyboard, a closed terminal or pipe, a file that would grow too large, a plain kill)
-/// are noted instead. One that was ignored when the process was started stays so.
-class SignalWatch {
+/// A live line on a terminal, the console's dots elsewhere; and it knows whether output
+/// was lost. One progress at a time.
+class CopyDirector : public KazTerminalDirector {
 public:
-    SignalWatch();
-    ~SignalWatch();
-    SignalWatch(const SignalWatch&) = delete;
-    SignalWatch& operator=(const SignalWatch&) = delete;
-
-    static bool isStopped();
-    /// Ends the process by the signal that was noted, as if nobody had watched. Returns
-    /// after an interrupt from the keyboard, which is a cancellation like any other.
-    static void endBySignal();
-};
-
-/// The console, with a progress that knows its steps. One progress at a time.
-class CopyDirector : public KazIODirector {
-public:
-    enum Style {
-        Dots,       ///< a growing line of dots
-        Commentary, ///< each progress message on a line, with the percentage
-        Silent      ///< errors and questions only
+    enum Manner {
+        Plain,      ///< the progress alone
+        Commentary, ///< each progress message on a line, with the percentage; no dots
+        Quiet       ///< errors and questions only
     };
-    explicit CopyDirector(Style style);
-    ~CopyDirector() override;
+    explicit CopyDirector(Manner manner);
 
     /// Does the director show progress messages? They need not be made otherwise.
     static bool isCommenting();
@@ -48,16 +29,13 @@ protected:
     void doProgressMsg(int progressId, int level, const char* format, va_list args) override
         KAZ_PRINTF(4, 0);
     void doProgressEnd(int progressId) override;
-    bool isCancelPending(int progressId) override;
-    void doStartSubProgress(int progressId, double share, int total) override;
-    void doEndSubProgress(int progressId) override;
 
 private:
     template <typename Write>
     void watched(Write write);
 
-    Style style_;
-    std::unique_ptr<KazProgress> progress_;
-    double reached_ = 0; ///< the percentage at which the step under way will end
+    Manner manner_;
+    bool writesDots_ = false; ///< standard output gets the console's progress
+    double percent_ = 0;      ///< of the progress under way
     int outputError_ = 0;
 };

@@ -5,11 +5,11 @@
 /// director; all files below the system's directory and the target are reached by
 /// open directories, so that names which somebody exchanges meanwhile lead nowhere.
 
-#include "common/CommandLine.h"
 #include "copy.h"
 #include "director.h"
 #include "made_directories.h"
 #include "names.h"
+#include "offers.h"
 #include "options.h"
 #include "plan.h"
 #include "staging.h"
@@ -25,7 +25,7 @@
 namespace {
 
 /// Beside 9 for cancellation, which the library gives.
-enum Status { Done = 0, Failed = 1, WrongUsage = CommandLine::wrongUsage };
+enum Status { Done = 0, Failed = 1, WrongUsage = KazCommandLine::wrongUsage };
 
 /// Is @p directory the one that @p top is, or anything below it? -1 where that cannot be
 /// told.
@@ -93,16 +93,16 @@ bool mayWrite(const CopyOptions& options) {
     return false;
 }
 
-CopyDirector::Style styleOf(const CopyOptions& options) {
+CopyDirector::Manner mannerOf(const CopyOptions& options) {
     if (options.quiet)
-        return CopyDirector::Silent;
-    return options.verbose ? CopyDirector::Commentary : CopyDirector::Dots;
+        return CopyDirector::Quiet;
+    return options.verbose ? CopyDirector::Commentary : CopyDirector::Plain;
 }
 
 void cancel() {
     Staging::discardAll();
     print_err(localText(texts::cancelled));
-    SignalWatch::endBySignal();
+    KazInterruptWatch::endBySignal();
 }
 
 CopyResult copyWithProgress(const Plan& plan, const CopyOptions& options, KazDirectory source,
@@ -117,7 +117,7 @@ CopyResult copyWithProgress(const Plan& plan, const CopyOptions& options, KazDir
 
 Status copySystem(const Plan& plan, const CopyOptions& options, KazDirectory source) {
     const auto start = std::chrono::steady_clock::now();
-    SignalWatch watch;
+    const KazInterruptWatch watch;
     Staging staging;
     if (!staging.open(options.target, options.system))
         return Failed;
@@ -138,6 +138,14 @@ Status copySystem(const Plan& plan, const CopyOptions& options, KazDirectory sou
     return result.failures.isEmpty() && isCleared ? Done : Failed;
 }
 
+void reportNoSystem(const CopyOptions& options) {
+    KazString text;
+    text.format(localText(texts::noSystem), kazPrintable(options.system).getValue(),
+                shown(options.source).getValue());
+    text += kazDidYouMean(options.system, systemsOf(options.project));
+    print_err("%s", text.getValue());
+}
+
 /// The system's directory. A link in its place could be exchanged at any time, so none
 /// is followed. Not open when there is no such directory, which has been said then.
 KazDirectory openSource(const CopyOptions& options) {
@@ -153,8 +161,7 @@ KazDirectory openSource(const CopyOptions& options) {
     if (project.getStatus(options.system, status) == 0 && status.kind == KazFileKind::Link)
         print_err(localText(texts::isLink), shown(options.source).getValue());
     else
-        print_err(localText(texts::noSystem), kazPrintable(options.system).getValue(),
-                  shown(options.source).getValue());
+        reportNoSystem(options);
     return KazDirectory();
 }
 
@@ -186,10 +193,10 @@ Status checkedOutput(Status status, const CopyDirector& director) {
 class MoxCopy : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         CopyOptions options;
-        if (!readOptions(argc, argv, options))
-            return WrongUsage;
+        if (const int status = readOptions(argc, argv, options); status != KazCommandLine::run)
+            return status;
         setVerboseFlag(options.verbose);
-        CopyDirector director(styleOf(options));
+        CopyDirector director(mannerOf(options));
         director.install();
         return checkedOutput(run(options), director);
     }

@@ -1,32 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
 
-#include "common/CommandLine.h"
 #include "names.h"
+#include "offers.h"
 #include "texts.h"
 #include "tools/moxtools.h"
 
 #include <cstring>
+#include <iterator>
 
 namespace {
 
-constexpr CommandLine::Option options[] = {
-    {arg_projdir, "DIR", "project directory", true},
-    {arg_system, "NAME", "system to copy", true},
-    {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)"},
+constexpr KazCommandLine::Option options[] = {
+    {arg_projdir, "DIR", "project directory", true, KazCommandLine::AnyDirectory},
+    {arg_system, "NAME", "system to copy", true, KazCommandLine::OfTool},
+    {arg_target, "DIR", "where the copy goes (else the ToolInfo variable tmp_dir)", false,
+     KazCommandLine::AnyDirectory},
     {arg_filter, "PATTERN", "copy the files whose names match only"},
     {arg_verbose, nullptr, "tell each file that is copied"},
     {arg_Force, nullptr,
      "overwrite an existing copy without asking; files that only it has are kept"},
     {arg_Quiet, nullptr, "show questions and errors only"}};
-constexpr CommandLine commandLine(
-    "moxcopy", "[diagram ...]",
-    "Copies a system out of a project: all of it, or the files of the diagrams that are named.",
-    options);
+constexpr KazCommandLine commandLine(
+    {"moxcopy", MOX_VERSION,
+     "Copies a system out of a project: all of it, or the files of the diagrams that are named.",
+     options, std::size(options), "[diagram ...]", 0, -1, KazCommandLine::OfTool},
+    offerNames);
 
 /// Reports wrong usage and gives the result of the check that found it.
 bool misused(const char* reason) {
-    commandLine.complain(reason);
+    commandLine.complain("%s", reason);
     return false;
 }
 
@@ -117,12 +120,13 @@ KazString CopyOptions::destination() const {
     return kazComposePath(target, system);
 }
 
-bool readOptions(int argc, char** argv, CopyOptions& options) {
-    if (!commandLine.parse(argc, argv))
-        return false;
+int readOptions(int argc, char** argv, CopyOptions& options) {
+    if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
+        return status;
     options.verbose = isSwitchedOn(arg_verbose);
     options.force = isSwitchedOn(arg_Force);
     options.quiet = isSwitchedOn(arg_Quiet);
-    return readSystem(options) && readTarget(options) && readFilter(options) &&
-           readDiagrams(options);
+    const bool isGood =
+        readSystem(options) && readTarget(options) && readFilter(options) && readDiagrams(options);
+    return isGood ? KazCommandLine::run : KazCommandLine::wrongUsage;
 }

@@ -31,6 +31,6 @@ struct CopyOptions {
     KazString destination() const;
 };
 
-/// Reads the command line. False when the tool cannot run with it: what is wrong
-/// has then been said, with the usage where that helps.
-bool readOptions(int argc, char** argv, CopyOptions& options);
+/// Reads the command line. KazCommandLine::run, or the status to end with: all has then
+/// been said.
+int readOptions(int argc, char** argv, CopyOptions& options);

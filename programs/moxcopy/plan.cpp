@@ -2,6 +2,7 @@
 #include "plan.h"
 
 #include "names.h"
+#include "offers.h"
 #include "owner.h"
 #include "texts.h"
 #include "tools/moxtools.h"
@@ -26,9 +27,19 @@ public:
     /// user spells it, alone or with a revision or suffix behind a point.
     bool contains(const KazString& file) {
         bool result = isAll();
+        if (!isAll())
+            met_.insert(diagramOf(file));
         for (int end = file.find('.', 1); end > 0; end = file.find('.', end + 1))
             result = containsStem(file.subStringBefore(end)) || result;
         return containsStem(file) || result;
+    }
+
+    /// The diagrams of all files that were met.
+    KazStringColl met() const {
+        KazStringColl names;
+        for (const KazString& diagram : met_)
+            names.add(diagram);
+        return names;
     }
 
     /// The diagrams of which no file was met, as the user spells them.
@@ -48,6 +59,7 @@ private:
     const std::vector<Diagram>& diagrams_;
     std::set<KazString> wanted_;
     std::set<KazString> found_;
+    std::set<KazString> met_;
 };
 
 bool precedes(const KazDirectoryEntry& a, const KazDirectoryEntry& b) {
@@ -70,8 +82,7 @@ public:
             else
                 leave();
         }
-        for (const KazString& diagram : selection_.missing())
-            plan_.failures.add(kazPrintable(diagram), localText(texts::noDiagram));
+        noteMissing();
         return std::move(plan_);
     }
 
@@ -81,6 +92,14 @@ private:
         std::size_t next = 0;
         std::size_t planned = 0; ///< its place in the plan
     };
+
+    void noteMissing() {
+        const std::vector<KazString> missing = selection_.missing();
+        const KazStringColl met = missing.empty() ? KazStringColl() : selection_.met();
+        for (const KazString& diagram : missing)
+            plan_.failures.add(kazPrintable(diagram),
+                               localText(texts::noDiagram) + kazDidYouMean(diagram, met));
+    }
 
     KazString path() const { return joined(options_.source, cursor_.getPath()); }
 

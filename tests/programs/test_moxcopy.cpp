@@ -77,7 +77,9 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
          "option -system NAME is missing\nmoxcopy: note: -system was taken as the value of "
          "-projdir"},
         {{"-p", "plant", "-s"}, "option -system needs a value"},
-        {{"-p", "plant", "-s", "s", "-f", "x"}, "-f means -formats, which is not for this program"},
+        {{"-p", "plant", "-s", "s", "-f", "x"},
+         "-f means -formats, which is not for this program; did you mean -filter (-filt) "
+         "or -Force (-F)?"},
         {{"-p", "plant", "-s", "s", "-batch"}, "option -batch is not for this program"},
         {{"-p", "-zzz", "-s", "s", "-100%s"}, "unknown option -100%s"},
         {{"-p", "a", "-p", "-zzz"}, "unknown option -zzz"},
@@ -90,15 +92,35 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
         arguments.insert(arguments.begin(), program);
         auto result = runTool(arguments);
         EXPECT_EQ(result.status, 2) << message;
-        const std::string usage = "moxcopy: " + message +
-                                  "\nusage: moxcopy -projdir DIR -system NAME [-target DIR] "
-                                  "[-filter PATTERN] [-verbose] [-Force] [-Quiet] "
-                                  "[diagram ...]\n";
-        EXPECT_NE(("\n" + result.err).find("\n" + usage), std::string::npos) << result.err;
-        EXPECT_NE(result.err.find("\n  -projdir DIR     project directory (-p)\n"),
-                  std::string::npos);
+        EXPECT_EQ(result.err, "moxcopy: " + message + "\nmoxcopy -help shows how it is used\n");
         EXPECT_EQ(result.out, "");
     }
+    const kit::Result help = runTool({program, "-zzz", "-help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
+                                     "[-filter PATTERN] [-verbose] [-Force] [-Quiet] "))
+        << help.out;
+    EXPECT_NE(help.out.find("\n  -projdir DIR     project directory (-p)\n"), help.out.npos);
+}
+
+TEST_F(MoxCopy, KnowsTheNamesThatThereAre) {
+    makeSystem();
+    tree.mkdir("plant/big tank");
+    tree.write("plant/brewery/-odd.dgm", "named like an option");
+    EXPECT_EQ(runTool({program, "-p", "plant", "-s", "Brewry"}).err,
+              "There is no system 'Brewry': no directory '" + tree.path("plant/Brewry") +
+                  "'; did you mean brewery?\n");
+    EXPECT_NE(
+        copy({"-target", "t", "mashin"})
+            .err.find(
+                "Not copied: 'mashin' (the system has no such diagram; did you mean mashing?)"),
+        std::string::npos);
+    EXPECT_EQ(copy({"-target", "o", "--", "-odd"}).status, 0);
+    EXPECT_EQ(names("o/brewery"), std::set<std::string>{"-odd.dgm"});
+    EXPECT_EQ(runTool({program, "--complete", "3", "-p", "plant", "-s", "b"}).out,
+              "big tank\t\nbrewery\t\n");
+    EXPECT_EQ(runTool({program, "--complete", "4", "-p", "plant", "-s", "brewery", "a"}).out,
+              "a_b\t\na_bc\t\n");
 }
 
 TEST_F(MoxCopy, RefusesNamesThatCannotBe) {
@@ -130,8 +152,8 @@ TEST_F(MoxCopy, NeedsItsConfiguration) {
     tree.write("suite/site", "% no directory for copies\n");
     auto result = copy({});
     EXPECT_EQ(result.status, 2);
-    EXPECT_TRUE(result.err.starts_with(
-        "moxcopy: There is no -target, and the ToolInfo variable tmp_dir is not set\nusage: "));
+    EXPECT_TRUE(result.err.starts_with("moxcopy: There is no -target, and the ToolInfo variable "
+                                       "tmp_dir is not set\nmoxcopy -help"));
     fs::remove(tree.path("suite/ToolInfo"));
     result = copy({});
     EXPECT_EQ(result.status, 1);

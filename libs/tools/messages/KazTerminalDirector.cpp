@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/KazTerminalDirector.h"
 
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/messages/KazInterruptWatch.h"
 #include "tools/messages/detail/TerminalScreen.h"
 
 #include <cstdlib>
@@ -40,6 +42,18 @@ KazTerminalDirector::Screen& KazTerminalDirector::screen() const {
     return *screen_;
 }
 
+/// False when the console is to show it.
+bool KazTerminalDirector::showError(const char* format, va_list args) {
+    try {
+        if (!screen().changesErrors())
+            return false;
+        screen().error(formatted(format, args).getValue(), wantsNewline(format));
+        return true;
+    } catch (const KazMemoryException&) {
+        return false;
+    }
+}
+
 KazTerminalDirector::Style KazTerminalDirector::getStyle() const {
     return screen().style();
 }
@@ -63,11 +77,14 @@ void KazTerminalDirector::doPrintMsg(const char* format, va_list args) {
 }
 
 void KazTerminalDirector::doPrintError(const char* format, va_list args) {
-    if (!screen().changesErrors())
-        return KazIODirector::doPrintError(format, args);
     if (format == nullptr)
         format = "";
-    screen().error(formatted(format, args).getValue(), wantsNewline(format));
+    va_list again;
+    va_copy(again, args);
+    // Without memory the console says it: destructors that clear up report errors, too.
+    if (!showError(format, args))
+        KazIODirector::doPrintError(format, again);
+    va_end(again);
 }
 
 void KazTerminalDirector::doFatalError(const char* format, va_list args) {
@@ -125,6 +142,10 @@ void KazTerminalDirector::doStartSubProgress(int progressId, double share, int) 
 
 void KazTerminalDirector::doEndSubProgress(int progressId) {
     screen().endStep(progressId);
+}
+
+bool KazTerminalDirector::isCancelPending(int) {
+    return KazInterruptWatch::isStopped();
 }
 
 void KazTerminalDirector::doReset(int progressId) {

@@ -37,7 +37,8 @@
 ///   "CLICOLOR" count as programs have agreed on.
 ///
 /// It needs no thread, timer or signal handler and never hides the cursor: a line
-/// moves when the tool reports, and a killed tool leaves a sane terminal.
+/// moves when the tool reports, and a killed tool leaves a sane terminal. Whoever wants
+/// an interrupt to be a cancellation makes a KazInterruptWatch.
 class KAZ_API KazTerminalDirector : public KazIODirector {
 public:
     enum Style : int {
@@ -72,11 +73,14 @@ protected:
     void doProgressEnd(int progressId) override;
     void doStartSubProgress(int progressId, double share, int total) override;
     void doEndSubProgress(int progressId) override;
+    /// Whether a KazInterruptWatch has noted a signal.
+    bool isCancelPending(int progressId) override;
     void doReset(int progressId) override;
 
 private:
     class Screen;
     Screen& screen() const;
+    bool showError(const char* format, va_list args) KAZ_PRINTF(2, 0);
 
     Style wanted_;
     mutable std::unique_ptr<Screen> screen_;

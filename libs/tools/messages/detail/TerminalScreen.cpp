@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/detail/TerminalScreen.h"
 
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/toolinfo.h"
 #include "tools/messages/detail/ProgressLine.h"
 #include "tools/messages/detail/TerminalText.h"
@@ -246,7 +247,16 @@ ProgressFigures figuresOf(std::string_view title, int total, const ProgressTrack
 
 } // namespace
 
+/// Progresses end in destructors: a picture for which there is no memory is none.
 void TerminalScreen::draw(bool ended) {
+    try {
+        paint(ended);
+    } catch (const KazMemoryException&) {
+        erase();
+    }
+}
+
+void TerminalScreen::paint(bool ended) {
     if (style_ != KazTerminalDirector::Bar || pauses_ > 0 || open_.empty())
         return;
     const Progress& progress = open_.front();
@@ -265,7 +275,7 @@ void TerminalScreen::draw(bool ended) {
 
 void TerminalScreen::erase() {
     if (std::exchange(drawn_, false))
-        put(canvas_, "\r\033[K");
+        put(canvas_, "\r\033[K"); // needs no memory
 }
 
 void TerminalScreen::log(Progress& progress) {

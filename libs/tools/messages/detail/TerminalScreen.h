@@ -68,6 +68,7 @@ private:
     Progress* find(int id);
     void show(Progress& progress);
     void draw(bool ended = false);
+    void paint(bool ended);
     void erase();
     void log(Progress& progress);
     int width() const;

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/messages/KazInterruptWatch.h"
+
+#include "tools/platform/host_signals.h"
+
+namespace {
+
+constinit int watches = 0;
+
+} // namespace
+
+KazInterruptWatch::KazInterruptWatch() {
+    if (watches++ == 0)
+        kaz::host::noteSignals();
+}
+
+KazInterruptWatch::~KazInterruptWatch() {
+    if (--watches == 0)
+        kaz::host::restoreSignals();
+}
+
+bool KazInterruptWatch::isStopped() {
+    return kaz::host::notedSignal() != 0;
+}
+
+void KazInterruptWatch::endBySignal() {
+    kaz::host::endByNotedSignal();
+}

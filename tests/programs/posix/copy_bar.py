@@ -1,0 +1,120 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Copies a system on a terminal, whose screen is pyte's, and looks at what stands there.
+
+usage: copy_bar.py MOXCOPY
+"""
+
+import fcntl
+import os
+import pty
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import unittest
+
+try:
+    import pyte
+except ImportError:
+    print("skipped: python3-pyte is not installed")
+    sys.exit(77)
+
+moxcopy = os.path.abspath(sys.argv.pop(1))
+files = 600
+
+
+class Bar(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None)
+        self.addCleanup(self.folder.cleanup)
+        for number in range(files):
+            self.write(f"plant/brewery/part{number % 7}/file{number}.dgm", b"diagram")
+
+    def path(self, name):
+        return os.path.join(self.folder.name, name)
+
+    def write(self, name, content):
+        os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
+        with open(self.path(name), "wb") as file:
+            file.write(content)
+
+    def start(self, *words, output=None, **variables):
+        """A copy on a terminal of its own."""
+        self.ours, theirs = pty.openpty()
+        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 100, 0, 0))
+        env = {"PATH": os.environ["PATH"], "HOME": self.folder.name, "TERM": "xterm", "LC_ALL": "C.UTF-8", **variables}
+        tool = subprocess.Popen([moxcopy, "-p", "plant", "-s", "brewery", "-target", "t", *words], stdin=theirs,
+                                stdout=output or theirs, stderr=theirs, env=env, cwd=self.folder.name)
+        os.close(theirs)
+        return tool
+
+    def watch(self, tool, written=b""):
+        """The lines of the screen when the tool has ended, and all that was written there."""
+        try:
+            while piece := os.read(self.ours, 65536):
+                written += piece
+        except OSError: # the other side is gone
+            pass
+        os.close(self.ours)
+        screen = pyte.Screen(100, 24)
+        pyte.ByteStream(screen).feed(written)
+        self.status = tool.wait()
+        return [line.rstrip() for line in screen.display], written
+
+    def test_the_bar_stays_when_all_is_copied(self):
+        lines, written = self.watch(self.start())
+        self.assertEqual(self.status, 0)
+        self.assertEqual(lines[0], "System 'brewery': 600 files in 8 directories.")
+        self.assertRegex(lines[1], r"^Copying brewery ▕█+▏ 100% 600/600( [\d.]+/s)? \d:\d\d$")
+        self.assertRegex(lines[2], r"^600 files, \d+ bytes copied to '.*' in [\d.]+ seconds\.$")
+        self.assertEqual(lines[3], "")
+        self.assertLess(written.count(b"\r"), 200, "not each file is a picture")
+
+    def test_each_file_stands_above_the_bar_and_obeys_nobody(self):
+        lines, written = self.watch(self.start("-verbose", "-filter", "*99*"))
+        told = [number for number, line in enumerate(lines) if line.startswith("[")]
+        self.assertEqual(told, list(range(1, 7)), lines)
+        self.assertRegex(lines[told[-1]], r"^\[ *\d+%\] Copied '.*'\.$")
+        self.assertRegex(lines[told[-1] + 1], "^Copying brewery ▕█+▏ 100% 6/6")
+        self.write("plant/brewery/evil\x1b[2J.dgm", b"")
+        lines, written = self.watch(self.start("-verbose", "-Force", "-filter", "evil*"))
+        self.assertNotIn(b"\x1b[2J", written)
+        self.assertIn("evil\\x1B[2J.dgm'.", "\n".join(lines))
+
+    def test_what_is_no_terminal_gets_plain_bytes(self):
+        with tempfile.TemporaryFile() as file:
+            lines, _ = self.watch(self.start(output=file))
+            file.seek(0)
+            plain = file.read()
+        self.assertIn(b"\nCopying brewery ....................\n600 files, ", plain)
+        self.assertNotRegex(plain, rb"[\x00-\x09\x0b-\x1f]")
+        self.assertRegex(lines[0], "^Copying brewery ▕█+▏ 100% 600/600")
+
+    def test_what_people_set(self):
+        lines, _ = self.watch(self.start(KAZ_PROGRESS="none"))
+        self.assertRegex(lines[1], "^600 files")
+        lines, _ = self.watch(self.start("-Force", TERM="dumb"))
+        self.assertEqual(lines[1], "Copying brewery ....................")
+        _, written = self.watch(self.start("-Force", "-Quiet"))
+        self.assertEqual(written, b"")
+
+    def test_an_interrupt_leaves_whole_lines_and_nothing_else(self):
+        for number in range(8):
+            self.write(f"plant/brewery/big{number}.dgm", os.urandom(4 << 20))
+        tool = self.start()
+        begin = b""
+        while b"Copying" not in begin:
+            begin += os.read(self.ours, 65536)
+        tool.send_signal(signal.SIGINT)
+        lines, _ = self.watch(tool, begin)
+        self.assertEqual(self.status, 9)
+        self.assertIn("Cancelled, nothing was copied", lines)
+        self.assertNotIn("seconds", "".join(lines))
+        self.assertFalse(os.path.exists(self.path("t")))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=1)
