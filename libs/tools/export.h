@@ -11,6 +11,7 @@
 #define KAZ_API __declspec(dllimport)
 #endif
 #else
+/// Marks what the library exports.
 #define KAZ_API __attribute__((visibility("default")))
 #endif
 

@@ -8,12 +8,17 @@
 
 #include <fmt/format.h>
 
-/// As fmt::string_view, with all that its format says.
+namespace fmt {
+
+/// Formats a string as fmt::string_view, with all that its format says.
 template <>
-struct fmt::formatter<KazString> : fmt::formatter<fmt::string_view> {
+struct formatter<KazString> : formatter<string_view> {
+    /// Writes the text of @p s with its whole length.
     template <typename Context>
     auto format(const KazString& s, Context& context) const {
         const std::string_view text = kazView(s);
-        return fmt::formatter<fmt::string_view>::format({text.data(), text.size()}, context);
+        return formatter<string_view>::format({text.data(), text.size()}, context);
     }
 };
+
+} // namespace fmt

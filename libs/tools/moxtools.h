@@ -80,6 +80,7 @@
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/config/toolinfo_scan.h"
+#include "tools/config/typed_value.h"
 #include "tools/config/vstring.h"
 
 #include "tools/services/KazCommand.h"

@@ -66,15 +66,22 @@ inline KazString kazString(std::string_view text) {
     return result;
 }
 
-/// Up to the first NUL, as `==` compares: equal strings have to hash alike.
+/// @}
+
+namespace std {
+
+/// Hashes a string up to the first NUL, as `==` compares: equal strings have to hash alike.
 template <>
-struct std::hash<KazString> {
+struct hash<KazString> {
+    /// The hash of what a view of that text hashes to.
     std::size_t operator()(const KazString& s) const noexcept {
         return std::hash<std::string_view>{}(std::string_view(s.getValue()));
     }
 };
-/// @}
 
+} // namespace std
+
+/// @cond What begin() and end() below return: iterators as the standard describes them.
 namespace kaz::range {
 
 /// A position in something that is reached by index; @p Source is copied with the
@@ -285,6 +292,7 @@ private:
 };
 
 } // namespace kaz::range
+/// @endcond
 
 /// @name Loops over containers
 /// Each once for const objects and once for others: the standard's ranges want both.

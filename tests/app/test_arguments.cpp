@@ -132,6 +132,10 @@ TEST(Arguments, QueriesGoToTheToolsOwnSetOnceItExists) {
     EXPECT_STREQ(kaz_arg_text(arg_trace, 1, nullptr), "t2");
     EXPECT_STREQ(kaz_arg_repeating_text(arg_x, 0, 1, nullptr), "b");
     EXPECT_STREQ(kaz_arg_get_untagged(0), "mine");
+    EXPECT_EQ(kaz_arg_untagged_count(), 1);
+    EXPECT_STREQ(kaz_arg_text_or(arg_trace, "none", 1), "t2");
+    EXPECT_STREQ(kaz_arg_text_or(arg_projdir, "here"), "here");
+    EXPECT_EQ(kaz_arg_text_or(arg_projdir, nullptr), nullptr);
 
     app.setActiveContext(nullptr);
     EXPECT_STREQ(kaz_arg_text(arg_projdir, 0, nullptr), "shared");
@@ -146,6 +150,8 @@ TEST(Arguments, WithoutAnApplicationNothingIsKnown) {
         EXPECT_FALSE(kaz_arg_parse(words.argc(), words.argv(), nullptr, nullptr, 0, own));
     const char* fallback = "f";
     EXPECT_STREQ(kaz_arg_text(arg_x, 0, &fallback), "f");
+    EXPECT_STREQ(kaz_arg_text_or(arg_x, "g"), "g");
+    EXPECT_EQ(kaz_arg_untagged_count(), 0);
     EXPECT_STREQ(kaz_arg_repeating_text(arg_x, 0, 0, &fallback), "f");
     EXPECT_EQ(kaz_arg_repeating_text(arg_x, 0, 0, nullptr), nullptr);
     EXPECT_EQ(kaz_arg_get_untagged(0), nullptr);

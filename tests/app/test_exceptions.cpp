@@ -12,6 +12,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -32,6 +33,10 @@ std::string reportOf(const Thrown& thrown) {
     try {
         throw thrown;
     } catch (KazException& exception) {
+        if (const char* text = exception.getErrorMessage()) {
+            const std::string message = text;
+            EXPECT_EQ(message, std::as_const(exception).getErrorMessage());
+        }
         const bool reported = exception.reportError();
         EXPECT_EQ(reported, !director.errors.empty());
     }

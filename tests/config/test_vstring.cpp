@@ -87,6 +87,26 @@ TEST_F(VString, ResolversMayExpandPushAndPop) {
         << "a new function is asked from the next name on";
 }
 
+TEST_F(VString, AResolverWithDataIsAskedForIt) {
+    EXPECT_TRUE(vstring_push_lookup_func(nullptr, this));
+    vstring_set_simple_var("a", "simple");
+    const auto member = [](const char* name, void* data) -> const char* {
+        const auto& known = *static_cast<std::map<std::string, std::string>*>(data);
+        const auto found = known.find(name);
+        return found == known.end() ? nullptr : found->second.c_str();
+    };
+    std::map<std::string, std::string> lower = {{"a", "lower"}, {"b", "B"}}, upper = {{"a", "A"}};
+    vstring_push_lookup_func(member, &lower);
+    vstring_push_lookup_func(member, &upper);
+    EXPECT_EQ(expand("${a}${b}"), "AB");
+    EXPECT_EQ(vstring_sub("<${a}${b}${c}>"), "<AB>") << "as a string";
+    vstring_pop_lookup_func();
+    EXPECT_EQ(expand("${a}${b}"), "lowerB");
+    vstring_pop_lookup_func();
+    EXPECT_EQ(expand("${a}${b}"), "simple");
+    EXPECT_EQ(vstring_sub(nullptr), "");
+}
+
 TEST_F(VString, DepthIsBounded) {
     // Each level is opened by twice the backslashes of the one before.
     std::string text;

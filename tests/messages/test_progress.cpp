@@ -204,4 +204,30 @@ TEST(CancellationDeathTest, RunsTheHandlerOnceAndEndsWithStatus9) {
     EXPECT_EXIT(cancelled(false, message), testing::ExitedWithCode(0), "^went on$");
 }
 
+TEST(ProgressHandle, AHandlerWithDataBelongsToItsProgress) {
+    struct Impatient : KazIODirector {
+        bool isCancelPending(int) override { return true; }
+    };
+    const auto cancelled = [](bool hasOther, bool isCopied) {
+        Impatient director;
+        director.install();
+        KazProgressHandle first("one", 1), second("two", 1);
+        const auto say = [](void* text) { std::fprintf(stderr, "%s\n", static_cast<char*>(text)); };
+        char one[] = "first", two[] = "second";
+        first.setCancelHandler(say, one);
+        if (hasOther)
+            second.setCancelHandler(say, two);
+        if (isCopied)
+            KazProgressHandle(second).checkCancel();
+        second.increment(1, false);
+        second.setCancelHandler(nullptr, nullptr);
+        first.setCancelHandler(nullptr);
+        first.increment(1, false);
+        std::exit(0);
+    };
+    EXPECT_EXIT(cancelled(true, false), testing::ExitedWithCode(9), "^second\n$");
+    EXPECT_EXIT(cancelled(true, true), testing::ExitedWithCode(9), "^second\n$");
+    EXPECT_EXIT(cancelled(false, false), testing::ExitedWithCode(0), "^$");
+}
+
 } // namespace

@@ -71,8 +71,12 @@ public:
     /// Makes @p context the one in force; null for none. Takes no ownership.
     void setActiveContext(KazMasterContext* context) { activeContext = context; }
 
+    /// Whether the tool serves its authors; false at first. When it is set, memory_panic tells
+    /// which function had no memory. No option sets it.
     bool getDebugFlag() const { return debugFlag; }
     void setDebugFlag(bool flag) { debugFlag = flag; }
+    /// Whether the tool tells each step; false at first. The library only keeps it for the
+    /// tool.
     bool getVerboseFlag() const { return verboseFlag; }
     void setVerboseFlag(bool flag) { verboseFlag = flag; }
 

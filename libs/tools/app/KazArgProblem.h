@@ -8,6 +8,7 @@
 
 /// Why a command line was refused.
 struct KAZ_API KazArgProblem {
+    /// What can be wrong.
     enum Kind : int {
         none,             ///< It was not.
         unknownOption,    ///< The word selects no row of the option table.
@@ -18,6 +19,7 @@ struct KAZ_API KazArgProblem {
         argumentsMissing, ///< There are fewer plain arguments than asked for.
     };
 
+    /// What was wrong; `none` for a line that was accepted.
     Kind kind = none;
     /// The option concerned, the first one that is missing; null where there is none.
     const KazArgDescription* row = nullptr;
@@ -29,6 +31,7 @@ struct KAZ_API KazArgProblem {
 
 /// What a word of the command line was read as.
 struct KAZ_API KazArgMeaning {
+    /// What a word can be.
     enum Kind : int {
         notRead,    ///< Nothing: the line was refused before it, or it is argv[0] or null.
         option,     ///< The option `row`.
@@ -37,7 +40,9 @@ struct KAZ_API KazArgMeaning {
         argument,   ///< The plain argument `item` of the set.
     };
 
+    /// What the word was read as.
     Kind kind = notRead;
+    /// The row that is meant by it; null where there is none. Static data.
     const KazArgDescription* row = nullptr;
     int item = 0; ///< Counted from 0; of one occurrence for values.
 };

@@ -38,34 +38,34 @@ public:
 
     /// An option that the tool takes: a row of the shared table.
     struct Option {
-        arg_type_enum type;
-        const char* value; ///< what its value is called; null for one without value
-        const char* help;  ///< one line
-        bool required = false;
-        ValueKind kind = AnyText;
+        arg_type_enum type;            ///< which row
+        const char* value;             ///< what its value is called; null for one without value
+        const char* help;              ///< one line
+        bool required = false;         ///< a line without it is refused
+        ValueKind kind = AnyText;      ///< what its value may be
         const char* choices = nullptr; ///< "a|b|c", for OneOf
     };
 
     /// A word of the tool's own that begins with two dashes, as "--plan". It takes no value.
     struct Word {
-        const char* text;
-        const char* help;
+        const char* text; ///< "--plan"
+        const char* help; ///< one line
     };
 
     /// All texts and tables are kept as they are, not copied; none may be null but
     /// @p options and @p words, where their counts are 0.
     struct Description {
-        const char* program;
-        const char* version;
-        const char* summary;
-        const Option* options;
-        int optionCount;
-        const char* arguments = ""; ///< what the other arguments are called, "[name ...]"
-        int minArguments = 0;
-        int maxArguments = -1; ///< -1: any number
-        ValueKind argumentKind = AnyText;
-        const Word* words = nullptr;
-        int wordCount = 0;
+        const char* program;              ///< its name, which usage and errors begin with
+        const char* version;              ///< for "-version" and "--version"
+        const char* summary;              ///< what the tool does, a sentence
+        const Option* options;            ///< what it takes, in the order in which usage shows it
+        int optionCount;                  ///< elements of @p options
+        const char* arguments = "";       ///< what the other arguments are called, "[name ...]"
+        int minArguments = 0;             ///< fewer are refused
+        int maxArguments = -1;            ///< -1: any number
+        ValueKind argumentKind = AnyText; ///< what they may be
+        const Word* words = nullptr;      ///< words of its own
+        int wordCount = 0;                ///< elements of @p words
     };
 
     /// Takes a candidate for what is being typed; @p help may be null. The texts are copied.
@@ -81,6 +81,9 @@ public:
     /// The exit status for a command line that cannot be used.
     static constexpr int wrongUsage = 2;
 
+    /// Keeps @p description, whose texts and tables have to outlive this, and @p completer,
+    /// which is asked for values and arguments of kind OfTool. Nothing is looked at before
+    /// parse().
     explicit constexpr KazCommandLine(const Description& description, Completer completer = nullptr)
         : description_(description), completer_(completer) {}
 

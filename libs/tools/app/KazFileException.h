@@ -40,8 +40,11 @@ public:
     /// file". It is made anew by each call; the previous result dies with it.
     /// A cause out of range becomes `generic`, for good.
     const char* getErrorMessage() override;
+    using KazException::getErrorMessage;
 
+    /// Why, as it was given; `generic` once getErrorMessage() has met one out of range.
     CauseEnum getCause() const { return cause; }
+    /// The file as it was given; "" for an unnamed one.
     const KazString& getFileName() const { return fileName; }
 
     /// The cause that stands for a value of `errno`; `generic` for those that

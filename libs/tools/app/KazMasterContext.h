@@ -16,8 +16,8 @@
 /// A master context may outlive the application object.
 class KAZ_API KazMasterContext {
 public:
-    static constexpr int slotCount = 17;
-    static constexpr int toolsSlot = slotCount - 1;
+    static constexpr int slotCount = 17;            ///< how many contexts there is room for
+    static constexpr int toolsSlot = slotCount - 1; ///< the slot of the KazToolsContext
 
     /// Makes this object the application's active context.
     KazMasterContext();

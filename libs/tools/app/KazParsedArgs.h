@@ -66,6 +66,9 @@ public:
     /// Makes sure that the tools context exists.
     const char* getUntagged(int index) const;
 
+    /// How many plain arguments there are.
+    int getUntaggedCount() const { return untagged.getSize(); }
+
     /// Appends all values that @p from holds for the process-wide options.
     /// A null @p from copies nothing.
     void copyGlobal(const KazParsedArgs* from);

@@ -19,6 +19,7 @@ public:
 
     /// The message; "" when there is none.
     const char* getErrorMessage() override;
+    using KazException::getErrorMessage;
 
 private:
     KazString message;

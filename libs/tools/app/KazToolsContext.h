@@ -18,7 +18,7 @@ class KazParsedArgs;
 /// calls. There is one in the last slot of the active master context.
 class KAZ_API KazToolsContext : public KazContext {
 public:
-    static constexpr int envValueCount = 58;
+    static constexpr int envValueCount = 58; ///< cells of the tool environment, one a value
 
     KazToolsContext(const KazToolsContext&) = delete;
     KazToolsContext& operator=(const KazToolsContext&) = delete;
@@ -40,12 +40,15 @@ public:
     /// @name Which values of the tool environment have been settled. Nothing
     /// clears a flag.
     /// @{
+
+    /// Whether the value has been found or assigned once.
     bool isInitProjDir() const { return initProjDir; }
     bool isInitSystem() const { return initSystem; }
     bool isInitSystemDir() const { return initSystemDir; }
     bool isInitEditorName() const { return initEditorName; }
     bool isInitDiagram() const { return initDiagram; }
     bool isInitRevision() const { return initRevision; }
+    /// Notes that it has.
     void setInitProjDir() { initProjDir = true; }
     void setInitSystem() { initSystem = true; }
     void setInitSystemDir() { initSystemDir = true; }
@@ -54,6 +57,10 @@ public:
     void setInitRevision() { initRevision = true; }
     /// @}
 
+    /// Names that the suite's tools share, "" at first: what the tool calls itself, the suffix
+    /// of its files, the directory of the system that the map below belongs to, and the
+    /// filestore directory inside a system. The library itself looks at the last alone (see
+    /// filestore.h). A reference is good until the name changes.
     const KazString& getToolName() const { return toolName; }
     void setToolName(const KazString& name) { toolName = name; }
     const KazString& getDefSuffix() const { return defSuffix; }
@@ -63,11 +70,14 @@ public:
     const KazString& getFilestoreDir() const { return filestoreDir; }
     void setFilestoreDir(const KazString& directory) { filestoreDir = directory; }
 
+    /// The state of the project database, 0 (not open) at first, and whether it may only be
+    /// read. Tools say so; nothing is opened here. filestore.h tells what follows from it.
     int getDbOpen() const { return dbOpen; }
     void setDbOpen(int state) { dbOpen = state; }
     bool isDbReadonly() const { return dbReadonly; }
     void setDbReadonly(bool readonly) { dbReadonly = readonly; }
 
+    /// What tools know about a system's repository; empty at first, and not looked at here.
     KazStringToStringMap& refRepinfoMap() { return repinfoMap; }
     /// Run-time assignments to ToolInfo variables.
     KazStringToStringMap* getVars() { return &vars; }

@@ -88,6 +88,10 @@ const char* kaz_arg_text(arg_type_enum type, int index, const char** defaultText
     return defaultText != nullptr ? *defaultText : nullptr;
 }
 
+const char* kaz_arg_text_or(arg_type_enum type, const char* defaultText, int index) {
+    return kaz_arg_text(type, index, &defaultText);
+}
+
 const char* kaz_arg_repeating_text(arg_type_enum type, int occurrence, int item,
                                    const char** defaultText) {
     if (const KazParsedArgs* set = currentSet())
@@ -98,6 +102,11 @@ const char* kaz_arg_repeating_text(arg_type_enum type, int occurrence, int item,
 const char* kaz_arg_get_untagged(int index) {
     const KazParsedArgs* set = currentSet();
     return set != nullptr ? set->getUntagged(index) : nullptr;
+}
+
+int kaz_arg_untagged_count() {
+    const KazParsedArgs* set = currentSet();
+    return set != nullptr ? set->getUntaggedCount() : 0;
 }
 
 bool kaz_arg_is_repeating(arg_type_enum type) {

@@ -23,12 +23,21 @@ KAZ_API bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
 /// KazParsedArgs::getArgText on the current set.
 KAZ_API const char* kaz_arg_text(arg_type_enum type, int index, const char** defaultText);
 
+/// The same with a default that needs no variable: the value at @p index, or
+/// @p defaultText, which may be null, when there is none.
+///
+///     const char* format = kaz_arg_text_or(arg_formats, "text");
+KAZ_API const char* kaz_arg_text_or(arg_type_enum type, const char* defaultText, int index = 0);
+
 /// KazParsedArgs::getRepeatingText on the current set.
 KAZ_API const char* kaz_arg_repeating_text(arg_type_enum type, int occurrence, int item,
                                            const char** defaultText);
 
 /// KazParsedArgs::getUntagged on the current set.
 KAZ_API const char* kaz_arg_get_untagged(int index);
+
+/// How many plain arguments the current set has; 0 without one.
+KAZ_API int kaz_arg_untagged_count();
 
 /// True when the option may be given more than once; false without a row.
 KAZ_API bool kaz_arg_is_repeating(arg_type_enum type);

@@ -27,9 +27,14 @@ inline constexpr int kazFilestoreNameSize = 140;
 /// @name Database state of the tools context
 /// Without an application object it reads as 0 and false and cannot be set.
 /// @{
+
+/// 1 when the project database is open, 0 when not.
 KAZ_API int kazGetDbOpen();
+/// Says so; opens nothing.
 KAZ_API void kazSetDbOpen(int state);
+/// Whether directories and files of the database may only be read.
 KAZ_API bool kazIsDbReadonly();
+/// Says so; changes no permissions.
 KAZ_API void kazSetDbReadonly(bool readonly);
 /// @}
 
@@ -73,10 +78,8 @@ KAZ_API std::FILE* kaz_fs_system_umask_fopen(const char* path, const char* mode)
 /// the name, the revision and at most 30 characters of the platform's text for the
 /// error: on the error channel by a console application, on the message channel by
 /// a graphical one.
-/// @{
 KAZ_API std::FILE* kaz_fs_open_sys_file(char* name, char* mode);
 KAZ_API std::FILE* kaz_fs_open_filestore_file(char* name, char* mode);
-/// @}
 
 /// The directory of the current system, made when missing. One that does not fit
 /// is reported on the error channel and cut.

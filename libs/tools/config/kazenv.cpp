@@ -5,11 +5,11 @@
 #include "tools/app/arguments.h"
 #include "tools/config/detail/names.h"
 #include "tools/config/toolinfo.h"
+#include "tools/config/typed_value.h"
 #include "tools/files/kazpath.h"
 
-#include <charconv>
-#include <cmath>
-#include <cstring>
+#include <cfloat>
+#include <climits>
 
 namespace {
 
@@ -70,34 +70,20 @@ KazString composedSystemDir() {
     return kazComposePath(KazString(_TI_hm(project)), system);
 }
 
-/// White space around a number does not count, nor does a plus sign.
-template <typename Number>
-Number numberOf(const char* text) {
-    constexpr const char* blanks = " \t\r\n";
-    if (text == nullptr)
-        return 0;
-    text += std::strspn(text, blanks);
-    if (*text == '+' && text[1] != '-')
-        ++text;
-    const char* end = text + std::strlen(text);
-    while (end > text && std::strchr(blanks, end[-1]) != nullptr)
-        --end;
-    Number number = 0;
-    const auto [stop, error] = std::from_chars(text, end, number);
-    return error == std::errc() && stop == end ? number : 0;
-}
-
 const char* as_text(const char* text) {
     return text;
 }
 
 int as_integer(const char* text) {
-    return numberOf<int>(text);
+    int number = 0;
+    kaz_check_integer(text, INT_MIN, INT_MAX, &number);
+    return number;
 }
 
 double as_real(const char* text) {
-    const double number = numberOf<double>(text);
-    return std::isfinite(number) ? number : 0;
+    double number = 0;
+    kaz_check_real(text, -DBL_MAX, DBL_MAX, &number);
+    return number;
 }
 
 bool as_boolean(const char* text) {

@@ -34,6 +34,8 @@
 ///   (the point is ".", whatever the locale);
 /// - boolean: `bool`; `TI_yesorno(text, false)`.
 ///
+/// Whether a number is good, and in range, is told by typed_value.h.
+///
 /// All of it needs an application object: without one nothing can be assigned
 /// and only source 3 is asked.
 #pragma once
@@ -109,16 +111,20 @@
 
 /// Identifiers of the values; they index the cells of the tools context.
 enum kaz_env_id_enum {
+/// @cond what makes declarations of the table
 #define KAZ_ENV_ID(kind, name, option) kaz_env_id_##name,
     KAZ_ENV_VALUES(KAZ_ENV_ID)
 #undef KAZ_ENV_ID
+    /// @endcond
 };
 
 /// How many values there are.
 inline constexpr int kaz_env_id_count = 0
+/// @cond
 #define KAZ_ENV_ONE(kind, name, option) +1
     KAZ_ENV_VALUES(KAZ_ENV_ONE)
 #undef KAZ_ENV_ONE
+    /// @endcond
     ;
 static_assert(kaz_env_id_count == 58);
 
@@ -130,6 +136,7 @@ enum kaz_env_kind_enum {
     kaz_env_kind_boolean,
 };
 
+/// @cond
 #define KAZ_ENV_RESULT_text const char*
 #define KAZ_ENV_RESULT_integer int
 #define KAZ_ENV_RESULT_real double
@@ -140,10 +147,12 @@ enum kaz_env_kind_enum {
     KAZ_API void kaz_env_##name##_asgn(const char* text);
 KAZ_ENV_VALUES(KAZ_ENV_DECLARE)
 #undef KAZ_ENV_DECLARE
+/// @endcond
 
-/// The name of a value as the accessors and the configuration spell it, and its
-/// kind. An identifier out of range gives null, and the kind text.
+/// The name of a value as the accessors and the configuration spell it; null for an
+/// identifier out of range.
 KAZ_API const char* kaz_env_name(kaz_env_id_enum id);
+/// Its kind; text for an identifier out of range.
 KAZ_API kaz_env_kind_enum kaz_env_kind(kaz_env_id_enum id);
 
 /// The text of any value, whatever its kind; null when it is unset or @p id is

@@ -34,14 +34,40 @@ const char* lookUpToolInfo(const char* name) {
     return point != nullptr ? TI_Vcont(point + 1) : nullptr;
 }
 
-/// The stack of lookup functions, with at least the two at its bottom.
-KazArrayPtr& lookupStack() {
-    // Never destroyed: static objects of a tool may expand texts to the very end.
-    static KazArrayPtr& stack = *new KazArrayPtr;
-    if (stack.getSize() == 0) {
-        stack.add(reinterpret_cast<void*>(&lookUpSimple));
-        stack.add(reinterpret_cast<void*>(&lookUpToolInfo));
+using Lookup = const char* (*)(const char* name, void* data);
+
+/// Asks a function that takes no data, which is itself the data here.
+const char* askPlain(const char* name, void* function) {
+    return reinterpret_cast<vstring_lookup_func>(function)(name);
+}
+
+/// The lookup functions, each with the data that it is called with, in two slots.
+class LookupStack {
+public:
+    LookupStack() {
+        push(askPlain, reinterpret_cast<void*>(&lookUpSimple));
+        push(askPlain, reinterpret_cast<void*>(&lookUpToolInfo));
     }
+
+    int getSize() const { return slots.getSize() / 2; }
+    void push(Lookup lookup, void* data) {
+        slots.inflate(slots.getSize() + 2); // both, or neither when there is no memory
+        slots.add(reinterpret_cast<void*>(lookup));
+        slots.add(data);
+    }
+    void pop() { slots.setSize(slots.getSize() - 2); }
+    const char* ask(int index, const char* name) const {
+        return reinterpret_cast<Lookup>(slots.getAt(2 * index))(name, slots.getAt(2 * index + 1));
+    }
+
+private:
+    KazArrayPtr slots;
+};
+
+/// The stack, with at least the two functions at its bottom.
+LookupStack& lookupStack() {
+    // Never destroyed: static objects of a tool may expand texts to the very end.
+    static LookupStack& stack = *new LookupStack;
     return stack;
 }
 
@@ -77,9 +103,9 @@ public:
     void append(std::string_view text) { std::memcpy(room(text.size()), text.data(), text.size()); }
     void fill(std::size_t count, char c) { std::memset(room(count), c, count); }
 
-    char* copy() {
+    const char* text() {
         *room(1) = '\0';
-        return mkcpy(block);
+        return block;
     }
 
 private:
@@ -150,7 +176,8 @@ class Expansion {
 public:
     explicit Expansion(std::string_view text) : input(text) {}
 
-    char* run() {
+    /// The result, good as long as this object.
+    const char* run() {
         while (!input.empty()) {
             if (input.front() == '\\')
                 takeBackslashes();
@@ -161,7 +188,7 @@ public:
             else
                 takePlain();
         }
-        return output.copy();
+        return output.text();
     }
 
 private:
@@ -262,14 +289,20 @@ private:
 
 bool vstring_push_lookup_func(const char* (*lookup)(const char*)) {
     if (lookup != nullptr)
-        lookupStack().add(reinterpret_cast<void*>(lookup));
+        lookupStack().push(askPlain, reinterpret_cast<void*>(lookup));
+    return true;
+}
+
+bool vstring_push_lookup_func(const char* (*lookup)(const char*, void*), void* data) {
+    if (lookup != nullptr)
+        lookupStack().push(lookup, data);
     return true;
 }
 
 void vstring_pop_lookup_func() {
-    KazArrayPtr& stack = lookupStack();
+    LookupStack& stack = lookupStack();
     if (stack.getSize() > builtInCount)
-        stack.remove();
+        stack.pop();
 }
 
 bool vstring_clear_lookup_funcs() {
@@ -284,16 +317,14 @@ void vstring_set_simple_var(const char* name, const char* value) {
 }
 
 const char* vstring_lookup_var(const char* name) {
-    const KazArrayPtr& stack = lookupStack();
+    const LookupStack& stack = lookupStack();
     if (name == nullptr)
         name = "";
     // A function may change the stack while it is asked; those below it that are
     // still there come next.
-    for (int i = stack.getSize() - 1; i >= 0; i = std::min(i, stack.getSize()) - 1) {
-        const auto lookup = reinterpret_cast<vstring_lookup_func>(stack.getAt(i));
-        if (const char* value = lookup(name))
+    for (int i = stack.getSize() - 1; i >= 0; i = std::min(i, stack.getSize()) - 1)
+        if (const char* value = stack.ask(i, name))
             return value;
-    }
     return nullptr;
 }
 
@@ -311,6 +342,10 @@ int vstring_num_vars(const char* text) {
 bool vstring_sub(const char* text, char** result) {
     if (result == nullptr)
         return false;
-    *result = Expansion(text != nullptr ? text : "").run();
+    *result = mkcpy(Expansion(text != nullptr ? text : "").run());
     return true;
+}
+
+KazString vstring_sub(const char* text) {
+    return Expansion(text != nullptr ? text : "").run();
 }

@@ -16,6 +16,7 @@
 #pragma once
 
 #include "tools/export.h"
+#include "tools/strings/KazString.h"
 
 /// Gives the value of a variable, or null when it does not know the name. The
 /// value stays the function's own and must last until it is asked again. A lookup
@@ -24,6 +25,16 @@ using vstring_lookup_func = const char* (*)(const char* name);
 
 /// Puts @p lookup on top of the stack. Returns true; a null function is left out.
 KAZ_API bool vstring_push_lookup_func(const char* (*lookup)(const char*));
+
+/// The same for a function that is called with @p data, which stays the caller's and
+/// has to last until the function is off the stack:
+///
+///     vstring_push_lookup_func(
+///         [](const char* name, void* data) {
+///             return static_cast<const Report*>(data)->fieldOrNull(name);
+///         }, &report);
+KAZ_API bool vstring_push_lookup_func(const char* (*lookup)(const char* name, void* data),
+                                      void* data);
 
 /// Removes the top function, but never one of the two at the bottom.
 KAZ_API void vstring_pop_lookup_func();
@@ -60,3 +71,6 @@ KAZ_API int vstring_num_vars(const char* text);
 ///
 /// A lookup function may be asked several times for one reference.
 KAZ_API bool vstring_sub(const char* text, char** result);
+
+/// The same expansion as a string, which needs no release.
+KAZ_API KazString vstring_sub(const char* text);

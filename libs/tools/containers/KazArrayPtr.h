@@ -48,12 +48,14 @@ public:
     /// Lets go of the present storage, then shares @p other's (see above).
     KazArrayPtr& operator=(const KazArrayPtr& other);
 
+    /// The number of slots in use.
     int getSize() const { return size; }
 
     /// The slots, getSize() of them in use; null while nothing is allocated.
     void** getData() { return data; }
     void* const* getData() const { return data; }
 
+    /// The pointer at @p index.
     void* getAt(int index) const { return slot(index); }
     void* operator[](int index) const { return slot(index); }
 
@@ -61,6 +63,7 @@ public:
     void*& elementAt(int index) const { return data[index]; }
     void*& operator[](int index) { return data[index]; }
 
+    /// Stores @p item at @p index.
     void setAt(int index, void* item) { slot(index) = item; }
 
     /// setAt, after making the array large enough; new slots before @p index
@@ -98,6 +101,7 @@ public:
     /// setSize(0).
     void removeAll() { setSize(0); }
 
+    /// Inserts @p item in front of the slot at @p index, as below.
     void insertAt(int index, void* item) { insertAt(index, &item, 1); }
 
     /// Inserts @p count pointers in front of the slot at @p index. An index at
@@ -122,7 +126,7 @@ public:
     int findPtr(void* item) const;
 
 protected:
-    using Slot = kaz::detail::Slot;
+    using Slot = kaz::detail::Slot; ///< a slot as the library reads it
 
     /// Stands in memory directly before the first slot.
     struct Storage {
@@ -130,8 +134,11 @@ protected:
         std::int32_t occupied; ///< KazColl's: slots that hold elements; -1 for getSize()
     };
 
+    /// The slot at @p index, which is not checked.
     Slot& slot(int index) const { return reinterpret_cast<Slot*>(data)[index]; }
+    /// What stands before @p slots (not null).
     static Storage& storageOf(void** slots) { return reinterpret_cast<Storage*>(slots)[-1]; }
+    /// What stands before the slots of this array, which has some.
     Storage& storage() const { return storageOf(data); }
 
     /// The capacity that inflate(count) chooses.
@@ -154,8 +161,8 @@ protected:
     /// Makes place for @p count slots at @p index, see insertAt.
     void openGap(int index, int count);
 
-    void** data = nullptr;
-    std::int32_t size = 0;
-    std::int32_t capacity = 0;
-    float growthRate = 1.3F;
+    void** data = nullptr;     ///< the first slot; null without storage
+    std::int32_t size = 0;     ///< slots in use
+    std::int32_t capacity = 0; ///< slots allocated
+    float growthRate = 1.3F;   ///< see setGrowthRate()
 };

@@ -62,8 +62,8 @@ struct Soundness;
 /// No locks: a collection and its iterators belong to one thread at a time.
 class KAZ_API KazColl : public KazArrayPtr {
 public:
-    using CheckIn = void* (*)(void*);
-    using CheckOut = void (*)(void*);
+    using CheckIn = void* (*)(void*); ///< called on what enters; what it returns is stored
+    using CheckOut = void (*)(void*); ///< called on what leaves; must not throw
 
     /// Empty, without element functions.
     KazColl() = default;
@@ -84,6 +84,7 @@ public:
     CheckIn setCheckIn(CheckIn function);
     CheckOut setCheckOut(CheckOut function);
 
+    /// The element at @p index, still the collection's.
     void* getAt(int index) const { return KazArrayPtr::getAt(index); }
     void* operator[](int index) const { return KazArrayPtr::getAt(index); }
 
@@ -120,7 +121,7 @@ public:
     /// gives the storage back. Iterators are done, but stay registered.
     void removeAll();
 
-    /// As for KazArrayPtr.
+    /// As their namesakes of KazArrayPtr.
     void inflate(int count);
     void freeExtra();
 

@@ -14,6 +14,7 @@
 /// and is then done. Insertions and removals move it as KazColl tells.
 class KAZ_API KazCollIterator {
 public:
+    /// Stands on the first element of @p walked; done when there is none.
     explicit KazCollIterator(KazColl& walked) : KazCollIterator(&walked) {}
     /// A null @p walked gives an iterator that is done.
     explicit KazCollIterator(KazColl* walked);
@@ -25,6 +26,8 @@ public:
     /// collection.
     KazCollIterator& operator=(const KazCollIterator& other);
 
+    /// Whether the walk is over. An iterator that a removal has moved in front of the first
+    /// element is not done.
     bool isDone() const { return index == done; }
 
     /// Steps to the next element. False when there is none: the iterator is

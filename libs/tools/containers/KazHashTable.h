@@ -15,16 +15,17 @@ struct Soundness;
 
 /// One binding, as a bucket stores it.
 struct KazBucketEntry {
-    void* key;
-    void* value;
+    void* key;   ///< as check-in returned it
+    void* value; ///< the same
 };
 
 /// A bucket's block: `count` entries in ascending order of their keys, room
 /// for `capacity`, directly behind these two numbers.
 struct KazBucket {
-    std::int32_t count;
-    std::int32_t capacity;
+    std::int32_t count;    ///< entries in use
+    std::int32_t capacity; ///< entries that there is room for
 
+    /// The first entry.
     KazBucketEntry* entries() { return reinterpret_cast<KazBucketEntry*>(this + 1); }
 };
 
@@ -63,9 +64,9 @@ public:
     /// Order of two keys: negative, zero or positive. The first is the one
     /// asked for, the second one stored.
     using Compare = int (*)(const void*, const void*);
-    using Hash = unsigned (*)(const void*);
-    using CheckIn = void* (*)(void*);
-    using CheckOut = void (*)(void*);
+    using Hash = unsigned (*)(const void*); ///< the hash of a key; equal keys have equal ones
+    using CheckIn = void* (*)(void*);       ///< called on what enters; what it returns is stored
+    using CheckOut = void (*)(void*);       ///< called on what leaves; must not throw
 
     /// @p size is the number of buckets, for good. At 1 or less there is one
     /// bucket, a single sorted list, and @p hash is never called. Without
@@ -100,6 +101,7 @@ public:
     /// The same; @p found tells a bound null from an absent key.
     void* valueOf(const void* key, bool& found);
 
+    /// Whether @p key has a value, be it null.
     bool isBound(const void* key);
 
     /// The number of keys bound.

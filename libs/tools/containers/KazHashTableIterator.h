@@ -14,6 +14,7 @@ class KAZ_API KazHashTableIterator {
 public:
     /// A null @p walked gives an iterator that is done.
     explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
+    /// Stands on the first entry of @p walked; done when there is none.
     explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
 
     /// Back to the first entry.
@@ -22,6 +23,7 @@ public:
     /// Steps to the next entry; false when there is none.
     bool next();
 
+    /// Whether the walk is over.
     bool isDone() const;
 
     /// The stored key or value of the present entry; null when done.

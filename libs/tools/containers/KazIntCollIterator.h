@@ -9,6 +9,7 @@
 /// KazCollIterator whose item() is the value.
 class KAZ_API KazIntCollIterator : public KazCollIterator {
 public:
+    /// Stands on the first value; a null @p walked gives an iterator that is done.
     explicit KazIntCollIterator(KazIntColl& walked) : KazCollIterator(walked) {}
     explicit KazIntCollIterator(KazIntColl* walked) : KazCollIterator(walked) {}
 

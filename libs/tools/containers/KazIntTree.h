@@ -12,15 +12,20 @@ class KAZ_API KazIntTree : public KazTree {
 public:
     KazIntTree();
 
+    /// Adds @p value. @throws KazTreeClashException when it is there already
     void add(int value) { KazTree::add(toItem(value)); }
+    /// Whether @p value is in the tree.
     bool contains(int value) const { return KazTree::contains(toItem(value)); }
+    /// Removes @p value; false when it is not there.
     bool remove(int value) { return KazTree::remove(toItem(value)); }
 
     /// The first and the last value; 0 for an empty tree (see isEmpty).
     int smallest() const { return toInt(KazTree::smallest()); }
     int largest() const { return toInt(KazTree::largest()); }
+    /// The value that has @p rank smaller ones; 0 outside 0 to getSize() - 1.
     int valueAt(int rank) const { return toInt(KazTree::valueAt(rank)); }
 
+    /// Replaces the values by those of @p other.
     void copy(const KazIntTree& other) { KazTree::copy(other); }
 
 private:

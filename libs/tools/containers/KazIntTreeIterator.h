@@ -9,9 +9,12 @@
 /// KazTreeIterator whose item() is the value.
 class KAZ_API KazIntTreeIterator : public KazTreeIterator {
 public:
+    /// Stands on the smallest value; a null @p walked gives an iterator that is done.
     explicit KazIntTreeIterator(const KazIntTree& walked) : KazTreeIterator(walked) {}
     explicit KazIntTreeIterator(KazIntTree* walked) : KazTreeIterator(walked) {}
 
+    /// To @p value or, where it is missing, the next greater one; false, and done, when there
+    /// is none.
     bool startAt(int value) { return KazTreeIterator::startAt(KazIntTree::toItem(value)); }
 
     /// The value, or 0 when the iterator stands on none.

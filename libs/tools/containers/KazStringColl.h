@@ -19,11 +19,17 @@ public:
     KazString& getAt(int index) const { return reinterpret_cast<KazString&>(slot(index)); }
     KazString& operator[](int index) const { return getAt(index); }
 
+    /// Appends @p text, sharing its block, and returns its index.
     int add(const KazString& text);
+    /// Replaces the string at @p index.
     void setAt(int index, const KazString& text);
+    /// Inserts @p text in front of @p index; at or beyond the end it is appended, after a gap
+    /// of empty strings.
     void insertAt(int index, const KazString& text);
     /// Inserts the @p count strings at @p texts.
     void insertAt(int index, const KazString* texts, int count);
+    /// The strings of @p other: in front of @p index, at the end (returns the index of the
+    /// first), or in place of those here.
     void insertAt(int index, const KazStringColl& other) { KazColl::insertAt(index, other); }
     int append(const KazStringColl& other) { return KazColl::append(other); }
     void copy(const KazStringColl& other) { KazColl::copy(other); }

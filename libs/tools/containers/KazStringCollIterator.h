@@ -9,6 +9,7 @@
 /// KazCollIterator whose item() is the string.
 class KAZ_API KazStringCollIterator : public KazCollIterator {
 public:
+    /// Stands on the first string; a null @p walked gives an iterator that is done.
     explicit KazStringCollIterator(KazStringColl& walked) : KazCollIterator(walked) {}
     explicit KazStringCollIterator(KazStringColl* walked) : KazCollIterator(walked) {}
 

@@ -18,11 +18,18 @@ class KAZ_API KazStringToStringMap : public KazHashTable {
 public:
     /// Keys that differ in case are different; 127 buckets.
     KazStringToStringMap() : KazStringToStringMap(true, 127) {}
+    /// Keys compare without regard to case unless @p caseSensitive. @p size is the number of
+    /// buckets, for good (see KazHashTable).
     KazStringToStringMap(bool caseSensitive, int size);
 
+    /// Binds @p key to @p value. A key that is bound already gets it with @p replace; else
+    /// nothing changes and the result is false.
     bool bind(const KazString& key, const KazString& value, bool replace);
+    /// Replaces the value of a bound key; false when it is not bound.
     bool rebind(const KazString& key, const KazString& value);
+    /// Removes @p key; false when it is not bound.
     bool unbind(const KazString& key);
+    /// Whether @p key has a value, be it empty.
     bool isBound(const KazString& key);
 
     /// The value, empty when @p key is not bound.

@@ -9,6 +9,7 @@
 /// KazHashTableIterator that gives strings.
 class KAZ_API KazStringToStringMapIterator : public KazHashTableIterator {
 public:
+    /// Stands on the first entry; a null @p walked gives an iterator that is done.
     explicit KazStringToStringMapIterator(const KazStringToStringMap* walked)
         : KazHashTableIterator(walked) {}
     explicit KazStringToStringMapIterator(const KazStringToStringMap& walked)

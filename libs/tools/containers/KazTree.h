@@ -35,8 +35,8 @@ public:
     /// Order of two values: negative when @p stored comes before @p probe,
     /// zero when they count as equal, positive when it comes after.
     using Compare = int (*)(const void* stored, const void* probe);
-    using CheckIn = void* (*)(void*);
-    using CheckOut = void (*)(void*);
+    using CheckIn = void* (*)(void*); ///< called on what enters; what it returns is stored
+    using CheckOut = void (*)(void*); ///< called on what leaves; must not throw
 
     /// An empty tree without element functions.
     explicit KazTree(Compare compare);
@@ -88,6 +88,7 @@ public:
 
     /// The number of values.
     int getSize() const;
+    /// Whether there are none.
     bool isEmpty() const { return root == nullptr; }
 
     /// Evens the tree out, so that the sizes of the two sides of any node

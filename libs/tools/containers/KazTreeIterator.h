@@ -15,6 +15,7 @@
 /// tree, and is then done; so it is after removeAll, copy and assignment.
 class KAZ_API KazTreeIterator {
 public:
+    /// Stands on the smallest value; done when the tree is empty.
     explicit KazTreeIterator(const KazTree& walked);
     /// A null @p walked gives an iterator that is done.
     explicit KazTreeIterator(KazTree* walked);

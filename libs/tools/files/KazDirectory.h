@@ -20,14 +20,14 @@ enum class KazFileKind { Missing, File, Directory, Link, Special };
 
 /// What is known about a file.
 struct KazFileStatus {
-    KazFileKind kind = KazFileKind::Missing;
-    unsigned mode = 0;         ///< the nine permission bits (rwxrwxrwx)
-    std::uint64_t size = 0;    ///< bytes
-    std::int64_t modified = 0; ///< seconds since 1970-01-01 UTC
-    std::uint64_t device = 0;  ///< with `serial`: the same pair, the same file
-    std::uint64_t serial = 0;
+    KazFileKind kind = KazFileKind::Missing; ///< what it is
+    unsigned mode = 0;                       ///< the nine permission bits (rwxrwxrwx)
+    std::uint64_t size = 0;                  ///< bytes
+    std::int64_t modified = 0;               ///< seconds since 1970-01-01 UTC
+    std::uint64_t device = 0;                ///< with `serial`: the same pair, the same file
+    std::uint64_t serial = 0;                ///< its number on the device
 
-    /// False where either tells of no file.
+    /// Whether both are of one file, under whatever names; false where either tells of none.
     bool isSameFile(const KazFileStatus& other) const {
         return kind != KazFileKind::Missing && other.kind != KazFileKind::Missing &&
                device == other.device && serial == other.serial;
@@ -36,8 +36,8 @@ struct KazFileStatus {
 
 /// One entry of a listing.
 struct KazDirectoryEntry {
-    KazString name; ///< one component, as the host spells it
-    KazFileKind kind = KazFileKind::Missing;
+    KazString name;                          ///< one component, as the host spells it
+    KazFileKind kind = KazFileKind::Missing; ///< what the name stands for; a link is told as such
     /// False for a name that native text cannot spell as one component (on POSIX one
     /// with a backslash in it): as part of a path it would mean another file.
     bool isNative = true;
@@ -82,13 +82,16 @@ public:
     /// Opens by native path, links followed; "" is the current directory. errno tells
     /// why it is not open.
     explicit KazDirectory(const char* path);
+    /// Takes the handle over; @p other is then not open.
     KazDirectory(KazDirectory&& other) noexcept;
     KazDirectory& operator=(KazDirectory&& other) noexcept;
     KazDirectory(const KazDirectory&) = delete;
     KazDirectory& operator=(const KazDirectory&) = delete;
     ~KazDirectory();
 
+    /// Whether there is a directory.
     bool isOpen() const;
+    /// Gives the handle back; nothing when it is not open.
     void close();
 
     /// Opens a directory in this one; a link to one is refused with ENOTDIR.

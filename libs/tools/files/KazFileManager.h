@@ -51,12 +51,14 @@ class TreeRemoval;
 /// which the copy of its directory starts counts as written by that copy.
 class KAZ_API KazFileManager {
 public:
+    /// For the tree below @p root, a native path. Nothing is looked at yet.
     explicit KazFileManager(KazString root);
 
     /// Commentary on or off; off at first.
     void setVerbose(bool verbose);
     /// One more entry name to leave out, at every level, for copying and deleting.
     void setExclusion(KazString name);
+    /// Leaves nothing out any more.
     void clearExclusions();
 
     /// Copies the tree into @p dest, which must exist, under the root's own name,

@@ -23,6 +23,7 @@
 class KAZ_API KazFilePath {
 public:
     KazFilePath() = default;
+    /// The directories of @p list, which ";" separates.
     explicit KazFilePath(const char* list);
 
     /// Replaces all entries by those of @p list.
@@ -34,9 +35,12 @@ public:
     /// Removes every entry equal to @p dir as paths compare (kazFilenameCompare);
     /// true when there was one.
     bool remove(const char* dir);
+    /// Removes all entries.
     void clear();
 
+    /// The number of entries.
     int getSize() const;
+    /// Whether there are none.
     bool isEmpty() const;
     /// Entry @p index as written; "" outside 0 to getSize() - 1.
     KazString getDir(int index) const;

@@ -34,6 +34,7 @@ class KAZ_API KazTreeCursor {
 public:
     /// At @p top, which need not be open: then nothing can be entered.
     explicit KazTreeCursor(KazDirectory top);
+    /// Takes the place over; @p other can then only be assigned to or destroyed.
     KazTreeCursor(KazTreeCursor&& other) noexcept;
     KazTreeCursor& operator=(KazTreeCursor&& other) noexcept;
     KazTreeCursor(const KazTreeCursor&) = delete;

@@ -43,9 +43,11 @@ KAZ_API int kazRootPartLength(const char* path);
 /// Characters up to and including the last separator or ":"; 0 when there is
 /// none or when that would be less than the root part.
 KAZ_API int kazDirPartLength(const char* path);
+/// The root part of @p path; "" for a relative one.
 KAZ_API KazString kazPathRootPart(const char* path);
 /// With its trailing separator.
 KAZ_API KazString kazPathDirPart(const char* path);
+/// What is behind the directory part.
 KAZ_API KazString kazLastFileComponent(const char* path);
 
 /// The path without one trailing separator; a root stays as it is.

@@ -20,6 +20,7 @@ KAZ_API const char* TI_cprogname(const char* editor);
 /// `\`, `"`, `$`, a back quote and a line end (which then vanishes) and is
 /// itself anywhere else; outside quotes it escapes any character, at the very end
 /// it is itself. Nothing is expanded, and "#", "&", ";" and their kin are ordinary characters.
+/// @param text the line; null counts as "".
 /// @param argv becomes a null-terminated vector, vector and words in one block
 /// that the caller releases with std::free; null on failure.
 /// @return the number of words, or -1 for an unclosed quote.
@@ -41,9 +42,10 @@ KAZ_API KazString argv_to_str(int argc, const char* const* argv);
 /// written: all of stdio, and std::cout, std::cerr, std::clog and their wide kin, which
 /// keep text of their own once they are not synchronised with stdio. Not other C++
 /// streams.
+/// @param command is for the interpreter to read; null counts as "".
+/// @param signal when not null, becomes the number of the signal that ended it, else 0.
 /// @return its exit status; -1 when it could not be started (the reason goes to
 /// print_err) or was ended by a signal.
-/// @param signal when not null, becomes the number of that signal, else 0.
 KAZ_API int shell_cmd(const char* command, int* signal = nullptr);
 
 /// The same, but silent: what it writes becomes @p output, byte for byte. On a

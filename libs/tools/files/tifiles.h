@@ -63,6 +63,8 @@ KAZ_API int read_a_dir(const char* pattern, KazStringColl& entries);
 /// permission bits are kept, the modification time is now. Links at @p source
 /// are followed, a link at @p target is replaced. Fails for a directory, for a
 /// special file (which is never opened), and for a file onto itself.
+/// @param source native path
+/// @param target native path
 /// @param keepExisting an existing target is a failure (EEXIST).
 KAZ_API int copy_file(const char* source, const char* target, bool keepExisting);
 

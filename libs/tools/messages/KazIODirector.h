@@ -47,6 +47,7 @@ public:
         AbortRetryIgnore = 5
     };
 
+    /// What the user answered.
     enum Reply : int {
         Accept = 0,  ///< Ok, Yes or Retry
         Decline = 1, ///< Cancel, No or Abort
@@ -76,7 +77,9 @@ public:
 
     /// Announces the start of @p command; the result names it in the other calls.
     static int ttyStart(const char* command);
+    /// Says that the command has ended.
     static void ttyEnd(int ttyId);
+    /// Shows a piece of the command's output.
     static void ttyMsg(int ttyId, const char* format, ...) KAZ_PRINTF(2, 3);
     static void vttyMsg(int ttyId, const char* format, va_list args) KAZ_PRINTF(2, 0);
     /// @}
@@ -84,8 +87,11 @@ public:
     /// @name Messages
     /// The console ends a message with a newline, unless its format ends in one.
     /// @{
+
+    /// Shows a message.
     static void printMsg(const char* format, ...) KAZ_PRINTF(1, 2);
     static void vprintMsg(const char* format, va_list args) KAZ_PRINTF(1, 0);
+    /// Shows an error; the tool goes on.
     static void printError(const char* format, ...) KAZ_PRINTF(1, 2);
     static void vprintError(const char* format, va_list args) KAZ_PRINTF(1, 0);
 
@@ -131,11 +137,16 @@ public:
     /// Starts a progress; the console ignores @p total.
     /// @return its number: 1, 2, 3, ... for each director.
     static int progressStart(KazString title, int total);
+    /// Advances by @p amount percent of the innermost range, or of the whole with @p flag; an
+    /// amount outside 0 to 100 completes it.
     static void progressIncrement(int progressId, double amount, bool flag);
+    /// Shows a message beside the progress; @p level is the director's to weigh.
     static void progressMsg(int progressId, int level, const char* format, ...) KAZ_PRINTF(3, 4);
     static void vProgressMsg(int progressId, int level, const char* format, va_list args)
         KAZ_PRINTF(3, 0);
+    /// Ends the progress.
     static void progressEnd(int progressId);
+    /// Asks the director to start the progress anew; nothing on the console.
     static void reset(int progressId);
 
     /// Whether the user has asked to stop; never on the console.
@@ -145,8 +156,11 @@ public:
     /// @name Notifications
     /// For directors that give the numbers a meaning; the console has none.
     /// @{
+
+    /// Passes both numbers on.
     static void addCallback(int, int);
     static void removeCallback(int, int);
+    /// Passes the number on.
     static void notify(int);
     /// @}
 
@@ -154,11 +168,16 @@ protected:
     // Derived directors are built apart from the library: the order of the
     // virtual operations is part of the interface.
 
+    /// Prints "Executing: " and the command; the result is 0.
     virtual int doTtyStart(const char* command);
+    /// Prints "Execution Complete.". Like doTtyStart() it writes to standard output by itself,
+    /// not through doPrintMsg(): who shows messages elsewhere overrides all three.
     virtual void doTtyEnd(int ttyId);
     /// Calls doPrintMsg().
     virtual void doTtyMsg(int ttyId, const char* format, va_list args) KAZ_PRINTF(3, 0);
+    /// Writes the message to standard output.
     virtual void doPrintMsg(const char* format, va_list args) KAZ_PRINTF(2, 0);
+    /// Writes the message to standard error.
     virtual void doPrintError(const char* format, va_list args) KAZ_PRINTF(2, 0);
     /// The console does not return from it; a derived director may.
     virtual void doFatalError(const char* format, va_list args) KAZ_PRINTF(2, 0);
@@ -168,14 +187,20 @@ protected:
     /// Calls doPrintError().
     virtual void doPrintSymError(_gu_set_struct_* symbols, const char* format, va_list args)
         KAZ_PRINTF(3, 0);
+    /// See confirm().
     virtual Reply doConfirm(const KazString& title, const KazString& message, DialogType type,
                             Reply defaultReply);
+    /// See getUserInput().
     virtual bool doGetUserInput(KazString& result, const KazString& title, const KazString& prompt,
                                 bool echo);
+    /// See progressStart(). What is started here is ended by doProgressEnd() of the same class.
     virtual int doProgressStart(KazString title, int total);
+    /// See progressIncrement().
     virtual void doProgressIncrement(int progressId, double amount, bool flag);
+    /// See progressMsg().
     virtual void doProgressMsg(int progressId, int level, const char* format, va_list args)
         KAZ_PRINTF(4, 0);
+    /// See progressEnd().
     virtual void doProgressEnd(int progressId);
 
     /// For a director that can serve no longer: the one before it is in force
@@ -183,9 +208,11 @@ protected:
     /// members use the console's operations from now on.
     virtual void fallBack();
 
+    /// See cancelPending(); false here.
     virtual bool isCancelPending(int progressId);
     /// Non-zero: no other director can take this one's place.
     virtual int isFinal();
+    /// Do nothing here.
     virtual void doAddCallback(int, int);
     virtual void doRemoveCallback(int, int);
     virtual void doNotify(int);

@@ -11,6 +11,7 @@
 /// since there are no arguments for it.
 class KAZ_API KazMsgProgressHandle : public KazProgressHandle {
 public:
+    /// Opens the progress @p name, as KazProgressHandle does.
     KazMsgProgressHandle(KazString name, int n);
     KazMsgProgressHandle(const KazMsgProgressHandle&) = default;
     KazMsgProgressHandle& operator=(const KazMsgProgressHandle&) = default;

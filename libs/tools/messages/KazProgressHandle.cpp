@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -18,12 +19,43 @@ const char* readNumber(const char* text, const char* end, int& number) {
     return error == std::errc() ? rest : nullptr;
 }
 
+/// A cancel handler with data. The handle has room for a plain function only, and tools are
+/// built against its layout.
+struct DataHandler {
+    int id; ///< of its progress
+    void (*handler)(void*);
+    void* data;
+};
+
+std::vector<DataHandler>& dataHandlers() {
+    // Never destroyed: static objects of a tool may hold handles to the very end.
+    static std::vector<DataHandler>& handlers = *new std::vector<DataHandler>;
+    return handlers;
+}
+
+void removeDataHandler(int id) {
+    std::erase_if(dataHandlers(), [id](const DataHandler& each) { return each.id == id; });
+}
+
+/// In a handle it stands for the handler with data of its progress.
+void dataHandlerMark() {}
+
+void runHandler(void (*handler)(), int id) {
+    if (handler != dataHandlerMark)
+        return handler();
+    for (const DataHandler& each : dataHandlers())
+        if (each.id == id)
+            return each.handler(each.data);
+}
+
 } // namespace
 
 KazProgressHandle::KazProgressHandle(KazString name, int n)
     : id(KazIODirector::progressStart(std::move(name), n)) {}
 
 KazProgressHandle::~KazProgressHandle() {
+    if (cancelHandler == dataHandlerMark)
+        removeDataHandler(id);
     KazIODirector::progressEnd(id);
 }
 
@@ -92,13 +124,22 @@ void KazProgressHandle::setCancelHandler(void (*handler)()) {
     cancelHandler = handler;
 }
 
+void KazProgressHandle::setCancelHandler(void (*handler)(void* data), void* data) {
+    removeDataHandler(id);
+    cancelHandler = nullptr;
+    if (handler == nullptr)
+        return;
+    dataHandlers().push_back({id, handler, data});
+    cancelHandler = dataHandlerMark;
+}
+
 void KazProgressHandle::checkCancel() {
     if (!cancelPending())
         return;
     // Taken off first: a handler that reports progress itself is not called again.
     if (const auto handler = std::exchange(cancelHandler, nullptr)) {
         try {
-            handler();
+            runHandler(handler, id);
         } catch (...) {
             cancelHandler = handler; // the tool goes on, and is asked to stop again
             throw;

@@ -40,6 +40,7 @@ public:
 
     /// Shows a message beside the progress; @p level is the director's to weigh.
     void msg(int level, const char* format, ...) KAZ_PRINTF(3, 4);
+    /// What msg() calls with its arguments.
     virtual void vMsg(int level, const char* format, va_list args) KAZ_PRINTF(3, 0);
 
     /// Opens and closes a step that takes @p share percent of this progress, in
@@ -60,6 +61,10 @@ public:
     /// Null turns the checks for cancellation off. A handler that may throw must
     /// not destroy this handle.
     void setCancelHandler(void (*handler)());
+    /// The same for a handler that is called with @p data, which stays the caller's. It
+    /// belongs to the progress: copies of this handle share it, and it goes with the first
+    /// of them.
+    void setCancelHandler(void (*handler)(void* data), void* data);
 
     /// When the user wants to stop: runs the cancel handler, if there is one,
     /// and ends the process with status 9. Otherwise nothing. The handler runs

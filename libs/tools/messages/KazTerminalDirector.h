@@ -41,6 +41,7 @@
 /// an interrupt to be a cancellation makes a KazInterruptWatch.
 class KAZ_API KazTerminalDirector : public KazIODirector {
 public:
+    /// How progress is shown.
     enum Style : int {
         Automatic, ///< what the user has set, else Bar
         Bar,       ///< one live line; Dots where there is no terminal that can show it
@@ -49,6 +50,7 @@ public:
         Silent     ///< no progress is shown; messages and questions are
     };
 
+    /// Not installed yet. Automatic leaves the choice to the user.
     explicit KazTerminalDirector(Style style = Automatic);
     ~KazTerminalDirector() override;
 
@@ -57,6 +59,7 @@ public:
     Style getStyle() const;
 
 protected:
+    /// What the console does, with the live line out of its way.
     int doTtyStart(const char* command) override;
     void doTtyEnd(int ttyId) override;
     void doPrintMsg(const char* format, va_list args) override KAZ_PRINTF(2, 0);

@@ -17,7 +17,9 @@ struct _gu_set_struct_;
 
 /// Announces the start of @p command; the result names it in the other calls.
 KAZ_API int tty_start(const char* command);
+/// Says that the command has ended.
 KAZ_API void tty_end(int ttyId);
+/// Shows a piece of the command's output.
 KAZ_API void tty_msg(int ttyId, const char* format, ...) KAZ_PRINTF(2, 3);
 KAZ_API void vtty_msg(int ttyId, const char* format, va_list args) KAZ_PRINTF(2, 0);
 /// @}
@@ -27,6 +29,9 @@ KAZ_API void vtty_msg(int ttyId, const char* format, va_list args) KAZ_PRINTF(2,
 /// `KazIODirector::printMsg`, `printError`, `fatalError` and `ttyMsg`, under a
 /// second name: their addresses compare equal.
 /// @{
+
+/// Shows a message, on the console as a line of standard output. (print_err, which shows an
+/// error, is declared in tools/app/exceptions/report.h.)
 KAZ_API void print_msg(const char* format, ...) KAZ_PRINTF(1, 2);
 KAZ_API void vprint_msg(const char* format, va_list args) KAZ_PRINTF(1, 0);
 

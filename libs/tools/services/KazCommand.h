@@ -69,8 +69,8 @@ public:
     int getStatus() const { return status; }
     /// That ended it, else 0; also 0 when it was stopped at its limit.
     int getSignal() const { return signal; }
-    int getError() const { return error; } ///< why it was not started, an errno value, else 0
-    bool isTimedOut() const { return timedOut; }
+    int getError() const { return error; }       ///< why it was not started, an errno value, else 0
+    bool isTimedOut() const { return timedOut; } ///< whether it was stopped because its time was up
     const KazString& getOutput() const { return output; } ///< standard output, byte for byte
     const KazString& getErrors() const { return errors; } ///< standard error
 

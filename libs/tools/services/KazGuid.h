@@ -10,6 +10,7 @@
 /// Identifiers may be made on any thread, and a forked process never repeats its parent's.
 class KAZ_API KazGuid {
 public:
+    /// The ways of writing it.
     enum Style : int {
         Plain,   ///< 01234567-89ab-cdef-0123-456789abcdef
         Braced,  ///< {01234567-89AB-CDEF-0123-456789ABCDEF}, as the registry has it
@@ -36,19 +37,25 @@ public:
     /// Reads any of the styles in either case, and "urn:uuid:" (in either case) with the plain
     /// one. False, with @p guid unchanged, for anything else, blanks around it included.
     static bool parse(const char* text, KazGuid& guid);
+    /// The identifier of these bytes, in the order of the text.
     static KazGuid fromBytes(const unsigned char (&bytes)[16]);
 
+    /// As it is written in @p style.
     KazString getText(Style style = Plain) const;
+    /// The bytes, in the order of the text; good as long as this object.
     const unsigned char (&getBytes() const)[16] { return bytes; }
+    /// Whether all bits are 0.
     bool isNil() const;
     /// 1 to 8 for the variant of RFC 9562; 0 for any other and for none.
     int getVersion() const;
 
     /// -1, 0 or 1 by the bytes: the order of the texts.
     int compare(const KazGuid& other) const;
+    /// By compare().
     bool operator==(const KazGuid& other) const { return compare(other) == 0; }
     bool operator!=(const KazGuid& other) const { return compare(other) != 0; }
     bool operator<(const KazGuid& other) const { return compare(other) < 0; }
+    /// A hash of all bytes, for containers.
     unsigned hash() const;
 
 private:

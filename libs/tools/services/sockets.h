@@ -20,8 +20,10 @@
 
 /// An open socket, or kaz_no_socket. Whoever gets one closes it.
 typedef std::intptr_t kaz_socket;
+/// Stands for no socket.
 inline constexpr kaz_socket kaz_no_socket = -1;
 
+/// How a call ended.
 enum kaz_socket_status_enum {
     kaz_socket_ok = 0,
     kaz_socket_closed = -1,       ///< the peer has closed the connection or broken it off

@@ -22,6 +22,7 @@
 #include "tools/containers/KazStringColl.h"
 #include "tools/export.h"
 
+/// An editor that is known by name. Static data.
 struct kaz_source_preset {
     const char* name;    ///< in lower case
     const char* command; ///< a template

@@ -37,6 +37,7 @@
 /// made the file.
 class KAZ_API KazProductInfo {
 public:
+    /// What is known of the file.
     enum State : int {
         Empty,         ///< nothing was read
         Missing,       ///< there is no such file
@@ -46,12 +47,14 @@ public:
         WrongChecksum, ///< well-formed, but its bytes are not what they were
         Good
     };
+    /// A file of the installation.
     struct Part {
-        KazString path;         ///< below the root, with "/"
-        KazString version;      ///< "" for none
-        std::uint64_t size = 0; ///< bytes
-        std::uint32_t checksum = 0;
+        KazString path;             ///< below the root, with "/"
+        KazString version;          ///< "" for none
+        std::uint64_t size = 0;     ///< bytes
+        std::uint32_t checksum = 0; ///< CRC-32 of its bytes
     };
+    /// How a part on the disk compares with what is said of it.
     enum PartState : int {
         PartGood,
         PartMissing,
@@ -76,6 +79,7 @@ public:
     State read(const char* path);
     /// The same for the bytes of a file. A negative length is up to the first NUL.
     State parse(const char* text, int length = -1);
+    /// How the last reading ended.
     State getState() const { return state; }
     /// Of a malformed text: the number of the first line that is wrong, from 1; the number of lines
     /// plus 1 when something is missing. Else 0.
@@ -85,12 +89,14 @@ public:
     /// The path that was read; "" after parse().
     const KazString& getPath() const { return path; }
 
+    /// What the file says; "" when it says nothing. Good until the contents change.
     const KazString& getName() const { return name; }
     const KazString& getVersion() const { return version; }
     int getBuild() const { return build; }            ///< 0 when there is none
     const KazString& getDate() const { return date; } ///< "2026-11-21", or ""
     /// The value of any other key; "" when it is not there.
     KazString getValue(const char* key) const;
+    /// How many parts there are.
     int getPartCount() const { return static_cast<int>(parts.size()); }
     const Part& getPart(int index) const; ///< an empty one out of range
     /// The index of a part by its path ("/" or `\`), or -1.
@@ -100,6 +106,9 @@ public:
     /// Setters give false, with nothing changed, for what a file cannot hold. Control characters
     /// are not allowed anywhere. The state becomes Empty.
     /// @{
+
+    /// A name and a version have to be there for a file; a build is 0 to 999999999, 0 for none,
+    /// and a day as "2026-11-21", "" for none.
     bool setName(const char* name);
     bool setVersion(const char* version);
     bool setBuild(int build);
@@ -108,6 +117,7 @@ public:
     /// Adds the file @p path below @p root, or measures it anew. False when it cannot be read
     /// (errno says why) or its path is not allowed.
     bool addPart(const char* root, const char* path, const char* version = "");
+    /// Removes the part; false when there is none of this path.
     bool removePart(const char* path);
     /// The file's text, with LF at the ends of lines: comment, name, version, build (unless 0),
     /// date, other keys and parts in the order of their bytes, checksum. "" without name or

@@ -15,6 +15,7 @@ public:
     /// Null sets count as "".
     KazQuotedStringTokenizer(const KazString& text, const char* delimiters, const char* quotes,
                              char escape);
+    /// Goes on by itself from where @p o stands.
     KazQuotedStringTokenizer(const KazQuotedStringTokenizer& o);
     KazQuotedStringTokenizer& operator=(const KazQuotedStringTokenizer& o);
     ~KazQuotedStringTokenizer() override;
@@ -23,5 +24,5 @@ public:
 
 protected:
     char* quotes; ///< owned
-    char escape;
+    char escape;  ///< NUL for none
 };

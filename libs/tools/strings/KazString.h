@@ -47,7 +47,7 @@
 ///   capacity by a quarter, so that appending takes constant time a character.
 class KAZ_API KazString {
 public:
-    using StringRep = KazStringRep;
+    using StringRep = KazStringRep; ///< the header of a block
 
     /// The default set of the trimming members: blank, tab, line feed,
     /// carriage return.
@@ -68,8 +68,11 @@ public:
     /// conversion in the current locale; surrogate pairs count as one
     /// character. Null when @p ws is null or empty or cannot be converted.
     KazString(const unsigned short* ws);
+    /// Shares @p o's block.
     KazString(const KazString& o) noexcept : rep_(o.rep_) { StringRep::retain(rep_); }
+    /// Takes @p o's block over and leaves @p o null.
     KazString(KazString&& o) noexcept : rep_(o.rep_) { o.rep_ = nullptr; }
+    /// Lets the block go.
     ~KazString() { StringRep::release(rep_); }
 
     /// Destroys a string made with `new`; null is ignored. A release callback.
@@ -82,7 +85,9 @@ public:
         rep_ = o.rep_;
         return *this;
     }
+    /// Takes @p o's block over, by which this string's own is let go.
     KazString& operator=(KazString&& o) noexcept;
+    /// A copy of @p s; null or "" makes the string null.
     KazString& operator=(const char* s);
     /// @}
 
@@ -93,8 +98,11 @@ public:
     operator bool() const { return getLength() != 0; }
     /// The text; "" for the null string, never a null pointer.
     const char* getValue() const { return rep_ != nullptr ? chars() : theEmptyText; }
+    /// The same, where a text is asked for. An argument of "..." needs getValue().
     operator const char*() const { return getValue(); }
+    /// The number of characters, inner NULs included.
     int getLength() const { return rep_ != nullptr ? StringRep::of(rep_)->stringLength : 0; }
+    /// Whether the length is 0.
     bool isEmpty() const { return getLength() == 0; }
 
     /// The character at @p i. Outside 0 .. length - 1: internal error 5; when
@@ -119,6 +127,7 @@ public:
     /// and every sorted container inherit this.
     /// @{
 
+    /// Order of the bytes: -1, 0 or 1, with the signs of an empty side that are told above.
     inline int compare(const char* s) const;
     inline int compare(const KazString& o) const;
     /// As compare over at most @p n characters, with the sign of the runtime's
@@ -126,6 +135,7 @@ public:
     /// @p n is looked at.
     int compareN(const char* s, int n) const;
     int compareN(const KazString& o, int n) const;
+    /// Whether compareN() gives 0.
     bool equalsN(const char* s, int n) const;
     bool equalsN(const KazString& o, int n) const;
 
@@ -154,10 +164,12 @@ public:
     static int compareLocale(const char* a, const char* b);
     static int compareLocale(const KazString& a, const KazString& b);
 
+    /// equals() or not.
     bool operator==(const char* s) const { return equals(s); }
     bool operator==(const KazString& o) const { return equals(o); }
     bool operator!=(const char* s) const { return !equals(s); }
     bool operator!=(const KazString& o) const { return !equals(o); }
+    /// The order of compare(), with its signs of an empty side.
     bool operator<(const char* s) const { return compare(s) < 0; }
     bool operator<(const KazString& o) const { return compare(o) < 0; }
     bool operator>(const char* s) const { return compare(s) > 0; }
@@ -169,6 +181,7 @@ public:
 
     // A text on the left would otherwise convert the string to const char* and
     // compare addresses.
+    /// The same with the text on the left.
     friend bool operator==(const char* a, const KazString& b) { return b.equals(a); }
     friend bool operator!=(const char* a, const KazString& b) { return !b.equals(a); }
     friend bool operator<(const char* a, const KazString& b) { return b.compare(a) > 0; }
@@ -182,10 +195,13 @@ public:
     /// texts; the hashes of a text without inner NUL agree in all forms.
     /// @{
 
+    /// The order of compare(): of two texts, of two representations, of two strings, and of
+    /// what two pointers to strings (not null) point to.
     static int compare(const char* a, const char* b);
     static int compareDisguised(const void* a, const void* b);
     static int compare(const KazString& a, const KazString& b) { return a.compare(b); }
     static int compareStrings(const KazString* a, const KazString* b) { return a->compare(*b); }
+    /// The order of compareNoCase(), likewise.
     static int compareNoCase(const char* a, const char* b);
     static int compareNoCaseDisguised(const void* a, const void* b);
     static int compareNoCase(const KazString& a, const KazString& b) { return a.compareNoCase(b); }
@@ -251,12 +267,14 @@ public:
     /// @name Appending and formatting
     /// @{
 
+    /// Adds a character (also NUL) or a text at the end.
     inline void append(char c);
     void append(const char* s);
     /// A null string shares @p o's block.
     void append(const KazString& o);
     /// Appends @p n in decimal.
     void appendNumber(int n);
+    /// append().
     KazString& operator+=(char c) {
         append(c);
         return *this;
@@ -269,11 +287,13 @@ public:
         append(o);
         return *this;
     }
+    /// A new string of this one and what follows.
     KazString operator+(char c) const;
     KazString operator+(const char* s) const;
     KazString operator+(const KazString& o) const;
     // Without these, a text on the left or in a buffer that may be written to
     // would also match the built-in sum of a pointer and the string's bool.
+    /// The same with the text on the left, or in a buffer that may be written to.
     friend KazString operator+(const char* a, const KazString& b) { return KazString(a) + b; }
     friend KazString operator+(char* a, const KazString& b) { return KazString(a) + b; }
     KazString operator+(char* s) const { return *this + static_cast<const char*>(s); }
@@ -294,6 +314,7 @@ public:
     /// empty text or with an empty set finds nothing.
     /// @{
 
+    /// Where the first occurrence begins; -1 when there is none.
     int find(char c, int start = 0) const;
     int find(const char* s, int start = 0) const;
     int find(const KazString& s, int start = 0) const;
@@ -348,6 +369,7 @@ public:
     /// Whatever leaves no text makes the string null.
     /// @{
 
+    /// Puts a text in front of this one.
     void prepend(const char* s);
     /// A null string shares @p s's block.
     void prepend(const KazString& s);
@@ -427,6 +449,7 @@ public:
     /// Up to @p n characters from @p start on; empty when @p start is outside
     /// the text or @p n below 1.
     KazString subString(int start, int n) const;
+    /// What is before index @p n, and what is from @p start on.
     KazString subStringBefore(int n) const;
     KazString subStringFrom(int start) const;
     /// Cuts the string at the first @p c: keeps what is before it and returns
@@ -475,6 +498,8 @@ protected:
     /// length + @p extra characters. A shared text is cut to that length when
     /// @p extra is negative.
     void privateCopy(int extra);
+    /// Shares @p o's block, in place of none; lets the block go, after which the string is
+    /// null.
     void addReference(const KazString& o) noexcept;
     void removeReference() noexcept;
 

@@ -23,6 +23,7 @@ class KAZ_API KazStringTokenizer {
 public:
     /// Null @p delimiters count as "": the whole text is one token.
     KazStringTokenizer(const KazString& text, const char* delimiters);
+    /// Goes on by itself from where @p o stands.
     KazStringTokenizer(const KazStringTokenizer& o);
     KazStringTokenizer& operator=(const KazStringTokenizer& o);
     virtual ~KazStringTokenizer();
@@ -42,7 +43,7 @@ protected:
     /// Where the next token starts.
     int tokenStart() const { return position > 0 ? position + 1 : position; }
 
-    KazString text;
+    KazString text;   ///< what is left to read of it begins at position
     char* delimiters; ///< owned
     /// Where the next token starts, or the delimiter that ended the previous
     /// one; -1 when finished.

@@ -12,6 +12,7 @@ public:
     /// Null sets count as "".
     KazWQuotedStringTokenizer(const KazWString& text, const unsigned short* delimiters,
                               const unsigned short* quotes, unsigned short escape);
+    /// Goes on by itself from where @p o stands.
     KazWQuotedStringTokenizer(const KazWQuotedStringTokenizer& o);
     KazWQuotedStringTokenizer& operator=(const KazWQuotedStringTokenizer& o);
     ~KazWQuotedStringTokenizer() override;
@@ -20,5 +21,5 @@ public:
 
 protected:
     unsigned short* quotes; ///< owned
-    unsigned short escape;
+    unsigned short escape;  ///< NUL for none
 };

@@ -31,19 +31,21 @@
 /// locale collation.
 class KAZ_API KazWString {
 public:
-    using StringRep = KazStringRep;
+    using StringRep = KazStringRep; ///< the header of a block, the same as the narrow class's
 
     /// The other types of character whose texts are 16-bit text.
     template <class Unit>
     static constexpr bool isUnit = std::is_same_v<Unit, char16_t> ||
                                    (std::is_same_v<Unit, wchar_t> && sizeof(wchar_t) == 2);
 
+    /// As KazString's, in 16-bit characters.
     static const unsigned short* const theDefaultWhitespaces;
     static const KazWString theEmptyString;
 
     /// @name Construction and assignment
     /// @{
 
+    /// Empty (null).
     constexpr KazWString() noexcept = default;
     KazWString(const unsigned short* s);
     KazWString(unsigned short c);
@@ -62,6 +64,7 @@ public:
     explicit KazWString(const KazString& s);
     KazWString(const KazWString& o) noexcept : rep_(o.rep_) { StringRep::retain(rep_); }
     KazWString(KazWString&& o) noexcept : rep_(o.rep_) { o.rep_ = nullptr; }
+    /// Lets the block go.
     ~KazWString() { StringRep::release(rep_); }
 
     static void deleteString(KazWString* p);
@@ -79,9 +82,13 @@ public:
     /// @name Access
     /// @{
 
+    /// Whether there is text: the block is not null and its length is not 0.
     operator bool() const { return getLength() != 0; }
+
     const unsigned short* getValue() const { return rep_ != nullptr ? chars() : theEmptyText; }
+    /// The same, where a text is asked for.
     operator const unsigned short*() const { return getValue(); }
+
     int getLength() const { return rep_ != nullptr ? StringRep::of(rep_)->stringLength : 0; }
     bool isEmpty() const { return getLength() == 0; }
     unsigned short operator[](int i) const;
@@ -155,8 +162,8 @@ public:
     friend bool operator>=(const unsigned short* a, const KazWString& b) {
         return b.compare(a) <= 0;
     }
-    // Text of another type is text, not a string: it has the signs of an empty side
-    // that texts have.
+    /// Text of another type is text, not a string: it has the signs of an empty side that
+    /// texts have.
     friend bool operator<(const KazWString& a, const char16_t* b) {
         return a < units(b).getValue();
     }
@@ -251,12 +258,13 @@ public:
         return KazWString(a) + b;
     }
     friend KazWString operator+(char* a, const KazWString& b) { return KazWString(a) + b; }
+    /// The same with text of the other 16-bit type.
     KazWString operator+(const char16_t* s) const { return *this + units(s); }
     friend KazWString operator+(const char16_t* a, const KazWString& b) { return units(a) + b; }
     KazWString operator+(char16_t* s) const { return *this + units(s); }
     friend KazWString operator+(char16_t* a, const KazWString& b) { return units(a) + b; }
-    // A single character, which would also match a built-in sum. A narrow one is
-    // converted as text is; one that is no character by itself adds nothing.
+    /// With a single character, which would also match a built-in sum. A narrow one is
+    /// converted as text is; one that is no character by itself adds nothing.
     KazWString operator+(char16_t c) const { return *this + static_cast<unsigned short>(c); }
     KazWString operator+(char c) const;
     friend KazWString operator+(unsigned short a, const KazWString& b) { return KazWString(a) + b; }

@@ -13,6 +13,7 @@ class KAZ_API KazWStringTokenizer {
 public:
     /// Null @p delimiters count as "": the whole text is one token.
     KazWStringTokenizer(const KazWString& text, const unsigned short* delimiters);
+    /// Goes on by itself from where @p o stands.
     KazWStringTokenizer(const KazWStringTokenizer& o);
     KazWStringTokenizer& operator=(const KazWStringTokenizer& o);
     virtual ~KazWStringTokenizer();
@@ -32,7 +33,7 @@ protected:
     /// Where the next token starts.
     int tokenStart() const { return position > 0 ? position + 1 : position; }
 
-    KazWString text;
+    KazWString text;            ///< what is left to read of it begins at position
     unsigned short* delimiters; ///< owned
     /// Where the next token starts, or the delimiter that ended the previous
     /// one; -1 when finished.

@@ -16,6 +16,7 @@ struct _bvs_ {
     std::int32_t size;   ///< the highest index: there are size + 1 bits
     std::uint32_t* bits; ///< (size + 32) / 32 words, from malloc
 };
+/// The name that most callers use.
 typedef _bvs_ bitvec;
 
 /// A vector with the bits 0..@p n, all clear; a negative @p n counts as 0.
@@ -28,12 +29,14 @@ KAZ_API void bitvec_delete(_bvs_* bv);
 /// A vector of the same size and bits; null for null or without memory.
 KAZ_API _bvs_* bitvec_copy(const _bvs_* bv);
 
+/// Sets bit @p i, or clears it.
 KAZ_API void bitvec_set(_bvs_* bv, int i);
 KAZ_API void bitvec_unset(_bvs_* bv, int i);
 
 /// Sets bit @p i when @p val is non-zero, clears it otherwise.
 KAZ_API void bitvec_put_val(_bvs_* bv, int i, int val);
 
+/// Whether bit @p i is set.
 KAZ_API bool bitvec_is_set(const _bvs_* bv, int i);
 
 /// Clears every bit.

@@ -11,7 +11,7 @@
 #pragma once
 
 #ifndef _GNU_SOURCE
-#define _GNU_SOURCE 1
+#define _GNU_SOURCE 1 ///< the functions are extensions of the C library
 #endif
 
 #include <regex.h>

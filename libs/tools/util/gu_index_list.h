@@ -23,6 +23,8 @@ struct gu_index_list;
 
 /// @name Making and releasing
 /// @{
+
+/// A new empty list; never null. `gu_index_list_destroy` it.
 KAZ_API gu_index_list* gu_index_list_create();
 
 /// Null is ignored.
@@ -57,8 +59,10 @@ KAZ_API bool gu_index_list_remove(gu_index_list* list, int index);
 /// Removes @p first to @p last, both included; nothing when @p last is below.
 KAZ_API void gu_index_list_remove_range(gu_index_list* list, int first, int last);
 
+/// Removes all members.
 KAZ_API void gu_index_list_clear(gu_index_list* list);
 
+/// Whether @p index is a member; in time logarithmic in the number of ranges.
 KAZ_API bool gu_index_list_contains(const gu_index_list* list, int index);
 
 /// Number of members, summed up over the ranges. All integers are 2^32.
@@ -75,6 +79,8 @@ KAZ_API bool gu_index_list_find_range(const gu_index_list* list, int from, int* 
 /// @name Two lists
 /// Both arguments may be the same list; results are new lists.
 /// @{
+
+/// What is in either, in both, or in @p a and not in @p b; `gu_index_list_destroy` it.
 KAZ_API gu_index_list* gu_index_list_union(const gu_index_list* a, const gu_index_list* b);
 KAZ_API gu_index_list* gu_index_list_intersection(const gu_index_list* a, const gu_index_list* b);
 KAZ_API gu_index_list* gu_index_list_difference(const gu_index_list* a, const gu_index_list* b);
@@ -84,6 +90,7 @@ KAZ_API void gu_index_list_add_all(gu_index_list* list, const gu_index_list* oth
 
 /// Whether all members of @p part are in @p whole.
 KAZ_API bool gu_index_list_subset(const gu_index_list* part, const gu_index_list* whole);
+/// Whether both have the same members.
 KAZ_API bool gu_index_list_equal(const gu_index_list* a, const gu_index_list* b);
 /// @}
 
@@ -94,9 +101,9 @@ KAZ_API bool gu_index_list_equal(const gu_index_list* a, const gu_index_list* b)
 
 /// Passed by value; refers to the list and owns nothing.
 struct gu_index_list_iterator {
-    const gu_index_list* list;
-    int index; ///< the current member
-    bool done;
+    const gu_index_list* list; ///< not owned
+    int index;                 ///< the current member
+    bool done;                 ///< whether there is no current member
 };
 
 /// At the smallest member, or finished at once.
@@ -105,5 +112,6 @@ KAZ_API gu_index_list_iterator gu_index_list_init(const gu_index_list* list);
 /// To the next member; nothing when already finished.
 KAZ_API void gu_index_list_next(gu_index_list_iterator* iterator);
 
+/// Whether iteration is over.
 KAZ_API bool gu_index_list_done(gu_index_list_iterator iterator);
 /// @}

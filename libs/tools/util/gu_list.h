@@ -25,10 +25,13 @@
 struct gu_list;
 struct gu_list_node;
 
+/// Disposes of an element that the list drops.
 typedef void (*gu_list_release)(void* element);
+/// Gives what a copied list holds in the place of @p element.
 typedef void* (*gu_list_copy_element)(void* element);
 /// Below 0, 0 or above 0 as @p a comes before, with or after @p b.
 typedef int (*gu_list_compare)(const void* a, const void* b);
+/// Called with each element and the caller's @p data.
 typedef void (*gu_list_action)(void* element, void* data);
 
 /// @name Making and releasing
@@ -52,6 +55,8 @@ KAZ_API gu_list* gu_list_copy(const gu_list* list, gu_list_copy_element copy);
 
 /// @name Adding: the new node, or null for a null list
 /// @{
+
+/// Behind all others, or in front of them.
 KAZ_API gu_list_node* gu_list_append(gu_list* list, void* element);
 KAZ_API gu_list_node* gu_list_prepend(gu_list* list, void* element);
 
@@ -86,6 +91,8 @@ KAZ_API void* gu_list_take_last(gu_list* list);
 
 /// @name Walking and looking
 /// @{
+
+/// The node at that end; null for an empty list.
 KAZ_API gu_list_node* gu_list_first(const gu_list* list);
 KAZ_API gu_list_node* gu_list_last(const gu_list* list);
 
@@ -124,6 +131,7 @@ KAZ_API void gu_list_foreach(const gu_list* list, gu_list_action action, void* d
 /// empty then. Nothing happens when either is null or both are the same.
 KAZ_API void gu_list_concat(gu_list* list, gu_list* other);
 
+/// Turns the order round.
 KAZ_API void gu_list_reverse(gu_list* list);
 
 /// Sorts in n log n steps; elements that compare as 0 keep their order.

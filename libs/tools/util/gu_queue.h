@@ -14,8 +14,11 @@
 
 struct gu_queue;
 
+/// Disposes of an element that the queue drops.
 typedef void (*gu_queue_release)(void* element);
+/// Gives what a copied queue holds in the place of @p element.
 typedef void* (*gu_queue_copy_element)(void* element);
+/// Called with each element and the caller's @p data.
 typedef void (*gu_queue_action)(void* element, void* data);
 
 /// A new empty queue; null for @p release leaves the elements to the caller.
@@ -46,6 +49,7 @@ KAZ_API void* gu_queue_last(const gu_queue* queue);
 /// The element with @p index others in front of it; null outside the queue.
 KAZ_API void* gu_queue_at(const gu_queue* queue, int index);
 
+/// How many elements are waiting.
 KAZ_API int gu_queue_size(const gu_queue* queue);
 
 /// Whether @p element, the same pointer, is waiting.

@@ -23,6 +23,7 @@
 #include "tools/export.h"
 
 struct _gu_set_struct_;
+/// The name that callers use.
 typedef _gu_set_struct_ gu_set;
 
 /// Called with each element and the caller's @p data.
@@ -51,7 +52,9 @@ KAZ_API bool gu_set_add(gu_set* set, void* element);
 /// True when @p element was in the set and has been removed.
 KAZ_API bool gu_set_remove(gu_set* set, void* element);
 
+/// Whether @p element is in the set.
 KAZ_API bool gu_set_contains(const gu_set* set, void* element);
+/// The number of elements.
 KAZ_API int gu_set_size(const gu_set* set);
 
 /// Removes all elements.
@@ -103,8 +106,8 @@ KAZ_API bool gu_set_disjoint(const gu_set* a, const gu_set* b);
 
 /// Passed by value; refers to the set and owns nothing.
 struct gu_set_iterator {
-    const gu_set* set;
-    int position; ///< of the current element; -1 when iteration is over
+    const gu_set* set; ///< not owned
+    int position;      ///< of the current element; -1 when iteration is over
 };
 
 /// At the first element, or finished at once.
@@ -113,6 +116,7 @@ KAZ_API gu_set_iterator gu_set_init(const gu_set* set);
 /// To the next element; nothing when already finished.
 KAZ_API void gu_set_next(gu_set_iterator* iterator);
 
+/// Whether iteration is over.
 KAZ_API bool gu_set_done(gu_set_iterator iterator);
 
 /// The current element; null when finished, or when the element was removed

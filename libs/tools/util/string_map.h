@@ -22,31 +22,34 @@
 /// Gives the bucket, 0..bucketCount-1, of a key; a result outside that range
 /// falls back to the map's own rule. A map without case passes the key lowered.
 typedef unsigned int (*string_map_hash)(const char* key, int bucketCount);
+/// Disposes of a value that the map drops.
 typedef void (*string_map_release)(void* value);
 
+/// One definition; in a chain of its bucket. Made and freed by the map.
 struct string_map_entry {
-    char* key; ///< the map's own copy
-    void* value;
+    char* key;              ///< the map's own copy
+    void* value;            ///< the caller's, or the map's when there is a release function
     string_map_entry* next; ///< in the same bucket, defined earlier
 };
 
+/// The map. Its fields are for reading.
 struct string_map_tp {
     /// The chains. Behind the scenes there are as many, less one, below index
     /// 0: a key whose bytes sum up to a negative number has its chain there.
     string_map_entry** buckets;
-    int count; ///< always 0: `string_map_size` counts
-    int bucketCount;
+    int count;                  ///< always 0: `string_map_size` counts
+    int bucketCount;            ///< for good
     string_map_hash hash;       ///< or null
     string_map_release release; ///< called on a value that the map drops; or null
-    bool caseSensitive;
+    bool caseSensitive;         ///< whether keys that differ in case are different
 };
 
 /// Passed by value; refers to the map and owns nothing. Good until the current
 /// entry is undefined; entries defined meanwhile may be met or not.
 struct string_map_iterator {
-    string_map_tp* map;
+    string_map_tp* map;      ///< not owned
     string_map_entry* entry; ///< null when iteration is over
-    int bucket;
+    int bucket;              ///< of the current entry
 };
 
 /// A new empty map with @p size buckets, 127 for a size of 0 or less. Null
@@ -82,6 +85,7 @@ KAZ_API string_map_iterator string_map_init(string_map_tp* map);
 /// To the next entry; nothing when already finished.
 KAZ_API void string_map_next(string_map_iterator* iterator);
 
+/// Whether iteration is over.
 KAZ_API bool string_map_done(string_map_iterator iterator);
 
 /// The current key, the map's own, or null when finished.

@@ -105,6 +105,7 @@ KAZ_API word_status_enum next_word(const char** position, char** word);
 /// unchanged. A text cannot exceed INT_MAX - 1 bytes: KazMemoryException.
 /// @{
 
+/// A growing text. Its fields are for reading.
 struct dd_buffer {
     char* text;   ///< @c length bytes and a zero, or null while nothing was stored
     int length;   ///< bytes in use, the terminator not counted
@@ -123,6 +124,7 @@ KAZ_API dd_buffer* dd_copy(const dd_buffer* buffer);
 /// Room for @p capacity bytes in all, without changing the text.
 KAZ_API void dd_reserve(dd_buffer* buffer, int capacity);
 
+/// Appends a character (a zero as well), or a text.
 KAZ_API void dd_add_char(dd_buffer* buffer, char c);
 KAZ_API void dd_add_text(dd_buffer* buffer, const char* text);
 
@@ -153,6 +155,7 @@ KAZ_API void dd_clear(dd_buffer* buffer);
 /// The text, good until the buffer changes. Never null.
 KAZ_API const char* dd_text(const dd_buffer* buffer);
 
+/// The bytes in use.
 KAZ_API int dd_length(const dd_buffer* buffer);
 
 /// The byte at @p position; '\0' outside the text.

@@ -28,6 +28,7 @@
 
 #include <cstddef>
 
+/// A node, and with it the subtree that hangs from it.
 struct generic_tree {
     void* value;         ///< the caller's; looked into by comparators only
     generic_tree* left;  ///< values for which the comparator is negative
@@ -35,8 +36,12 @@ struct generic_tree {
     int weight;          ///< nodes of the subtree that starts here, this one included
 };
 
+/// Order of two values: negative when @p stored comes before @p probe, 0 when they count as
+/// equal, positive when it comes after.
 typedef int (*tree_comparator)(const void* stored, const void* probe);
+/// Disposes of a value that leaves a tree.
 typedef void (*tree_release)(void* value);
+/// Gives a duplicate of @p value.
 typedef void* (*tree_value_copy)(void* value);
 
 /// A node of weight 1 without children. Never null: memory exhaustion ends in

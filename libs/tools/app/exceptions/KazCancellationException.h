@@ -15,4 +15,5 @@ public:
 
     /// "Cancelled".
     const char* getErrorMessage() override;
+    using KazException::getErrorMessage;
 };

@@ -20,6 +20,12 @@ public:
     /// The text to show the user: never null, "" when there is nothing to say.
     /// It lives until the exception is changed, destroyed or asked again.
     virtual const char* getErrorMessage();
+    /// The same for an exception caught by reference to const. A class that overrides the
+    /// one above says `using KazException::getErrorMessage;` to have this one, too.
+    const char* getErrorMessage() const {
+        // What is thrown is never a const object, only caught as one.
+        return const_cast<KazException*>(this)->getErrorMessage();
+    }
 
     /// Prints getErrorMessage() as an error through the IO director.
     /// @return false, with nothing printed, when that text is empty.

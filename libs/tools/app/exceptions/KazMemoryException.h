@@ -15,4 +15,5 @@ public:
 
     /// "Out of memory or swap space".
     const char* getErrorMessage() override;
+    using KazException::getErrorMessage;
 };

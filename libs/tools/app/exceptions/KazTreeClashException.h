@@ -15,6 +15,7 @@ public:
     KazTreeClashException& operator=(const KazTreeClashException&) = default;
     ~KazTreeClashException() override;
 
+    /// The item given to the constructor: for KazTree the value that was there already.
     void* getClashData() { return clashData; }
 
 private:
