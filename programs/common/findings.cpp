@@ -7,6 +7,7 @@
 #include "common/known_names.h"
 #include "common/printable.h"
 #include "tools/config/toolinfo.h"
+#include "tools/files/path_text.h"
 #include "tools/files/tifiles.h"
 #include "tools/formats/nearwords.h"
 
@@ -156,11 +157,23 @@ private:
         }
     }
 
+    /// Whoever names the file beside this one finds it nowhere.
+    bool isRelative(const ConfigLine& end) const {
+        const std::vector<const ConfigLine*> links = configuration_.definitionsOf("ToolInfo");
+        return std::any_of(links.begin(), links.end(), [&end](const ConfigLine* link) {
+            return link->file == end.file && link->number == end.number &&
+                   !kazIsExplicitPath(link->value.c_str());
+        });
+    }
+
     void lookAtEnd(const ConfigLine& line) {
+        constexpr const char* below = " (a relative name is meant below the installation root)";
         const std::string name =
             printable(kazHostPath(line.value.c_str()).getValue()); // what was tried
         if (line.kind == KazChainUnreadable)
-            tell(Finding::Error, line, name + " cannot be read: the chain of files ends here",
+            tell(Finding::Error, line,
+                 name + " cannot be read: the chain of files ends here" +
+                     (isRelative(line) ? below : ""),
                  "chain-unreadable");
         else if (line.kind == KazChainCycle)
             tell(Finding::Warning, line,

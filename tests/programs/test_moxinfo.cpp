@@ -184,6 +184,12 @@ TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
     EXPECT_NE(bad.out.find(":6: warning: nothing known reads \"tmp_dri\"; did you mean tmp_dir?"),
               bad.out.npos);
     EXPECT_NE(bad.out.find("none\\x1B cannot be read"), bad.out.npos) << "the name that was tried";
+    EXPECT_EQ(bad.out.find("installation root"), bad.out.npos) << "the home directory was meant";
+    options.env["ToolInfo"] = tree.write("relative", "ToolInfo=none.site\n");
+    EXPECT_NE(run({"--check"})
+                  .out.find("none.site cannot be read: the chain of files ends here (a "
+                            "relative name is meant below the installation root) ["),
+              std::string::npos);
     options.env["ToolInfo"] = tree.write("wide", "\xFF\xFE" + std::string("a\0=\0", 4));
     EXPECT_EQ(digest(run({"--check"}).out, tree.path("wide"))[0], "1 error nul-byte");
 }
