@@ -162,11 +162,11 @@ TEST_F(DirectoryHost, RemovalStaysInsideWhileDirectoriesAreExchanged) {
     tree.mkdir("work/d");
     fs::create_directory_symlink(tree.path("outside"), tree.path("link"));
     const kit::Exchanger exchanger(tree.path("work/d"), tree.path("link"));
-    for (int i = 0; i < 300; ++i) {
+    for (kit::Attempts attempts(300); attempts.next();) {
         tree.mkdir("work/e");
         fs::create_directory_symlink(tree.path("outside"), tree.path("work/e/l"));
         TI_rmtree(tree.native("work").c_str());
-        ASSERT_EQ(tree.read("outside/f"), "untouched") << i;
+        ASSERT_EQ(tree.read("outside/f"), "untouched") << attempts.made();
     }
 }
 

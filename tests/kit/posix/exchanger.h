@@ -3,8 +3,10 @@
 /// An attacker who exchanges names.
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <string>
 #include <sys/wait.h>
@@ -29,6 +31,30 @@ public:
 
 private:
     pid_t child_;
+};
+
+/// How often an attack is tried: @p few times among other tests, a thousand times with
+/// KIT_SWEEP, and as long as KIT_SECONDS says where that is set.
+class Attempts {
+public:
+    explicit Attempts(int few)
+        : most_(std::getenv("KIT_SWEEP") != nullptr ? 1000 : few),
+          seconds_(std::getenv("KIT_SECONDS")) {}
+
+    bool next() {
+        ++made_;
+        if (seconds_ == nullptr)
+            return made_ <= most_;
+        return std::chrono::steady_clock::now() - start_ <
+               std::chrono::seconds(std::atoi(seconds_));
+    }
+    int made() const { return made_; }
+
+private:
+    int most_;
+    int made_ = 0;
+    const char* seconds_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
 } // namespace kit

@@ -26,17 +26,17 @@ protected:
         tree.write("outside/secret", "untouched");
     }
 
-    /// So many runs while two names are exchanged; a thousand where KIT_SWEEP is set.
-    /// Nothing that such a run has copied is removed by the next one.
+    /// Runs while two names are exchanged. Nothing that such a run has copied is removed
+    /// by the next one.
     void copyWhile(const std::string& one, const std::string& other) {
         {
             const kit::Exchanger exchanger(tree.path(one), tree.path(other));
-            for (int i = 0; i < (std::getenv("KIT_SWEEP") != nullptr ? 1000 : 40); ++i) {
+            for (kit::Attempts attempts(40); attempts.next();) {
                 const auto result = copy({"-Force", "-Quiet"});
                 ASSERT_TRUE(result.status == 0 || !result.err.empty());
                 ASSERT_EQ(contents(tree, "outside"),
                           (std::map<std::string, std::string>{{"secret", "untouched"}}))
-                    << i << result.err;
+                    << attempts.made() << result.err;
             }
         }
         EXPECT_FALSE(holdsSecret("copies"));
@@ -101,7 +101,7 @@ TEST_F(MoxCopyAttacked, AnExchangedStagingDirectoryIsStillTheOnlyOneRemoved) {
         tree.write("plant/brewery/f" + std::to_string(i), std::string(100'000, 'x'));
     linkTo("outside", "link");
     tree.mkdir("copies");
-    for (int i = 0; i < 10; ++i) {
+    for (kit::Attempts attempts(10); attempts.next();) {
         std::thread attack([&] {
             for (int tries = 0; tries < 100'000; ++tries)
                 for (const auto& entry : fs::directory_iterator(tree.path("copies")))
