@@ -93,17 +93,17 @@ private:
     }
 
     void copyFile(const KazDirectoryEntry& file) {
+        std::uint64_t size = 0;
         KazCopyRules rules;
+        rules.size = &size;
         rules.inPlace = rules.cutByMask = true;
         rules.goesOn = [] { return !KazInterruptWatch::isStopped(); };
         if (source_.directory().copyFile(file, target_.directory(), rules) != 0) {
             fail(file.name);
             return;
         }
-        KazFileStatus copied;
-        target_.directory().getStatus(file.name, copied);
         ++result_.files;
-        result_.bytes += copied.size;
+        result_.bytes += size;
         if (CopyDirector::isCommenting())
             progress_.msg(1, localText(texts::copied),
                           shown(joined(source_.getPath(), file.name)).getValue());

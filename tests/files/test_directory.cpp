@@ -117,7 +117,10 @@ TEST_F(Directory, LargeCopiesAskWhetherToGoOn) {
     }
     EXPECT_TRUE(asked >= 2 || kit::hasDrives);
     rules.goesOn = [] { return true; };
+    std::uint64_t size = 0;
+    rules.size = &size;
     EXPECT_EQ(top.copyFile({"large", KazFileKind::File, true}, to, rules), 0);
+    EXPECT_EQ(size, text.size());
     EXPECT_TRUE(tree.read("to/large") == text);
 }
 

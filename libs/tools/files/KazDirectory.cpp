@@ -60,7 +60,7 @@ KazFileStatus statusOf(const host::FileStatus& status) {
 }
 
 host::CopyRules rulesOf(const KazCopyRules& rules) {
-    return {rules.mayReplace, rules.inPlace, rules.cutByMask, rules.goesOn};
+    return {rules.mayReplace, rules.inPlace, rules.cutByMask, rules.goesOn, rules.size};
 }
 
 } // namespace

@@ -55,6 +55,8 @@ struct KazCopyRules {
     /// Asked between portions of a large file (32 MiB, some hundredths of a second);
     /// false ends the copy with ECANCELED. Null never ends it.
     bool (*goesOn)() = nullptr;
+    /// Where given, becomes the size of the copy, which saves a look at it.
+    std::uint64_t* size = nullptr;
 };
 
 /// An open directory. Everything is done by the handle, so that a name which is

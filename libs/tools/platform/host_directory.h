@@ -52,6 +52,9 @@ struct CopyRules {
     /// Asked between portions of a large file, each a matter of some hundredths of
     /// a second; false ends the copy with ECANCELED. Null never ends it.
     bool (*goesOn)() = nullptr;
+    /// Becomes the bytes of the target. Of 10,000 small files each look would take a
+    /// twelfth of the time.
+    std::uint64_t* size = nullptr;
 };
 
 /// An open directory. Operations on its entries go through the handle, so they

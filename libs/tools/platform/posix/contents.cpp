@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/posix/contents.h"
 
+#include "tools/platform/host.h"
 #include "tools/platform/posix/descriptor.h"
 
 #include <algorithm>
@@ -51,12 +52,14 @@ public:
         : source_(source), target_(target), goesOn_(goesOn) {}
 
     /// One read and one write where that is all; a size is no promise, though.
-    int copySmall(off_t size) const {
+    /// @p isAsTold: that is what it was.
+    int copySmall(off_t size, bool& isAsTold) const {
         std::array<char, smallSize> buffer;
         const ssize_t got = retry([&] { return ::read(source_, buffer.data(), buffer.size()); });
         if (got < 0 || writeAll(target_, buffer.data(), static_cast<std::size_t>(got)) != 0)
             return -1;
-        return got == size ? 0 : copyByBuffer(everything);
+        isAsTold = got == size;
+        return isAsTold ? 0 : copyByBuffer(everything);
     }
 
     /// The next @p rest bytes, or what there is of them.
@@ -127,12 +130,8 @@ bool hasHoles(const struct stat& info) {
     return info.st_blocks < info.st_size / blockSize;
 }
 
-} // namespace
-
-int copyContents(int source, const struct stat& info, int target, bool (*goesOn)()) {
-    const Transfer transfer(source, target, goesOn);
-    if (info.st_size < static_cast<off_t>(smallSize))
-        return transfer.copySmall(info.st_size);
+/// All of a file that takes more than one read.
+int copyRest(const Transfer& transfer, int source, const struct stat& info, int target) {
     if (::ioctl(target, FICLONE, source) == 0)
         return 0;
     if (!hasHoles(info))
@@ -142,6 +141,32 @@ int copyContents(int source, const struct stat& info, int target, bool (*goesOn)
         return 0;
     const bool isUnknown = errno == EINVAL && ::lseek(target, 0, SEEK_CUR) == 0;
     return isUnknown && ::lseek(source, 0, SEEK_SET) == 0 ? transfer.copyLarge(everything) : -1;
+}
+
+/// The source may have grown or shrunk since it was looked at.
+int tellSize(int target, std::uint64_t* size) {
+    if (size == nullptr)
+        return 0;
+    struct stat info;
+    if (retry([&] { return ::fstat(target, &info); }) != 0)
+        return -1;
+    *size = static_cast<std::uint64_t>(info.st_size);
+    return 0;
+}
+
+} // namespace
+
+int copyContents(int source, const struct stat& info, int target, const CopyRules& rules) {
+    const Transfer transfer(source, target, rules.goesOn);
+    bool isAsTold = false;
+    const bool isSmall = info.st_size < static_cast<off_t>(smallSize);
+    const int result = isSmall ? transfer.copySmall(info.st_size, isAsTold)
+                               : copyRest(transfer, source, info, target);
+    if (result != 0 || !isAsTold)
+        return result != 0 ? -1 : tellSize(target, rules.size);
+    if (rules.size != nullptr)
+        *rules.size = static_cast<std::uint64_t>(info.st_size);
+    return 0;
 }
 
 } // namespace kaz::host

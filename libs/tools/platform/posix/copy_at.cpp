@@ -165,7 +165,7 @@ Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const ch
     Unnamed to(targetDir, target, info.st_mode);
     if (!to.isOpen())
         return Outcome::notThisWay;
-    if (copyContents(source, info, to.get(), rules.goesOn) != 0 ||
+    if (copyContents(source, info, to.get(), rules) != 0 ||
         (!rules.cutByMask && keepPermissions(to.get(), info.st_mode, granted) != 0))
         return Outcome::failed;
     if (to.become(targetDir, target) == 0)
@@ -177,7 +177,7 @@ Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const ch
 int copyBeside(int source, const struct stat& info, int targetDir, const char* target,
                const CopyRules& rules) {
     Beside to(targetDir, target);
-    if (!to.isOpen() || copyContents(source, info, to.get(), rules.goesOn) != 0 ||
+    if (!to.isOpen() || copyContents(source, info, to.get(), rules) != 0 ||
         setPermissions(to.get(), cutByMask(info.st_mode, rules)) != 0)
         return -1;
     if (to.becomeNew(target) == 0)
@@ -198,7 +198,7 @@ int copyInPlace(int source, const struct stat& info, int targetDir, const char* 
     Descriptor to(retry([&] { return ::openat(targetDir, target, flags, info.st_mode & 0777); }));
     if (!to.isOpen())
         return -1;
-    if (copyContents(source, info, to.get(), rules.goesOn) == 0 &&
+    if (copyContents(source, info, to.get(), rules) == 0 &&
         (rules.cutByMask || keepPermissions(to.get(), info.st_mode, granted) == 0) && to.close())
         return 0;
     const int reason = errno;

@@ -259,8 +259,13 @@ int Directory::copyFile(const Entry& entry, const Directory& target, bool mayRep
 
 int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     return onEntry(handle_, entry.name, [&](const std::wstring& from) {
-        return onEntry(target.handle_, entry.name,
-                       [&](const std::wstring& to) { return copyLiteral(from, to, rules); });
+        return onEntry(target.handle_, entry.name, [&](const std::wstring& to) {
+            const int result = copyLiteral(from, to, rules);
+            FileStatus copied;
+            if (result == 0 && rules.size != nullptr && statusOfLiteral(to, false, copied) == 0)
+                *rules.size = copied.size;
+            return result;
+        });
     });
 }
 
