@@ -11,10 +11,15 @@
 #include "tools/files/tistatus.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <linux/fiemap.h>
+#include <linux/fs.h>
 #include <string>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -122,6 +127,64 @@ TEST_F(DirectoryHost, HolesStayHoles) {
         to.removeFile("sparse");
     }
     ::umask(mask);
+}
+
+/// A file system whose files can share blocks, in an image, where one can be mounted.
+class SharingDisk {
+public:
+    explicit SharingDisk(const kit::TempTree& tree) : place_(tree.mkdir("disk")) {
+        const std::string image = tree.write("image", "");
+        if (::truncate(image.c_str(), off_t{400} << 20) == 0)
+            isThere_ =
+                std::system(("PATH=/usr/sbin:$PATH; { mkfs.xfs -q -m reflink=1 " + image +
+                             " && mount -o loop " + image + " " + place_ + "; } >/dev/null 2>&1")
+                                .c_str()) == 0;
+    }
+    ~SharingDisk() {
+        if (isThere_)
+            ::umount2(place_.c_str(), MNT_DETACH);
+    }
+    SharingDisk(const SharingDisk&) = delete;
+    SharingDisk& operator=(const SharingDisk&) = delete;
+
+    bool isThere() const { return isThere_; }
+
+private:
+    std::string place_;
+    bool isThere_ = false;
+};
+
+bool sharesItsFirstBlock(const std::string& path) {
+    alignas(fiemap) char memory[sizeof(fiemap) + sizeof(fiemap_extent)] = {};
+    auto* map = new (memory) fiemap;
+    map->fm_length = FIEMAP_MAX_OFFSET;
+    map->fm_flags = FIEMAP_FLAG_SYNC;
+    map->fm_extent_count = 1;
+    const int file = ::open(path.c_str(), O_RDONLY);
+    EXPECT_EQ(::ioctl(file, FS_IOC_FIEMAP, map), 0);
+    ::close(file);
+    return map->fm_mapped_extents == 1 && (map->fm_extents[0].fe_flags & FIEMAP_EXTENT_SHARED) != 0;
+}
+
+TEST_F(DirectoryHost, BlocksAreSharedWhereTheFileSystemDoesThat) {
+    const SharingDisk disk(tree);
+    if (!disk.isThere())
+        GTEST_SKIP() << "no such file system can be made here";
+    const std::string text(1'000'001, 't');
+    tree.write("disk/large", text);
+    tree.mkdir("disk/to");
+    const KazDirectory from(tree.native("disk").c_str()), to(tree.native("disk/to").c_str());
+    KazCopyRules rules;
+    std::uint64_t size = 0;
+    rules.size = &size;
+    for (const bool inPlace : {false, true}) {
+        rules.inPlace = inPlace;
+        ASSERT_EQ(from.copyFile({"large", KazFileKind::File, true}, to, rules), 0);
+        EXPECT_TRUE(sharesItsFirstBlock(tree.path("disk/to/large")));
+        EXPECT_EQ(tree.read("disk/to/large"), text);
+        EXPECT_EQ(size, text.size());
+        EXPECT_EQ(to.removeFile("large"), 0);
+    }
 }
 
 TEST_F(DirectoryHost, AMovedTreeIsFoundAgainOrLetGo) {
