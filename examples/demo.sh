@@ -48,6 +48,9 @@ LINES
 show cat mistakes
 show moxinfo -toolinfo mistakes --check || printf '(status %d)\n' $?
 
+say "Whether all that the tools need is as it should be"
+show moxtool doctor || printf '(status %d)\n' $?
+
 say "A report of the project, for a browser and for a word processor"
 show moxreport -projdir plant -output plant.html -verbose
 show moxreport -projdir plant -output plant.rtf -orientation landscape -Quiet

@@ -4,5 +4,14 @@
 /// returns the exit status.
 #pragma once
 
+#include <array>
+
+/// The programs of the suite.
+inline constexpr std::array suitePrograms = {"moxcopy", "moxinfo", "moxmsg", "moxreport",
+                                             "moxtool"};
+
 /// Prints the script that makes a shell complete the command lines of programs.
 int completionCommand(int argc, char** argv);
+
+/// Says of everything that the suite needs whether it is as it should be.
+int doctorCommand(int argc, char** argv);

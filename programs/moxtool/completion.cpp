@@ -110,7 +110,7 @@ bool readNames(Names& names) {
         names.emplace_back(name);
     }
     if (names.empty())
-        names = {"moxcopy", "moxinfo", "moxmsg", "moxreport", "moxtool"};
+        names.assign(suitePrograms.begin(), suitePrograms.end());
     return true;
 }
 

@@ -18,7 +18,8 @@ struct Command {
 };
 
 constexpr Command commands[] = {
-    {"completion", "print the script that completes command lines in a shell", completionCommand}};
+    {"completion", "print the script that completes command lines in a shell", completionCommand},
+    {"doctor", "say whether all that the suite needs is as it should be", doctorCommand}};
 
 void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
     if (*option == '\0')
@@ -28,7 +29,7 @@ void offerCommands(const char* option, const char*, KazCommandLine::Offer offer,
 
 constexpr KazCommandLine commandLine({"moxtool", MOX_VERSION,
                                       "Does what belongs to no single tool of the suite.", nullptr,
-                                      0, "completion ...", 1, -1, KazCommandLine::OfTool},
+                                      0, "completion ... | doctor", 1, -1, KazCommandLine::OfTool},
                                      offerCommands);
 
 const Command* find(const char* name) {

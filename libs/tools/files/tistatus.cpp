@@ -3,6 +3,7 @@
 
 #include "tools/files/detail/pattern.h"
 #include "tools/files/detail/text.h"
+#include "tools/platform/host.h"
 
 #include <cerrno>
 #include <string>
@@ -78,6 +79,10 @@ bool TI_isDirectory(const char* path) {
 bool TI_isFile(const char* path) {
     KazFileStatus status;
     return TI_status(path, status) == 0 && status.kind == KazFileKind::File;
+}
+
+int TI_access(const char* path, int mode) {
+    return kaz::host::access(orEmpty(path), mode);
 }
 
 int TI_remove(const char* path) {

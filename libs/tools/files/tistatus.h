@@ -23,6 +23,11 @@ KAZ_API bool TI_exists(const char* path);
 KAZ_API bool TI_isDirectory(const char* path);
 KAZ_API bool TI_isFile(const char* path);
 
+/// May this user use what the path names, links followed? @p mode adds up 4 to read, 2 to
+/// write, 1 to execute or, in a directory, to reach what is in it; 0 asks for nothing more
+/// than that it is there. Nothing is tried: a file system that is full says yes.
+KAZ_API int TI_access(const char* path, int mode);
+
 /// Removes a file, or a link itself. A directory is a failure (EISDIR or EPERM).
 KAZ_API int TI_remove(const char* path);
 /// Removes an empty directory; a link to one is a failure (ENOTDIR).

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: Apache-2.0
+// The doctor: what is wrong is told under its topic, and nothing is changed.
+#include "kit/env.h"
+#include "kit/host.h"
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::vector<std::string> topics = {"library",   "root",     "programs",   "toolinfo",
+                                         "variables", "messages", "temporary",  "home",
+                                         "terminal",  "locale",   "environment"};
+
+/// The lines of a topic, without its name: "ok TEXT".
+using Verdicts = std::map<std::string, std::vector<std::string>>;
+
+class Doctor : public testing::Test {
+protected:
+    Doctor() {
+        options.cwd = tree.path();
+        options.env = {{"TOOLINFO", kit::unset},
+                       {"HOME", tree.mkdir("home")},
+                       {"LC_ALL", "C"},
+                       {"KAZ_TMP_DIR", kit::unset}};
+        configure("printer=porch\ntmp_dir=" + tree.native("copies") + "\n");
+    }
+
+    void configure(const std::string& text) {
+        options.env["ToolInfo"] = tree.write("ToolInfo", text);
+    }
+
+    /// What it says of each topic; its own form is checked each time.
+    Verdicts look() {
+        const std::map<std::string, std::string> before = contents();
+        const kit::Result result = kit::run({"moxtool", "doctor"}, options);
+        EXPECT_EQ(contents(), before);
+        EXPECT_EQ(result.err, "");
+        Verdicts verdicts;
+        std::vector<std::string> order;
+        bool fails = false;
+        std::string out = result.out;
+        std::erase(out, '\r');
+        for (std::size_t begin = 0, end; (end = out.find('\n', begin)) != out.npos;
+             begin = end + 1) {
+            const std::string line = out.substr(begin, end - begin);
+            const std::size_t first = line.find('\t'), second = line.find('\t', first + 1);
+            EXPECT_NE(second, line.npos) << line;
+            EXPECT_EQ(line.find('\t', second + 1), line.npos) << line;
+            const std::string verdict = line.substr(0, first);
+            const std::string topic = line.substr(first + 1, second - first - 1);
+            EXPECT_TRUE(verdict == "ok" || verdict == "warn" || verdict == "fail") << line;
+            fails = fails || verdict == "fail";
+            if (order.empty() || order.back() != topic)
+                order.push_back(topic);
+            verdicts[topic].push_back(verdict + " " + line.substr(second + 1));
+        }
+        EXPECT_EQ(order, topics) << result.out;
+        EXPECT_EQ(result.status, fails ? 1 : 0) << result.out;
+        return verdicts;
+    }
+
+    /// The topics that are not well, with their verdicts.
+    std::string ill() {
+        std::string result;
+        const Verdicts verdicts = look();
+        for (const std::string& topic : topics)
+            for (const std::string& line : verdicts.at(topic))
+                if (!line.starts_with("ok "))
+                    result += topic + ": " + line + "\n";
+        return result;
+    }
+
+    std::map<std::string, std::string> contents() const {
+        std::map<std::string, std::string> result;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(tree.path()))
+            result[entry.path().generic_string()] =
+                entry.is_regular_file()
+                    ? tree.read(fs::relative(entry.path(), tree.path()).generic_string())
+                    : "";
+        return result;
+    }
+
+    kit::TempTree tree;
+    kit::RunOptions options;
+};
+
+TEST_F(Doctor, FindsNothingWhereNothingIsWrong) {
+    EXPECT_EQ(ill(), "");
+    const Verdicts verdicts = look();
+    EXPECT_EQ(verdicts.at("variables").at(0), "ok 2 names are defined");
+    EXPECT_TRUE(verdicts.at("temporary").at(0).ends_with("copies, which is not there yet"));
+    EXPECT_NE(verdicts.at("programs").at(0).find("moxcopy moxinfo moxmsg"), std::string::npos);
+    EXPECT_EQ(verdicts.at("toolinfo").at(0), "ok " + tree.path("ToolInfo"));
+}
+
+TEST_F(Doctor, NamesWhatIsWrongWithTheConfiguration) {
+    options.env["ToolInfo"] = tree.path("nowhere");
+    EXPECT_EQ(ill(), "toolinfo: fail there is no ToolInfo file: ToolInfo names " +
+                         tree.path("nowhere") + "\n");
+
+    configure("tmp_dri=x\nprinter\nToolInfo=" + tree.native("gone") + "\n");
+    std::string text = ill();
+    const std::string file = tree.path("ToolInfo");
+    EXPECT_EQ(text.find("toolinfo: fail " + file + ":3: "), 0U) << text;
+    EXPECT_NE(text.find("\nvariables: warn " + file + ":1: "), text.npos) << text;
+    EXPECT_NE(text.find("\nvariables: warn " + file + ":2: "), text.npos) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3) << text;
+
+    // What a name holds cannot make further lines, nor reach the terminal.
+    configure("a\tb\x1b[31m=1\n");
+    text = ill();
+    EXPECT_EQ(text.find("variables: warn "), 0U) << text;
+    EXPECT_EQ(text.find('\x1b'), text.npos);
+
+    configure("tmp_dir=x\n");
+    options.env["KAZ_TMP_DIR"] = "y";
+    text = ill();
+    EXPECT_EQ(text.find("environment: warn KAZ_TMP_DIR overrides "), 0U) << text;
+    if (!kit::hasDrives) { // where these are two variables
+        options.env["KAZ_TMP_DIR"] = kit::unset;
+        options.env["TOOLINFO"] = "other";
+        EXPECT_EQ(ill(), "environment: warn both ToolInfo and TOOLINFO are set: the second one "
+                         "is not looked at\n");
+    }
+}
+
+TEST_F(Doctor, NamesFilesAndPlacesThatDoNotServe) {
+    tree.write("file", "text");
+    const auto illWith = [&](const std::string& text) {
+        configure(text);
+        return ill();
+    };
+    EXPECT_EQ(illWith("msg_file=" + tree.native("none") + "\n"),
+              "messages: fail " + tree.path("none") +
+                  " cannot be read: No such file or directory\n");
+    EXPECT_EQ(illWith("msg_file=" + tree.native("home") + "\n"),
+              "messages: fail " + tree.path("home") + " cannot be read\n");
+    EXPECT_EQ(illWith("msg_file=" + tree.native("file") + "\n"),
+              "messages: fail " + tree.path("file") + " is no message file\n");
+    kit::run({"moxmsg", "-source", tree.write("texts", "1 x\n"), "-output", tree.path("msg")});
+    EXPECT_EQ(illWith("msg_file=" + tree.native("msg") + "\n"), "");
+    EXPECT_EQ(illWith("tmp_dir=" + tree.native("file/below") + "\n"),
+              "temporary: fail " + tree.path("file/below") + " cannot be written to\n");
+    configure("printer=porch\n");
+    if (!kit::hasDrives) {
+        options.env["HOME"] = tree.path("file");
+        EXPECT_EQ(ill().find("home: warn HOME is " + tree.path("file")), 0U);
+        options.env["HOME"] = tree.path("home");
+        options.env["LC_ALL"] = "xx_YY.UTF-8";
+        EXPECT_EQ(ill(), "locale: warn xx_YY.UTF-8 is not installed here: texts count as ASCII\n");
+    }
+}
+
+TEST_F(Doctor, TellsWhatIsMissingOrDamagedOfAnInstallation) {
+    kit::placeProgram("moxtool", tree.mkdir("suite/bin"));
+    const std::string extension = kit::hasDrives ? ".exe" : "";
+    fs::copy_file(kit::binDirectory() + "/moxmsg" + extension,
+                  tree.path("suite/bin/moxmsg" + extension));
+    const auto illThere = [&] {
+        const kit::Result result = kit::run({tree.path("suite/bin/moxtool"), "doctor"}, options);
+        EXPECT_EQ(result.status, 0) << result.err; // it works on
+        std::string text;
+        for (const char* line : {"warn\tprograms\tmoxcopy is missing", "warn\tprograms\tbin/moxmsg",
+                                 "warn\tlibrary\t"})
+            text += result.out.find(line) != result.out.npos ? "1" : "0";
+        return text;
+    };
+    EXPECT_EQ(illThere(), "100");
+    tree.write("suite/ProductInfo",
+               "name=Mox\nversion=1\npart=00000000 0 - bin/moxmsg" + extension + "\n");
+    EXPECT_EQ(illThere(), "111"); // the library's topic tells of the file without checksum
+}
+
+TEST_F(Doctor, TakesNoArguments) {
+    const kit::Result result = kit::run({"moxtool", "doctor", "now"}, options);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err.find("moxtool doctor: there is no place for the argument now"), 0U);
+    EXPECT_EQ(result.out, "");
+    if (const std::string full = kit::fullDevice(); !full.empty()) {
+        options.stdoutFile = full;
+        EXPECT_EQ(kit::run({"moxtool", "doctor"}, options).status, 1);
+    }
+}
+
+} // namespace
