@@ -7,6 +7,7 @@
 #include "fuzz/check.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 #include <set>
 #include <string>
@@ -15,6 +16,9 @@
 
 namespace reference {
 
+inline bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 inline bool isOneOf(std::string_view name, const std::set<std::string_view>& names) {
     return names.count(name) != 0;
 }

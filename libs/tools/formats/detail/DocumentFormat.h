@@ -156,6 +156,12 @@ protected:
         out().append(piece.getValue(), static_cast<std::size_t>(piece.getLength()));
     }
     void putNumber(std::int64_t number) { appendNumber(out(), number); }
+    /// The whole document, of which @p part is all but @p before and @p behind.
+    static KazString wrapped(Part& part, const KazString& before, std::string_view behind) {
+        part.out.wrap({before.getValue(), static_cast<std::size_t>(before.getLength())}, behind);
+        part.out.commit();
+        return part.text;
+    }
     /// In the format's own spelling.
     void putText(const Text& text);
     void putText(const std::string& text) { putText(Text{text, text_utf8}); }

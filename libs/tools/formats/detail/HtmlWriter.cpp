@@ -251,13 +251,11 @@ void HtmlWriter::putHead(TextBuilder& to) const {
 }
 
 KazString HtmlWriter::document() {
-    KazString result;
-    TextBuilder to(result);
+    KazString head;
+    TextBuilder to(head);
     putHead(to);
-    to.append(body.out.view());
-    to.append("</body>\n</html>\n");
     to.commit();
-    return result;
+    return wrapped(body, head, "</body>\n</html>\n");
 }
 
 } // namespace

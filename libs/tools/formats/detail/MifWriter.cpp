@@ -80,13 +80,11 @@ public:
     void beginTable(const TableShape& given) override;
     void beginRow(int row) override;
     void beginCell() override {
-        put("   <Cell\n    <CellContent\n");
-        beginPara(progress.rows <= shape.headerRows ? "CellHeading" : "CellBody");
+        put(progress.rows <= shape.headerRows
+                ? "<Cell <CellContent <Para <PgfTag `CellHeading'> <ParaLine\n"
+                : "<Cell <CellContent <Para <PgfTag `CellBody'> <ParaLine\n");
     }
-    void endCell() override {
-        endPara();
-        put("    >\n   >\n");
-    }
+    void endCell() override { put(">>>>\n"); }
     void endRow() override { put("  >\n"); }
     void endTable() override;
 
@@ -379,23 +377,27 @@ KazString MifWriter::document() {
         beginPara("Body");
         endPara();
     }
-    KazString result;
-    TextBuilder to(result);
+    KazString head;
+    TextBuilder to(head);
     putPrologue(to);
-    const auto putPart = [&to](std::string_view begin, const TextBuilder& part) {
-        if (part.size() == 0)
-            return;
-        to.append(begin);
-        to.append(part.view());
+    if (pictures.out.size() > 0) {
+        to.append("<AFrames\n");
+        to.append(pictures.out.view());
         to.append(">\n");
-    };
-    putPart("<AFrames\n", pictures.out);
-    putPart("<Tbls\n", tables.out);
-    to.append("<TextFlow\n <TFTag `A'>\n <TFAutoConnect Yes>\n");
-    to.append(body.out.view());
-    to.append(">\n");
+    }
+    constexpr std::string_view flow = "<TextFlow\n <TFTag `A'>\n <TFAutoConnect Yes>\n";
+    to.append(tables.out.size() > 0 ? "<Tbls\n" : flow);
     to.commit();
-    return result;
+    if (tables.out.size() == 0)
+        return wrapped(body, head, ">\n");
+    // Mostly the larger part; it stays where it is.
+    KazString behind;
+    TextBuilder rest(behind);
+    for (const std::string_view piece :
+         {std::string_view(">\n"), flow, body.out.view(), std::string_view(">\n")})
+        rest.append(piece);
+    rest.commit();
+    return wrapped(tables, head, {behind.getValue(), static_cast<std::size_t>(behind.getLength())});
 }
 
 } // namespace

@@ -76,6 +76,7 @@ public:
     void beginTable(const TableShape& given) override {
         shape = given;
         rowBegin.clear();
+        // Word processors draw the borders of cells, but not all of them those of rows.
         for (int i = 0; i < shape.columns; ++i) {
             for (const char* side : {"\\clbrdrt", "\\clbrdrl", "\\clbrdrb", "\\clbrdrr"})
                 rowBegin.append(side).append("\\brdrs\\brdrw10");
@@ -83,14 +84,14 @@ public:
         }
         rowBegin += '\n';
     }
+    /// The look that is set here holds for all its cells: runs are groups.
     void beginRow(int row) override {
         progress.rows = row + 1;
         put(isHeader() ? "\\trowd\\trgaph70\\trhdr" : "\\trowd\\trgaph70");
         put(rowBegin);
-    }
-    void beginCell() override {
         put(isHeader() ? "\\pard\\plain\\intbl\\f0\\fs24\\b " : "\\pard\\plain\\intbl\\f0\\fs24 ");
     }
+    void beginCell() override {}
     void endCell() override { put("\\cell\n"); }
     void endRow() override { put("\\row\n"); }
     /// Two tables without a paragraph between them would be one.
@@ -216,8 +217,8 @@ void RtfWriter::putPage(TextBuilder& to) const {
 }
 
 KazString RtfWriter::document() {
-    KazString result;
-    TextBuilder to(result);
+    KazString head;
+    TextBuilder to(head);
     to.append("{\\rtf1\\ansi\\ansicpg1252\\uc1\\deff0\n");
     to.append(fonts.getRtf().getValue());
     to.append("\n");
@@ -226,10 +227,8 @@ KazString RtfWriter::document() {
     putStyles(to);
     putInfo(to);
     putPage(to);
-    to.append(body.out.view());
-    to.append("}\n");
     to.commit();
-    return result;
+    return wrapped(body, head, "}\n");
 }
 
 } // namespace

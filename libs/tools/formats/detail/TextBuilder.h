@@ -56,6 +56,14 @@ public:
     std::string_view view() const { return {begin_, size()}; }
     /// Keeps the first @p size characters, which are as many at most.
     void truncate(std::size_t size) { at_ = begin_ + size; }
+    /// Puts @p before and @p behind around all of it, without a second block as large.
+    void wrap(std::string_view before, std::string_view behind) {
+        room(before.size() + behind.size());
+        std::memmove(begin_ + before.size(), begin_, size());
+        std::memcpy(begin_, before.data(), before.size());
+        std::memcpy(at_ + before.size(), behind.data(), behind.size());
+        at_ += before.size() + behind.size();
+    }
     /// Puts @p piece in place of as many characters from @p from on.
     void overwrite(std::size_t from, std::string_view piece) {
         std::memcpy(begin_ + from, piece.data(), piece.size());

@@ -8,6 +8,7 @@ namespace kaz::detail {
 
 namespace {
 
+constexpr std::size_t statementRoom = 16; ///< for what stands around a string
 constexpr char lowerDigits[] = "0123456789abcdef";
 
 Spelling& at(Spellings& table, Kind kind) {
@@ -204,7 +205,8 @@ void Format::encode(TextBuilder& out, std::string_view text, text_encoding_enum 
     const char* const end = at + text.size();
     const char* kept = at; // where what stands for itself begins
     bool inString = false;
-    out.reserve(text.size());
+    // A string around it is no reason to move all of it in the end.
+    out.reserve(text.size() + (hasStatements ? statementRoom : 0));
     while (at != end) {
         if (!stops[static_cast<unsigned char>(*at)]) {
             at += lengthOfKept(at, end);
