@@ -4,11 +4,11 @@
 // the build with the fuzzer, whose own main wins, only the application object
 // of this file counts.
 #include "fuzz/failures.h"
+#include "fuzz/topic.h"
 #include "kit/random.h"
 #include "tools/app/KazConsoleApp.h"
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -49,10 +49,10 @@ std::string currentName;
 
 /// Says which input failed and keeps it, for a run of this input alone.
 void report() {
-    static const char* const file = "fuzz-" FUZZ_TOPIC "-failed-input";
-    std::fprintf(stderr, "fuzz_%s: failed with %s (%zu bytes, kept in %s; %s)\n", FUZZ_TOPIC,
-                 currentName.c_str(), current.size(), file, kit::seedText().c_str());
-    if (std::FILE* out = std::fopen(file, "wb")) {
+    const std::string file = std::string("fuzz-") + fuzz::topic.name + "-failed-input";
+    std::fprintf(stderr, "fuzz_%s: failed with %s (%zu bytes, kept in %s; %s)\n", fuzz::topic.name,
+                 currentName.c_str(), current.size(), file.c_str(), kit::seedText().c_str());
+    if (std::FILE* out = std::fopen(file.c_str(), "wb")) {
         std::fwrite(current.data(), 1, current.size(), out);
         std::fclose(out);
     }
@@ -90,7 +90,7 @@ void run(const std::string& name, const Bytes& input) {
 Bytes readFile(const std::filesystem::path& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        std::fprintf(stderr, "fuzz_%s: cannot read %s\n", FUZZ_TOPIC, path.string().c_str());
+        std::fprintf(stderr, "fuzz_%s: cannot read %s\n", fuzz::topic.name, path.string().c_str());
         std::exit(1);
     }
     return Bytes(std::istreambuf_iterator<char>(in), {});
@@ -99,8 +99,8 @@ Bytes readFile(const std::filesystem::path& path) {
 /// The files of the corpus in the order of their names.
 std::vector<std::filesystem::path> corpusFiles() {
     std::vector<std::filesystem::path> files;
-    if (std::filesystem::is_directory(FUZZ_CORPUS))
-        for (const auto& entry : std::filesystem::directory_iterator(FUZZ_CORPUS))
+    if (std::filesystem::is_directory(fuzz::topic.corpus))
+        for (const auto& entry : std::filesystem::directory_iterator(fuzz::topic.corpus))
             files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     return files;
@@ -185,7 +185,7 @@ class ReplayTool : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         watchForFailures();
         if (argc > 1) {
-            for (const bool fails : rounds)
+            for (const bool fails : modes())
                 for (int i = 1; i < argc; ++i) {
                     fuzz::Failures::areOn = fails;
                     run(argv[i], readFile(argv[i]));
@@ -202,11 +202,9 @@ class ReplayTool : public KazConsoleApp {
     }
 
     /// First with the memory that there is, then with allocations that fail.
-#ifdef FUZZ_FAILING
-    static constexpr std::array rounds{false, true};
-#else
-    static constexpr std::array rounds{false};
-#endif
+    static std::vector<bool> modes() {
+        return fuzz::topic.fails ? std::vector<bool>{false, true} : std::vector<bool>{false};
+    }
 
     static void runAll() {
         std::vector<Bytes> corpus;
@@ -218,6 +216,7 @@ class ReplayTool : public KazConsoleApp {
         Mutator mutator(kit::seed(), std::move(corpus));
         const char* text = std::getenv("FUZZ_RUNS");
         const int runs = std::min(text != nullptr ? std::atoi(text) : 2048, 1 << 20);
+        const std::vector<bool> rounds = modes();
         // One round after the other: once memory has failed, the library keeps no freed
         // blocks of strings any more.
         for (const bool fails : rounds) {
@@ -231,10 +230,11 @@ class ReplayTool : public KazConsoleApp {
         const auto size = static_cast<std::size_t>(std::clamp(runs * 512, 1, 1 << 20));
         run("a large random input", mutator.large(size, false));
         run("a large input made of the corpus", mutator.large(size, true));
-        std::printf("fuzz_%s: %zu files and %d random inputs, %ld allocations failed\n", FUZZ_TOPIC,
-                    files, runs + 2, fuzz::Failures::failed);
+        std::printf("fuzz_%s: %zu files and %d random inputs, %ld allocations failed\n",
+                    fuzz::topic.name, files, runs + 2, fuzz::Failures::failed);
         if (rounds.back() && fuzz::Failures::failed == 0 && !std::getenv("FUZZ_MEMORY_HOLDS")) {
-            std::fprintf(stderr, "fuzz_%s: no allocation could be made to fail\n", FUZZ_TOPIC);
+            std::fprintf(stderr, "fuzz_%s: no allocation could be made to fail\n",
+                         fuzz::topic.name);
             std::exit(1);
         }
     }

@@ -60,6 +60,8 @@ if(pkg_config AND NOT TOOLCHAIN)
   set(ENV{PKG_CONFIG_PATH} ${scratch}/suite/${LIBDIR}/pkgconfig)
   run(${pkg_config} --cflags --libs moxtools)
   separate_arguments(options UNIX_COMMAND "${flags} ${out}")
+  # What a compiler takes by itself may be older (clang++ 14), and pkg-config cannot ask.
+  list(APPEND options -std=c++17)
   run(${COMPILER} ${SOURCE}/examples/hello-tool/hello_tool.cpp -o ${scratch}/by_pkg_config ${options})
   expect_greeting(${scratch}/by_pkg_config)
 
