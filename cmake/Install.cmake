@@ -56,8 +56,10 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md
         DESTINATION ${documents} COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${documents}/docs COMPONENT documentation
         FILES_MATCHING PATTERN "*.md" PATTERN man EXCLUDE)
-file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.1)
-install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT documentation)
+foreach(section 1 5 7)
+  file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.${section})
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT documentation)
+endforeach()
 
 # Which build this is, and whether it is whole: the file that `moxinfo -product` reads.
 install(

@@ -40,6 +40,11 @@ foreach(program moxcopy moxinfo moxmsg moxreport moxtool)
   debian_file(programs /usr/share/man/man1 ${made}/${program}.1.gz)
 endforeach()
 
+foreach(page toolinfo.5 mox-messages.5 moxtools.7)
+  string(REGEX MATCH "[0-9]$" section ${page})
+  debian_file(programs /usr/share/man/man${section} ${made}/${page}.gz)
+endforeach()
+
 # Where the system's shells look; for zsh that is another folder than below other prefixes.
 function(debian_completion from to)
   install(DIRECTORY ${made}/completion/share/${from}/ DESTINATION /usr/share/${to}

@@ -17,7 +17,7 @@ maintainer=$(cached MOX_MAINTAINER)
 
 python3 "$here/changelog.py" "$here/../CHANGELOG.md" "$version" "$maintainer" >"$made/changelog"
 gzip -9nf "$made/changelog"
-for page in "$here"/../docs/man/*.1; do
+for page in "$here"/../docs/man/*.[157]; do
     gzip -9n <"$page" >"$made/$(basename "$page").gz"
 done
 

@@ -38,7 +38,8 @@ done
 
 echo "greeting=Hello" >>"$root/etc/moxtools/ToolInfo"
 expect "a tool of the package, by its link" Hello "$(chroot "$root" /usr/bin/moxinfo greeting)"
-expect "pages" "$(find "$here/../docs/man" -name '*.1' | wc -l)" "$(find "$root/usr/share/man" -name '*.1.gz' | wc -l)"
+expect "pages" "$(find "$here/../docs/man" -name '*.[157]' | wc -l)" \
+    "$(find "$root/usr/share/man" -name '*.[157].gz' | wc -l)"
 
 expect "completion" "$(chroot "$root" /usr/bin/moxtool completion bash moxinfo)" \
     "$(cat "$root/usr/share/bash-completion/completions/moxinfo")"

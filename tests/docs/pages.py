@@ -1,0 +1,54 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Looks over what is written: links lead somewhere, manual pages are clean, refer to pages that exist
+and have the options that the programs take.
+
+usage: pages.py ROOT BIN
+"""
+
+import json
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+root, programs = map(pathlib.Path, sys.argv[1:3])
+faults = []
+
+for page in [*root.glob("*.md"), *root.glob("docs/**/*.md"), *root.glob("examples/**/*.md")]:
+    text = re.sub(r"^```.*?^```$", "", page.read_text(encoding="utf-8"), flags=re.M | re.S)
+    for target in re.findall(r"\]\(([^)#\s]+)(?:#[^)]*)?\)", text):
+        if "://" not in target and not (page.parent / target).exists():
+            faults.append(f"{page}: there is no {target}")
+for page in root.glob("docs/cookbook/*.md"):
+    if page.name != "README.md" and page.name not in (root / "docs/cookbook/README.md").read_text():
+        faults.append(f"{page}: the cookbook's list does not have it")
+
+manual = sorted(root.glob("docs/man/*.[1-9]"))
+names = {page.name for page in manual}
+for page in manual:
+    text = page.read_text(encoding="utf-8")
+    for name, section in re.findall(r"Xr (\S+) (\d)", text):
+        if (name.startswith("mox") or name == "toolinfo") and f"{name}.{section}" not in names:
+            faults.append(f"{page}: there is no page {name}({section})")
+    for section in ["SEE ALSO"] + (["EXIT STATUS"] if page.suffix == ".1" else []):
+        if f".Sh {section}" not in text:
+            faults.append(f"{page}: no section {section}")
+    for command in (["mandoc", "-Tlint", "-Wwarning"], ["groff", "-ww", "-mandoc", "-Tutf8"]):
+        if shutil.which(command[0]):
+            done = subprocess.run([*command, str(page)], capture_output=True, text=True)
+            output = done.stdout if command[0] == "mandoc" else done.stderr
+            if done.returncode != 0 or output:
+                faults.append(f"{page}: {command[0]}: {output}")
+
+for page in root.glob("docs/man/*.1"):
+    described = subprocess.run([programs / page.stem, "--describe"], check=True, capture_output=True, text=True)
+    taken = {option["name"] for option in json.loads(described.stdout)["options"]}
+    items = re.findall(r"^\.It (Fl .*)$", page.read_text(encoding="utf-8"), flags=re.M)
+    told = {"-" + name for item in items for name in re.findall(r"\bFl (?!Fl)(\S+)", item) if f"Fl Fl {name}" not in item}
+    for name in sorted(taken ^ told):
+        faults.append(f"{page}: {name} is " + ("missing" if name in taken else "no option of the program"))
+
+print("\n".join(faults))
+sys.exit(bool(faults))
