@@ -7,6 +7,7 @@
 
 #include "copy.h"
 #include "director.h"
+#include "foretell.h"
 #include "made_directories.h"
 #include "names.h"
 #include "offers.h"
@@ -71,18 +72,24 @@ Status checkApart(const CopyOptions& options, const KazDirectory& source) {
     return WrongUsage;
 }
 
-bool mayWrite(const CopyOptions& options) {
+/// Whether there is no earlier copy, or one; anything else in its place is told.
+bool isFree(const CopyOptions& options, bool& isThere) {
     KazFileStatus status;
     const KazString destination = options.destination();
-    if (TI_status(destination, status, false) != 0)
+    isThere = TI_status(destination, status, false) == 0;
+    if (!isThere || status.kind == KazFileKind::Directory)
         return true;
-    if (status.kind != KazFileKind::Directory) {
-        const bool isLink = status.kind == KazFileKind::Link;
-        print_err(localText(isLink ? texts::isLink : texts::inTheWay),
-                  shown(destination).getValue());
+    const bool isLink = status.kind == KazFileKind::Link;
+    print_err(localText(isLink ? texts::isLink : texts::inTheWay), shown(destination).getValue());
+    return false;
+}
+
+bool mayWrite(const CopyOptions& options) {
+    const KazString destination = options.destination();
+    bool isThere = false;
+    if (!isFree(options, isThere))
         return false;
-    }
-    if (options.force)
+    if (!isThere || options.force)
         return true;
     KazString question;
     question.format(localText(texts::overwrite), shown(destination).getValue());
@@ -165,6 +172,15 @@ KazDirectory openSource(const CopyOptions& options) {
     return KazDirectory();
 }
 
+/// A copy that would copy nothing fails.
+Status foretellCopy(const Plan& plan, const CopyOptions& options, const KazDirectory& source) {
+    bool isThere = false;
+    if (!isFree(options, isThere))
+        return Failed;
+    const bool isEmpty = plan.fileCount == 0 && options.isRestricted();
+    return foretell(plan, options, source) && !isEmpty ? Done : Failed;
+}
+
 Status run(const CopyOptions& options) {
     KazDirectory source = openSource(options);
     if (!source.isOpen())
@@ -172,6 +188,8 @@ Status run(const CopyOptions& options) {
     if (const Status status = checkApart(options, source); status != Done)
         return status;
     const Plan plan = makePlan(options, source.openSelf());
+    if (options.onlyPlan)
+        return foretellCopy(plan, options, source);
     printPlan(plan, options.system);
     if (plan.fileCount == 0 && (options.isRestricted() || !plan.failures.isEmpty())) {
         print_err(localText(texts::nothing));

@@ -21,10 +21,12 @@ constexpr KazCommandLine::Option options[] = {
     {arg_Force, nullptr,
      "overwrite an existing copy without asking; files that only it has are kept"},
     {arg_Quiet, nullptr, "show questions and errors only"}};
+constexpr KazCommandLine::Word words[] = {{"--plan", "tell what would be done, and do none of it"}};
 constexpr KazCommandLine commandLine(
     {"moxcopy", MOX_VERSION,
      "Copies a system out of a project: all of it, or the files of the diagrams that are named.",
-     options, std::size(options), "[diagram ...]", 0, -1, KazCommandLine::OfTool},
+     options, std::size(options), "[diagram ...]", 0, -1, KazCommandLine::OfTool, words,
+     std::size(words)},
     offerNames);
 
 /// Reports wrong usage and gives the result of the check that found it.
@@ -125,6 +127,7 @@ int readOptions(int argc, char** argv, CopyOptions& options) {
         return status;
     options.verbose = isSwitchedOn(arg_verbose);
     options.force = isSwitchedOn(arg_Force);
+    options.onlyPlan = commandLine.isPlan();
     options.quiet = isSwitchedOn(arg_Quiet);
     const bool isGood =
         readSystem(options) && readTarget(options) && readFilter(options) && readDiagrams(options);

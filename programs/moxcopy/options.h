@@ -24,6 +24,7 @@ struct CopyOptions {
     bool verbose = false;
     bool force = false;
     bool quiet = false;
+    bool onlyPlan = false; ///< say what would be done
 
     /// Only some of the system's files are wanted.
     bool isRestricted() const { return !filter.isEmpty() || !diagrams.empty(); }

@@ -98,7 +98,7 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
     const kit::Result help = runTool({program, "-zzz", "-help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
-                                     "[-filter PATTERN] [-verbose] [-Force] [-Quiet] "))
+                                     "[-filter PATTERN] [-verbose] [-Force] [-Quiet] [--plan] "))
         << help.out;
     EXPECT_NE(help.out.find("\n  -projdir DIR     project directory (-p)\n"), help.out.npos);
 }

@@ -10,8 +10,26 @@
 
 namespace kaz::detail {
 class TreeCopy;
+class TreePlan;
 class TreeRemoval;
+struct PlanTop;
 } // namespace kaz::detail
+
+/// One thing that a copy would do.
+struct KazPlannedAction {
+    enum Kind : int {
+        Make,    ///< a directory, which is not there yet
+        Copy,    ///< a file, where nothing has its name
+        Replace, ///< a file, in place of an older one or of a link
+        Skip,    ///< an entry that is excluded, or a directory of a copy that is not recursive
+        Clash,   ///< fails: the target is the copy's own work, or counts as such. Names that
+                 ///< differ in case alone, where the target's file system does not tell them
+                 ///< apart, and files dated in the future
+        Fail     ///< fails for another reason
+    } kind;
+    KazString source; ///< native path
+    KazString target; ///< native path
+};
 
 /// Copies and deletes the tree below one directory, with a list of names to
 /// leave out, an optional commentary, and a list of what failed.
@@ -71,6 +89,17 @@ public:
     /// name does not match is not entered.
     bool copy(KazString dest, KazString pattern, bool recursive);
 
+    /// Tells @p visit all that a copy would do now, in its order, and does none of it: the
+    /// copy of the entries that match @p pattern into @p dest, or with @p makeTop into a
+    /// directory of the root's own name there (as the first copy(), which has "*"). A copy
+    /// that follows makes, copies and replaces exactly this, unless the trees change, the
+    /// disk fills up, or memory runs out. Costs a look at each entry on both sides; no file is
+    /// read. The manager's commentary is silent.
+    /// @return false when something would fail: Clash and Fail. getErrors() is then what
+    ///         the copy's would be.
+    bool plan(KazString dest, KazString pattern, bool recursive, bool makeTop,
+              void (*visit)(const KazPlannedAction&, void*), void* data);
+
     /// Deletes the entries of the root. False when one failed; else removes the
     /// root itself and is true, even when that removal fails (the root is then in
     /// the failure list).
@@ -91,6 +120,7 @@ private:
     friend class kaz::detail::TreeRemoval;
 
     bool copyTree(const KazString& dest, const char* pattern, bool recursive, bool makeTop);
+    kaz::detail::PlanTop planTop(const KazString& dest, bool makeTop) const;
     bool isExcluded(const char* name) const;
     void addError(const KazString& path);
 

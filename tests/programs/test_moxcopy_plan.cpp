@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+// What "--plan" says, and the copy that follows: over random trees they agree.
+#include "moxcopy.h"
+
+#include "files/tree.h"
+#include "tools/formats/encode.h"
+
+#include <sstream>
+
+namespace {
+
+using namespace moxcopy_test;
+
+/// The lines of a plan by their first words: what follows them, and the sum at the end.
+struct Foretold {
+    std::map<std::string, std::set<std::string>> names;
+    std::uintmax_t bytes = 0;
+    std::string sum;
+};
+
+Foretold readPlan(const std::string& text) {
+    Foretold plan;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const std::string word = line.substr(0, line.find(' '));
+        std::string name = line.substr(word.size() + 1);
+        if (word == "plan:") {
+            plan.sum = line;
+            continue;
+        }
+        if (word == "copy" || word == "replace") {
+            plan.bytes += std::stoull(name.substr(name.rfind(' ')));
+            name.resize(name.rfind(' '));
+        }
+        EXPECT_TRUE(plan.names[word].insert(name).second) << line << " twice";
+    }
+    return plan;
+}
+
+/// What is below a directory and around it, by the names that messages show.
+tree::Snapshot shownSnapshot(const kit::TempTree& files, const std::string& top) {
+    tree::Snapshot result;
+    for (const auto& [name, what] : tree::snapshot(files.path(top)))
+        result[kazPrintable((fs::path(files.path(top)) / name).make_preferred().string().c_str())
+                   .getValue()] = what;
+    return result;
+}
+
+class Plan : public MoxCopy {
+protected:
+    Plan() : MoxCopy(fs::is_directory("/dev/shm") ? "/dev/shm" : "") {}
+
+    /// Marks files of the earlier copy, so that replaced ones are others whatever they hold.
+    void markFiles(const std::string& top) {
+        for (const auto& entry : fs::recursive_directory_iterator(tree.path(top)))
+            if (fs::is_regular_file(entry.symlink_status()))
+                std::ofstream(entry.path(), std::ios::app) << "of the earlier copy";
+    }
+
+    void makeTrees(const std::string& target, kit::Random& random) {
+        tree.mkdir("plant/brewery");
+        tree::grow(tree, "plant/brewery", random, 1);
+        if (!kit::isFileName("*")) // where links may be made by anybody
+            return;
+        std::error_code error;
+        for (const char* to : {"b.txt", "none", "."})
+            if (random.oneIn(3))
+                fs::create_symlink(to, tree.path(std::string("plant/brewery/to ") + to), error);
+        if (random.oneIn(3))
+            return;
+        tree.mkdir(target + "/brewery");
+        tree::grow(tree, target + "/brewery", random, 1);
+        markFiles(target + "/brewery");
+    }
+};
+
+TEST_F(Plan, TheCopyThatFollowsDoesWhatItSays) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    std::set<std::string> seen;
+    for (int turn = 0; turn < 8; ++turn) {
+        fs::remove_all(tree.path("plant"));
+        const std::string target = "t" + std::to_string(turn) + "/in";
+        makeTrees(target, random);
+        std::vector<std::string> arguments{"-target", target};
+        if (random.oneIn(3))
+            arguments.insert(arguments.end(), {"-filter", "*t*"});
+        if (random.oneIn(3))
+            arguments.insert(arguments.end(), {"a", "none", "keep"});
+        std::vector<std::string> asked = arguments;
+        asked.insert(asked.begin(), "--plan");
+        const tree::Snapshot before = shownSnapshot(tree, "");
+        const kit::Result said = copy(asked);
+        EXPECT_EQ(shownSnapshot(tree, ""), before);
+        EXPECT_EQ(said.err, "");
+        Foretold plan = readPlan(said.out);
+
+        arguments.emplace_back("-Force");
+        const kit::Result done = copy(arguments);
+        EXPECT_EQ(done.status, said.status) << said.out << done.err;
+        std::set<std::string> made, copied, replaced, kept;
+        std::uintmax_t bytes = 0;
+        for (const auto& [name, what] : shownSnapshot(tree, "")) {
+            const auto old = before.find(name);
+            const bool isIn = name.starts_with(
+                kazPrintable(fs::path(tree.path(target)).make_preferred().string().c_str())
+                    .getValue() +
+                std::string(1, static_cast<char>(fs::path::preferred_separator)) + "brewery");
+            if (what == "dir") {
+                if (old == before.end())
+                    made.insert(name);
+            } else if (old == before.end() || old->second != what) {
+                (old == before.end() ? copied : replaced).insert(name);
+                bytes += what.size() - what.find(':') - 1;
+            } else if (isIn) {
+                kept.insert(name);
+            }
+        }
+        EXPECT_EQ(plan.names["make"], made) << said.out;
+        EXPECT_EQ(plan.names["copy"], copied) << said.out;
+        EXPECT_EQ(plan.names["replace"], replaced) << said.out;
+        for (const std::string& name : plan.names["keep"])
+            EXPECT_TRUE(kept.contains(name)) << name;
+        EXPECT_EQ(plan.bytes, bytes);
+        std::ostringstream sum;
+        const std::size_t failures = plan.names["fail"].size();
+        sum << "plan: " << made.size() << " directories, " << copied.size() + replaced.size()
+            << " files, " << bytes << " bytes; " << replaced.size() << " replaced, " << failures
+            << " failures";
+        EXPECT_EQ(plan.sum, sum.str());
+        const auto told = [&](const std::string& text) {
+            std::size_t count = 0;
+            for (std::size_t at = 0; (at = done.err.find(text, at)) != text.npos; ++at)
+                ++count;
+            return count;
+        };
+        EXPECT_EQ(told("Not copied: "), failures) << said.out << done.err;
+        for (const auto& [word, names] : plan.names)
+            if (!names.empty())
+                seen.insert(word);
+    }
+    EXPECT_EQ(seen, (std::set<std::string>{"make", "copy", "replace", "keep", "fail"}));
+}
+
+TEST_F(Plan, AsksNothingAndRefusesWhatTheCopyRefuses) {
+    makeSystem();
+    EXPECT_EQ(copy({"-target", "t"}).status, 0);
+    const kit::Result again = copy({"-target", "t", "--plan"});
+    EXPECT_EQ(again.status, 0);
+    EXPECT_EQ(again.err, "");
+    EXPECT_EQ(again.out.find("Overwrite"), again.out.npos);
+    const kit::Result inside = copy({"-target", "plant/brewery", "--plan"});
+    EXPECT_EQ(inside.status, 2);
+    EXPECT_EQ(inside.out, "");
+    EXPECT_EQ(runTool({program, "-p", "plant", "-s", "winery", "--plan"}).status, 1);
+    tree.write("f/brewery", "in the way");
+    EXPECT_EQ(copy({"-target", "f", "--plan"}).status, 1);
+    EXPECT_EQ(copy({"-target", "f", "--plan", "--plan"}).status, 2);
+    EXPECT_EQ(copy({"-target", "n", "-filter", "nothing*", "--plan"}).out,
+              "plan: 0 directories, 0 files, 0 bytes; 0 replaced, 0 failures\n");
+}
+
+} // namespace
