@@ -13,6 +13,12 @@ show() { # Prints a command line, then runs it.
     "$@"
 }
 
+on_terminal() { # As show, on a terminal of its own, whatever the output of this script is.
+    printf '\033[1m$ %s\033[0m\n' "$*"
+    TERM=xterm LC_ALL=C.UTF-8 python3 -c 'import os, pty, sys
+sys.exit(os.waitstatus_to_exitcode(pty.spawn(sys.argv[1:])))' "$@" </dev/null
+}
+
 mkdir -p "$scratch"
 cp -r "$here/project/plant" "$scratch/plant"
 python3 "$here/project/fill.py" "$scratch/plant"
@@ -59,8 +65,19 @@ show ls -l plant.html plant.rtf
 say "A small system, with commentary, to a directory of our choice"
 show moxcopy -projdir plant -system logistics -target backup -verbose
 
-say "A large one; the ToolInfo variable tmp_dir says where to"
-show moxcopy -projdir plant -system brewery
+say "A slip of the pen, in an option and in a name"
+show moxcopy -projdir plant -sistem logistics || printf '(status %d)\n' $?
+show moxcopy -projdir plant -system Brewry || printf '(status %d)\n' $?
+
+say "What a copy over the earlier one would do, without doing it"
+printf 'mine\n' >backup/logistics/notes.txt
+show moxcopy -projdir plant -system logistics -target backup --plan
+
+say "A large one, on a terminal; the ToolInfo variable tmp_dir says where to"
+on_terminal moxcopy -projdir plant -system brewery
+
+say "The same where the output is no terminal: plain bytes"
+show moxcopy -projdir plant -system brewery -Force | cat
 show diff -r plant/brewery copies/brewery
 
 say "Two diagrams alone; the copy is there already, so -Force answers the question"

@@ -26,11 +26,11 @@ except ImportError:
 
 programs = os.path.abspath(sys.argv.pop(1))
 starts = {
-    "bash": (["bash", "--norc", "--noprofile", "-i"], "PS1='> '; source <(moxtool completion bash probe_tool)"),
+    "bash": (["bash", "--norc", "--noprofile", "-i"], "PS1='> '; source <(moxtool completion bash probe_tool moxcopy moxinfo)"),
     "zsh": (["zsh", "-f", "-i"], "PS1='> '; autoload -Uz compinit; compinit -D; setopt no_auto_menu; "
-            "source <(moxtool completion zsh probe_tool)"),
+            "source <(moxtool completion zsh probe_tool moxcopy moxinfo)"),
     "fish": (["fish", "--no-config", "-i"], "function fish_prompt; echo -n '> '; end; "
-             "moxtool completion fish probe_tool | source"),
+             "moxtool completion fish probe_tool moxcopy moxinfo | source"),
 }
 
 
@@ -82,6 +82,8 @@ class Completion(unittest.TestCase):
                     continue
                 with tempfile.TemporaryDirectory() as folder:
                     os.makedirs(folder + "/deep folder")
+                    os.makedirs(folder + "/plant/brewery")
+                    open(folder + "/plant/brewery/mashing.dgm", "w", encoding="utf-8").close()
                     shell = Shell(name, folder)
                     try:
                         self.complete(shell)
@@ -92,7 +94,11 @@ class Completion(unittest.TestCase):
         # The whole word, a name with a blank as one word, a directory of the shell's.
         for typed, completed in [("probe_tool -verb\t", "probe_tool -verbose"),
                                  ("probe_tool -system my\t", "probe_tool -system my\\ plant"),
-                                 ("probe_tool -projdir dee\t", "probe_tool -projdir deep\\ folder")]:
+                                 ("probe_tool -projdir dee\t", "probe_tool -projdir deep\\ folder"),
+                                 ("moxcopy --p\t", "moxcopy --plan"),
+                                 ("moxinfo --ori\t", "moxinfo --origin"),
+                                 ("moxcopy -projdir plant -system br\t", "moxcopy -projdir plant -system brewery"),
+                                 ("moxcopy -projdir plant -system brewery ma\t", "-system brewery mashing")]:
             shell.until(lambda text: text.strip() == ">") # what is typed before is echoed elsewhere
             shell.type(typed)
             shell.until(lambda text: completed in text)
