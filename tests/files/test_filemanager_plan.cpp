@@ -75,7 +75,9 @@ void fill(const kit::TempTree& tree, const std::string& dir, kit::Random& random
 
 void makeAllOld(const std::string& top, kit::Random& random) {
     for (const auto& entry : fs::recursive_directory_iterator(top))
-        if (fs::is_regular_file(entry.symlink_status())) {
+        if (fs::is_directory(entry.symlink_status())) {
+            makeOld(entry.path().string());
+        } else if (fs::is_regular_file(entry.symlink_status())) {
             if (random.oneIn(5))
                 setAge(entry.path().string(), std::chrono::hours(2)); // a clash
             else
