@@ -329,7 +329,9 @@ void setsFollowTheModel(Input& input) {
         int (*change)(gu_set*, const gu_set*);
         const std::set<int>& result;
     } changes[] = {{gu_set_add_all, all}, {gu_set_remove_all, onlyA}, {gu_set_retain_all, both}};
-    for (const auto& [change, result] : changes) {
+    for (const auto& row : changes) {
+        const auto change = row.change; // a lambda may not take the name of a part
+        const std::set<int>& result = row.result;
         const Owned<gu_set> copy(gu_set_copy(a));
         FUZZ_CHECK(inOrder(copy.get()) == one.order);
         const int difference = static_cast<int>(result.size()) - static_cast<int>(one.model.size());

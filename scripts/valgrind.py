@@ -4,9 +4,10 @@
 
 usage: valgrind.py [--jobs N] BUILD [PROGRAM...]
 
-Valgrind brings an allocator of its own, which cannot be made to fail: tests that
-make allocations fail are left out. A first run of each program without valgrind
-finds out which they are; the test kit marks them. Programs that tests start are
+Valgrind brings an allocator of its own, which cannot be made to fail, and forks where a
+child would share its parent's memory until it runs a program: tests of these are left
+out. A first run of each program without valgrind finds out which they are; they are
+marked by themselves or by the test kit. Programs that tests start are
 watched too where that takes seconds and not minutes.
 """
 
@@ -29,11 +30,11 @@ valgrind = ["valgrind", "-q", "--error-exitcode=99", "--leak-check=full",
             "--soname-synonyms=somalloc=NONE"]
 
 
-def failing_allocations(report):
+def marked(report):
     """Names of the tests that the kit has marked."""
     for suite in json.loads(report.read_text())["testsuites"]:
         for test in suite["testsuite"]:
-            if "fails_allocations" in test:
+            if "not_under_valgrind" in test:
                 yield f"{suite['name']}.{test['name']}"
 
 
@@ -50,7 +51,7 @@ def run(program):
             report = directory / "report.json"
             subprocess.run([*command, f"--gtest_output=json:{report}"], stdin=subprocess.DEVNULL,
                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
-            left_out = sorted(failing_allocations(report))
+            left_out = sorted(marked(report))
             command.append("--gtest_filter=-" + ":".join(left_out))
         options = [f"--log-file={directory}/%p.log"]
         if program.name in with_children:

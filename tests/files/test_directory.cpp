@@ -165,7 +165,8 @@ TEST_F(Directory, ACursorIsWhereItsMovesLead) {
     fs::path place = tree.path();
     std::vector<std::string> names;
     for (int step = 0; step < 2000; ++step) {
-        const std::string name = random.oneIn(2) ? "down" : "d" + std::to_string(random.below(9));
+        const std::string name =
+            random.oneIn(2) ? "down" : std::string{'d', static_cast<char>('0' + random.below(9))};
         if (!names.empty() && random.below(100) < (step / 200 % 2 == 0 ? 20 : 80)) {
             ASSERT_EQ(cursor.leave(), 0);
             names.pop_back();
