@@ -17,6 +17,7 @@ struct PlanTop;
 
 /// One thing that a copy would do.
 struct KazPlannedAction {
+    /// What becomes of an entry of the tree.
     enum Kind : int {
         Make,    ///< a directory, which is not there yet
         Copy,    ///< a file, where nothing has its name
@@ -26,7 +27,8 @@ struct KazPlannedAction {
                  ///< differ in case alone, where the target's file system does not tell them
                  ///< apart, and files dated in the future
         Fail     ///< fails for another reason
-    } kind;
+    };
+    Kind kind;        ///< what becomes of this one
     KazString source; ///< native path
     KazString target; ///< native path
 };
