@@ -74,11 +74,10 @@ std::map<std::string, std::string> plainTexts(const std::string& text, bool& isS
     return found;
 }
 
-/// Lines without "=" in sections that are understood, and in none. The last one gets its end
-/// when the file is written, and a CR there is part of that end from then on.
+/// Lines without "=" in sections that are understood, and in none.
 Lines strangers(const std::string& text) {
     Lines result;
-    for (const std::string& line : linesOf(text.ends_with('\n') ? text : text + '\n'))
+    for (const std::string& line : linesOf(text))
         if (!line.empty() && line[0] != '#' && line[0] != '[' && line.find('=') == line.npos)
             result.push_back(line);
     std::sort(result.begin(), result.end());

@@ -35,9 +35,12 @@ inline Messages sorted(Messages messages) {
     return messages;
 }
 
-/// Dates a file so many seconds from now.
+/// Dates a file so many seconds from now; a directory where that can be done.
 inline void setAge(const std::string& path, std::chrono::seconds fromNow) {
-    std::filesystem::last_write_time(path, std::chrono::file_clock::now() + fromNow);
+    std::error_code error;
+    std::filesystem::last_write_time(path, std::chrono::file_clock::now() + fromNow, error);
+    if (error && !std::filesystem::is_directory(path))
+        throw std::filesystem::filesystem_error("not dated", path, error);
 }
 
 /// A target that is older than any copy of this test.

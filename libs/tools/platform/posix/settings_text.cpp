@@ -386,7 +386,10 @@ void Document::change(const std::string& section, const SettingsChange& change) 
 
 std::string Document::text() const {
     std::string result;
-    const auto add = [&](std::string_view line) { (result += line) += '\n'; };
+    // A CR at its end belongs to the line; the next reader drops one.
+    const auto add = [&](std::string_view line) {
+        (result += line) += line.ends_with('\r') ? "\r\n" : "\n";
+    };
     result += first_.empty() ? std::string(firstLine).append(version) : std::string(first_);
     result += '\n';
     std::for_each(front_.begin(), front_.end(), add);
