@@ -14,6 +14,7 @@
 #endif
 
 #include <optional>
+#include <utility>
 
 namespace fuzz {
 
@@ -44,6 +45,17 @@ public:
         std::optional<decltype(question())> answer;
         step([&] { answer.emplace(question()); });
         return *std::move(answer);
+    }
+
+    /// What @p make gives, which is null, and no exception, when an allocation fails.
+    template <class Make>
+    auto orNull(Make make) {
+        decltype(make()) made;
+        wasHit_ = false;
+        FUZZ_CHECK(!isBroken([&] { made = make(); }));
+        FUZZ_CHECK((made == nullptr) == wasHit_);
+        failed += wasHit_ ? 1 : 0;
+        return made != nullptr ? std::move(made) : make();
     }
 
     /// Does what needs no memory, in some steps with none left. Was there all it asked for?

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bit vectors against std::vector<bool>.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/util/bitvec.h"
 
@@ -68,6 +69,13 @@ private:
     std::vector<bool> model;
 };
 
+/// Without memory there is no vector, and nothing is left of it.
+void memoryRunsOut(fuzz::Failures& failures, int n) {
+    const Vector bits = failures.orNull([n] { return Vector(bitvec_new(n)); });
+    const Vector copy = failures.orNull([&] { return Vector(bitvec_copy(bits.get())); });
+    FUZZ_CHECK(bitvec_compare(bits.get(), copy.get()) == 0);
+}
+
 /// Null is no vector, and differs from everything, as other sizes do.
 void nullHasNoBits() {
     bitvec_put_val(nullptr, 0, 1);
@@ -88,7 +96,9 @@ void nullHasNoBits() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
     const int n = input.between(-2, 2200);
+    memoryRunsOut(failures, n);
     Pair pair(n);
     for (int work = 0; !input.empty() && work < 2000000; work += n + 40) {
         switch (input.between(0, 4)) {

@@ -193,12 +193,18 @@ void ownedElementsAreReleased(Input& input) {
     }
 }
 
+/// No copy is released that was never made.
+void releaseMade(void* element) {
+    FUZZ_CHECK(element != nullptr);
+    Counted::checkOut(element);
+}
+
 /// Copies own copies, all of them or none.
 void copiesOwnTheirElements(Input& input) {
     fuzz::Failures failures(input);
     {
-        const Owned<gu_list> list(gu_list_create(Counted::checkOut));
-        const Owned<gu_queue> queue(gu_queue_create(Counted::checkOut));
+        const Owned<gu_list> list(gu_list_create(releaseMade));
+        const Owned<gu_queue> queue(gu_queue_create(releaseMade));
         for (int n = input.between(0, 20); n > 0; --n) {
             gu_list_append(list.get(), new Counted(n));
             gu_queue_add(queue.get(), new Counted(n));
@@ -208,13 +214,20 @@ void copiesOwnTheirElements(Input& input) {
         const auto unchanged = [&] { FUZZ_CHECK(Counted::live() == live); };
         Owned<gu_list> copy;
         Owned<gu_queue> copied;
-        failures.step([&] { copy.reset(gu_list_copy(list.get(), Counted::checkIn)); }, unchanged);
+        for (int n = 0; n < 16; ++n) { // one allocation among others tells
+            copy.reset();
+            failures.step([&] { copy.reset(gu_list_copy(list.get(), Counted::checkIn)); },
+                          unchanged);
+        }
         delete static_cast<Counted*>(gu_list_take_first(copy.get()));
         gu_list_concat(list.get(), copy.get()); // moved nodes belong to their new list
         copy.reset();
         live = Counted::live();
-        failures.step([&] { copied.reset(gu_queue_copy(queue.get(), Counted::checkIn)); },
-                      unchanged);
+        for (int n = 0; n < 16; ++n) {
+            copied.reset();
+            failures.step([&] { copied.reset(gu_queue_copy(queue.get(), Counted::checkIn)); },
+                          unchanged);
+        }
         const Owned<gu_list> shared(gu_list_copy(list.get(), nullptr));
         const Owned<gu_queue> sharedQueue(gu_queue_copy(queue.get(), nullptr));
         FUZZ_CHECK(gu_list_size(shared.get()) == gu_list_size(list.get()));

@@ -188,17 +188,18 @@ std::string someLines(fuzz::Input& input) {
         "name=", "version=",  "build=", "date=2026-", "part=00000000 ",     "part=",
         "k",     "checksum=", "% ",     " \t",        "part=0123abCD 12 - "};
     std::string text;
+    unsigned crc = 0; // of the first part of the text
+    std::size_t summed = 0;
     while (!input.empty()) {
         text += input.pick(starts) + input.textOf("a1=-./ \t\r:\\%\xC3\xA4\x01"
                                                   "0129",
                                                   12);
         text += input.byte() % 4 == 0 ? "\r\n" : "\n";
         if (input.byte() % 8 == 0) {
+            crc = kaz_crc32(crc, text.data() + summed, text.size() - summed);
+            summed = text.size();
             KazString sum;
-            std::string plain;
-            for (const char c : text)
-                plain += c;
-            sum.format("checksum=%08x\n", kaz_crc32(0, plain.data(), plain.size()));
+            sum.format("checksum=%08x\n", crc);
             text += sum.getValue();
         }
     }

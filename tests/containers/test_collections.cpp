@@ -7,6 +7,7 @@
 #include "tools/containers/KazStringCollIterator.h"
 
 #include "elements.h"
+#include "kit/alloc_failure.h"
 
 #include <gtest/gtest.h>
 
@@ -76,6 +77,18 @@ TEST(CollectionTest, ElementFunctionsAreCalledInOrder) {
     coll.removeAll();
     EXPECT_EQ(logged(), (Log{{'o', 3}, {'o', 3}, {'o', 2}, {'o', 1}}));
     EXPECT_EQ(coll.setCheckOut(nullptr), static_cast<KazColl::CheckOut>(out));
+}
+
+TEST(CollectionTest, CopyingTakesTheMemoryBeforeItGivesAnythingUp) {
+    OwningColl source, coll;
+    source.fill(1, 9);
+    coll.fill(20, 21);
+    {
+        const kit::FailAllocation failure(1);
+        EXPECT_THROW(coll.copy(source), KazMemoryException);
+    }
+    ASSERT_EQ(coll.getSize(), 2);
+    EXPECT_EQ(valueOf(coll[1]), 21);
 }
 
 TEST(IntCollTest, KeepsIntegers) {

@@ -51,6 +51,9 @@ TYPED_TEST(StringRules, EscapingMakesRoomForACharacterAsOftenAsTheSetNamesIt) {
     lines.escapeForQrl(TestText<TypeParam>("\n"));
     EXPECT_EQ(lines.getLength(), 16);
     EXPECT_EQ(blockOf(lines).bufferLength, 35); // for 8 + 8 + 8
+    TypeParam links(TestText<TypeParam>("abababab"));
+    links.escapeForQrl(TestText<TypeParam>("bbb"));
+    EXPECT_EQ(blockOf(links).bufferLength, 35); // for 8 + 3 * 4, as above
 }
 
 TYPED_TEST(StringRules, RebuildingFitsTheBlockToTheTextAndEditsInPlaceKeepIt) {
