@@ -16,6 +16,7 @@ import concurrent.futures
 import json
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
@@ -24,6 +25,7 @@ import time
 # All that these programs do happens in programs that they start.
 only_children = {"test_allocation_sweep", "test_call_sweep", "test_kill_sweep"}
 with_children = {"test_processes", "test_moxinfo"}
+patience = 600  # seconds; the longest takes a tenth of that
 valgrind = ["valgrind", "-q", "--error-exitcode=99", "--leak-check=full",
             "--show-leak-kinds=definite", "--errors-for-leak-kinds=definite",
             # The test programs define malloc themselves.
@@ -38,6 +40,22 @@ def marked(report):
                 yield f"{suite['name']}.{test['name']}"
 
 
+def finish(command, **how):
+    """Status and output of a command; one that hangs is ended with all that it started."""
+    with tempfile.TemporaryFile() as output:
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output,
+                                   stderr=subprocess.STDOUT, start_new_session=True, **how)
+        note = ""
+        try:
+            process.wait(patience)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
+            note = f"\nended after {patience} seconds\n"
+        output.seek(0)
+        return process.returncode, output.read().decode(errors="replace") + note
+
+
 def run(program):
     """Gives the line to print, and whether nothing was wrong."""
     started = time.monotonic()
@@ -49,25 +67,24 @@ def run(program):
         environment = dict(os.environ, FUZZ_RUNS="200", FUZZ_MEMORY_HOLDS="1")
         if program.name.startswith("test_"):
             report = directory / "report.json"
-            subprocess.run([*command, f"--gtest_output=json:{report}"], stdin=subprocess.DEVNULL,
-                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+            first, output = finish([*command, f"--gtest_output=json:{report}"])
+            if first != 0:
+                return f"{program.name}: without valgrind already\n{output[-4000:]}", False
             left_out = sorted(marked(report))
             command.append("--gtest_filter=-" + ":".join(left_out))
         options = [f"--log-file={directory}/%p.log"]
         if program.name in with_children:
             options += ["--trace-children=yes", "--trace-children-skip=/bin/*,/usr/bin/*"]
-        result = subprocess.run(valgrind + options + command, env=environment,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                stderr=subprocess.STDOUT, text=True, errors="replace")
+        status, output = finish(valgrind + options + command, env=environment)
         # An error ends in a status here, but that of a child may have been expected.
         errors = [text for text in (log.read_text() for log in sorted(directory.glob("*.log")))
                   if "== " in text and "    at 0x" in text]
-    good = result.returncode == 0 and not errors
+    good = status == 0 and not errors
     line = (f"{program.name:<24} {time.monotonic() - started:>7.1f} s  {len(left_out):>3} left out"
             f"  {'ok' if good else 'FAILED'}")
     if not good:
-        output = [] if result.returncode == 99 else [result.stdout[-4000:]]
-        line = "\n".join([line, *(text[:6000] for text in errors[:3]), *output])
+        printed = [] if status == 99 else [output[-4000:]]
+        line = "\n".join([line, *(text[:6000] for text in errors[:3]), *printed])
     return line, good
 
 

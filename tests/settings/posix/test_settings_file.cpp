@@ -246,6 +246,8 @@ TEST_F(SettingsFile, AKilledCommitLeavesTheOldOrTheNewOne) {
     constexpr int kills = 25;
     std::int64_t last = -1;
     for (int kill = 0; kill < kills; ++kill) {
+        int committed[2];
+        ASSERT_EQ(::pipe(committed), 0);
         const pid_t child = ::fork();
         if (child == 0)
             for (std::int64_t n = last + 1;; ++n) {
@@ -254,7 +256,15 @@ TEST_F(SettingsFile, AKilledCommitLeavesTheOldOrTheNewOne) {
                 settings.setText("middle", std::string(20000, 'm').c_str());
                 settings.setInteger("second", n);
                 settings.commit();
+                if (n == 0 && ::write(committed[1], "", 1) != 1)
+                    ::_exit(1);
             }
+        char first_commit;
+        ::close(committed[1]);
+        if (last < 0) { // a file that was there before the kill; slow machines need their time
+            EXPECT_EQ(::read(committed[0], &first_commit, 1), 1);
+        }
+        ::close(committed[0]);
         ::usleep(static_cast<useconds_t>(random.between(200, 6000)));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
