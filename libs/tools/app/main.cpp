@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/app/KazApp.h"
+#include "tools/messages/detail/Dialogue.h"
 #include "tools/messages/messages.h"
 
 /// Entry point of every tool: a tool supplies a static application object, the
@@ -10,5 +11,8 @@ KAZ_API int main(int argc, char** argv) {
         print_err("This program has no application object");
         return 1;
     }
-    return app->superMain(argc, argv);
+    kaz::detail::Dialogue::start(argc, argv);
+    const int status = app->superMain(argc, argv);
+    kaz::detail::Dialogue::end(status);
+    return status;
 }

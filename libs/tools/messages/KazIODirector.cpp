@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/KazIODirector.h"
 
+#include "tools/messages/detail/Dialogue.h"
 #include "tools/messages/messages.h"
 
 #include <utility>
 #include <vector>
+
+using kaz::detail::Dialogue;
 
 namespace {
 
@@ -61,68 +64,97 @@ void KazIODirector::fallBack() {
     return director->fallenBack ? director->KazIODirector::operation(__VA_ARGS__)                  \
                                 : director->operation(__VA_ARGS__)
 
+// What the user is told is recorded before the director says it, as that may be the last
+// thing that this process does; what the user answers, behind the answer.
+#define RECORD(line)                                                                               \
+    if (Dialogue::isOn())                                                                          \
+    Dialogue::line
+
 int KazIODirector::ttyStart(const char* command) {
+    RECORD(commandStart(command));
     DIRECT(doTtyStart, command);
 }
 
 void KazIODirector::ttyEnd(int ttyId) {
+    RECORD(commandEnd());
     DIRECT(doTtyEnd, ttyId);
 }
 
 void KazIODirector::vttyMsg(int ttyId, const char* format, va_list args) {
+    RECORD(text("command-output", format, args));
     DIRECT(doTtyMsg, ttyId, format, args);
 }
 
 void KazIODirector::vprintMsg(const char* format, va_list args) {
+    RECORD(text("message", format, args));
     DIRECT(doPrintMsg, format, args);
 }
 
 void KazIODirector::vprintError(const char* format, va_list args) {
+    RECORD(text("error", format, args));
     DIRECT(doPrintError, format, args);
 }
 
 void KazIODirector::vfatalError(const char* format, va_list args) {
+    RECORD(text("fatal", format, args));
     DIRECT(doFatalError, format, args);
 }
 
 void KazIODirector::vprintSymMsg(_gu_set_struct_* symbols, const char* format, va_list args) {
+    RECORD(symbols("symbol-message", symbols, format, args));
     DIRECT(doPrintSymMsg, symbols, format, args);
 }
 
 void KazIODirector::vprintSymError(_gu_set_struct_* symbols, const char* format, va_list args) {
+    RECORD(symbols("symbol-error", symbols, format, args));
     DIRECT(doPrintSymError, symbols, format, args);
 }
 
 KazIODirector::Reply KazIODirector::confirm(const KazString& title, const KazString& message,
                                             DialogType type, Reply defaultReply) {
-    DIRECT(doConfirm, title, message, type, defaultReply);
+    const auto ask = [&] { DIRECT(doConfirm, title, message, type, defaultReply); };
+    const Reply reply = ask();
+    RECORD(question(title, message, type, defaultReply, reply));
+    return reply;
 }
 
 bool KazIODirector::getUserInput(KazString& result, const KazString& title, const KazString& prompt,
                                  bool echo) {
-    DIRECT(doGetUserInput, result, title, prompt, echo);
+    const auto ask = [&] { DIRECT(doGetUserInput, result, title, prompt, echo); };
+    const bool given = ask();
+    RECORD(input(title, prompt, echo, given, result));
+    return given;
 }
 
 int KazIODirector::progressStart(KazString title, int total) {
-    DIRECT(doProgressStart, std::move(title), total);
+    const KazString kept = Dialogue::isOn() ? title : KazString();
+    const auto begin = [&] { DIRECT(doProgressStart, std::move(title), total); };
+    const int progressId = begin();
+    RECORD(progressStart(progressId, kept, total));
+    return progressId;
 }
 
 void KazIODirector::progressIncrement(int progressId, double amount, bool flag) {
+    RECORD(progressIncrement(progressId, amount, flag));
     DIRECT(doProgressIncrement, progressId, amount, flag);
 }
 
 void KazIODirector::vProgressMsg(int progressId, int level, const char* format, va_list args) {
+    RECORD(progressMessage(level, format, args));
     DIRECT(doProgressMsg, progressId, level, format, args);
 }
 
 void KazIODirector::progressEnd(int progressId) {
+    RECORD(progressEnd(progressId));
     DIRECT(doProgressEnd, progressId);
 }
 
 void KazIODirector::reset(int progressId) {
+    RECORD(progressReset(progressId));
     DIRECT(doReset, progressId);
 }
 
+#undef RECORD
 #undef DIRECT
 
 // The console has no cancellation and no callbacks to fall back to: a director

@@ -2,12 +2,15 @@
 #include "tools/messages/KazProgressHandle.h"
 
 #include "tools/messages/KazIODirector.h"
+#include "tools/messages/detail/Dialogue.h"
 
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 #include <vector>
+
+using kaz::detail::Dialogue;
 
 namespace {
 
@@ -83,10 +86,14 @@ void KazProgressHandle::vMsg(int level, const char* format, va_list args) {
 }
 
 void KazProgressHandle::startSubProgress(double share, int n) {
+    if (Dialogue::isOn())
+        Dialogue::stepStart(id, share);
     KazIODirector::getInstance()->doStartSubProgress(id, share, n);
 }
 
 void KazProgressHandle::endSubProgress() {
+    if (Dialogue::isOn())
+        Dialogue::stepEnd(id);
     KazIODirector::getInstance()->doEndSubProgress(id);
 }
 
@@ -145,6 +152,7 @@ void KazProgressHandle::checkCancel() {
             throw;
         }
     }
+    Dialogue::end(cancelledStatus);
     std::exit(cancelledStatus);
 }
 

@@ -1,45 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/platform/posix/replacement.h"
 
+#include "tools/platform/posix/held_signals.h"
 #include "tools/platform/posix/open_regular.h"
 
 #include <array>
 #include <climits>
-#include <csignal>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <utility>
 
 namespace kaz::host {
 
 namespace {
-
-/// While it lives a write beyond the limit of file sizes fails like any other one. The
-/// signal goes to the thread that writes, and not to it while it is held back; one that
-/// came meanwhile is taken away again.
-class HeldSizeSignal {
-public:
-    HeldSizeSignal() {
-        ::sigemptyset(&signal_);
-        ::sigaddset(&signal_, SIGXFSZ);
-        ::pthread_sigmask(SIG_BLOCK, &signal_, &before_);
-    }
-    HeldSizeSignal(const HeldSizeSignal&) = delete;
-    HeldSizeSignal& operator=(const HeldSizeSignal&) = delete;
-    ~HeldSizeSignal() {
-        const int saved = errno;
-        const timespec now = {0, 0};
-        if (::sigismember(&before_, SIGXFSZ) == 0)
-            retry([&] { return ::sigtimedwait(&signal_, nullptr, &now); });
-        ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-        errno = saved;
-    }
-
-private:
-    sigset_t signal_;
-    sigset_t before_;
-};
 
 /// The target of a link, seen from where the link stands.
 std::string linkTarget(const std::string& link) {
@@ -71,7 +44,7 @@ std::string behindLinks(std::string path) {
 }
 
 int writeAll(int file, const void* data, std::size_t size) {
-    const HeldSizeSignal held;
+    const HeldSignals held({SIGXFSZ});
     const char* from = static_cast<const char*>(data);
     while (size > 0) {
         const ssize_t done = retry([&] { return ::write(file, from, size); });

@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: Apache-2.0
+// The flag is set while the file is open, and only then. A progress is followed here
+// besides the director, because tools bring directors that know nothing of percentages;
+// the number that the director gave it names it in every line.
+#include "tools/messages/detail/Dialogue.h"
+
+#include "tools/formats/detail/json_text.h"
+#include "tools/messages/detail/JsonLine.h"
+#include "tools/messages/detail/ProgressTrack.h"
+#include "tools/platform/host.h"
+#include "tools/platform/host_lines.h"
+#include "tools/util/gu_set.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kaz::detail {
+
+constinit bool Dialogue::isOn_ = false;
+
+namespace {
+
+struct Followed {
+    ProgressTrack track{ProgressTrack::Clock::time_point()};
+    int told = 0; ///< whole percent
+};
+
+struct Recording {
+    host::LineWriter file;
+    std::string name;   ///< as the user spells it
+    bool isLog = false; ///< each line says when, and of which process
+    bool hasBegun = false;
+    std::map<int, Followed> progresses;
+};
+
+/// Never destroyed, as static objects of a tool may speak to the very end.
+Recording& recording() {
+    static Recording& kept = *new Recording;
+    return kept;
+}
+
+std::string_view viewOf(const KazString& text) {
+    return {text.getValue(), static_cast<std::size_t>(text.getLength())};
+}
+
+/// "2026-11-22T08:05:09.250Z".
+std::string timeText() {
+    namespace chrono = std::chrono;
+    int nanosecond = 0;
+    const chrono::sys_seconds now{chrono::seconds(host::now(nanosecond))};
+    const auto day = chrono::floor<chrono::days>(now);
+    const chrono::year_month_day date(day);
+    const chrono::hh_mm_ss time(now - day);
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                  static_cast<int>(time.minutes().count()),
+                  static_cast<int>(time.seconds().count()), nanosecond / 1000000);
+    return text;
+}
+
+/// Before the tool has begun there is no director to be asked for, and none is made: a tool
+/// finds what it would have found.
+void complain(int reason) {
+    const std::string text =
+        "KAZ_DIALOGUE: cannot write '" + recording().name + "': " + host::errorText(reason);
+    if (recording().hasBegun)
+        KazIODirector::printError("%s", text.c_str());
+    else
+        std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+/// 0, or why @p step could not be done. All that it throws is that memory ran out. A message
+/// that is recorded may show errno ("%m").
+template <typename Step>
+int guarded(Step step) {
+    const int before = errno;
+    int reason = ENOMEM;
+    try {
+        reason = step();
+    } catch (...) { // it is none of the tool's business
+    }
+    errno = before;
+    return reason;
+}
+
+/// Writes the line that @p make gives: 0, or why it is not written.
+template <typename Make>
+int written(Make make) {
+    return guarded([&] {
+        JsonLine line = make();
+        if (recording().isLog)
+            line.add("time", timeText()).add("pid", host::processId());
+        return recording().file.write(line.finished()) == 0 ? 0 : errno;
+    });
+}
+
+/// As the console ends it: without the newline of its format.
+KAZ_PRINTF(1, 0)
+std::string textOf(const char* format, va_list args) {
+    if (format == nullptr)
+        return {};
+    va_list again;
+    va_copy(again, args);
+    KazString formatted;
+    formatted.formatV(format, again);
+    va_end(again);
+    std::string text(viewOf(formatted));
+    if (std::string_view(format).ends_with('\n') && text.ends_with('\n'))
+        text.pop_back();
+    return text;
+}
+
+std::string listOf(const gu_set* symbols) {
+    std::string list = "[";
+    for (auto i = gu_set_init(symbols); !gu_set_done(i); gu_set_next(&i))
+        list.append(list.size() > 1 ? "," : "")
+            .append(std::to_string(reinterpret_cast<std::intptr_t>(gu_set_element(i))));
+    return list + "]";
+}
+
+std::string listOf(int count, const char* const* texts) {
+    std::string list = "[";
+    for (int i = 0; i < count; ++i) {
+        list += i > 0 ? "," : "";
+        appendJson(list, texts[i] != nullptr ? texts[i] : "");
+    }
+    return list + "]";
+}
+
+/// The last part of a program's name as it was called, without ".exe".
+std::string_view toolName(int argc, const char* const* argv) {
+    std::string_view name = argc > 0 && argv[0] != nullptr ? argv[0] : "";
+    name.remove_prefix(name.find_last_of("/\\") + 1); // npos + 1 is the beginning
+    if (name.ends_with(".exe") || name.ends_with(".EXE"))
+        name.remove_suffix(4);
+    return name;
+}
+
+/// 0, or why it cannot be opened.
+int open(const char* name, bool isLog) {
+    Recording& kept = recording();
+    kept.isLog = isLog;
+    kept.name = name;
+    kept.file = host::LineWriter(name, isLog);
+    return kept.file.isOpen() ? 0 : errno;
+}
+
+Followed* find(int id) {
+    const auto found = recording().progresses.find(id);
+    return found != recording().progresses.end() ? &found->second : nullptr;
+}
+
+} // namespace
+
+void Dialogue::settle(int reason) {
+    if (reason == 0)
+        return;
+    isOn_ = false;
+    recording().file = host::LineWriter();
+    try {
+        complain(reason);
+    } catch (...) { // nor is there memory to say so
+    }
+}
+
+void Dialogue::start(int argc, const char* const* argv) {
+    const char* const wish = host::environment("KAZ_DIALOGUE");
+    if (wish == nullptr || *wish == '\0')
+        return;
+    const bool isLog = *wish == '+';
+    if (!isLog && host::environment("KAZCOREROOT") != nullptr)
+        return; // the tool that has started this one is recorded
+    isOn_ = true;
+    settle(guarded([&] { return open(isLog ? wish + 1 : wish, isLog); }));
+    if (isOn_)
+        settle(written([&] {
+            return JsonLine("start")
+                .add("tool", toolName(argc, argv))
+                .addPlain("argv", argc > 1 ? listOf(argc - 1, argv + 1) : "[]")
+                .add("library", MOXTOOLS_VERSION);
+        }));
+    recording().hasBegun = true;
+}
+
+void Dialogue::end(int status) {
+    if (!isOn_)
+        return;
+    settle(written([&] { return JsonLine("end").add("status", status); }));
+    isOn_ = false;
+}
+
+void Dialogue::text(const char* event, const char* format, va_list args) {
+    settle(written([&] { return JsonLine(event).add("text", textOf(format, args)); }));
+}
+
+void Dialogue::symbols(const char* event, const gu_set* symbols, const char* format, va_list args) {
+    settle(written([&] {
+        return JsonLine(event)
+            .add("text", textOf(format, args))
+            .addPlain("symbols", listOf(symbols));
+    }));
+}
+
+void Dialogue::commandStart(const char* command) {
+    settle(written([&] { return JsonLine("command-start").add("text", command); }));
+}
+
+void Dialogue::commandEnd() {
+    settle(written([] { return JsonLine("command-end"); }));
+}
+
+void Dialogue::question(const KazString& title, const KazString& text, int type, int defaultReply,
+                        int reply) {
+    settle(written([&] {
+        return JsonLine("question")
+            .add("title", viewOf(title))
+            .add("text", viewOf(text))
+            .add("type", type)
+            .add("default", defaultReply)
+            .add("reply", reply);
+    }));
+}
+
+void Dialogue::input(const KazString& title, const KazString& prompt, bool echo, bool given,
+                     const KazString& text) {
+    settle(written([&] {
+        JsonLine line("input");
+        line.add("title", viewOf(title))
+            .add("prompt", viewOf(prompt))
+            .add("echo", echo)
+            .add("given", given);
+        if (echo && given)
+            line.add("text", viewOf(text));
+        return line;
+    }));
+}
+
+void Dialogue::trace(const char* topic, const char* text) {
+    settle(written([&] { return JsonLine("trace").add("topic", topic).add("text", text); }));
+}
+
+void Dialogue::progressStart(int id, const KazString& title, int total) {
+    settle(written([&] {
+        recording().progresses.insert_or_assign(id, Followed());
+        return JsonLine("progress-start")
+            .add("id", id)
+            .add("title", viewOf(title))
+            .add("total", total);
+    }));
+}
+
+void Dialogue::progressMessage(int level, const char* format, va_list args) {
+    settle(written([&] {
+        return JsonLine("progress-message").add("text", textOf(format, args)).add("level", level);
+    }));
+}
+
+/// Time is of no interest here: whoever follows the progress may be slower.
+constexpr ProgressTrack::Clock::time_point never;
+
+/// Sums of fractions count as what they were meant to be.
+int wholePercent(const ProgressTrack& track) {
+    return static_cast<int>(track.percent() + 1e-6);
+}
+
+void Dialogue::progressIncrement(int id, double amount, bool absolute) {
+    if (Followed* const progress = find(id)) {
+        progress->track.increment(amount, absolute, never);
+        tellPercent(id);
+    }
+}
+
+void Dialogue::progressReset(int id) {
+    if (Followed* const progress = find(id)) {
+        progress->track.reset(never);
+        tellPercent(id);
+    }
+}
+
+void Dialogue::stepStart(int id, double share) {
+    if (Followed* const progress = find(id))
+        settle(guarded([&] { return progress->track.push(share), 0; }));
+}
+
+void Dialogue::stepEnd(int id) {
+    if (Followed* const progress = find(id)) {
+        progress->track.pop(never);
+        tellPercent(id);
+    }
+}
+
+void Dialogue::tellPercent(int id) {
+    Followed& progress = *find(id);
+    const int percent = wholePercent(progress.track);
+    if (std::exchange(progress.told, percent) != percent)
+        settle(written([&] { return JsonLine("progress").add("id", id).add("percent", percent); }));
+}
+
+void Dialogue::progressEnd(int id) {
+    if (recording().progresses.erase(id) != 0)
+        settle(written([&] { return JsonLine("progress-end").add("id", id); }));
+}
+
+} // namespace kaz::detail
