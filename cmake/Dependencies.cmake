@@ -19,3 +19,12 @@ else()
   target_link_libraries(mox_dependencies INTERFACE ${MD_LIBRARY})
   set(MOX_PRIVATE_LIBS "-lz -lmd")
 endif()
+
+# What only programs need: a reader of JSON, headers alone. They are the same for every
+# host, but beside them lie those of this one: they are reached by a way of their own.
+find_path(MOX_JSON_DIR nlohmann/json.hpp PATHS /usr/include REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+mark_as_advanced(MOX_JSON_DIR)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/json)
+file(CREATE_LINK ${MOX_JSON_DIR}/nlohmann ${PROJECT_BINARY_DIR}/json/nlohmann SYMBOLIC)
+add_library(mox_json INTERFACE)
+target_include_directories(mox_json SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/json)

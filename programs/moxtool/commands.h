@@ -15,3 +15,6 @@ int completionCommand(int argc, char** argv);
 
 /// Says of everything that the suite needs whether it is as it should be.
 int doctorCommand(int argc, char** argv);
+
+/// Runs recorded tools again and compares what they say.
+int replayCommand(int argc, char** argv);

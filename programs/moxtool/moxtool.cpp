@@ -19,7 +19,8 @@ struct Command {
 
 constexpr Command commands[] = {
     {"completion", "print the script that completes command lines in a shell", completionCommand},
-    {"doctor", "say whether all that the suite needs is as it should be", doctorCommand}};
+    {"doctor", "say whether all that the suite needs is as it should be", doctorCommand},
+    {"replay", "run recorded tools again and compare what they say", replayCommand}};
 
 void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
     if (*option == '\0')
@@ -27,10 +28,10 @@ void offerCommands(const char* option, const char*, KazCommandLine::Offer offer,
             offer(command.name, command.help, data);
 }
 
-constexpr KazCommandLine commandLine({"moxtool", MOX_VERSION,
-                                      "Does what belongs to no single tool of the suite.", nullptr,
-                                      0, "completion ... | doctor", 1, -1, KazCommandLine::OfTool},
-                                     offerCommands);
+constexpr KazCommandLine
+    commandLine({"moxtool", MOX_VERSION, "Does what belongs to no single tool of the suite.",
+                 nullptr, 0, "completion ... | doctor | replay ...", 1, -1, KazCommandLine::OfTool},
+                offerCommands);
 
 const Command* find(const char* name) {
     const auto* const found =
