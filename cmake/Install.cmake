@@ -30,13 +30,17 @@ install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/SiblingIncludes.cmake COMPONENT devel
 
 install(EXPORT moxtools NAMESPACE moxtools:: FILE moxtools-targets.cmake
         DESTINATION ${lib}/cmake/moxtools COMPONENT development)
+set(moxtool ${bin}/moxtool${CMAKE_EXECUTABLE_SUFFIX})
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/moxtools-config.cmake.in
-  ${PROJECT_BINARY_DIR}/moxtools-config.cmake INSTALL_DESTINATION ${lib}/cmake/moxtools)
+  ${PROJECT_BINARY_DIR}/moxtools-config.cmake INSTALL_DESTINATION ${lib}/cmake/moxtools
+  PATH_VARS moxtool)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/moxtools-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/moxtools-config.cmake
               ${PROJECT_BINARY_DIR}/moxtools-config-version.cmake
+        DESTINATION ${lib}/cmake/moxtools COMPONENT development)
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/DialogueTest.cmake RENAME moxtools-dialogue.cmake
         DESTINATION ${lib}/cmake/moxtools COMPONENT development)
 
 # The prefix as seen from the file, so that it moves along.

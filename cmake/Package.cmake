@@ -40,7 +40,7 @@ foreach(program moxcopy moxinfo moxmsg moxreport moxtool)
   debian_file(programs /usr/share/man/man1 ${made}/${program}.1.gz)
 endforeach()
 
-foreach(page toolinfo.5 mox-messages.5 moxtools.7)
+foreach(page toolinfo.5 mox-messages.5 mox-dialogue.5 moxtools.7)
   string(REGEX MATCH "[0-9]$" section ${page})
   debian_file(programs /usr/share/man/man${section} ${made}/${page}.gz)
 endforeach()
