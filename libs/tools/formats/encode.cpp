@@ -29,10 +29,14 @@ void trim(KazString& text) {
         text.minimizeSize();
 }
 
-KazString encoded(const Format& format, std::string_view text, text_encoding_enum encoding) {
+/// Most names need no change: one scan and one block of the right size are then all.
+KazString encoded(const Format& format, const char* text, text_encoding_enum encoding) {
+    const std::string_view view = viewOf(text);
+    if (format.keeps(view))
+        return view.data(); // as terminated as text
     KazString result;
     TextBuilder out(result);
-    format.encode(out, text, encoding);
+    format.encode(out, view, encoding);
     out.commit();
     trim(result);
     return result;
@@ -54,7 +58,7 @@ bool holds(const KazString& string, const char* text) {
 KazString kazEncodeText(doc_format_enum format, const char* text, text_encoding_enum encoding) {
     if (!isInRange(format))
         return {};
-    return encoded(kaz::detail::paragraphFormat(format), viewOf(text), encoding);
+    return encoded(kaz::detail::paragraphFormat(format), text, encoding);
 }
 
 void kazAppendEncoded(KazString& out, doc_format_enum format, const char* text, int length,
@@ -72,7 +76,7 @@ void kazAppendEncoded(KazString& out, doc_format_enum format, const char* text, 
 }
 
 KazString kazEncodeHtmlAttribute(const char* text, text_encoding_enum encoding) {
-    return encoded(kaz::detail::attributeFormat(), viewOf(text), encoding);
+    return encoded(kaz::detail::attributeFormat(), text, encoding);
 }
 
 KazString kazEncodeMifString(const char* text, text_encoding_enum encoding) {

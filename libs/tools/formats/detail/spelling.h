@@ -30,6 +30,12 @@ public:
     /// Appends the text. Nothing of it is in the string before the builder commits.
     void encode(TextBuilder& out, std::string_view text, text_encoding_enum encoding) const;
 
+    /// Is @p text ASCII that stands for itself? False where a statement surrounds it.
+    bool keeps(std::string_view text) const {
+        return !hasStatements &&
+               lengthOfKept(text.data(), text.data() + text.size()) == text.size();
+    }
+
 private:
     bool keeps(const Character& c, text_encoding_enum encoding) const {
         return spellings[static_cast<std::size_t>(c.kind)].text.data() == nullptr &&
