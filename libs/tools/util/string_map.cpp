@@ -1,6 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
+// The chains are the map: they decide what is found and in which order it is shown.
+// Where the bucket of a key and its equality depend on its bytes alone, as they do in
+// a map that respects case and has no rule of its caller's, an index of all keys
+// stands beside them and finds the same entries; without memory for it, the chains
+// are searched. Each entry knows the link that leads to it, so that it leaves its
+// chain without a search.
 #include "tools/util/string_map.h"
 
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/util/detail/TextIndex.h"
 #include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/panic.h"
 #include "tools/util/text.h"
@@ -21,6 +29,34 @@ constexpr std::size_t maxKeyLength = 255;
 
 /// No chain has this number: they are -(bucketCount - 1) to bucketCount - 1.
 constexpr int noBucket = INT_MIN;
+
+/// Up to so many entries the chains are as quick as the index, which takes memory.
+constexpr std::size_t indexedFrom = 64;
+
+struct Entry : string_map_entry {
+    string_map_entry** link; ///< what points to it
+};
+
+Entry* own(string_map_entry* entry) {
+    return static_cast<Entry*>(entry);
+}
+
+struct Map : string_map_tp {
+    explicit Map(const string_map_tp& fields) : string_map_tp(fields) {}
+
+    std::size_t entries = 0;
+    /// At rest, which is empty, below indexedFrom and after it found no memory.
+    kaz::detail::TextIndex<string_map_entry*> index{2 * indexedFrom};
+    std::size_t nextIndexing = indexedFrom; ///< so many entries wake it
+};
+
+Map* own(string_map_tp* map) {
+    return static_cast<Map*>(map);
+}
+
+const Map* own(const string_map_tp* map) {
+    return static_cast<const Map*>(map);
+}
 
 /// The map's own rule. Bytes count as signed on every platform, so the sum may
 /// be negative, and the remainder with it.
@@ -54,22 +90,60 @@ bool keysEqual(const string_map_tp* map, const char* a, const char* b) {
     return map->caseSensitive ? std::strcmp(a, b) == 0 : kaz_fast_stricmp(a, b) == 0;
 }
 
-/// The link to the entry of @p key in @p bucket, or to the end of its chain.
-string_map_entry** findLink(const string_map_tp* map, const char* key, int bucket) {
-    string_map_entry** link = &map->buckets[bucket];
-    while (*link != nullptr && !keysEqual(map, (*link)->key, key))
-        link = &(*link)->next;
-    return link;
+/// The entry of @p key, whose bucket is @p bucket; or null.
+string_map_entry* findEntry(const string_map_tp* map, const char* key, int bucket) {
+    if (own(map)->index.size() > 0) {
+        const auto* slot = own(map)->index.find(kaz::detail::TextProbe(key));
+        return slot != nullptr ? slot->value : nullptr;
+    }
+    string_map_entry* entry = map->buckets[bucket];
+    while (entry != nullptr && !keysEqual(map, entry->key, key))
+        entry = entry->next;
+    return entry;
 }
 
-string_map_entry* makeEntry(const char* key, void* value, string_map_entry* next) {
+void addToIndex(Map* map, string_map_entry* entry) {
+    const kaz::detail::TextProbe probe(entry->key);
+    map->index.add(entry->key, entry, probe.length(), map->index.hashOf(probe));
+}
+
+/// Makes room for one more entry in the index, and wakes it where it is time.
+void prepareIndex(Map* map) {
+    const bool byBytes = map->caseSensitive && map->hash == nullptr;
+    const bool rests = map->index.size() == 0;
+    if (!byBytes || (rests && map->entries < map->nextIndexing))
+        return;
+    try {
+        map->index.reserve(rests ? map->entries + 1 : 1);
+        for (auto i = string_map_init(map); rests && !string_map_done(i); string_map_next(&i))
+            addToIndex(map, i.entry);
+    } catch (const KazMemoryException&) {
+        map->index.clear();
+        map->nextIndexing = 2 * map->entries;
+    }
+}
+
+string_map_entry* makeEntry(const char* key, void* value, string_map_entry** link) {
     constexpr const char* function = "string_map_define";
     const std::size_t size = std::strlen(key) + 1;
     kaz::detail::HeapPtr<char> copy(
         static_cast<char*>(kaz::detail::allocateOrPanic(size, function)));
     std::memcpy(copy.get(), key, size);
-    void* block = kaz::detail::allocateOrPanic(sizeof(string_map_entry), function);
-    return new (block) string_map_entry{copy.release(), value, next};
+    void* block = kaz::detail::allocateOrPanic(sizeof(Entry), function);
+    return new (block) Entry{{copy.release(), value, *link}, link};
+}
+
+/// Puts @p entry where @p link leads, before what is there.
+void enter(string_map_entry** link, string_map_entry* entry) {
+    if (entry->next != nullptr)
+        own(entry->next)->link = &entry->next;
+    *link = entry;
+}
+
+void leave(string_map_entry* entry) {
+    if (entry->next != nullptr)
+        own(entry->next)->link = own(entry)->link;
+    *own(entry)->link = entry->next;
 }
 
 void freeEntry(string_map_entry* entry) {
@@ -109,9 +183,8 @@ string_map_tp* string_map_create(string_map_hash hash, int size, string_map_rele
     const std::size_t chains = below + static_cast<std::size_t>(bucketCount);
     kaz::detail::HeapPtr<string_map_entry*> heads(static_cast<string_map_entry**>(
         kaz::detail::allocateZeroedOrPanic(chains * sizeof(string_map_entry*), function)));
-    void* block = kaz::detail::allocateOrPanic(sizeof(string_map_tp), function);
-    return new (block)
-        string_map_tp{heads.release() + below, 0, bucketCount, hash, release, caseSensitive};
+    void* block = kaz::detail::allocateOrPanic(sizeof(Map), function);
+    return new (block) Map({heads.release() + below, 0, bucketCount, hash, release, caseSensitive});
 }
 
 void string_map_destroy(string_map_tp** map) {
@@ -126,6 +199,7 @@ void string_map_destroy(string_map_tp** map) {
         freeEntry(entry);
     }
     std::free(old->buckets - (old->bucketCount - 1));
+    std::destroy_at(own(old));
     std::free(old);
 }
 
@@ -133,9 +207,15 @@ bool string_map_define(string_map_tp* map, const char* key, void* value, bool re
     const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
     if (bucket == noBucket)
         return false;
-    string_map_entry* entry = *findLink(map, key, bucket);
+    string_map_entry* entry = findEntry(map, key, bucket);
     if (entry == nullptr) {
-        map->buckets[bucket] = makeEntry(key, value, map->buckets[bucket]);
+        string_map_entry** link = &map->buckets[bucket];
+        prepareIndex(own(map));
+        entry = makeEntry(key, value, link);
+        enter(link, entry);
+        ++own(map)->entries;
+        if (own(map)->index.size() > 0)
+            addToIndex(own(map), entry);
         return true;
     }
     if (replace)
@@ -147,11 +227,13 @@ bool string_map_undefine(string_map_tp* map, const char* key, bool dropValue) {
     const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
     if (bucket == noBucket)
         return false;
-    string_map_entry** link = findLink(map, key, bucket);
-    string_map_entry* entry = *link;
+    string_map_entry* entry = findEntry(map, key, bucket);
     if (entry == nullptr)
         return false;
-    *link = entry->next;
+    if (const auto* slot = own(map)->index.slotOf(entry->key))
+        own(map)->index.remove(slot);
+    leave(entry);
+    --own(map)->entries;
     if (dropValue)
         releaseValue(map, entry->value);
     freeEntry(entry);
@@ -160,7 +242,7 @@ bool string_map_undefine(string_map_tp* map, const char* key, bool dropValue) {
 
 void* string_map_find(const string_map_tp* map, const char* key) {
     const int bucket = map != nullptr ? bucketOf(map, key) : noBucket;
-    const string_map_entry* entry = bucket != noBucket ? *findLink(map, key, bucket) : nullptr;
+    const string_map_entry* entry = bucket != noBucket ? findEntry(map, key, bucket) : nullptr;
     return entry != nullptr ? entry->value : nullptr;
 }
 
