@@ -233,6 +233,24 @@ void appendOurs(benchmark::State& state) {
     }
 }
 
+void appendNumber(KazIntColl& numbers, int number) {
+    numbers.add(number);
+}
+template <typename Sequence>
+void appendNumber(Sequence& numbers, int number) {
+    numbers.push_back(number);
+}
+
+template <typename Sequence>
+void appendNumbers(benchmark::State& state) {
+    for (auto _ : state) {
+        Sequence numbers;
+        for (int i = 0; i < static_cast<int>(state.range(0)); ++i)
+            appendNumber(numbers, i);
+        benchmark::DoNotOptimize(&numbers);
+    }
+}
+
 /// @p Sequence holds a copy of each text that is added.
 template <typename Sequence, typename Text>
 void appendTheirs(benchmark::State& state) {
@@ -323,6 +341,9 @@ void addSequenceRows() {
     const std::string append = "append a text to a collection";
     add(append, "moxtools", appendOurs, sizes);
     add(append, "std", appendTheirs<std::vector<std::string>, std::string>, sizes);
+    const std::string appendInt = "append an int to a collection";
+    add(appendInt, "moxtools", appendNumbers<KazIntColl>, sizes);
+    add(appendInt, "std", appendNumbers<std::vector<int>>, sizes);
     const std::string find = "find an int from the end";
     add(find, "moxtools", findFromEnd<KazIntColl>, sizes);
     add(find, "std", findFromEnd<std::vector<int>>, sizes);
@@ -333,6 +354,7 @@ void addSequenceRows() {
     add("iterate over ints with a registered iterator", "std", iterateSet<std::vector<int>>, sizes);
 #ifdef MOX_PEER_QT
     add(append, "qt", appendTheirs<QByteArrayList, QByteArray>, sizes);
+    add(appendInt, "qt", appendNumbers<QList<int>>, sizes);
     add(find, "qt", findFromEnd<QList<int>>, sizes);
     add(iterate, "qt", iterateTheirs<QByteArrayList>, sizes);
 #endif

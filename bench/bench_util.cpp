@@ -47,6 +47,53 @@ void firstUnsetWords(benchmark::State& state) {
     }
 }
 
+// ---- Each bit set, and asked for
+
+void setAndTestOurs(benchmark::State& state) {
+    const auto last = static_cast<int>(state.range(0));
+    bitvec* bits = bitvec_new(last);
+    for (auto _ : state) {
+        for (int i = 0; i <= last; i += 3) {
+            bitvec_set(bits, i);
+            benchmark::DoNotOptimize(bitvec_is_set(bits, last - i));
+        }
+    }
+    bitvec_delete(bits);
+}
+
+void setAndTestStandard(benchmark::State& state) {
+    const auto last = static_cast<std::size_t>(state.range(0));
+    std::vector<bool> bits(last + 1);
+    for (auto _ : state) {
+        for (std::size_t i = 0; i <= last; i += 3) {
+            bits[i] = true;
+            benchmark::DoNotOptimize(static_cast<bool>(bits[last - i]));
+        }
+    }
+}
+
+// ---- Two that are equal
+
+void compareOurs(benchmark::State& state) {
+    bitvec* bits = bitvec_new(static_cast<int>(state.range(0)));
+    bitvec* other = bitvec_copy(bits);
+    for (auto _ : state) {
+        benchmark::ClobberMemory();
+        benchmark::DoNotOptimize(bitvec_compare(bits, other));
+    }
+    bitvec_delete(other);
+    bitvec_delete(bits);
+}
+
+void compareWords(benchmark::State& state) {
+    const std::vector<std::uint64_t> bits(static_cast<std::size_t>(state.range(0) / 64 + 1));
+    const std::vector<std::uint64_t> other = bits;
+    for (auto _ : state) {
+        benchmark::ClobberMemory();
+        benchmark::DoNotOptimize(bits == other);
+    }
+}
+
 // ---- Maps from text to pointer, 127 buckets
 
 std::vector<std::string> names(std::int64_t count) {
@@ -131,7 +178,7 @@ void add(const std::string& name, void (*run)(benchmark::State&),
 
 template <typename Map>
 void addMapRows(const std::string& impl) {
-    const std::vector<std::int64_t> sizes = {10, 100, 1000}; // chains are not meant for more
+    const std::vector<std::int64_t> sizes = {10, 100, 1000, 10000, 100000};
     add("plain string map: define/" + impl, define<Map>, sizes);
     add("plain string map: find/" + impl, find<Map>, sizes);
 }
@@ -142,6 +189,10 @@ int main(int argc, char** argv) {
     const std::vector<std::int64_t> sizes = {100, 10000, 1000000};
     add("bit vector: first unset/moxtools", firstUnsetOurs, sizes);
     add("bit vector: first unset/std", firstUnsetWords, sizes);
+    add("bit vector: set and test/moxtools", setAndTestOurs, {1000});
+    add("bit vector: set and test/std", setAndTestStandard, {1000});
+    add("bit vector: compare/moxtools", compareOurs, sizes);
+    add("bit vector: compare/std", compareWords, sizes);
     addMapRows<OurMap>("moxtools");
     addMapRows<StandardMap>("std");
 #ifdef MOX_PEER_GLIB

@@ -307,7 +307,7 @@ void** KazColl::openSlots(int index, int count) {
     return data + index;
 }
 
-int KazColl::add(void* item) {
+int KazColl::addOne(void* item) {
     HeldItem held(checkInFunction, checkOutFunction, item);
     // Room in slots that are nobody else's: the usual case, in half the time.
     if (size < capacity && storage().occupied < 0) {

@@ -17,14 +17,6 @@ std::int64_t wordCount(std::int64_t size) {
     return (size + wordBits) / wordBits;
 }
 
-bool isValid(const _bvs_* bv, int i) {
-    return bv != nullptr && i >= 0 && i <= bv->size;
-}
-
-std::uint32_t maskOf(int i) {
-    return std::uint32_t{1} << (i % wordBits);
-}
-
 std::size_t byteCount(const _bvs_* bv) {
     return static_cast<std::size_t>(wordCount(bv->size)) * sizeof(std::uint32_t);
 }
@@ -50,15 +42,20 @@ std::uint32_t maskOf(int from, int to) {
     return (fullWord << from) & (fullWord >> (wordBits - 1 - to));
 }
 
-/// Whether the valid bits @p from..@p to agree, compared a word at a time.
+/// Whether the valid bits @p from..@p to agree: those of the words at both ends, and
+/// all of those between.
 bool agree(const _bvs_* a, const _bvs_* b, int from, int to) {
-    for (int word = from / wordBits; word <= to / wordBits; ++word) {
-        const int first = word == from / wordBits ? from % wordBits : 0;
-        const int last = word == to / wordBits ? to % wordBits : wordBits - 1;
-        if (((a->bits[word] ^ b->bits[word]) & maskOf(first, last)) != 0)
-            return false;
-    }
-    return true;
+    const int first = from / wordBits;
+    const int last = to / wordBits;
+    const auto agreeIn = [a, b](int word, std::uint32_t mask) {
+        return ((a->bits[word] ^ b->bits[word]) & mask) == 0;
+    };
+    if (first == last)
+        return agreeIn(first, maskOf(from % wordBits, to % wordBits));
+    const auto between = static_cast<std::size_t>(last - first - 1) * sizeof(std::uint32_t);
+    return agreeIn(first, maskOf(from % wordBits, wordBits - 1)) &&
+           agreeIn(last, maskOf(0, to % wordBits)) &&
+           std::memcmp(a->bits + first + 1, b->bits + first + 1, between) == 0;
 }
 
 } // namespace
@@ -91,27 +88,6 @@ _bvs_* bitvec_copy(const _bvs_* bv) {
     return copy;
 }
 
-void bitvec_set(_bvs_* bv, int i) {
-    if (isValid(bv, i))
-        bv->bits[i / wordBits] |= maskOf(i);
-}
-
-void bitvec_unset(_bvs_* bv, int i) {
-    if (isValid(bv, i))
-        bv->bits[i / wordBits] &= ~maskOf(i);
-}
-
-void bitvec_put_val(_bvs_* bv, int i, int val) {
-    if (val != 0)
-        bitvec_set(bv, i);
-    else
-        bitvec_unset(bv, i);
-}
-
-bool bitvec_is_set(const _bvs_* bv, int i) {
-    return isValid(bv, i) && (bv->bits[i / wordBits] & maskOf(i)) != 0;
-}
-
 void bitvec_clear(_bvs_* bv) {
     if (bv != nullptr)
         std::memset(bv->bits, 0, byteCount(bv));
@@ -125,11 +101,9 @@ int bitvec_is_all_clear(const _bvs_* bv) {
     return std::all_of(words, words + wordCount(bv->size), isClear) ? 1 : 0;
 }
 
-int bitvec_find_unset(const _bvs_* bv) {
-    if (bv == nullptr)
-        return -1;
+int kaz::detail::findUnset(const _bvs_* bv, int word) {
     const auto words = static_cast<int>(wordCount(bv->size));
-    for (int word = fullWords(bv->bits, words); word < words; ++word)
+    for (word += fullWords(bv->bits + word, words - word); word < words; ++word)
         if (bv->bits[word] != fullWord)
             return word * wordBits + std::countr_one(bv->bits[word]);
     return -1;
