@@ -154,6 +154,15 @@ class Messages(unittest.TestCase):
         self.assertEqual(shown.lines[0], "no more")
         self.assertEqual(shown.screen.cursor.x, 0)
 
+    def test_what_is_wrong_with_the_settings_is_told_once(self):
+        with tempfile.NamedTemporaryFile() as large:
+            large.truncate((256 << 20) + 1)
+            shown = on_terminal("error:never", env={**utf8, "ToolInfo": large.name})
+        text = "".join(shown.lines)
+        self.assertEqual(text.count("holds more than 256 MiB and is not read"), 1, text)
+        self.assertEqual(text.count("Can't open ToolInfo file"), 1, text)
+        self.assertEqual((shown.status, "never" in text), (1, False))
+
     def test_questions_and_commands_keep_it_off(self):
         shown = on_terminal("start:a:1:T", "ask:Delete", "run:ls\x07", "end:a", keys=b"n\n")
         text = "\n".join(shown.lines)

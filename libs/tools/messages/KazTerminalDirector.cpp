@@ -35,10 +35,18 @@ KazTerminalDirector::KazTerminalDirector(Style style) : wanted_(style) {}
 
 KazTerminalDirector::~KazTerminalDirector() = default;
 
-/// Late, because a director may be static, and variables are read after main() began.
+/// Late, because a director may be static, and variables are read after main() began. To
+/// read them may take a message, which needs the screen already.
 KazTerminalDirector::Screen& KazTerminalDirector::screen() const {
-    if (screen_ == nullptr)
-        screen_ = std::make_unique<Screen>(wanted_);
+    if (screen_ != nullptr)
+        return *screen_;
+    screen_ = std::make_unique<Screen>();
+    try {
+        screen_->settle(wanted_);
+    } catch (...) {
+        screen_.reset();
+        throw;
+    }
     return *screen_;
 }
 

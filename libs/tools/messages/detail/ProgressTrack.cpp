@@ -26,9 +26,10 @@ double secondsBetween(ProgressTrack::Clock::time_point from, ProgressTrack::Cloc
 
 } // namespace
 
-void ProgressTrack::increment(double delta, bool absolute, Clock::time_point now) {
+void ProgressTrack::increment(double delta, bool absolute) {
     const Step step = absolute ? Step{0, 100} : current();
-    moveTo(std::min(percent_ + clipped(delta) * (step.high - step.low) / 100, step.high), now);
+    const double advanced = percent_ + clipped(delta) * (step.high - step.low) / 100;
+    percent_ = std::max(percent_, std::min(advanced, step.high));
 }
 
 void ProgressTrack::push(double share) {
@@ -37,12 +38,11 @@ void ProgressTrack::push(double share) {
     steps_.push_back({percent_, std::min(percent_ + size, around.high)});
 }
 
-void ProgressTrack::pop(Clock::time_point now) {
+void ProgressTrack::pop() {
     if (steps_.empty())
         return;
-    const double end = steps_.back().high;
+    percent_ = std::max(percent_, steps_.back().high);
     steps_.pop_back();
-    moveTo(end, now);
 }
 
 void ProgressTrack::reset(Clock::time_point now) {
@@ -65,16 +65,11 @@ double ProgressTrack::remaining(Clock::time_point now) const {
     return speed > 0 ? (100 - percent_) / speed : -1;
 }
 
-void ProgressTrack::moveTo(double percent, Clock::time_point now) {
-    percent_ = std::max(percent_, percent);
-    sample(now);
-}
-
 void ProgressTrack::sample(Clock::time_point now) {
     const double interval = secondsBetween(sampled_, now);
     if (interval < shortestSample)
         return;
-    if (elapsed(now) < window) {
+    if (elapsed(now) < window || sampled_ == begin_) {
         mean_ = percent_ / elapsed(now);
     } else {
         const double speed = (percent_ - sampledPercent_) / interval;

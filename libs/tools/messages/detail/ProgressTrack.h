@@ -10,7 +10,7 @@ namespace kaz::detail {
 
 /// A percentage from 0 to 100 with nested steps, kept as a double, so that a
 /// million increments add up; and the speed at which it grows. The caller brings
-/// the time, which never goes back.
+/// the time, which never goes back, when it looks: a report costs no clock.
 ///
 /// Percentages outside 0 to 100, and what is no number, count as 100, as they do
 /// everywhere in this library. Within a step there is no way back.
@@ -24,15 +24,18 @@ public:
     double percent() const { return percent_; }
 
     /// Advances by @p delta percent of the innermost step, or of the whole.
-    void increment(double delta, bool absolute, Clock::time_point now);
+    void increment(double delta, bool absolute);
 
     /// Opens a step of @p share percent of the one around it.
     void push(double share);
     /// Ends the innermost step, which completes its share; nothing without one.
-    void pop(Clock::time_point now);
+    void pop();
 
     /// From the beginning, without steps.
     void reset(Clock::time_point now);
+
+    /// Brings the mean speed up to date; to be called now and then, as before a picture.
+    void sample(Clock::time_point now);
 
     /// Seconds since the beginning.
     double elapsed(Clock::time_point now) const;
@@ -52,9 +55,6 @@ private:
     };
 
     Step current() const { return steps_.empty() ? Step{0, 100} : steps_.back(); }
-    void moveTo(double percent, Clock::time_point now);
-    void sample(Clock::time_point now);
-
     double percent_ = 0;
     std::vector<Step> steps_;
     Clock::time_point begin_;

@@ -6,6 +6,7 @@
 #include "tools/messages/detail/ProgressLine.h"
 #include "tools/messages/detail/TerminalText.h"
 #include "tools/platform/host.h"
+#include "tools/platform/host_clock.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -100,12 +101,14 @@ void put(std::FILE* stream, std::string_view text) {
 
 } // namespace
 
-TerminalScreen::TerminalScreen(Style wanted)
-    : style_(wanted != KazTerminalDirector::Automatic ? wanted : userStyle()),
-      outputIsTerminal_(host::isTerminal(stdout)),
+TerminalScreen::TerminalScreen()
+    : outputIsTerminal_(host::isTerminal(stdout)),
       errorIsTerminal_(host::isTerminal(stderr)),
-      colour_(wantsColour()),
-      canvas_(canvasStream()) {
+      canvas_(canvasStream()) {}
+
+void TerminalScreen::settle(Style wanted) {
+    colour_ = wantsColour();
+    style_ = wanted != KazTerminalDirector::Automatic ? wanted : userStyle();
     if (style_ != KazTerminalDirector::Bar)
         return;
     if (canvas_ == nullptr || !host::allowEscapes(canvas_))
@@ -165,9 +168,10 @@ void TerminalScreen::resume() {
 
 int TerminalScreen::start(int id, std::string_view title, int total) {
     lastId_ = id != 0 ? id : lastId_ + 1;
-    open_.push_back({lastId_, shownText(title, false), total, ProgressTrack(Clock::now())});
+    const Clock::time_point now = host::lastTick();
+    open_.push_back({lastId_, shownText(title, false), total, ProgressTrack(now)});
     if (open_.size() == 1) {
-        shown_ = Clock::now();
+        shown_ = now;
         shownPercent_ = 0;
     }
     draw();
@@ -176,7 +180,7 @@ int TerminalScreen::start(int id, std::string_view title, int total) {
 
 void TerminalScreen::advance(int id, double amount, bool absolute) {
     if (Progress* const progress = find(id)) {
-        progress->track.increment(amount, absolute, Clock::now());
+        progress->track.increment(amount, absolute);
         show(*progress);
     }
 }
@@ -188,14 +192,14 @@ void TerminalScreen::startStep(int id, double share) {
 
 void TerminalScreen::endStep(int id) {
     if (Progress* const progress = find(id)) {
-        progress->track.pop(Clock::now());
+        progress->track.pop();
         show(*progress);
     }
 }
 
 void TerminalScreen::restart(int id) {
     if (Progress* const progress = find(id)) {
-        progress->track.reset(Clock::now());
+        progress->track.reset(host::lastTick());
         shownPercent_ = 0;
         draw();
     }
@@ -225,21 +229,25 @@ TerminalScreen::Progress* TerminalScreen::find(int id) {
     return found != open_.end() ? &*found : nullptr;
 }
 
-/// After an advance: not every one is worth a look at the terminal.
+/// After an advance, of which there may be 100,000 a second: most are worth no more than a
+/// look at the last tick of the clock.
 void TerminalScreen::show(Progress& progress) {
     if (&progress != open_.data())
         return;
     if (style_ == KazTerminalDirector::Lines)
         return log(progress);
+    if (style_ != KazTerminalDirector::Bar)
+        return;
     const bool completed = progress.track.percent() >= 100 && shownPercent_ < 100;
-    if (completed || Clock::now() - shown_ >= drawingInterval)
+    if (completed || host::lastTick() - shown_ >= drawingInterval)
         draw();
 }
 
 namespace {
 
-ProgressFigures figuresOf(std::string_view title, int total, const ProgressTrack& track,
+ProgressFigures figuresOf(std::string_view title, int total, ProgressTrack& track,
                           ProgressTrack::Clock::time_point now) {
+    track.sample(now);
     return {
         title, track.percent(), total, track.rate(now), track.elapsed(now), track.remaining(now),
         false};
@@ -259,8 +267,8 @@ void TerminalScreen::draw(bool ended) {
 void TerminalScreen::paint(bool ended) {
     if (style_ != KazTerminalDirector::Bar || pauses_ > 0 || open_.empty())
         return;
-    const Progress& progress = open_.front();
-    shown_ = Clock::now();
+    Progress& progress = open_.front();
+    shown_ = host::lastTick();
     shownPercent_ = progress.track.percent();
     ProgressFigures figures = figuresOf(progress.title, progress.total, progress.track, shown_);
     figures.ended = ended;
@@ -279,7 +287,7 @@ void TerminalScreen::erase() {
 }
 
 void TerminalScreen::log(Progress& progress) {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = host::lastTick();
     const auto tenth = [](double percent) { return static_cast<int>(percent / 10 + 1e-6); };
     const double percent = progress.track.percent();
     if (tenth(percent) == tenth(shownPercent_) && now - shown_ < logInterval)

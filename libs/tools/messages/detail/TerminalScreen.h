@@ -20,7 +20,11 @@ class TerminalScreen {
 public:
     using Style = KazTerminalDirector::Style;
 
-    explicit TerminalScreen(Style wanted);
+    /// Says messages as they are, and shows no progress, until settle().
+    TerminalScreen();
+    /// Looks up what the user has set, which may cause messages: they come back to this
+    /// screen. To be called once.
+    void settle(Style wanted);
     /// The cursor goes to the line below.
     ~TerminalScreen();
     TerminalScreen(const TerminalScreen&) = delete;
@@ -73,10 +77,10 @@ private:
     void log(Progress& progress);
     int width() const;
 
-    Style style_;
+    Style style_ = KazTerminalDirector::Silent;
     bool outputIsTerminal_;
     bool errorIsTerminal_;
-    bool colour_;
+    bool colour_ = false;
     std::FILE* canvas_;
     bool utf8_ = false;
     std::vector<Progress> open_; ///< the one that is shown comes first
