@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The steps of a copy, as far as they can be seen beforehand: the directories that are
 // missing, from the first to the last, then the planned tree against the earlier copy.
-// Below a directory that is to be made nothing can be in the way.
+// Below a directory that is to be made nothing can be in the way but the copy's own work,
+// where names are not told apart by case: of those that are one name there, the first is
+// copied, and each later one is a failure, a directory with all that is in it.
 #include "foretell.h"
 
 #include "made_directories.h"
@@ -36,8 +38,10 @@ public:
         else if (!around.isOpen() ||
                  (!missing.empty() && !mayMake(options_.target, missing.size())))
             failAll(options_.destination(), errno);
-        else
+        else {
+            ignoresCase_ = around.ignoresCase();
             walk(missing.empty() ? around.openSelf() : KazDirectory(), missing);
+        }
         for (const Failure& failure : plan_.failures.first())
             fail(inDestination(failure.path), failure.reason.getValue());
         failures_ += plan_.failures.count() - plan_.failures.first().size();
@@ -66,11 +70,18 @@ private:
     /// A directory of the destination on the way down. Where it is there, target_ is in it.
     struct Level {
         KazString path;
-        std::set<KazString> met; ///< what is planned for it
+        std::set<KazString> met;   ///< what is planned for it, by asOneName()
+        std::set<KazString> taken; ///< what the copy will have there of its own
         bool isThere = false;
-        bool isLost = false;    ///< nothing can be copied into it
+        bool isLost = false;    ///< nothing can be moved into it
+        bool isClash = false;   ///< it is not even copied
         bool isEntered = false; ///< source_ is in the directory of the system
     };
+
+    /// Names that are one name at the destination become one.
+    KazString asOneName(const KazString& name) const {
+        return ignoresCase_ ? KazDirectory::withoutCase(name) : name;
+    }
 
     /// May a directory be made in the nearest one around that is there?
     static bool mayMake(KazString path, std::size_t levels) {
@@ -95,27 +106,31 @@ private:
         }
         const bool isThere = target.isOpen();
         target_ = KazTreeCursor(std::move(target));
-        const Level top{options_.target, {}, isThere, false, false};
+        Level top{options_.target, {}, {}, isThere, false, false, false};
         for (const PlannedDirectory& directory : plan_.directories)
             enter(directory, top);
         while (!levels_.empty())
             leave();
     }
 
-    void enter(const PlannedDirectory& directory, const Level& top) {
+    void enter(const PlannedDirectory& directory, Level& top) {
         while (static_cast<int>(levels_.size()) > directory.depth)
             leave();
         const KazString& name = directory.depth == 0 ? options_.system : directory.name;
-        if (!levels_.empty())
-            levels_.back().met.insert(name);
-        const Level& above = levels_.empty() ? top : levels_.back();
-        Level level{joined(above.path, name), {}, false, above.isLost, false};
+        Level& above = levels_.empty() ? top : levels_.back();
+        above.met.insert(asOneName(name));
+        Level level{joined(above.path, name), {}, {}, false, above.isLost, above.isClash, false};
+        if (!level.isClash && !above.taken.insert(asOneName(name)).second) {
+            level.isLost = level.isClash = true;
+            fail(shown(level.path), reasonOf(EEXIST));
+        }
         if (!level.isLost)
             open(above, name, level);
         level.isEntered = directory.depth > 0 && source_.enter(name) == 0;
         levels_.push_back(std::move(level));
-        for (const KazDirectoryEntry& file : directory.files)
-            foretellFile(file);
+        if (!levels_.back().isClash)
+            for (const KazDirectoryEntry& file : directory.files)
+                foretellFile(file);
     }
 
     /// One failure for a directory, whatever is in it.
@@ -160,7 +175,7 @@ private:
         std::sort(entries.begin(), entries.end(),
                   [](const auto& a, const auto& b) { return a.name < b.name; });
         for (const KazDirectoryEntry& entry : entries) {
-            if (met.contains(entry.name))
+            if (met.contains(asOneName(entry.name)))
                 continue;
             if (entry.kind != KazFileKind::Directory)
                 lines_.push_back("keep " + shownEntry(path, entry.name));
@@ -199,11 +214,14 @@ private:
 
     void foretellFile(const KazDirectoryEntry& file) {
         Level& level = levels_.back();
-        level.met.insert(file.name);
+        const KazString name = asOneName(file.name);
+        level.met.insert(name);
         const KazString path = shownEntry(level.path, file.name);
         std::uintmax_t size = 0;
         if (const int reason = readFailure(file, size); reason != 0)
             return fail(path, reasonOf(reason));
+        if (!level.taken.insert(name).second)
+            return fail(path, reasonOf(EEXIST));
         ++readable_;
         if (level.isLost)
             return;
@@ -257,6 +275,7 @@ private:
     KazTreeCursor target_;
     std::vector<Level> levels_;
     std::vector<KazString> lines_;
+    bool ignoresCase_ = false;
     std::size_t readable_ = 0; ///< files
     std::size_t directories_ = 0;
     std::size_t files_ = 0;

@@ -3,8 +3,11 @@
 #include "moxcopy.h"
 
 #include "files/tree.h"
+#include "tools/files/KazFileManager.h"
 #include "tools/formats/encode.h"
 
+#include <cctype>
+#include <cstdlib>
 #include <sstream>
 
 namespace {
@@ -39,6 +42,12 @@ Foretold readPlan(const std::string& text) {
     return plan;
 }
 
+std::string inLowerCase(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
 /// What is below a directory and around it, by the names that messages show.
 tree::Snapshot shownSnapshot(const kit::TempTree& files, const std::string& top) {
     tree::Snapshot result;
@@ -59,6 +68,24 @@ protected:
                 std::ofstream(entry.path(), std::ios::app) << "of the earlier copy";
     }
 
+    /// The plan of a copy, then the copy: @p seen gets the first words of the plan's lines.
+    /// All that either changes is below @p top.
+    void expectLaw(const std::string& top, const std::string& target,
+                   std::vector<std::string> arguments, std::set<std::string>& seen);
+
+    /// A name as the destination knows it.
+    std::string named(const std::string& name) const {
+        return isCaseless ? inLowerCase(name) : name;
+    }
+    tree::Snapshot snapshotOf(const std::string& top) const {
+        tree::Snapshot result;
+        for (const auto& [name, what] : shownSnapshot(tree, top))
+            result[named(name)] = what;
+        return result;
+    }
+
+    bool isCaseless = false;
+
     void makeTrees(const std::string& target, kit::Random& random) {
         tree.mkdir("plant/brewery");
         tree::grow(tree, "plant/brewery", random, 1);
@@ -74,6 +101,67 @@ protected:
     }
 };
 
+void Plan::expectLaw(const std::string& top, const std::string& target,
+                     std::vector<std::string> arguments, std::set<std::string>& seen) {
+    std::vector<std::string> asked = arguments;
+    asked.insert(asked.begin(), "--plan");
+    const tree::Snapshot before = snapshotOf(top);
+    const kit::Result said = copy(asked);
+    EXPECT_EQ(snapshotOf(top), before);
+    EXPECT_EQ(said.err, "");
+    Foretold plan = readPlan(said.out);
+    const auto planned = [&](const char* word) {
+        std::set<std::string> names;
+        for (const std::string& name : plan.names[word])
+            names.insert(named(name));
+        return names;
+    };
+
+    arguments.emplace_back("-Force");
+    const kit::Result done = copy(arguments);
+    EXPECT_EQ(done.status, said.status) << said.out << done.err;
+    const std::string copyIs = named(
+        kazPrintable(fs::path(tree.path(target)).make_preferred().string().c_str()).getValue() +
+        std::string(1, static_cast<char>(fs::path::preferred_separator)) + "brewery");
+    std::set<std::string> made, copied, replaced, kept;
+    std::uintmax_t bytes = 0;
+    for (const auto& [name, what] : snapshotOf(top)) {
+        const auto old = before.find(name);
+        const bool isIn = name.starts_with(copyIs);
+        if (what == "dir") {
+            if (old == before.end())
+                made.insert(name);
+        } else if (old == before.end() || old->second != what) {
+            (old == before.end() ? copied : replaced).insert(name);
+            bytes += what.size() - what.find(':') - 1;
+        } else if (isIn) {
+            kept.insert(name);
+        }
+    }
+    EXPECT_EQ(planned("make"), made) << said.out;
+    EXPECT_EQ(planned("copy"), copied) << said.out;
+    EXPECT_EQ(planned("replace"), replaced) << said.out;
+    for (const std::string& name : planned("keep"))
+        EXPECT_TRUE(kept.contains(name)) << name;
+    EXPECT_EQ(plan.bytes, bytes);
+    std::ostringstream sum;
+    const std::size_t failures = plan.names["fail"].size();
+    sum << "plan: " << made.size() << " directories, " << copied.size() + replaced.size()
+        << " files, " << bytes << " bytes; " << replaced.size() << " replaced, " << failures
+        << " failures";
+    EXPECT_EQ(plan.sum, sum.str());
+    const auto told = [&](const std::string& text) {
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = done.err.find(text, at)) != text.npos; ++at)
+            ++count;
+        return count;
+    };
+    EXPECT_EQ(told("Not copied: "), failures) << said.out << done.err;
+    for (const auto& [word, names] : plan.names)
+        if (!names.empty())
+            seen.insert(word);
+}
+
 TEST_F(Plan, TheCopyThatFollowsDoesWhatItSays) {
     SCOPED_TRACE(kit::seedText());
     kit::Random random(kit::seed());
@@ -87,59 +175,88 @@ TEST_F(Plan, TheCopyThatFollowsDoesWhatItSays) {
             arguments.insert(arguments.end(), {"-filter", "*t*"});
         if (random.oneIn(3))
             arguments.insert(arguments.end(), {"a", "none", "keep"});
-        std::vector<std::string> asked = arguments;
-        asked.insert(asked.begin(), "--plan");
-        const tree::Snapshot before = shownSnapshot(tree, "");
-        const kit::Result said = copy(asked);
-        EXPECT_EQ(shownSnapshot(tree, ""), before);
-        EXPECT_EQ(said.err, "");
-        Foretold plan = readPlan(said.out);
-
-        arguments.emplace_back("-Force");
-        const kit::Result done = copy(arguments);
-        EXPECT_EQ(done.status, said.status) << said.out << done.err;
-        std::set<std::string> made, copied, replaced, kept;
-        std::uintmax_t bytes = 0;
-        for (const auto& [name, what] : shownSnapshot(tree, "")) {
-            const auto old = before.find(name);
-            const bool isIn = name.starts_with(
-                kazPrintable(fs::path(tree.path(target)).make_preferred().string().c_str())
-                    .getValue() +
-                std::string(1, static_cast<char>(fs::path::preferred_separator)) + "brewery");
-            if (what == "dir") {
-                if (old == before.end())
-                    made.insert(name);
-            } else if (old == before.end() || old->second != what) {
-                (old == before.end() ? copied : replaced).insert(name);
-                bytes += what.size() - what.find(':') - 1;
-            } else if (isIn) {
-                kept.insert(name);
-            }
-        }
-        EXPECT_EQ(plan.names["make"], made) << said.out;
-        EXPECT_EQ(plan.names["copy"], copied) << said.out;
-        EXPECT_EQ(plan.names["replace"], replaced) << said.out;
-        for (const std::string& name : plan.names["keep"])
-            EXPECT_TRUE(kept.contains(name)) << name;
-        EXPECT_EQ(plan.bytes, bytes);
-        std::ostringstream sum;
-        const std::size_t failures = plan.names["fail"].size();
-        sum << "plan: " << made.size() << " directories, " << copied.size() + replaced.size()
-            << " files, " << bytes << " bytes; " << replaced.size() << " replaced, " << failures
-            << " failures";
-        EXPECT_EQ(plan.sum, sum.str());
-        const auto told = [&](const std::string& text) {
-            std::size_t count = 0;
-            for (std::size_t at = 0; (at = done.err.find(text, at)) != text.npos; ++at)
-                ++count;
-            return count;
-        };
-        EXPECT_EQ(told("Not copied: "), failures) << said.out << done.err;
-        for (const auto& [word, names] : plan.names)
-            if (!names.empty())
-                seen.insert(word);
+        expectLaw("", target, arguments, seen);
     }
     EXPECT_EQ(seen, (std::set<std::string>{"make", "copy", "replace", "keep", "fail"}));
+}
+
+/// A destination that tells no names apart by case, for whoever may mount one.
+class CaselessPlan : public Plan {
+protected:
+    void SetUp() override {
+        const std::string image = "'" + tree.path("image") + "'", place = tree.mkdir("place");
+        fs::resize_file(tree.write("image", ""), 8 << 20);
+        if (std::system(("{ mkntfs -F -q -Q " + image + " && lowntfs-3g -o ignore_case " + image +
+                         " '" + place + "'; } >'" + tree.path("log") + "' 2>&1")
+                            .c_str()) != 0)
+            GTEST_SKIP() << "lowntfs-3g cannot mount anything here";
+        isCaseless = isMounted = true;
+        tree.write("place/told", "by this name"); // an empty file system tells nothing
+    }
+    void TearDown() override {
+        if (isMounted) {
+            EXPECT_EQ(std::system(("umount '" + tree.path("place") + "'").c_str()), 0);
+        }
+    }
+
+    /// Files and directories whose names differ in case alone, too.
+    void grow(const std::string& top, kit::Random& random, int levels) {
+        tree.mkdir(top);
+        for (const std::string name : {"a", "A", "b", "B", "aB", "Ab", "AB"}) {
+            if (random.oneIn(2))
+                continue;
+            if (levels > 0 && random.oneIn(2))
+                grow(top + "/" + name, random, levels - 1);
+            else
+                tree.write(top + "/" + name, top + name);
+        }
+    }
+
+    bool isMounted = false;
+};
+
+TEST_F(CaselessPlan, KnowsWhichNamesWillBeOne) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    std::set<std::string> seen;
+    for (int turn = 0; turn < 10; ++turn) {
+        fs::remove_all(tree.path("plant"));
+        grow("plant/brewery", random, 2);
+        const std::string target = "place/t" + std::to_string(turn);
+        if (turn > 3) {
+            for (const std::string name : {"a", "b", "ab", "own"})
+                tree.write(target + "/brewery/" + name + (random.oneIn(2) ? "/ab" : ""), "earlier");
+        }
+        expectLaw("place", target, {"-target", target}, seen);
+    }
+    EXPECT_EQ(seen, (std::set<std::string>{"make", "copy", "replace", "keep", "fail"}));
+}
+
+TEST_F(CaselessPlan, OfAnyTreeNamesTheClashes) {
+    SCOPED_TRACE(kit::seedText());
+    kit::Random random(kit::seed());
+    for (int turn = 0; turn < 10; ++turn) {
+        const std::string number = std::to_string(turn);
+        grow("s" + number, random, 2);
+        const std::string target = tree.mkdir("place/t" + number);
+        KazFileManager manager(kazNativePath(tree.path("s" + number).c_str()));
+        std::set<std::string> planned, written;
+        const bool isGood = manager.plan(
+            kazNativePath(target.c_str()), "*", true, false,
+            [](const KazPlannedAction& action, void* names) {
+                if (action.kind == KazPlannedAction::Make || action.kind == KazPlannedAction::Copy)
+                    static_cast<std::set<std::string>*>(names)->insert(
+                        inLowerCase(kazHostPath(action.target).getValue()));
+                EXPECT_NE(action.kind, KazPlannedAction::Replace);
+            },
+            &planned);
+        const KazString errors = manager.getErrors();
+        EXPECT_EQ(manager.copy(kazNativePath(target.c_str()), "*", true), isGood);
+        EXPECT_STREQ(manager.getErrors(), errors);
+        for (const auto& [name, what] : tree::snapshot(target))
+            written.insert(inLowerCase(target + "/" + name));
+        EXPECT_EQ(planned, written);
+    }
 }
 
 TEST_F(Plan, AsksNothingAndRefusesWhatTheCopyRefuses) {

@@ -116,6 +116,15 @@ public:
     /// "*.*" means "*"; case counts where it does on the host. Null counts as "".
     static bool matches(const char* pattern, const char* name);
 
+    /// Whether names that differ in case alone are one name here. Told by the entries that
+    /// are there, else by those of the directories around it on the same device, else by what
+    /// the host usually does; nothing is written. Costs a listing, seldom more, and a look at
+    /// two entries. False when not open.
+    bool ignoresCase() const;
+    /// @p name as such a directory compares it: names with equal results are one name.
+    /// Letters beyond ASCII count as far as the locale knows them. Null counts as "".
+    static KazString withoutCase(const char* name);
+
     /// Opens a file as TI_fopen does, but follows no link (ELOOP), and fails for what is
     /// no regular file (EINVAL, EISDIR) instead of waiting. The caller closes. Null on
     /// failure.

@@ -135,6 +135,32 @@ bool canBeMade(const KazDirectory& parent, const KazString& parentPath, const Ka
            kaz::host::access(parentPath.getValue(), writing) == 0;
 }
 
+/// What copyTree opens or makes.
+kaz::detail::PlanTop planTop(const KazString& root, const KazString& dest, bool makeTop) {
+    kaz::detail::PlanTop top;
+    top.path = dest;
+    if (!makeTop) {
+        top.directory = KazDirectory(dest.getValue());
+        return top;
+    }
+    KazString parentPath = dest;
+    top.name = kazLastFileComponent(root.getValue());
+    if (isName(top.name)) {
+        top.path = kaz::detail::joinPath(dest.getValue(), top.name.getValue());
+        top.parent = KazDirectory(dest.getValue());
+        top.directory = top.parent.openDirectory(top.name);
+    } else {
+        const KazString path = kazDirForDisplay(dest.getValue());
+        top.name = kazLastFileComponent(path.getValue());
+        parentPath = kazPathDirPart(path.getValue());
+        top.path = kazComposePath(dest, "");
+        top.parent = KazDirectory(parentPath.getValue());
+        top.directory = KazDirectory(top.path.getValue());
+    }
+    top.isMade = canBeMade(top.parent, parentPath, top.name);
+    return top;
+}
+
 } // namespace
 
 KazFileManager::KazFileManager(KazString root) : root(root) {}
@@ -204,34 +230,9 @@ bool KazFileManager::copyTree(const KazString& dest, const char* pattern, bool r
 bool KazFileManager::plan(KazString dest, KazString pattern, bool recursive, bool makeTop,
                           void (*visit)(const KazPlannedAction&, void*), void* data) {
     errors.clear();
-    return TreePlan(*this, pattern.getValue(), recursive, root, planTop(dest, makeTop), visit, data)
+    return TreePlan(*this, pattern.getValue(), recursive, root, planTop(root, dest, makeTop), visit,
+                    data)
         .run();
-}
-
-/// What copyTree opens or makes.
-kaz::detail::PlanTop KazFileManager::planTop(const KazString& dest, bool makeTop) const {
-    kaz::detail::PlanTop top;
-    top.path = dest;
-    if (!makeTop) {
-        top.directory = KazDirectory(dest.getValue());
-        return top;
-    }
-    KazString parentPath = dest;
-    top.name = kazLastFileComponent(root.getValue());
-    if (isName(top.name)) {
-        top.path = kaz::detail::joinPath(dest.getValue(), top.name.getValue());
-        top.parent = KazDirectory(dest.getValue());
-        top.directory = top.parent.openDirectory(top.name);
-    } else {
-        const KazString path = kazDirForDisplay(dest.getValue());
-        top.name = kazLastFileComponent(path.getValue());
-        parentPath = kazPathDirPart(path.getValue());
-        top.path = kazComposePath(dest, "");
-        top.parent = KazDirectory(parentPath.getValue());
-        top.directory = KazDirectory(top.path.getValue());
-    }
-    top.isMade = canBeMade(top.parent, parentPath, top.name);
-    return top;
 }
 
 bool KazFileManager::isExcluded(const char* name) const {

@@ -10,9 +10,7 @@
 
 namespace kaz::detail {
 class TreeCopy;
-class TreePlan;
 class TreeRemoval;
-struct PlanTop;
 } // namespace kaz::detail
 
 /// One thing that a copy would do.
@@ -122,7 +120,6 @@ private:
     friend class kaz::detail::TreeRemoval;
 
     bool copyTree(const KazString& dest, const char* pattern, bool recursive, bool makeTop);
-    kaz::detail::PlanTop planTop(const KazString& dest, bool makeTop) const;
     bool isExcluded(const char* name) const;
     void addError(const KazString& path);
 

@@ -4,7 +4,6 @@
 #include "tools/platform/host.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -22,35 +21,8 @@ bool mayUse(const KazString& path, int mode) {
            (errno != EACCES && errno != EROFS && errno != EPERM);
 }
 
-std::string lowered(const char* text) {
-    std::string result = text;
-    std::transform(result.begin(), result.end(), result.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
-}
-
-std::string otherCase(std::string name) {
-    for (char& c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        c = static_cast<char>(std::islower(byte) ? std::toupper(byte) : std::tolower(byte));
-    }
-    return name;
-}
-
-/// Asks by the names that are there, without writing one; where none tells, the host's
-/// rule holds.
-bool foldsCase(const KazDirectory& directory) {
-    std::vector<KazDirectoryEntry> entries;
-    directory.list("*", entries);
-    for (const KazDirectoryEntry& entry : entries) {
-        const std::string name = entry.name.getValue(), other = otherCase(name);
-        KazFileStatus status, otherStatus;
-        if (other == name || directory.getStatus(entry.name, status) != 0)
-            continue;
-        return directory.getStatus(other.c_str(), otherStatus) == 0 &&
-               status.isSameFile(otherStatus);
-    }
-    return KazDirectory::matches("A", "a");
+std::string lowered(const char* path) {
+    return KazDirectory::withoutCase(path).getValue();
 }
 
 } // namespace
@@ -62,7 +34,7 @@ TreePlan::TreePlan(KazFileManager& manager, const char* pattern, bool recursive,
       topName_(top.name),
       isTopMade_(top.isMade),
       made_(top.isMade ? 1 : 0),
-      foldsCase_(foldsCase(top.isMade ? parent_ : top.directory)),
+      foldsCase_((top.isMade ? parent_ : top.directory).ignoresCase()),
       topLength_(host::hostPath((top.path + "\\").getValue()).size()),
       visit_(visit),
       data_(data) {
