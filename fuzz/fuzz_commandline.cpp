@@ -66,7 +66,7 @@ struct Model {
         std::size_t i = 0;
         for (; i < line.size() && good; ++i) {
             if (line[i] == "--") {
-                meanings.push_back(i + 1 < line.size() ? "end of options" : "not read");
+                meanings.push_back("end of options");
                 for (++i; i < line.size(); ++i)
                     meanings.push_back("argument " + std::to_string(++arguments));
                 break;
@@ -109,8 +109,7 @@ struct Model {
             return meanings.push_back("switch " + name + ", value \"" + value + "\"");
         }
         if (line.size() - i - 1 < values)
-            return refuse("option " + name +
-                          (values == 1 ? ", its value is missing" : ", its values are missing"));
+            return refuse("option " + name + ", its value is missing");
         if (row->repeats >= 2 && times >= row->repeats)
             return refuse("option " + name + ", given more than " + std::to_string(row->repeats) +
                           " times");

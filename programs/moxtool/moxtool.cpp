@@ -49,7 +49,11 @@ class MoxTool : public KazConsoleApp {
             return command->run(argc - 1, argv + 1);
         if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
             return status;
-        commandLine.complain("unknown command %s", kazPrintable(word).getValue());
+        KazStringColl names;
+        for (const Command& command : commands)
+            names.add(command.name);
+        commandLine.complain("unknown command %s%s", kazPrintable(word).getValue(),
+                             kazDidYouMean(word, names).getValue());
         return KazCommandLine::wrongUsage;
     }
 };

@@ -5,6 +5,8 @@
 #include "kit/alloc_failure.h"
 #include "kit/director.h"
 #include "tools/app/arguments.h"
+#include "tools/formats/nearwords.h"
+#include "tools/messages/KazInterruptWatch.h"
 #include "tools/messages/messages.h"
 
 #include <gtest/gtest.h>
@@ -149,6 +151,8 @@ TEST(CommandLine, ExplainsEachWord) {
         "11\t-dash\targument 2",
         "result\tok"};
     EXPECT_EQ(said.messages, expected);
+    EXPECT_EQ(say({"--explain", "--plan", "--plan"}).messages[1],
+              "2\t--plan\toption --plan, given more than 1 times");
     const Said wrong = say({"--explain", "-batch", "a"});
     EXPECT_EQ(wrong.status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(wrong.messages[0], "1\t-batch\toption -batch, row 1, not for this program");
@@ -180,7 +184,8 @@ TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(completions("1", {"-system", "pl"}), (Texts{"plant\t-system", "plant two\t-system"}));
     EXPECT_EQ(completions("0", {}), (Texts{"plant\t", "plant two\t"}));
     EXPECT_EQ(completions("0", {"--p"}), Texts{"--plan\ttell what would be done"});
-    EXPECT_EQ(completions("2", {"a", "b"}).size(), 10u); // no third argument: options
+    EXPECT_EQ(completions("1", {"--", "-ver"}), Texts()); // no option any more
+    EXPECT_EQ(completions("2", {"a", "b"}).size(), 10u);  // no third argument: options
     EXPECT_EQ(say({"--complete", "x"}).status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(say({"--complete"}).status, +KazCommandLine::wrongUsage);
     EXPECT_EQ(completions("99999999999", {"a"}).size(), 2u);
@@ -195,4 +200,20 @@ TEST(CommandLine, SurvivesAnyAllocationThatFails) {
         },
         [] { EXPECT_EQ(problemOf({"-q"}), "unknown option -q"); });
     EXPECT_GT(points, 20);
+}
+
+TEST(CommandLine, HintsAndWatchesSurviveItToo) {
+    KazStringColl systems;
+    for (const char* name : {"brewery", "brewery two", "winery\t"})
+        systems.add(name);
+    const long points = kit::sweepAllocations(
+        [&systems] {
+            const KazInterruptWatch watch;
+            kazDidYouMean("vinery\t", systems);
+        },
+        [&systems] {
+            EXPECT_FALSE(KazInterruptWatch::isStopped());
+            EXPECT_STREQ(kazDidYouMean("vinery\t", systems), "; did you mean winery\\x09?");
+        });
+    EXPECT_GT(points, 5);
 }

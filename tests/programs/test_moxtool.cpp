@@ -182,6 +182,12 @@ TEST_F(Doctor, TellsWhatIsMissingOrDamagedOfAnInstallation) {
     EXPECT_EQ(illThere(), "111"); // the library's topic tells of the file without checksum
 }
 
+TEST_F(Doctor, IsMeantByANearWord) {
+    EXPECT_EQ(kit::run({"moxtool", "docter"}, options).err,
+              "moxtool: unknown command docter; did you mean doctor?\n"
+              "moxtool -help shows how it is used\n");
+}
+
 TEST_F(Doctor, TakesNoArguments) {
     const kit::Result result = kit::run({"moxtool", "doctor", "now"}, options);
     EXPECT_EQ(result.status, 2);

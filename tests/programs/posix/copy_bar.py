@@ -8,6 +8,8 @@ usage: copy_bar.py MOXCOPY
 import fcntl
 import os
 import pty
+import re
+import select
 import signal
 import struct
 import subprocess
@@ -100,6 +102,31 @@ class Bar(unittest.TestCase):
         self.assertEqual(lines[1], "Copying brewery ....................")
         _, written = self.watch(self.start("-Force", "-Quiet"))
         self.assertEqual(written, b"")
+
+    def test_a_window_that_changes_its_size_gets_lines_of_the_new_width(self):
+        for number in range(8):
+            self.write(f"plant/brewery/big{number}.dgm", os.urandom(4 << 20))
+        tool = self.start()
+        begin = b""
+        while b"Copying" not in begin:
+            begin += os.read(self.ours, 65536)
+        tool.send_signal(signal.SIGSTOP)
+        os.waitpid(tool.pid, os.WUNTRACED)
+        while select.select([self.ours], [], [], 0.1)[0]:
+            begin += os.read(self.ours, 65536)
+        screen = pyte.Screen(100, 24)
+        stream = pyte.ByteStream(screen)
+        stream.feed(begin)
+        self.assertEqual(len(screen.display[1].rstrip()), 99)
+        fcntl.ioctl(self.ours, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        screen.resize(24, 60)
+        tool.send_signal(signal.SIGCONT)
+        _, written = self.watch(tool)
+        self.assertEqual({len(picture) for picture in re.findall(r"\r([^\r\n\x1b]+)\x1b\[K", written.decode())}, {59})
+        stream.feed(written)
+        lines = [line.rstrip() for line in screen.display]
+        self.assertRegex(lines[1], r"^Copying brewery ▕█+▏ 100% 608/608 .*\d:\d\d$")
+        self.assertRegex(lines[2], "^608 files, ")
 
     def test_an_interrupt_leaves_whole_lines_and_nothing_else(self):
         for number in range(8):

@@ -155,4 +155,11 @@ TEST_F(OutOfMemory, TheConfigurationIsShownOrTheReasonIsTold) {
         {"moxinfo", "--check"}, [] {}, [](const kit::Result&) {});
 }
 
+TEST_F(OutOfMemory, TheDoctorAndTheScriptsOfShellsAreWholeOrTold) {
+    sweep(
+        {"moxtool", "doctor"}, [] {}, [](const kit::Result&) {});
+    sweep(
+        {"moxtool", "completion", "zsh"}, [] {}, [](const kit::Result&) {});
+}
+
 } // namespace

@@ -160,9 +160,7 @@ std::vector<std::string> completionsOf(const Description& description,
                   KazArgDescription::find(option->type)->text, completer);
         return candidates.lines;
     }
-    const bool endOfOptions =
-        std::find(before.begin(), before.end(), "--") != before.end() && !reading.rest().empty();
-    if (beginsWith(candidates.begin(), "-") && !endOfOptions) {
+    if (beginsWith(candidates.begin(), "-") && !reading.isEnded()) {
         addOptions(candidates, description, reading);
         return candidates.lines;
     }
@@ -171,7 +169,7 @@ std::vector<std::string> completionsOf(const Description& description,
     const bool takesArguments = fits && *description.arguments != '\0';
     if (takesArguments)
         addValues(candidates, description.argumentKind, nullptr, "", completer);
-    if (candidates.begin().empty() &&
+    if (candidates.begin().empty() && !reading.isEnded() &&
         (!takesArguments || description.argumentKind == KazCommandLine::AnyText))
         addOptions(candidates, description, reading);
     return candidates.lines;

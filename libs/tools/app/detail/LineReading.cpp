@@ -120,6 +120,7 @@ bool LineReading::takeOwnWord() {
     const auto at = problem_.position;
     const std::string word = words_[static_cast<std::size_t>(at)];
     if (word == "--") {
+        isEnded_ = true;
         rest_.assign(words_.begin() + at + 1, words_.end());
         words_.resize(static_cast<std::size_t>(at));
         return true;
@@ -213,7 +214,9 @@ std::string LineReading::hintFor(const std::string& word) const {
         candidates.emplace_back(textOf(description_.options[i]));
     for (int i = 0; i < description_.wordCount; ++i)
         candidates.emplace_back(description_.words[i].text);
-    candidates.insert(candidates.end(), {"-help", "-version"});
+    candidates.emplace_back("-help");
+    if (findOption(description_, arg_version) == nullptr)
+        candidates.emplace_back("-version");
     const std::size_t equals = std::min(word.find('='), word.size());
     std::vector<std::string> words =
         nearWords(std::string_view(word).substr(0, equals), candidates);
@@ -316,7 +319,7 @@ std::string LineReading::meaningOf(int position) const {
             return word != nullptr && std::find(given_.begin(), given_.end(), word) != given_.end()
                        ? std::string("option ") + word
                        : "not read";
-        return rest_.empty() ? "not read" : "end of options";
+        return "end of options";
     }
     const char* const word = words_[static_cast<std::size_t>(at)];
     const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(at));
@@ -362,14 +365,13 @@ std::string LineReading::problemMeaning(const char* word) const {
     case KazArgProblem::unlistedOption:
         return "option " + nameOf(*problem_.row, word) + ", not for this program";
     case KazArgProblem::valuesMissing:
-        return "option " + nameOf(*problem_.row, word) +
-               (problem_.row->valueCount == 1 ? ", its value is missing"
-                                              : ", its values are missing");
+        return "option " + nameOf(*problem_.row, word) + ", its value is missing";
     case KazArgProblem::tooOften:
         return "option " + nameOf(*problem_.row, word) + ", given more than " +
                std::to_string(problem_.row->repeatLimit) + " times";
     default:
-        return "unknown option";
+        return repeatedWord_.empty() ? "unknown option"
+                                     : "option " + repeatedWord_ + ", given more than 1 times";
     }
 }
 

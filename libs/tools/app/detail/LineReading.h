@@ -35,7 +35,8 @@ public:
 
     /// The words that the parser is to have, without the tool's own words, up to "--".
     std::vector<char*>& words() { return words_; }
-    /// The arguments behind "--".
+    /// Whether "--" ended the options, and the arguments behind it.
+    bool isEnded() const { return isEnded_; }
     const std::vector<const char*>& rest() const { return rest_; }
     /// The tool's own words that were given.
     const std::vector<std::string>& given() const { return given_; }
@@ -82,6 +83,7 @@ private:
     std::vector<int> positions_; ///< of these in the whole line
     std::vector<const char*> rest_;
     std::vector<std::string> given_;
+    bool isEnded_ = false;
     std::string repeatedWord_; ///< an own word that was given twice
     std::unique_ptr<KazParsedArgs> args_;
     KazArgProblem problem_;
