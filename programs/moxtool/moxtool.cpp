@@ -22,10 +22,22 @@ constexpr Command commands[] = {
     {"doctor", "say whether all that the suite needs is as it should be", doctorCommand},
     {"replay", "run recorded tools again and compare what they say", replayCommand}};
 
+/// The commands, and behind "completion" a shell and then programs.
 void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
-    if (*option == '\0')
+    const char* const first = kaz_arg_get_untagged(0);
+    if (*option != '\0')
+        return;
+    if (first == nullptr) {
         for (const Command& command : commands)
             offer(command.name, command.help, data);
+    } else if (std::string_view(first) == "completion") {
+        if (kaz_arg_get_untagged(1) == nullptr)
+            for (const char* const shell : {"bash", "zsh", "fish"})
+                offer(shell, nullptr, data);
+        else
+            for (const char* const program : suitePrograms)
+                offer(program, nullptr, data);
+    }
 }
 
 constexpr KazCommandLine

@@ -182,7 +182,18 @@ TEST_F(Doctor, TellsWhatIsMissingOrDamagedOfAnInstallation) {
     EXPECT_EQ(illThere(), "111"); // the library's topic tells of the file without checksum
 }
 
-TEST_F(Doctor, IsMeantByANearWord) {
+TEST_F(Doctor, IsMeantByANearWordAndCompleted) {
+    const auto completed = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"moxtool", "--complete", std::to_string(words.size() - 1)});
+        std::string out = kit::run(words, options).out;
+        std::erase(out, '\r');
+        return out;
+    };
+    EXPECT_EQ(completed({"doc"}),
+              "doctor\tsay whether all that the suite needs is as it should be\n");
+    EXPECT_EQ(completed({"completion", "z"}), "zsh\t\n");
+    EXPECT_EQ(completed({"completion", "zsh", "moxc"}), "moxcopy\t\n");
+    EXPECT_EQ(completed({"doctor", ""}), "");
     EXPECT_EQ(kit::run({"moxtool", "docter"}, options).err,
               "moxtool: unknown command docter; did you mean doctor?\n"
               "moxtool -help shows how it is used\n");

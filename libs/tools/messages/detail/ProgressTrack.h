@@ -25,11 +25,21 @@ public:
 
     /// Advances by @p delta percent of the innermost step, or of the whole.
     void increment(double delta, bool absolute);
+    /// The same, and brings the mean speed up to date.
+    void increment(double delta, bool absolute, Clock::time_point now) {
+        increment(delta, absolute);
+        sample(now);
+    }
 
     /// Opens a step of @p share percent of the one around it.
     void push(double share);
     /// Ends the innermost step, which completes its share; nothing without one.
     void pop();
+    /// The same, and brings the mean speed up to date.
+    void pop(Clock::time_point now) {
+        pop();
+        sample(now);
+    }
 
     /// From the beginning, without steps.
     void reset(Clock::time_point now);
