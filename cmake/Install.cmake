@@ -25,12 +25,28 @@ install(
   PATTERN "*.h"
   PATTERN detail EXCLUDE
   PATTERN platform EXCLUDE)
-install(CODE "set(headers \"${include}/tools\")" COMPONENT development)
-install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/SiblingIncludes.cmake COMPONENT development)
+install(
+  DIRECTORY ${PROJECT_SOURCE_DIR}/libs/testkit
+  DESTINATION ${include}
+  COMPONENT testkit
+  FILES_MATCHING
+  PATTERN "*.h"
+  PATTERN detail EXCLUDE
+  PATTERN posix EXCLUDE
+  PATTERN windows EXCLUDE)
+foreach(pair "development;tools" "testkit;testkit")
+  list(GET pair 0 component)
+  list(GET pair 1 folder)
+  install(CODE "set(headers \"${include}\")\nset(folder ${folder})" COMPONENT ${component})
+  install(SCRIPT ${PROJECT_SOURCE_DIR}/cmake/SiblingIncludes.cmake COMPONENT ${component})
+endforeach()
 
 install(EXPORT moxtools NAMESPACE moxtools:: FILE moxtools-targets.cmake
         DESTINATION ${lib}/cmake/moxtools COMPONENT development)
 set(moxtool ${bin}/moxtool${CMAKE_EXECUTABLE_SUFFIX})
+install(TARGETS moxtools_testkit EXPORT moxtools-testkit OBJECTS DESTINATION ${lib}/moxtools COMPONENT testkit)
+install(EXPORT moxtools-testkit NAMESPACE moxtools:: FILE moxtools-testkit-targets.cmake
+        DESTINATION ${lib}/cmake/moxtools COMPONENT testkit)
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/moxtools-config.cmake.in
   ${PROJECT_BINARY_DIR}/moxtools-config.cmake INSTALL_DESTINATION ${lib}/cmake/moxtools

@@ -76,16 +76,20 @@ cp "$here/../tests/install/where.cpp" "$scratch"
 cat >"$scratch/CMakeLists.txt" <<'CMAKE'
 cmake_minimum_required(VERSION 3.25)
 project(where LANGUAGES CXX)
-find_package(moxtools CONFIG REQUIRED)
+find_package(moxtools CONFIG REQUIRED COMPONENTS testkit)
 add_executable(where where.cpp)
 target_link_libraries(where PRIVATE moxtools::moxtools)
 set_target_properties(where PROPERTIES SKIP_BUILD_RPATH ON)
+add_executable(tested where.cpp)
+target_link_libraries(tested PRIVATE moxtools::testkit)
 CMAKE
 { cmake -S "$scratch" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$root/usr" &&
     cmake --build "$scratch/build"; } >"$scratch/log" 2>&1 || { cat "$scratch/log"; die "by CMake"; }
 export PKG_CONFIG_LIBDIR=$root/usr/lib/$arch/pkgconfig
 # shellcheck disable=SC2046
 g++ "$scratch/where.cpp" -o "$scratch/by_pkg_config" $(pkg-config --cflags --libs moxtools)
+
+nm "$scratch/build/tested" | grep -q ' T malloc$' || die "the test kit's objects are not in the program"
 
 # They find the library through the link in the system's directory, and the root behind it.
 for tool in "$scratch/build/where" "$scratch/by_pkg_config"; do

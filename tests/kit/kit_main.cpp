@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every test program is a tool: the library's main starts this object.
-#include "kit/detail/alloc_hooks.h"
 #include "kit/valgrind.h"
+#include "testkit/detail/alloc_hooks.h"
 #include "tools/app/KazConsoleApp.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ class TestTool : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
         testing::InitGoogleTest(&argc, argv);
         // Valgrind replaces the hooks.
-        kit::detail::atFailure = [] { kit::leaveOutUnderValgrind("memory"); };
+        moxkit::detail::atFailure = [] { kit::leaveOutUnderValgrind("memory"); };
         return RUN_ALL_TESTS();
     }
 };

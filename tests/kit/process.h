@@ -1,64 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /// @file
-/// Whole programs, run and watched by a test.
+/// What authors of tools have too, by the short name of the tests here.
 #pragma once
 
-#include <map>
-#include <string>
-#include <vector>
+#include "testkit/process.h"
 
 namespace kit {
-
-/// How a program is started.
-struct RunOptions {
-    /// What standard input holds; its end is the end of input.
-    std::string input;
-    /// Changes to the environment: a value, or removal for kit::unset.
-    /// KAZCOREROOT is unset unless it is given here, so that a tool is the
-    /// outermost one.
-    std::map<std::string, std::string> env;
-    /// Working directory; that of the test when empty.
-    std::string cwd;
-    /// Standard input and output are one terminal; `input` is typed into it
-    /// once something was written to it.
-    bool pty = false;
-    /// Standard error is that terminal too.
-    bool ptyErrors = false;
-    /// Starts without standard output.
-    bool closeStdout = false;
-    /// Starts without standard input.
-    bool closeStdin = false;
-    /// Sent as soon as `signalAfter` was written to standard output (0: never).
-    int signal = 0;
-    std::string signalAfter;
-    /// Standard output goes to this file instead ("/dev/full").
-    std::string stdoutFile;
-    /// The run is ended by force after this many seconds.
-    int timeoutSeconds = 60;
-};
-
-inline const std::string unset("\0", 1);
-
-/// How a program ended.
-struct Result {
-    /// Exit status, or -1 when a signal ended it.
-    int status = -1;
-    /// The signal that ended it, or 0.
-    int signal = 0;
-    /// What it wrote; with `pty`, out holds what the terminal showed.
-    std::string out;
-    std::string err;
-    /// With `pty`: did the terminal echo at the moment when the input was
-    /// typed, and does it at the end?
-    bool echoAtInput = true;
-    bool echoAtEnd = true;
-};
-
-/// Runs argv[0] (a path, or a program of the build's bin/ directory by its
-/// plain name) to its end.
-Result run(const std::vector<std::string>& argv, const RunOptions& options = {});
-
-/// The directory of the build's programs and library.
-std::string binDirectory();
-
-} // namespace kit
+using namespace moxkit;
+}

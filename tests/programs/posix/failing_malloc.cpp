@@ -2,7 +2,7 @@
 // Preloaded into a program, makes its n-th allocation fail (the first is 1):
 // KIT_FAIL_ALLOCATION=n, with KIT_FAIL_ONWARD all from there on. When one has
 // failed, the file that KIT_FAIL_MARK names is made.
-#include "kit/detail/alloc_hooks.h"
+#include "testkit/detail/alloc_hooks.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -27,7 +27,7 @@ constinit bool isStarting = false;
 
 } // namespace
 
-bool kit::detail::shallFail() {
+bool moxkit::detail::shallFail() {
     static constinit long count = 0;
     if (isStarting)
         return false;

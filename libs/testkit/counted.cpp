@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/counted.h"
+#include "testkit/counted.h"
 
-namespace kit {
+namespace moxkit {
 
 int Counted::live_ = 0;
 
@@ -37,4 +37,4 @@ unsigned Counted::hash(const void* element) {
     return element ? static_cast<unsigned>(static_cast<const Counted*>(element)->value_) : 0;
 }
 
-} // namespace kit
+} // namespace moxkit

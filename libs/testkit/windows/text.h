@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace kit {
+namespace moxkit {
 
 /// The text with each line ended by one newline, as text mode reads it.
 inline std::string withoutReturns(const std::string& text) {
@@ -16,4 +16,4 @@ inline std::string withoutReturns(const std::string& text) {
     return result;
 }
 
-} // namespace kit
+} // namespace moxkit

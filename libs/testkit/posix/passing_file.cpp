@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/detail/passing_file.h"
+#include "testkit/detail/passing_file.h"
 
 #include <cstdlib>
 #include <unistd.h>
 
-int kit::detail::passingFile(bool) {
+int moxkit::detail::passingFile(bool) {
     char name[] = "/tmp/moxkitXXXXXX";
     const int file = mkstemp(name);
     if (file < 0)
@@ -13,7 +13,7 @@ int kit::detail::passingFile(bool) {
     return file;
 }
 
-std::string kit::detail::contents(int file) {
+std::string moxkit::detail::contents(int file) {
     std::string text;
     char buffer[4096];
     off_t at = 0;

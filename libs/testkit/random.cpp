@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/random.h"
+#include "testkit/random.h"
 
 #include <cstdlib>
 
-namespace kit {
+namespace moxkit {
 
 std::uint64_t seed() {
     const char* text = std::getenv("KIT_SEED");
@@ -14,4 +14,4 @@ std::string seedText() {
     return "KIT_SEED=" + std::to_string(seed());
 }
 
-} // namespace kit
+} // namespace moxkit

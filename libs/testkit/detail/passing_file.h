@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace kit::detail {
+namespace moxkit::detail {
 
 /// A descriptor of an open file that goes with its last descriptor. As @p text it
 /// holds lines like the host's standard output.
@@ -14,4 +14,4 @@ int passingFile(bool text);
 /// All that the file holds, with plain line feeds where it was opened as text.
 std::string contents(int file);
 
-} // namespace kit::detail
+} // namespace moxkit::detail

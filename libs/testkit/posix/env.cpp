@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/env.h"
+#include "testkit/env.h"
 
 #include <cstdlib>
 
-namespace kit {
+namespace moxkit {
 
 void setVariable(const char* name, const char* value) {
     if (value)
@@ -12,4 +12,4 @@ void setVariable(const char* name, const char* value) {
         unsetenv(name);
 }
 
-} // namespace kit
+} // namespace moxkit

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/capture.h"
+#include "testkit/capture.h"
 
-#include "kit/detail/passing_file.h"
+#include "testkit/detail/passing_file.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <unistd.h>
 
-namespace kit {
+namespace moxkit {
 
 namespace {
 
@@ -71,4 +71,4 @@ ScopedInput::~ScopedInput() {
     std::clearerr(stdin);
 }
 
-} // namespace kit
+} // namespace moxkit

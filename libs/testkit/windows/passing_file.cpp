@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/detail/passing_file.h"
+#include "testkit/detail/passing_file.h"
 
-#include "kit/windows/text.h"
+#include "testkit/windows/text.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <windows.h>
 
-int kit::detail::passingFile(bool text) {
+int moxkit::detail::passingFile(bool text) {
     char directory[MAX_PATH + 1];
     char name[MAX_PATH + 1];
     if (GetTempPathA(sizeof directory, directory) == 0 ||
@@ -23,7 +23,7 @@ int kit::detail::passingFile(bool text) {
 }
 
 /// The position is shared with the stream and comes back to where it was.
-std::string kit::detail::contents(int file) {
+std::string moxkit::detail::contents(int file) {
     const auto handle = reinterpret_cast<HANDLE>(::_get_osfhandle(file));
     const __int64 end = ::_lseeki64(file, 0, SEEK_CUR);
     ::_lseeki64(file, 0, SEEK_SET);

@@ -3,7 +3,7 @@
 /// Between the counting of allocations and what each host needs to reach them all.
 #pragma once
 
-namespace kit::detail {
+namespace moxkit::detail {
 
 /// Counts one allocation; true when it is to fail (errno is set then).
 bool shallFail();
@@ -14,4 +14,4 @@ inline void (*atFailure)() = nullptr;
 /// Brings the hooks into place, where being linked is not enough.
 void installHooks();
 
-} // namespace kit::detail
+} // namespace moxkit::detail

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 
-#include "kit/detail/alloc_hooks.h"
+#include "testkit/detail/alloc_hooks.h"
 
 #include <atomic>
 #include <cerrno>
@@ -9,7 +9,7 @@
 #include <thread>
 #include <utility>
 
-namespace kit {
+namespace moxkit {
 
 namespace {
 
@@ -93,4 +93,4 @@ AllocationsPass::~AllocationsPass() {
     countdown = left_;
 }
 
-} // namespace kit
+} // namespace moxkit

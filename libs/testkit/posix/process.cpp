@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/process.h"
+#include "testkit/process.h"
 
 #include <array>
 #include <cerrno>
@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <utmp.h>
 
-namespace kit {
+namespace moxkit {
 
 namespace {
 
@@ -247,4 +247,4 @@ std::string binDirectory() {
     return self.substr(0, self.rfind('/'));
 }
 
-} // namespace kit
+} // namespace moxkit

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/env.h"
+#include "testkit/env.h"
 
 #include <cstdlib>
 
-namespace kit {
+namespace moxkit {
 
 void setVariable(const char* name, const char* value) {
     ::_putenv((std::string(name) + '=' + (value ? value : "")).c_str());
 }
 
-} // namespace kit
+} // namespace moxkit

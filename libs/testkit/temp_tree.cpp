@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace fs = std::filesystem;
 
-namespace kit {
+namespace moxkit {
 
 TempTree::TempTree(const std::string& parent) {
     const fs::path base = parent.empty() ? fs::temp_directory_path() : fs::path(parent);
@@ -69,4 +69,4 @@ bool TempTree::exists(const std::string& name) const {
     return fs::exists(fs::symlink_status(path(name), error));
 }
 
-} // namespace kit
+} // namespace moxkit

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The test programs' own operator new and delete, over malloc_hooks.cpp.
-#include "kit/detail/alloc_hooks.h"
+#include "testkit/detail/alloc_hooks.h"
 
 #include <cstddef>
 #include <cstdlib>
 #include <new>
 
-void kit::detail::installHooks() {}
+void moxkit::detail::installHooks() {}
 
 // A conforming operator new: the sanitizers' own ends the process on failure
 // instead of running the new-handler.

@@ -3,7 +3,7 @@
 // own. Putting other functions into the tables of all modules reaches every
 // allocation of the program, the library under test and the C++ runtime, so that
 // operator new fails as well; a replaced operator new would serve the program only.
-#include "kit/detail/alloc_hooks.h"
+#include "testkit/detail/alloc_hooks.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -13,7 +13,7 @@
 
 #include <psapi.h> // needs the types of the header before
 
-using kit::detail::shallFail;
+using moxkit::detail::shallFail;
 
 namespace {
 
@@ -98,7 +98,7 @@ void replaceEverywhere() {
 
 } // namespace
 
-void kit::detail::installHooks() {
+void moxkit::detail::installHooks() {
     static const bool replaced = (replaceEverywhere(), true);
     static_cast<void>(replaced);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/process.h"
+#include "testkit/process.h"
 
-#include "kit/windows/text.h"
+#include "testkit/windows/text.h"
 #include "tools/platform/windows/command_line.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 #include <vector>
 #include <windows.h>
 
-namespace kit {
+namespace moxkit {
 
 namespace {
 
@@ -174,4 +174,4 @@ std::string binDirectory() {
     return self.substr(0, self.rfind('\\'));
 }
 
-} // namespace kit
+} // namespace moxkit

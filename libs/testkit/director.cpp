@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "testkit/director.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace moxkit {
+
+namespace {
+
+std::string formatted(const char* format, va_list args) {
+    char* text = nullptr;
+    const int length = vasprintf(&text, format, args);
+    std::string result(length > 0 ? text : "");
+    std::free(text);
+    return result;
+}
+
+std::string asked(const KazString& title, const KazString& text) {
+    return std::string(title.getValue()) + ": " + text.getValue();
+}
+
+} // namespace
+
+RecordingDirector::RecordingDirector() {
+    install();
+}
+
+void RecordingDirector::doPrintMsg(const char* format, va_list args) {
+    messages.push_back(formatted(format, args));
+}
+
+void RecordingDirector::doPrintError(const char* format, va_list args) {
+    errors.push_back(formatted(format, args));
+}
+
+void RecordingDirector::doFatalError(const char* format, va_list args) {
+    fatals.push_back(formatted(format, args));
+}
+
+KazIODirector::Reply RecordingDirector::doConfirm(const KazString& title, const KazString& message,
+                                                  DialogType, Reply reply) {
+    questions.push_back(asked(title, message));
+    if (replies.empty())
+        return reply;
+    reply = replies.front();
+    replies.pop_front();
+    return reply;
+}
+
+bool RecordingDirector::doGetUserInput(KazString& result, const KazString& title,
+                                       const KazString& prompt, bool) {
+    questions.push_back(asked(title, prompt));
+    if (inputs.empty())
+        return false;
+    const std::string input = inputs.front();
+    inputs.pop_front();
+    if (!input.empty())
+        result = input.c_str();
+    return !input.empty();
+}
+
+} // namespace moxkit
