@@ -16,5 +16,8 @@ int completionCommand(int argc, char** argv);
 /// Says of everything that the suite needs whether it is as it should be.
 int doctorCommand(int argc, char** argv);
 
+/// Makes a project for a tool.
+int newCommand(int argc, char** argv);
+
 /// Runs recorded tools again and compares what they say.
 int replayCommand(int argc, char** argv);

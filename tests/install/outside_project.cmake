@@ -42,6 +42,18 @@ if(NOT TOOLCHAIN)
   expect_greeting(${scratch}/elsewhere/bin/hello-tool)
 endif()
 
+# A project that is made builds without a warning, passes its tests and runs as it is, whatever
+# its name; this one is that of a folder in it.
+run(${EMULATOR} ${scratch}/suite/bin/moxtool${SUFFIX} new tests -target ${scratch})
+if(NOT TOOLCHAIN)
+  run(${scratch}/tests/ci.sh -G ${GENERATOR} -D CMAKE_PREFIX_PATH=${scratch}/suite ${compiler}
+      "-D CMAKE_CXX_FLAGS=${flags}")
+  run(${CMAKE_COMMAND} -E env --unset=ToolInfo ${scratch}/tests/build/bin/tests ${scratch}/tests/.gitignore)
+  if(NOT out MATCHES "2 lines\n$")
+    message(FATAL_ERROR "The tool of the new project wrote: ${out}")
+  endif()
+endif()
+
 # Headers of the user's that are called like the library's come first on the way.
 set(own ${scratch}/own/tools)
 file(GLOB_RECURSE headers RELATIVE ${scratch}/suite/include/mox/tools ${scratch}/suite/include/mox/tools/*.h)

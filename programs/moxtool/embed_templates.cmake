@@ -1,0 +1,18 @@
+# Makes templates.cpp of the files below templates/, so that the program needs no others.
+# Called as they are, without ".in"; three of them get names that they cannot have here.
+function(mox_embed_templates output)
+  set(folder ${CMAKE_CURRENT_SOURCE_DIR}/templates)
+  file(GLOB_RECURSE files CONFIGURE_DEPENDS RELATIVE ${folder} ${folder}/*.in)
+  set(rows "")
+  list(LENGTH files count)
+  foreach(file IN LISTS files)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${folder}/${file})
+    file(READ ${folder}/${file} text)
+    string(REGEX REPLACE "\\.in$" "" name "${file}")
+    string(REGEX REPLACE "^(gitignore|editorconfig)$" ".\\1" name "${name}")
+    string(REGEX REPLACE "^tool\\.cpp$" "@NAME@.cpp" name "${name}")
+    string(APPEND rows "    {\"${name}\",\n     R\"template(${text})template\"},\n")
+  endforeach()
+  set(source "#include \"moxtool/templates.h\"\n\nconst Template templates[${count}] = {\n${rows}};\nconst int templateCount = ${count};\n")
+  file(CONFIGURE OUTPUT ${output} CONTENT "@source@" @ONLY)
+endfunction()
