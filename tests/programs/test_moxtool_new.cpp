@@ -47,7 +47,8 @@ TEST_F(New, MakesAProjectOfItsName) {
         for (const std::string& file :
              {std::string("CMakeLists.txt"), name + ".cpp", std::string("README.md"),
               std::string("ToolInfo"), std::string("tests/CMakeLists.txt"),
-              std::string("tests/tool_test.cpp"), std::string("ci.sh"), std::string(".gitignore"),
+              std::string("tests/tool_test.cpp"), std::string("tests/lines.txt"),
+              std::string("tests/lines.dialogue"), std::string("ci.sh"), std::string(".gitignore"),
               std::string(".editorconfig")}) {
             expected.insert(begin + file);
             const std::string text = tree.read(begin + file);
