@@ -23,7 +23,7 @@ import tempfile
 import time
 
 # All that these programs do happens in programs that they start.
-only_children = {"test_allocation_sweep", "test_call_sweep", "test_kill_sweep"}
+only_children = {"test_allocation_sweep", "test_call_sweep", "test_kill_sweep", "test_sweep"}
 with_children = {"test_processes", "test_moxinfo"}
 patience = 600  # seconds; the longest takes a tenth of that
 valgrind = ["valgrind", "-q", "--error-exitcode=99", "--leak-check=full",

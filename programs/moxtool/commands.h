@@ -21,3 +21,6 @@ int newCommand(int argc, char** argv);
 
 /// Runs recorded tools again and compares what they say.
 int replayCommand(int argc, char** argv);
+
+/// Runs a command with each of its allocations and file calls failing.
+int sweepCommand(int argc, char** argv);

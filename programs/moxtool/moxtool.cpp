@@ -21,7 +21,8 @@ constexpr Command commands[] = {
     {"completion", "print the script that completes command lines in a shell", completionCommand},
     {"doctor", "say whether all that the suite needs is as it should be", doctorCommand},
     {"new", "make a project for a tool", newCommand},
-    {"replay", "run recorded tools again and compare what they say", replayCommand}};
+    {"replay", "run recorded tools again and compare what they say", replayCommand},
+    {"sweep", "run a command with each of its allocations and file calls failing", sweepCommand}};
 
 /// The commands, and behind "completion" a shell and then programs.
 void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
@@ -41,11 +42,10 @@ void offerCommands(const char* option, const char*, KazCommandLine::Offer offer,
     }
 }
 
-constexpr KazCommandLine commandLine({"moxtool", MOX_VERSION,
-                                      "Does what belongs to no single tool of the suite.", nullptr,
-                                      0, "completion ... | doctor | new ... | replay ...", 1, -1,
-                                      KazCommandLine::OfTool},
-                                     offerCommands);
+constexpr KazCommandLine commandLine(
+    {"moxtool", MOX_VERSION, "Does what belongs to no single tool of the suite.", nullptr, 0,
+     "completion ... | doctor | new ... | replay ... | sweep ...", 1, -1, KazCommandLine::OfTool},
+    offerCommands);
 
 const Command* find(const char* name) {
     const auto* const found =

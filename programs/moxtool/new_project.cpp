@@ -15,6 +15,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -55,74 +56,111 @@ bool writeFile(const KazDirectory& folder, const char* name, const std::string& 
     return isWhole && isClosed;
 }
 
-class Project {
-public:
-    /// @p folder: native text, "" is here.
-    Project(std::string name, const char* folder)
-        : name_(std::move(name)),
-          madeName_("." + name_ + ".new"),
-          where_(folder),
-          folder_(folder) {}
+/// A file of the project, as it is written.
+struct ProjectFile {
+    std::string folder; ///< "" is the project's own
+    std::string name;
+    std::string text;
 
-    /// The status to end with; what is wrong has been said.
-    int make() const {
-        if (!folder_.isOpen())
-            return fail(where_, errno);
-        if (folder_.makeDirectory(madeName_.c_str(), 0777) != 0)
-            return fail(kazComposePath(where_, madeName_.c_str()), errno);
-        if (isMade())
-            return 0;
-        const int reason = errno;
-        folder_.removeTree(madeName_.c_str());
-        return fail(kazComposePath(where_, name_.c_str()), reason);
+    ProjectFile(const Template& source, const std::string& project)
+        : name(source.name), text(source.text) {
+        replaceAll(name, "@NAME@", project);
+        replaceAll(text, "@NAME@", project);
+        replaceAll(text, "@VERSION@", MOX_VERSION);
+        if (const std::size_t separator = name.find('/'); separator != name.npos) {
+            folder = name.substr(0, separator);
+            name.erase(0, separator + 1);
+        }
+    }
+};
+
+/// A directory that is made under a name of its own. What goes with it is known before,
+/// so that all can be taken away again without memory.
+class Draft {
+public:
+    Draft(const KazDirectory& place, std::string name, const std::vector<ProjectFile>& files)
+        : place_(place), name_(std::move(name)), files_(files) {}
+    /// Away with it, unless it has got its name.
+    ~Draft() {
+        if (!isBegun_)
+            return;
+        for (const ProjectFile& file : files_)
+            (file.folder.empty() ? project_ : sub_).removeFile(file.name.c_str());
+        for (const ProjectFile& file : files_)
+            if (!file.folder.empty())
+                project_.removeDirectory(file.folder.c_str());
+        place_.removeDirectory(name_.c_str());
+    }
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+
+    /// 0, or why it cannot be made.
+    int begin() {
+        if (place_.makeDirectory(name_.c_str(), 0777) != 0)
+            return errno;
+        isBegun_ = true;
+        project_ = place_.openDirectory(name_.c_str());
+        return project_.isOpen() ? 0 : errno;
+    }
+
+    /// 0, or why not all of it could be written, and @p name given to it.
+    int finish(const std::string& name) {
+        for (const ProjectFile& file : files_)
+            if (!write(file))
+                return errno;
+        if (place_.rename(name_.c_str(), place_, name.c_str(), false) != 0)
+            return errno;
+        isBegun_ = false;
+        return 0;
     }
 
 private:
-    static int fail(const KazString& path, int reason) {
-        const KazString host = kazHostPath(path);
-        print_err("moxtool new: %s: %s", kazPrintable(host.getValue()).getValue(),
-                  std::generic_category().message(reason).c_str());
-        return 1;
-    }
-
-    /// False, with errno set, for one that is not.
-    bool isMade() const {
-        const KazDirectory project = folder_.openDirectory(madeName_.c_str());
-        const auto isWritten = [&](const Template& file) { return write(project, file); };
-        return project.isOpen() && std::all_of(templates, templates + templateCount, isWritten) &&
-               folder_.rename(madeName_.c_str(), folder_, name_.c_str(), false) == 0;
-    }
-
-    bool write(const KazDirectory& project, const Template& file) const {
-        std::string name = filled(file.name);
-        const std::size_t separator = name.find('/');
-        if (separator == name.npos)
-            return writeInto(project, name, file);
-        const std::string folder = name.substr(0, separator);
-        if (project.makeDirectory(folder.c_str(), 0777) != 0 && errno != EEXIST)
+    bool write(const ProjectFile& file) {
+        if (!file.folder.empty() && !sub_.isOpen() && !makeSub(file.folder.c_str()))
             return false;
-        return writeInto(project.openDirectory(folder.c_str()), name.substr(separator + 1), file);
+        const KazDirectory& folder = file.folder.empty() ? project_ : sub_;
+        return writeFile(folder, file.name.c_str(), file.text) &&
+               (!file.text.starts_with("#!") || folder.setMode(file.name.c_str(), 0755) == 0);
     }
 
-    bool writeInto(const KazDirectory& folder, const std::string& name,
-                   const Template& file) const {
-        const bool isProgram = file.text.starts_with("#!");
-        return writeFile(folder, name.c_str(), filled(file.text)) &&
-               (!isProgram || folder.setMode(name.c_str(), 0755) == 0);
+    /// There is one such folder.
+    bool makeSub(const char* name) {
+        if (project_.makeDirectory(name, 0777) != 0)
+            return false;
+        sub_ = project_.openDirectory(name);
+        return sub_.isOpen();
     }
 
-    std::string filled(std::string_view text) const {
-        std::string result(text);
-        replaceAll(result, "@NAME@", name_);
-        replaceAll(result, "@VERSION@", MOX_VERSION);
-        return result;
-    }
-
+    const KazDirectory& place_;
     std::string name_;
-    std::string madeName_;
-    KazString where_;
-    KazDirectory folder_;
+    const std::vector<ProjectFile>& files_;
+    KazDirectory project_;
+    KazDirectory sub_;
+    bool isBegun_ = false;
 };
+
+int fail(const KazString& path, int reason) {
+    const KazString host = kazHostPath(path);
+    print_err("moxtool new: %s: %s", kazPrintable(host.getValue()).getValue(),
+              std::generic_category().message(reason).c_str());
+    return 1;
+}
+
+/// The status to end with; what is wrong has been said. @p where: native text, "" is here.
+int makeProject(const std::string& name, const char* where) {
+    const KazDirectory place(where);
+    if (!place.isOpen())
+        return fail(where, errno);
+    std::vector<ProjectFile> files;
+    for (int i = 0; i < templateCount; ++i)
+        files.emplace_back(templates[i], name);
+    const std::string draftName = "." + name + ".new";
+    Draft draft(place, draftName, files);
+    if (const int reason = draft.begin(); reason != 0)
+        return fail(kazComposePath(where, draftName.c_str()), reason);
+    const int reason = draft.finish(name);
+    return reason == 0 ? 0 : fail(kazComposePath(where, name.c_str()), reason);
+}
 
 } // namespace
 
@@ -141,5 +179,5 @@ int newCommand(int argc, char** argv) {
         commandLine.complain("%s is a program of the suite", name.c_str());
         return KazCommandLine::wrongUsage;
     }
-    return Project(name, kaz_arg_text_or(arg_target, "")).make();
+    return makeProject(name, kaz_arg_text_or(arg_target, ""));
 }

@@ -39,11 +39,9 @@ protected:
                 prepare();
                 fs::remove(tree.path("mark"));
                 kit::RunOptions failing = options;
-                failing.env["LD_PRELOAD"] = kit::binDirectory() + "/failing_malloc.so";
-                failing.env["KIT_FAIL_ALLOCATION"] = std::to_string(n);
-                failing.env["KIT_FAIL_MARK"] = tree.path("mark");
-                if (onward)
-                    failing.env["KIT_FAIL_ONWARD"] = "1";
+                failing.env["LD_PRELOAD"] = kit::binDirectory() + "/moxfault.so";
+                failing.env["MOX_FAULT"] = "allocation:" + std::to_string(n) + (onward ? "+" : "");
+                failing.env["MOX_FAULT_MARK"] = tree.path("mark");
                 const kit::Result result = kit::run(command, failing);
                 if (!tree.exists("mark"))
                     break;

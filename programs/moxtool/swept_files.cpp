@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "moxtool/swept_files.h"
+
+#include "tools/moxtools.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// All below a directory, from there on; folders before what is in them.
+std::vector<fs::path> entriesOf(const fs::path& root) {
+    std::vector<fs::path> entries;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
+        entries.push_back(entry.path().lexically_relative(root));
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
+fs::file_type typeOf(const fs::path& path) {
+    std::error_code error;
+    return fs::symlink_status(path, error).type();
+}
+
+bool haveSameBytes(const fs::path& a, const fs::path& b) {
+    if (fs::file_size(a) != fs::file_size(b))
+        return false;
+    std::ifstream first(a, std::ios::binary), second(b, std::ios::binary);
+    using Bytes = std::istreambuf_iterator<char>;
+    return first && second && std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
+}
+
+bool areSame(const fs::path& a, const fs::path& b) {
+    const fs::file_type type = typeOf(a);
+    if (type != typeOf(b))
+        return false;
+    if (type == fs::file_type::symlink)
+        return fs::read_symlink(a) == fs::read_symlink(b);
+    return type != fs::file_type::regular || haveSameBytes(a, b);
+}
+
+/// Others than these are nobody's contents.
+bool isKept(fs::file_type type) {
+    return type == fs::file_type::regular || type == fs::file_type::symlink ||
+           type == fs::file_type::directory;
+}
+
+void copyEntry(const fs::path& from, const fs::path& to) {
+    const fs::file_type type = typeOf(from);
+    if (!isKept(type))
+        return;
+    if (!areSame(from, to)) {
+        fs::remove_all(to);
+        if (type == fs::file_type::directory)
+            fs::create_directory(to);
+        else
+            fs::copy(from, to, fs::copy_options::copy_symlinks);
+    }
+    if (type != fs::file_type::symlink)
+        fs::permissions(to, fs::status(from).permissions());
+}
+
+void copyAll(const fs::path& from, const fs::path& to) {
+    for (const fs::path& entry : entriesOf(from))
+        copyEntry(from / entry, to / entry);
+}
+
+} // namespace
+
+SweptFiles::SweptFiles(const fs::path& directory) : root_(directory) {
+    if (root_.empty())
+        return;
+    const KazString made = kazHostPath(TI_tmpdir(nullptr, "sweep"));
+    if (made.isEmpty())
+        throw fs::filesystem_error("cannot keep copies", fs::temp_directory_path(),
+                                   std::error_code(errno, std::generic_category()));
+    kept_ = made.getValue();
+    before_ = kept_ / "before";
+    good_ = kept_ / "good";
+    fs::create_directory(before_);
+    fs::create_directory(good_);
+    copyAll(root_, before_);
+}
+
+SweptFiles::~SweptFiles() {
+    std::error_code error;
+    if (isRestored_ && !kept_.empty())
+        fs::remove_all(kept_, error);
+}
+
+void SweptFiles::keepGood() {
+    if (!root_.empty())
+        copyAll(root_, good_);
+}
+
+std::string SweptFiles::spoilt() const {
+    if (root_.empty())
+        return {};
+    for (const fs::path& entry : entriesOf(root_)) {
+        const fs::file_type type = typeOf(root_ / entry);
+        if (type != fs::file_type::directory && !areSame(root_ / entry, before_ / entry) &&
+            !areSame(root_ / entry, good_ / entry))
+            return entry.string();
+    }
+    return {};
+}
+
+void SweptFiles::restore() {
+    if (root_.empty())
+        return;
+    isRestored_ = false;
+    try {
+        for (const fs::path& entry : entriesOf(root_))
+            if (typeOf(before_ / entry) == fs::file_type::not_found &&
+                isKept(typeOf(root_ / entry)))
+                fs::remove_all(root_ / entry);
+        copyAll(before_, root_);
+        isRestored_ = true;
+    } catch (const fs::filesystem_error&) {
+        print_err("moxtool sweep: the files as they were are in %s", before_.c_str());
+        throw;
+    }
+}
