@@ -74,6 +74,7 @@
 #include "tools/messages/KazTerminalDirector.h"
 #include "tools/messages/catalog/textcatalog.h"
 #include "tools/messages/messages.h"
+#include "tools/messages/trace.h"
 
 #include "tools/config/KazEnvValue.h"
 #include "tools/config/filestore.h"

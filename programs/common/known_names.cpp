@@ -21,7 +21,7 @@ constexpr const char* ownNames[] = {
     "TI_locale",     "TextStats",     "ToolInfo",     "ToolInfoPath", "colour",
     "date_format",   "date_language", "date_order",   "filestore",    "illegal_diag_chars",
     "mox_file_path", "msg_file",      "product_info", "progress",     "replace_diag_chars",
-    "source_editor", "time_format",   "tmp_dir"};
+    "source_editor", "time_format",   "tmp_dir",      "trace"};
 
 /// A product's files are searched along "PRODUCT_mox_file_path".
 constexpr std::string_view anyProduct = "_mox_file_path";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
 
+#include "common/trace_options.h"
 #include "names.h"
 #include "offers.h"
 #include "texts.h"
@@ -20,7 +21,9 @@ constexpr KazCommandLine::Option options[] = {
     {arg_verbose, nullptr, "tell each file that is copied"},
     {arg_Force, nullptr,
      "overwrite an existing copy without asking; files that only it has are kept"},
-    {arg_Quiet, nullptr, "show questions and errors only"}};
+    {arg_Quiet, nullptr, "show questions and errors only"},
+    traceTopics,
+    traceFile};
 constexpr KazCommandLine::Word words[] = {{"--plan", "tell what would be done, and do none of it"}};
 constexpr KazCommandLine commandLine(
     {"moxcopy", MOX_VERSION,

@@ -2,6 +2,7 @@
 #include "moxinfo/options.h"
 
 #include "common/printable.h"
+#include "common/trace_options.h"
 #include "moxinfo/variables.h"
 
 #include "tools/app/KazCommandLine.h"
@@ -30,7 +31,9 @@ constexpr KazCommandLine::Option options[] = {
      "installation, a file, or a product's name",
      false, KazCommandLine::AnyFile},
     {arg_update, nullptr, "with -product: measure its parts anew, arguments are further ones"},
-    {arg_verbose, nullptr, "with names: show the source of each value; with -product: all parts"}};
+    {arg_verbose, nullptr, "with names: show the source of each value; with -product: all parts"},
+    traceTopics,
+    traceFile};
 constexpr KazCommandLine::Word words[] = {
     {"--origin", "where each value, or that of the names, comes from, and what it overrides"},
     {"--check", "what is wrong in the ToolInfo files, or may surprise"}};

@@ -4,6 +4,7 @@
 #include "common/formats.h"
 #include "common/output.h"
 #include "common/printable.h"
+#include "common/trace_options.h"
 #include "message_file.h"
 #include "messages.h"
 #include "source_text.h"
@@ -23,7 +24,9 @@ constexpr KazCommandLine::Option options[] = {
      KazCommandLine::AnyFile},
     {arg_merge, nullptr, "compare with the other file"},
     {arg_output, "FILE", "file to write instead of standard output", false,
-     KazCommandLine::AnyFile}};
+     KazCommandLine::AnyFile},
+    traceTopics,
+    traceFile};
 constexpr KazCommandLine
     commandLine({"moxmsg", MOX_VERSION,
                  "Compiles a source text into a message file, or checks it when no output is\n"

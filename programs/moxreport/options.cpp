@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
 
+#include "common/trace_options.h"
 #include "tools/moxtools.h"
 
 #include <cstdlib>
@@ -23,7 +24,9 @@ constexpr KazCommandLine::Option options[] = {
     {arg_pageheight, "MM", "height of the page, else 297", false, KazCommandLine::WholeNumber},
     {arg_path, nullptr, "make each file's name a link to its place on this machine"},
     {arg_verbose, nullptr, "with -output: tell each system that was read"},
-    {arg_Quiet, nullptr, "show errors only"}};
+    {arg_Quiet, nullptr, "show errors only"},
+    traceTopics,
+    traceFile};
 constexpr KazCommandLine commandLine(
     {"moxreport", MOXREPORT_VERSION,
      "Reports what a project holds: its systems, their diagrams, and all files with size and date.",

@@ -64,6 +64,8 @@ bool talk(const Step& step) {
         print_msg("%s\n", text);
     else if (step.verb == "error")
         print_err("%s", text);
+    else if (step.verb == "trace")
+        KAZ_TRACE("tool", "%s", text);
     else if (step.verb == "fatal")
         fatal_err("%s", text);
     else if (step.verb == "run")

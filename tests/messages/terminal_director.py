@@ -149,6 +149,13 @@ class Messages(unittest.TestCase):
         self.assertRegex(shown.lines[3], "^T ▕.*50% 0:00$")
         self.assertEqual(shown.screen.cursor.y, 4)
 
+    def test_so_do_traces(self):
+        shown = on_terminal("start:a:1:T", "add:a:50", "trace:one \x1b[2J", "sleep:60", "add:a:10",
+                            env={**utf8, "KAZ_TRACE": "tool"})
+        self.assertEqual(shown.lines[0], "trace tool: one ^[[2J")
+        self.assertIn("60%", shown.lines[1])
+        self.assertEqual(shown.lines[2], "")
+
     def test_the_line_ends_however_the_tool_ends(self):
         shown = on_terminal("start:a:1:T", "add:a:50", "fatal:no more")
         self.assertEqual(shown.lines[0], "no more")

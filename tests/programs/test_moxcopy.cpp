@@ -97,10 +97,12 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
     }
     const kit::Result help = runTool({program, "-zzz", "-help"});
     EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
-                                     "[-filter PATTERN] [-verbose] [-Force] [-Quiet] [--plan] "))
+    EXPECT_TRUE(
+        help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
+                             "[-filter PATTERN] [-verbose] [-Force] [-Quiet] [-trace TOPIC] "
+                             "[-trace_file FILE] [--plan] "))
         << help.out;
-    EXPECT_NE(help.out.find("\n  -projdir DIR     project directory (-p)\n"), help.out.npos);
+    EXPECT_NE(help.out.find("\n  -projdir DIR      project directory (-p)\n"), help.out.npos);
 }
 
 TEST_F(MoxCopy, KnowsTheNamesThatThereAre) {

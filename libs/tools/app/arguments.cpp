@@ -8,11 +8,16 @@
 #include "tools/app/editors.h"
 #include "tools/files/path_text.h"
 #include "tools/files/tifiles.h"
+#include "tools/formats/encode.h"
+#include "tools/messages/detail/TraceRequest.h"
+#include "tools/messages/trace.h"
 #include "tools/util/text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -34,6 +39,41 @@ KazParsedArgs* ownSet(const KazParsedArgs* applicationSet) {
     KazParsedArgs* set = context->allocParsedArgs();
     set->copyGlobal(applicationSet);
     return set;
+}
+
+/// What the line asks to be traced holds from here on.
+void obeyTraceOptions(const KazParsedArgs& set) {
+    std::vector<const char*> topics;
+    for (int i = 0; const char* topic = set.getArgText(arg_trace, i, nullptr); ++i)
+        topics.push_back(topic);
+    const char* const file = set.getArgText(arg_trace_file, 0, nullptr);
+    if (!topics.empty() || file != nullptr)
+        kaz::detail::requestTraces(topics.data(), topics.size(), file);
+}
+
+std::string traceText(const KazArgMeaning& meaning) {
+    switch (meaning.kind) {
+    case KazArgMeaning::option:
+        return std::string("option ") + meaning.row->text;
+    case KazArgMeaning::repetition:
+        return std::string("option ") + meaning.row->text + ", given again";
+    case KazArgMeaning::value:
+        return "value " + std::to_string(meaning.item + 1) + " of " + meaning.row->text;
+    case KazArgMeaning::argument:
+        return "argument " + std::to_string(meaning.item + 1);
+    case KazArgMeaning::notRead:
+        break;
+    }
+    return "not read";
+}
+
+void traceLine(const KazParsedArgs& set, int argc, char** argv, bool isGood) {
+    for (int i = 1; i < argc; ++i)
+        if (argv[i] != nullptr)
+            KAZ_TRACE("arguments", "%d %s: %s", i, kazPrintable(argv[i]).getValue(),
+                      traceText(set.getMeaning(i)).c_str());
+    if (!isGood)
+        KAZ_TRACE("arguments", "the line is refused");
 }
 
 bool isDigit(char c) {
@@ -79,7 +119,14 @@ bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
     KazParsedArgs* set = app != nullptr ? app->getParsedArgs() : nullptr;
     if (ownArgs && set != nullptr)
         set = ownSet(set);
-    return set != nullptr && set->parse(argc, argv, required, optional, minUntagged);
+    if (set == nullptr)
+        return false;
+    const bool isGood = set->parse(argc, argv, required, optional, minUntagged);
+    if (isGood)
+        obeyTraceOptions(*set);
+    if (kazIsTraced("arguments"))
+        traceLine(*set, argc, argv, isGood);
+    return isGood;
 }
 
 const char* kaz_arg_text(arg_type_enum type, int index, const char** defaultText) {

@@ -17,6 +17,8 @@
 /// and on each such call gets the process-wide options of the application's set
 /// appended first, so that one of them on this line counts as repeated. False
 /// when there is no application object or, with @p ownArgs, no tools context.
+/// A line that is accepted and holds "-trace" or "-trace_file" is traced from here
+/// on as trace.h says.
 KAZ_API bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
                            const arg_type_enum* optional, int minUntagged, bool ownArgs);
 

@@ -7,6 +7,7 @@
 #include "tools/files/detail/read_fully.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/messages.h"
+#include "tools/messages/trace.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -38,10 +39,13 @@ bool isAmong(const std::vector<KazString>& names, const KazString& name) {
 
 ToolInfoSource openToolInfo(const char* path) {
     ToolInfoSource source;
+    KAZ_TRACE("config", "trying %s", path);
     errno = 0;
     source.stream.reset(host::openForReading(path, source.status));
     if (!source && errno == ENOMEM)
         throw KazMemoryException();
+    if (!source)
+        KAZ_TRACE("config", "not opened: %s: %s", path, host::errorText(errno).c_str());
     return source;
 }
 
@@ -61,7 +65,10 @@ bool readToolInfo(const ToolInfoSource& source, const char* name, std::string& t
             return refuseSize(name);
     } while (size == text.size());
     text.resize(size);
-    return std::ferror(source.stream.get()) == 0;
+    const bool isWhole = std::ferror(source.stream.get()) == 0;
+    KAZ_TRACE("config", isWhole ? "read %s, %zu bytes" : "failed to read %s behind %zu bytes", name,
+              size);
+    return isWhole;
 }
 
 KazString resolvedToolInfo(const char* value) {
@@ -73,10 +80,14 @@ ToolInfoChainEnd followChain(ToolInfoReader& reader, std::vector<KazString>& nam
                              KazString& stop) {
     for (const char* next; (next = reader.next()) != nullptr && *next != '\0';) {
         stop = resolvedToolInfo(next);
-        if (isAmong(names, stop))
+        if (isAmong(names, stop)) {
+            KAZ_TRACE("config", "not read again: %s", stop.getValue());
             return ToolInfoChainEnd::Cycle;
-        if (names.size() >= chainLimit)
+        }
+        if (names.size() >= chainLimit) {
+            KAZ_TRACE("config", "not read, the chain is too long: %s", stop.getValue());
             return ToolInfoChainEnd::TooLong;
+        }
         std::string text;
         if (!readToolInfo(openToolInfo(stop), stop, text))
             return ToolInfoChainEnd::Unreadable;

@@ -3,6 +3,7 @@
 
 #include "tools/files/KazTreeCursor.h"
 #include "tools/files/detail/text.h"
+#include "tools/files/detail/traced.h"
 #include "tools/platform/host.h"
 
 #include <cerrno>
@@ -14,6 +15,7 @@
 namespace host = kaz::host;
 using kaz::detail::orEmpty;
 using kaz::detail::toText;
+using kaz::detail::traced;
 
 namespace {
 
@@ -132,7 +134,7 @@ int KazDirectory::list(const char* pattern, std::vector<KazDirectoryEntry>& entr
     if (!isOpen())
         return failWith(EBADF);
     std::vector<host::Entry> found;
-    const int result = directory_->list(orEmpty(pattern), found);
+    const int result = traced(directory_->list(orEmpty(pattern), found), "list", pattern);
     const int reason = errno;
     entries.reserve(found.size());
     for (const host::Entry& entry : found)
@@ -154,13 +156,15 @@ FILE* KazDirectory::openFile(const char* name, const char* mode) const {
         stream = self.openFile(entry, mode);
         return 0;
     });
-    return stream;
+    return traced(stream, "open", name);
 }
 
 int KazDirectory::makeDirectory(const char* name, unsigned mode) const {
-    return onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
-        return self.makeDirectory(entry, mode);
-    });
+    const int result =
+        onEntry(directory_, name, [&](const host::Directory& self, const std::string& entry) {
+            return self.makeDirectory(entry, mode);
+        });
+    return traced(result, "make directory", name);
 }
 
 int KazDirectory::setMode(const char* name, unsigned mode) const {
@@ -170,37 +174,42 @@ int KazDirectory::setMode(const char* name, unsigned mode) const {
 }
 
 int KazDirectory::removeDirectory(const char* name) const {
-    return onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
-        return self.removeDirectory(entry);
-    });
+    const int result =
+        onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
+            return self.removeDirectory(entry);
+        });
+    return traced(result, "remove directory", name);
 }
 
 int KazDirectory::removeFile(const char* name) const {
-    return onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
-        return self.removeFile(entry);
-    });
+    const int result =
+        onEntry(directory_, name, [](const host::Directory& self, const std::string& entry) {
+            return self.removeFile(entry);
+        });
+    return traced(result, "remove", name);
 }
 
 int KazDirectory::rename(const char* name, const KazDirectory& target, const char* newName,
                          bool mayReplace) const {
-    return onEntry(directory_, name, [&](const host::Directory& self, const std::string& from) {
+    const auto move = [&](const host::Directory& self, const std::string& from) {
         return onEntry(target.directory_, newName,
                        [&](const host::Directory& other, const std::string& to) {
                            return self.rename(from, other, to, mayReplace);
                        });
-    });
+    };
+    return traced(onEntry(directory_, name, move), "rename", name, orEmpty(newName));
 }
 
 int KazDirectory::copyFile(const KazDirectoryEntry& entry, const KazDirectory& target,
                            const KazCopyRules& rules) const {
-    return onEntry(directory_, entry.name,
-                   [&](const host::Directory& self, const std::string& name) {
-                       if (!target.isOpen())
-                           return failWith(EBADF);
-                       const bool isFile = entry.kind == KazFileKind::File;
-                       const host::Kind kind = isFile ? host::Kind::file : host::Kind::link;
-                       return self.copyFile({name, kind, true}, *target.directory_, rulesOf(rules));
-                   });
+    const auto copy = [&](const host::Directory& self, const std::string& name) {
+        if (!target.isOpen())
+            return failWith(EBADF);
+        const bool isFile = entry.kind == KazFileKind::File;
+        const host::Kind kind = isFile ? host::Kind::file : host::Kind::link;
+        return self.copyFile({name, kind, true}, *target.directory_, rulesOf(rules));
+    };
+    return traced(onEntry(directory_, entry.name, copy), "copy", entry.name);
 }
 
 namespace {

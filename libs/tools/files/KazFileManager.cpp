@@ -10,6 +10,7 @@
 #include "tools/files/detail/text.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/KazIODirector.h"
+#include "tools/messages/trace.h"
 #include "tools/platform/host.h"
 
 #include <cerrno>
@@ -49,6 +50,7 @@ private:
     void start(std::size_t outerPath) {
         TreeLevel& level = levels_.emplace_back();
         level.outerPath = outerPath;
+        KAZ_TRACE("files", "remove from directory %s", path_.get().getValue());
         if (names_ == pattern_ || goElsewhere(level))
             cursor_.directory().list(names_, level.entries);
     }

@@ -3,6 +3,7 @@
 
 #include "tools/files/detail/pattern.h"
 #include "tools/files/detail/text.h"
+#include "tools/files/detail/traced.h"
 #include "tools/files/kazpath.h"
 #include "tools/platform/host.h"
 
@@ -17,6 +18,7 @@ namespace host = kaz::host;
 using kaz::detail::isSeparator;
 using kaz::detail::orEmpty;
 using kaz::detail::toText;
+using kaz::detail::traced;
 
 namespace {
 
@@ -27,9 +29,10 @@ int failWith(int number) {
 
 int makeOne(const std::string& dir) {
     if (host::makeDirectory(dir.c_str(), 0777) == 0)
-        return 0;
+        return traced(0, "make directory", dir.c_str());
     const int reason = errno;
-    return host::isDirectory(dir.c_str()) ? 0 : failWith(reason);
+    return host::isDirectory(dir.c_str()) ? 0
+                                          : traced(failWith(reason), "make directory", dir.c_str());
 }
 
 /// The directory to list and what its entries' paths begin with. In the current
@@ -84,11 +87,12 @@ int TI_makedir(const char* dir, int limit) {
 }
 
 int TI_mkdir(const char* dir, int mode) {
-    return host::makeDirectory(orEmpty(dir), static_cast<unsigned>(mode));
+    return traced(host::makeDirectory(orEmpty(dir), static_cast<unsigned>(mode)), "make directory",
+                  dir);
 }
 
 FILE* TI_fopen(const char* path, const char* mode) {
-    return host::openStream(orEmpty(path), orEmpty(mode));
+    return traced(host::openStream(orEmpty(path), orEmpty(mode)), "open", path);
 }
 
 bool TI_isTerminal(FILE* stream) {
@@ -106,7 +110,7 @@ int read_a_dir(const char* pattern, KazStringColl& entries) {
     const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
     std::vector<host::Entry> found;
     // A part of the entries would pass for all of them.
-    if (dir.list(text.substr(dirLength), found) != 0)
+    if (traced(dir.list(text.substr(dirLength), found), "list", text.data()) != 0)
         return 0;
     int appended = 0;
     for (const host::Entry& entry : found) {
@@ -119,11 +123,12 @@ int read_a_dir(const char* pattern, KazStringColl& entries) {
 }
 
 int copy_file(const char* source, const char* target, bool keepExisting) {
-    return host::copyFile(orEmpty(source), orEmpty(target), !keepExisting);
+    return traced(host::copyFile(orEmpty(source), orEmpty(target), !keepExisting), "copy", source,
+                  orEmpty(target));
 }
 
 int TI_writefile(const char* path, const void* data, std::size_t size) {
-    return host::writeFile(orEmpty(path), data, size);
+    return traced(host::writeFile(orEmpty(path), data, size), "write", path);
 }
 
 namespace {
@@ -144,6 +149,7 @@ KazString nameOfNew(const std::string& created, int (*remove)(const char*)) {
 FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
     std::string created;
     Stream file(host::createTemporary(temporaryPlace(dir).c_str(), orEmpty(prefix), created));
+    traced(file != nullptr ? 0 : -1, "make temporary", file != nullptr ? created.c_str() : dir);
     if (file != nullptr)
         path = nameOfNew(created, host::removeFile);
     return file.release();
@@ -157,7 +163,9 @@ KazString TI_tmpname(const char* dir, const char* prefix) {
 
 KazString TI_tmpdir(const char* dir, const char* prefix) {
     std::string created;
-    if (host::createTemporaryDirectory(temporaryPlace(dir).c_str(), orEmpty(prefix), created) != 0)
+    const int made =
+        host::createTemporaryDirectory(temporaryPlace(dir).c_str(), orEmpty(prefix), created);
+    if (traced(made, "make temporary directory", made == 0 ? created.c_str() : dir) != 0)
         return KazString();
     return nameOfNew(created, host::removeDirectory);
 }

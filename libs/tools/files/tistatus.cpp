@@ -3,6 +3,7 @@
 
 #include "tools/files/detail/pattern.h"
 #include "tools/files/detail/text.h"
+#include "tools/messages/trace.h"
 #include "tools/platform/host.h"
 
 #include <cerrno>
@@ -51,6 +52,7 @@ int notThere(KazFileStatus& status) {
 /// Calls @p operation(directory, name).
 template <typename Operation>
 int onPlace(const Place& place, Operation operation) {
+    KAZ_TRACE("files", "in directory %s", place.directoryPath().c_str());
     return place.isOpen() ? operation(place.directory(), place.name()) : -1;
 }
 

@@ -3,6 +3,7 @@
 
 #include "tools/messages/detail/Dialogue.h"
 #include "tools/messages/messages.h"
+#include "tools/messages/trace.h"
 
 #include <utility>
 #include <vector>
@@ -45,12 +46,16 @@ KazIODirector* KazIODirector::getInstance() {
 
 void KazIODirector::install() {
     previous = theIODirector;
-    if (theIODirector != nullptr && theIODirector->isFinal() != 0)
+    if (theIODirector != nullptr && theIODirector->isFinal() != 0) {
+        KAZ_TRACE("messages", "director not installed: the one in force is final");
         return;
+    }
     theIODirector = this;
 }
 
 void KazIODirector::fallBack() {
+    KAZ_TRACE("messages", "director falls back to %s",
+              previous != nullptr ? "the one before" : "the console");
     if (previous != nullptr)
         theIODirector = previous;
     else

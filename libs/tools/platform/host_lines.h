@@ -18,7 +18,8 @@ public:
     constexpr LineWriter() = default;
     /// Opens by native or host path, following links: empty from here on, or with
     /// @p appends behind what is there, whoever else writes. A new file may be read and
-    /// written as far as the mask allows. Check isOpen(); errno tells why not.
+    /// written as far as the mask allows. Never waits: a pipe that nobody reads fails.
+    /// Check isOpen(); errno tells why not.
     LineWriter(const char* path, bool appends);
     /// The pipe that the parent process has handed on by the number that the text
     /// @p number spells; it is closed on exec from here on. Not open for a text that is no

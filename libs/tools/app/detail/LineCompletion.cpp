@@ -5,6 +5,7 @@
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/detail/LineReading.h"
 #include "tools/messages/KazIODirector.h"
+#include "tools/messages/detail/TraceRequest.h"
 
 #include <algorithm>
 #include <string_view>
@@ -20,6 +21,8 @@ using Description = KazCommandLine::Description;
 class MuteDirector : public KazIODirector {
 public:
     MuteDirector() { install(); }
+
+    const TraceSilence noTraces;
 
 protected:
     void doPrintMsg(const char*, va_list) override {}

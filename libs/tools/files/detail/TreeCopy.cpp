@@ -5,6 +5,7 @@
 #include "tools/files/detail/text.h"
 #include "tools/files/kazpath.h"
 #include "tools/messages/KazIODirector.h"
+#include "tools/messages/trace.h"
 
 #include <cerrno>
 #include <string_view>
@@ -130,6 +131,8 @@ void TreeCopy::copySubdirectory(const char* name) {
 }
 
 void TreeCopy::begun() {
+    KAZ_TRACE("files", "copy from directory %s to %s", sourcePath_.get().getValue(),
+              targetPath_.get().getValue());
     if (manager_.verbose)
         KazIODirector::printMsg("Starting copy from '%s' to '%s'.", sourcePath_.get().getValue(),
                                 targetPath_.get().getValue());

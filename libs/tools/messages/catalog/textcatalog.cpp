@@ -5,6 +5,7 @@
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
+#include "tools/messages/trace.h"
 #include "tools/platform/host.h"
 #include "tools/util/detail/or_empty.h"
 #include "tools/util/text.h"
@@ -23,7 +24,13 @@ kaz::host::ReadableFile openMessageFile(KazString& name) {
         name = configured;
     else
         name = kazComposePath(TI_myRootDir(), "bin\\W32NTX86\\msg_file");
-    return kaz::host::ReadableFile(name);
+    kaz::host::ReadableFile file(name);
+    if (file.isOpen())
+        KAZ_TRACE("messages", "message file %s", name.getValue());
+    else
+        KAZ_TRACE("messages", "message file %s not opened: %s", name.getValue(),
+                  kaz::host::errorText(errno).c_str());
+    return file;
 }
 
 /// Static objects may ask for a text before and after main: the catalog is there

@@ -223,6 +223,15 @@ void TerminalScreen::finish() {
         put(canvas_, "\n");
 }
 
+void TerminalScreen::writeAside(std::string_view text) {
+    const bool isDrawn = drawing != nullptr && drawing->drawn_;
+    if (isDrawn)
+        drawing->erase();
+    put(stderr, text);
+    if (isDrawn)
+        drawing->draw();
+}
+
 TerminalScreen::Progress* TerminalScreen::find(int id) {
     const auto found = std::find_if(open_.begin(), open_.end(),
                                     [id](const Progress& progress) { return progress.id == id; });

@@ -59,6 +59,9 @@ public:
     /// Goes to the line below what is drawn.
     void finish();
 
+    /// Writes to standard error past every director, beside what a screen has drawn.
+    static void writeAside(std::string_view text);
+
 private:
     using Clock = ProgressTrack::Clock;
 

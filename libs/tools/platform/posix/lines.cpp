@@ -20,6 +20,14 @@ std::intptr_t besideStandard(Descriptor file) {
     return file.release();
 }
 
+/// Only the opening does not wait: a reader may be slow.
+Descriptor waitingFromHereOn(Descriptor file) {
+    const int flags = file.isOpen() ? ::fcntl(file.get(), F_GETFL) : -1;
+    if (flags != -1)
+        ::fcntl(file.get(), F_SETFL, flags & ~O_NONBLOCK);
+    return file;
+}
+
 bool isWritablePipe(int number) {
     struct stat info;
     const int flags = ::fcntl(number, F_GETFL);
@@ -34,9 +42,11 @@ LineWriter::LineWriter(const char* path, bool appends) {
         failWith(ENOENT);
         return;
     }
-    const int flags = O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | (appends ? O_APPEND : O_TRUNC);
+    const int flags =
+        O_WRONLY | O_CREAT | O_NOCTTY | O_CLOEXEC | O_NONBLOCK | (appends ? O_APPEND : O_TRUNC);
     const std::string name = hostPath(path);
-    handle_ = besideStandard(Descriptor(retry([&] { return ::open(name.c_str(), flags, 0666); })));
+    handle_ = besideStandard(
+        waitingFromHereOn(Descriptor(retry([&] { return ::open(name.c_str(), flags, 0666); }))));
 }
 
 LineWriter LineWriter::handedOn(const char* number) {

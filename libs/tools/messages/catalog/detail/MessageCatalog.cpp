@@ -2,6 +2,7 @@
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include "tools/messages/messages.h"
+#include "tools/messages/trace.h"
 #include "tools/util/detail/heap_ptr.h"
 #include "tools/util/text.h"
 
@@ -156,9 +157,12 @@ bool MessageCatalog::readText(int number, int entry) {
     const CatalogFile::Table* table = file.findTable(number >> 8);
     const std::uint16_t position =
         table != nullptr ? (*table)[static_cast<unsigned>(number) % entryCount] : 0;
-    if (position == 0)
+    if (position == 0) {
+        KAZ_TRACE("messages", "text %d is not in the message file", number);
         return false;
+    }
     if (!file.readText(position, cache->texts[entry])) {
+        KAZ_TRACE("messages", "text %d is not whole in the message file", number);
         ++errors;
         return false;
     }

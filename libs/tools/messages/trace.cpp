@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+// A trace comes from anywhere, also from between a failed call and the look at its errno,
+// from a director, and from static objects before and after main. So it changes nothing
+// that its surroundings can see: errno, exceptions, the line that a director draws. What is
+// known of the requests is made at the first look and never destroyed.
+#include "tools/messages/trace.h"
+
+#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/messages/detail/Dialogue.h"
+#include "tools/messages/detail/TerminalScreen.h"
+#include "tools/messages/detail/TerminalText.h"
+#include "tools/messages/detail/TraceRequest.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+#include "tools/platform/host_lines.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+constinit bool kaz::detail::mayTrace = true;
+
+namespace {
+
+constexpr std::string_view everyTopic = "all";
+
+constinit int silences = 0;
+constinit bool isWriting = false;
+
+/// Writes traces to standard error, beside what a director draws there.
+void writeError(const std::string& line) {
+    kaz::detail::TerminalScreen::writeAside(
+        kaz::host::isTerminal(stderr) ? kaz::detail::shownText(line, true) : line);
+}
+
+class Traces {
+public:
+    static Traces& instance() {
+        static Traces& traces = *new Traces;
+        return traces;
+    }
+
+    bool hold(std::string_view topic) const {
+        return std::any_of(topics_.begin(), topics_.end(), [topic](const std::string& asked) {
+            return asked == topic || asked == everyTopic;
+        });
+    }
+
+    void add(std::string_view topic) {
+        if (topic.empty())
+            return;
+        topics_.emplace_back(topic);
+        kaz::detail::mayTrace = true;
+    }
+
+    void setFile(const char* name) {
+        if (!fileName_.empty())
+            return;
+        fileName_ = std::string("'") + name + "'";
+        if (topics_.empty())
+            add(everyTopic);
+        file_ = kaz::host::LineWriter(name, false);
+        if (!file_.isOpen())
+            giveFileUp();
+    }
+
+    void write(const std::string& line) {
+        if (file_.isOpen() && file_.write(line) == 0)
+            return;
+        if (file_.isOpen())
+            giveFileUp();
+        writeError(line);
+    }
+
+private:
+    Traces() {
+        const char* const asked = kaz::host::environment("KAZ_TRACE");
+        std::string_view rest = asked != nullptr ? asked : "";
+        kaz::detail::mayTrace = false;
+        while (!rest.empty()) {
+            const std::size_t end = std::min(rest.find(','), rest.size());
+            add(rest.substr(0, end));
+            rest.remove_prefix(std::min(end + 1, rest.size()));
+        }
+    }
+
+    void giveFileUp() {
+        const int reason = errno;
+        file_ = kaz::host::LineWriter();
+        print_err("-trace_file: cannot write %s: %s", fileName_.c_str(),
+                  kaz::host::errorText(reason).c_str());
+    }
+
+    std::vector<std::string> topics_;
+    std::string fileName_;       ///< quoted; empty while there is none
+    kaz::host::LineWriter file_; ///< no stream: at the end of a tool all streams are closed
+};
+
+struct KeptErrno {
+    int reason = errno;
+    ~KeptErrno() { errno = reason; }
+};
+
+struct WhileWriting {
+    WhileWriting() { isWriting = true; }
+    ~WhileWriting() { isWriting = false; }
+};
+
+/// Without the newline that the format may end in.
+KAZ_PRINTF(1, 0)
+std::string textOf(const char* format, va_list args) {
+    KazString formatted;
+    formatted.formatV(format, args);
+    std::string text = formatted.getValue();
+    if (std::string_view(format).ends_with('\n') && !text.empty())
+        text.pop_back();
+    return text;
+}
+
+void write(const char* topic, const std::string& text) {
+    if (kaz::detail::Dialogue::isOn())
+        kaz::detail::Dialogue::trace(topic, text.c_str());
+    Traces::instance().write(std::string("trace ") + topic + ": " + text + '\n');
+}
+
+} // namespace
+
+bool kazIsTraced(const char* topic) {
+    if (topic == nullptr || silences > 0 || isWriting)
+        return false;
+    const KeptErrno kept;
+    try {
+        return Traces::instance().hold(topic);
+    } catch (const KazMemoryException&) {
+        return false;
+    }
+}
+
+void kazTrace(const char* topic, const char* format, ...) {
+    if (!kazIsTraced(topic))
+        return;
+    const KeptErrno kept;
+    const WhileWriting now;
+    va_list args;
+    va_start(args, format);
+    try {
+        write(topic, textOf(format != nullptr ? format : "", args));
+    } catch (const KazMemoryException&) { // left out
+    }
+    va_end(args);
+}
+
+namespace kaz::detail {
+
+void requestTraces(const char* const* topics, std::size_t count, const char* file) {
+    Traces& traces = Traces::instance();
+    for (std::size_t i = 0; i < count; ++i)
+        if (!traces.hold(topics[i]))
+            traces.add(topics[i]);
+    if (file != nullptr)
+        traces.setFile(file);
+}
+
+TraceSilence::TraceSilence() {
+    ++silences;
+}
+
+TraceSilence::~TraceSilence() {
+    --silences;
+}
+
+} // namespace kaz::detail
