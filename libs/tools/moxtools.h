@@ -62,6 +62,7 @@
 #include "tools/formats/encode.h"
 #include "tools/formats/nearwords.h"
 
+#include "tools/messages/KazChildTool.h"
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/KazInterruptWatch.h"

@@ -23,7 +23,8 @@ constexpr KazCommandLine::Option options[] = {
      "overwrite an existing copy without asking; files that only it has are kept"},
     {arg_Quiet, nullptr, "show questions and errors only"},
     traceTopics,
-    traceFile};
+    traceFile,
+    {arg_progress_channel, "CHANNEL", "for tools that run this one: where its progress is told"}};
 constexpr KazCommandLine::Word words[] = {{"--plan", "tell what would be done, and do none of it"}};
 constexpr KazCommandLine commandLine(
     {"moxcopy", MOX_VERSION,

@@ -99,10 +99,12 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(
         help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
-                             "[-filter PATTERN] [-verbose] [-Force] [-Quiet] [-trace TOPIC] "
-                             "[-trace_file FILE] [--plan] "))
+                             "[-filter PATTERN] [-verbose] [-Force] [-Quiet] "
+                             "[-trace TOPIC] [-trace_file FILE] [-progress_channel CHANNEL] "
+                             "[--plan] "))
         << help.out;
-    EXPECT_NE(help.out.find("\n  -projdir DIR      project directory (-p)\n"), help.out.npos);
+    EXPECT_NE(help.out.find("\n  -projdir DIR" + std::string(15, ' ') + "project directory (-p)\n"),
+              help.out.npos);
 }
 
 TEST_F(MoxCopy, KnowsTheNamesThatThereAre) {

@@ -2,6 +2,7 @@
 #include "tools/messages/KazIODirector.h"
 
 #include "tools/messages/detail/Dialogue.h"
+#include "tools/messages/detail/ParentProgress.h"
 #include "tools/messages/messages.h"
 #include "tools/messages/trace.h"
 
@@ -9,6 +10,7 @@
 #include <vector>
 
 using kaz::detail::Dialogue;
+using kaz::detail::ParentProgress;
 
 namespace {
 
@@ -134,28 +136,39 @@ bool KazIODirector::getUserInput(KazString& result, const KazString& title, cons
 int KazIODirector::progressStart(KazString title, int total) {
     const KazString kept = Dialogue::isOn() ? title : KazString();
     const auto begin = [&] { DIRECT(doProgressStart, std::move(title), total); };
-    const int progressId = begin();
+    const bool isTold = ParentProgress::isOffered() && ParentProgress::begin();
+    const int progressId = isTold ? ParentProgress::number : begin();
     RECORD(progressStart(progressId, kept, total));
     return progressId;
 }
 
 void KazIODirector::progressIncrement(int progressId, double amount, bool flag) {
     RECORD(progressIncrement(progressId, amount, flag));
+    if (ParentProgress::isTold(progressId))
+        return ParentProgress::increment(amount, flag);
     DIRECT(doProgressIncrement, progressId, amount, flag);
 }
 
 void KazIODirector::vProgressMsg(int progressId, int level, const char* format, va_list args) {
     RECORD(progressMessage(level, format, args));
+    if (ParentProgress::isTold(progressId)) {
+        // The parent shows lines, and the console would begin this one with another.
+        DIRECT(doPrintMsg, format, args);
+    }
     DIRECT(doProgressMsg, progressId, level, format, args);
 }
 
 void KazIODirector::progressEnd(int progressId) {
     RECORD(progressEnd(progressId));
+    if (ParentProgress::isTold(progressId))
+        return ParentProgress::end();
     DIRECT(doProgressEnd, progressId);
 }
 
 void KazIODirector::reset(int progressId) {
     RECORD(progressReset(progressId));
+    if (ParentProgress::isTold(progressId))
+        return ParentProgress::reset();
     DIRECT(doReset, progressId);
 }
 

@@ -3,6 +3,7 @@
 
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/detail/Dialogue.h"
+#include "tools/messages/detail/ParentProgress.h"
 
 #include <charconv>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <vector>
 
 using kaz::detail::Dialogue;
+using kaz::detail::ParentProgress;
 
 namespace {
 
@@ -88,12 +90,16 @@ void KazProgressHandle::vMsg(int level, const char* format, va_list args) {
 void KazProgressHandle::startSubProgress(double share, int n) {
     if (Dialogue::isOn())
         Dialogue::stepStart(id, share);
+    if (ParentProgress::isTold(id))
+        return ParentProgress::startStep(share);
     KazIODirector::getInstance()->doStartSubProgress(id, share, n);
 }
 
 void KazProgressHandle::endSubProgress() {
     if (Dialogue::isOn())
         Dialogue::stepEnd(id);
+    if (ParentProgress::isTold(id))
+        return ParentProgress::endStep();
     KazIODirector::getInstance()->doEndSubProgress(id);
 }
 

@@ -76,6 +76,9 @@ public:
     void reset();
 
 private:
+    friend KAZ_API int kazRunTool(KazProgressHandle& progress, double share,
+                                  const char* const* argv);
+
     int id;
     int reserved = 0; // kept for the layout that tools are built against
     void (*cancelHandler)() = nullptr;

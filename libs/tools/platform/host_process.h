@@ -47,6 +47,15 @@ protected:
     ~OutputSink() = default;
 };
 
+/// Is asked, several times a second, whether a child that runs shall end.
+class StopWatch {
+public:
+    virtual bool isStopWanted() = 0;
+
+protected:
+    ~StopWatch() = default;
+};
+
 /// How a child process ended.
 struct Completion {
     int error = 0;  ///< why it was never started, an errno value; 0 when it was
@@ -85,6 +94,14 @@ struct Launch {
     OutputSink* output = nullptr;
     OutputSink* errors = nullptr;
     bool isText = false; ///< line ends arrive as one character, however the host has them
+    /// Gets what the child writes to one more pipe, whose number it finds in the variable
+    /// `reportVariable` (see LineWriter::handedOn); null for none. Not with `inheritsFiles`.
+    OutputSink* reports = nullptr;
+    const char* reportVariable = "";
+    /// Once it says so the child, not what that has started, is asked to end (SIGTERM; on
+    /// Windows it is ended with status 143); one that takes longer than five seconds is
+    /// killed. Null for none.
+    StopWatch* watch = nullptr;
 
     /// Milliseconds until it is stopped with all that it started and that did not leave
     /// its process group; 0 is no limit. A child with a limit does not get the signals of

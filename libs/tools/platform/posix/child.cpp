@@ -53,6 +53,11 @@ bool Child::await(int flags) {
     return ended_;
 }
 
+void Child::signal(int number) const {
+    if (!ended_)
+        ::kill(id_, number);
+}
+
 void Child::stop() {
     // As long as it has not been awaited, its number is not given to another group.
     ::kill(-id_, SIGKILL);

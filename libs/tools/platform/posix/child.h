@@ -26,6 +26,9 @@ public:
     /// Whether it has ended; with flags 0 waits for that.
     bool await(int flags);
 
+    /// Sends it a signal unless it was awaited.
+    void signal(int number) const;
+
     /// Kills the group. What cannot be killed, because it has got other rights or hangs in
     /// a device, is waited for a second and then left to a later call of reapAbandoned().
     void stop();

@@ -24,6 +24,9 @@ namespace kaz::host {
 
 namespace {
 
+/// Under which number a child finds the pipe for its reports: the first that is free.
+constexpr int reportNumber = STDERR_FILENO + 1;
+
 /// Without a standard stream a new descriptor would get its number, and be replaced
 /// with it in the child.
 Descriptor besideStandard(Descriptor descriptor) {
@@ -54,10 +57,8 @@ public:
             return ::posix_spawn_file_actions_addopen(&actions_, standard, "/dev/null", O_RDWR, 0);
         });
     }
-    void closeOthers() {
-        note([&] {
-            return ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-        });
+    void closeFrom(int first) {
+        note([&] { return ::posix_spawn_file_actions_addclosefrom_np(&actions_, first); });
     }
     void enter(const std::string& directory) {
         note([&] { return ::posix_spawn_file_actions_addchdir_np(&actions_, directory.c_str()); });
@@ -101,24 +102,31 @@ private:
 class Variables {
 public:
     explicit Variables(const Launch& launch) {
-        if (launch.variables.empty() && launch.removed.empty())
+        if (launch.variables.empty() && launch.removed.empty() && launch.reports == nullptr)
             return;
         for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
             if (!isChanged(launch, *entry))
                 entries_.push_back(*entry);
-        texts_.reserve(launch.variables.size()); // entries point into them
-        for (const auto& [name, value] : launch.variables) {
-            std::string& text = texts_.emplace_back(name);
-            entries_.push_back(text.append("=").append(value).data());
-        }
+        texts_.reserve(launch.variables.size() + 1); // entries point into them
+        for (const auto& [name, value] : launch.variables)
+            add(name, value);
+        if (launch.reports != nullptr)
+            add(launch.reportVariable, std::to_string(reportNumber));
         entries_.push_back(nullptr);
     }
 
     char* const* get() const { return entries_.empty() ? environ : entries_.data(); }
 
 private:
+    void add(const std::string& name, const std::string& value) {
+        std::string& text = texts_.emplace_back(name);
+        entries_.push_back(text.append("=").append(value).data());
+    }
+
     static bool isChanged(const Launch& launch, const char* entry) {
         const std::string_view name(entry, std::strcspn(entry, "="));
+        if (launch.reports != nullptr && name == launch.reportVariable)
+            return true;
         return std::find(launch.removed.begin(), launch.removed.end(), name) !=
                    launch.removed.end() ||
                std::any_of(launch.variables.begin(), launch.variables.end(),
@@ -218,26 +226,57 @@ private:
     int failures_ = 0;
 };
 
-using Outlets = std::array<Outlet, 2>;
+/// Standard output, standard error, reports.
+using Outlets = std::array<Outlet, 3>;
+
+/// Has a child end that is no longer wanted.
+class Stopping {
+public:
+    explicit Stopping(StopWatch* watch) : watch_(watch) {}
+
+    /// How long one may wait for the child before the next look(), in milliseconds.
+    int patience(int most) const {
+        constexpr int interval = 50;
+        return watch_ == nullptr || (most >= 0 && most < interval) ? most : interval;
+    }
+
+    void look(const Child& child) {
+        if (watch_ == nullptr)
+            return;
+        if (!isAsked_ && watch_->isStopWanted()) {
+            constexpr int grace = 5000;
+            child.signal(SIGTERM);
+            isAsked_ = true;
+            end_ = Deadline(grace);
+        }
+        if (end_.isOver())
+            child.signal(SIGKILL);
+    }
+
+private:
+    StopWatch* watch_;
+    bool isAsked_ = false;
+    Deadline end_{-1};
+};
 
 /// Hands output on until the child ends: a process that it left behind may hold the
 /// output open for ever. True when it was stopped at the deadline.
-bool attend(Child& child, Outlets& outlets, const Deadline& deadline) {
+bool attend(Child& child, Outlets& outlets, const Deadline& deadline, Stopping stopping) {
     constexpr int pause = 20; // milliseconds, where the end of a child cannot be waited for
     for (;;) {
-        std::array<pollfd, 3> wait{{{outlets[0].reading(), POLLIN, 0},
+        std::array<pollfd, 4> wait{{{outlets[0].reading(), POLLIN, 0},
                                     {outlets[1].reading(), POLLIN, 0},
+                                    {outlets[2].reading(), POLLIN, 0},
                                     {child.ending(), POLLIN, 0}}};
         const bool canWait = child.ending() >= 0;
-        const bool isKnown =
-            retry([&] {
-                return ::poll(wait.data(), wait.size(), canWait ? deadline.left() : pause);
-            }) >= 0;
+        const int patience = canWait ? stopping.patience(deadline.left()) : pause;
+        const bool isKnown = retry([&] { return ::poll(wait.data(), wait.size(), patience); }) >= 0;
         for (std::size_t i = 0; i < outlets.size() && isKnown; ++i)
             outlets[i].take(wait[i].revents);
-        const bool mayHaveEnded = !canWait || !isKnown || wait[2].revents != 0;
+        const bool mayHaveEnded = !canWait || !isKnown || wait[3].revents != 0;
         if (mayHaveEnded && child.await(WNOHANG))
             return false;
+        stopping.look(child);
         if (deadline.isOver()) {
             child.stop();
             return true;
@@ -303,6 +342,12 @@ bool prepareOutput(const Launch& launch, Outlets& outlets, Setup& setup) {
             setup.give(outlet.writing(), standard);
         }
     }
+    if (launch.reports == nullptr)
+        return true;
+    // Behind the others: one of their pipes may have this number here.
+    if (!outlets[2].open(launch.reports))
+        return false;
+    setup.give(outlets[2].writing(), reportNumber);
     return true;
 }
 
@@ -327,7 +372,7 @@ int spawn(const Launch& launch, Outlets& outlets, pid_t& id) {
     if (!prepareInput(launch, input, setup) || !prepareOutput(launch, outlets, setup))
         return errno;
     if (!launch.inheritsFiles)
-        setup.closeOthers();
+        setup.closeFrom(launch.reports != nullptr ? reportNumber + 1 : STDERR_FILENO + 1);
     if (!launch.directory.empty())
         setup.enter(hostPath(launch.directory.c_str()));
     setup.setAttributes(flagsOf(launch));
@@ -359,7 +404,8 @@ void start(const Launch& launch, Completion& completion) {
     Outlets open = std::move(outlets);
     for (Outlet& outlet : open)
         outlet.closeWriting();
-    const bool isStopped = attend(child, open, Deadline(hasLimit ? launch.timeout : -1));
+    const bool isStopped =
+        attend(child, open, Deadline(hasLimit ? launch.timeout : -1), Stopping(launch.watch));
     for (Outlet& outlet : open)
         outlet.takeRest();
     completion = child.completion();

@@ -27,6 +27,8 @@ namespace {
 constexpr DWORD pause = 5;
 /// The status of what was stopped.
 constexpr UINT stopped = 1;
+/// The status of what was asked to end: what a shell elsewhere makes of SIGTERM.
+constexpr UINT askedToEnd = 128 + 15;
 
 /// A copy of a handle that a child inherits; not open for one that is not there.
 Handle inheritable(HANDLE original) {
@@ -89,6 +91,7 @@ public:
         return WaitForSingleObject(process_.get(), milliseconds) == WAIT_OBJECT_0;
     }
 
+    void askToEnd() const { TerminateProcess(process_.get(), askedToEnd); }
     void stop() const { TerminateJobObject(job_.get(), stopped); }
 
     Completion completion() const {
@@ -191,12 +194,15 @@ private:
     std::optional<TextSink> text_;
 };
 
-using Outlets = std::array<Outlet, 2>;
+/// Standard output, standard error, reports.
+using Outlets = std::array<Outlet, 3>;
 
 /// Until the child ends: a process that it left in the background may hold the
 /// output open for ever. True when it was stopped at the deadline.
-bool attend(const Child& child, Outlets& outlets, const Deadline& deadline) {
+bool attend(const Child& child, Outlets& outlets, const Deadline& deadline, StopWatch* watch) {
     while (!child.await(0)) {
+        if (watch != nullptr && watch->isStopWanted())
+            child.askToEnd();
         if (deadline.isOver()) {
             child.stop();
             child.await(INFINITE);
@@ -204,7 +210,8 @@ bool attend(const Child& child, Outlets& outlets, const Deadline& deadline) {
         }
         const bool gotOutput = outlets[0].take();
         const bool gotErrors = outlets[1].take();
-        if (!gotOutput && !gotErrors)
+        const bool gotReports = outlets[2].take();
+        if (!gotOutput && !gotErrors && !gotReports)
             child.await(pause);
     }
     return false;
@@ -243,17 +250,18 @@ Handle fileOf(std::string_view text) {
     return file;
 }
 
-/// Standard handles of a child, all inheritable by it alone.
+/// Handles of a child, all inheritable by it alone.
 struct Standard {
     Handle input;
     Handle output;
     Handle error;
+    Handle reports; ///< one more, where the child reports
 };
 
 /// False with errno set on failure.
 bool prepare(const Launch& launch, Outlets& outlets, Standard& standard) {
     if (launch.isDetached) {
-        standard = {nothing(), nothing(), nothing()};
+        standard = {nothing(), nothing(), nothing(), Handle()};
         return true;
     }
     if (launch.inputKind == Launch::text) {
@@ -272,14 +280,30 @@ bool prepare(const Launch& launch, Outlets& outlets, Standard& standard) {
     standard.error = inheritable(launch.errors == nullptr ? behind(2)
                                  : isSame                 ? outlets[0].writing()
                                                           : outlets[1].writing());
+    if (launch.reports == nullptr)
+        return true;
+    if (!outlets[2].open(*launch.reports, launch.isText))
+        return false;
+    standard.reports = inheritable(outlets[2].writing());
     return true;
+}
+
+/// With the number of the pipe for reports, which is known only now.
+Launch numbered(const Launch& launch, const Standard& standard) {
+    Launch result = launch;
+    if (launch.reports != nullptr)
+        result.variables.emplace_back(
+            launch.reportVariable,
+            std::to_string(reinterpret_cast<std::intptr_t>(standard.reports.get())));
+    return result;
 }
 
 /// What is inherited: those handles alone.
 class HandleList {
 public:
     explicit HandleList(const Standard& standard) {
-        for (const Handle* each : {&standard.input, &standard.output, &standard.error})
+        for (const Handle* each :
+             {&standard.input, &standard.output, &standard.error, &standard.reports})
             if (each->isOpen())
                 handles_[count_++] = each->get();
         SIZE_T size = 0;
@@ -302,7 +326,7 @@ public:
     LPPROC_THREAD_ATTRIBUTE_LIST get() const { return list_; }
 
 private:
-    std::array<HANDLE, 3> handles_{};
+    std::array<HANDLE, 4> handles_{};
     std::size_t count_ = 0;
     std::vector<char> storage_;
     LPPROC_THREAD_ATTRIBUTE_LIST list_ = nullptr;
@@ -352,7 +376,7 @@ bool create(const Launch& launch, const Standard& standard, PROCESS_INFORMATION&
     start.StartupInfo.hStdOutput = standard.output.get();
     start.StartupInfo.hStdError = standard.error.get();
     start.lpAttributeList = handles.get();
-    std::wstring variables = environmentBlock(launch);
+    std::wstring variables = environmentBlock(numbered(launch, standard));
     const std::wstring directory = widened(hostPath(launch.directory.c_str()));
     const BOOL started = CreateProcessW(target.file.c_str(), target.line.data(), nullptr, nullptr,
                                         handles.get() != nullptr ? TRUE : FALSE, flagsOf(launch),
@@ -402,7 +426,8 @@ void start(const Launch& launch, Completion& completion) {
     Outlets open = std::move(outlets);
     for (Outlet& outlet : open)
         outlet.closeWriting();
-    const bool isStopped = attend(child, open, Deadline(launch.timeout > 0 ? launch.timeout : -1));
+    const bool isStopped =
+        attend(child, open, Deadline(launch.timeout > 0 ? launch.timeout : -1), launch.watch);
     for (Outlet& outlet : open)
         outlet.finish();
     completion = child.completion();

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/messages/KazChildTool.h"
+
+#include "tools/messages/KazIODirector.h"
+#include "tools/messages/detail/ParentProgress.h"
+#include "tools/messages/messages.h"
+#include "tools/platform/host.h"
+
+#include <cerrno>
+#include <charconv>
+#include <string>
+#include <string_view>
+
+namespace host = kaz::host;
+
+namespace {
+
+/// Makes lines of what arrives; what is left at the end is one, too.
+class Lines : public host::OutputSink {
+public:
+    void write(const char* data, std::size_t size) override {
+        for (const char c : std::string_view(data, size)) {
+            if (c == '\n')
+                finishLine();
+            else
+                line_ += c != '\0' ? c : ' ';
+        }
+    }
+
+    void finish() {
+        if (!line_.empty())
+            finishLine();
+    }
+
+protected:
+    ~Lines() = default;
+
+private:
+    virtual void take(const std::string& line) = 0;
+
+    void finishLine() {
+        const std::string line = std::move(line_);
+        line_.clear();
+        take(line);
+    }
+
+    std::string line_;
+};
+
+class Output final : public Lines {
+    void take(const std::string& line) override { tty_msg(0, "%s", line.c_str()); }
+};
+
+class Errors final : public Lines {
+    void take(const std::string& line) override { print_err("%s", line.c_str()); }
+};
+
+/// Advances a step by what the child reports. What is no report is none of ours: the pipe
+/// is open to all that the child starts.
+class Reports final : public Lines {
+public:
+    Reports(int id, std::string channel) : id_(id), channel_(std::move(channel)) {}
+
+private:
+    void take(const std::string& line) override {
+        const double percent = percentOf(line);
+        // Written so that what is no number does not pass.
+        if (!(percent > reached_ && percent <= 100))
+            return;
+        const double step = percent - reached_;
+        reached_ = percent;
+        KazIODirector::progressIncrement(id_, step, false);
+    }
+
+    /// -1 for a line that is no report.
+    double percentOf(std::string_view line) const {
+        if (!line.starts_with(channel_) || line.substr(channel_.size(), 1) != " ")
+            return -1;
+        line.remove_prefix(channel_.size() + 1);
+        double percent = -1;
+        const char* const end = line.data() + line.size();
+        const auto [rest, error] = std::from_chars(line.data(), end, percent);
+        return error == std::errc() && rest == end ? percent : -1;
+    }
+
+    int id_;
+    std::string channel_;
+    double reached_ = 0;
+};
+
+class CancelWatch final : public host::StopWatch {
+public:
+    explicit CancelWatch(int id) : id_(id) {}
+    bool isStopWanted() override { return KazIODirector::cancelPending(id_); }
+
+private:
+    int id_;
+};
+
+/// A child that could not be started has a status, too, so that its caller need not look
+/// at two things.
+int statusOf(const host::Completion& ended, const char* program) {
+    if (ended.error != 0) {
+        print_err("\"%s\" could not be started: %s", program, host::errorText(ended.error).c_str());
+        return -1;
+    }
+    return ended.signal != 0 ? 128 + ended.signal : ended.status;
+}
+
+} // namespace
+
+int kazRunTool(KazProgressHandle& progress, double share, const char* const* argv) {
+    host::Launch launch;
+    for (int i = 0; argv != nullptr && argv[i] != nullptr; ++i)
+        launch.words.emplace_back(argv[i]);
+    // A blank, the option, a blank, its value.
+    const std::string option = progress.asCmdLine(0, 100).getValue();
+    const std::size_t blank = option.rfind(' ');
+    const std::string channel = option.substr(blank + 1);
+    const std::string program = launch.words.empty() ? "" : launch.words.front();
+    if (!launch.words.empty())
+        launch.words.insert(launch.words.end(), {option.substr(1, blank - 1), channel});
+    Output output;
+    Errors errors;
+    Reports reports(progress.id, channel);
+    CancelWatch watch(progress.id);
+    launch.output = &output;
+    launch.errors = &errors;
+    launch.isText = true;
+    launch.reports = &reports;
+    launch.reportVariable = kaz::detail::ParentProgress::variable;
+    launch.watch = progress.cancelHandler != nullptr ? &watch : nullptr;
+
+    progress.startSubProgress(share, 100);
+    host::Completion ended;
+    host::start(launch, ended);
+    output.finish();
+    errors.finish();
+    reports.finish();
+    const int status = statusOf(ended, program.c_str());
+    progress.endSubProgress();
+    if (progress.cancelHandler != nullptr)
+        progress.checkCancel();
+    return status;
+}

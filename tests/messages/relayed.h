@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+/// @file
+/// The fixture of the tests of tools that run tools.
+#pragma once
+
+#include "kit/process.h"
+#include "kit/temp_tree.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <vector>
+
+using Words = std::vector<std::string>;
+
+inline Words joined(Words words, const Words& second, const Words& third = {},
+                    const Words& fourth = {}) {
+    for (const Words* more : {&second, &third, &fourth})
+        words.insert(words.end(), more->begin(), more->end());
+    return words;
+}
+
+/// What the first tool says is recorded, so that a test sees it in its order.
+class Relayed : public testing::Test {
+protected:
+    Relayed() {
+        options.cwd = tree.path();
+        options.env = {{"ToolInfo", tree.write("ToolInfo", "")},
+                       {"KAZ_DIALOGUE", "a"},
+                       {"KAZ_PROGRESS_FD", kit::unset}};
+    }
+
+    static Words running(int share, const Words& child) {
+        const Words line = {"run", std::to_string(share), std::to_string(child.size() + 1),
+                            kit::binDirectory() + "/relay_tool"};
+        return joined(line, child);
+    }
+
+    kit::Result relay(const Words& words) {
+        return kit::run(joined({"relay_tool"}, words), options);
+    }
+
+    /// The recording in short: "N %", "> " output of children, "! " errors, ". " messages; each
+    /// kind for itself, as they come by different ways.
+    std::string told() const {
+        std::map<char, std::string> result;
+        const std::string text = tree.read("a");
+        for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != text.npos;
+             begin = end + 1)
+            addInShort(result, text.substr(begin, end - begin));
+        return result['%'] + result['>'] + result['!'] + result['.'];
+    }
+
+    kit::TempTree tree;
+    kit::RunOptions options;
+
+private:
+    static void addInShort(std::map<char, std::string>& result, const std::string& line) {
+        const auto behind = [&](const std::string& mark) {
+            const std::size_t place = line.find(mark);
+            return place == line.npos ? "" : line.substr(place + mark.size());
+        };
+        std::string text = behind("\"text\":\"");
+        text = text.substr(0, text.rfind('"'));
+        for (std::size_t place; (place = text.find("\\\"")) != text.npos;)
+            text.erase(place, 1);
+        const std::string event = line.substr(10, line.find('"', 10) - 10);
+        if (event == "progress")
+            result['%'] += std::to_string(std::stoi(behind("\"percent\":"))) + " % ";
+        else if (event == "command-output")
+            result['>'] += "> " + text + " ";
+        else if (event == "error")
+            result['!'] += "! " + text + " ";
+        else if (event == "message")
+            result['.'] += ". " + text + " ";
+    }
+};

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tools inside tools: what becomes of the child's progress, lines and end.
+#include "relayed.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class ChildTool : public Relayed {};
+
+TEST_F(ChildTool, IsAStepOfItsParentsProgress) {
+    const Words child = {"start", "Inner", "add",    "25",   "say", "one",  "add", "25",
+                         "err",   "two",   "second", "tell", "it",  "half", "rest"};
+    const Words line = joined({"start", "Outer", "add", "10"}, running(40, child), {"add", "10"});
+    const kit::Result result = relay(line);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(told(), "10 % 20 % 30 % 50 % 60 % > one > Second ....................it > rest "
+                      "! two . status 0 ");
+    EXPECT_EQ(result.out.find("Inner"), std::string::npos);
+}
+
+TEST_F(ChildTool, AttachesItsOwnChildrenToItsParent) {
+    const Words grandchild = {"start", "Innermost", "add", "50", "add", "50", "exit", "4"};
+    const Words child = joined({"start", "Inner"}, running(50, grandchild), {"add", "20"});
+    relay(joined({"start", "Outer"}, running(40, child), {"add", "60"}));
+    EXPECT_EQ(told(), "10 % 20 % 28 % 40 % 100 % > status 4 . status 0 ");
+}
+
+TEST_F(ChildTool, TellsHowItsChildEnded) {
+    relay(joined({"start", "Outer"}, running(10, {"ask", "exit", "3"}), running(20, {"deaf"})));
+    EXPECT_EQ(told(), "10 % 30 % > Q: ? [Yes]/No reply 0 . status 3 . status 0 ");
+
+    const kit::Result result = relay({"start", "Outer", "run", "50", "1", "nosuchtool"});
+    EXPECT_EQ(told(), "50 % ! \"nosuchtool\" could not be started: No such file or directory "
+                      ". status -1 ");
+    EXPECT_EQ(result.status, 0);
+    relay({"start", "Outer", "run", "100", "0"});
+    EXPECT_EQ(told(), "100 % ! \"\" could not be started: No such file or directory . status -1 ");
+}
+
+TEST_F(ChildTool, WithoutAnOfferOfAParentIsAToolAsEver) {
+    const Words words = {"start", "Alone", "add", "100", "end"};
+    const std::string shown = "Alone ....................";
+    EXPECT_EQ(relay(words).out, shown);
+    EXPECT_EQ(relay(joined(words, {"-progress_channel", "1:0:100"})).out, shown);
+    for (const char* number : {"", "x", "0", "1", "2", "-1", "3x", "99999999999999999999", "77"}) {
+        options.env["KAZ_PROGRESS_FD"] = number;
+        EXPECT_EQ(relay(joined(words, {"-progress_channel", "1:0:100"})).out, shown) << number;
+        EXPECT_EQ(relay(words).out, shown) << number;
+    }
+}
+
+} // namespace
