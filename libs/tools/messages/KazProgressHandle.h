@@ -77,7 +77,7 @@ public:
 
 private:
     friend KAZ_API int kazRunTool(KazProgressHandle& progress, double share,
-                                  const char* const* argv);
+                                  const char* const* argv); ///< see KazChildTool.h
 
     int id;
     int reserved = 0; // kept for the layout that tools are built against
