@@ -40,6 +40,13 @@ public:
     explicit Attempts(int few)
         : most_(std::getenv("KIT_SWEEP") != nullptr ? 1000 : few),
           seconds_(std::getenv("KIT_SECONDS")) {}
+    Attempts(const Attempts&) = delete;
+    Attempts& operator=(const Attempts&) = delete;
+    /// Says how often that was, where only the time was given.
+    ~Attempts() {
+        if (seconds_ != nullptr)
+            std::printf("%d attempts in %s s\n", made_ - 1, seconds_);
+    }
 
     bool next() {
         ++made_;
