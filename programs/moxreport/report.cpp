@@ -3,25 +3,10 @@
 
 #include "tools/moxtools.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
 namespace {
-
-/// How the site writes dates and times. Without a configuration, asking for one would be a fatal
-/// error.
-struct Formats {
-    const char* date = "%Y-%m-%d";
-    const char* time = "%H:%M:%S";
-
-    Formats() {
-        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(_TI_Cfile(), std::fclose);
-        if (file != nullptr)
-            date = time = nullptr;
-    }
-};
 
 KazString counted(std::size_t count, const char* what) {
     KazString text;
@@ -108,8 +93,8 @@ private:
         return anchor;
     }
 
-    KazString momentText(std::int64_t seconds) const {
-        return FmtDate(seconds, formats_.date) + " " + FmtTime(seconds, formats_.time);
+    static KazString momentText(std::int64_t seconds) {
+        return FmtDate(seconds) + " " + FmtTime(seconds);
     }
 
     void writeFront() {
@@ -257,7 +242,6 @@ private:
     KazDocWriter& doc_;
     const Inventory& inventory_;
     const ReportOptions& options_;
-    const Formats formats_;
 };
 
 } // namespace

@@ -484,6 +484,11 @@ TEST_F(Partime, TheToolOfTheGuideTellsWhatADateMeans) {
     EXPECT_EQ(say("1 mei 1999"), "01 mei 1999\n");
     EXPECT_EQ(say("now, sort of"), "1not understood as a date: sort of\n");
     EXPECT_TRUE(say("3 days ago").ends_with(" (3 days ago)\n"));
+    // Without any configuration the defaults hold.
+    run.env["ToolInfo"] = run.env["TOOLINFO"] = kit::unset;
+    run.env["HOME"] = tree_.path("none");
+    EXPECT_EQ(say("13/4/2026"), "013 April 2026\n");
+    EXPECT_TRUE(say("3/4/2026").starts_with("1day and month cannot be told apart"));
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The formatting functions: which format, which language, which zone.
-#include "tools/config/toolinfo.h"
 #include "tools/formats/datetime.h"
+#include "tools/formats/detail/configured.h"
 #include "tools/formats/detail/date_format.h"
 #include "tools/formats/detail/moment.h"
 #include "tools/formats/detail/zones.h"
@@ -46,11 +46,11 @@ Format fixedFormat(const char* text) {
 
 /// The configured format. One that names "@date" or "@time" in turn is as good as none.
 Format configuredFormat(const Default& wanted) {
-    const char* configured = TI_Vcont(wanted.variable);
-    if (configured == nullptr || std::strcmp(configured, dateDefault.name) == 0 ||
-        std::strcmp(configured, timeDefault.name) == 0)
+    const char* format = configured(wanted.variable);
+    if (format == nullptr || std::strcmp(format, dateDefault.name) == 0 ||
+        std::strcmp(format, timeDefault.name) == 0)
         return {wanted.text};
-    return fixedFormat(configured);
+    return fixedFormat(format);
 }
 
 Format chooseFormat(const char* format, const Default& otherwise) {

@@ -2,8 +2,8 @@
 // The names are those of the GNU C library's locales (glibc 2.36), kept here so that
 // a report does not change with the machine that writes it.
 #include "tools/formats/detail/languages.h"
-#include "tools/config/toolinfo.h"
 #include "tools/formats/datetime.h"
+#include "tools/formats/detail/configured.h"
 
 #include <atomic>
 
@@ -90,8 +90,8 @@ const Language* findLanguage(std::string_view code) {
 const Language& languageInForce() {
     if (const Language* language = chosen)
         return *language;
-    const char* configured = TI_Vcont("date_language");
-    const Language* language = configured != nullptr ? findLanguage(configured) : nullptr;
+    const char* code = configured("date_language");
+    const Language* language = code != nullptr ? findLanguage(code) : nullptr;
     return language != nullptr ? *language : english();
 }
 

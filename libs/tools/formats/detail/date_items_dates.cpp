@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Dates: which parts of an item are year, month and day.
-#include "tools/config/toolinfo.h"
+#include "tools/formats/detail/configured.h"
 #include "tools/formats/detail/date_items.h"
 
 namespace kaz::dates {
@@ -21,8 +21,8 @@ int yearOf(const Token& token) {
 }
 
 date_order_enum configuredOrder() {
-    const char* configured = TI_Vcont("date_order");
-    const std::string_view order = configured != nullptr ? configured : "";
+    const char* value = configured("date_order");
+    const std::string_view order = value != nullptr ? value : "";
     return order == "dmy" ? date_order_dmy : order == "mdy" ? date_order_mdy : date_order_unknown;
 }
 
