@@ -3,6 +3,7 @@
 // meaning, whether the line is good, and what may follow.
 #include "fuzz/argument_words.h"
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/option_rows.h"
 #include "kit/director.h"
@@ -156,10 +157,7 @@ bool isPrintable(const std::string& text) {
                         [](unsigned char c) { return c < ' ' || c == 0x7F; });
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void all(fuzz::Input input) {
     const Tool tool(input);
     const KazCommandLine line = tool.line();
     Texts words;
@@ -192,5 +190,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const OptionRow* const row = selectRow(rows(), word);
         FUZZ_CHECK(word == "-help" || word == "-version" || (row != nullptr && tool.takes(*row)));
     }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
+    failures.whole([&] { all(input); });
     return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any sequence of calls gives a document that a strict reader of its format takes, with the
-// texts in the order of the calls.
+// texts in the order of the calls; and the same one where memory runs out in between.
 #include "fuzz/document_readers.h"
 #include "fuzz/writer_calls.h"
 
@@ -40,6 +40,12 @@ void write(doc_format_enum format, const fuzz::Input& input) {
     doc->paragraph("too late");
     doc->setTitle("too late");
     FUZZ_CHECK(doc->finish() == document.c_str());
+    // Calls that ran out of memory have left no trace.
+    fuzz::Input failing = input;
+    fuzz::Failures failures(failing);
+    const std::unique_ptr<KazDocWriter> interrupted(KazDocWriter::create(format));
+    fuzz::WriterCalls(*interrupted, "").make(input, failures);
+    FUZZ_CHECK(failures.ask([&] { return interrupted->finish(); }) == document.c_str());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // Names of projects, systems and diagrams: what the buffers of fixed size hold in
 // the end is what a model without buffers says, and the directories are there.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "kit/director.h"
 #include "kit/env.h"
@@ -127,9 +128,21 @@ std::string withReplacements(std::string name) {
 
 // ------------------------------------------------------------------- the checks
 
+/// Of this input.
+fuzz::Failures* failures = nullptr;
+
+/// What @p ask answers as a text, with the reports of the last time alone.
+template <class Ask>
+std::string asked(kit::RecordingDirector& director, Ask ask) {
+    return failures->ask([&] {
+        director.errors.clear();
+        return std::string(ask());
+    });
+}
+
 void compareReplacements(const std::string& name) {
     std::string copy(name.size() + 1, '#');
-    kaz_diag_strcpy(copy.data(), name.c_str());
+    failures->step([&] { kaz_diag_strcpy(copy.data(), name.c_str()); });
     FUZZ_CHECK(copy.c_str() == withReplacements(name));
     std::string inPlace = name;
     kaz_diag_strcpy(inPlace.data(), inPlace.c_str());
@@ -146,8 +159,12 @@ void compareLegality(fuzz::Input& input) {
     kaz_env_projdir_asgn(hasProject ? project.c_str() : nullptr);
     kaz_env_pdb_enabled_asgn(hasDatabase ? "1" : nullptr);
 
-    const kit::RecordingDirector director;
-    const int result = edit_name_is_legal(checks, report);
+    kit::RecordingDirector director;
+    const int result = failures->ask([&] {
+        director.errors.clear();
+        kaz_env_diagram_asgn(diagram.c_str());
+        return edit_name_is_legal(checks, report);
+    });
     Texts errors;
     if ((checks & 1) != 0 && diagram.empty())
         errors = {"Empty diagram name"};
@@ -188,8 +205,9 @@ void compareDiagramFile(fuzz::Input& input) {
         name += "." + revision.substr(0, 71);
     if (name.size() > nameSize)
         errors.push_back("Filename too long '" + name + "'");
-    const kit::RecordingDirector director;
-    FUZZ_CHECK(edit_make_name() == (diagram.empty() ? "" : name.substr(0, nameSize)));
+    kit::RecordingDirector director;
+    FUZZ_CHECK(asked(director, edit_make_name) ==
+               (diagram.empty() ? "" : name.substr(0, nameSize)));
     FUZZ_CHECK(director.errors == (diagram.empty() ? Texts() : errors));
 }
 
@@ -251,13 +269,13 @@ void comparePaths(fuzz::Input& input) {
     kazSetDbOpen(input.between(0, 2));
     kazSetDbReadonly(input.flag());
 
-    const std::string path = kaz_fs_filestore_path();
+    kit::RecordingDirector director;
+    const std::string path = asked(director, kaz_fs_filestore_path);
     const Filestore expectedPath = filestore(meant, system, store);
     FUZZ_CHECK(path == expectedPath.path);
     FUZZ_CHECK(!expectedPath.isMade || path.empty() || leadsHome(path) || isDirectory(path));
 
-    const kit::RecordingDirector director;
-    const std::string systemDir = edit_get_sys_dir();
+    const std::string systemDir = asked(director, edit_get_sys_dir);
     const Appended expected = append(meant, nameSize, system);
     if (meant.size() < nameSize && expected.status != 2) {
         FUZZ_CHECK(systemDir == expected.dir && director.errors.empty());
@@ -269,7 +287,7 @@ void comparePaths(fuzz::Input& input) {
 
     // The directory of the present settings, assigned when it is another one.
     static std::string assigned;
-    FUZZ_CHECK(edit_set_store_dir() == 0);
+    failures->step([] { FUZZ_CHECK(edit_set_store_dir() == 0); });
     const char* const stored = TI_Vcont("filestore");
     const std::string whole = kaz_env_system_dir() != nullptr ? kaz_env_system_dir() : "";
     const Appended inside = append(whole, nameSize, store);
@@ -292,10 +310,12 @@ void compareAbsolute(fuzz::Input& input) {
     if (dir.size() >= nameSize)
         return;
     char buffer[nameSize];
-    dir.copy(buffer, dir.size());
-    buffer[dir.size()] = '\0';
     const std::string full = kazFullPath(dir.c_str()).getValue();
-    kaz_fs_make_absolute_dir(buffer);
+    failures->step([&] {
+        dir.copy(buffer, dir.size());
+        buffer[dir.size()] = '\0';
+        kaz_fs_make_absolute_dir(buffer);
+    });
     FUZZ_CHECK(buffer == (full.size() < nameSize ? full : dir));
     FUZZ_CHECK(isDirectory(full));
 }
@@ -310,6 +330,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
 
     fuzz::Input input(data, size);
+    fuzz::Failures ofInput(input);
+    failures = &ofInput;
     for (int steps = input.between(1, 6); steps > 0; --steps) {
         switch (input.between(0, 4)) {
         case 0:

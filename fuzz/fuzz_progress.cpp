@@ -2,6 +2,7 @@
 // Nested ranges of a progress, against the rules of their arithmetic; and the
 // option that hands a progress to a child.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "kit/director.h"
 #include "tools/messages/KazNGProgress.h"
@@ -100,7 +101,7 @@ double percentage(fuzz::Input& input) {
     }
 }
 
-void step(fuzz::Input& input, KazNGProgress& progress, Model& model) {
+void step(fuzz::Input& input, fuzz::Failures& failures, KazNGProgress& progress, Model& model) {
     const int operation = input.between(0, 11);
     const double value = percentage(input);
     switch (operation) {
@@ -115,7 +116,7 @@ void step(fuzz::Input& input, KazNGProgress& progress, Model& model) {
     case 1:
     case 2:
     case 3:
-        progress.pushRange(value);
+        failures.step([&] { progress.pushRange(value); }, [&] { compare(progress, model); });
         model.push(value);
         break;
     case 4:
@@ -140,7 +141,9 @@ void step(fuzz::Input& input, KazNGProgress& progress, Model& model) {
         compare(progress, model);
         KazNGProgress assigned;
         assigned.pushRange(value);
-        assigned = progress;
+        Model before;
+        before.push(value);
+        failures.step([&] { assigned = progress; }, [&] { compare(assigned, before); });
         compare(assigned, model);
         progress = assigned;
         progress = *&progress;
@@ -200,6 +203,7 @@ class SilentDirector : public kit::RecordingDirector {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
+    fuzz::Failures failures(input);
     readChannel(input.textOf("0123456789:- x", 24));
     int none = 0;
     FUZZ_CHECK(!KazProgressHandle::parseChannel(nullptr, none, none, none));
@@ -211,6 +215,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     KazNGProgress progress;
     Model model;
     for (int steps = 0; !input.empty() && steps < 4000; ++steps)
-        step(input, progress, model);
+        step(input, failures, progress, model);
     return 0;
 }

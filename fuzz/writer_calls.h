@@ -4,6 +4,7 @@
 /// be read in this order in whatever comes out.
 #pragma once
 
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "tools/formats/KazDocWriter.h"
 
@@ -21,17 +22,36 @@ public:
 
     /// Takes calls until the input ends.
     void make(Input input) {
-        doc.colours().add("red");
-        doc.colours().add("#123456");
-        doc.fonts().add("Odd {Font}\\b");
+        prepare();
         for (int i = 0; i < 2000 && !input.empty(); ++i)
             call(input);
+    }
+
+    /// The same with memory running out in some of the calls, which are then made again.
+    void make(Input input, Failures& failures) {
+        prepare();
+        for (int i = 0; i < 2000 && !input.empty(); ++i) {
+            const Input before = input;
+            const std::size_t count = words.size(), links = linked.size();
+            failures.step([&] {
+                input = before;
+                words.resize(count);
+                linked.resize(links);
+                call(input);
+            });
+        }
     }
 
     std::vector<std::string> words;
     std::vector<std::string> linked; ///< those that are the text of links
 
 private:
+    void prepare() {
+        doc.colours().add("red");
+        doc.colours().add("#123456");
+        doc.fonts().add("Odd {Font}\\b");
+    }
+
     /// A word between characters that mean something somewhere.
     std::string hostile(Input& input) {
         static constexpr const char* parts[] = {"",

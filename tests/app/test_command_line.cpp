@@ -191,17 +191,6 @@ TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(completions("99999999999", {"a"}).size(), 2u);
 }
 
-TEST(CommandLine, SurvivesAnyAllocationThatFails) {
-    const kit::RecordingDirector director;
-    const long points = kit::sweepAllocations(
-        [] {
-            Words argv(Texts{"--explain", "-sistem", "-projdir", "x", "--", "-a"});
-            commandLine.parse(argv.argc(), argv.argv());
-        },
-        [] { EXPECT_EQ(problemOf({"-q"}), "unknown option -q"); });
-    EXPECT_GT(points, 20);
-}
-
 TEST(CommandLine, HintsAndWatchesSurviveItToo) {
     KazStringColl systems;
     for (const char* name : {"brewery", "brewery two", "winery\t"})

@@ -188,29 +188,10 @@ TEST_F(ConfigMemory, ToolEnvironment) {
     sweepQuestion("system directory", ask);
 }
 
-TEST_F(ConfigMemory, FilestoreNames) {
+TEST_F(ConfigMemory, AFileOfTheFilestoreOpensOrThrows) {
     kaz_env_projdir_asgn(tree.native("p").c_str());
     kaz_env_system_asgn("sys");
-    kaz_env_diagram_asgn("a diagram of some length");
-    kaz_env_revision_asgn("revision of some length");
     kaz_fs_filestore_dir_asgn("store");
-    kazSetDbOpen(1);
-    sweepQuestion("characters",
-                  [] { return std::string(kaz_illegal_diag_chars()) + kaz_replace_diag_chars(); });
-    sweepQuestion("filestore", [] { return std::string(kaz_fs_filestore_path()); });
-    sweepQuestion("system", [] { return std::string(edit_get_sys_dir()); });
-    sweepQuestion("diagram file", [] { return std::string(edit_make_name()); });
-    sweepQuestion("absolute", [this] {
-        char name[kazFilestoreNameSize];
-        std::snprintf(name, sizeof name, "%s/p/.", tree.path().c_str());
-        kaz_fs_make_absolute_dir(name);
-        return std::string(name);
-    });
-    sweepQuestion("legality", [] {
-        kaz_env_diagram_asgn("a diagram of some length");
-        const int result = edit_name_is_legal(15, 1);
-        return std::to_string(result) + kaz_env_diagram();
-    });
     sweepQuestion("file", [] {
         char name[] = "file", mode[] = "w";
         std::FILE* stream = kaz_fs_open_filestore_file(name, mode);
@@ -218,15 +199,6 @@ TEST_F(ConfigMemory, FilestoreNames) {
             throw KazMemoryException();
         return std::to_string(std::fclose(stream));
     });
-    const auto assigned = [] { return text(TI_Vcont("filestore")); };
-    sweep(
-        "store directory",
-        [] {
-            kazSetDbOpen(0);
-            edit_set_store_dir();
-            kazSetDbOpen(1);
-        },
-        [] { edit_set_store_dir(); }, assigned);
 }
 
 } // namespace

@@ -67,23 +67,6 @@ TEST(Progress, ADerivedClassMayDoWhatItLikes) {
     EXPECT_EQ(progress.stored, UINT_MAX);
 }
 
-TEST(Progress, SurvivesEveryFailedAllocation) {
-    KazNGProgress progress, target;
-    progress.initialize(false);
-    int depth = 0;
-    kit::sweepAllocations(
-        [&] {
-            for (; depth < 60; ++depth)
-                progress.pushRange(100);
-            target = progress;
-        },
-        [&] {
-            const double reached = progress.increment(1, false);
-            EXPECT_EQ(reached, progress.get(true));
-        });
-    EXPECT_EQ(target.get(true), progress.get(true));
-}
-
 TEST(ConsoleProgress, ADotForEveryFivePercent) {
     KazConsoleProgress progress;
     kit::Capture capture;

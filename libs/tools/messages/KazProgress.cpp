@@ -50,10 +50,16 @@ KazProgress::KazProgress(const KazProgress& other) : KazProgress() {
 }
 
 KazProgress& KazProgress::operator=(const KazProgress& other) {
-    if (this != &other) {
-        ranges.removeAll();
-        copyRanges(other);
+    if (this == &other)
+        return *this;
+    const int before = ranges.getSize();
+    try {
+        copyRanges(other); // behind those that it has, which stay if memory runs out
+    } catch (...) {
+        ranges.removeAt(before, ranges.getSize() - before);
+        throw;
     }
+    ranges.removeAt(0, before);
     return *this;
 }
 

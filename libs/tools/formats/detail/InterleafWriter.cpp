@@ -91,7 +91,6 @@ public:
     void endTable() override {
         put("<End Table>\n\n");
         progress.rows = 0;
-        shape = {};
     }
 
     void text(const Text& text, const Run& run) override {
