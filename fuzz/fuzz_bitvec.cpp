@@ -3,19 +3,15 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "tools/util/bitvec.h"
+#include "util/owned.h"
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <vector>
 
 namespace {
 
-struct Delete {
-    void operator()(bitvec* bits) const { bitvec_delete(bits); }
-};
-using Vector = std::unique_ptr<bitvec, Delete>;
+using Vector = Owned<bitvec>;
 
 /// A vector and its model under one sequence of changes.
 class Pair {

@@ -4,10 +4,7 @@
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "kit/counted.h"
-#include "tools/util/gu_index_list.h"
-#include "tools/util/gu_list.h"
-#include "tools/util/gu_queue.h"
-#include "tools/util/gu_set.h"
+#include "util/owned.h"
 
 #include <algorithm>
 #include <climits>
@@ -23,23 +20,6 @@ namespace {
 
 using fuzz::Input;
 using kit::Counted;
-
-void* element(int value) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
-}
-
-int number(const void* value) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
-}
-
-struct Destroy {
-    void operator()(gu_list* list) const { gu_list_destroy(list); }
-    void operator()(gu_queue* queue) const { gu_queue_destroy(queue); }
-    void operator()(gu_set* set) const { gu_set_destroy(set); }
-    void operator()(gu_index_list* list) const { gu_index_list_destroy(list); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Destroy>;
 
 template <typename Operation>
 std::set<int> combine(const std::set<int>& a, const std::set<int>& b, Operation operation) {
@@ -363,8 +343,7 @@ void setsFollowTheModel(Input& input) {
 // ---- Index lists
 
 std::string textOf(const gu_index_list* list) {
-    const std::unique_ptr<char, decltype(&std::free)> text(gu_index_list_text(list), std::free);
-    return text.get();
+    return take(gu_index_list_text(list));
 }
 
 /// The text form by the definition: neighbours joined.

@@ -3,27 +3,16 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "tools/util/text.h"
+#include "util/owned.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
-#include <memory>
 
 namespace {
 
 using fuzz::Input;
 
-std::string take(char* text) {
-    FUZZ_CHECK(text != nullptr);
-    const std::unique_ptr<char, decltype(&std::free)> owner(text, std::free);
-    return text;
-}
-
-struct Destroy {
-    void operator()(dd_buffer* buffer) const { dd_destroy(buffer); }
-};
-using Buffer = std::unique_ptr<dd_buffer, Destroy>;
+using Buffer = Owned<dd_buffer>;
 
 std::string textOf(const dd_buffer* buffer) {
     FUZZ_CHECK(dd_text(buffer)[dd_length(buffer)] == '\0');

@@ -8,7 +8,7 @@
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
 #include "tools/containers/KazTreeIterator.h"
-#include "tools/util/tree.h"
+#include "util/owned.h"
 
 #include <cstdlib>
 #include <iterator>
@@ -21,14 +21,6 @@ namespace {
 
 using fuzz::Input;
 using kit::Counted;
-
-void* slot(int value) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(value));
-}
-
-int number(const void* value) {
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(value));
-}
 
 /// The rules with nothing but recursion and full comparisons.
 namespace reference {
@@ -154,6 +146,23 @@ int counting(const void* stored, const void* probe) {
     return compare_integers(stored, probe);
 }
 
+/// What was released, in the order of it.
+std::vector<int> released;
+
+void noteReleased(void* value) {
+    const fuzz::MemoryHolds holds;
+    released.push_back(number(value));
+}
+
+/// Both subtrees come before their node.
+void walkUpwards(const generic_tree* root, std::vector<int>& values) {
+    if (root == nullptr)
+        return;
+    walkUpwards(root->left, values);
+    walkUpwards(root->right, values);
+    values.push_back(number(root->value));
+}
+
 /// A tree and its two references under one sequence of changes.
 class Trees {
 public:
@@ -161,16 +170,21 @@ public:
     Trees(const Trees&) = delete;
     Trees& operator=(const Trees&) = delete;
     ~Trees() {
-        delete_tree(tree, nullptr);
+        std::vector<int> expected;
+        walkUpwards(model, expected);
+        released.clear();
+        delete_tree(tree, noteReleased);
+        FUZZ_CHECK(released == expected);
         delete_tree(model, nullptr);
     }
 
     int size() const { return static_cast<int>(values.size()); }
 
     void add(int value) {
-        generic_tree* ours = make_tree_node(slot(value));
-        generic_tree* theirs = make_tree_node(slot(value));
-        bool added = false, expected = false;
+        generic_tree* ours = make_tree_node(element(value));
+        generic_tree* theirs = make_tree_node(element(value));
+        bool added = true, expected = false;
+        FUZZ_CHECK(add_tree_node(tree, nullptr, counting, added) == tree && !added);
         failures.step([&] { tree = add_tree_node(tree, ours, counting, added); }, [&] { check(); });
         model = reference::add(model, theirs, expected);
         FUZZ_CHECK(added == expected && added == values.insert(value).second);
@@ -182,19 +196,21 @@ public:
 
     void remove(int value) {
         bool deleted = (value & 1) != 0, expected = false;
+        released.clear();
         failures.step(
-            [&] { tree = delete_tree_node(tree, slot(value), counting, nullptr, deleted); },
+            [&] { tree = delete_tree_node(tree, element(value), counting, noteReleased, deleted); },
             [&] { check(); });
         model = reference::remove(model, value, expected);
         FUZZ_CHECK(deleted == expected && deleted == (values.erase(value) == 1));
+        FUZZ_CHECK(released == std::vector<int>(deleted ? 1 : 0, value));
     }
 
     void look(int value) {
-        void* found = values.count(value) ? slot(value) : nullptr;
-        FUZZ_CHECK(search_tree(tree, slot(value), counting) == found);
-        FUZZ_CHECK(replace_tree_node(tree, slot(value), counting) == found);
-        FUZZ_CHECK(tree_min_value(tree) == slot(values.empty() ? 0 : *values.begin()));
-        FUZZ_CHECK(tree_max_value(tree) == slot(values.empty() ? 0 : *values.rbegin()));
+        void* found = values.count(value) ? element(value) : nullptr;
+        FUZZ_CHECK(search_tree(tree, element(value), counting) == found);
+        FUZZ_CHECK(replace_tree_node(tree, element(value), counting) == found);
+        FUZZ_CHECK(tree_min_value(tree) == element(values.empty() ? 0 : *values.begin()));
+        FUZZ_CHECK(tree_max_value(tree) == element(values.empty() ? 0 : *values.rbegin()));
     }
 
     /// Hangs a copy of the tree, moved beyond its end, into it as one subtree.
@@ -206,7 +222,7 @@ public:
         const auto shift = [step](auto& self, generic_tree* node) -> void {
             if (node == nullptr)
                 return;
-            node->value = slot(number(node->value) + step);
+            node->value = element(number(node->value) + step);
             self(self, node->left);
             self(self, node->right);
         };
@@ -228,7 +244,7 @@ public:
     }
 
     void copy() {
-        const auto next = [](void* value) { return slot(number(value) + 1); };
+        const auto next = [](void* value) { return element(number(value) + 1); };
         generic_tree* copied = failures.ask([&] { return copy_tree_deep(tree, next); });
         if (copied != nullptr)
             FUZZ_CHECK(std::exchange(copied->value, tree->value) == next(tree->value));

@@ -4,17 +4,12 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "tools/util/text.h"
+#include "tools/files/process.h"
+#include "util/owned.h"
 
-#include <memory>
+#include <vector>
 
 namespace {
-
-std::string take(char* text) {
-    FUZZ_CHECK(text != nullptr);
-    const std::unique_ptr<char, decltype(&std::free)> owner(text, std::free);
-    return text;
-}
 
 void quotedWordComesBack(const std::string& word) {
     const std::string quoted = take(quote_word(word.c_str()));
@@ -49,8 +44,24 @@ void wordsAreStable(const std::string& line) {
     FUZZ_CHECK(position == end);
 }
 
+/// A line of words that was put together is taken apart into the same ones.
+void lineComesBack(const std::vector<std::string>& words) {
+    std::vector<const char*> parts;
+    for (const std::string& word : words)
+        parts.push_back(word.c_str());
+    const KazString line = argv_to_str(static_cast<int>(parts.size()), parts.data());
+    char** argv = nullptr;
+    const int argc = str_to_argv(line.getValue(), &argv);
+    const std::unique_ptr<char*, decltype(&std::free)> owner(argv, std::free);
+    FUZZ_CHECK(argc == static_cast<int>(words.size()) && argv[argc] == nullptr);
+    for (int i = 0; i < argc; ++i)
+        FUZZ_CHECK(argv[i] == words[static_cast<std::size_t>(i)]);
+}
+
 void all(fuzz::Input input) {
-    quotedWordComesBack(input.cText(64));
+    const std::string word = input.cText(64);
+    quotedWordComesBack(word);
+    lineComesBack({word, "a=b", word + word, ""});
     const std::string line = input.rest();
     wordsAreStable(line.c_str());
 }

@@ -132,17 +132,6 @@ TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
     EXPECT_GT(failed, 2);
 }
 
-TEST(Application, KeepsItsFlags) {
-    FrameApp app;
-    EXPECT_FALSE(app.getDebugFlag() || app.getVerboseFlag() || app.isNestedCall());
-    app.setDebugFlag(true);
-    EXPECT_FALSE(app.getVerboseFlag());
-    app.setVerboseFlag(true);
-    app.setDebugFlag(false);
-    app.setBusy(true); // shows nothing here
-    EXPECT_TRUE(app.getVerboseFlag() && !app.getDebugFlag());
-}
-
 TEST(EditorsBase, GivesTheInstalledOnesCommand) {
     class Graphical : public KazEditorsBase {
         KazString getCreationCommand(const char* name) override {

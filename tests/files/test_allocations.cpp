@@ -5,9 +5,7 @@
 #include "tools/files/KazFilePath.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
-#include "words.h"
 
-#include <array>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -48,9 +46,7 @@ TEST(Allocations, FilesAndProcesses) {
         const int count = list(found);
         return count == 1 ? str(found[0]) : "";
     };
-    std::array<char, 8192> out;
     expectRepeatable({
-        {"joined", [&] { return std::string(TI_catfile(dir.c_str(), "f", out.data(), 8192)); }},
         {"directory", [&] { return made(TI_makedir((dir + "\\made\\below").c_str())); }},
         {"copy", [&] { return made(copy_file(file.c_str(), (dir + "\\copy").c_str(), false)); }},
         {"temporary file", [&] { return made(TI_tmpname(dir.c_str(), "t").isEmpty()); }},
@@ -72,8 +68,6 @@ TEST(Allocations, FilesAndProcesses) {
          [&] {
              return listed([&](KazStringColl& found) { return path.findMatching("f*", found); });
          }},
-        {"list as text", [&] { return str(path.getText()); }},
-        {"words", [] { return words::join(words::split("'some word' and \"another\"")); }},
         {"output",
          [] {
              KazString output;

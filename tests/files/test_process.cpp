@@ -25,15 +25,6 @@ const char* command(const char* posix, const char* windows) {
     return kit::hasDrives ? windows : posix;
 }
 
-TEST(Words, JoinAndSplitAreInverse) {
-    const Words all = {"",   "plain",   " a\tb\n", "\"",       "'",
-                       "\\", "$`*?;&|", "\\\"'",   "\xe9\x01", "#"};
-    EXPECT_EQ(split(join(all)), all);
-    for (const std::string& first : all)
-        for (const std::string& second : all)
-            EXPECT_EQ(split(join({first + second, second})), (Words{first + second, second}));
-}
-
 TEST(Words, NothingAndTheUnclosed) {
     char** argv = nullptr;
     EXPECT_EQ(str_to_argv(nullptr, &argv), 0);

@@ -2,6 +2,7 @@
 #include "kit/env.h"
 #include "kit/process.h"
 #include "kit/random.h"
+#include "kit/table.h"
 #include "kit/temp_tree.h"
 #include "tools/app/KazFileException.h"
 #include "tools/services/crc32.h"
@@ -90,24 +91,16 @@ TEST_F(Product, NamesTheFirstLineThatIsWrong) {
                              {"=a", 1},
                              {"name=\n", 1},
                              {"Name=a", 1},
-                             {start + "a b=c", 3},
                              {start + "k=1\nk=2\n", 4},
-                             {start + "build=1234567890", 3},
-                             {start + "build=-1", 3},
-                             {start + "date=2026-02-29", 3},
-                             {start + "date=2026-1-01", 3},
-                             {start + "checksum=0", 3},
                              {start + "checksum=00000000\nk=1\n", 4},
-                             {start + "part=0 0 - a", 3},
-                             {start + "part=00000000 x - a", 3},
-                             {start + "part=00000000 0 a", 3},
-                             {start + "part=00000000 18446744073709551616 - a", 3},
-                             {start + "k=\x01", 3},
-                             {start + "k=\xFF", 3},
-                             {start + "k=a\rb", 3},
-                             {start + "k=\xC2\x85", 3},
                              {start + std::string(41, 'k') + "=1", 3},
                              {start + "k=" + std::string(1001, 'v'), 3}};
+    for (const std::string& line : kit::parts(
+             "a b=c|build=1234567890|build=-1|date=2026-02-29|date=2026-1-01|checksum=0|part=0 0 - "
+             "a|"
+             "part=00000000 x - a|part=00000000 0 a|part=00000000 18446744073709551616 - a|k=\x01|"
+             "k=\xFF|k=a\rb|k=\xC2\x85"))
+        rows.push_back({start + line, 3});
     for (const char* path : {"../a", "a/..", "a/../b", "/a", "C:a", "a:b", "a\\b", ".."})
         rows.push_back({start + part + path, 3});
     for (const Row& row : rows) {
@@ -184,25 +177,10 @@ TEST_F(Product, WritesWholeOrThrows) {
 }
 
 TEST_F(Product, OrdersVersions) {
-    const std::vector<std::string> order = {"0",
-                                            "1.0.0-alpha",
-                                            "1.0.0-alpha.1",
-                                            "1.0.0-alpha.beta",
-                                            "1.0.0-beta",
-                                            "1.0.0-beta.2",
-                                            "1.0.0-beta.11",
-                                            "1.0.0-rc.1",
-                                            "1",
-                                            "1.0.0.1",
-                                            "1.2-rc.1",
-                                            "1.2",
-                                            "1.10",
-                                            "1.x",
-                                            "1.y",
-                                            "2",
-                                            "99999999999999999999",
-                                            "100000000000000000000",
-                                            "x"};
+    const std::vector<std::string> order = kit::parts(
+        "0|1.0.0-alpha|1.0.0-alpha.1|1.0.0-alpha.beta|1.0.0-beta|1.0.0-beta.2|1.0.0-beta.11|"
+        "1.0.0-rc.1|1|1.0.0.1|1.2-rc.1|1.2|1.10|1.x|1.y|2|99999999999999999999|"
+        "100000000000000000000|x");
     for (std::size_t i = 0; i < order.size(); ++i)
         for (std::size_t j = 0; j < order.size(); ++j)
             EXPECT_EQ(Info::compareVersions(order[i].c_str(), order[j].c_str()), (i > j) - (i < j))

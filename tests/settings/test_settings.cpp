@@ -2,6 +2,7 @@
 #include "kit/director.h"
 #include "kit/process.h"
 #include "kit/random.h"
+#include "kit/table.h"
 #include "place.h"
 #include "probe.h"
 #include "tools/app/KazResourceException.h"
@@ -80,25 +81,8 @@ private:
 
 /// Names and texts with everything in them that means something to whoever keeps them.
 std::string someText(kit::Random& random, const char* others) {
-    static const List pieces = {"a",
-                                "B",
-                                "b",
-                                "Z",
-                                "=",
-                                "[",
-                                "]",
-                                "#",
-                                "|",
-                                ":",
-                                ".",
-                                " ",
-                                "\"",
-                                "%",
-                                "\xC3\xA4",
-                                "\xE2\x82\xAC",
-                                "s",
-                                "x",
-                                "\xF0\x9F\x98\x80"};
+    static const List pieces =
+        kit::parts("a,B,b,Z,=,[,],#,|,:,., ,\",%,\xC3\xA4,\xE2\x82\xAC,s,x,\xF0\x9F\x98\x80", ",");
     std::string text;
     for (int n = random.between(1, 6); n > 0; --n)
         text +=

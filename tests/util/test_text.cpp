@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/capture.h"
-#include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "tools/app/KazApp.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/util/memory.h"
@@ -71,25 +68,6 @@ TEST(Words, AreReadAsAShellReadsThem) {
     const char* nowhere = nullptr;
     char* word = nullptr;
     EXPECT_EQ(word_none, next_word(&nowhere, &word));
-}
-
-TEST(Words, QuotingIsUndoneByReadingAndByTheShell) {
-    kit::Random rng(kit::seed());
-    SCOPED_TRACE(kit::seedText());
-    std::string line;
-    std::vector<std::string> words;
-    std::string shown;
-    for (int round = 0; round < 2000; ++round) {
-        words.push_back(rng.text(6, "ab \t\n'\"\\$`*?;|&<>(){}[]~#!=%\x01\xE9"));
-        line += take(quote_word(words.back().c_str())) + " ";
-        shown += words.back() + "\x02";
-    }
-    word_status_enum status = word_found;
-    EXPECT_EQ(words, wordsOf(line.c_str(), &status));
-    if (!kit::hasDrives) { // these are the words of the other hosts' shells
-        const kit::Result shell = kit::run({"/bin/sh", "-c", "printf '%s\\002' " + line});
-        EXPECT_EQ(shown, shell.out);
-    }
     EXPECT_EQ("\"\"", take(quote_word(nullptr)));
     EXPECT_EQ("caf\xE9", take(quote_word("caf\xE9")));
     EXPECT_EQ("a b", take(unquote_word("a b")));

@@ -53,7 +53,7 @@ TEST(Words, ReadAsAShellDoes) {
     for (int round = 0; round < 200; ++round) {
         Words words;
         for (int n = random.between(1, 4); n > 0; --n)
-            words.push_back(random.text(6, "a \"'\\$`*;&|~#!"));
+            words.push_back(random.text(6, "ab \t\"'\\$`*?;|&<>(){}[]~#!=%\x01\xE9"));
         script += "printf '<%s>' " + join(words) + "\n";
         for (const std::string& word : words)
             expected += "<" + word + ">";
