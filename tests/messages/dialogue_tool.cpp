@@ -4,6 +4,7 @@
 
 #include "tools/moxtools.h"
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -32,7 +33,10 @@ void say() {
     print_msg("%s\n", "one\ntwo\n");
     print_err("tank %d", 3);
     print_msg("\"quoted\" \\ \x01\x7f caf\xc3\xa9 \xff\xc3(\xed\xb2\x80");
-    print_single_sym_msg(7, "here");
+    gu_set* const symbols = gu_set_create(0);
+    gu_set_add(symbols, reinterpret_cast<void*>(std::intptr_t{7}));
+    print_sym_msg(symbols, "here");
+    gu_set_destroy(symbols);
     print_sym_err(nullptr, "nowhere");
     const int id = tty_start("ls -l");
     tty_msg(id, "file");
