@@ -150,7 +150,7 @@ TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
                        "no equals\n = 5\n"                                 // 8, 9
                        "quoted='x'\nhalf='x\nodd=\tx\ncr=a\rb\n% a\rb=1\n" // 10 to 14
                        "  % c=1\na b = c\n\"name\"=x\nTI_locale=C\n"       // 15 to 18
-                       "twice=1\ntwice=2\ntwice=2\n"                       // 19 to 21
+                       "doubled=1\ndoubled=2\ndoubled=2\n"                       // 19 to 21
                        "abc_mox_file_path=x\nrman=x\n% " +                 // 22, 23, 24
                        std::string(5200, 'v') +
                        "=\nn=x";                                              // 24, 25
@@ -290,7 +290,7 @@ TEST_F(MoxInfo, WrongUseIsExplained) {
     const kit::Result help = run({"a", "-help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.out.starts_with("usage: moxinfo [-toolinfo FILE] ")) << help.out;
-    EXPECT_NE(help.out.find("\n  -output FILE    write to this file (-o)\n"), help.out.npos);
+    EXPECT_NE(help.out.find("\n  -output FILE      write to this file (-o)\n"), help.out.npos);
     EXPECT_EQ(run({"EMTPY", "x"}).err, "moxinfo: EMTPY is not defined; did you mean empty?\n"
                                        "moxinfo: x is not defined\n");
 }
