@@ -150,7 +150,7 @@ TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
                        "no equals\n = 5\n"                                 // 8, 9
                        "quoted='x'\nhalf='x\nodd=\tx\ncr=a\rb\n% a\rb=1\n" // 10 to 14
                        "  % c=1\na b = c\n\"name\"=x\nTI_locale=C\n"       // 15 to 18
-                       "doubled=1\ndoubled=2\ndoubled=2\n"                       // 19 to 21
+                       "doubled=1\ndoubled=2\ndoubled=2\n"                 // 19 to 21
                        "abc_mox_file_path=x\nrman=x\n% " +                 // 22, 23, 24
                        std::string(5200, 'v') +
                        "=\nn=x";                                              // 24, 25
