@@ -336,9 +336,11 @@ TEST_F(MoxInfo, TroubleWithFilesIsReported) {
     options.closeStdout = true;
     EXPECT_EQ(run({"-output", tree.path("file"), "a"}).status, 0);
     EXPECT_EQ(tree.readText("file"), "1\n");
-    result = run({"a"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("standard output: cannot be written: "), result.err.npos);
+    for (const char* argument : {"a", "-help", "--describe"}) {
+        result = run({argument});
+        EXPECT_EQ(result.status, 1) << argument;
+        EXPECT_NE(result.err.find("standard output: cannot be written"), result.err.npos);
+    }
 }
 
 } // namespace

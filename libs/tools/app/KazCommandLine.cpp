@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,7 @@ using kaz::detail::LineReading;
 using Description = KazCommandLine::Description;
 
 constexpr int done = 0;
+constexpr int notWritten = 1;
 
 /// The tool's own words on the line of this process.
 std::vector<std::string>& givenWords() {
@@ -84,6 +86,14 @@ int obey(const Description& description, KazCommandLine::Completer completer, in
     return done;
 }
 
+/// The status that ends the tool: a full disk must not pass for a good end.
+int written(int status, const char* program) {
+    if (status != done || std::ferror(stdout) == 0)
+        return status;
+    print_err("%s: standard output: cannot be written", program);
+    return notWritten;
+}
+
 /// A good line, into the application's set.
 bool parseForApplication(const Description& description, LineReading& reading) {
     std::vector<arg_type_enum> required, optional;
@@ -108,7 +118,7 @@ bool parseForApplication(const Description& description, LineReading& reading) {
 int KazCommandLine::parse(int argc, char** argv) const {
     LineReading reading(description_, argc, argv);
     if (const int position = reading.wordPosition(); position > 0)
-        return obey(description_, completer_, position, argc, argv);
+        return written(obey(description_, completer_, position, argc, argv), description_.program);
     const std::string problem = reading.problem();
     if (!problem.empty()) {
         reportProblem(description_, problem,

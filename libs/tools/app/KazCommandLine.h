@@ -89,7 +89,8 @@ public:
 
     /// Parses into the application's argument set (see kaz_arg_parse), or does what one of
     /// the words above asks for, or says in a line on the error channel what is wrong.
-    /// @return run, or the status to end with: 0 when a word was obeyed, wrongUsage
+    /// @return run, or the status to end with: 0 when a word was obeyed, 1 when what it
+    /// shows cannot be written to standard output, wrongUsage
     int parse(int argc, char** argv) const;
 
     /// Shows an error of the tool's own in the same form: its problem, and how to get
