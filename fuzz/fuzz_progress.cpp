@@ -139,11 +139,19 @@ void step(fuzz::Input& input, fuzz::Failures& failures, KazNGProgress& progress,
         }
         copy.increment(value, false);
         compare(progress, model);
-        KazNGProgress assigned;
-        assigned.pushRange(value);
         Model before;
         before.push(value);
-        failures.step([&] { assigned = progress; }, [&] { compare(assigned, before); });
+        KazNGProgress assigned;
+        for (int n = 0; n < 16; ++n) { // one allocation among others tells
+            assigned = KazNGProgress();
+            assigned.pushRange(value);
+            failures.step([&] { assigned = progress; },
+                          [&] {
+                              compare(assigned, before);
+                              assigned.popRange(); // nothing is behind it
+                              compare(assigned, Model());
+                          });
+        }
         compare(assigned, model);
         progress = assigned;
         progress = *&progress;

@@ -191,7 +191,7 @@ TEST(CommandLine, CompletesWhatMayFollow) {
     EXPECT_EQ(completions("99999999999", {"a"}).size(), 2u);
 }
 
-TEST(CommandLine, HintsAndWatchesSurviveItToo) {
+TEST(CommandLine, HintsAndWatchesSurviveAllocationsThatFail) {
     KazStringColl systems;
     for (const char* name : {"brewery", "brewery two", "winery\t"})
         systems.add(name);
