@@ -112,6 +112,8 @@ struct WhileWriting {
 /// Without the newline that the format may end in.
 KAZ_PRINTF(1, 0)
 std::string textOf(const char* format, va_list args) {
+    if (format == nullptr)
+        return {};
     KazString formatted;
     formatted.formatV(format, args);
     std::string text = formatted.getValue();
@@ -147,7 +149,7 @@ void kazTrace(const char* topic, const char* format, ...) {
     va_list args;
     va_start(args, format);
     try {
-        write(topic, textOf(format != nullptr ? format : "", args));
+        write(topic, textOf(format, args));
     } catch (const KazMemoryException&) { // left out
     }
     va_end(args);
