@@ -66,6 +66,16 @@ class Bar(unittest.TestCase):
         self.status = tool.wait()
         return [line.rstrip() for line in screen.display], written
 
+    def start_long_copy(self):
+        """The tool, whose bar is up, and what it has written."""
+        for number in range(8):
+            self.write(f"plant/brewery/big{number}.dgm", os.urandom(4 << 20))
+        tool = self.start()
+        begin = b""
+        while b"Copying" not in begin:
+            begin += os.read(self.ours, 65536)
+        return tool, begin
+
     def test_the_bar_stays_when_all_is_copied(self):
         lines, written = self.watch(self.start())
         self.assertEqual(self.status, 0)
@@ -104,12 +114,7 @@ class Bar(unittest.TestCase):
         self.assertEqual(written, b"")
 
     def test_a_window_that_changes_its_size_gets_lines_of_the_new_width(self):
-        for number in range(8):
-            self.write(f"plant/brewery/big{number}.dgm", os.urandom(4 << 20))
-        tool = self.start()
-        begin = b""
-        while b"Copying" not in begin:
-            begin += os.read(self.ours, 65536)
+        tool, begin = self.start_long_copy()
         tool.send_signal(signal.SIGSTOP)
         os.waitpid(tool.pid, os.WUNTRACED)
         while select.select([self.ours], [], [], 0.1)[0]:
@@ -129,12 +134,7 @@ class Bar(unittest.TestCase):
         self.assertRegex(lines[2], "^608 files, ")
 
     def test_an_interrupt_leaves_whole_lines_and_nothing_else(self):
-        for number in range(8):
-            self.write(f"plant/brewery/big{number}.dgm", os.urandom(4 << 20))
-        tool = self.start()
-        begin = b""
-        while b"Copying" not in begin:
-            begin += os.read(self.ours, 65536)
+        tool, begin = self.start_long_copy()
         tool.send_signal(signal.SIGINT)
         lines, _ = self.watch(tool, begin)
         self.assertEqual(self.status, 9)
