@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 namespace moxkit {
 
@@ -11,9 +12,10 @@ namespace {
 std::string formatted(const char* format, va_list args) {
     char* text = nullptr;
     const int length = vasprintf(&text, format, args);
-    std::string result(length > 0 ? text : "");
-    std::free(text);
-    return result;
+    if (length < 0)
+        return {}; // what text is then is not defined
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+    return {text, static_cast<std::size_t>(length)};
 }
 
 std::string asked(const KazString& title, const KazString& text) {

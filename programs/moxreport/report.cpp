@@ -39,7 +39,7 @@ KazString sizeOf(const KazFileStatus& status) {
 /// Who wants the same report again says when it was made.
 std::int64_t presentMoment() {
     const char* text = std::getenv("SOURCE_DATE_EPOCH");
-    return text_is_integer(text) ? std::atoll(text) : date_now();
+    return text != nullptr && text_is_integer(text) ? std::atoll(text) : date_now();
 }
 
 /// Each name of a path by itself, "/" before it.

@@ -195,7 +195,7 @@ private:
             const int line =
                 i < before.lines.size() ? before.lines[i].number : before.lines.back().number + 1;
             if (!isUpdate())
-                fail("expected " + expected + ", got " + got, line);
+                fail(std::string("expected ").append(expected).append(", got ").append(got), line);
             return false;
         }
         return true;

@@ -257,7 +257,7 @@ TEST_F(MoxCopy, TakesThousandsOfDiagrams) {
     for (int i = 0; i < 300; ++i)
         tree.write("plant/brewery/d" + std::to_string(i * 7) + ".dgm", "x");
     kit::RunOptions options;
-    options.timeoutSeconds = 20;
+    options.timeoutSeconds = 60; // six of processor time with the sanitizers
     auto result = copy(diagrams, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(names("copies/brewery").size(), 300u);

@@ -103,16 +103,18 @@ void KazTerminalDirector::doFatalError(const char* format, va_list args) {
 KazIODirector::Reply KazTerminalDirector::doConfirm(const KazString& title,
                                                     const KazString& message, DialogType type,
                                                     Reply defaultReply) {
-    const kaz::detail::ScreenPause pause(screen());
-    return KazIODirector::doConfirm(screen().onOutput(title).c_str(),
-                                    screen().onOutput(message).c_str(), type, defaultReply);
+    Screen& shown = screen();
+    const kaz::detail::ScreenPause pause(shown);
+    return KazIODirector::doConfirm(shown.onOutput(title).c_str(), shown.onOutput(message).c_str(),
+                                    type, defaultReply);
 }
 
 bool KazTerminalDirector::doGetUserInput(KazString& result, const KazString& title,
                                          const KazString& prompt, bool echo) {
-    const kaz::detail::ScreenPause pause(screen());
-    return KazIODirector::doGetUserInput(result, screen().onOutput(title).c_str(),
-                                         screen().onOutput(prompt).c_str(), echo);
+    Screen& shown = screen();
+    const kaz::detail::ScreenPause pause(shown);
+    return KazIODirector::doGetUserInput(result, shown.onOutput(title).c_str(),
+                                         shown.onOutput(prompt).c_str(), echo);
 }
 
 // The parameter is by value in the interface that directors override.
