@@ -79,7 +79,9 @@ set(CPACK_COMPONENTS_ALL library debian-library programs debian-programs develop
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+# Not of the objects of the test kit, which become parts of other programs.
+set(CPACK_DEBIAN_LIB_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_TOOLS_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SOURCE moxtools)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # it would come before each package's own

@@ -89,7 +89,7 @@ export PKG_CONFIG_LIBDIR=$root/usr/lib/$arch/pkgconfig
 # shellcheck disable=SC2046
 g++ "$scratch/where.cpp" -o "$scratch/by_pkg_config" $(pkg-config --cflags --libs moxtools)
 
-nm "$scratch/build/tested" | grep -q ' T malloc$' || die "the test kit's objects are not in the program"
+nm "$scratch/build/tested" | grep " T malloc$" >/dev/null || die "the test kit's objects are not in the program"
 
 # They find the library through the link in the system's directory, and the root behind it.
 for tool in "$scratch/build/where" "$scratch/by_pkg_config"; do

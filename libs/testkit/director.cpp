@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace moxkit {
 
@@ -13,7 +14,7 @@ std::string formatted(const char* format, va_list args) {
     char* text = nullptr;
     const int length = vasprintf(&text, format, args);
     if (length < 0)
-        return {}; // what text is then is not defined
+        throw std::bad_alloc(); // a message that is lost is none that was shown
     const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
     return {text, static_cast<std::size_t>(length)};
 }

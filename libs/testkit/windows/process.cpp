@@ -57,6 +57,7 @@ std::string environmentBlock(const std::map<std::string, std::string>& changes) 
     for (const char* entry = all; *entry != '\0'; entry += entries.back().size() + 1)
         entries.emplace_back(entry);
     FreeEnvironmentStringsA(all);
+    std::erase_if(entries, [](const std::string& entry) { return sameName(entry, "KAZCOREROOT"); });
     for (const auto& [name, value] : changes) {
         std::erase_if(entries, [&](const std::string& entry) { return sameName(entry, name); });
         if (value != unset)

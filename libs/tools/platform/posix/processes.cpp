@@ -270,7 +270,8 @@ bool attend(Child& child, Outlets& outlets, const Deadline& deadline, Stopping s
                                     {child.ending(), POLLIN, 0}}};
         const bool canWait = child.ending() >= 0;
         const int patience = canWait ? stopping.patience(deadline.left()) : pause;
-        const bool isKnown = retry([&] { return ::poll(wait.data(), wait.size(), patience); }) >= 0;
+        // Not again after an interrupt: signals that come often would keep the end unseen.
+        const bool isKnown = ::poll(wait.data(), wait.size(), patience) >= 0;
         for (std::size_t i = 0; i < outlets.size() && isKnown; ++i)
             outlets[i].take(wait[i].revents);
         const bool mayHaveEnded = !canWait || !isKnown || wait[3].revents != 0;
