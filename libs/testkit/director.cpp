@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <new>
 
 namespace moxkit {
 
@@ -14,7 +13,7 @@ std::string formatted(const char* format, va_list args) {
     char* text = nullptr;
     const int length = vasprintf(&text, format, args);
     if (length < 0)
-        throw std::bad_alloc(); // a message that is lost is none that was shown
+        return {}; // no memory to note it; what text is then is not defined
     const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
     return {text, static_cast<std::size_t>(length)};
 }
