@@ -36,6 +36,7 @@ upward = {
     ("files", "config/toolinfo.h"): '"~" is the home directory of the configuration',
     ("files", "config/vstring.h"): "entries of a search path name variables",
     ("messages/catalog", "config/toolinfo.h"): "a variable names the message file",
+    ("messages/catalog", "config/detail/optional_variable.h"): "a tool with texts of its own needs no configuration",
     ("messages", "config/toolinfo.h"): "people set how a terminal shows progress",
     ("formats", "config/toolinfo.h"): "variables choose language and order of dates",
     ("formats", "app/KazFileException.h"): "a document that cannot be written is thrown as tools expect it",

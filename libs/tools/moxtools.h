@@ -23,6 +23,7 @@
 #include "tools/strings/KazWQuotedStringTokenizer.h"
 #include "tools/strings/KazWString.h"
 #include "tools/strings/KazWStringTokenizer.h"
+#include "tools/strings/printf_arguments.h"
 
 #include "tools/containers/KazArrayPtr.h"
 #include "tools/containers/KazColl.h"

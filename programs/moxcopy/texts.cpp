@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "texts.h"
 
-#include "common/formats.h"
-#include "names.h"
 #include "tools/config/toolinfo.h"
-#include "tools/files/kazpath.h"
-#include "tools/files/tifiles.h"
-#include "tools/files/tistatus.h"
 #include "tools/messages/catalog/textcatalog.h"
-#include "tools/messages/messages.h"
 
 #include <cstdio>
 #include <map>
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -58,52 +51,23 @@ constexpr struct {
     {233, texts::keptFiles},
 };
 
-using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-/// A pipe is not even tried: opening it could wait for ever.
-bool opens(const KazString& file) {
-    return TI_isFile(file) && Stream(TI_fopen(file, "rb"), std::fclose) != nullptr;
-}
-
-/// Variables can be looked up without a fatal error only when there is a
-/// ToolInfo file; this tool does without one where it can.
-const char* configuredFile() {
-    return hasConfiguration() ? TI_Vcont("msg_file") : nullptr;
-}
-
-/// Is there a message file? TextLook would report its absence with each text.
-bool hasMessageFile() {
-    if (const char* configured = configuredFile()) {
-        if (opens(configured))
-            return true;
-        print_err("Cannot read the message file '%s'", kazPrintable(configured).getValue());
-        return false;
-    }
-    return opens(kazComposePath(TI_myRootDir(), "bin\\W32NTX86\\msg_file"));
-}
-
-/// Whatever the file holds, its text must be safe with the arguments given.
-const char* lookUp(int number, const char* english) {
-    const char* text = TextLook(number);
-    return *text != '\0' && printfArguments(text) == printfArguments(english) ? text : english;
-}
-
-std::map<const char*, std::string> allTexts() {
-    std::map<const char*, std::string> result;
-    const bool look = hasMessageFile();
+/// All of them at once: a lack of memory then shows at the first one, and not where a failure
+/// is being told.
+std::map<const char*, const char*> allTexts() {
+    std::map<const char*, const char*> result;
     for (const auto& row : table)
-        result[row.english] = look ? lookUp(row.number, row.english) : row.english;
+        result[row.english] = kaz_text(row.number, row.english);
     return result;
 }
 
 } // namespace
 
 const char* localText(const char* english) {
-    static const std::map<const char*, std::string> texts = allTexts();
+    static const std::map<const char*, const char*> texts = allTexts();
     const auto found = texts.find(english);
-    return found != texts.end() ? found->second.c_str() : english;
+    return found != texts.end() ? found->second : english;
 }
 
 bool hasConfiguration() {
-    return Stream(_TI_Cfile(), std::fclose) != nullptr;
+    return std::unique_ptr<std::FILE, int (*)(std::FILE*)>(_TI_Cfile(), std::fclose) != nullptr;
 }

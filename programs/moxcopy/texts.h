@@ -44,8 +44,7 @@ inline constexpr char badFilter[] = "The filter is for file names, not for paths
 
 } // namespace texts
 
-/// The text of the message file for @p english, one of the above, when there is
-/// such a file and its text takes the same arguments; else @p english. Lives as
+/// The text of the message file for @p english, one of the above (see kaz_text). Lives as
 /// long as the process. The compiler checks the arguments against the English.
 const char* localText(const char* english) __attribute__((format_arg(1)));
 

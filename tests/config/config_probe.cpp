@@ -90,6 +90,12 @@ const std::map<std::string, std::function<std::string(const Words&)>> commands =
     {"open", [](const Words& w) { return openedSysFile(w[1]); }},
     {"typed", [](const Words&) { return typedValues(); }},
     {"look", [](const Words& w) { return std::string(TextLook(std::stoi(w[1]))); }},
+    {"text",
+     [](const Words& w) {
+         errno = EDOM;
+         const std::string text = kaz_text(std::stoi(w[1]), w[2].c_str());
+         return errno == EDOM ? text : "errno is another";
+     }},
     {"copy", [](const Words& w) { return copiedText(std::stoi(w[1])); }},
     {"put", [](const Words& w) { return std::to_string(TI_TextPut(registered(w, 1))); }},
     {"putno",

@@ -75,6 +75,28 @@ TEST(TextCatalog, RegisteredTexts) {
     EXPECT_NE(statistics.find("Text from^Ithe file\n"), statistics.npos) << "in any locale";
 }
 
+TEST(TextCatalog, ATextOfOnesOwnIsReplacedByOneWithTheSameArguments) {
+    const kit::TempTree tree;
+    tree.write("file", messageFile({{1, {"%2$d von %1$-9s"}}, {2, {"%d"}}, {3, {"100%"}}}));
+    const std::string script = "text\t1\t%s: %i\ntext\t1\t%s\ntext\t2\t%s\ntext\t3\tall\n"
+                               "text\t4\tnone\ntext\t1\t%s: %i\n";
+    const std::string english = "%s: %i\n%s\n%s\nall\nnone\n%s: %i\n";
+    const kit::Result found = probe("msg_file=" + tree.native("file") + "\n", script);
+    EXPECT_EQ(found.out, "%2$d von %1$-9s\n%s\n%s\nall\nnone\n%2$d von %1$-9s\n");
+    EXPECT_EQ(found.err, "");
+    const kit::Result silent = probe("", script);
+    EXPECT_EQ(silent.out + silent.err, english);
+    const kit::Result told = probe("msg_file=" + tree.native("none") + "\n", script);
+    EXPECT_EQ(told.out, english);
+    EXPECT_EQ(told.err, "Cannot read the message file '" + tree.native("none") + "'\n");
+    // Looking for a variable would be a fatal error.
+    kit::RunOptions options;
+    options.env["ToolInfo"] = tree.path("none");
+    options.input = script;
+    const kit::Result alone = kit::run({"config_probe"}, options);
+    EXPECT_EQ(alone.out + alone.err, english);
+}
+
 kaz::host::ReadableFile openFile(KazString& name) {
     static const kit::TempTree tree;
     static const std::string file = tree.write("file", messageFile({{1, {"one"}}, {300, {"two"}}}));

@@ -1,25 +1,41 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/catalog/textcatalog.h"
 
+#include "tools/config/detail/optional_variable.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
+#include "tools/formats/encode.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
+#include "tools/messages/messages.h"
 #include "tools/messages/trace.h"
 #include "tools/platform/host.h"
+#include "tools/strings/printf_arguments.h"
 #include "tools/util/detail/or_empty.h"
 #include "tools/util/text.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
 
 using kaz::detail::orEmpty;
 
 namespace {
 
+/// kaz_text does without a ToolInfo file; for the others its absence is a fatal error.
+constinit bool mayLackToolInfo = false;
+
+const char* configuredName() {
+    return mayLackToolInfo ? kaz::detail::optionalVariable("msg_file") : TI_Vcont("msg_file");
+}
+
 kaz::host::ReadableFile openMessageFile(KazString& name) {
-    const char* configured = TI_Vcont("msg_file");
+    const char* configured = configuredName();
     if (configured != nullptr && *configured != '\0')
         name = configured;
     else
@@ -44,6 +60,48 @@ union Lasting {
 constinit Lasting lasting;
 constexpr kaz::detail::MessageCatalog& catalog = lasting.catalog;
 
+/// TextLook would report the absence of a message file with each text.
+bool hasMessageFile() {
+    static bool isLookedFor = false, isThere = false;
+    if (isLookedFor)
+        return isThere;
+    KazString name;
+    isThere = openMessageFile(name).isOpen();
+    isLookedFor = true; // also for a director that asks for texts of its own
+    if (!isThere && configuredName() != nullptr)
+        print_err("Cannot read the message file '%s'", kazPrintable(name).getValue());
+    return isThere;
+}
+
+class WithoutToolInfo {
+public:
+    WithoutToolInfo() : before(std::exchange(mayLackToolInfo, true)) {}
+    ~WithoutToolInfo() { mayLackToolInfo = before; }
+    WithoutToolInfo(const WithoutToolInfo&) = delete;
+    WithoutToolInfo& operator=(const WithoutToolInfo&) = delete;
+
+private:
+    bool before;
+};
+
+/// Whatever the file holds, its text must be safe with the arguments given.
+const char* chosenText(int number, const char* english) {
+    const WithoutToolInfo here;
+    const char* text = hasMessageFile() ? TextLook(number) : "";
+    const bool isGood = *text != '\0' && kazPrintfArguments(text) == kazPrintfArguments(english);
+    return isGood ? text : english;
+}
+
+const char* lastingText(int number, const char* english) {
+    using Texts = std::map<std::string, std::string, std::less<>>;
+    static auto& given = *new std::map<int, Texts>; // never destroyed: handed out to the very end
+    Texts& texts = given[number];
+    auto found = texts.find(std::string_view(english));
+    if (found == texts.end())
+        found = texts.emplace(english, chosenText(number, english)).first;
+    return found->second.c_str();
+}
+
 /// An empty text is a beginning, too; callers have ruled it out.
 bool isBeginningOf(const char* text, const char* word) {
     return std::strncmp(text, word, std::strlen(text)) == 0;
@@ -64,6 +122,13 @@ void Textperror(int number) {
     const char* text = TextLook(number);
     errno = reason;
     std::perror(text);
+}
+
+const char* kaz_text(int number, const char* english) {
+    const int reason = errno;
+    const char* text = lastingText(number, orEmpty(english));
+    errno = reason;
+    return text;
 }
 
 int TI_TextPutNo(char* text, int number) {

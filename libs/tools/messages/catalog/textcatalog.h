@@ -38,6 +38,20 @@ KAZ_API char* TextLook(int number);
 /// A heap copy of TextLook(number); release it with free().
 KAZ_API char* CTextLook(int number);
 
+/// The text of the message file for @p english (null counts as ""), where it takes the same
+/// printf arguments; else @p english. So a tool has its texts in itself and needs no file, and
+/// none that a file may hold does harm as a format:
+///
+/// @code
+///   print_err(kaz_text(204, "Cannot write '%s': %s"), path, reason);
+/// @endcode
+///
+/// The compiler checks the arguments against the English. Missing files are no fault, of
+/// ToolInfo neither; only a message file that "msg_file" names and that cannot be read is
+/// told, once. The first call with a number and a text decides for good: the result lives as
+/// long as the process, and later calls only find it. errno stays as it is.
+KAZ_API const char* kaz_text(int number, const char* english) __attribute__((format_arg(2)));
+
 /// perror() with the text as prefix and errno as it was before the lookup.
 KAZ_API void Textperror(int number);
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/formats.h"
+#include "tools/strings/printf_arguments.h"
+
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <map>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -100,6 +103,6 @@ private:
 
 } // namespace
 
-std::string printfArguments(const std::string& text) {
-    return Scanner(text).scan();
+KazString kazPrintfArguments(const char* format) {
+    return Scanner(kaz::detail::orEmpty(format)).scan().c_str();
 }
