@@ -7,6 +7,7 @@
 #include "message_file.h"
 #include "source_text.h"
 #include "tools/moxtools.h"
+#include "translations.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -52,21 +53,44 @@ bool readFile(Messages& messages, std::string& bytes) {
     return whole;
 }
 
-/// A message file and a source text are easily taken for one another; the other kind's
-/// faults would fill the screen.
-bool isSourceText(const Messages& messages, const std::string& bytes) {
+using Decode = void(const std::string& bytes, Messages& messages);
+
+Messages readWith(Decode* decode, const std::string& file) {
+    Messages messages{file, {}, {}};
+    std::string bytes;
+    if (readFile(messages, bytes))
+        decode(bytes, messages);
+    return messages;
+}
+
+// The kinds of files are easily taken for one another; another kind's faults would fill the
+// screen.
+
+bool isTemplate(const std::string& bytes) {
+    return bytes.starts_with("msgid \"") || bytes.find("\nmsgid \"") != bytes.npos;
+}
+
+void decodeSource(const std::string& bytes, Messages& messages) {
+    if (isTranslation(bytes))
+        return messages.addProblem(0, "is an MO file: -merge takes its texts for those of -source");
+    parseSource(bytes, messages);
+    if (!messages.problems.empty() && isTemplate(bytes))
+        messages.problems = {{0, "is a PO file: msgfmt --check makes the MO file of it"}};
+}
+
+bool isSourceText(const std::string& bytes) {
     if (bytes.find('\0') != bytes.npos)
         return false;
-    Messages texts{messages.file, {}, {}};
-    parseSource(bytes, texts);
-    return !texts.texts.empty();
+    Messages messages;
+    parseSource(bytes, messages);
+    return !messages.texts.empty();
+}
+
+void decodeEither(const std::string& bytes, Messages& messages) {
+    isMessageFile(bytes) ? decodeMessageFile(bytes, messages) : decodeSource(bytes, messages);
 }
 
 } // namespace
-
-std::string Messages::place(int line) const {
-    return line > 0 ? file + ":" + std::to_string(line) : file;
-}
 
 bool Messages::report() {
     std::stable_sort(problems.begin(), problems.end(),
@@ -81,33 +105,38 @@ bool Messages::report() {
 }
 
 Messages readMessages(const std::string& file) {
-    Messages messages{file, {}, {}};
-    std::string bytes;
-    if (readFile(messages, bytes))
-        isMessageFile(bytes) ? decodeMessageFile(bytes, messages) : parseSource(bytes, messages);
-    return messages;
+    return readWith(decodeEither, file);
+}
+
+Messages readOther(const std::string& file) {
+    return readWith(
+        [](const std::string& bytes, Messages& messages) {
+            isTranslation(bytes) ? decodeTranslation(bytes, messages)
+                                 : decodeEither(bytes, messages);
+        },
+        file);
 }
 
 Messages readMessageFile(const std::string& file) {
-    Messages messages{file, {}, {}};
-    std::string bytes;
-    if (!readFile(messages, bytes))
-        return messages;
-    if (!isMessageFile(bytes) && isSourceText(messages, bytes))
-        messages.addProblem(0, "is a source text and no message file: -source reads it");
-    else
-        decodeMessageFile(bytes, messages);
-    return messages;
+    return readWith(
+        [](const std::string& bytes, Messages& messages) {
+            if (isTranslation(bytes))
+                decodeSource(bytes, messages);
+            else if (!isMessageFile(bytes) && isSourceText(bytes))
+                messages.addProblem(0, "is a source text and no message file: -source reads it");
+            else
+                decodeMessageFile(bytes, messages);
+        },
+        file);
 }
 
 Messages readSourceText(const std::string& file) {
-    Messages messages{file, {}, {}};
-    std::string bytes;
-    if (!readFile(messages, bytes))
-        return messages;
-    if (isMessageFile(bytes))
-        messages.addProblem(0, "is a message file and no source text: -file reads it");
-    else
-        parseSource(bytes, messages);
-    return messages;
+    return readWith(
+        [](const std::string& bytes, Messages& messages) {
+            if (isMessageFile(bytes))
+                messages.addProblem(0, "is a message file and no source text: -file reads it");
+            else
+                decodeSource(bytes, messages);
+        },
+        file);
 }

@@ -9,10 +9,12 @@
 #include "messages.h"
 #include "source_text.h"
 #include "tools/moxtools.h"
+#include "translations.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <set>
 
 namespace {
 
@@ -22,17 +24,20 @@ constexpr KazCommandLine::Option options[] = {
     {arg_source, "TEXT", "source text to compile or to check", false, KazCommandLine::AnyFile},
     {arg_file, "MSG_FILE", "message file to write back as text, or to compare", false,
      KazCommandLine::AnyFile},
-    {arg_merge, nullptr, "compare with the other file"},
+    {arg_merge, nullptr, "compare with the other file, or take the texts of an MO file"},
+    {arg_formats, "FORMAT", "write the source text in this format, for translators", false,
+     KazCommandLine::OneOf, "po"},
     {arg_output, "FILE", "file to write instead of standard output", false,
      KazCommandLine::AnyFile},
     traceTopics,
     traceFile};
-constexpr KazCommandLine
-    commandLine({"moxmsg", MOX_VERSION,
-                 "Compiles a source text into a message file, or checks it when no output is\n"
-                 "named. Writes a message file back as source text. With -merge compares with\n"
-                 "the other file, of either kind. \"-\" is standard input or standard output.",
-                 options, std::size(options), "[other]", 0, 1, KazCommandLine::AnyFile});
+constexpr KazCommandLine commandLine(
+    {"moxmsg", MOX_VERSION,
+     "Compiles a source text into a message file, or checks it when no output is\n"
+     "named. Writes a message file back as source text. With -merge compares with\n"
+     "the other file, of either kind, or takes the translations of an MO file, for\n"
+     "which -formats po makes the template. \"-\" is standard input or standard output.",
+     options, std::size(options), "[other]", 0, 1, KazCommandLine::AnyFile});
 
 std::string textOf(arg_type_enum type) {
     const char* text = kaz_arg_text(type, 0, nullptr);
@@ -43,7 +48,8 @@ struct Request {
     std::string source;
     std::string file;
     std::string output;
-    std::string other; ///< what to compare with, or ""
+    std::string other;  ///< what to compare with, or ""
+    std::string format; ///< of what is written for translators, or ""
 
     /// What is wrong with the request; "" when nothing is.
     std::string problem() const {
@@ -54,6 +60,10 @@ struct Request {
         if (TI_no(textOf(arg_merge).c_str()) == other.empty())
             return other.empty() ? "-merge needs another file"
                                  : "what is " + printable(other) + " for?";
+        if (!format.empty() && source.empty())
+            return "-formats needs -source";
+        if (!format.empty() && !other.empty())
+            return "-formats and -merge exclude one another";
         const std::array inputs = {source, file, other};
         if (std::count_if(inputs.begin(), inputs.end(), isStandardStream) > 1)
             return "standard input can be read once only";
@@ -110,13 +120,31 @@ std::string differences(const Messages& messages, const Messages& other) {
     return text;
 }
 
+/// Does nothing where @p other has none.
+void mergeTranslations(Messages& messages, Messages& other) {
+    std::set<int> outdated;
+    takeTranslations(messages, other, outdated);
+    for (const int number : outdated) {
+        const char* reason = messages.texts.contains(number) ? "is of another text and is not used"
+                                                             : "is of no text and is not used";
+        print_err("%s: the translation of %d %s", printable(other.file).c_str(), number, reason);
+    }
+}
+
+Status writeTemplate(const Request& request) {
+    Messages messages = readSourceText(request.source);
+    const std::string text = translationTemplate(messages);
+    return messages.report() && writeOutput(request.output, text) ? Done : Failed;
+}
+
 Status compile(const Request& request) {
     Messages messages = readSourceText(request.source);
     bool isSound = true;
     if (!request.other.empty()) {
-        Messages other = readMessages(request.other);
-        isSound = other.report();
+        Messages other = readOther(request.other);
+        mergeTranslations(messages, other);
         compareFormats(messages, other);
+        isSound = other.report();
     }
     const std::string bytes = encodeMessageFile(messages);
     if (!messages.report() || !isSound)
@@ -146,12 +174,14 @@ class MoxMsg : public KazConsoleApp {
             return status;
         const char* other = kaz_arg_get_untagged(0);
         const Request request{textOf(arg_source), textOf(arg_file), textOf(arg_output),
-                              other ? other : ""};
+                              other ? other : "", textOf(arg_formats)};
         const std::string problem = request.problem();
         if (!problem.empty()) {
             commandLine.complain("%s", problem.c_str());
             return KazCommandLine::wrongUsage;
         }
+        if (!request.format.empty())
+            return writeTemplate(request);
         if (!request.source.empty())
             return compile(request);
         return request.other.empty() ? show(request) : compare(request);

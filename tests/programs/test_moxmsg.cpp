@@ -257,6 +257,11 @@ TEST_F(MoxMsg, ExplainsWrongUsage) {
         {{"-file", file, "-merge", "one", "two"}, "there is no place for the argument two"},
         {{"-file", "-", "-merge", "--", "-"}, "standard input can be read once only"},
         {{"-source", source, "-output", source}, "-output would overwrite " + source},
+        {{"-file", file, "-formats", "po"}, "-formats needs -source"},
+        {{"-source", source, "-formats", "po", "-merge", "x"},
+         "-formats and -merge exclude one another"},
+        {{"-source", source, "-formats", "po", "-output", source},
+         "-output would overwrite " + source},
         {{"-source"}, "option -source needs a value"},
         {{"-server", "x"}, "option -server is not for this program"}};
     for (const auto& [arguments, problem] : cases) {
