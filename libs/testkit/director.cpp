@@ -2,20 +2,20 @@
 #include "testkit/director.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 namespace moxkit {
 
 namespace {
 
+// In memory of its own, so that a note without memory ends as any other allocation does.
 std::string formatted(const char* format, va_list args) {
-    char* text = nullptr;
-    const int length = vasprintf(&text, format, args);
-    if (length < 0)
-        return {}; // no memory to note it; what text is then is not defined
-    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
-    return {text, static_cast<std::size_t>(length)};
+    va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, args);
+    return text;
 }
 
 std::string asked(const KazString& title, const KazString& text) {
