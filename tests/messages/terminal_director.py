@@ -192,6 +192,21 @@ class Messages(unittest.TestCase):
         self.assertEqual(in_pipes("error:wrong", env={"KAZ_COLOUR": "yes"})[1], b"wrong\n")
 
 
+class End(unittest.TestCase):
+    def test_the_status_outlives_the_terminal(self):
+        for _ in range(60): # closing it as soon as it ends met the tool alive once in eight times
+            tool, ours = pty.fork()
+            if tool == 0:
+                os.execve(program, [program, "message:text"], plain)
+            try:
+                while os.read(ours, 65536):
+                    pass
+            except OSError: # the other side is gone
+                pass
+            os.close(ours)
+            self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(tool, 0)[1]), 0)
+
+
 class Styles(unittest.TestCase):
     steps = ["start:a:4:T", *["add:a:25"] * 4, "message:m", "end:a"]
 

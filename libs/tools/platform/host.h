@@ -197,8 +197,9 @@ void holdStandardStreams();
 /// Flushes every stdio stream of the process and puts the null device in place
 /// of the standard ones: output that is written to them afterwards goes nowhere,
 /// input is at its end, and no later file can be hit through a reused
-/// descriptor. The other streams are closed where an open file cannot be deleted
-/// (Windows); elsewhere they stay open, without a buffer.
+/// descriptor. A terminal among them stays open to the end of the process, unused. The other
+/// streams are closed where an open file cannot be deleted (Windows); elsewhere they stay open,
+/// without a buffer.
 void closeAllStreams();
 
 /// Standard input's terminal stops echoing what is typed, until echoOn(). A

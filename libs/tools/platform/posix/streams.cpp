@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace kaz::host {
 
@@ -28,8 +29,13 @@ void closeAllStreams() {
     // A stream that is missing would get the very descriptor that ends below.
     holdStandardStreams();
     const Descriptor nothing(retry([] { return ::open("/dev/null", O_RDWR | O_CLOEXEC); }));
-    for (int standard = 0; standard <= 2 && nothing.isOpen(); ++standard)
+    for (int standard = 0; standard <= 2 && nothing.isOpen(); ++standard) {
+        // A terminal ends with the process: who holds its other end may close that in
+        // turn, and the hang-up would end this process before it could give its status.
+        if (::isatty(standard) != 0)
+            static_cast<void>(::fcntl(standard, F_DUPFD_CLOEXEC, 3));
         retry([&] { return ::dup2(nothing.get(), standard); });
+    }
 }
 
 std::string errorText(int number) {
