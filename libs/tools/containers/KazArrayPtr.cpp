@@ -5,12 +5,12 @@
 #include "tools/platform/processor/slots.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/heap_ptr.h"
+#include "tools/util/detail/within.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <limits>
 
 namespace {
@@ -155,8 +155,8 @@ void KazArrayPtr::insertAt(int index, void** items, int count) {
     // Slots of this storage move or are zeroed when the gap opens, also those
     // that only another array of a larger size counts.
     kaz::detail::HeapPtr<void*> aside;
-    const std::less<> precedes; // orders pointers of different blocks too
-    if (data && !precedes(items, data) && precedes(items, data + capacity) && count > 0) {
+    const auto slots = static_cast<std::size_t>(capacity);
+    if (kaz::detail::isWithin<void*>(items, data, slots) && count > 0) {
         aside.reset(static_cast<void**>(kaz::detail::allocate(storageBytes(0, count))));
         moveSlots(aside.get(), items, count);
         items = aside.get();

@@ -8,8 +8,8 @@
 
 namespace kaz::detail {
 
-/// Whether @p place lies in the @p length characters at @p block or right behind
-/// them, where the terminator stands. A null @p block contains nothing.
+/// Whether @p place lies in the @p length characters or slots at @p block or right
+/// behind them, where a text has its terminator. A null @p block contains nothing.
 template <class Ch>
 bool isWithin(const Ch* place, const Ch* block, std::size_t length) {
     // std::less orders pointers of different blocks too.
