@@ -3,8 +3,8 @@
 // it, and trees copied and deleted, beside the system's own programs. Trees lie
 // in memory where the host offers it, so that the programs are measured and not
 // a disk.
+#include "tools/config/KazFilePath.h"
 #include "tools/files/KazFileManager.h"
-#include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 

@@ -4,7 +4,7 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "tools/files/KazFilePath.h"
+#include "tools/config/KazFilePath.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/platform/wildcard.h"

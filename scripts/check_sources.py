@@ -10,6 +10,8 @@
   knows.
 - Include guards are `#pragma once`; includes are written from the root libs/.
 - Every source says which licence it is under.
+- The picture of the rooms in docs/architecture.md shows the includes that there are;
+  `--draw` prints the one to put there.
 """
 
 import pathlib
@@ -23,9 +25,10 @@ library = root / "libs" / "tools"
 
 # From top to bottom. What everything may throw and report lies in a folder of
 # app/, because that is where tools look for it, and stands near the ground; the
+# exceptions that carry texts stand as far down as the strings let them; the
 # message catalog is a file with path rules, and so stands above the director.
 rooms = ["app", "settings", "services", "config", "messages/catalog", "files", "messages", "formats",
-         "containers", "strings", "util", "app/exceptions", "platform"]
+         "containers", "app/failures", "strings", "util", "app/exceptions", "platform"]
 
 # The only includes that go up: room, header, why it cannot be otherwise. Sources
 # alone may have them.
@@ -33,16 +36,6 @@ upward = {
     ("config", "app/KazToolsContext.h"): "the contexts own the state of the configuration",
     ("config", "app/arguments.h"): "an option of the command line overrides a variable",
     ("config", "app/KazApp.h"): "a failure is told by its channel: console or window",
-    ("files", "config/toolinfo.h"): '"~" is the home directory of the configuration',
-    ("files", "config/vstring.h"): "entries of a search path name variables",
-    ("messages/catalog", "config/toolinfo.h"): "a variable names the message file",
-    ("messages/catalog", "config/detail/optional_variable.h"): "a tool with texts of its own needs no configuration",
-    ("messages", "config/toolinfo.h"): "people set how a terminal shows progress",
-    ("formats", "config/toolinfo.h"): "variables choose language and order of dates",
-    ("formats", "app/KazFileException.h"): "a document that cannot be written is thrown as tools expect it",
-    ("services", "app/KazResourceException.h"): "a system without random bytes is thrown as tools expect it",
-    ("settings", "app/KazFileException.h"): "settings that cannot be written are thrown as tools expect it",
-    ("settings", "app/KazResourceException.h"): "a name that is not allowed is thrown as tools expect it",
 }
 platform_headers = re.compile(
     r"<(unistd|dirent|fcntl|termios|dlfcn|pwd|spawn|windows|io|direct|sys/\w+|linux/\w+)\.h>")
@@ -53,6 +46,7 @@ platform_exempt = {library / "export.h"}
 
 problems = []
 used = set()
+edges = set()  # of rooms: who includes whom
 
 
 def room_of(path):
@@ -71,6 +65,8 @@ def is_forwarder(path):
 
 def check_direction(path, room, header, where):
     target = room_of(root / "libs" / header)
+    if target:
+        edges.add((room, target))
     if not target or rooms.index(target) >= rooms.index(room):
         return
     if path.suffix == ".cpp" and (room, header.removeprefix("tools/")) in upward:
@@ -115,20 +111,41 @@ def check_known_names():
     known = set(re.findall(r'"(\w+)"', (root / "programs/common/known_names.cpp").read_text()))
     known |= set(re.findall(r"^ *ROW\(\w+, *(\w+),", (library / "config/kazenv.h").read_text(), re.M))
     for path in sorted(library.rglob("*.cpp")) + sorted((root / "programs").rglob("*.cpp")):
-        for name in re.findall(r'\b(?:TI_(?:Env|SameEnv)?Vcont|optionalVariable)\("(\w+)"\)',
+        for name in re.findall(r'\b(?:TI_(?:Env|SameEnv)?Vcont|siteSetting|requiredSetting)\("(\w+)"\)',
                                path.read_text()):
             if name not in known:
                 problems.append(f"{path.relative_to(root)}: programs/common/known_names.cpp "
                                 f"does not know the variable {name}")
 
 
+def drawn():
+    """The rooms as a matrix: each row's includes, upward ones with a mark of their own."""
+    width = max(map(len, rooms)) + 4
+    lines = [" " * width + "".join(f"{column:3}" for column in range(1, len(rooms) + 1))]
+    for row, room in enumerate(rooms):
+        marks = ["." if row == column else " " if (room, other) not in edges
+                 else "x" if row < column else "^" for column, other in enumerate(rooms)]
+        lines.append(f"{row + 1:2} {room}".ljust(width) + "".join(f"{mark:>3}" for mark in marks))
+    return "\n".join(f"    {line.rstrip()}" for line in lines) + "\n"
+
+
+def check_picture():
+    if drawn() not in (root / "docs/architecture.md").read_text():
+        problems.append("docs/architecture.md: the picture of the rooms is not what the sources "
+                        "include: put the output of scripts/check_sources.py --draw there")
+
+
 for source in sorted(library.rglob("*")):
     if source.suffix in (".h", ".cpp"):
         check_file(source)
+if "--draw" in sys.argv[1:]:
+    print(drawn(), end="")
+    sys.exit(0)
+check_picture()
 check_umbrella()
 check_known_names()
 problems += [f"scripts/check_sources.py: {room} no longer includes {header}: take the row out"
-             for room, header in upward.keys() - used if room != "formats"]
+             for room, header in upward.keys() - used]
 problems += [f"{path.relative_to(root)}:1: no licence: ./dev format --licences"
              for path in licences.without_line()]
 for problem in problems:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/capture.h"
 #include "kit/director.h"
-#include "tools/app/KazFileException.h"
-#include "tools/app/KazResourceException.h"
 #include "tools/app/exceptions/KazCancellationException.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/app/exceptions/KazReportedException.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
+#include "tools/app/failures/KazFileException.h"
+#include "tools/app/failures/KazResourceException.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // Every allocation of the file functions, failing.
 #include "kit/sweep.h"
 #include "kit/temp_tree.h"
-#include "tools/files/KazFilePath.h"
+#include "tools/config/KazFilePath.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
 

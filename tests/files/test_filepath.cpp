@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The search path.
-#include "tools/files/KazFilePath.h"
+#include "tools/config/KazFilePath.h"
 
 #include "kit/env.h"
 #include "kit/temp_tree.h"

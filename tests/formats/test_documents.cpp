@@ -4,7 +4,7 @@
 #include "kit/process.h"
 #include "kit/sweep.h"
 #include "kit/temp_tree.h"
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/formats/KazDocWriter.h"
 
 #include <array>

@@ -4,7 +4,7 @@
 #include "kit/random.h"
 #include "kit/table.h"
 #include "kit/temp_tree.h"
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/services/crc32.h"
 #include "tools/settings/KazProductInfo.h"
 

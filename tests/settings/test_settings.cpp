@@ -5,7 +5,7 @@
 #include "kit/table.h"
 #include "place.h"
 #include "probe.h"
-#include "tools/app/KazResourceException.h"
+#include "tools/app/failures/KazResourceException.h"
 
 #include <algorithm>
 #include <cmath>

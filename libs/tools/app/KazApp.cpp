@@ -3,9 +3,9 @@
 
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/config/KazFilePath.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
-#include "tools/files/KazFilePath.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/process.h"
 #include "tools/messages/messages.h"

@@ -2,8 +2,8 @@
 #include "tools/files/kazpath.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
-#include "tools/config/toolinfo.h"
 #include "tools/files/detail/text.h"
+#include "tools/files/home.h"
 #include "tools/platform/host.h"
 
 #include <cerrno>

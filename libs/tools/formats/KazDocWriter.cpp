@@ -5,8 +5,8 @@
 // undone as a whole, so that the document stays well-formed.
 #include "tools/formats/KazDocWriter.h"
 
-#include "tools/app/KazFileException.h"
 #include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/formats/datetime.h"
 #include "tools/formats/detail/DocumentFormat.h"
 #include "tools/formats/detail/characters.h"

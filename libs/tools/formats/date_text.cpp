@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The formatting functions: which format, which language, which zone.
 #include "tools/formats/datetime.h"
-#include "tools/formats/detail/configured.h"
 #include "tools/formats/detail/date_format.h"
 #include "tools/formats/detail/moment.h"
 #include "tools/formats/detail/zones.h"
+#include "tools/util/detail/site_setting.h"
 
 #include <cstring>
 #include <string_view>
@@ -46,7 +46,7 @@ Format fixedFormat(const char* text) {
 
 /// The configured format. One that names "@date" or "@time" in turn is as good as none.
 Format configuredFormat(const Default& wanted) {
-    const char* format = configured(wanted.variable);
+    const char* format = kaz::detail::siteSetting(wanted.variable);
     if (format == nullptr || std::strcmp(format, dateDefault.name) == 0 ||
         std::strcmp(format, timeDefault.name) == 0)
         return {wanted.text};

@@ -3,7 +3,7 @@
 // a report does not change with the machine that writes it.
 #include "tools/formats/detail/languages.h"
 #include "tools/formats/datetime.h"
-#include "tools/formats/detail/configured.h"
+#include "tools/util/detail/site_setting.h"
 
 #include <atomic>
 
@@ -90,7 +90,7 @@ const Language* findLanguage(std::string_view code) {
 const Language& languageInForce() {
     if (const Language* language = chosen)
         return *language;
-    const char* code = configured("date_language");
+    const char* code = kaz::detail::siteSetting("date_language");
     const Language* language = code != nullptr ? findLanguage(code) : nullptr;
     return language != nullptr ? *language : english();
 }

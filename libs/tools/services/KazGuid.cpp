@@ -4,7 +4,7 @@
 // has been used and is zero; it belongs to one thread and to one process.
 #include "tools/services/KazGuid.h"
 
-#include "tools/app/KazResourceException.h"
+#include "tools/app/failures/KazResourceException.h"
 #include "tools/files/detail/text.h"
 #include "tools/platform/host.h"
 

@@ -4,7 +4,6 @@
 // word or a command.
 #include "tools/services/sourcenav.h"
 
-#include "tools/config/detail/optional_variable.h"
 #include "tools/config/vstring.h"
 #include "tools/files/detail/text.h"
 #include "tools/files/kazpath.h"
@@ -14,6 +13,7 @@
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 #include "tools/services/KazCommand.h"
+#include "tools/util/detail/site_setting.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -124,7 +124,7 @@ bool readFromVariable(const char* variable, Editor& editor) {
 const char* configuredEditor() {
     const char* name = host::environment("KAZ_SOURCE_EDITOR");
     if (name == nullptr)
-        name = kaz::detail::optionalVariable("source_editor");
+        name = kaz::detail::siteSetting("source_editor");
     return name != nullptr && *name != '\0' ? name : nullptr;
 }
 

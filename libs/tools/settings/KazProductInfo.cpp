@@ -4,8 +4,7 @@
 // the place of the old contents when all of it is known.
 #include "tools/settings/KazProductInfo.h"
 
-#include "tools/app/KazFileException.h"
-#include "tools/config/detail/optional_variable.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
@@ -13,6 +12,7 @@
 #include "tools/platform/utf8.h"
 #include "tools/services/crc32.h"
 #include "tools/settings/detail/product_text.h"
+#include "tools/util/detail/site_setting.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -90,7 +90,7 @@ KazString KazProductInfo::getDefaultPath(const char* product) {
             c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
         return kazComposePath(root, ("ProductInfo." + name).c_str());
     }
-    const char* configured = optionalVariable("product_info");
+    const char* configured = siteSetting("product_info");
     return kazComposePath(root, configured != nullptr ? _TI_hm(configured) : "ProductInfo");
 }
 

@@ -5,8 +5,8 @@
 // while there is a change at all.
 #include "tools/settings/KazSettings.h"
 
-#include "tools/app/KazFileException.h"
-#include "tools/app/KazResourceException.h"
+#include "tools/app/failures/KazFileException.h"
+#include "tools/app/failures/KazResourceException.h"
 #include "tools/files/kazpath.h"
 #include "tools/formats/encode.h"
 #include "tools/platform/host.h"

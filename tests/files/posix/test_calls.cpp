@@ -4,7 +4,7 @@
 #include "files/tree.h"
 #include "kit/posix/call_sweep.h"
 #include "kit/temp_tree.h"
-#include "tools/files/KazFilePath.h"
+#include "tools/config/KazFilePath.h"
 #include "tools/files/KazTreeCursor.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/process.h"

@@ -2,7 +2,7 @@
 // Every call of the system that writing a report makes, failing once.
 #include "kit/posix/call_sweep.h"
 #include "kit/temp_tree.h"
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/formats/KazDocWriter.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "kit/alloc_failure.h"
 #include "kit/posix/call_sweep.h"
 #include "kit/temp_tree.h"
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 #include "tools/settings/KazProductInfo.h"
 
 #include <filesystem>

@@ -8,7 +8,7 @@
 #include "kit/random.h"
 #include "kit/valgrind.h"
 #include "settings/place.h"
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 
 #include <csignal>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Dates: which parts of an item are year, month and day.
-#include "tools/formats/detail/configured.h"
 #include "tools/formats/detail/date_items.h"
 
+#include "tools/util/detail/site_setting.h"
 namespace kaz::dates {
 
 namespace {
@@ -21,7 +21,7 @@ int yearOf(const Token& token) {
 }
 
 date_order_enum configuredOrder() {
-    const char* value = configured("date_order");
+    const char* value = kaz::detail::siteSetting("date_order");
     const std::string_view order = value != nullptr ? value : "";
     return order == "dmy" ? date_order_dmy : order == "mdy" ? date_order_mdy : date_order_unknown;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/messages/catalog/textcatalog.h"
 
-#include "tools/config/detail/optional_variable.h"
-#include "tools/config/toolinfo.h"
+#include "tools/files/home.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/formats/encode.h"
@@ -12,6 +11,7 @@
 #include "tools/platform/host.h"
 #include "tools/strings/printf_arguments.h"
 #include "tools/util/detail/or_empty.h"
+#include "tools/util/detail/site_setting.h"
 #include "tools/util/text.h"
 
 #include <cerrno>
@@ -24,6 +24,8 @@
 #include <utility>
 
 using kaz::detail::orEmpty;
+using kaz::detail::requiredSetting;
+using kaz::detail::siteSetting;
 
 namespace {
 
@@ -31,7 +33,7 @@ namespace {
 constinit bool mayLackToolInfo = false;
 
 const char* configuredName() {
-    return mayLackToolInfo ? kaz::detail::optionalVariable("msg_file") : TI_Vcont("msg_file");
+    return mayLackToolInfo ? siteSetting("msg_file") : requiredSetting("msg_file");
 }
 
 kaz::host::ReadableFile openMessageFile(KazString& name) {
@@ -140,7 +142,7 @@ int TI_TextPut(char* text) {
 }
 
 void TextStats() {
-    const char* wanted = TI_Vcont("TextStats");
+    const char* wanted = requiredSetting("TextStats");
     if (wanted == nullptr || *wanted == '\0' || std::strcmp(wanted, "n") == 0)
         return;
     if (isBeginningOf(wanted, "yes") || isBeginningOf(wanted, "stderr")) {

@@ -2,11 +2,11 @@
 #include "tools/messages/detail/TerminalScreen.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
-#include "tools/config/toolinfo.h"
 #include "tools/messages/detail/ProgressLine.h"
 #include "tools/messages/detail/TerminalText.h"
 #include "tools/platform/host.h"
 #include "tools/platform/host_clock.h"
+#include "tools/util/detail/site_setting.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,16 +33,12 @@ bool isText(const char* value, const char* text) {
     return value != nullptr && std::string_view(value) == text;
 }
 
-/// What the user has set. The files are read only where there are some: to show a
-/// message is no reason to end because of a missing one.
+/// What the user has set. To show a message is no reason to end because of a missing
+/// ToolInfo file.
 const char* personalSetting(const char* variable, const char* name) {
     if (const char* value = host::environment(variable))
         return value;
-    std::FILE* const file = _TI_Cfile();
-    if (file == nullptr)
-        return nullptr;
-    std::fclose(file);
-    return TI_Vcont(name);
+    return siteSetting(name);
 }
 
 KazTerminalDirector::Style userStyle() {

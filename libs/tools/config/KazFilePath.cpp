@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/files/KazFilePath.h"
+#include "tools/config/KazFilePath.h"
 
-#include "tools/config/toolinfo.h"
 #include "tools/config/vstring.h"
 #include "tools/files/detail/text.h"
+#include "tools/files/home.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
 #include "tools/platform/host.h"

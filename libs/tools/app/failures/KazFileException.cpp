@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/app/KazFileException.h"
+#include "tools/app/failures/KazFileException.h"
 
 #include <iterator>
 

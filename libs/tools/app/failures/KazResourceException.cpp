@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/app/KazResourceException.h"
+#include "tools/app/failures/KazResourceException.h"
 
 KazResourceException::KazResourceException() = default;
 KazResourceException::KazResourceException(const char* message) : message(message) {}

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/config/toolinfo.h"
+#include "tools/files/home.h"
+
 #include "tools/files/path_text.h"
 #include "tools/platform/host.h"
 #include "tools/util/text.h"
