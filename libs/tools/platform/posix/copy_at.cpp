@@ -160,71 +160,71 @@ enum class Outcome { done, failed, notThisWay };
 /// For a name that is free. A small file costs 3 microseconds more than one that
 /// is created under its name and written there, but is whole or absent even when
 /// the process is killed; a rename would cost 4.
-Outcome copyUnnamed(int source, const struct stat& info, int targetDir, const char* target,
-                    const CopyRules& rules, unsigned& granted) {
-    Unnamed to(targetDir, target, info.st_mode);
+Outcome copyUnnamed(int source, const struct stat& info, Place target, const CopyRules& rules,
+                    CopyKnowledge& known) {
+    Unnamed to(target.directory, target.name, info.st_mode);
     if (!to.isOpen())
         return Outcome::notThisWay;
     if (copyContents(source, info, to.get(), rules) != 0 ||
-        (!rules.cutByMask && keepPermissions(to.get(), info.st_mode, granted) != 0))
+        (!rules.cutByMask && keepPermissions(to.get(), info.st_mode, known.granted) != 0))
         return Outcome::failed;
-    if (to.become(targetDir, target) == 0)
+    if (to.become(target.directory, target.name) == 0)
         return Outcome::done;
     return errno == ENOENT ? Outcome::notThisWay : Outcome::failed;
 }
 
 /// For a name that is taken, and for hosts without the other way.
-int copyBeside(int source, const struct stat& info, int targetDir, const char* target,
-               const CopyRules& rules) {
-    Beside to(targetDir, target);
+int copyBeside(int source, const struct stat& info, Place target, const CopyRules& rules) {
+    Beside to(target.directory, target.name);
     if (!to.isOpen() || copyContents(source, info, to.get(), rules) != 0 ||
         setPermissions(to.get(), cutByMask(info.st_mode, rules)) != 0)
         return -1;
-    if (to.becomeNew(target) == 0)
+    if (to.becomeNew(target.name) == 0)
         return 0;
     if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
         return -1;
     struct stat existing;
-    if (look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0 &&
+    if (look(target.directory, target.name, AT_SYMLINK_NOFOLLOW, existing) == 0 &&
         checkReplacement(existing, info, rules.mayReplace) != 0)
         return -1;
-    return to.become(target);
+    return to.become(target.name);
 }
 
 /// Written under its name at once. Of a copy that fails nothing is left.
-int copyInPlace(int source, const struct stat& info, int targetDir, const char* target,
-                const CopyRules& rules, unsigned& granted) {
+int copyInPlace(int source, const struct stat& info, Place target, const CopyRules& rules,
+                CopyKnowledge& known) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
-    Descriptor to(retry([&] { return ::openat(targetDir, target, flags, info.st_mode & 0777); }));
+    Descriptor to(
+        retry([&] { return ::openat(target.directory, target.name, flags, info.st_mode & 0777); }));
     if (!to.isOpen())
         return -1;
     if (copyContents(source, info, to.get(), rules) == 0 &&
-        (rules.cutByMask || keepPermissions(to.get(), info.st_mode, granted) == 0) && to.close())
+        (rules.cutByMask || keepPermissions(to.get(), info.st_mode, known.granted) == 0) &&
+        to.close())
         return 0;
     const int reason = errno;
-    retry([&] { return ::unlinkat(targetDir, target, 0); });
+    retry([&] { return ::unlinkat(target.directory, target.name, 0); });
     return failWith(reason);
 }
 
 } // namespace
 
-int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const char* target,
-           const CopyRules& rules, unsigned& granted) {
+int copyAt(Place source, Place target, const CopyRules& rules, CopyKnowledge& known) {
     struct stat info;
-    const Descriptor from = openRegular(sourceDir, source, isPlain, info);
+    const Descriptor from = openRegular(source.directory, source.name, known.isPlain, info);
     if (!from.isOpen())
         return -1;
     if (rules.inPlace)
-        return copyInPlace(from.get(), info, targetDir, target, rules, granted);
+        return copyInPlace(from.get(), info, target, rules, known);
     // Before the work where that is much, and where the name is likely taken.
     struct stat existing;
     const bool isLarge = info.st_size >= static_cast<off_t>(smallSize);
     const bool isTaken = (rules.mayReplace || isLarge) &&
-                         look(targetDir, target, AT_SYMLINK_NOFOLLOW, existing) == 0;
+                         look(target.directory, target.name, AT_SYMLINK_NOFOLLOW, existing) == 0;
     if (isTaken && checkReplacement(existing, info, rules.mayReplace) != 0)
         return -1;
     if (!isTaken) {
-        switch (copyUnnamed(from.get(), info, targetDir, target, rules, granted)) {
+        switch (copyUnnamed(from.get(), info, target, rules, known)) {
         case Outcome::done:
             return 0;
         case Outcome::failed:
@@ -237,7 +237,7 @@ int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const
         if (retry([&] { return ::lseek(from.get(), 0, SEEK_SET); }) != 0)
             return -1;
     }
-    return copyBeside(from.get(), info, targetDir, target, rules);
+    return copyBeside(from.get(), info, target, rules);
 }
 
 } // namespace kaz::host

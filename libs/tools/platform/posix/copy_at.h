@@ -7,11 +7,21 @@
 
 namespace kaz::host {
 
-/// copyFile() with names in the host's spelling, relative to open directories
-/// (AT_FDCWD for the current one). @p isPlain: the source is known to be a regular
-/// file and no link. @p granted: permission bits that new files beside @p target are
-/// known to get when they are asked for; the copy adds to them what it learns.
-int copyAt(int sourceDir, const char* source, bool isPlain, int targetDir, const char* target,
-           const CopyRules& rules, unsigned& granted);
+/// A name in the host's spelling, relative to an open directory (AT_FDCWD for the
+/// current one).
+struct Place {
+    int directory;
+    const char* name;
+};
+
+/// What is known of a copy beforehand.
+struct CopyKnowledge {
+    bool isPlain = false; ///< the source is a regular file and no link
+    /// Permission bits that new files beside the target get when they are asked for.
+    unsigned granted = 0;
+};
+
+/// copyFile() between two places. What it learns about permissions is added to @p known.
+int copyAt(Place source, Place target, const CopyRules& rules, CopyKnowledge& known);
 
 } // namespace kaz::host

@@ -205,8 +205,11 @@ int Directory::copyFile(const Entry& entry, const Directory& target, bool mayRep
 
 int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     const char* name = entry.name.c_str();
-    return copyAt(static_cast<int>(handle_), name, entry.kind == Kind::file,
-                  static_cast<int>(target.handle_), name, rules, target.granted_);
+    CopyKnowledge known{entry.kind == Kind::file, target.granted_};
+    const int result = copyAt({static_cast<int>(handle_), name},
+                              {static_cast<int>(target.handle_), name}, rules, known);
+    target.granted_ = known.granted;
+    return result;
 }
 
 } // namespace kaz::host

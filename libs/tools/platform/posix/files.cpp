@@ -115,10 +115,10 @@ std::FILE* openStream(const char* path, const char* mode) {
 int copyFile(const char* source, const char* target, bool mayReplace) {
     return onHostPath(source, [&](const char* from) {
         return onHostPath(target, [&](const char* to) {
-            unsigned granted = 0;
+            CopyKnowledge nothing;
             CopyRules rules;
             rules.mayReplace = mayReplace;
-            return copyAt(AT_FDCWD, from, false, AT_FDCWD, to, rules, granted);
+            return copyAt({AT_FDCWD, from}, {AT_FDCWD, to}, rules, nothing);
         });
     });
 }
