@@ -8,6 +8,7 @@
 #include "tools/app/detail/LineReading.h"
 #include "tools/app/detail/LineText.h"
 #include "tools/messages/messages.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <charconv>
@@ -41,7 +42,7 @@ void reportProblem(const Description& description, const std::string& problem,
 
 /// One word of a line of output: a control character would make it another line.
 std::string oneWord(const char* text) {
-    std::string word = text != nullptr ? text : "";
+    std::string word = kaz::detail::orEmpty(text);
     std::replace_if(
         word.begin(), word.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
     return word;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/config/KazEnvValue.h"
 
+#include "tools/util/detail/or_empty.h"
+
 void KazEnvValue::assign(const char* newText) {
-    keep(newText != nullptr ? newText : "");
+    keep(kaz::detail::orEmpty(newText));
     assigned = true;
 }
 

@@ -7,6 +7,7 @@
 #include "tools/containers/KazArrayPtr.h"
 #include "tools/platform/processor/vector.h"
 #include "tools/util/detail/heap_ptr.h"
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/memory.h"
 #include "tools/util/text.h"
 
@@ -262,7 +263,7 @@ private:
         std::memcpy(copy, name.data(), name.size());
         copy[name.size()] = '\0';
         const char* value = vstring_lookup_var(copy);
-        return value != nullptr ? value : "";
+        return kaz::detail::orEmpty(value);
     }
 
     void appendValue(std::string_view value) {
@@ -342,10 +343,10 @@ int vstring_num_vars(const char* text) {
 bool vstring_sub(const char* text, char** result) {
     if (result == nullptr)
         return false;
-    *result = mkcpy(Expansion(text != nullptr ? text : "").run());
+    *result = mkcpy(Expansion(kaz::detail::orEmpty(text)).run());
     return true;
 }
 
 KazString vstring_sub(const char* text) {
-    return Expansion(text != nullptr ? text : "").run();
+    return Expansion(kaz::detail::orEmpty(text)).run();
 }

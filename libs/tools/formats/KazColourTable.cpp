@@ -3,6 +3,7 @@
 
 #include "tools/formats/detail/TextBuilder.h"
 #include "tools/formats/detail/decimal.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <cstring>
@@ -148,7 +149,7 @@ int KazColourTable::add(int red, int green, int blue) {
 }
 
 int KazColourTable::add(const char* text) {
-    const std::string_view given = text != nullptr ? text : "";
+    const std::string_view given = kaz::detail::orEmpty(text);
     const int value = given.starts_with('#') ? hexColour(given.substr(1)) : namedColour(given);
     return value < 0 ? -1 : add(value >> 16, value >> 8 & 255, value & 255);
 }

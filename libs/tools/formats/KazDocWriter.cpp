@@ -12,6 +12,7 @@
 #include "tools/formats/detail/characters.h"
 #include "tools/formats/detail/picture_file.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -32,7 +33,7 @@ using kaz::detail::TableShape;
 using kaz::detail::Text;
 
 std::string_view viewOf(const char* text) {
-    const std::string_view view = text != nullptr ? text : "";
+    const std::string_view view = kaz::detail::orEmpty(text);
     if (view.size() > INT_MAX)
         throw KazMemoryException();
     return view;
@@ -556,7 +557,7 @@ void KazDocWriter::anchor(const char* name) {
 
 bool KazDocWriter::image(const char* path, int width, int height, const char* alternative) {
     Picture picture{};
-    const bool isThere = kaz::detail::readPicture(path != nullptr ? path : "", picture);
+    const bool isThere = kaz::detail::readPicture(kaz::detail::orEmpty(path), picture);
     core->change([&] {
         core->needText();
         const Text shown = core->textOf(alternative);
@@ -583,7 +584,7 @@ const KazString& KazDocWriter::finish() {
 
 void KazDocWriter::write(const char* path) {
     const KazString& document = finish();
-    if (kaz::host::writeFile(path != nullptr ? path : "", document.getValue(),
+    if (kaz::host::writeFile(kaz::detail::orEmpty(path), document.getValue(),
                              static_cast<std::size_t>(document.getLength())) != 0)
         KazFileException::throwErrno(errno, path);
 }

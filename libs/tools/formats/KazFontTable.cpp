@@ -3,6 +3,7 @@
 
 #include "tools/formats/detail/TextBuilder.h"
 #include "tools/formats/detail/decimal.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <string>
@@ -35,7 +36,7 @@ bool isAllowed(char c) {
 /// What is left of a name; "" for none.
 KazString cleaned(const char* family) {
     std::string text;
-    for (const char c : std::string_view(family != nullptr ? family : ""))
+    for (const char c : std::string_view(kaz::detail::orEmpty(family)))
         if (isAllowed(c) && (c != ' ' || !text.empty()))
             text += c;
     text.resize(std::min(text.size(), longest));

@@ -3,6 +3,7 @@
 
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/formats/detail/spelling.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <climits>
 #include <cstring>
@@ -14,7 +15,7 @@ using kaz::detail::Format;
 using kaz::detail::TextBuilder;
 
 std::string_view viewOf(const char* text) {
-    const std::string_view view = text != nullptr ? text : "";
+    const std::string_view view = kaz::detail::orEmpty(text);
     if (view.size() > INT_MAX)
         throw KazMemoryException();
     return view;

@@ -6,6 +6,7 @@
 #include "tools/formats/detail/characters.h"
 #include "tools/formats/encode.h"
 #include "tools/platform/processor/vector.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <climits>
@@ -18,7 +19,7 @@ using kaz::detail::TextBuilder;
 constexpr char upperDigits[] = "0123456789ABCDEF";
 
 std::string_view viewOf(const char* text) {
-    const std::string_view view = text != nullptr ? text : "";
+    const std::string_view view = kaz::detail::orEmpty(text);
     if (view.size() > INT_MAX)
         throw KazMemoryException();
     return view;
@@ -155,7 +156,7 @@ bool kazIsSafeLink(const char* target) {
 
 KazString kazAnchorName(const char* name) {
     constexpr std::size_t longest = 40;
-    const std::string_view view = name != nullptr ? name : "";
+    const std::string_view view = kaz::detail::orEmpty(name);
     KazString result;
     TextBuilder out(result);
     if (view.empty() || !isLetter(view.front()))

@@ -4,6 +4,7 @@
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -128,7 +129,7 @@ void* asKey(int progressId) {
 } // namespace
 
 int KazIODirector::doTtyStart(const char* command) {
-    std::printf("Executing: %s\n", command != nullptr ? command : "");
+    std::printf("Executing: %s\n", kaz::detail::orEmpty(command));
     // What the command itself writes comes after this.
     std::fflush(stdout);
     return 0;

@@ -13,6 +13,7 @@
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 #include "tools/platform/host_lines.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -78,7 +79,7 @@ public:
 private:
     Traces() {
         const char* const asked = kaz::host::environment("KAZ_TRACE");
-        std::string_view rest = asked != nullptr ? asked : "";
+        std::string_view rest = kaz::detail::orEmpty(asked);
         kaz::detail::mayTrace = false;
         while (!rest.empty()) {
             const std::size_t end = std::min(rest.find(','), rest.size());

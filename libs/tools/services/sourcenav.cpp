@@ -13,11 +13,10 @@
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 #include "tools/services/KazCommand.h"
+#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/site_setting.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,7 +57,7 @@ using Words = std::vector<std::string>;
 bool split(const char* text, Words& words) {
     char** argv = nullptr;
     const int count = str_to_argv(text, &argv);
-    const std::unique_ptr<char*, decltype(&std::free)> owner(argv, std::free);
+    const kaz::detail::HeapPtr<char*> owner(argv);
     words.assign(argv, argv + std::max(count, 0));
     return count >= 0;
 }

@@ -13,6 +13,7 @@
 #include "tools/services/crc32.h"
 #include "tools/settings/detail/product_text.h"
 #include "tools/util/detail/site_setting.h"
+#include "tools/util/detail/view_of.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,10 +26,6 @@ namespace host = kaz::host;
 using namespace kaz::detail;
 
 namespace {
-
-std::string_view viewOf(const char* text) {
-    return text != nullptr ? text : "";
-}
 
 int failWith(int number) {
     errno = number;

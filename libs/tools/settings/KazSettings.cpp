@@ -13,6 +13,7 @@
 #include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"
 #include "tools/settings/detail/convert.h"
+#include "tools/util/detail/view_of.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,12 +26,9 @@ namespace host = kaz::host;
 using host::SettingsChange;
 using host::SettingsChanges;
 using host::SettingsValue;
+using kaz::detail::viewOf;
 
 namespace {
-
-std::string_view viewOf(const char* text) {
-    return text != nullptr ? text : "";
-}
 
 /// Names that are refused may hold what a terminal obeys.
 [[noreturn]] void refuse(const char* what, const std::string& name) {

@@ -3,6 +3,8 @@
 // there are.
 #include "tools/settings/KazProductInfo.h"
 
+#include "tools/util/detail/or_empty.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -54,7 +56,7 @@ int compareReleases(std::string_view a, std::string_view b) {
 }
 
 struct Version {
-    explicit Version(const char* text) : numbers(text != nullptr ? text : "") {
+    explicit Version(const char* text) : numbers(kaz::detail::orEmpty(text)) {
         numbers = numbers.substr(0, numbers.find('+'));
         const std::size_t dash = numbers.find('-');
         isFinal = dash == numbers.npos;

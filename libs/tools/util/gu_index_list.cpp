@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/util/gu_index_list.h"
 
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/panic.h"
 #include "tools/util/text.h"
 
@@ -152,7 +153,7 @@ gu_index_list* gu_index_list_copy(const gu_index_list* list) {
 
 gu_index_list* gu_index_list_parse(const char* text, int* errorPosition) {
     OwnedList list(gu_index_list_create());
-    Reader reader(text != nullptr ? text : "");
+    Reader reader(kaz::detail::orEmpty(text));
     const bool good = reader.readInto(list.get());
     if (errorPosition != nullptr)
         *errorPosition = good ? -1 : reader.position();

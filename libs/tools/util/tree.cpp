@@ -2,6 +2,7 @@
 #include "tools/util/tree.h"
 
 #include "tools/util/detail/heap_ptr.h"
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/panic.h"
 
 #include <cstdint>
@@ -395,7 +396,7 @@ generic_tree* balance_tree(generic_tree* root, tree_comparator) {
 }
 
 int cmp_strings(const char* a, const char* b) {
-    const int order = std::strcmp(a != nullptr ? a : "", b != nullptr ? b : "");
+    const int order = std::strcmp(kaz::detail::orEmpty(a), kaz::detail::orEmpty(b));
     return (order > 0) - (order < 0);
 }
 

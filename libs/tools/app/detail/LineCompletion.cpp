@@ -6,6 +6,7 @@
 #include "tools/app/detail/LineReading.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/detail/TraceRequest.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
 #include <string_view>
@@ -60,7 +61,7 @@ public:
 
     /// One with a tab or a newline would read as something else.
     void add(std::string_view word, const char* help) {
-        const std::string text = help != nullptr ? help : "";
+        const std::string text = kaz::detail::orEmpty(help);
         if (word.find_first_of("\t\n") == word.npos && text.find_first_of("\t\n") == text.npos)
             lines.push_back(std::string(word) + "\t" + text);
     }
@@ -77,7 +78,7 @@ private:
 };
 
 void addChoices(Candidates& candidates, const char* choices) {
-    std::string_view rest = choices != nullptr ? choices : "";
+    std::string_view rest = kaz::detail::orEmpty(choices);
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find('|'), rest.size());
         if (beginsWith(rest.substr(0, end), candidates.begin()))

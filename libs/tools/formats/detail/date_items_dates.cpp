@@ -2,6 +2,7 @@
 // Dates: which parts of an item are year, month and day.
 #include "tools/formats/detail/date_items.h"
 
+#include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/site_setting.h"
 namespace kaz::dates {
 
@@ -22,7 +23,7 @@ int yearOf(const Token& token) {
 
 date_order_enum configuredOrder() {
     const char* value = kaz::detail::siteSetting("date_order");
-    const std::string_view order = value != nullptr ? value : "";
+    const std::string_view order = kaz::detail::orEmpty(value);
     return order == "dmy" ? date_order_dmy : order == "mdy" ? date_order_mdy : date_order_unknown;
 }
 

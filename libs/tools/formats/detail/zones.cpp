@@ -4,6 +4,7 @@
 #include "tools/formats/detail/ascii.h"
 #include "tools/formats/detail/calendar.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/or_empty.h"
 
 #include <optional>
 #include <string_view>
@@ -34,7 +35,7 @@ std::optional<int> fixedOffset(std::string_view text) {
 } // namespace
 
 Zone::Zone(const char* text) {
-    const std::string_view name = text != nullptr ? text : "";
+    const std::string_view name = kaz::detail::orEmpty(text);
     if (name.empty() || isSameText(name, "local")) {
         kind_ = local;
     } else if (isSameText(name, "UTC") || isSameText(name, "GMT") || isSameText(name, "Z")) {
