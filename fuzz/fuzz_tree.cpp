@@ -8,6 +8,7 @@
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
 #include "tools/containers/KazTreeIterator.h"
+#include "tools/util/detail/tree_soundness.h"
 #include "util/owned.h"
 
 #include <cstdlib>
@@ -254,6 +255,7 @@ public:
 
     void check() const {
         FUZZ_CHECK(sameShape(tree, model));
+        FUZZ_CHECK(kaz::detail::isSound(tree, compare_integers));
         FUZZ_CHECK(valuesOf(tree) == std::vector<int>(values.begin(), values.end()));
     }
 

@@ -6,6 +6,7 @@
 
 #include "tools/strings/KazString.h"
 #include "tools/strings/KazWString.h"
+#include "tools/strings/detail/block_soundness.h"
 
 #include <cstddef>
 #include <map>
@@ -67,12 +68,9 @@ std::string faultOf(const std::vector<String>& strings) {
         const KazStringRep& rep = *KazStringRep::of(block);
         if (rep.referenceCount != count)
             return "count " + std::to_string(rep.referenceCount) + " of " + std::to_string(count);
-        if (rep.stringLength < 0 || rep.stringLength > rep.bufferLength ||
-            rep.bufferLength % 16 != 3)
+        if (!kaz::detail::isSoundBlock(static_cast<const CharOf<String>*>(block)))
             return "length " + std::to_string(rep.stringLength) + " of " +
-                   std::to_string(rep.bufferLength);
-        if (static_cast<const CharOf<String>*>(block)[rep.stringLength] != 0)
-            return "no terminator";
+                   std::to_string(rep.bufferLength) + ", or no terminator";
     }
     return "";
 }

@@ -3,10 +3,12 @@
 // fuzzer's replay.
 
 #include "owned.h"
+#include "tools/util/detail/tree_soundness.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -36,6 +38,24 @@ generic_tree* chainOf(int size, Turn turn) {
 }
 
 } // namespace
+
+TEST(Tree, AWrongWeightOrPlaceIsSeen) {
+    generic_tree* root = nullptr;
+    bool added = false;
+    for (int value = 0; value < 300; ++value)
+        root =
+            add_tree_node(root, make_tree_node(element(value * 7 % 300)), compare_integers, added);
+    for (int value = 0; value < 300; value += 2)
+        root = delete_tree_node(root, element(value), compare_integers, nullptr, added);
+    EXPECT_TRUE(kaz::detail::isSound(nullptr, compare_integers));
+    EXPECT_TRUE(kaz::detail::isSound(root, compare_integers));
+    ++root->left->weight;
+    EXPECT_FALSE(kaz::detail::isSound(root, compare_integers));
+    --root->left->weight;
+    std::swap(root->left->value, root->right->value);
+    EXPECT_FALSE(kaz::detail::isSound(root, compare_integers));
+    delete_tree(root, nullptr);
+}
 
 TEST(Tree, EqualValuesAreReplacedInPlace) {
     char a[] = "key", b[] = "key", other[] = "other";
