@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Entries are kept as they were given. Variables and "~" are expanded by each search, since
+// a tool may assign them after it has made the path; one variable may stand for a list of
+// directories. A name that is explicit is looked for nowhere else.
 #include "tools/config/KazFilePath.h"
 
 #include "tools/config/vstring.h"

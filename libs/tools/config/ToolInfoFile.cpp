@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// The name of the first file is remembered from the first search on: what the search found,
+// or what the environment asks for, even if that does not open. The chain behind it is read
+// into one table in which an earlier file wins; only within the first file does a later
+// line win. A reading that runs out of memory counts as none, and the next lookup tries
+// again.
 #include "tools/config/detail/ToolInfoChain.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/detail/quoted_name.h"

@@ -1,4 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names are put together in blocks of a fixed size. A part that does not fit is left out or
+// refused as a whole, since half of a path is the name of another file; edit_get_sys_dir and
+// edit_set_store_dir, which have no way to refuse, cut. The expansion of "~" may outgrow the
+// caller's block, and the parts may lie in it: so names come together in blocks of our own
+// and are copied when they are known to fit.
+//
+// A "~" that cannot be expanded stands for no directory, also where one of that very name
+// is in the current directory.
 #include "tools/config/filestore.h"
 
 #include "tools/app/KazApp.h"

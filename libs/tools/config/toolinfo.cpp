@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// Two tables answer for a variable: assignments of this run, which hang off the tools
+// context, and the definitions of the files, which belong to the process. The former win.
+// Without an application there are no assignments, and lookups work all the same.
+//
+// In both tables an empty value counts as a definition, so that it hides what lies behind
+// it; only the answer to the caller makes null of it.
 #include "tools/config/toolinfo.h"
 
 #include "tools/app/KazToolsContext.h"

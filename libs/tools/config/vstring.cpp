@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// An expansion copies its input piece by piece and stops at three characters only: quotes,
+// the backslashes in front of them, and "${". How deep quotes nest is counted and never
+// looked up again, so that a text is copied in one pass, however many references it has.
+//
+// A lookup function may push, pop, expand and assign. So nothing that was found out before
+// it was asked is believed afterwards: neither the size of the stack nor values that were
+// kept. An expansion inside it has a block of its own.
 #include "tools/config/vstring.h"
 
 #include "tools/app/KazToolsContext.h"

@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// A node with a null neighbour is the end that the list points to on that side; an empty
+// list points to none. Links forth and back agree except while a list is sorted, which
+// goes by the links forth alone and sets the others at its end.
+//
+// Callers hold nodes as positions, so an element keeps its node as long as it is in the
+// list. A release function may change the list that calls it: the node has left by then.
 #include "tools/util/gu_list.h"
 
 #include "tools/util/detail/panic.h"

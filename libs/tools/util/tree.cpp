@@ -1,4 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// A node weighs what its subtree has nodes, itself included. Its left subtree holds the
+// values behind its own, its right one those before it. Both hold before and after each
+// function, and so a tree is shared with callers who walk it on their own.
+//
+// Callers can hand in chains of a million nodes, so nothing goes down a tree by recursion
+// but balancing, which settles each level before it goes deeper. A tree becomes lopsided
+// up to a threshold before it is balanced as a whole: the steps of that are prescribed,
+// because tools see the shapes that result.
 #include "tools/util/tree.h"
 
 #include "tools/util/detail/heap_ptr.h"

@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// The catalog behind these functions is one object that is there before main and after it.
+// The older functions treat a missing ToolInfo file as fatal, as they always did; kaz_text,
+// with a text at hand, must work without one, and so marks its lookups.
+//
+// A text from the file reaches printf with arguments that the program chose. It is taken
+// only if it asks for the same ones as the English text; once handed out, it stays.
 #include "tools/messages/catalog/textcatalog.h"
 
 #include "tools/files/home.h"

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// At most one line of a process is a picture of progress, always the last one, and `drawn_`
+// says that it is there. Whoever writes anything else erases it before and draws it after.
+// Only the outermost progress is shown; the others keep their tracks until it is their turn.
+//
+// What erases needs no memory: it runs in destructors and when the process ends.
 #include "tools/messages/detail/TerminalScreen.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"

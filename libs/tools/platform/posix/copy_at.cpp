@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A copy is whole or absent: it comes to be without a name or under a name of its own, and
+// gets the target's when its contents and permissions are complete. Which of the two ways
+// depends on whether the name is free and on what the file system can do. Only copies "in
+// place" are seen growing, on request. Cleaning up after a failure keeps its errno.
 #include "tools/platform/posix/copy_at.h"
 
 #include "tools/platform/host.h"
