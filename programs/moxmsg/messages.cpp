@@ -19,6 +19,9 @@ namespace {
 /// No source text is of that size; what never ends would fill the memory.
 constexpr std::size_t sizeLimit = std::size_t{256} << 20;
 
+/// What was meant to be another file would fill the screen.
+constexpr std::size_t mostShown = 100;
+
 /// Reads to the end. False with errno set when that cannot be done.
 bool readAll(std::FILE* stream, std::string& bytes) {
     char part[65536];
@@ -95,8 +98,11 @@ void decodeEither(const std::string& bytes, Messages& messages) {
 bool Messages::report() {
     std::stable_sort(problems.begin(), problems.end(),
                      [](const Problem& a, const Problem& b) { return a.line < b.line; });
-    for (const Problem& problem : problems)
-        print_err("%s", printable(place(problem.line) + ": " + problem.text).c_str());
+    const std::size_t shown = std::min(problems.size(), mostShown);
+    for (std::size_t i = 0; i < shown; ++i)
+        print_err("%s", printable(place(problems[i].line) + ": " + problems[i].text).c_str());
+    if (problems.size() > shown)
+        print_err("%s: %zu further problems", printable(file).c_str(), problems.size() - shown);
     const auto first = std::find_if(problems.begin(), problems.end(),
                                     [](const Problem& problem) { return problem.line > 0; });
     if (first != problems.end())
@@ -111,8 +117,11 @@ Messages readMessages(const std::string& file) {
 Messages readOther(const std::string& file) {
     return readWith(
         [](const std::string& bytes, Messages& messages) {
-            isTranslation(bytes) ? decodeTranslation(bytes, messages)
-                                 : decodeEither(bytes, messages);
+            if (bytes.empty()) // what a failed msgfmt leaves must not pass for translations
+                messages.addProblem(0, "is empty");
+            else
+                isTranslation(bytes) ? decodeTranslation(bytes, messages)
+                                     : decodeEither(bytes, messages);
         },
         file);
 }

@@ -152,10 +152,17 @@ Status compile(const Request& request) {
     return request.output.empty() || writeBytes(request.output, bytes) ? Done : Failed;
 }
 
+/// Shows what there is of a damaged file. A file gets all or nothing: the one that is there
+/// may be the last that has the texts.
+bool writeListing(const Request& request, const std::string& text, bool isWhole) {
+    const bool isFile = !request.output.empty() && !isStandardStream(request.output);
+    return (isWhole || !isFile) && writeOutput(request.output, text) && isWhole;
+}
+
 Status show(const Request& request) {
     Messages messages = readMessageFile(request.file);
     const bool isSound = messages.report();
-    return writeOutput(request.output, listing(messages)) && isSound ? Done : Failed;
+    return writeListing(request, listing(messages), isSound) ? Done : Failed;
 }
 
 Status compare(const Request& request) {
@@ -165,7 +172,7 @@ Status compare(const Request& request) {
     compareFormats(messages, other);
     const bool isSound = messages.report() && otherIsSound;
     const std::string found = differences(messages, other);
-    return writeOutput(request.output, found) && isSound && found.empty() ? Done : Failed;
+    return writeListing(request, found, isSound) && found.empty() ? Done : Failed;
 }
 
 class MoxMsg : public KazConsoleApp {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // An MO file is two tables of (length, offset), one of what is translated and one of the
 // translations, and the texts, each with a NUL behind it. Nothing that the file says is
-// believed before it was found to lie inside; what is wrong with one entry leaves the
-// others readable.
+// believed before it was found to lie inside, and a file that is damaged in one place is not
+// read any further. Entries may share their bytes, but not all of them all: a small file would
+// fill the memory.
 #include "translations.h"
 
 #include "common/formats.h"
@@ -132,13 +133,12 @@ std::uint32_t numberAt(std::string_view bytes, std::size_t at, bool isBig) {
     return number;
 }
 
-/// The number of a message that @p context is; -1 for anything else.
+/// The number of a message that @p context is, as templates write it; -1 for anything else.
 int messageNumber(std::string_view context) {
     int number = -1;
-    const auto [end, error] =
-        std::from_chars(context.data(), context.data() + context.size(), number);
-    const bool isAll = error == std::errc() && end == context.data() + context.size();
-    return isAll && number >= 0 && number <= lastNumber ? number : -1;
+    std::from_chars(context.data(), context.data() + context.size(), number);
+    const bool isOne = number >= 0 && number <= lastNumber && context == std::to_string(number);
+    return isOne ? number : -1;
 }
 
 class TranslationDecoder {
@@ -159,18 +159,19 @@ public:
         for (const std::size_t table : {word(12), word(16)})
             if (!isInside(table, std::size_t{count} * 8))
                 return problem("is damaged: a table of its texts is outside the file");
-        for (std::uint32_t entry = 0; entry < count; ++entry)
-            decodeEntry(word(12) + std::size_t{entry} * 8, word(16) + std::size_t{entry} * 8);
+        const auto decodeNext = [this](std::size_t entry) {
+            return decodeEntry(word(12) + entry * 8, word(16) + entry * 8);
+        };
+        for (std::size_t entry = 0; entry < count && decodeNext(entry);)
+            ++entry;
     }
 
 private:
     /// Texts with conversions that each system spells in its own way have tables of their
     /// own. They are none that a message file could hold, and must not be lost unseen.
     bool checkSystemTexts() {
-        if (bytes_.size() < extendedHeader) {
-            problem("is damaged: it ends within its head");
-            return false;
-        }
+        if (bytes_.size() < extendedHeader)
+            return damage("it ends within its head");
         if (const std::uint32_t count = word(systemTextCount))
             problem("has " + std::to_string(count) +
                     " texts with conversions of the system's own, as %Id");
@@ -178,6 +179,10 @@ private:
     }
 
     void problem(const std::string& text) { messages_.addProblem(0, text); }
+    bool damage(const std::string& text) {
+        problem("is damaged: " + text);
+        return false;
+    }
     std::uint32_t word(std::size_t at) const { return numberAt(bytes_, at, isBig_); }
     bool isInside(std::size_t offset, std::size_t size) const {
         return offset <= bytes_.size() && bytes_.size() - offset >= size;
@@ -185,38 +190,46 @@ private:
 
     /// The text that the table says at @p at, up to its first NUL: what follows is a plural.
     /// False when it is not all there.
-    bool textAt(std::size_t at, std::string_view& text) const {
+    bool textAt(std::size_t at, std::string_view& text) {
         const std::size_t size = word(at), offset = word(at + 4);
-        if (!isInside(offset, size + 1) || bytes_[offset + size] != '\0')
+        if (size >= left_ || !isInside(offset, size + 1) || bytes_[offset + size] != '\0')
             return false;
+        left_ -= size + 1;
         text = bytes_.substr(offset, size);
         text = text.substr(0, text.find('\0'));
         return true;
     }
 
-    void decodeEntry(std::size_t originalAt, std::size_t translationAt) {
+    /// False when the file is damaged there.
+    bool decodeEntry(std::size_t originalAt, std::size_t translationAt) {
         std::string_view original, text;
         if (!textAt(originalAt, original))
-            return problem("is damaged: a text that is translated is outside the file");
+            return damage("a text that is translated is outside the file");
         const std::size_t context = original.find(behindContext);
         const int number =
             context != original.npos ? messageNumber(original.substr(0, context)) : -1;
         if (!textAt(translationAt, text))
-            return problem(number >= 0 ? "is damaged: the text of " + std::to_string(number) +
-                                             " is outside the file"
-                                       : "is damaged: a translation is outside the file");
-        if (number < 0 || text.empty())
-            return;
+            return damage(number >= 0
+                              ? "the text of " + std::to_string(number) + " is outside the file"
+                              : "a translation is outside the file");
+        if (number >= 0 && !text.empty())
+            add(number, original.substr(context + 1), text);
+        return true;
+    }
+
+    void add(int number, std::string_view original, std::string_view text) {
         if (text.size() > longestText)
             problem("the text of " + std::to_string(number) + " has " +
                     std::to_string(text.size()) + " bytes, " + std::to_string(longestText) +
                     " fit");
-        messages_.translations.push_back(
-            {number, std::string(original.substr(context + 1)), std::string(text)});
+        messages_.translations.push_back({number, std::string(original), std::string(text)});
     }
+
+    static constexpr std::size_t mostSharing = 16;
 
     std::string_view bytes_;
     Messages& messages_;
+    std::size_t left_ = bytes_.size() * mostSharing; ///< of what all entries may take together
     bool isBig_ = false;
 };
 

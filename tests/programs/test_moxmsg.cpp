@@ -5,6 +5,7 @@
 #include "tools/messages/catalog/textcatalog.h"
 #include "tools/settings/KazSettings.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -225,6 +226,21 @@ TEST_F(MoxMsg, DamagedFilesAreShownAsFarAsTheyGo) {
     tree.write("file", endless);
     EXPECT_EQ(run({"-file", tree.path("file")}).err,
               tree.path("file") + ": the text of 300 has no end\n");
+    // What is there may be the last that has the texts.
+    tree.write("last", "1 text\n");
+    for (const std::string file : {"file", "nowhere"}) {
+        EXPECT_EQ(run({"-file", tree.path(file), "-output", tree.path("last")}).status, 1);
+        EXPECT_EQ(tree.read("last"), "1 text\n");
+    }
+}
+
+TEST_F(MoxMsg, WhatIsNoSourceTextDoesNotFillTheScreen) {
+    std::string lines;
+    for (int i = 0; i < 1000; ++i)
+        lines += "no number\n";
+    const std::string err = run({"-source", tree.write("source", lines)}).err;
+    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 101);
+    EXPECT_TRUE(err.ends_with(tree.path("source") + ": 900 further problems\n")) << err;
 }
 
 TEST_F(MoxMsg, WorksInPipesAndKnowsTheOtherKind) {

@@ -9,7 +9,9 @@ import gettext
 import os
 import pathlib
 import random
+import resource
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -131,7 +133,23 @@ class Translations(unittest.TestCase):
             (self.folder / "x.mo").write_bytes(sound[:length])
             said = self.run_tool(moxmsg, "-source", "texts", "-merge", "x.mo", "-output", "messages", status=1).stderr
             self.assertTrue(said.startswith("x.mo: is damaged: "), said)
+        (self.folder / "x.mo").write_bytes(b"")
+        said = self.run_tool(moxmsg, "-source", "texts", "-merge", "x.mo", "-output", "messages", status=1).stderr
+        self.assertEqual(said, "x.mo: is empty\n")
         self.assertEqual((self.folder / "messages").read_bytes(), before)
+
+    def test_a_small_file_does_not_fill_the_memory(self):
+        self.write_source({7: "seven"})
+        count, text = 1 << 15, b"7\4" + b"a" * (1 << 19)
+        for offset in (28 + 8 * count, 1 << 30):
+            head = struct.pack("<7I", 0x950412DE, 0, count, 28, 28, 0, 0)
+            tables = struct.pack("<II", len(text), offset) * count
+            (self.folder / "x.mo").write_bytes(head + tables + text + b"\0")
+            said = self.run_tool(moxmsg, "-source", "texts", "-merge", "x.mo", status=1).stderr
+            self.assertLess(len(said.splitlines()), 20)
+            self.assertIn("x.mo: is damaged: ", said)
+        # In KiB; gettext's tools and a sanitizer have their part.
+        self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 1 << 20)
 
     def test_templates_that_cannot_be(self):
         (self.folder / "texts").write_bytes(b"1 one\n2 t\xe9xt\n")
