@@ -13,9 +13,11 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,9 +41,11 @@ struct Recording {
     std::map<int, Followed> progresses;
 };
 
-/// Never destroyed, as static objects of a tool may speak to the very end.
+/// Never destroyed, as static objects of a tool may speak to the very end. It is there without
+/// memory, too: that a recording cannot be made must not end the tool.
 Recording& recording() {
-    static Recording& kept = *new Recording;
+    alignas(Recording) static std::byte room[sizeof(Recording)];
+    static Recording& kept = *new (room) Recording;
     return kept;
 }
 
