@@ -5,6 +5,7 @@
 usage: man_options.py BIN            (writes the pages in docs/man)
        man_options.py --check BIN    (status 1 when a page is not what would be written)
 
+A program whose first word is a command has a section like it behind the command's item.
 Each option of `--describe` becomes an item with its value and its text. What an item
 says beyond that stands behind the line MORE, is written by hand and stays, like the items
 of words that are no options ("--plan").
@@ -22,8 +23,8 @@ MORE = '.\\" By hand from here on:'
 BEGIN, END = ".Sh OPTIONS\n.Bl -tag -width Ds\n", ".El\n"
 
 
-def described(program):
-    said = subprocess.run([program, "--describe"], capture_output=True, check=True, text=True).stdout
+def described(program, *command):
+    said = subprocess.run([program, *command, "--describe"], capture_output=True, check=True, text=True).stdout
     return json.loads(said)["options"]
 
 
@@ -49,19 +50,48 @@ def by_hand(section):
     return more, words
 
 
+def items(section, options):
+    """The items of a section, made anew."""
+    more, words = by_hand(section)
+    made = []
+    for option in options:
+        flag = option["name"][1:]
+        head = f".It Fl {flag}" + (f" Ar {option['value'].lower()}" if option["value"] else "")
+        made.append("\n".join([head, *text_lines(option["help"])]) + "\n" + more.get(flag, ""))
+    return "".join(made + words)
+
+
 def made(page, options):
     """The page with its section made anew; None when it has none."""
     before, begin, rest = page.partition(BEGIN)
     section, end, after = rest.partition("\n" + END + ".Sh ")
     if not begin or not end:
         return None
-    more, words = by_hand(section + "\n")
-    items = []
-    for option in options:
-        flag = option["name"][1:]
-        head = f".It Fl {flag}" + (f" Ar {option['value'].lower()}" if option["value"] else "")
-        items.append("\n".join([head, *text_lines(option["help"])]) + "\n" + more.get(flag, ""))
-    return before + begin + "".join(items + words) + END + ".Sh " + after
+    return before + begin + items(section + "\n", options) + END + ".Sh " + after
+
+
+def commands_of(program):
+    """The options of each command, where the first word is one."""
+    said = subprocess.run([program, "--complete", "0", ""], capture_output=True, check=True, text=True).stdout
+    names = [line.split("\t")[0] for line in said.splitlines()]
+    return {name: described(program, name) for name in names if not name.startswith((":", "-"))}
+
+
+def made_of_commands(page, commands):
+    """The same for a program of commands: what all of them take, and then what each has more."""
+    before, begin, rest = page.partition(".Sh OPTIONS\n")
+    section, end, after = rest.partition("\n.Sh ")
+    if not begin or not end:
+        return None
+    lists = {"Every command": [option for option in min(commands.values(), key=len)
+                               if all(option in options for options in commands.values())]}
+    for name, options in commands.items():
+        lists["Cm " + name] = [option for option in options if option not in lists["Every command"]]
+    kept = {title: text for title, _, text in
+            (part.partition("\n") for part in re.split(r"(?m)^\.Ss ", section + "\n")[1:])}
+    parts = [f".Ss {title}\n.Bl -tag -width Ds\n{items(kept.get(title, '').replace(END, ''), options)}{END}"
+             for title, options in lists.items() if options]
+    return before + begin + "".join(parts) + ".Sh " + after
 
 
 def main():
@@ -73,10 +103,8 @@ def main():
         if not program.exists():
             sys.exit(f"man_options.py: no program {program}")
         options = described(program)
-        if not options:
-            continue
         page = path.read_text(encoding="utf-8")
-        new = made(page, options)
+        new = made(page, options) if options else made_of_commands(page, commands_of(program))
         if new is None:
             sys.exit(f"man_options.py: {path} has no section OPTIONS")
         if new == page:

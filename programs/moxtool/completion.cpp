@@ -4,18 +4,38 @@
 // leave the word to the shell.
 
 #include "commands.h"
+#include "common/trace_options.h"
 #include "tools/moxtools.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace {
 
+constexpr KazCommandLine::Option options[] = {traceTopics, traceFile};
+
+constexpr const char* shells[] = {"bash", "zsh", "fish"};
+
+/// A shell, and then programs.
+void offerWords(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
+    if (*option != '\0')
+        return;
+    if (kaz_arg_get_untagged(0) == nullptr)
+        for (const char* const shell : shells)
+            offer(shell, nullptr, data);
+    else
+        for (const char* const program : suitePrograms)
+            offer(program, nullptr, data);
+}
+
 constexpr KazCommandLine
     commandLine({"moxtool completion", MOX_VERSION,
-                 "Prints a script that completes the command lines of programs.", nullptr, 0,
-                 "bash|zsh|fish [NAME ...]", 1});
+                 "Prints a script that completes the command lines of programs.", options,
+                 std::size(options), "bash|zsh|fish [NAME ...]", 1, -1, KazCommandLine::OfTool},
+                offerWords);
 
 // The word that is typed may hold quotes and backslashes; what is printed gets new ones.
 constexpr const char* bashScript = R"(_mox_complete() {
@@ -120,7 +140,7 @@ int completionCommand(int argc, char** argv) {
     if (const int status = commandLine.parse(argc, argv); status != KazCommandLine::run)
         return status;
     const std::string_view shell = kaz_arg_get_untagged(0);
-    if (shell != "bash" && shell != "zsh" && shell != "fish") {
+    if (std::find(std::begin(shells), std::end(shells), shell) == std::end(shells)) {
         commandLine.complain("there is no script for %s",
                              kazPrintable(kaz_arg_get_untagged(0)).getValue());
         return KazCommandLine::wrongUsage;

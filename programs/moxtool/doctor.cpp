@@ -7,6 +7,7 @@
 #include "common/complaint.h"
 #include "common/findings.h"
 #include "common/printable.h"
+#include "common/trace_options.h"
 #include "tools/moxtools.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,10 +25,12 @@
 
 namespace {
 
+constexpr KazCommandLine::Option options[] = {traceTopics, traceFile};
+
 constexpr KazCommandLine
     commandLine({"moxtool doctor", MOX_VERSION,
-                 "Says of everything that the suite needs whether it is as it should be.", nullptr,
-                 0, "", 0, 0});
+                 "Says of everything that the suite needs whether it is as it should be.", options,
+                 std::size(options), "", 0, 0});
 
 /// What the user has said. The library gives the children of a tool another one, by the
 /// name "default", before the tool begins.

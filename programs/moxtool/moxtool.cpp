@@ -5,9 +5,12 @@
 #include "tools/moxtools.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 namespace {
 
@@ -24,22 +27,11 @@ constexpr Command commands[] = {
     {"replay", "run recorded tools again and compare what they say", replayCommand},
     {"sweep", "run a command with each of its allocations and file calls failing", sweepCommand}};
 
-/// The commands, and behind "completion" a shell and then programs.
+/// The commands; what follows one of them is its own business.
 void offerCommands(const char* option, const char*, KazCommandLine::Offer offer, void* data) {
-    const char* const first = kaz_arg_get_untagged(0);
-    if (*option != '\0')
-        return;
-    if (first == nullptr) {
+    if (*option == '\0' && kaz_arg_get_untagged(0) == nullptr)
         for (const Command& command : commands)
             offer(command.name, command.help, data);
-    } else if (std::string_view(first) == "completion") {
-        if (kaz_arg_get_untagged(1) == nullptr)
-            for (const char* const shell : {"bash", "zsh", "fish"})
-                offer(shell, nullptr, data);
-        else
-            for (const char* const program : suitePrograms)
-                offer(program, nullptr, data);
-    }
 }
 
 constexpr KazCommandLine commandLine(
@@ -55,8 +47,34 @@ const Command* find(const char* name) {
     return found != std::end(commands) ? found : nullptr;
 }
 
+/// The number of a word of the line, or -1.
+int wordNumber(std::string_view text) {
+    int number = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? number : -1;
+}
+
+/// A line that asks about a command ("moxtool --explain new x", and the shells'
+/// "moxtool --complete 1 new") is what the command is asked: "moxtool new --explain x".
+void askTheCommand(int argc, char** argv) {
+    constexpr std::string_view questions[] = {"-help", "--help", "--explain", "--describe"};
+    if (argc > 2 && find(argv[2]) != nullptr &&
+        std::find(std::begin(questions), std::end(questions), argv[1]) != std::end(questions))
+        std::swap(argv[1], argv[2]);
+    if (argc < 4 || std::string_view(argv[1]) != "--complete" || find(argv[3]) == nullptr)
+        return;
+    const int number = wordNumber(argv[2]);
+    if (number < 1)
+        return;
+    static std::string numberBehind;
+    numberBehind = std::to_string(number - 1);
+    std::rotate(argv + 1, argv + 3, argv + 4);
+    argv[3] = numberBehind.data();
+}
+
 class MoxTool : public KazConsoleApp {
     int runTool(int argc, char** argv) override {
+        askTheCommand(argc, argv);
         const char* const word = argc > 1 ? argv[1] : "";
         // A command reads the rest of the line by itself.
         if (const Command* const command = find(word))

@@ -4,6 +4,7 @@
 // handles of directories, which no link can lead astray.
 
 #include "commands.h"
+#include "common/trace_options.h"
 #include "moxtool/templates.h"
 #include "tools/moxtools.h"
 
@@ -20,7 +21,9 @@
 namespace {
 
 constexpr KazCommandLine::Option options[] = {
-    {arg_target, "DIR", "where it is made, instead of here", false, KazCommandLine::AnyDirectory}};
+    {arg_target, "DIR", "where it is made, instead of here", false, KazCommandLine::AnyDirectory},
+    traceTopics,
+    traceFile};
 
 constexpr KazCommandLine commandLine({"moxtool new", MOX_VERSION,
                                       "Makes a project for a tool that builds, is tested and runs.",

@@ -3,6 +3,7 @@
 // is recorded anew. Both recordings are compared line by line, as they stand in the files.
 
 #include "commands.h"
+#include "common/trace_options.h"
 #include "moxtool/recording.h"
 #include "tools/moxtools.h"
 
@@ -22,7 +23,9 @@ namespace {
 
 constexpr KazCommandLine::Option options[] = {
     {arg_x, "PATTERN TEXT", "replace each match of PATTERN by TEXT before lines are compared"},
-    {arg_update, nullptr, "take what is new over into FILE"}};
+    {arg_update, nullptr, "take what is new over into FILE"},
+    traceTopics,
+    traceFile};
 
 constexpr KazCommandLine commandLine(
     {"moxtool replay", MOX_VERSION, "Runs tools again and compares what they say with recordings.",
@@ -84,6 +87,9 @@ private:
     std::vector<std::pair<std::regex, std::string>> pairs_;
 };
 
+/// No recording is of that size; what never ends would fill the memory.
+constexpr std::size_t sizeLimit = std::size_t{256} << 20;
+
 /// The text, or nothing with errno set.
 std::optional<std::string> contentsOf(const KazString& path) {
     errno = 0;
@@ -96,9 +102,14 @@ std::optional<std::string> contentsOf(const KazString& path) {
         return std::nullopt;
     std::string text;
     char block[65536];
-    for (std::size_t got; (got = std::fread(block, 1, sizeof block, stream)) > 0;)
+    bool isWhole = true;
+    for (std::size_t got; isWhole && (got = std::fread(block, 1, sizeof block, stream)) > 0;) {
         text.append(block, got);
-    const bool isWhole = std::ferror(stream) == 0;
+        isWhole = text.size() <= sizeLimit;
+    }
+    if (!isWhole)
+        errno = EFBIG;
+    isWhole = isWhole && std::ferror(stream) == 0;
     std::fclose(stream);
     return isWhole ? std::optional(std::move(text)) : std::nullopt;
 }
@@ -181,7 +192,8 @@ private:
     }
     int fail(const std::string& problem, int line = 0) const {
         const std::string place = line > 0 ? ":" + std::to_string(line) : "";
-        print_err("%s%s: %s", file_, place.c_str(), problem.c_str());
+        print_err("%s%s: %s", kazPrintable(file_).getValue(), place.c_str(),
+                  kazPrintable(problem.c_str()).getValue());
         return failed;
     }
 

@@ -5,6 +5,7 @@
 // as before at the start of each run, and at the end.
 
 #include "commands.h"
+#include "common/trace_options.h"
 #include "moxtool/swept_files.h"
 #include "tools/moxtools.h"
 
@@ -25,7 +26,9 @@ namespace {
 constexpr KazCommandLine::Option options[] = {
     {arg_Command, "LINE", "the command, one line for the shell", true},
     {arg_target, "DIR", "the files that it works on; all is undone after each run", false,
-     KazCommandLine::AnyDirectory}};
+     KazCommandLine::AnyDirectory},
+    traceTopics,
+    traceFile};
 
 constexpr KazCommandLine
     commandLine({"moxtool sweep", MOX_VERSION,

@@ -193,7 +193,18 @@ TEST_F(Doctor, IsMeantByANearWordAndCompleted) {
               "doctor\tsay whether all that the suite needs is as it should be\n");
     EXPECT_EQ(completed({"completion", "z"}), "zsh\t\n");
     EXPECT_EQ(completed({"completion", "zsh", "moxc"}), "moxcopy\t\n");
-    EXPECT_EQ(completed({"doctor", ""}), "");
+    EXPECT_TRUE(completed({"doctor", ""}).starts_with("-trace\t"));
+    // A command's words are asked of the command, wherever the question stands.
+    EXPECT_TRUE(completed({"new", "-t"}).starts_with("-target\twhere it is made"));
+    EXPECT_EQ(completed({"new", "-target", ""}), ":directory\n");
+    EXPECT_EQ(completed({"replay", "x", ""}), ":file\n");
+    for (const std::string question : {"--explain", "--describe", "-help"}) {
+        const kit::Result inside = kit::run({"moxtool", "new", question, "-t", "x", "y"}, options);
+        const kit::Result before = kit::run({"moxtool", question, "new", "-t", "x", "y"}, options);
+        EXPECT_EQ(before.out, inside.out);
+        EXPECT_EQ(before.err, "");
+        EXPECT_NE(inside.out.find("-target"), std::string::npos) << inside.out;
+    }
     EXPECT_EQ(kit::run({"moxtool", "docter"}, options).err,
               "moxtool: unknown command docter; did you mean doctor?\n"
               "moxtool -help shows how it is used\n");
