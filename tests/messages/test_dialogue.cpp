@@ -211,6 +211,7 @@ TEST_F(Dialogue, WhatIsNoRecordingIsRefused) {
     }
     EXPECT_EQ(replay({"none"}), "2 none: cannot be read: No such file or directory\n");
     EXPECT_EQ(replay({"."}), "2 .: cannot be read: Is a directory\n");
+    EXPECT_EQ(replay({"\x7F.a"}), "2 \\x7F.a: cannot be read: No such file or directory\n");
 
     tree.write("a", start);
     const std::string help = "\nmoxtool replay -help shows how it is used\n";

@@ -148,6 +148,21 @@ TEST_F(OutOfMemory, ARecordingIsNoReasonToFail) {
         });
 }
 
+TEST_F(OutOfMemory, AStepOfAnotherToolEndsWithAMessage) {
+    options.env["KAZ_PROGRESS_FD"] = "9"; // here the pipe of standard output
+    const std::string bin = kit::binDirectory();
+    for (int n = 2; n < 12; ++n) {
+        const kit::Result result =
+            kit::run({"/bin/sh", "-c",
+                      "exec 9>&1; LD_PRELOAD=" + bin + "/moxfault.so MOX_FAULT=allocation:" +
+                          std::to_string(n) + "+ exec " + bin + "/moxmsg -source source"},
+                     options);
+        EXPECT_EQ(result.signal, 0) << n;
+        EXPECT_EQ(result.status, 1) << n;
+        EXPECT_EQ(result.err, outOfMemory) << n;
+    }
+}
+
 TEST_F(OutOfMemory, AReportIsWholeOrAsItWas) {
     options.env["SOURCE_DATE_EPOCH"] = "1700000000";
     for (const std::string name : {"a/one.dgm", "a/filestore/one.1", "a/filestore/one.2", "b/x/y"})

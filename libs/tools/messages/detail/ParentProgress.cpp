@@ -6,6 +6,8 @@
 #include "tools/platform/host.h"
 #include "tools/platform/host_lines.h"
 
+#include <cstddef>
+#include <new>
 #include <string>
 
 namespace kaz::detail {
@@ -26,9 +28,11 @@ struct Link {
     int told = 0; ///< tenths of a percent
 };
 
-/// Never destroyed, as progresses may end in static objects.
+/// Never destroyed, as progresses may end in static objects. It needs no memory: it is made
+/// before anything is there that would tell the lack of it.
 Link& link() {
-    static Link& kept = *new Link;
+    alignas(Link) static std::byte room[sizeof(Link)];
+    static Link& kept = *new (room) Link;
     return kept;
 }
 
