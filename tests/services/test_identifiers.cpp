@@ -11,8 +11,11 @@
 #include <chrono>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <set>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -48,6 +51,24 @@ TEST(Guid, VersionsAreMarkedAndNothingRepeats) {
     EXPECT_EQ(guidOf("00000000-0000-9000-8000-000000000000").getVersion(), 0);
     EXPECT_EQ(guidOf("00000000-0000-4000-4000-000000000000").getVersion(), 0);
     EXPECT_EQ(guidOf("00000000-0000-8000-bfff-000000000000").getVersion(), 8);
+}
+
+TEST(Guid, NothingRepeatsOnAnyThread) {
+    std::set<KazGuid> seen;
+    std::mutex mutex;
+    const auto make = [&] {
+        std::set<KazGuid> made;
+        for (int i = 0; i < 3000; ++i)
+            made.insert({KazGuid::create(), KazGuid::createOrdered()});
+        const std::lock_guard<std::mutex> lock(mutex);
+        seen.insert(made.begin(), made.end());
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 20; ++i)
+        threads.emplace_back(make);
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(seen.size(), 120000u);
 }
 
 TEST(Guid, OrderedOnesRiseAndTellTheTime) {

@@ -174,6 +174,8 @@ TEST_F(Product, WritesWholeOrThrows) {
     EXPECT_EQ(info.read(tree.path().c_str()), Info::Unreadable);
     EXPECT_EQ(info.getProblem(),
               ("The product information file \"" + tree.path() + "\" cannot be read.").c_str());
+    info.read("no\xE2\x80\xAEne");
+    EXPECT_EQ(info.getProblem(), "There is no product information file \"no\\u{202E}ne\".");
 }
 
 TEST_F(Product, OrdersVersions) {

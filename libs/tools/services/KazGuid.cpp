@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Random bytes are fetched in stock, because a system call takes ten times as long as
 // the rest of an identifier. Invariants of a stock: what lies before its position
-// has been used and is zero; it belongs to one thread and to one process.
+// has been used and is zero; who has set its flag uses it, in one process. Stocks are
+// no thread's own: the C library would have no room for them in the threads of a
+// process that loads this library late.
 #include "tools/services/KazGuid.h"
 
 #include "tools/app/failures/KazResourceException.h"
@@ -13,6 +15,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace host = kaz::host;
@@ -33,26 +36,60 @@ struct Stock {
     std::size_t position;
     unsigned generation;
     bool isFilled;
+    std::atomic_flag isTaken; ///< also for good, in a child forked while another thread had it
 };
-constinit thread_local Stock stock{};
+constinit Stock stocks[8]{};
 
-void fill() {
-    stock.isFilled = host::randomBytes(stock.bytes, Stock::size) == 0;
-    if (!stock.isFilled)
+/// A stock that nobody else uses meanwhile; none when all are taken.
+class TakenStock {
+public:
+    TakenStock()
+        : stock_(std::find_if(std::begin(stocks), std::end(stocks), [](Stock& stock) {
+              return !stock.isTaken.test_and_set(std::memory_order_acquire);
+          })) {}
+    ~TakenStock() {
+        if (isThere())
+            stock_->isTaken.clear(std::memory_order_release);
+    }
+    TakenStock(const TakenStock&) = delete;
+    TakenStock& operator=(const TakenStock&) = delete;
+
+    bool isThere() const { return stock_ != std::end(stocks); }
+    Stock& operator*() const { return *stock_; }
+
+private:
+    Stock* stock_;
+};
+
+void fetch(unsigned char* bytes, std::size_t size) {
+    if (host::randomBytes(bytes, size) != 0)
         throw KazResourceException("The system has no random bytes to give.");
+}
+
+void fill(Stock& stock, unsigned generation) {
+    stock.isFilled = false;
+    fetch(stock.bytes, Stock::size);
+    stock.isFilled = true;
+    stock.generation = generation;
     stock.position = 0;
 }
 
-void takeRandom(unsigned char (&to)[16]) {
+void takeFrom(Stock& stock, unsigned char (&to)[16]) {
     const unsigned generation = host::processGeneration();
     if (!stock.isFilled || stock.generation != generation ||
-        stock.position + sizeof to > Stock::size) {
-        stock.generation = generation;
-        fill();
-    }
+        stock.position + sizeof to > Stock::size)
+        fill(stock, generation);
     std::memcpy(to, stock.bytes + stock.position, sizeof to);
     std::memset(stock.bytes + stock.position, 0, sizeof to);
     stock.position += sizeof to;
+}
+
+void takeRandom(unsigned char (&to)[16]) {
+    const TakenStock taken;
+    if (taken.isThere())
+        takeFrom(*taken, to);
+    else
+        fetch(to, sizeof to);
 }
 
 void mark(unsigned char (&bytes)[16], int version) {

@@ -8,6 +8,7 @@
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
+#include "tools/formats/encode.h"
 #include "tools/platform/host.h"
 #include "tools/platform/utf8.h"
 #include "tools/services/crc32.h"
@@ -131,7 +132,8 @@ KazProductInfo::State KazProductInfo::parse(const char* text, int length) {
 
 KazString KazProductInfo::getProblem() const {
     KazString text;
-    const char* file = path.getValue();
+    const KazString shown = kazPrintable(path);
+    const char* file = shown.getValue();
     switch (state) {
     case Missing:
         text.format("There is no product information file \"%s\".", file);

@@ -84,7 +84,8 @@ public:
     /// Of a malformed text: the number of the first line that is wrong, from 1; the number of lines
     /// plus 1 when something is missing. Else 0.
     int getErrorLine() const { return errorLine; }
-    /// A sentence about the state, with the path: for messages. "" for Good and Empty.
+    /// A sentence about the state, with the path (printable, see kazPrintable): for messages. ""
+    /// for Good and Empty.
     KazString getProblem() const;
     /// The path that was read; "" after parse().
     const KazString& getPath() const { return path; }
