@@ -2,6 +2,8 @@
 # and beside the documents, and lets the installed program measure it.
 get_filename_component(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}" ABSOLUTE) # which may be relative
 string(LENGTH "${CMAKE_INSTALL_PREFIX}/" length)
+cmake_path(SET bin NORMALIZE "${bin}") # "./bin" and "bin/" are allowed, in a list of parts they are not
+string(REGEX REPLACE "/$" "" bin "${bin}")
 set(parts "")
 foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
   string(FIND "${file}" "${CMAKE_INSTALL_PREFIX}/" start)
@@ -9,6 +11,7 @@ foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)
     continue()
   endif()
   string(SUBSTRING "${file}" ${length} -1 part)
+  cmake_path(SET part NORMALIZE "${part}")
   if(part MATCHES "^(${bin}|share)/" AND NOT part MATCHES "[:\\]" AND NOT IS_SYMLINK "$ENV{DESTDIR}${file}")
     list(APPEND parts "${part}")
   endif()

@@ -90,9 +90,11 @@ bool isPart(std::string text) {
         hasForm(words[0], "hhhhhhhh") && !words[1].empty() && !words[2].empty() && !text.empty();
     for (const char c : words[1])
         good = good && c >= '0' && c <= '9';
-    if (!good || text[0] == '/' || text.find_first_of(":\\") != text.npos ||
-        ("/" + text + "/").find("/../") != std::string::npos)
+    if (!good || text.find_first_of(":\\") != text.npos)
         return false;
+    for (const char* other : {"/../", "/./", "//"}) // a file has one path only
+        if (("/" + text + "/").find(other) != std::string::npos)
+            return false;
     std::string digits = words[1];
     digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size()));
     const std::string most = "18446744073709551615";

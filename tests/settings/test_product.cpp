@@ -101,7 +101,8 @@ TEST_F(Product, NamesTheFirstLineThatIsWrong) {
              "part=00000000 x - a|part=00000000 0 a|part=00000000 18446744073709551616 - a|k=\x01|"
              "k=\xFF|k=a\rb|k=\xC2\x85"))
         rows.push_back({start + line, 3});
-    for (const char* path : {"../a", "a/..", "a/../b", "/a", "C:a", "a:b", "a\\b", ".."})
+    for (const char* path :
+         {"../a", "a/..", "a/../b", "/a", "C:a", "a:b", "a\\b", "..", "./a", "a/./b", "a//b", "a/"})
         rows.push_back({start + part + path, 3});
     for (const Row& row : rows) {
         Info info;

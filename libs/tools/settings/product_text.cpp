@@ -95,11 +95,12 @@ bool isPartVersion(std::string_view version) {
 }
 
 bool isPartPath(std::string_view path) {
-    if (path.empty() || path.front() == '/' || path.find_first_of(":\\") != path.npos)
+    if (path.find_first_of(":\\") != path.npos)
         return false;
     for (std::size_t at = 0; at <= path.size();) {
         const std::size_t end = std::min(path.find('/', at), path.size());
-        if (path.substr(at, end - at) == "..")
+        const std::string_view name = path.substr(at, end - at);
+        if (name.empty() || name == "." || name == "..")
             return false;
         at = end + 1;
     }

@@ -24,7 +24,8 @@ bool isProductValue(std::string_view value);
 bool isProductDate(std::string_view date);
 /// "" or a word, which is not the "-" that stands for "".
 bool isPartVersion(std::string_view version);
-/// Below the root, with "/" and without "..", ":" and backslashes.
+/// Below the root, with "/" and without ".", "..", empty names, ":" and backslashes: a file has
+/// one such path.
 bool isPartPath(std::string_view path);
 /// @}
 
