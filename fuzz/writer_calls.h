@@ -174,8 +174,8 @@ private:
     }
     void link(Input& input) {
         static constexpr const char* targets[] = {
-            "http://a/b c?\"'<>{}\\", "#a",  "#", "x\\y\"z", "javascript:x", "",
-            "mailto:\xC3\xA4@b",      "#\"}"};
+            "http://a/b c?\"'<>{}[]\\", "#a",  "#", "x\\y\"z", "javascript:x", "",
+            "mailto:\xC3\xA4@b",        "#\"}"};
         const char* target = input.pick(targets);
         const std::string shown = hostile(input);
         linked.push_back(words.back());

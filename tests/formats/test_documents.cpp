@@ -9,8 +9,10 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -173,6 +175,20 @@ TEST(Documents, RunsLinksAndAnchors) {
         "<Marker <MType 8> <MTypeName `Hypertext'> <MText `gotolink no_1'>><String `z'>"
         "<String `safe'><Marker <MType 8> <MTypeName `Hypertext'> <MText `newlink no_1'>>\n >\n>\n",
         "<para>\n<F10@U@Z1>x<F0>yhttp://h/<#e4>\"zsafe\n\n");
+}
+
+TEST(Documents, HtmlKeepsBracketsOfAnAddressAlone) {
+    for (const auto& [target, written] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"a[1].txt", "a%5B1%5D.txt"},
+             {"http://[::1]:80/[x]", "http://[::1]:80/%5Bx%5D"},
+             {"//[::1]?[", "//[::1]?%5B"},
+             {"a//[b]", "a//%5Bb%5D"},
+             {"http://[::1", "http://%5B::1"}}) {
+        const std::unique_ptr<KazDocWriter> doc(KazDocWriter::create(doc_html));
+        doc->link(target, "x");
+        const std::string link = std::string("<a href=\"") + written + "\">x</a>";
+        EXPECT_NE(std::string(doc->finish()).find(link), std::string::npos) << doc->finish();
+    }
 }
 
 TEST(Documents, CodeRulesAndPages) {

@@ -10,6 +10,16 @@ namespace {
 
 /// What a browser would write with an escape of its own.
 constexpr std::string_view notInUrl = " \"<>\\^`{|}";
+/// Brackets are for a host's address: "http://[::1]/".
+constexpr std::string_view notBehindHost = " \"<>\\^`{|}[]";
+
+std::string hrefOf(std::string_view url) {
+    const std::size_t host = url.find("//[");
+    const bool hasAddress =
+        host != url.npos && host == url.find_first_of("/?#") && (host == 0 || url[host - 1] == ':');
+    const std::size_t path = hasAddress ? url.find(']', host) + 1 : 0; // 0: an open bracket
+    return escapedUrl(url.substr(0, path), notInUrl) + escapedUrl(url.substr(path), notBehindHost);
+}
 
 class HtmlWriter : public DocumentFormat {
 public:
@@ -107,8 +117,7 @@ public:
 
     void link(const Target& target, const Text& text) override {
         put("<a");
-        putAttribute("href",
-                     target.isAnchor ? "#" + target.text : escapedUrl(target.text, notInUrl));
+        putAttribute("href", target.isAnchor ? "#" + target.text : hrefOf(target.text));
         put(">");
         putText(text);
         put("</a>");
