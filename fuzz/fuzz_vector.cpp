@@ -95,10 +95,18 @@ std::size_t compareForms(const ByteOperations& wide, fuzz::Input& input) {
     Bytes other = s;
     for (int changes = input.between(0, 3); changes > 0 && n > 0; --changes) {
         char& changed = other[input.between<std::size_t>(0, n - 1)];
-        changed = static_cast<char>(changed ^ (input.flag() ? 0x20 : input.byte()));
+        // Into the other case, the other separator, or anything.
+        const int flips[] = {0x20, '/' ^ '\\', input.byte()};
+        changed = static_cast<char>(changed ^ flips[input.between(0, 2)]);
     }
     FUZZ_CHECK(wide.endOfSameNoCase(s.data(), other.data(), n) ==
                portableBytes.endOfSameNoCase(s.data(), other.data(), n));
+    const std::size_t same = portableBytes.endOfSameName(s.data(), other.data(), n);
+    FUZZ_CHECK(wide.endOfSameName(s.data(), other.data(), n) == same);
+    // Texts of all lengths below two steps, where the forms split.
+    for (std::size_t k = 0; k <= n && k < 64; ++k)
+        FUZZ_CHECK(wide.endOfSameName(s.data() + n - k, other.data() + n - k, k) ==
+                   portableBytes.endOfSameName(s.data() + n - k, other.data() + n - k, k));
     return n;
 }
 

@@ -31,6 +31,9 @@ public:
         return static_cast<char>(table_ != nullptr ? table_[code] : map_(code));
     }
 
+    /// The table behind it; null where the runtime has none to show.
+    const std::int32_t* table() const { return table_; }
+
     /// Whether the letters of ASCII map as in ASCII.
     /// Where there is no table, asking would take as long as what it saves.
     bool isAsciiForLetters() const { return table_ != nullptr && isAscii('A', 'z' - 'A' + 1); }

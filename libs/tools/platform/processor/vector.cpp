@@ -66,6 +66,17 @@ std::size_t endOfSameNoCase(const char* a, const char* b, std::size_t n) {
     return i;
 }
 
+char inName(char c) {
+    return c == '/' ? '\\' : lowered(c);
+}
+
+std::size_t endOfSameName(const char* a, const char* b, std::size_t n) {
+    std::size_t i = 0;
+    while (i < n && a[i] != '\0' && inName(a[i]) == inName(b[i]))
+        ++i;
+    return i;
+}
+
 std::size_t findPair(const char* s, std::size_t from, std::size_t end, char first, char last,
                      std::size_t distance) {
     while (from < end) {
@@ -145,8 +156,8 @@ void ByteSet::insertIntoTable(char c) {
 }
 
 constinit const ByteOperations portableBytes = {
-    findIn,     findNotIn,       lengthWithout, lengthThrough, count,        countIn,
-    putEscaped, endOfSameNoCase, findPair,      findPairs,     findUnquoted, hash,
+    findIn,          findNotIn, lengthWithout, lengthThrough, count, countIn,       putEscaped,
+    endOfSameNoCase, findPair,  findPairs,     findUnquoted,  hash,  endOfSameName,
 };
 
 } // namespace kaz::host

@@ -114,6 +114,8 @@ struct ByteOperations {
     /// The sum of the bytes, modulo 2^32, each shifted to the left by 7 bits
     /// more than the one before it, modulo 23.
     unsigned (*hash)(const char* s, std::size_t n);
+    /// As endOfSameNoCase, and "/" is the same as "\\", too.
+    std::size_t (*endOfSameName)(const char* a, const char* b, std::size_t n);
 };
 
 extern const ByteOperations portableBytes;

@@ -18,6 +18,14 @@ __m256i load(const char* s) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
 }
 
+__m128i sixteen(const char* s) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+}
+
+__m128i eight(const char* s) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s));
+}
+
 void store(char* s, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(s), v);
 }
@@ -206,34 +214,85 @@ void putEscaped(char* out, const char* s, std::size_t n, const ByteSet& set, cha
     portableBytes.putEscaped(out, s, n, set, escape);
 }
 
-/// 0 for each byte of @p a that is NUL or not the same as that of @p b.
-__m256i sameNoCase(__m256i a, __m256i b) {
-    const __m256i caseBit = _mm256_set1_epi8('a' - 'A');
-    // Shifted so that 'a' is the smallest signed byte, 26 values are letters.
-    const __m256i shifted = _mm256_sub_epi8(_mm256_or_si256(a, caseBit),
-                                            _mm256_set1_epi8(static_cast<char>('a' - 128)));
-    const __m256i letter = _mm256_cmpgt_epi8(_mm256_set1_epi8(-128 + 26), shifted);
-    const __m256i differ =
-        _mm256_andnot_si256(_mm256_and_si256(letter, caseBit), _mm256_xor_si256(a, b));
-    return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
-}
-
 unsigned zeroesOf(__m256i v) {
     return maskOf(_mm256_cmpeq_epi8(v, _mm256_setzero_si256()));
 }
 
-std::size_t endOfSameNoCase(const char* a, const char* b, std::size_t n) {
+/// 0 for each byte of @p a that is NUL or not the same as that of @p b.
+struct SameNoCase {
+    __m256i operator()(__m256i a, __m256i b) const {
+        const __m256i caseBit = _mm256_set1_epi8('a' - 'A');
+        // Shifted so that 'a' is the smallest signed byte, 26 values are letters.
+        const __m256i shifted = _mm256_sub_epi8(_mm256_or_si256(a, caseBit),
+                                                _mm256_set1_epi8(static_cast<char>('a' - 128)));
+        const __m256i letter = _mm256_cmpgt_epi8(_mm256_set1_epi8(-128 + 26), shifted);
+        const __m256i differ =
+            _mm256_andnot_si256(_mm256_and_si256(letter, caseBit), _mm256_xor_si256(a, b));
+        return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
+    }
+};
+
+struct SameName {
+    static __m256i withOneSeparator(__m256i v) {
+        const __m256i slashes = _mm256_cmpeq_epi8(v, _mm256_set1_epi8('/'));
+        return _mm256_xor_si256(v, _mm256_and_si256(slashes, _mm256_set1_epi8('/' ^ '\\')));
+    }
+    __m256i operator()(__m256i a, __m256i b) const {
+        return SameNoCase()(withOneSeparator(a), withOneSeparator(b));
+    }
+};
+
+/// The first and the last half of a step of a text of 16 to 31 bytes, which overlap;
+/// of 8 to 15 bytes the quarters, and behind them anything.
+__m256i bothEnds(const char* s, std::size_t n) {
+    return n >= step / 2
+               ? _mm256_set_m128i(sixteen(s + n - step / 2), sixteen(s))
+               : _mm256_castsi128_si256(_mm_unpacklo_epi64(eight(s), eight(s + n - step / 4)));
+}
+
+/// The end of what @p same finds to be so, in a text shorter than a step but not
+/// shorter than a quarter of one.
+template <class Same>
+std::size_t endOfSameInShort(const char* a, const char* b, std::size_t n, Same same) {
+    const std::size_t part = n >= step / 2 ? step / 2 : step / 4;
+    const unsigned looked = part == step / 2 ? ~0U : 0xFFFFU;
+    const unsigned ends = zeroesOf(same(bothEnds(a, n), bothEnds(b, n))) & looked;
+    if (ends == 0)
+        return n;
+    const std::size_t i = firstOf(ends);
+    return i < part ? i : n - 2 * part + i;
+}
+
+/// The same in one of a step at least. The last step overlaps the one before it, which
+/// had no end.
+template <class Same>
+std::size_t endOfSameInSteps(const char* a, const char* b, std::size_t n, Same same) {
     std::size_t i = 0;
-    const auto same = [&](std::size_t at) { return sameNoCase(load(a + at), load(b + at)); };
+    const auto sameAt = [&](std::size_t at) { return same(load(a + at), load(b + at)); };
     for (; i + 2 * step <= n; i += 2 * step)
-        if (zeroesOf(_mm256_min_epu8(same(i), same(i + step))) != 0)
+        if (zeroesOf(_mm256_min_epu8(sameAt(i), sameAt(i + step))) != 0)
             break;
-    for (; i + step <= n; i += step) {
-        const unsigned ends = zeroesOf(same(i));
+    for (; i < n; i += step) {
+        if (i + step > n)
+            i = n - step;
+        const unsigned ends = zeroesOf(sameAt(i));
         if (ends != 0)
             return i + firstOf(ends);
     }
-    return i + portableBytes.endOfSameNoCase(a + i, b + i, n - i);
+    return n;
+}
+
+std::size_t endOfSameNoCase(const char* a, const char* b, std::size_t n) {
+    if (n < step / 4)
+        return portableBytes.endOfSameNoCase(a, b, n);
+    return n < step ? endOfSameInShort(a, b, n, SameNoCase())
+                    : endOfSameInSteps(a, b, n, SameNoCase());
+}
+
+std::size_t endOfSameName(const char* a, const char* b, std::size_t n) {
+    if (n < step / 4)
+        return portableBytes.endOfSameName(a, b, n);
+    return n < step ? endOfSameInShort(a, b, n, SameName()) : endOfSameInSteps(a, b, n, SameName());
 }
 
 std::size_t findPair(const char* s, std::size_t from, std::size_t end, char first, char last,
@@ -348,10 +407,6 @@ __m256i shifted(__m128i group, std::size_t i) {
     return _mm256_sllv_epi32(_mm256_cvtepu8_epi32(group), by);
 }
 
-__m128i eight(const char* s) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s));
-}
-
 /// The last @p rest (1 to 7) of the eight bytes before @p end, in front.
 __m128i lastOfEight(const char* end, std::size_t rest) {
     return _mm_srl_epi64(eight(end - 8), _mm_cvtsi64_si128(static_cast<long long>(64 - 8 * rest)));
@@ -406,8 +461,8 @@ unsigned hash(const char* s, std::size_t n) {
 } // namespace
 
 constinit const ByteOperations wideBytes = {
-    findIn,     findNotIn,       lengthWithout, lengthThrough, count,        countIn,
-    putEscaped, endOfSameNoCase, findPair,      findPairs,     findUnquoted, hash,
+    findIn,          findNotIn, lengthWithout, lengthThrough, count, countIn,       putEscaped,
+    endOfSameNoCase, findPair,  findPairs,     findUnquoted,  hash,  endOfSameName,
 };
 
 } // namespace kaz::host
