@@ -10,8 +10,13 @@
 #if defined(MOX_PEER_ABSEIL)
 #include <absl/strings/ascii.h>
 #include <absl/strings/match.h>
+#include <absl/strings/str_cat.h>
+#include <absl/strings/str_format.h>
 #include <absl/strings/str_replace.h>
 #include <absl/strings/str_split.h>
+#endif
+#if defined(MOX_PEER_FMT)
+#include <fmt/format.h>
 #endif
 #if defined(MOX_PEER_GLIB)
 #include <glib.h>
@@ -26,6 +31,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -129,7 +135,8 @@ void appending(const std::string& impl, Append append) {
     });
 }
 
-/// Pieces that come from elsewhere, to one text or to several in turn.
+/// Pieces that the caller's compiler knows, or that come from elsewhere; to one text or to
+/// several in turn.
 template <class String, class Append>
 void appendingPieces(const std::string& impl, Append append) {
     row("append ten characters", impl, {100, 1000, 10000}, [append](std::size_t n) {
@@ -137,6 +144,17 @@ void appendingPieces(const std::string& impl, Append append) {
             String s("");
             for (std::size_t i = 0; i < n; ++i)
                 append(s, "0123456789");
+            benchmark::DoNotOptimize(s);
+            return 0;
+        };
+    });
+    row("append ten characters from elsewhere", impl, {100, 1000, 10000}, [append](std::size_t n) {
+        return [append, n, piece = static_cast<const char*>("0123456789")]() mutable {
+            String s("");
+            for (std::size_t i = 0; i < n; ++i) {
+                benchmark::DoNotOptimize(piece);
+                append(s, piece);
+            }
             benchmark::DoNotOptimize(s);
             return 0;
         };
@@ -149,6 +167,28 @@ void appendingPieces(const std::string& impl, Append append) {
             benchmark::DoNotOptimize(all);
             return 0;
         };
+    });
+}
+
+/// Numbers of one to seven digits.
+template <class String, class Append>
+void appendingNumbers(const std::string& impl, Append append) {
+    row("append a number", impl, {20, 1000}, [append](std::size_t n) {
+        return [append, n] {
+            String s("");
+            for (int i = 0, number = 1; i < static_cast<int>(n); ++i, number = number * 7 % 9999991)
+                append(s, number);
+            benchmark::DoNotOptimize(s);
+            return 0;
+        };
+    });
+}
+
+/// @p format makes a text of a text, which is so long, and two numbers.
+template <class Format>
+void formatting(const std::string& impl, Format format) {
+    row("format a text and numbers", impl, {10, 100}, [format](std::size_t n) {
+        return [format, name = textOf(n), i = 0]() mutable { return format(name.c_str(), ++i); };
     });
 }
 
@@ -168,7 +208,7 @@ void equality(const std::string& impl) {
 /// character.
 template <class String, class Compare>
 void comparing(const std::string& impl, Compare compare) {
-    row("compare", impl, {8, 100, 10000}, [compare](std::size_t n) {
+    row("compare", impl, {8, 100, 256, 10000}, [compare](std::size_t n) {
         return [compare, a = String((textOf(n - 1) + "x").c_str()),
                 b = String((textOf(n - 1) + "y").c_str())] { return compare(a, b); };
     });
@@ -197,9 +237,17 @@ void searching(const std::string& work, const std::string& impl, const std::stri
     });
 }
 
-/// A text that nearly occurs everywhere.
+/// Of common characters; with one in front that the text has nowhere else, or in each
+/// word; and one that nearly occurs everywhere.
 template <class String, class Find>
-void searchingNearMisses(const std::string& impl, Find find) {
+void searchingTexts(const std::string& impl, Find find) {
+    const std::pair<const char*, const char*> all[] = {
+        {"find a text", "needle"},
+        {"find a text, rare first character", "#needle"},
+        {"find a text, common first character", "owner"}};
+    for (const auto& [work, wanted] : all)
+        searching<String>(work, impl, wanted,
+                          [find, wanted = wanted](const String& s) { return find(s, wanted); });
     row("find a text, near misses", impl, {4096, 65536}, [find](std::size_t n) {
         return [find, text = String(std::string(n, 'a').c_str()),
                 wanted = std::string(n / 4, 'a') + "b"] { return find(text, wanted.c_str()); };
@@ -309,15 +357,20 @@ void addMoxtools() {
     sharing<S>(impl);
     appending<S>(impl, [](S& s, char c) { s.append(c); });
     appendingPieces<S>(impl, [](S& s, const char* piece) { s.append(piece); });
+    appendingNumbers<S>(impl, [](S& s, int number) { s.appendNumber(number); });
+    formatting(impl, [](const char* name, int i) {
+        S s;
+        s.format("%s: %d of %d", name, i, 77);
+        return s;
+    });
     equality<S>(impl);
     searching<S>("find the last of a character", impl, " ",
                  [](const S& s) { return s.findLast('#'); });
     comparing<S>(impl, [](const S& a, const S& b) { return a.compare(b); });
     comparingNoCase<S>(impl, [](const S& a, const S& b) { return a.compareNoCase(b); });
     searching<S>("find a character", impl, "#", [](const S& s) { return s.find('#'); });
-    searching<S>("find a text", impl, "needle", [](const S& s) { return s.find("needle"); });
     searching<S>("find one of a set", impl, "#", [](const S& s) { return s.findChar("#{}[]"); });
-    searchingNearMisses<S>(impl, [](const S& s, const char* wanted) { return s.find(wanted); });
+    searchingTexts<S>(impl, [](const S& s, const char* wanted) { return s.find(wanted); });
     searching<S>("count a character", impl, "o", [](const S& s) { return s.count('o'); });
     editing<S>("upper case", impl, editSizes, words, [](S s) {
         s.toUpper();
@@ -354,15 +407,20 @@ void addStandard() {
     sharing<S>(impl);
     appending<S>(impl, [](S& s, char c) { s.push_back(c); });
     appendingPieces<S>(impl, [](S& s, const char* piece) { s.append(piece); });
+    appendingNumbers<S>(impl, [](S& s, int number) { s += std::to_string(number); });
+    formatting(impl, [](const char* name, int i) {
+        char text[512];
+        return S(text, static_cast<std::size_t>(
+                           std::snprintf(text, sizeof text, "%s: %d of %d", name, i, 77)));
+    });
     equality<S>(impl);
     searching<S>("find the last of a character", impl, " ",
                  [](const S& s) { return s.rfind('#'); });
     comparing<S>(impl, [](const S& a, const S& b) { return a.compare(b); });
     searching<S>("find a character", impl, "#", [](const S& s) { return s.find('#'); });
-    searching<S>("find a text", impl, "needle", [](const S& s) { return s.find("needle"); });
     searching<S>("find one of a set", impl, "#",
                  [](const S& s) { return s.find_first_of("#{}[]"); });
-    searchingNearMisses<S>(impl, [](const S& s, const char* wanted) { return s.find(wanted); });
+    searchingTexts<S>(impl, [](const S& s, const char* wanted) { return s.find(wanted); });
     searching<S>("count a character", impl, "o",
                  [](const S& s) { return std::count(s.begin(), s.end(), 'o'); });
     editing<S>("upper case", impl, editSizes, words, [](S s) {
@@ -415,11 +473,11 @@ void addCLibrary() {
                        [](const S& a, const S& b) { return strcasecmp(a.c_str(), b.c_str()); });
     searching<S>("find a character", "memchr", "#",
                  [](const S& s) { return std::memchr(s.data(), '#', s.size()); });
-    searching<S>("find a text", "strstr", "needle",
-                 [](const S& s) { return std::strstr(s.c_str(), "needle"); });
     searching<S>("find one of a set", "strpbrk", "#",
                  [](const S& s) { return std::strpbrk(s.c_str(), "#{}[]"); });
-    searchingNearMisses<S>(
+    searching<S>("find the last of a character", "memrchr", " ",
+                 [](const S& s) { return memrchr(s.data(), '#', s.size()); });
+    searchingTexts<S>(
         "strstr", [](const S& s, const char* wanted) { return std::strstr(s.c_str(), wanted); });
 }
 
@@ -427,6 +485,9 @@ void addAbseil() {
 #if defined(MOX_PEER_ABSEIL)
     const std::string impl = "absl";
     using S = std::string;
+    appendingNumbers<S>(impl, [](S& s, int number) { absl::StrAppend(&s, number); });
+    formatting(
+        impl, [](const char* name, int i) { return absl::StrFormat("%s: %d of %d", name, i, 77); });
     comparingNoCase<S>(impl, [](const S& a, const S& b) { return absl::EqualsIgnoreCase(a, b); });
     editing<S>("upper case", impl, editSizes, words, [](S s) {
         absl::AsciiStrToUpper(&s);
@@ -457,6 +518,13 @@ void addAbseil() {
 #endif
 }
 
+void addFmt() {
+#if defined(MOX_PEER_FMT)
+    formatting("fmt",
+               [](const char* name, int i) { return fmt::format("{}: {} of {}", name, i, 77); });
+#endif
+}
+
 void addGlib() {
 #if defined(MOX_PEER_GLIB)
     const std::string impl = "glib";
@@ -466,9 +534,6 @@ void addGlib() {
     comparing<S>(impl, [](const S& a, const S& b) { return g_strcmp0(a->str, b->str); });
     comparingNoCase<S>(impl,
                        [](const S& a, const S& b) { return g_ascii_strcasecmp(a->str, b->str); });
-    searching<S>("find a text", impl, "needle", [](const S& s) {
-        return g_strstr_len(s->str, static_cast<gssize>(s->len), "needle");
-    });
     const auto owned = [](char* text) {
         benchmark::DoNotOptimize(text);
         g_free(text);
@@ -514,8 +579,7 @@ void addQt() {
     comparingNoCase<S>(impl,
                        [](const S& a, const S& b) { return a.compare(b, Qt::CaseInsensitive); });
     searching<S>("find a character", impl, "#", [](const S& s) { return s.indexOf('#'); });
-    searching<S>("find a text", impl, "needle", [](const S& s) { return s.indexOf("needle"); });
-    searchingNearMisses<S>(impl, [](const S& s, const char* wanted) { return s.indexOf(wanted); });
+    searchingTexts<S>(impl, [](const S& s, const char* wanted) { return s.indexOf(wanted); });
     searching<S>("count a character", impl, "o", [](const S& s) { return s.count('o'); });
     editing<S>("upper case", impl, editSizes, words, [](S s) { return std::move(s).toUpper(); });
     const auto trim = [](const S& s) { return s.trimmed(); };
@@ -589,6 +653,7 @@ int main(int argc, char** argv) {
     addStandard();
     addCLibrary();
     addAbseil();
+    addFmt();
     addGlib();
     addQt();
     addMemory();
