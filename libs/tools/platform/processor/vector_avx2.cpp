@@ -146,17 +146,25 @@ std::size_t sumOf(__m256i v) {
 }
 
 std::size_t lengthThrough(const char* s, std::size_t n, char c) {
+    if (n < step)
+        return portableBytes.lengthThrough(s, n, c);
     const __m256i wanted = _mm256_set1_epi8(c);
     const auto hits = [&](std::size_t end) {
         return _mm256_cmpeq_epi8(load(s + end - step), wanted);
     };
-    for (; n >= 2 * step; n -= 2 * step)
-        if (maskOf(_mm256_or_si256(hits(n), hits(n - step))) != 0)
+    const auto twice = [&](std::size_t end) {
+        return _mm256_or_si256(hits(end), hits(end - step));
+    };
+    for (; n >= 4 * step; n -= 4 * step)
+        if (maskOf(_mm256_or_si256(twice(n), twice(n - 2 * step))) != 0)
             break;
-    for (; n >= step; n -= step)
-        if (const unsigned mask = maskOf(hits(n)); mask != 0)
-            return n - static_cast<unsigned>(__builtin_clz(mask));
-    return portableBytes.lengthThrough(s, n, c);
+    // The last step overlaps the one before it, which had no hit.
+    for (; n > 0; n = n > step ? n - step : 0) {
+        const std::size_t end = n > step ? n : step;
+        if (const unsigned mask = maskOf(hits(end)); mask != 0)
+            return end - static_cast<unsigned>(__builtin_clz(mask));
+    }
+    return 0;
 }
 
 std::size_t count(const char* s, std::size_t n, char c) {
