@@ -11,8 +11,11 @@
 #include <benchmark/benchmark.h>
 
 #include <malloc.h>
+#include <strings.h>
 
 #include <algorithm>
+#include <cctype>
+#include <functional>
 #include <numeric>
 #include <random>
 #include <set>
@@ -23,6 +26,9 @@
 #ifdef MOX_PEER_ABSEIL
 #include <absl/container/btree_set.h>
 #include <absl/container/flat_hash_map.h>
+#include <absl/hash/hash.h>
+#include <absl/strings/ascii.h>
+#include <absl/strings/match.h>
 #endif
 #ifdef MOX_PEER_GLIB
 #include <glib.h>
@@ -186,6 +192,62 @@ void memoryOfMap(benchmark::State& state) {
     state.counters["bytes"] = static_cast<double>(bytes) / static_cast<double>(state.range(0));
 }
 
+// ---- The same with keys whose case does not count, looked for in capitals
+
+class OurBlindMap {
+public:
+    using Key = KazString;
+    explicit OurBlindMap(std::size_t) : map(false, 127) {}
+    void add(const Key& key, const Key& value) { map.bind(key, value, false); }
+    int find(const Key& key) { return map.valueOf(key).getLength(); }
+
+private:
+    KazStringToStringMap map;
+};
+
+struct BlindEqual {
+    bool operator()(const std::string& a, const std::string& b) const {
+        return a.size() == b.size() && strcasecmp(a.c_str(), b.c_str()) == 0;
+    }
+};
+
+struct BlindHash {
+    std::size_t operator()(std::string text) const {
+        for (char& c : text)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return std::hash<std::string>()(text);
+    }
+};
+
+#ifdef MOX_PEER_ABSEIL
+struct BlindAbseilEqual {
+    bool operator()(const std::string& a, const std::string& b) const {
+        return absl::EqualsIgnoreCase(a, b);
+    }
+};
+
+struct BlindAbseilHash {
+    std::size_t operator()(const std::string& text) const {
+        return absl::Hash<std::string>()(absl::AsciiStrToLower(text));
+    }
+};
+#endif
+
+template <typename Map>
+void blindHit(benchmark::State& state) {
+    lookUp<Map>(state, names(state.range(0), "VARIABLE_"));
+}
+
+template <typename Map>
+void blindMiss(benchmark::State& state) {
+    lookUp<Map>(state, names(state.range(0), "VARIETY_"));
+}
+
+template <typename Map>
+void repeatedBlindHit(benchmark::State& state) {
+    lookUp<Map>(state, {names(state.range(0), "VARIABLE_").front()});
+}
+
 using Sizes = std::vector<std::int64_t>;
 
 void add(const std::string& work, const char* impl, void (*run)(benchmark::State&),
@@ -202,6 +264,25 @@ void addMapRows(const std::string& table, const char* impl, const Sizes& sizes) 
     add(table + ": miss", impl, miss<Map>, sizes);
     add(table + ": repeated hit", impl, repeatedHit<Map>, sizes);
     add("memory: entry of " + table, impl, memoryOfMap<Map>, {sizes.back()});
+}
+
+template <typename Map>
+void addBlindRows(const char* impl, const Sizes& sizes) {
+    const std::string table = "string map without case";
+    add(table + ": load shuffled", impl, loadMap<Map>, sizes);
+    add(table + ": hit", impl, blindHit<Map>, sizes);
+    add(table + ": miss", impl, blindMiss<Map>, sizes);
+    add(table + ": repeated hit", impl, repeatedBlindHit<Map>, sizes);
+}
+
+void addBlindTable(const Sizes& sizes) {
+    addBlindRows<OurBlindMap>("moxtools", sizes);
+    using Text = std::string;
+    addBlindRows<StandardMap<std::unordered_map<Text, Text, BlindHash, BlindEqual>>>("std", sizes);
+#ifdef MOX_PEER_ABSEIL
+    using Abseil = absl::flat_hash_map<Text, Text, BlindAbseilHash, BlindAbseilEqual>;
+    addBlindRows<StandardMap<Abseil>>("absl", sizes);
+#endif
 }
 
 template <typename Ours>
@@ -289,6 +370,30 @@ void findFromEnd(benchmark::State& state) {
     }
 }
 
+/// The first of all texts, which share most of their characters.
+void findTextOurs(benchmark::State& state) {
+    KazStringColl texts;
+    for (const std::string& text : names(state.range(0)))
+        texts.add(text.c_str());
+    const std::string wanted(texts[0].getValue());
+    for (auto _ : state) {
+        benchmark::ClobberMemory();
+        benchmark::DoNotOptimize(texts.find(wanted.c_str()));
+    }
+}
+
+template <typename Sequence, typename Text>
+void findTextTheirs(benchmark::State& state) {
+    Sequence texts;
+    for (const std::string& text : names(state.range(0)))
+        texts.push_back(text.c_str());
+    const Text wanted = texts[0];
+    for (auto _ : state) {
+        benchmark::ClobberMemory();
+        benchmark::DoNotOptimize(std::find(texts.rbegin(), texts.rend(), wanted));
+    }
+}
+
 void iterateOurs(benchmark::State& state) {
     KazStringColl texts;
     for (const std::string& text : names(state.range(0)))
@@ -347,6 +452,9 @@ void addSequenceRows() {
     const std::string find = "find an int from the end";
     add(find, "moxtools", findFromEnd<KazIntColl>, sizes);
     add(find, "std", findFromEnd<std::vector<int>>, sizes);
+    const std::string findText = "find a text from the end";
+    add(findText, "moxtools", findTextOurs, sizes);
+    add(findText, "std", findTextTheirs<std::vector<std::string>, std::string>, sizes);
     const std::string iterate = "iterate over texts";
     add(iterate, "moxtools", iterateOurs, sizes);
     add(iterate, "std", iterateTheirs<std::vector<std::string>>, sizes);
@@ -356,6 +464,7 @@ void addSequenceRows() {
     add(append, "qt", appendTheirs<QByteArrayList, QByteArray>, sizes);
     add(appendInt, "qt", appendNumbers<QList<int>>, sizes);
     add(find, "qt", findFromEnd<QList<int>>, sizes);
+    add(findText, "qt", findTextTheirs<QByteArrayList, QByteArray>, sizes);
     add(iterate, "qt", iterateTheirs<QByteArrayList>, sizes);
 #endif
 }
@@ -451,6 +560,7 @@ int main(int argc, char** argv) {
     addTable<OurMap<127>>("string map of 127 buckets", sizes);
     addTable<OurMap<0>>("string map of n buckets", sizes);
     addTable<OurMap<1>>("string map of one bucket", sizes);
+    addBlindTable(sizes);
     addSequenceRows();
     addSetRows<OurSet>("moxtools");
     addSetRows<std::set<int>>("std");

@@ -6,6 +6,7 @@
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
+#include "kit/env.h"
 #include "kit/hash_seed.h"
 #include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazStringToStringMap.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstring>
 #include <memory>
 #include <set>
@@ -24,12 +26,17 @@ namespace {
 using fuzz::Input;
 using fuzz::Meddling;
 
-/// Keys of all lengths, some of which differ in case only, or in the middle only.
+/// Keys of all lengths, some of which differ in case only, by this or that rule, or in
+/// the middle only.
 std::string keyOf(int number) {
     static const char* const prefixes[] = {
-        "", "k", "K", "variable_", "Variable_", "a_longer_name_than_most_", "\xC3\x84", "begin..."};
+        "", "k", "K", "variable_", "VARIABLE_", "a_longer_name_than_most_", "\xC3\x84", "begin..."};
     if (number == 0)
         return "";
+    if (number % 16 == 14)
+        return "\xE3\x84" + std::to_string(number / 16);
+    if (number % 16 == 6)
+        return "\xC3\x84" + std::to_string(number / 16);
     const std::string key = prefixes[number % 8] + std::to_string(number / 8);
     return number % 8 == 7 ? key + "...the_end" : key;
 }
@@ -108,6 +115,32 @@ constexpr Functions functionSets[] = {
     {KazString::compareDisguised, KazString::hashDisguised, false},
     {KazString::compareNoCaseDisguised, KazString::hashNoCaseDisguised, false},
     {countedCompare, countedHash, true},
+};
+
+/// The rules of case that the process has, and had before.
+class Rules {
+public:
+    Rules() : before_(std::setlocale(LC_CTYPE, nullptr)) {}
+    Rules(const Rules&) = delete;
+    Rules& operator=(const Rules&) = delete;
+    ~Rules() { std::setlocale(LC_CTYPE, before_.c_str()); }
+
+    void exchange() {
+        areOthers_ = !areOthers_;
+        haveChanged_ = true;
+#ifdef FUZZ_LOCALES
+        const kit::ScopedEnv path("LOCPATH", FUZZ_LOCALES);
+#endif
+        std::setlocale(LC_CTYPE, areOthers_ ? "tr_TR.ISO-8859-9" : before_.c_str());
+    }
+    bool haveChanged() const {
+        return haveChanged_;
+    }
+
+private:
+    std::string before_;
+    bool areOthers_ = false;
+    bool haveChanged_ = false;
 };
 
 // ---- The model: sorted buckets, searched and grown as the table promises.
@@ -373,9 +406,8 @@ public:
             if (input.flag()) {
                 table.freeExtra();
                 model.freeExtra();
-            } else if (input.between(0, 15) == 0) {
-                failures.hold([&] { table.clear(); });
-                model.clear();
+            } else {
+                clearOrChangeRules(input.between(0, 15));
             }
             compareAll();
         }
@@ -428,9 +460,22 @@ private:
     /// Its own questions are not among those that count.
     bool isSound() const {
         const int before = comparisons;
-        const bool sound = kaz::detail::Soundness::holds(table);
+        const bool sound = kaz::detail::Soundness::holds(table, !rules.haveChanged());
         comparisons = before;
         return sound;
+    }
+
+    void clearOrChangeRules(int choice) {
+        if (choice == 0) {
+            failures.hold([&] { table.clear(); });
+            model.clear();
+        } else if (choice < 12 && !watch.asks) {
+            // By an index nobody remembers what was found last, which by the new rules may
+            // be equal to another key; now there is nothing to be remembered.
+            bind("forgotten", "", false);
+            FUZZ_CHECK(table.unbind("forgotten") && model.unbind("forgotten"));
+            rules.exchange();
+        }
     }
 
     void look(const std::string& key) {
@@ -473,6 +518,7 @@ private:
     bool counted;
     bool arrays;
     bool isRepeated = false;
+    Rules rules;
     KazHashTable table;
     Model model;
 };

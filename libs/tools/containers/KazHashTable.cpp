@@ -26,7 +26,6 @@ using kaz::detail::Departure;
 using kaz::detail::Departures;
 using kaz::detail::HeldItem;
 using kaz::detail::searchEntries;
-using kaz::detail::TextProbe;
 
 namespace {
 
@@ -35,10 +34,6 @@ using CheckOut = KazHashTable::CheckOut;
 
 /// Moving so many entries takes as long as a search.
 constexpr std::int32_t movesForSearch = 64;
-
-TextProbe probeOf(const void* key, std::int32_t length) {
-    return length < 0 ? TextProbe(key) : TextProbe(static_cast<const char*>(key), length);
-}
 
 void passOut(CheckOut function, void* item) {
     if (function == KazString::checkOut)
@@ -94,8 +89,10 @@ KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
     const auto bytes = static_cast<std::size_t>(hidden->bucketSlots) * sizeof(KazBucket*);
     kaz::detail::HeapPtr<KazBucket*> block(
         static_cast<KazBucket**>(kaz::detail::allocateZeroed(bytes)));
-    if (compare == KazString::compareDisguised && hash == KazString::hashDisguised)
-        hidden->texts.emplace(block.get(), hidden->bucketSlots);
+    const bool caseCounts = compare == KazString::compareDisguised;
+    if ((caseCounts && hash == KazString::hashDisguised) ||
+        (compare == KazString::compareNoCaseDisguised && hash == KazString::hashNoCaseDisguised))
+        hidden->texts.emplace(block.get(), hidden->bucketSlots, caseCounts);
     buckets = block.release();
 }
 
@@ -198,17 +195,35 @@ std::int32_t KazHashTable::Held::bucketOfHash(unsigned hashed) const {
     return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(table.bucketCount));
 }
 
+KazHashTable::Held::Probe KazHashTable::Held::probeOf(const void* key, std::int32_t length) const {
+    return length < 0 ? texts->index().probe(key)
+                      : texts->index().probe(static_cast<const char*>(key), length);
+}
+
+void KazHashTable::Held::payForSearch(std::int32_t cost) {
+    // Asleep it is not woken by keys that are being checked out.
+    if ((texts->isActive() || !isEmptying()) && texts->pay(cost))
+        ++hidden.revision;
+}
+
+/// What KazString::hashDisguised would say, without measuring the text again.
+std::int32_t KazHashTable::Held::bucketOfText(const Probe& probe) const {
+    if (table.bucketCount <= 1 || table.hash != KazString::hashDisguised)
+        return bucketOf(probe.text());
+    return bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length()));
+}
+
 /// Where the key is, or where it would be inserted.
 KazHashTable::Held::Position KazHashTable::Held::findKey(const void* key) {
-    if (texts && texts->isActive() && !texts->isTrusted())
-        texts->pay(1);
+    if (texts && !texts->isTrusted())
+        payForSearch(1);
     return goesByIndex() ? findText(key) : findInOrder(key);
 }
 
 /// By the index. A key that is new comes last, in whatever order.
 KazHashTable::Held::Position KazHashTable::Held::findText(const void* key) {
     const std::int32_t bucket = bucketOf(key);
-    Slot* slot = texts->index().find(TextProbe(key));
+    Slot* slot = texts->index().find(texts->index().probe(key));
     const KazBucket* block = table.buckets[bucket];
     if (!slot)
         return {bucket, block ? block->count : 0, false, false};
@@ -279,10 +294,10 @@ void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
 // ---- Binding
 
 bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
-    if (texts && texts->isActive() && !table.keyCheckIn)
+    if (texts && !table.keyCheckIn)
         texts->rest();
     if (goesByIndex() && keepsText(table.keyCheckIn) && keepsText(table.valueCheckIn)) {
-        const TextProbe probe = probeOf(key, length);
+        const Probe probe = probeOf(key, length);
         const std::uint32_t textHash = texts->index().hashOf(probe);
         if (!texts->index().find(probe, textHash)) {
             append(key, value, probe, textHash);
@@ -335,24 +350,21 @@ void KazHashTable::Held::insert(const Position& position, void* key, void* value
     remember(position);
     if (!texts || !texts->isActive())
         return;
-    const TextProbe probe(key);
+    const Probe probe = texts->index().probe(static_cast<const void*>(key));
     texts->index().add(key, value, probe.length(), texts->index().hashOf(probe));
     if (position.isInOrder)
         texts->noteInOrder(position.bucket, 1);
     else
         texts->noteLast(position.bucket);
     if (!texts->isTrusted())
-        texts->pay(moved / movesForSearch);
+        payForSearch(moved / movesForSearch);
 }
 
 /// insert for a text that the index does not have and element functions that cannot
 /// be told from no call: most of what fills a table, in half the time.
-void KazHashTable::Held::append(void* key, void* value, const TextProbe& probe,
+void KazHashTable::Held::append(void* key, void* value, const Probe& probe,
                                 std::uint32_t textHash) {
-    // What KazString::hashDisguised would say, without measuring the text again.
-    const std::int32_t bucket =
-        table.bucketCount > 1 ? bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length()))
-                              : 0;
+    const std::int32_t bucket = bucketOfText(probe);
     makeRoom(bucket);
     if (table.keyCheckIn)
         KazString::checkIn(key);

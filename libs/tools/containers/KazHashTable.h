@@ -32,9 +32,9 @@ struct KazBucket {
 /// A table from keys to values, both `void*`. A hash picks the bucket, a
 /// binary search finds the key in it; the table never rehashes. It remembers
 /// where it found the last key, so that asking twice costs one comparison.
-/// With KazString::compareDisguised and hashDisguised and keys that are checked in
-/// it finds keys in constant time whatever the number of buckets, and sorts those
-/// added since only when their order is looked at.
+/// With KazString::compareDisguised and hashDisguised, or both of their forms without
+/// case, and keys that are checked in it finds keys in constant time whatever the number
+/// of buckets, and sorts those added since only when their order is looked at.
 ///
 ///     KazHashTable table(KazHashTable::comparePointers, KazHashTable::hashPointer, 31);
 ///     table.bind(key, value, true);

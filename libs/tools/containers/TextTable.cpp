@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/detail/TextTable.h"
 
+#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/containers/detail/buckets.h"
 #include "tools/strings/KazString.h"
 #include "tools/util/detail/allocate.h"
@@ -17,40 +18,115 @@ constexpr std::int32_t mostExpected = 4096;
 /// A key is looked at in this part of the time that a search in order takes.
 constexpr std::size_t keysForSearch = 8;
 
+/// To take down the rules of case takes the time of so many searches.
+constexpr std::int32_t searchesForRules = 32;
+
 } // namespace
 
-TextTable::TextTable(KazBucket** buckets, std::int32_t count)
+TextTable::TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts)
     : buckets(buckets),
       bucketCount(count),
-      keys(static_cast<std::size_t>(std::min(count, mostExpected))),
+      rules(caseCounts ? nullptr : new CaseRules),
+      keys(static_cast<std::size_t>(std::min(count, mostExpected)), CaseFold(rules.get())),
       sorted(static_cast<std::int32_t*>(
-          allocateZeroed(static_cast<std::size_t>(count) * sizeof(std::int32_t)))) {}
+          allocateZeroed(static_cast<std::size_t>(count) * sizeof(std::int32_t)))) {
+    wake();
+}
 
-void TextTable::pay(std::int32_t cost) {
-    paid += std::min(cost, 1 << 20);
-    if (static_cast<std::size_t>(paid) * keysForSearch < keys.size())
-        return;
+bool TextTable::pay(std::int32_t cost) {
+    if (isActive() && !hasItsRules())
+        sleep(State::dozing);
+    if (state == State::resting || !isDue(std::min(cost, 1 << 20)))
+        return false;
     paid = 0;
     // First the count, as another thread may write meanwhile.
     seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
+    if (state == State::dozing)
+        return wakeFromDoze();
     if (!keys.isUpToDate())
         rest();
+    return false;
+}
+
+bool TextTable::isDue(std::int32_t cost) {
+    paid += cost;
+    if (state == State::active)
+        return static_cast<std::size_t>(paid) * keysForSearch >= keys.size();
+    // The table may have grown meanwhile: as many searches again, then.
+    return paid >= searchesForRules && paid >= dozingKeys / static_cast<int>(keysForSearch);
+}
+
+/// Without memory for the index it dozes on.
+bool TextTable::wakeFromDoze() {
+    dozingKeys = entryCount();
+    if (!rules->note() || !isEachInPlace())
+        return false;
+    try {
+        keys.reserve(static_cast<std::size_t>(dozingKeys));
+    } catch (const KazMemoryException&) {
+        return false;
+    }
+    indexAll();
+    state = State::active;
+    return true;
+}
+
+/// Whether a search in order would find each key.
+bool TextTable::isEachInPlace() const {
+    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket) {
+        KazBucket* block = buckets[bucket];
+        for (std::int32_t i = 0; block && i < block->count; ++i) {
+            const void* key = block->entries()[i].key;
+            const unsigned hash = KazString::hashNoCaseDisguised(key);
+            const bool isHome =
+                hash % static_cast<unsigned>(bucketCount) == static_cast<unsigned>(bucket);
+            if (!isHome || (i > 0 && rules->compare(block->entries()[i - 1].key, key) >= 0))
+                return false;
+        }
+    }
+    return true;
+}
+
+void TextTable::indexAll() {
+    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket) {
+        KazBucket* block = buckets[bucket];
+        sorted.get()[bucket] = block ? block->count : 0;
+        for (std::int32_t i = 0; i < sorted.get()[bucket]; ++i) {
+            const KazBucketEntry& entry = block->entries()[i];
+            const Index::Probe probe = keys.probe(static_cast<const void*>(entry.key));
+            keys.add(entry.key, entry.value, probe.length(), keys.hashOf(probe));
+        }
+    }
+}
+
+std::int32_t TextTable::entryCount() const {
+    std::int32_t count = 0;
+    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket)
+        count += buckets[bucket] ? buckets[bucket]->count : 0;
+    return count;
 }
 
 TextTable::Slot* TextTable::slotOf(const void* key) {
-    Slot* slot = active ? keys.slotOf(key) : nullptr;
-    if (slot == nullptr && active)
+    Slot* slot = isActive() ? keys.slotOf(key) : nullptr;
+    if (slot == nullptr && isActive())
         rest();
     return slot;
+}
+
+/// The tails belong where the rules of their time put them.
+KeyOrder TextTable::order() const {
+    if (!rules)
+        return {KazString::compareDisguised};
+    return {KazString::compareNoCaseDisguised, rules->areCurrent() ? nullptr : rules.get()};
 }
 
 void TextTable::putInOrder(std::int32_t bucket) {
     KazBucket* block = buckets[bucket];
     std::int32_t& inOrder = sorted.get()[bucket];
-    if (!active || !block || inOrder == block->count)
+    if (!isActive() || !block || inOrder == block->count)
         return;
     const std::int32_t late = block->count - inOrder;
-    sortTail(*block, inOrder, KazString::compareDisguised);
+    sortTail(*block, inOrder, order());
     inOrder = block->count;
     // What an iterator without the lock waits for.
     unsortedCount.store(unsorted() - late, std::memory_order_release);
@@ -68,10 +144,12 @@ void TextTable::noteLast(std::int32_t bucket) {
         unsortedCount.store(unsorted() + 1, std::memory_order_relaxed);
 }
 
-void TextTable::rest() {
+void TextTable::sleep(State how) {
     putAllInOrder();
-    active = false;
+    dozingKeys = static_cast<std::int32_t>(keys.size());
+    state = how;
     keys.clear();
+    paid = 0;
 }
 
 void TextTable::wake() {
@@ -79,8 +157,9 @@ void TextTable::wake() {
     unsortedCount.store(0, std::memory_order_relaxed);
     keys.clear();
     paid = 0;
+    dozingKeys = 0;
     seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
-    active = true;
+    state = !rules || rules->areCurrent() || rules->note() ? State::active : State::dozing;
 }
 
 } // namespace kaz::detail

@@ -15,15 +15,13 @@ namespace kaz::detail {
 
 namespace {
 
-using Compare = KazHashTable::Compare;
-
 /// How many entries are merged at once.
 constexpr std::ptrdiff_t portion = 16;
 
 struct Precedes {
-    Compare compare;
+    const KeyOrder& order;
     bool operator()(const KazBucketEntry& a, const KazBucketEntry& b) const {
-        return compare(a.key, b.key) < 0;
+        return order(a.key, b.key) < 0;
     }
 };
 
@@ -52,8 +50,8 @@ std::size_t blockBytes(std::int64_t capacity) {
 /// Puts the @p count entries from @p tail on in order and merges them into the
 /// sorted ones before them.
 void mergeFew(KazBucketEntry* entries, KazBucketEntry* tail, std::ptrdiff_t count,
-              Compare compare) {
-    const auto precedes = Precedes{compare};
+              const KeyOrder& order) {
+    const auto precedes = Precedes{order};
     KazBucketEntry few[portion];
     std::sort(tail, tail + count, precedes);
     for (std::ptrdiff_t i = 0; i < count; ++i) // g++ 12 misreads std::copy_n at -O3
@@ -109,15 +107,15 @@ void removeEntry(KazBucket*& block, std::int32_t index) {
     }
 }
 
-void sortTail(KazBucket& block, std::int32_t sorted, Compare compare) {
+void sortTail(KazBucket& block, std::int32_t sorted, const KeyOrder& order) {
     KazBucketEntry* entries = block.entries();
     const std::ptrdiff_t count = block.count;
     if (count - sorted > count / 32)
-        return std::sort(entries, entries + count, Precedes{compare});
+        return std::sort(entries, entries + count, Precedes{order});
     std::ptrdiff_t merged = 0;
     for (std::ptrdiff_t from = sorted; from < count; from += merged) {
         merged = std::min(count - from, portion);
-        mergeFew(entries, entries + from, merged, compare);
+        mergeFew(entries, entries + from, merged, order);
     }
 }
 

@@ -15,6 +15,26 @@ namespace kaz::host {
 const std::int32_t* upperCaseTable();
 const std::int32_t* lowerCaseTable();
 
+/// Keeps the tables of the current locale where they are while it lives: no others come
+/// to have their addresses. Empty without memory for that, or without tables.
+class HeldCaseTables {
+public:
+    HeldCaseTables() = default;
+    HeldCaseTables(const HeldCaseTables&) = delete;
+    HeldCaseTables& operator=(const HeldCaseTables&) = delete;
+    ~HeldCaseTables() { release(); }
+
+    /// Holds those of the locale that is current now, and no longer the earlier ones.
+    void renew();
+    bool areCurrent() const { return lower != nullptr && lower == lowerCaseTable(); }
+
+private:
+    void release();
+
+    void* locale = nullptr;
+    const std::int32_t* lower = nullptr;
+};
+
 /// Compares two texts byte by byte through `tolower`, as unsigned characters up to
 /// the first difference or NUL: below, equal to or above 0.
 int compareLowered(const char* a, const char* b);

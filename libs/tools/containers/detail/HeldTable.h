@@ -87,6 +87,7 @@ public:
 
 private:
     using Slot = kaz::detail::TextTable::Slot;
+    using Probe = kaz::detail::TextTable::Index::Probe;
 
     struct Position {
         std::int32_t bucket;
@@ -107,6 +108,9 @@ private:
 
     std::int32_t bucketOf(const void* key) const;
     std::int32_t bucketOfHash(unsigned hashed) const;
+    std::int32_t bucketOfText(const Probe& probe) const;
+    Probe probeOf(const void* key, std::int32_t length) const;
+    void payForSearch(std::int32_t cost);
     Position findKey(const void* key);
     Position findText(const void* key);
     Position findInOrder(const void* key);
@@ -116,8 +120,7 @@ private:
 
     void makeRoom(std::int32_t bucket);
     bool bindNew(Position position, void* key, void* value, bool replace);
-    void append(void* key, void* value, const kaz::detail::TextProbe& probe,
-                std::uint32_t textHash);
+    void append(void* key, void* value, const Probe& probe, std::uint32_t textHash);
     void insert(const Position& position, void* key, void* value);
 
     void* exchangeValue(const Position& position, void* value);

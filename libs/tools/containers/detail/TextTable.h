@@ -4,12 +4,15 @@
 #pragma once
 
 #include "tools/containers/KazHashTable.h"
+#include "tools/containers/detail/buckets.h"
 #include "tools/strings/detail/shared_writes.h"
+#include "tools/util/detail/CaseRules.h"
 #include "tools/util/detail/TextIndex.h"
 #include "tools/util/detail/heap_ptr.h"
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 namespace kaz::detail {
 
@@ -23,27 +26,32 @@ namespace kaz::detail {
 /// any other. It rests from the time when keys or values may change behind its back
 /// (bound without being checked in, or written by whoever asked for a bucket's
 /// array, or changed in a block that others hold) until the table is cleared.
+///
+/// Without regard to case it goes by the rules of case that there were when it woke.
+/// While the process has others it dozes, which is to rest but for waking again: when
+/// by these, too, each key is where a search would find it.
 class TextTable {
 public:
-    using Index = TextIndex<void*>;
+    using Index = TextIndex<void*, CaseFold>;
     using Slot = Index::Slot;
 
     /// For that many buckets, which stay the table's and where they are.
-    TextTable(KazBucket** buckets, std::int32_t count);
+    TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts);
 
-    bool isActive() const { return active; }
+    bool isActive() const { return state == State::active; }
 
     /// Whether the index alone tells what is bound: no text was changed in a shared
-    /// block since it was known to be right. If one was, only the search in order
-    /// finds what it always found, and the index goes along.
+    /// block since it was known to be right, and no rule of case. If one was, only the
+    /// search in order finds what it always found, and the index goes along or dozes.
     bool isTrusted() const {
-        return active && seenWrites == sharedTextWrites.load(std::memory_order_relaxed);
+        return isActive() && seenWrites == sharedTextWrites.load(std::memory_order_relaxed) &&
+               hasItsRules();
     }
 
-    /// Somebody went the long way, which took time for @p cost searches. When that
+    /// Somebody goes the long way, which takes time for @p cost searches. When that
     /// adds up to what looking at all keys takes, does so: the index is right again,
-    /// or rests.
-    void pay(std::int32_t cost);
+    /// or rests. True when it has woken, so that there are slots where none were.
+    bool pay(std::int32_t cost);
 
     Index& index() { return keys; }
     const Index& index() const { return keys; }
@@ -65,15 +73,28 @@ public:
     void noteInOrder(std::int32_t bucket, std::int32_t change) { sorted.get()[bucket] += change; }
 
     /// Forgets all keys, after putting all in order.
-    void rest();
+    void rest() { sleep(State::resting); }
     /// The table is empty.
     void wake();
 
 private:
+    enum class State { active, dozing, resting };
+
+    bool hasItsRules() const { return !rules || rules->areCurrent(); }
+    KeyOrder order() const;
+    void sleep(State how);
+    bool isDue(std::int32_t cost);
+    bool wakeFromDoze();
+    bool isEachInPlace() const;
+    void indexAll();
+    std::int32_t entryCount() const;
+
     KazBucket** buckets;
     std::int32_t bucketCount;
-    bool active = true;
+    State state = State::active;
     std::int32_t paid = 0;
+    std::int32_t dozingKeys = 0;      ///< when it fell asleep, or last tried to wake
+    std::unique_ptr<CaseRules> rules; ///< null where case counts
     std::uint64_t seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
     Index keys;
     HeapPtr<std::int32_t> sorted; ///< how many entries of each bucket, from the first

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tools/containers/KazHashTable.h"
+#include "tools/util/detail/CaseRules.h"
 
 #include <cstdint>
 
@@ -23,9 +24,18 @@ void insertEntry(KazBucket& block, std::int32_t index, KazBucketEntry entry);
 /// Takes the entry at @p index out. A block without entries is freed and null.
 void removeEntry(KazBucket*& block, std::int32_t index);
 
+/// An order of keys: that of @p compare, or that of @p rules where there are any.
+struct KeyOrder {
+    KazHashTable::Compare compare;
+    const CaseRules* rules = nullptr;
+    int operator()(const void* a, const void* b) const {
+        return rules != nullptr ? rules->compare(a, b) : compare(a, b);
+    }
+};
+
 /// Puts a block in order of which the first @p sorted entries are. Needs no memory:
 /// a few are merged by portions, many are sorted with the rest.
-void sortTail(KazBucket& block, std::int32_t sorted, KazHashTable::Compare compare);
+void sortTail(KazBucket& block, std::int32_t sorted, const KeyOrder& order);
 
 /// Where a key is in its bucket, or where it would be inserted.
 struct Place {

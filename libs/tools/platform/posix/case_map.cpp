@@ -2,6 +2,7 @@
 #include "tools/platform/case_map.h"
 
 #include <ctype.h>
+#include <locale.h>
 #include <strings.h>
 
 namespace kaz::host {
@@ -12,6 +13,18 @@ const std::int32_t* upperCaseTable() {
 
 const std::int32_t* lowerCaseTable() {
     return *__ctype_tolower_loc();
+}
+
+void HeldCaseTables::renew() {
+    release();
+    locale = duplocale(uselocale(locale_t{}));
+    lower = locale != nullptr ? lowerCaseTable() : nullptr;
+}
+
+void HeldCaseTables::release() {
+    if (locale != nullptr)
+        freelocale(static_cast<locale_t>(locale));
+    locale = nullptr;
 }
 
 int compareLowered(const char* a, const char* b) {

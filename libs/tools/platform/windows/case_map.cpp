@@ -11,6 +11,9 @@ const std::int32_t* lowerCaseTable() {
     return nullptr;
 }
 
+void HeldCaseTables::renew() {}
+void HeldCaseTables::release() {}
+
 int compareLowered(const char* a, const char* b) {
     const CaseMap lower = CaseMap::lower();
     while (*a != '\0' && lower(*a) == lower(*b)) {

@@ -18,7 +18,8 @@ namespace kaz::detail {
 
 /// A hash of terminated texts (null counts as "") beside whatever keeps the
 /// entries: it holds each entry's key and a small @p Payload of it, and owns
-/// neither. Slots move when others come, never when one goes.
+/// neither. Slots move when others come, never when one goes. Texts are equal that
+/// are so once @p Fold has been applied to their bytes.
 ///
 /// Seven slots make a group, which is looked through at once by one word: its
 /// lower bytes are the tags of the slots, 0 for a free one; the top byte counts the
@@ -26,11 +27,13 @@ namespace kaz::detail {
 /// together and apart from the slots, so that most keys that are not there are told
 /// so by an array of little more than a byte a key. With the words among their
 /// slots, such a question to 100,000 keys took three times as long.
-template <typename Payload>
+template <typename Payload, typename Fold = AsWritten>
 class TextIndex {
     static_assert(std::is_trivially_copyable_v<Payload>);
 
 public:
+    using Probe = FoldedTextProbe<Fold>;
+
     struct Slot {
         const void* key;
         Payload value;
@@ -39,14 +42,20 @@ public:
     };
 
     /// With the first key there is room for @p expected ones.
-    explicit TextIndex(std::size_t expected) : firstRoom(expected) {}
+    explicit TextIndex(std::size_t expected, Fold rule = Fold())
+        : firstRoom(expected), fold(rule) {}
 
     std::size_t size() const { return used; }
-    std::uint32_t hashOf(const TextProbe& probe) const { return probe.hash(seed); }
+    /// A text to be looked for; the arguments are those of the probe.
+    template <typename... Text>
+    Probe probe(Text... text) const {
+        return Probe(text..., fold);
+    }
+    std::uint32_t hashOf(const Probe& probe) const { return probe.hash(seed); }
 
     /// The slot of a key equal to @p probe, or null; @p hash is the probe's. The
     /// usual cases are inline: a key in its place, and one that is not there.
-    Slot* find(const TextProbe& probe, std::uint32_t hash) const {
+    Slot* find(const Probe& probe, std::uint32_t hash) const {
         if (used == 0)
             return nullptr;
         const std::size_t home = hash & (groupCount - 1);
@@ -61,20 +70,20 @@ public:
         }
         return findFurther(probe, hash);
     }
-    Slot* find(const TextProbe& probe) const { return find(probe, hashOf(probe)); }
+    Slot* find(const Probe& probe) const { return find(probe, hashOf(probe)); }
 
     /// The slot of the entry that was added with this very @p key; null when its
     /// text is not what it was then.
     Slot* slotOf(const void* key) const {
-        Slot* slot = find(TextProbe(key));
+        Slot* slot = find(probe(key));
         return slot != nullptr && slot->key == key ? slot : nullptr;
     }
 
     /// Whether every key has the text with which it was added. Reads all of them.
     bool isUpToDate() const {
         return eachSlot([this](const Slot& slot) {
-            const TextProbe probe(slot.key);
-            return probe.length() == slot.length && hashOf(probe) == slot.hash;
+            const Probe now = probe(slot.key);
+            return now.length() == slot.length && hashOf(now) == slot.hash;
         });
     }
 
@@ -168,7 +177,7 @@ private:
         return count;
     }
 
-    Slot* findFurther(const TextProbe& probe, std::uint32_t hash) const {
+    Slot* findFurther(const Probe& probe, std::uint32_t hash) const {
         std::size_t group = hash & (groupCount - 1);
         // Each group may have been passed by once: the count alone is no end.
         for (std::size_t left = groupCount; left > 0; --left, group = after(group)) {
@@ -195,7 +204,7 @@ private:
     }
 
     void moveTo(std::size_t newCount) {
-        TextIndex larger(firstRoom);
+        TextIndex larger(firstRoom, fold);
         larger.seed = seed;
         const std::size_t bytes = newCount * (sizeof(std::uint64_t) + groupSlots * sizeof(Slot));
         larger.block.reset(static_cast<std::uint64_t*>(allocate(bytes)));
@@ -227,10 +236,11 @@ private:
     std::size_t used = 0;
     HashSeed seed = processHashSeed();
     std::size_t firstRoom;
+    [[no_unique_address]] Fold fold;
 };
 
-template <typename Payload>
-bool TextIndex<Payload>::isSound() const {
+template <typename Payload, typename Fold>
+bool TextIndex<Payload, Fold>::isSound() const {
     std::size_t count = 0;
     std::vector<std::uint64_t> passed(groupCount);
     bool sound = eachSlot([&](const Slot& slot) {

@@ -3,6 +3,7 @@
 /// A text that is looked for in an index.
 #pragma once
 
+#include "tools/util/detail/CaseRules.h"
 #include "tools/util/detail/HashSeed.h"
 
 #include <bit>
@@ -13,32 +14,38 @@
 
 namespace kaz::detail {
 
-/// A text with its length and its hash. All are written out inline, as
-/// most names are short: finding one among a thousand took 26 ns with std::hash
-/// and strcmp.
-class TextProbe {
+/// A text with its length and its hash, both of what @p Fold makes of its bytes. All
+/// are written out inline, as most names are short: finding one among a thousand took
+/// 26 ns with std::hash and strcmp.
+template <typename Fold>
+class FoldedTextProbe {
 public:
     /// So much of a text as @p text shows; it need not be terminated there.
-    explicit TextProbe(std::string_view text)
-        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())) {
+    explicit FoldedTextProbe(std::string_view text, Fold rule = Fold())
+        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())), fold(rule) {
         if (isShort(length_))
-            ends_ = endsOf(text_, length_);
+            ends_ = folded(endsOf(text_, length_));
     }
 
     /// A terminated text. @p key may be null, which means "".
-    explicit TextProbe(const void* key)
-        : TextProbe(std::string_view(key != nullptr ? static_cast<const char*>(key) : "")) {}
+    explicit FoldedTextProbe(const void* key, Fold rule = Fold())
+        : FoldedTextProbe(std::string_view(key != nullptr ? static_cast<const char*>(key) : ""),
+                          rule) {}
 
     /// The same when @p length is likely to be that of @p key, and @p key has so
     /// many characters at least. Measuring a short text takes a quarter of finding it.
-    TextProbe(const char* key, std::int32_t length)
-        : text_(key != nullptr ? key : ""), length_(static_cast<std::uint32_t>(length)) {
+    FoldedTextProbe(const char* key, std::int32_t length, Fold rule = Fold())
+        : text_(key != nullptr ? key : ""),
+          length_(static_cast<std::uint32_t>(length)),
+          fold(rule) {
         if (isShort(length_) && text_[length_] == 0) {
             ends_ = endsOf(text_, length_);
-            if (!holdsNul(ends_, length_))
+            if (!holdsNul(ends_, length_)) {
+                ends_ = folded(ends_);
                 return;
+            }
         }
-        *this = TextProbe(static_cast<const void*>(key));
+        *this = FoldedTextProbe(static_cast<const void*>(key), rule);
     }
 
     const char* text() const { return text_; }
@@ -56,22 +63,22 @@ public:
         std::uint64_t state = start;
         const char* const last = text_ + length_ - 16;
         for (const char* place = text_; place < last; place += 16)
-            state = mixed(state ^ word(place), seed.last ^ word(place + 8));
-        return mixed(state ^ word(last), seed.last ^ word(last + 8)) >> 32;
+            state = mixed(state ^ foldedWord(place), seed.last ^ foldedWord(place + 8));
+        return mixed(state ^ foldedWord(last), seed.last ^ foldedWord(last + 8)) >> 32;
     }
 
     /// Whether the text of so many characters at @p text is the same.
     bool matches(const void* text, std::uint32_t length) const {
         if (isShort(length))
             return matchesShort(text, length);
-        return length == length_ && std::memcmp(text_, text, length) == 0;
+        return length == length_ && matchesLong(static_cast<const char*>(text));
     }
 
     /// The same, but false for all long texts, which take a call.
     bool matchesShort(const void* text, std::uint32_t length) const {
         if (length != length_ || !isShort(length))
             return false;
-        const Ends ends = endsOf(static_cast<const char*>(text), length);
+        const Ends ends = folded(endsOf(static_cast<const char*>(text), length));
         return ends.first == ends_.first && ends.last == ends_.last;
     }
 
@@ -82,6 +89,20 @@ private:
         std::uint64_t first;
         std::uint64_t last;
     };
+
+    Ends folded(Ends ends) const { return {fold(ends.first), fold(ends.last)}; }
+    std::uint64_t foldedWord(const char* bytes) const { return fold(word(bytes)); }
+
+    /// Whether a text of as many characters is the same.
+    bool matchesLong(const char* text) const {
+        if (!fold.folds())
+            return std::memcmp(text_, text, length_) == 0;
+        const std::uint32_t last = length_ - 8;
+        for (std::uint32_t i = 0; i < last; i += 8)
+            if (foldedWord(text_ + i) != foldedWord(text + i))
+                return false;
+        return foldedWord(text_ + last) == foldedWord(text + last);
+    }
 
     static bool isShort(std::uint32_t length) { return length <= 16; }
 
@@ -135,6 +156,10 @@ private:
     const char* text_;
     std::uint32_t length_;
     Ends ends_ = {0, 0};
+    [[no_unique_address]] Fold fold;
 };
+
+/// A text as it is written.
+using TextProbe = FoldedTextProbe<AsWritten>;
 
 } // namespace kaz::detail
