@@ -90,7 +90,11 @@ private:
         std::uint64_t last;
     };
 
-    Ends folded(Ends ends) const { return {fold(ends.first), fold(ends.last)}; }
+    Ends folded(const Ends& ends) const {
+        if (!fold.folds()) // one question for both words
+            return ends;
+        return {fold(ends.first), fold(ends.last)};
+    }
     std::uint64_t foldedWord(const char* bytes) const { return fold(word(bytes)); }
 
     /// Whether a text of as many characters is the same.
