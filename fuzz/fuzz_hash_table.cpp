@@ -399,6 +399,8 @@ public:
         case 7:
             if (arrays)
                 compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1), value);
+            else if (input.between(0, 7) == 0)
+                changeRules(input.between(0, 3));
             return;
         case 8:
             return bindMany(input);
@@ -406,8 +408,9 @@ public:
             if (input.flag()) {
                 table.freeExtra();
                 model.freeExtra();
-            } else {
-                clearOrChangeRules(input.between(0, 15));
+            } else if (input.between(0, 15) == 0) {
+                failures.hold([&] { table.clear(); });
+                model.clear();
             }
             compareAll();
         }
@@ -465,17 +468,17 @@ private:
         return sound;
     }
 
-    void clearOrChangeRules(int choice) {
-        if (choice == 0) {
-            failures.hold([&] { table.clear(); });
-            model.clear();
-        } else if (choice < 12 && !watch.asks) {
-            // By an index nobody remembers what was found last, which by the new rules may
-            // be equal to another key; now there is nothing to be remembered.
-            bind("forgotten", "", false);
-            FUZZ_CHECK(table.unbind("forgotten") && model.unbind("forgotten"));
-            rules.exchange();
-        }
+    /// Some rules stay so long that the table goes by them.
+    void changeRules(int duration) {
+        if (watch.asks)
+            return;
+        // By an index nobody remembers what was found last, which by the new rules may
+        // be equal to another key; now there is nothing to be remembered.
+        bind("forgotten", "", false);
+        FUZZ_CHECK(table.unbind("forgotten") && model.unbind("forgotten"));
+        rules.exchange();
+        for (int number = 40 * duration; number > 0; --number)
+            look(keyOf(number));
     }
 
     void look(const std::string& key) {
