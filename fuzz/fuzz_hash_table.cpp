@@ -399,7 +399,7 @@ public:
         case 7:
             if (arrays)
                 compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1), value);
-            else if (input.between(0, 7) == 0)
+            else
                 changeRules(input.between(0, 3));
             return;
         case 8:
