@@ -268,7 +268,16 @@ public:
             }
             break;
         case 6:
-            input.between(0, 9) == 0 ? clear() : coll.freeExtra();
+            switch (input.between(0, 9)) {
+            case 0:
+                clear();
+                break;
+            case 1:
+                copyOthers(input);
+                break;
+            default:
+                coll.freeExtra();
+            }
             break;
         case 7: {
             const bool fresh = input.flag();
@@ -294,6 +303,29 @@ private:
     void clear() {
         failures.hold([&] { coll.removeAll(); });
         model.clear();
+    }
+
+    /// What it held is gone before the first one comes in. Without memory in between it may
+    /// be empty.
+    void copyOthers(Input& input) {
+        const Counted others[] = {Counted(input.between(1, 99)), Counted(8), Counted(9)};
+        KazColl lent;
+        std::vector<int> values;
+        for (int n = input.between(0, 3); n > 0; --n) {
+            values.push_back(others[n - 1].value());
+            lent.add(const_cast<Counted*>(&others[n - 1]));
+        }
+        failures.step([&] { coll.copy(lent); },
+                      [&] {
+                          if (coll.getSize() == 0)
+                              model.clear();
+                          calls.clear();
+                          model.calls.clear();
+                      });
+        model.clear();
+        if (!values.empty())
+            model.insert(0, values);
+        coll.copy(coll);
     }
 
     /// What ran out of memory has checked out again whatever it had checked in.
@@ -331,8 +363,9 @@ void iteratorsKeepTheirElements(Input& input) {
     fuzz::Failures failures(input);
     {
         KazColl coll;
-        coll.setCheckIn(notedCheckIn);
-        coll.setCheckOut(notedCheckOut);
+        FUZZ_CHECK(coll.setCheckIn(notedCheckIn) == nullptr);
+        FUZZ_CHECK(coll.setCheckOut(nullptr) == nullptr);
+        FUZZ_CHECK(coll.setCheckOut(notedCheckOut) == nullptr);
         watched = &coll;
         calls.clear();
         Walked walked(coll, failures);
@@ -357,6 +390,18 @@ bool isSameInAnyCase(const std::string& a, const std::string& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
         return std::tolower(x) == std::tolower(y);
     });
+}
+
+/// Each element holds one reference to its block.
+void holdsOneReferenceEach(const KazStringColl& coll, const KazString& text) {
+    KazStringColl copied;
+    copied.copy(coll);
+    int holders = 1;
+    for (int i = 0; i < coll.getSize(); ++i)
+        holders += (coll[i].disguise() == text.disguise() ? 1 : 0) +
+                   (copied[i].disguise() == text.disguise() ? 1 : 0);
+    FUZZ_CHECK(text.isEmpty() || KazStringRep::of(text.disguise())->referenceCount == holders);
+    FUZZ_CHECK(KazStringCollIterator(nullptr).item().isEmpty());
 }
 
 void stringsBehaveLikeAVector(Input& input) {
@@ -412,6 +457,7 @@ void stringsBehaveLikeAVector(Input& input) {
             *here = value;
         }
         FUZZ_CHECK(coll.getSize() == static_cast<int>(model.size()));
+        holdsOneReferenceEach(coll, fresh);
         auto expected = model.begin();
         for (KazStringCollIterator i(coll); !i.isDone(); i.next())
             FUZZ_CHECK(i.item() == (expected++)->c_str());

@@ -14,6 +14,7 @@
 #include <list>
 #include <memory>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -128,6 +129,17 @@ void changeList(Input& input, fuzz::Failures& failures, gu_list* list, std::list
     }
 }
 
+/// An action may remove the element that it is called for.
+void actionsMayRemove(gu_list* list, std::list<int>& model) {
+    const auto removeEven = [](void* e, void* from) {
+        if (number(e) % 2 == 0)
+            gu_list_remove(static_cast<gu_list*>(from), e);
+    };
+    gu_list_foreach(list, removeEven, list);
+    model.remove_if([](int value) { return value % 2 == 0; });
+    compareLists(list, model);
+}
+
 void listsFollowTheModel(Input& input) {
     fuzz::Failures failures(input);
     const Owned<gu_list> list(gu_list_create(nullptr));
@@ -136,6 +148,7 @@ void listsFollowTheModel(Input& input) {
         changeList(input, failures, list.get(), model);
         compareLists(list.get(), model);
     }
+    actionsMayRemove(list.get(), model);
 }
 
 /// Elements that a list or queue owns, made again by their release for a while.
@@ -297,6 +310,26 @@ void isSet(gu_set* result, const std::set<int>& expected) {
     FUZZ_CHECK(elements == std::vector<int>(expected.begin(), expected.end()));
 }
 
+/// A visit may remove its element and any other: each that is left is met once, in order.
+void twoGoAtEachVisit(SetPair& pair) {
+    std::vector<int> expected, met;
+    std::set<int> left = pair.model;
+    for (const int value : pair.order)
+        if (left.erase(value) == 1) {
+            expected.push_back(value);
+            left.erase(value + 1);
+        }
+    static std::pair<gu_set*, std::vector<int>*> visit;
+    visit = {pair.set.get(), &met};
+    const auto removeTwo = [](void* e, void*) {
+        visit.second->push_back(number(e));
+        gu_set_remove(visit.first, e);
+        gu_set_remove(visit.first, element(number(e) + 1));
+    };
+    gu_set_foreach(pair.set.get(), removeTwo, nullptr);
+    FUZZ_CHECK(met == expected && gu_set_size(pair.set.get()) == 0);
+}
+
 void setsFollowTheModel(Input& input) {
     fuzz::Failures failures(input);
     SetPair one(input.between(-1, 30), failures);
@@ -338,6 +371,7 @@ void setsFollowTheModel(Input& input) {
         FUZZ_CHECK(gu_set_done(begun));
         FUZZ_CHECK(gu_set_add(copy.get(), nullptr) && gu_set_size(copy.get()) == 1);
     }
+    twoGoAtEachVisit(one);
 }
 
 // ---- Index lists

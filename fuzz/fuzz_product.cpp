@@ -7,6 +7,7 @@
 #include "tools/settings/KazProductInfo.h"
 
 #include <cctype>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -208,13 +209,57 @@ std::string someLines(fuzz::Input& input) {
     return text;
 }
 
+/// A line that is the first wrong one, or just right.
+std::string oddLine(std::uint8_t choice) {
+    constexpr const char* lines[] = {"name=b",
+                                     "x",
+                                     "=a",
+                                     "name=",
+                                     "Name=a",
+                                     "k=1\nk=2",
+                                     "checksum=00000000\nk=1",
+                                     "a b=c",
+                                     "build=1234567890",
+                                     "build=999999999",
+                                     "build=-1",
+                                     "date=2026-02-29",
+                                     "date=2024-02-29",
+                                     "date=2026-1-01",
+                                     "checksum=0",
+                                     "part=0 0 - a",
+                                     "part=00000000 x - a",
+                                     "part=00000000 0 a",
+                                     "part=00000000 18446744073709551616 - a",
+                                     "k=\x01",
+                                     "k=\xFF",
+                                     "k=a\rb",
+                                     "k=\xC2\x85",
+                                     "part=00000000 0 - ../a",
+                                     "part=00000000 0 - a/..",
+                                     "part=00000000 0 - a/../b",
+                                     "part=00000000 0 - /a",
+                                     "part=00000000 0 - C:a",
+                                     "part=00000000 0 - a:b",
+                                     "part=00000000 0 - a\\b",
+                                     "part=00000000 0 - ..",
+                                     "part=00000000 0 - ..a/b..",
+                                     "\n \t\n% \xFF\x01"};
+    if (choice < std::size(lines))
+        return lines[choice] + std::string("\n");
+    if (choice < 48) // about the longest key and the longest value
+        return std::string(choice - 4U, 'k') + "=" + std::string(choice + 957U, 'v') + "\n";
+    return "";
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
+    const std::string odd = oddLine(input.last() % 64);
     if (input.flag())
-        compare(input.rest());
-    else
-        compare("name=a\nversion=1\n" + someLines(input));
+        return compare(input.rest()), 0;
+    if (!odd.empty())
+        compare(odd);
+    compare("name=a\nversion=1\n" + odd + someLines(input));
     return 0;
 }

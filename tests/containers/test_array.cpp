@@ -63,6 +63,8 @@ TEST(ArrayTest, TakesSlotsOfItsOwnStorage) {
     few.inflate(20);
     many = few;
     few.setSize(2);
+    few.freeExtra();
+    EXPECT_EQ(few.room(), many.room()) << "what others use is not shrunk";
     few.append(many);
     EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
     many = few;

@@ -201,7 +201,7 @@ TEST_F(Settings, ConvertsAsTheTableSays) {
     s.setReal("half", 0.5);
     s.setReal("whole", -3e9);
     s.setReal("tenth", 0.1);
-    s.setReal("huge", 1e19);
+    s.setReal("huge", 9223372036854775808.0); // the first beyond
     s.setBool("yes", true);
     s.setList("list", KazStringColl());
     s.commit();

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the models of the fuzzer cannot see: changes while somebody walks, and limits.
+// What the models of the fuzzer cannot see: places of errors, and limits.
 
 #include "owned.h"
 
-#include <cstdint>
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -12,8 +11,6 @@
 
 namespace {
 
-using List = Owned<gu_list>;
-using Set = Owned<gu_set>;
 using Indices = Owned<gu_index_list>;
 
 std::set<int> contentOf(const gu_index_list* list) {
@@ -38,37 +35,6 @@ Indices parse(const std::string& text) {
 }
 
 } // namespace
-
-TEST(GuList, ActionsMayRemoveTheirNode) {
-    const List list(gu_list_create(nullptr));
-    for (int i = 0; i < 10; ++i)
-        gu_list_append(list.get(), element(i));
-    const auto removeEven = [](void* e, void* from) {
-        if (number(e) % 2 == 0)
-            gu_list_remove(static_cast<gu_list*>(from), e);
-    };
-    gu_list_foreach(list.get(), removeEven, list.get());
-    ASSERT_EQ(5, gu_list_size(list.get()));
-    for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(element(2 * i + 1), gu_list_element(gu_list_at(list.get(), i)));
-}
-
-TEST(GuSet, ElementsMayGoDuringIteration) {
-    const Set set(gu_set_create(0));
-    for (int i = 0; i < 1000; ++i)
-        gu_set_add(set.get(), element(i));
-    static int seen;
-    seen = 0;
-    const auto removeTwo = [](void* e, void* from) {
-        ++seen;
-        gu_set_remove(static_cast<gu_set*>(from), e);
-        gu_set_remove(static_cast<gu_set*>(from),
-                      reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(e) + 1));
-    };
-    gu_set_foreach(set.get(), removeTwo, set.get());
-    EXPECT_EQ(500, seen);
-    EXPECT_EQ(0, gu_set_size(set.get()));
-}
 
 TEST(GuIndexList, TextForm) {
     EXPECT_EQ("1-3,7", textOf(parse("1-3,7")));

@@ -3,7 +3,6 @@
 // that stay behind.
 #include "tools/files/process.h"
 
-#include "files/words.h"
 #include "kit/director.h"
 #include "kit/env.h"
 #include "kit/random.h"
@@ -17,15 +16,30 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <string>
 #include <sys/time.h>
 #include <vector>
 
 namespace {
 
-using words::join;
-using words::split;
-using words::Words;
+using Words = std::vector<std::string>;
+
+/// Nothing where a quote stays open.
+std::optional<Words> split(const std::string& line) {
+    char** argv = nullptr;
+    const int argc = str_to_argv(line.c_str(), &argv);
+    const std::unique_ptr<char*, decltype(&std::free)> owned(argv, &std::free);
+    return argc >= 0 ? std::optional(Words(argv, argv + argc)) : std::nullopt;
+}
+
+std::string join(const Words& words) {
+    std::vector<const char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(word.c_str());
+    return argv_to_str(static_cast<int>(argv.size()), argv.data()).getValue();
+}
 
 /// Nothing that a line begins with is taken for the shell's own: there is no such
 /// command.
@@ -58,11 +72,19 @@ TEST(Words, ReadAsAShellDoes) {
         for (const std::string& word : words)
             expected += "<" + word + ">";
     }
+    for (int round = 0; round < 400; ++round) { // and whatever people write
+        const std::string line = random.text(12, "ab \t'\"\\") + " .";
+        if (const auto words = split(line)) {
+            script += "printf '<%s>' " + line + "\n";
+            for (const std::string& word : *words)
+                expected += "<" + word + ">";
+        }
+    }
     KazString output;
     ASSERT_EQ(shell_cmd_output(script.c_str(), output), 0);
     EXPECT_EQ(output.getValue(), expected);
-    EXPECT_EQ(split(R"( a\ b 'c "d\' "e 'f\"\x" g''h "" )"),
-              (Words{"a b", R"(c "d\)", R"(e 'f"\x)", "gh", ""}));
+    // What stands at the end, and what a shell would replace or take for a line of its own.
+    EXPECT_EQ(split("a\\\nb \\\n \"c\\\nd\" \"\\$\\`\"\na\\"), (Words{"ab", "cd", "$`", "a\\"}));
 }
 
 TEST(Shell, TellsTheSignal) {
