@@ -10,7 +10,7 @@
 #include "tools/app/exceptions/KazMemoryException.h"
 
 #ifdef FUZZ_FAILING
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 #endif
 
 #include <optional>
@@ -83,7 +83,7 @@ private:
     bool isBroken(Act act) {
 #ifdef FUZZ_FAILING
         if (const long n = next(); n > 0) {
-            const kit::FailAllocation failure(n, mode());
+            const moxkit::FailAllocation failure(n, mode());
             try {
                 act();
                 wasHit_ = failure.hit();
@@ -116,11 +116,11 @@ private:
 
     /// Where a lock gets its memory at its first use, nothing can be thrown once all
     /// memory is gone.
-    kit::FailAllocation::Mode mode() const {
+    moxkit::FailAllocation::Mode mode() const {
 #ifdef _WIN32
-        return kit::FailAllocation::once;
+        return moxkit::FailAllocation::once;
 #else
-        return state_ >> 31 != 0 ? kit::FailAllocation::once : kit::FailAllocation::onward;
+        return state_ >> 31 != 0 ? moxkit::FailAllocation::once : moxkit::FailAllocation::onward;
 #endif
     }
 #endif
@@ -132,7 +132,7 @@ private:
 
 /// What an element function does on its own account: writing down, say.
 #ifdef FUZZ_FAILING
-using MemoryHolds = kit::AllocationsPass;
+using MemoryHolds = moxkit::AllocationsPass;
 #else
 struct MemoryHolds {
     ~MemoryHolds() {}

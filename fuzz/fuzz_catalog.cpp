@@ -3,9 +3,9 @@
 // in a file that moxmsg would write, against the texts that went into it.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
-#include "kit/director.h"
-#include "kit/temp_tree.h"
 #include "programs/moxmsg/message_file.h"
+#include "testkit/director.h"
+#include "testkit/temp_tree.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include <array>
@@ -18,8 +18,8 @@
 
 namespace {
 
-const kit::TempTree& tree() {
-    static const kit::TempTree made;
+const moxkit::TempTree& tree() {
+    static const moxkit::TempTree made;
     return made;
 }
 
@@ -225,7 +225,7 @@ struct Scenario {
 
 void run(const Scenario& scenario, const std::vector<Step>& steps) {
     writeFile(scenario.bytes);
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     kaz::detail::MessageCatalog catalog(openFile, scenario.firstStamp);
     Model model(scenario.bytes, scenario.firstStamp);
     int next = 15873;

@@ -5,7 +5,7 @@
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
-#include "kit/counted.h"
+#include "testkit/counted.h"
 #include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazStringColl.h"
 #include "tools/containers/KazStringCollIterator.h"
@@ -23,7 +23,7 @@ namespace {
 
 using fuzz::Input;
 using fuzz::Meddling;
-using kit::Counted;
+using moxkit::Counted;
 
 int valueOf(const void* element) {
     return element ? static_cast<const Counted*>(element)->value() : 0;

@@ -6,7 +6,7 @@
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/option_rows.h"
-#include "kit/director.h"
+#include "testkit/director.h"
 #include "tools/app/KazCommandLine.h"
 
 #include <algorithm>
@@ -145,7 +145,7 @@ std::string anyWord(fuzz::Input& input) {
 }
 
 Texts linesOf(const KazCommandLine& line, Texts words, int& status) {
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     Words argv(std::move(words));
     status = line.parse(argv.argc(), argv.argv());
     FUZZ_CHECK(director.errors.empty());

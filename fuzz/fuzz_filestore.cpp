@@ -4,9 +4,9 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "kit/director.h"
-#include "kit/env.h"
-#include "kit/temp_tree.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
@@ -29,8 +29,8 @@ using Texts = std::vector<std::string>;
 constexpr std::size_t nameSize = 140;
 
 /// The home directory and the current one; everything happens inside it.
-const kit::TempTree& directory() {
-    static const kit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
+const moxkit::TempTree& directory() {
+    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
     return tree;
 }
 
@@ -133,7 +133,7 @@ fuzz::Failures* failures = nullptr;
 
 /// What @p ask answers as a text, with the reports of the last time alone.
 template <class Ask>
-std::string asked(kit::RecordingDirector& director, Ask ask) {
+std::string asked(moxkit::RecordingDirector& director, Ask ask) {
     return failures->ask([&] {
         director.errors.clear();
         return std::string(ask());
@@ -159,7 +159,7 @@ void compareLegality(fuzz::Input& input) {
     kaz_env_projdir_asgn(hasProject ? project.c_str() : nullptr);
     kaz_env_pdb_enabled_asgn(hasDatabase ? "1" : nullptr);
 
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     const int result = failures->ask([&] {
         director.errors.clear();
         kaz_env_diagram_asgn(diagram.c_str());
@@ -205,7 +205,7 @@ void compareDiagramFile(fuzz::Input& input) {
         name += "." + revision.substr(0, 71);
     if (name.size() > nameSize)
         errors.push_back("Filename too long '" + name + "'");
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     FUZZ_CHECK(asked(director, edit_make_name) ==
                (diagram.empty() ? "" : name.substr(0, nameSize)));
     FUZZ_CHECK(director.errors == (diagram.empty() ? Texts() : errors));
@@ -269,7 +269,7 @@ void comparePaths(fuzz::Input& input) {
     kazSetDbOpen(input.between(0, 2));
     kazSetDbReadonly(input.flag());
 
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     const std::string path = asked(director, kaz_fs_filestore_path);
     const Filestore expectedPath = filestore(meant, system, store);
     FUZZ_CHECK(path == expectedPath.path);
@@ -323,9 +323,9 @@ void compareAbsolute(fuzz::Input& input) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const kit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
-    static const kit::ScopedEnv home("HOME", directory().path().c_str());
-    const kit::RecordingDirector quiet;
+    static const moxkit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
+    static const moxkit::ScopedEnv home("HOME", directory().path().c_str());
+    const moxkit::RecordingDirector quiet;
     const InTree tree;
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
 

@@ -3,7 +3,7 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "kit/counted.h"
+#include "testkit/counted.h"
 #include "util/owned.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@
 namespace {
 
 using fuzz::Input;
-using kit::Counted;
+using moxkit::Counted;
 
 template <typename Operation>
 std::set<int> combine(const std::set<int>& a, const std::set<int>& b, Operation operation) {

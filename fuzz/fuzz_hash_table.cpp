@@ -6,8 +6,8 @@
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "fuzz/meddling.h"
-#include "kit/env.h"
 #include "kit/hash_seed.h"
+#include "testkit/env.h"
 #include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazStringToStringMap.h"
 #include "tools/containers/detail/soundness.h"
@@ -129,7 +129,7 @@ public:
         areOthers_ = !areOthers_;
         haveChanged_ = true;
 #ifdef FUZZ_LOCALES
-        const kit::ScopedEnv path("LOCPATH", FUZZ_LOCALES);
+        const moxkit::ScopedEnv path("LOCPATH", FUZZ_LOCALES);
 #endif
         std::setlocale(LC_CTYPE, areOthers_ ? "tr_TR.ISO-8859-9" : before_.c_str());
     }

@@ -5,7 +5,7 @@
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "fuzz/option_rows.h"
-#include "kit/director.h"
+#include "testkit/director.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/arguments.h"
 #include "tools/strings/KazString.h"
@@ -276,7 +276,7 @@ void compareSets(const KazParsedArgs& args, const Model& model) {
 }
 
 void parseLines(fuzz::Input& input) {
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     KazParsedArgs args;
     Model model;
     for (int n = input.between(1, 3); n > 0; --n)

@@ -4,7 +4,7 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "kit/director.h"
+#include "testkit/director.h"
 #include "tools/messages/KazNGProgress.h"
 #include "tools/messages/KazProgressHandle.h"
 
@@ -202,7 +202,7 @@ void writeChannel(KazProgressHandle& handle, int a, int b) {
 }
 
 /// Its progresses leave no trace.
-class SilentDirector : public kit::RecordingDirector {
+class SilentDirector : public moxkit::RecordingDirector {
     int doProgressStart(KazString, int) override { return 7; }
     void doProgressEnd(int) override {}
 };

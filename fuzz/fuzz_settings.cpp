@@ -4,8 +4,8 @@
 // what was set is there afterwards.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
-#include "kit/env.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/KazException.h"
 #include "tools/settings/KazSettings.h"
 
@@ -22,8 +22,8 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* file = "Tarvo/Mox/settings";
 
-const kit::TempTree& directory() {
-    static const kit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
+const moxkit::TempTree& directory() {
+    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
     return tree;
 }
 
@@ -137,7 +137,7 @@ void change(fuzz::Input& input, KazSettings& settings, std::map<std::string, std
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const kit::ScopedEnv config("XDG_CONFIG_HOME", directory().path().c_str());
+    static const moxkit::ScopedEnv config("XDG_CONFIG_HOME", directory().path().c_str());
     fuzz::Input input(data, size);
     const std::string before = input.flag() ? input.rest() : someFile(input);
     directory().write(file, before);

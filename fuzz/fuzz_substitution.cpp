@@ -4,8 +4,8 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "kit/director.h"
-#include "kit/env.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/toolinfo.h"
@@ -254,8 +254,8 @@ void step(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // No file defines anything; the one fatal error that says so returns.
-    static const kit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
-    const kit::RecordingDirector director;
+    static const moxkit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
+    const moxkit::RecordingDirector director;
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
     vstring_clear_lookup_funcs();
     own.clear();

@@ -5,11 +5,11 @@
 // in which nothing is found wrong mean what anybody would read there.
 #include "fuzz/check.h"
 #include "fuzz/input.h"
-#include "kit/director.h"
-#include "kit/env.h"
-#include "kit/temp_tree.h"
 #include "programs/common/findings.h"
 #include "programs/moxinfo/origin.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
@@ -43,8 +43,8 @@ Answer answer(const char* text) {
 
 /// The files' directory, which is the user's home too. In memory where that is
 /// possible; removed at the end.
-const kit::TempTree& directory() {
-    static const kit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
+const moxkit::TempTree& directory() {
+    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
     return tree;
 }
 
@@ -275,7 +275,7 @@ std::string takeName(fuzz::Input& input) {
 std::string takeLink(fuzz::Input& input, int from) {
     const int to = input.byte() % 4 != 0 ? from + 1 : input.between(0, fileCount);
     const std::string name = fileName(to);
-    const kit::TempTree& tree = directory();
+    const moxkit::TempTree& tree = directory();
     switch (input.between(0, 10)) {
     case 0:
         return tree.path(name);
@@ -337,8 +337,8 @@ void startAfresh() {
         fs::remove(directory().path(fileName(number)));
     writtenFiles.clear();
     for (const char* variable : {"TOOLINFO", "KAZ_PROJDIR", "KAZ_A"})
-        kit::setVariable(variable, nullptr);
-    kit::setVariable("HOME", directory().path().c_str());
+        moxkit::setVariable(variable, nullptr);
+    moxkit::setVariable("HOME", directory().path().c_str());
 }
 
 // ----------------------------------------------------------------- the questions
@@ -513,7 +513,7 @@ void compareAll(const Model& model) {
 
 /// The first lookup, which reads the files or says why it cannot.
 void start(Model& model, const std::string& value) {
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     const std::string first = Model::resolved(value);
     const bool exists = Model::contents(first).has_value();
     std::string name(kaz::host::pathLimit(), '\0');
@@ -563,7 +563,8 @@ void step(Model& model, fuzz::Input& input) {
         break;
     }
     case 4:
-        kit::setVariable(input.flag() ? "KAZ_PROJDIR" : "KAZ_A", input.flag() ? "" : "environment");
+        moxkit::setVariable(input.flag() ? "KAZ_PROJDIR" : "KAZ_A",
+                            input.flag() ? "" : "environment");
         break;
     default:
         compare(model, name);
@@ -582,9 +583,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string first = how % 8 != 0 ? "~/f0" : takeLink(input, 0);
     if (first.empty())
         first = "none"; // not every host has empty variables
-    kit::setVariable("ToolInfo", first.c_str());
+    moxkit::setVariable("ToolInfo", first.c_str());
     if (how % 4 == 1)
-        kit::setVariable("KAZ_A", "environment");
+        moxkit::setVariable("KAZ_A", "environment");
     Model model;
     if (how >= 224) { // a tool says where to go on before anything is read
         const std::string line = "ToolInfo=" + takeLink(input, 0);

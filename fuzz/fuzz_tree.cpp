@@ -4,7 +4,7 @@
 #include "fuzz/check.h"
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
-#include "kit/counted.h"
+#include "testkit/counted.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
 #include "tools/containers/KazTreeIterator.h"
@@ -21,7 +21,7 @@
 namespace {
 
 using fuzz::Input;
-using kit::Counted;
+using moxkit::Counted;
 
 /// The rules with nothing but recursion and full comparisons.
 namespace reference {

@@ -5,7 +5,7 @@
 // of this file counts.
 #include "fuzz/failures.h"
 #include "fuzz/topic.h"
-#include "kit/random.h"
+#include "testkit/random.h"
 #include "tools/app/KazConsoleApp.h"
 
 #include <algorithm>
@@ -51,7 +51,7 @@ std::string currentName;
 void report() {
     const std::string file = std::string("fuzz-") + fuzz::topic.name + "-failed-input";
     std::fprintf(stderr, "fuzz_%s: failed with %s (%zu bytes, kept in %s; %s)\n", fuzz::topic.name,
-                 currentName.c_str(), current.size(), file.c_str(), kit::seedText().c_str());
+                 currentName.c_str(), current.size(), file.c_str(), moxkit::seedText().c_str());
     if (std::FILE* out = std::fopen(file.c_str(), "wb")) {
         std::fwrite(current.data(), 1, current.size(), out);
         std::fclose(out);
@@ -176,7 +176,7 @@ private:
         }
     }
 
-    kit::Random rng_;
+    moxkit::Random rng_;
     std::vector<Bytes> corpus_;
 };
 
@@ -213,7 +213,7 @@ class ReplayTool : public KazConsoleApp {
         const std::vector<std::filesystem::path> names = corpusFiles();
         const std::size_t files = corpus.size();
         const std::vector<Bytes> inputs = corpus;
-        Mutator mutator(kit::seed(), std::move(corpus));
+        Mutator mutator(moxkit::seed(), std::move(corpus));
         const char* text = std::getenv("FUZZ_RUNS");
         const int runs = std::min(text != nullptr ? std::atoi(text) : 2048, 1 << 20);
         const std::vector<bool> rounds = modes();

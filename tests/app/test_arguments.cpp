@@ -4,8 +4,8 @@
 #include "frame_app.h"
 #include "fuzz/argument_words.h"
 #include "fuzz/option_rows.h"
-#include "kit/alloc_failure.h"
-#include "kit/capture.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/capture.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/KazToolsContext.h"
@@ -72,13 +72,13 @@ TEST(OptionTable, HasTheKnownRowsInTheirOrder) {
 TEST(ParsedArgs, KeepsWhatItHasWhenMemoryRunsOut) {
     Words words({"-x", "key", "value", "-batch", "plain", "-Command", "0x4142"});
     const Texts whole{"key", "value"};
-    kit::Capture capture; // The parses after a failure report repetitions.
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    moxkit::Capture capture; // The parses after a failure report repetitions.
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         std::optional<KazParsedArgs> args;
         const auto parse = [&] {
             args->parse(words.argc(), words.argv(), nullptr, allTypes().data(), 0);
         };
-        const long failed = kit::sweepAllocations(
+        const long failed = moxkit::sweepAllocations(
             [&] {
                 args.emplace();
                 parse();

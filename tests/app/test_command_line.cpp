@@ -2,8 +2,8 @@
 #include "tools/app/KazCommandLine.h"
 
 #include "fuzz/argument_words.h"
-#include "kit/alloc_failure.h"
-#include "kit/director.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/director.h"
 #include "tools/app/arguments.h"
 #include "tools/formats/nearwords.h"
 #include "tools/messages/KazInterruptWatch.h"
@@ -48,7 +48,7 @@ struct Said {
 };
 
 Said say(const Texts& line) {
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     Words argv(line);
     const int status = commandLine.parse(argv.argc(), argv.argv());
     return {status, director.messages, director.errors};
@@ -109,7 +109,7 @@ TEST(CommandLine, OffersOptionsThatBeginLikeAnAbbreviation) {
     static constexpr KazCommandLine::Option few[] = {{arg_file, "FILE", "a file"},
                                                      {arg_first, nullptr, "the first"}};
     constexpr KazCommandLine line({"tool", "1", "", few, 2});
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     Words argv(Texts{"-f", "x"});
     EXPECT_EQ(line.parse(argv.argc(), argv.argv()), +KazCommandLine::wrongUsage);
     EXPECT_EQ(director.errors[0], "tool: -f means -formats, which is not for this program; "
@@ -195,7 +195,7 @@ TEST(CommandLine, HintsAndWatchesSurviveAllocationsThatFail) {
     KazStringColl systems;
     for (const char* name : {"brewery", "brewery two", "winery\t"})
         systems.add(name);
-    const long points = kit::sweepAllocations(
+    const long points = moxkit::sweepAllocations(
         [&systems] {
             const KazInterruptWatch watch;
             kazDidYouMean("vinery\t", systems);

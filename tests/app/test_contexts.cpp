@@ -2,7 +2,7 @@
 #include "tools/app/KazMasterContext.h"
 
 #include "frame_app.h"
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 #include "tools/app/KazEditorsBase.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/KazToolsContext.h"
@@ -123,7 +123,7 @@ TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
 
 TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
     FrameApp app;
-    const long failed = kit::sweepAllocations(
+    const long failed = moxkit::sweepAllocations(
         [] {
             KazMasterContext master;
             KazToolsContext::getInstance()->allocParsedArgs();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/capture.h"
-#include "kit/director.h"
+#include "testkit/capture.h"
+#include "testkit/director.h"
 #include "tools/app/exceptions/KazCancellationException.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/app/exceptions/KazReportedException.h"
@@ -29,7 +29,7 @@ struct Speechless : KazException {
 /// What `catch (KazException&)` around a whole tool prints for @p thrown.
 template <typename Thrown>
 std::string reportOf(const Thrown& thrown) {
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     try {
         throw thrown;
     } catch (KazException& exception) {

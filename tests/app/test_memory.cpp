@@ -2,10 +2,10 @@
 // The frame and the messages without memory: each allocation fails in its turn,
 // alone or with all that follow.
 #include "frame_app.h"
-#include "kit/capture.h"
-#include "kit/env.h"
 #include "kit/sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/capture.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/KazEditorsBase.h"
 #include "tools/app/arguments.h"
 #include "tools/app/failures/KazFileException.h"
@@ -74,14 +74,14 @@ std::string useProgress() {
 }
 
 TEST(Memory, EveryFailedAllocationIsSurvived) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv toolInfo("ToolInfo",
-                                  tree.write("ToolInfo", "mox_file_path=a;b\n").c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv toolInfo("ToolInfo",
+                                     tree.write("ToolInfo", "mox_file_path=a;b\n").c_str());
     std::string lines;
     for (int i = 0; i < 200; ++i)
         lines += "mary\n";
-    const kit::ScopedInput input(lines);
-    kit::Capture capture;
+    const moxkit::ScopedInput input(lines);
+    moxkit::Capture capture;
     kit::sweepQuestion("application", useApplication);
     kit::sweepQuestion("argv", useArgv);
     kit::sweepQuestion("exceptions", useExceptions);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
 #include "lines.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -25,30 +25,30 @@ std::string hostSearchPath() {
     return kit::hasDrives ? R"(C:\windows\system32;C:\windows)" : "/usr/bin:/bin";
 }
 
-kit::RunOptions outermost() {
-    kit::RunOptions options;
-    options.env = {{"KAZCOREROOT", kit::unset},
+moxkit::RunOptions outermost() {
+    moxkit::RunOptions options;
+    options.env = {{"KAZCOREROOT", moxkit::unset},
                    {"LANG", "C"},
                    {"PATH", hostSearchPath()},
-                   {"COPYCMD", kit::unset}};
+                   {"COPYCMD", moxkit::unset}};
     if (!kit::hasDrives)
-        options.env["Path"] = kit::unset;
+        options.env["Path"] = moxkit::unset;
     return options;
 }
 
 /// "Path" after the directory of the programs was put in front.
 std::string extendedPath() {
-    return nativeText(kit::binDirectory()) + (kit::hasDrives ? ";" + hostSearchPath() : "");
+    return nativeText(moxkit::binDirectory()) + (kit::hasDrives ? ";" + hostSearchPath() : "");
 }
 
 } // namespace
 
 TEST(Process, OutermostToolPreparesTheEnvironment) {
-    kit::RunOptions options = outermost();
-    auto result = kit::run({"app_tool", "environment"}, options);
+    moxkit::RunOptions options = outermost();
+    auto result = moxkit::run({"app_tool", "environment"}, options);
     EXPECT_EQ(result.status, 0);
     auto lines = linesOf(result.out);
-    const std::string bin = kit::binDirectory();
+    const std::string bin = moxkit::binDirectory();
     EXPECT_EQ(lines["name"], "app_tool");
     EXPECT_EQ(lines["nested"], "0");
     EXPECT_EQ(lines["graphical"], "0");
@@ -63,20 +63,20 @@ TEST(Process, OutermostToolPreparesTheEnvironment) {
 
     options.env["Path"] = "\\suite;\\other";
     options.env["PATH"] = "";
-    lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
     EXPECT_EQ(lines["Path"], nativeText(bin) + ";\\suite;\\other");
     EXPECT_EQ(lines["PATH"], bin);
 
     // Children find the system's programs without it, too.
-    options.env["PATH"] = kit::unset;
-    lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    options.env["PATH"] = moxkit::unset;
+    lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
     EXPECT_EQ(lines["PATH"], bin + ":/bin:/usr/bin");
 }
 
 TEST(Process, NestedToolLeavesTheEnvironmentAlone) {
-    kit::RunOptions options = outermost();
+    moxkit::RunOptions options = outermost();
     options.env["KAZCOREROOT"] = "";
-    auto lines = linesOf(kit::run({"app_tool", "environment"}, options).out);
+    auto lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
     EXPECT_EQ(lines["nested"], "1");
     EXPECT_EQ(lines["COPYCMD"], "/Y");
     EXPECT_EQ(lines["KAZCOREROOT"], "");
@@ -88,10 +88,10 @@ TEST(Process, NestedToolLeavesTheEnvironmentAlone) {
 /// The child is found by its plain name although its directory is on no search
 /// path of the caller.
 TEST(Process, ToolsFindAndNestEachOther) {
-    kit::TempTree elsewhere;
-    kit::RunOptions options = outermost();
+    moxkit::TempTree elsewhere;
+    moxkit::RunOptions options = outermost();
     options.cwd = elsewhere.path();
-    auto result = kit::run({"app_tool", "run", "app_tool", "environment"}, options);
+    auto result = moxkit::run({"app_tool", "run", "app_tool", "environment"}, options);
     EXPECT_EQ(result.status, 0) << result.err;
     auto lines = linesOf(result.out);
     EXPECT_EQ(lines["name"], "app_tool");
@@ -112,7 +112,7 @@ TEST(Process, ExceptionsBecomeStatusesAndOneMessage) {
                           {"rethrown", "Internal error #2\n"},
                           {"director", "Internal error #2\n"}};
     for (const Case& c : cases) {
-        auto result = kit::run({"app_tool", c.what});
+        auto result = moxkit::run({"app_tool", c.what});
         EXPECT_EQ(result.status, 1) << c.what << " signal " << result.signal;
         EXPECT_EQ(result.err, c.err) << c.what;
         EXPECT_EQ(result.out, "") << c.what;
@@ -120,19 +120,19 @@ TEST(Process, ExceptionsBecomeStatusesAndOneMessage) {
 }
 
 TEST(Process, WithoutAnApplicationObjectThereIsAMessage) {
-    auto result = kit::run({"empty_tool"});
+    auto result = moxkit::run({"empty_tool"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "This program has no application object\n");
 }
 
 TEST(Process, ConsoleApplicationMakesItsContextWhenNoneIsActive) {
-    EXPECT_EQ(kit::run({"app_tool", "contexts"}).out, "kept=1 replaced=1 again=1\n");
+    EXPECT_EQ(moxkit::run({"app_tool", "contexts"}).out, "kept=1 replaced=1 again=1\n");
 }
 
 TEST(Process, TemporaryFilesGoAndNothingPrintedIsLost) {
-    kit::TempTree tree;
+    moxkit::TempTree tree;
     const std::string kept = tree.write("kept", "kept");
-    auto result = kit::run({"app_tool", "leave", tree.path("a"), tree.native("b")});
+    auto result = moxkit::run({"app_tool", "leave", tree.path("a"), tree.native("b")});
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.out, "in a buffer of its own, not ended by a line feed");
     EXPECT_EQ(result.err, "in a wide one");
@@ -141,19 +141,19 @@ TEST(Process, TemporaryFilesGoAndNothingPrintedIsLost) {
 }
 
 TEST(Process, ProductPathComesFromTheProductsVariable) {
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "gantt_mox_file_path=g1;g2\n");
-    auto result = kit::run({"app_tool", "product", "GANTT"}, options);
+    auto result = moxkit::run({"app_tool", "product", "GANTT"}, options);
     EXPECT_EQ(result.out, "g1;g2|1\n");
     EXPECT_EQ(result.err, "");
 
-    result = kit::run({"app_tool", "product", "Pert%s"}, options);
+    result = moxkit::run({"app_tool", "product", "Pert%s"}, options);
     EXPECT_EQ(result.out, "templates/ct;templates|1\n");
     EXPECT_EQ(result.err,
               "TI variable \"pert%s_mox_file_path\" undefined for product \"Pert%s\" -- "
               "using default\n");
-    result = kit::run({"app_tool", "product"}, options);
+    result = moxkit::run({"app_tool", "product"}, options);
     EXPECT_EQ(result.out, "templates/ct;templates|1\n");
     EXPECT_EQ(result.err, "TI variable \"mox_file_path\" undefined -- using default\n");
 }
@@ -161,10 +161,10 @@ TEST(Process, ProductPathComesFromTheProductsVariable) {
 /// What is printed after the application's destructor has closed the streams
 /// goes nowhere; everything before arrives, and nothing breaks.
 TEST(Process, StaticObjectsMayUseTheLibraryAtAnyTime) {
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "x=y\n");
-    auto result = kit::run({"static_tool"}, options);
+    auto result = moxkit::run({"static_tool"}, options);
     EXPECT_EQ(result.status, 7) << "signal " << result.signal << "\n" << result.err;
     EXPECT_EQ(result.out, "before: application no, context no\n"
                           "body: application yes, context yes\n"

@@ -3,7 +3,7 @@
 /// Runs of config_probe: a tool that answers a script.
 #pragma once
 
-#include "kit/process.h"
+#include "testkit/process.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +14,12 @@
 using Lines = std::vector<std::string>;
 
 /// What the probe says to a script; its answers must be as many as the commands.
-inline Lines ask(const Lines& script, kit::RunOptions options = {}, Lines arguments = {},
+inline Lines ask(const Lines& script, moxkit::RunOptions options = {}, Lines arguments = {},
                  const std::string& program = "config_probe") {
     for (const std::string& command : script)
         options.input += command + "\n";
     arguments.insert(arguments.begin(), program);
-    const kit::Result result = kit::run(arguments, options);
+    const moxkit::Result result = moxkit::run(arguments, options);
     EXPECT_EQ(result.status, 0) << result.err;
     Lines answers;
     std::istringstream out(result.out);

@@ -6,11 +6,11 @@
 #include "tools/config/toolinfo.h"
 #include "tools/config/toolinfo_scan.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/host.h"
 #include "kit/sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -27,10 +27,10 @@ namespace {
 
 /// The ways to fail. Where a lock gets its memory at its first use, no exception can
 /// be thrown once all memory is gone.
-std::vector<kit::FailAllocation::Mode> modes() {
+std::vector<moxkit::FailAllocation::Mode> modes() {
     if (kit::hasDrives)
-        return {kit::FailAllocation::once};
-    return {kit::FailAllocation::onward, kit::FailAllocation::once};
+        return {moxkit::FailAllocation::once};
+    return {moxkit::FailAllocation::onward, moxkit::FailAllocation::once};
 }
 
 using State = std::function<std::string()>;
@@ -62,7 +62,7 @@ void sweep(const std::string& name, const Action& reset, const Action& action, c
             reset();
         };
         reset();
-        const long failures = kit::sweepAllocations(tried, check, mode);
+        const long failures = moxkit::sweepAllocations(tried, check, mode);
         EXPECT_GT(failures, 0);
         EXPECT_EQ(state(), after);
     }
@@ -82,18 +82,18 @@ protected:
     }
 
     const std::string longName = std::string(100, 'n');
-    kit::TempTree tree{"/tmp"};
-    kit::ScopedEnv home{"HOME", tree.path().c_str()};
-    kit::ScopedEnv toolInfo{"ToolInfo",
-                            tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
-    kit::RecordingDirector director;
+    moxkit::TempTree tree{"/tmp"};
+    moxkit::ScopedEnv home{"HOME", tree.path().c_str()};
+    moxkit::ScopedEnv toolInfo{"ToolInfo",
+                               tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
+    moxkit::RecordingDirector director;
 };
 
 TEST_F(ConfigMemory, FilesAreReadAtTheFirstLookupThatHasTheMemory) {
     long failures = 0;
     const auto read = [&] { TI_Vinit(); };
     for (const auto mode : modes())
-        failures += kit::sweepAllocations(
+        failures += moxkit::sweepAllocations(
             read, [] {}, mode);
     EXPECT_GT(failures, 2);
     EXPECT_STREQ(TI_Vcont("value"), "first");
@@ -160,7 +160,7 @@ TEST_F(ConfigMemory, VariablesChangeWhollyOrNotAtAll) {
                  &names);
         return names;
     });
-    const kit::ScopedEnv value{"KAZ_VALUE", "a value that needs memory of its own"};
+    const moxkit::ScopedEnv value{"KAZ_VALUE", "a value that needs memory of its own"};
     sweepQuestion("overrides", [] {
         std::string all;
         TI_EnvVwalk([](const char*, const char* each,

@@ -5,12 +5,12 @@
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
 
-#include "kit/capture.h"
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/capture.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -47,9 +47,9 @@ protected:
         return static_cast<unsigned>(fs::status(tree.path(name)).permissions());
     }
 
-    kit::TempTree tree{"/tmp"}; // a short name, since lengths are what is tested
-    kit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
-    kit::RecordingDirector director;
+    moxkit::TempTree tree{"/tmp"}; // a short name, since lengths are what is tested
+    moxkit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
+    moxkit::RecordingDirector director;
 };
 
 TEST_F(Filestore, WhatIsNoDirectoryIsNotUsable) {
@@ -108,7 +108,7 @@ TEST_F(Filestore, NewFilesGetTheModeThatTheSystemPrescribes) {
     mode("p/sys/.sys_file_mode", 0755);
     EXPECT_EQ(kaz_fs_system_umask(), 0133U);
     // A system directory that somebody has given with "~" is the same one.
-    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    const moxkit::ScopedEnv home("HOME", tree.path().c_str());
     kaz_env_system_dir_asgn("~\\p/sys");
     EXPECT_EQ(kaz_fs_system_umask(), 0133U);
     EXPECT_EQ(kaz_fs_file_umask("~/p/sys/.sys_file_mode"), 0133U);
@@ -134,11 +134,11 @@ TEST_F(Filestore, OpensNothingForMissingAndLongNames) {
                                         "file Revision 7: No such file or directory"}));
     EXPECT_EQ(kaz_fs_open_sys_file(name, nullptr), nullptr);
     // A graphical application reports it as a message.
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.env = {{"ToolInfo", tree.write("ToolInfo", "projdir=/p\nsystem=s\n")},
                    {"PROBE_GRAPHICAL", "1"}};
     options.input = "open\tfile\n";
-    const kit::Result result = kit::run({"config_probe"}, options);
+    const moxkit::Result result = moxkit::run({"config_probe"}, options);
     EXPECT_EQ(result.out, "file Revision : No such file or directory\n-\n");
     const std::size_t room = 140 - tree.native("p\\sys\\").size();
     std::string fits(room, 'n'), tooLong(room + 1, 'n');
@@ -171,19 +171,19 @@ TEST_F(Filestore, StoreDirectoryIsAssignedWhenItChanges) {
 }
 
 TEST_F(Filestore, AToolsOwnSetOfIllegalCharactersIsReplacedByPosition) {
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] =
         tree.write("ToolInfo", "illegal_diag_chars=abc\nreplace_diag_chars=12\n");
     options.input = "diag\txaybzc\n";
-    EXPECT_EQ(kit::run({"config_probe"}, options).out, "x1y2z_\n");
+    EXPECT_EQ(moxkit::run({"config_probe"}, options).out, "x1y2z_\n");
 }
 
 TEST_F(Filestore, TheRevisionInUseIsTracedOnRequest) {
     kaz_env_diagram_asgn("my diagram");
     const std::string revision(80, 'r'), used = revision.substr(0, 71);
     kaz_env_revision_asgn(revision.c_str());
-    const kit::ScopedEnv debug("edit_debug_diag_rev", "1");
-    kit::Capture capture;
+    const moxkit::ScopedEnv debug("edit_debug_diag_rev", "1");
+    moxkit::Capture capture;
     EXPECT_EQ(edit_make_name(), tree.native("p\\sys\\my_diagram") + "." + used);
     EXPECT_EQ(capture.err(), "diag_rev set to " + used + "\n");
 }

@@ -3,11 +3,11 @@
 
 #include "probe.h"
 
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -19,9 +19,9 @@
 namespace {
 
 /// The probe with a ToolInfo file of this text.
-Lines ask(const Lines& script, const std::string& toolInfo, kit::RunOptions options = {},
+Lines ask(const Lines& script, const std::string& toolInfo, moxkit::RunOptions options = {},
           const Lines& arguments = {}) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     options.env["ToolInfo"] = tree.write("ToolInfo", toolInfo);
     return ::ask(script, options, arguments);
 }
@@ -48,16 +48,16 @@ const std::map<std::string, std::string> options = {
 };
 
 TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random rng(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random rng(moxkit::seed());
     for (int round = 0; round < 8; ++round) {
         Lines arguments, script, expected;
-        kit::RunOptions run;
+        moxkit::RunOptions run;
         std::string toolInfo;
         std::map<std::string, std::string> assigned, values;
         for (int id = 0; id < kaz_env_id_count; ++id) {
             const std::string name = nameOf(id);
-            run.env["KAZ_" + upper(name)] = kit::unset;
+            run.env["KAZ_" + upper(name)] = moxkit::unset;
             if (rng.oneIn(2)) {
                 toolInfo += name + "=file" + name + "\n";
                 values[name] = "file" + name;
@@ -116,8 +116,8 @@ TEST(KazEnv, SwitchesAndNumbersHaveTheirTypes) {
 }
 
 TEST(KazEnv, TheSystemDirectoryFollowsProjectAndSystem) {
-    kit::TempTree home;
-    kit::RunOptions run;
+    moxkit::TempTree home;
+    moxkit::RunOptions run;
     run.env["HOME"] = home.path();
     const Lines script = {"env\tsystem_dir",       "asgn\tsystem\tsys",         "env\tsystem_dir",
                           "asgn\tprojdir\t\\~\\p", "env\tsystem_dir",           "asgn\tprojdir\t",
@@ -132,20 +132,20 @@ TEST(KazEnv, TheSystemDirectoryFollowsProjectAndSystem) {
 }
 
 TEST(KazEnv, TheToolOfTheGuideFindsItsSettings) {
-    const kit::TempTree tree;
-    kit::RunOptions run;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions run;
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\nbackup_command = zip\n");
     run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir} ${archive} ${dir}";
     const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "$(s) x"};
     const std::string archive =
         kit::hasDrives ? R"("\\tmp\\\$(s) x.tar")" : R"("/tmp/\$(s) x.tar")";
     const std::string dir = kit::hasDrives ? R"("\\p\\\$(s) x")" : R"("/p/\$(s) x")";
-    EXPECT_EQ(kit::run(arguments, run).out, "pack /tmp " + archive + " " + dir + "\n");
-    run.env["KAZ_BACKUP_COMMAND"] = kit::unset;
+    EXPECT_EQ(moxkit::run(arguments, run).out, "pack /tmp " + archive + " " + dir + "\n");
+    run.env["KAZ_BACKUP_COMMAND"] = moxkit::unset;
     run.env["KAZ_VERBOSE"] = "yes";
-    EXPECT_EQ(kit::run(arguments, run).out, "system directory: \\p\\$(s) x\nzip\n");
+    EXPECT_EQ(moxkit::run(arguments, run).out, "system directory: \\p\\$(s) x\nzip\n");
     run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\n");
-    EXPECT_EQ(kit::run(arguments, run).out,
+    EXPECT_EQ(moxkit::run(arguments, run).out,
               "system directory: \\p\\$(s) x\ntar -cf " + archive + " " + dir + "\n");
 }
 

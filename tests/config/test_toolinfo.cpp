@@ -3,10 +3,10 @@
 
 #include "probe.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/temp_tree.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +18,8 @@
 namespace {
 
 TEST(ToolInfoFiles, VariablesOutliveMain) {
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env = {{"ToolInfo", tree.write("first", "x=1\nsystem=s\n")},
                    {"PROBE_EDGE", tree.path("edge")}};
     // Without an application nothing can be assigned, and no command line is read.
@@ -43,20 +43,20 @@ public:
         tree.mkdir("home");
         kit::placeProgram("config_probe", tree.path("Suite/BIN"));
         options.env = {
-            {"HOME", tree.path("home")}, {"ToolInfo", kit::unset}, {"TOOLINFO", kit::unset}};
+            {"HOME", tree.path("home")}, {"ToolInfo", moxkit::unset}, {"TOOLINFO", moxkit::unset}};
     }
 
     std::string probe() const { return tree.path("Suite/BIN/config_probe"); }
-    kit::Result start() { return kit::run({probe()}, withInput("init\n")); }
-    kit::RunOptions withInput(const std::string& input) {
-        kit::RunOptions result = options;
+    moxkit::Result start() { return moxkit::run({probe()}, withInput("init\n")); }
+    moxkit::RunOptions withInput(const std::string& input) {
+        moxkit::RunOptions result = options;
         result.input = input;
         return result;
     }
     Lines answers(const Lines& script) { return ask(script, options, {}, probe()); }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST(ToolInfoSearch, LooksInTheHomeDirectoryThenInTheInstallation) {
@@ -112,9 +112,9 @@ TEST(ToolInfoSearch, TheDirectoryAboveBinIsTheRoot) {
 /// The one fatal error is recorded and returns: the rest must work all the same.
 class ToolInfo : public testing::Test {
 protected:
-    kit::TempTree tree;
-    kit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
-    kit::RecordingDirector director;
+    moxkit::TempTree tree;
+    moxkit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
+    moxkit::RecordingDirector director;
 };
 
 TEST_F(ToolInfo, GoesOnWithoutAFileWhenTheFatalErrorReturns) {
@@ -146,7 +146,7 @@ TEST_F(ToolInfo, RefusesWhatIsNotThere) {
 TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
     const std::string home = tree.native();
     {
-        const kit::ScopedEnv variable("HOME", (tree.path() + "/").c_str());
+        const moxkit::ScopedEnv variable("HOME", (tree.path() + "/").c_str());
         EXPECT_EQ(_TI_hm("~"), home + "\\");
         EXPECT_EQ(_TI_hm("~/"), home + "\\");
         EXPECT_EQ(_TI_hm("~\\a/b"), home + "\\a/b");
@@ -172,14 +172,14 @@ TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
         }
     }
     for (const char* none : {static_cast<const char*>(nullptr), "/no/such/directory"}) {
-        const kit::ScopedEnv variable("HOME", none);
+        const moxkit::ScopedEnv variable("HOME", none);
         EXPECT_NE(std::string(_TI_hm("~\\x")).substr(0, 3), "\\no");
     }
-    kit::ScopedEnv top("HOME", "/");
+    moxkit::ScopedEnv top("HOME", "/");
     EXPECT_STREQ(_TI_hm("~/x"), "\\x");
     // An argument in the result's own buffer.
     tree.mkdir("~");
-    const kit::ScopedEnv odd("HOME", "~");
+    const moxkit::ScopedEnv odd("HOME", "~");
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(tree.path());
     EXPECT_STREQ(_TI_hm(_TI_hm("~/a/fairly/long/path/below/the/home/directory")),

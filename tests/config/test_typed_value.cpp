@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/config/typed_value.h"
 
-#include "kit/random.h"
+#include "testkit/random.h"
 
 #include <gtest/gtest.h>
 
@@ -48,7 +48,7 @@ TEST(TypedValue, TellsGoodNumbersFromBadOnes) {
 }
 
 TEST(TypedValue, NumbersComeBackAsTheyWereWritten) {
-    kit::Random random(kit::seed());
+    moxkit::Random random(moxkit::seed());
     for (int i = 0; i < 2000; ++i) {
         const auto wanted =
             std::int64_t{random.between(-1000000000, 1000000000)} * random.between(1, 5);

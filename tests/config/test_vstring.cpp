@@ -4,8 +4,8 @@
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/toolinfo.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
 
 #include <gtest/gtest.h>
 
@@ -38,8 +38,8 @@ protected:
         vstring_clear_lookup_funcs();
         variables.clear();
     }
-    kit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
-    kit::RecordingDirector director;
+    moxkit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
+    moxkit::RecordingDirector director;
 };
 
 TEST_F(VString, NullIsAnEmptyTextAndNoFunction) {

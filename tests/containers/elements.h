@@ -3,14 +3,14 @@
 /// Elements of the containers under test, and containers that own them.
 #pragma once
 
-#include "kit/counted.h"
+#include "testkit/counted.h"
 #include "tools/containers/KazColl.h"
 #include "tools/containers/KazTree.h"
 #include "tools/strings/KazString.h"
 
 /// The value of a Counted in a slot; 0 for none.
 inline int valueOf(const void* element) {
-    return element ? static_cast<const kit::Counted*>(element)->value() : 0;
+    return element ? static_cast<const moxkit::Counted*>(element)->value() : 0;
 }
 
 /// How many hold the block of @p text, which is not empty.
@@ -20,24 +20,24 @@ inline int references(const KazString& text) {
 
 struct OwningColl : KazColl {
     OwningColl() {
-        setCheckIn(kit::Counted::checkIn);
-        setCheckOut(kit::Counted::checkOut);
+        setCheckIn(moxkit::Counted::checkIn);
+        setCheckOut(moxkit::Counted::checkOut);
     }
     void fill(int from, int to) {
         for (int i = from; i <= to; ++i) {
-            kit::Counted element(i);
+            moxkit::Counted element(i);
             add(&element);
         }
     }
 };
 
 struct OwningTree : KazTree {
-    OwningTree() : KazTree(kit::Counted::compare) {
-        setCheckIn(kit::Counted::checkIn);
-        setCheckOut(kit::Counted::checkOut);
+    OwningTree() : KazTree(moxkit::Counted::compare) {
+        setCheckIn(moxkit::Counted::checkIn);
+        setCheckOut(moxkit::Counted::checkOut);
     }
     void put(int value) {
-        kit::Counted element(value);
+        moxkit::Counted element(value);
         add(&element);
     }
 };

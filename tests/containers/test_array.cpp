@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazArrayPtr.h"
 
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 
 #include <gtest/gtest.h>
@@ -87,7 +87,7 @@ TEST(ArrayTest, FailedGrowthChangesNothing) {
     EXPECT_THROW(array.add(nullptr), KazMemoryException);
     EXPECT_EQ(array.contents(), items({1, 2, 3, 4}));
     array.remove();
-    kit::FailAllocation failure(1);
+    moxkit::FailAllocation failure(1);
     array.freeExtra();
     EXPECT_TRUE(failure.hit());
     EXPECT_EQ(array.room(), 4);

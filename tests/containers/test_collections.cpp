@@ -5,7 +5,7 @@
 #include "tools/containers/KazIntCollIterator.h"
 
 #include "elements.h"
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 
 #include <gtest/gtest.h>
 
@@ -43,7 +43,7 @@ TEST(CollectionTest, CopyingTakesTheMemoryBeforeItGivesAnythingUp) {
     source.fill(1, 9);
     coll.fill(20, 21);
     {
-        const kit::FailAllocation failure(1);
+        const moxkit::FailAllocation failure(1);
         EXPECT_THROW(coll.copy(source), KazMemoryException);
     }
     ASSERT_EQ(coll.getSize(), 2);

@@ -13,7 +13,7 @@
 
 namespace {
 
-using kit::Counted;
+using moxkit::Counted;
 
 int valueAt(const KazColl& coll, int index) {
     return valueOf(coll[index]);

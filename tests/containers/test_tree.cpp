@@ -16,7 +16,7 @@
 
 namespace {
 
-using kit::Counted;
+using moxkit::Counted;
 
 std::vector<int> forwards(KazTree& tree) {
     std::vector<int> result;

@@ -3,8 +3,8 @@
 /// What the tests of the file manager share.
 #pragma once
 
-#include "kit/director.h"
-#include "kit/temp_tree.h"
+#include "testkit/director.h"
+#include "testkit/temp_tree.h"
 #include "tools/files/KazFileManager.h"
 
 #include <algorithm>
@@ -53,8 +53,8 @@ inline void makeOld(const std::string& path) {
 class FileManager : public testing::Test {
 protected:
     /// In memory: a disk that is forced to write each file out takes its time.
-    kit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
-    kit::RecordingDirector director;
+    moxkit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::RecordingDirector director;
 };
 
 } // namespace manager_test

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every allocation of the file functions, failing.
 #include "kit/sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 #include "tools/config/KazFilePath.h"
 #include "tools/files/process.h"
 #include "tools/files/tifiles.h"
@@ -37,7 +37,7 @@ void expectRepeatable(const Calls& calls) {
 }
 
 TEST(Allocations, FilesAndProcesses) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string dir = tree.native();
     const std::string file = tree.write("in/file with a long name", "contents");
     const KazFilePath path((dir + ";" + tree.native("in")).c_str());
@@ -78,8 +78,8 @@ TEST(Allocations, FilesAndProcesses) {
     KazFilePath changed("one;two");
     for (const auto change : {&KazFilePath::set, &KazFilePath::append, &KazFilePath::prepend}) {
         changed.set("one;two");
-        kit::sweepAllocations([&] { (changed.*change)("three;four;five"); },
-                              [&] { EXPECT_STREQ(changed.getText().getValue(), "one;two"); });
+        moxkit::sweepAllocations([&] { (changed.*change)("three;four;five"); },
+                                 [&] { EXPECT_STREQ(changed.getText().getValue(), "one;two"); });
         EXPECT_GE(changed.getSize(), 3);
     }
 }

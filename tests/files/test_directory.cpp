@@ -6,8 +6,8 @@
 #include "tools/files/tistatus.h"
 
 #include "kit/host.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 #include "tree.h"
 
 #include <algorithm>
@@ -35,7 +35,7 @@ protected:
         return names;
     }
 
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
     const KazDirectory top{tree.native().c_str()};
 };
 
@@ -159,8 +159,8 @@ TEST_F(Directory, PathsAreNamedRemovedAndRenamed) {
 
 /// Random moves about a tree; the cursor is where a path of names says.
 TEST_F(Directory, ACursorIsWhereItsMovesLead) {
-    kit::Random random(kit::seed());
-    SCOPED_TRACE(kit::seedText());
+    moxkit::Random random(moxkit::seed());
+    SCOPED_TRACE(moxkit::seedText());
     KazTreeCursor cursor{KazDirectory(tree.native().c_str())};
     fs::path place = tree.path();
     std::vector<std::string> names;
@@ -196,8 +196,8 @@ TEST_F(Directory, ACursorIsWhereItsMovesLead) {
 }
 
 TEST_F(Directory, AWalkMeetsWhatIsThereOnceAndDirectoriesFirst) {
-    kit::Random random(kit::seed());
-    SCOPED_TRACE(kit::seedText());
+    moxkit::Random random(moxkit::seed());
+    SCOPED_TRACE(moxkit::seedText());
     tree.mkdir("top");
     tree::grow(tree, "top", random, 3);
     std::set<std::string> expected, met;

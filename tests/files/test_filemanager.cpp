@@ -3,10 +3,10 @@
 // that can go wrong on a disk.
 #include "tools/files/KazFileManager.h"
 
-#include "kit/alloc_failure.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
 #include "manager.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 #include "tree.h"
 
 #include <algorithm>
@@ -55,10 +55,10 @@ std::vector<Selection> selections() {
 /// Runs @p work(manager, tree, selection) for each selection on a tree of its own.
 template <typename Work>
 void forEachSelection(Work work) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     for (const Selection& selection : selections()) {
-        const kit::TempTree tree;
+        const moxkit::TempTree tree;
         tree.mkdir("src");
         tree.mkdir("dst");
         tree::grow(tree, "src", random, 2);
@@ -70,7 +70,7 @@ void forEachSelection(Work work) {
 }
 
 TEST_F(FileManager, CopiesWhatTheModelSelects) {
-    forEachSelection([](KazFileManager& manager, const kit::TempTree& tree,
+    forEachSelection([](KazFileManager& manager, const moxkit::TempTree& tree,
                         const Selection& selection) {
         const tree::Snapshot source = tree::snapshot(tree.path("src"));
         tree::Snapshot expected = source;
@@ -86,7 +86,7 @@ TEST_F(FileManager, CopiesWhatTheModelSelects) {
 }
 
 TEST_F(FileManager, DestroysWhatTheModelSelects) {
-    forEachSelection([](KazFileManager& manager, const kit::TempTree& tree,
+    forEachSelection([](KazFileManager& manager, const moxkit::TempTree& tree,
                         const Selection& selection) {
         tree::Snapshot expected = tree::snapshot(tree.path("src"));
         // From the end: what is in a directory comes before the directory itself,
@@ -233,7 +233,7 @@ TEST_F(FileManager, RootNamesThatAreNone) {
     tree.write("src/in/f", "x");
     for (const char* root : {"src/in/", "src/in/.", "src/in/../in/.", "src/in/deep/.."}) {
         tree.mkdir("src/in/deep");
-        const kit::TempTree dst;
+        const moxkit::TempTree dst;
         KazFileManager manager(tree.native(root).c_str());
         EXPECT_TRUE(manager.copy(dst.native("new").c_str(), true)) << root;
         EXPECT_EQ(dst.read("new/f"), "x") << root;
@@ -242,9 +242,9 @@ TEST_F(FileManager, RootNamesThatAreNone) {
 
 /// While a subdirectory is copied, writes the parent's targets that are still to
 /// come, and lets the clock move on to the next second.
-class Rival : public kit::RecordingDirector {
+class Rival : public moxkit::RecordingDirector {
 public:
-    explicit Rival(const kit::TempTree& tree) : tree_(tree) {}
+    explicit Rival(const moxkit::TempTree& tree) : tree_(tree) {}
     int written = 0;
 
 protected:
@@ -264,7 +264,7 @@ protected:
     }
 
 private:
-    const kit::TempTree& tree_;
+    const moxkit::TempTree& tree_;
 };
 
 TEST_F(FileManager, ClashesCountFromTheStartOfTheirOwnDirectory) {
@@ -295,9 +295,9 @@ TEST_F(FileManager, FailedAllocationsLeaveWholeTargetsOrNone) {
         makeOld(tree.path("dst/src/old"));
     };
     bool copied = false;
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         prepare();
-        const long points = kit::sweepAllocations(
+        const long points = moxkit::sweepAllocations(
             [&] { copied = manager.copy(dst, true); },
             [&] {
                 for (const auto& [path, what] : tree::snapshot(tree.path("dst/src"))) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A plan changes nothing, and the copy that follows does exactly what it says: over random
 // trees, among all that can be in the way.
-#include "kit/alloc_failure.h"
-#include "kit/random.h"
 #include "manager.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/random.h"
 #include "tools/files/tifiles.h"
 #include "tree.h"
 
@@ -62,7 +62,7 @@ std::string difference(const tree::Snapshot& is, const tree::Snapshot& planned) 
 }
 
 /// All that a walk may meet, files of another time included.
-void fill(const kit::TempTree& tree, const std::string& dir, kit::Random& random, int depth) {
+void fill(const moxkit::TempTree& tree, const std::string& dir, moxkit::Random& random, int depth) {
     tree.mkdir(dir);
     tree::grow(tree, dir, random, depth);
     std::error_code error;
@@ -73,7 +73,7 @@ void fill(const kit::TempTree& tree, const std::string& dir, kit::Random& random
         }
 }
 
-void makeAllOld(const std::string& top, kit::Random& random) {
+void makeAllOld(const std::string& top, moxkit::Random& random) {
     for (const auto& entry : fs::recursive_directory_iterator(top))
         if (fs::is_directory(entry.symlink_status())) {
             makeOld(entry.path().string());
@@ -86,8 +86,8 @@ void makeAllOld(const std::string& top, kit::Random& random) {
 }
 
 TEST_F(FileManager, TheCopyDoesWhatThePlanSays) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     int seen[KazPlannedAction::Fail + 1] = {};
     for (int turn = 0; turn < 12; ++turn) {
         const std::string place = "turn" + std::to_string(turn);
@@ -140,7 +140,7 @@ TEST_F(FileManager, APlanThatRunsOutOfMemoryLeavesTheManagerUsable) {
     KazFileManager manager(tree.native("src").c_str());
     Planned planned;
     const KazString into = tree.native("dest").c_str();
-    const long points = kit::sweepAllocations(
+    const long points = moxkit::sweepAllocations(
         [&] {
             manager.plan(
                 into, "*", true, true, [](const KazPlannedAction&, void*) {}, nullptr);

@@ -2,8 +2,8 @@
 // The search path.
 #include "tools/config/KazFilePath.h"
 
-#include "kit/env.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/config/vstring.h"
 
 #include <gtest/gtest.h>
@@ -33,8 +33,8 @@ TEST(FilePath, NamesAreTrimmedCopiedAndComparedWithoutCase) {
 }
 
 TEST(FilePath, FindsInOrderAndExpandsLate) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv home("HOME", tree.path("home").c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv home("HOME", tree.path("home").c_str());
     tree.write("home/t/one", "");
     tree.write("two/one", "");
     tree.write("two/sub/deep", "");
@@ -69,8 +69,8 @@ TEST(FilePath, FindsInOrderAndExpandsLate) {
 }
 
 TEST(FilePath, AVariableMayHoldAList) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv home("HOME", tree.path().c_str());
     tree.write("a/one", "");
     tree.write("b/one", "");
     tree.write("b/two", "");
@@ -88,8 +88,8 @@ TEST(FilePath, AVariableMayHoldAList) {
 }
 
 TEST(FilePath, ExplicitNamesAreNotSearchedFor) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv home("HOME", tree.path("home").c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv home("HOME", tree.path("home").c_str());
     tree.write("dir/f", "");
     tree.write("home/f", "");
     const KazFilePath path(tree.native("dir").c_str());

@@ -2,9 +2,9 @@
 // File helpers: what they do alike on every host.
 #include "tools/files/tifiles.h"
 
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tree.h"
 
 #include <cerrno>
@@ -33,7 +33,7 @@ TEST(Files, CatfileJoinsIntoTheBufferOfAnArgument) {
 }
 
 TEST(Files, MakedirMakesParents) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     EXPECT_EQ(TI_makedir(tree.native("a/b/c").c_str()), 0);
     EXPECT_TRUE(fs::is_directory(tree.path("a/b/c")));
     EXPECT_EQ(TI_makedir(tree.path("a//b/c/").c_str()), 0);
@@ -56,7 +56,7 @@ TEST(Files, MakedirMakesParents) {
 }
 
 TEST(Files, FopenTakesBothSpellings) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     for (const std::string& path : {tree.native("f"), tree.path("f")}) {
         FILE* file = TI_fopen(path.c_str(), "w");
         ASSERT_NE(file, nullptr);
@@ -73,7 +73,7 @@ TEST(Files, FopenTakesBothSpellings) {
 }
 
 TEST(Files, ListingGivesEachMatchOnce) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string prefix = tree.native("d") + "\\";
     Names all = {prefix + ".", prefix + ".."};
     for (const std::string& name : tree::awkwardNames()) {
@@ -93,7 +93,7 @@ TEST(Files, ListingGivesEachMatchOnce) {
 
 /// Sizes around the borders between one read, many, and a copy in the kernel.
 TEST(Files, CopyKeepsContentsAndIsDatedNow) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     for (const std::size_t size : {0, 1, 65535, 65536, 65537, 5000000}) {
         std::string text(size, '\0');
         for (std::size_t i = 0; i < size; ++i)
@@ -113,7 +113,7 @@ TEST(Files, CopyKeepsContentsAndIsDatedNow) {
 }
 
 TEST(Files, CopyThatFailsChangesNothing) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("f", "text");
     tree.write("g", "other");
     tree.write("large", std::string(100000, 'x'));
@@ -139,8 +139,8 @@ TEST(Files, CopyThatFailsChangesNothing) {
 }
 
 TEST(Files, TemporaryFilesAreCreatedAndPrivate) {
-    const kit::TempTree tree;
-    const kit::ScopedEnv place("TMPDIR", tree.path("").c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv place("TMPDIR", tree.path("").c_str());
     Names names;
     for (int i = 0; i < 200; ++i)
         names.insert(

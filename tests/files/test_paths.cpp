@@ -3,10 +3,10 @@
 // harness of the same name.
 #include "tools/files/kazpath.h"
 
-#include "kit/env.h"
 #include "kit/host.h"
 #include "kit/table.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <array>
 #include <cstring>
@@ -53,7 +53,7 @@ std::string expected(const std::string& row, const std::string& here, const std:
 }
 
 TEST(Paths, FullPathIsTheSameTextOnEveryHost) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const fs::path before = fs::current_path();
     fs::current_path(tree.mkdir("one/two")); // deep enough to have one above it
     for (const auto& [path, full] : kit::pairs(fullPaths))
@@ -76,13 +76,13 @@ TEST(Paths, FullPathWhereThereIsNone) {
     EXPECT_EQ(str(kazFullPath(nullptr)), "");
     const std::string tooLong = "/x/" + std::string(5000, 'y');
     EXPECT_EQ(str(kazFullPath(tooLong.c_str())), tooLong);
-    const kit::TempTree tree;
-    const kit::ScopedEnv home("HOME", tree.path().c_str());
+    const moxkit::TempTree tree;
+    const moxkit::ScopedEnv home("HOME", tree.path().c_str());
     EXPECT_EQ(str(kazFullPath("~/x/../y")), tree.native("y"));
 }
 
 TEST(Paths, SameDirectory) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.mkdir("one");
     tree.mkdir("two");
     const char* const link = kit::hasDrives ? "one" : "link";

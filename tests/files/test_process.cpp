@@ -2,9 +2,9 @@
 // Process helpers: words of a command line, program names, and child processes.
 #include "tools/files/process.h"
 
-#include "kit/capture.h"
-#include "kit/env.h"
 #include "kit/host.h"
+#include "testkit/capture.h"
+#include "testkit/env.h"
 #include "tools/app/KazEditorsBase.h"
 #include "tools/app/editors.h"
 
@@ -71,7 +71,7 @@ TEST(Environment, ProgramNameOfAnEditor) {
 TEST(Shell, ShowsOutputBetweenStartAndEnd) {
     const std::string line = command("echo err >&2; printf 'one %%s\\ntwo'; exit 3",
                                      "echo err>&2& echo one %%s& exit 3");
-    kit::Capture capture;
+    moxkit::Capture capture;
     int signal = -1;
     EXPECT_EQ(shell_cmd(line.c_str(), &signal), 3);
     EXPECT_EQ(signal, 0);
@@ -100,7 +100,7 @@ TEST(Shell, StatusAndOutput) {
 }
 
 TEST(Environment, PutReachesChildren) {
-    const kit::ScopedEnv own("KIT_PUT", nullptr);
+    const moxkit::ScopedEnv own("KIT_PUT", nullptr);
     KazString output;
     EXPECT_EQ(TI_putenv("KIT_PUT", "a b=c"), 0);
     EXPECT_STREQ(std::getenv("KIT_PUT"), "a b=c");

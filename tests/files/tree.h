@@ -5,8 +5,8 @@
 #pragma once
 
 #include "kit/host.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 #include "tools/files/tifiles.h"
 
 #include <algorithm>
@@ -79,7 +79,7 @@ inline const std::vector<std::string>& awkwardNames() {
 
 /// Fills a directory with files and directories of awkward names, down to
 /// @p depth levels.
-inline void grow(const kit::TempTree& tree, const std::string& dir, kit::Random& random,
+inline void grow(const moxkit::TempTree& tree, const std::string& dir, moxkit::Random& random,
                  int depth) {
     const std::vector<std::size_t> sizes = {0, 1, 100, 65535, 65536, 65537, 200000};
     for (const std::string& name : awkwardNames()) {

@@ -3,10 +3,10 @@
 
 #include "tools/config/toolinfo.h"
 
-#include "kit/env.h"
-#include "kit/random.h"
 #include "kit/sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -36,8 +36,8 @@ protected:
     }
 
 private:
-    kit::TempTree tree_;
-    kit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
+    moxkit::TempTree tree_;
+    moxkit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
 };
 
 TEST_F(DateTime, EveryDayHasItsNames) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a report looks like in each format. That every sequence of calls gives a well-formed
 // document, also without memory, is held by fuzz/fuzz_doc_writer.cpp.
-#include "kit/process.h"
 #include "kit/sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/failures/KazFileException.h"
 #include "tools/formats/KazDocWriter.h"
 
@@ -254,7 +254,7 @@ std::string png(unsigned width, unsigned height) {
 }
 
 TEST(Documents, Pictures) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("p.png", png(96, 48));
     const std::string jpeg("\xFF\xD8\xFF\xE0\0\4xx\xFF\xFF\xC0\0\x0B\x08\0\x20\0\x40rest", 22);
     tree.write("p.jpg", jpeg);
@@ -293,18 +293,18 @@ TEST(Documents, Pictures) {
 }
 
 TEST(Documents, WithoutMemoryAFileIsTheOldOneOrTheNewOne) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string path = tree.write("report", "old"), text(5000, '<');
     for (const doc_format_enum format : {doc_html, doc_rtf, doc_mif, doc_interleaf}) {
         const Doc doc = make(format);
         doc->paragraph(text.c_str());
         const std::string expected = doc->finish().getValue();
-        EXPECT_GT(kit::sweepAllocations([&] { doc->write(path.c_str()); },
-                                        [&] {
-                                            const std::string now = tree.read("report");
-                                            EXPECT_TRUE(now == "old" || now == expected);
-                                            tree.write("report", "old");
-                                        }),
+        EXPECT_GT(moxkit::sweepAllocations([&] { doc->write(path.c_str()); },
+                                           [&] {
+                                               const std::string now = tree.read("report");
+                                               EXPECT_TRUE(now == "old" || now == expected);
+                                               tree.write("report", "old");
+                                           }),
                   0);
         EXPECT_EQ(tree.read("report"), expected);
         tree.write("report", "old");
@@ -312,7 +312,7 @@ TEST(Documents, WithoutMemoryAFileIsTheOldOneOrTheNewOne) {
 }
 
 TEST(Documents, AFileThatCannotBeWrittenIsThrown) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const Doc doc = make(doc_rtf);
     doc->paragraph("text");
     try {
@@ -329,10 +329,10 @@ TEST(Documents, AFileThatCannotBeWrittenIsThrown) {
 
 /// The tool of docs/guide-reports.md.
 TEST(Documents, TheGuidesReport) {
-    const kit::TempTree tree;
-    kit::RunOptions options;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.cwd = tree.path();
-    const kit::Result result = kit::run({"guide_report"}, options);
+    const moxkit::Result result = moxkit::run({"guide_report"}, options);
     EXPECT_EQ(result.status, 0) << result.err;
     const std::array<const char*, 4> parts[] = {
         {"report.html", "the &lt;brewery&gt; &amp; what", "<b>empty</b>", "<a href=\"#tanks\">"},

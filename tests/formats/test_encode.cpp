@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of characters and formats by examples; what was encoded comes back in
 // fuzz/fuzz_encode.cpp.
-#include "kit/alloc_failure.h"
 #include "kit/table.h"
+#include "testkit/alloc_failure.h"
 #include "tools/formats/encode.h"
 
 #include <clocale>
@@ -148,7 +148,7 @@ TEST(Encode, PrintableInEveryLocale) {
 
 TEST(Encode, MemoryThatRunsOutLeavesTheStringAsItWas) {
     KazString out = "before";
-    EXPECT_GT(kit::sweepAllocations(
+    EXPECT_GT(moxkit::sweepAllocations(
                   [&] { kazAppendEncoded(out, doc_mif, std::string(100, '<').c_str(), -1); },
                   [&] { EXPECT_STREQ(out, "before"); }),
               0);

@@ -3,11 +3,11 @@
 
 #include "tools/config/toolinfo.h"
 
-#include "kit/env.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "kit/table.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -72,13 +72,13 @@ protected:
         date_set_language(nullptr);
     }
 
-    kit::Random rng_{kit::seed()};
+    moxkit::Random rng_{moxkit::seed()};
 
-    kit::TempTree tree_;
+    moxkit::TempTree tree_;
 
 private:
-    testing::ScopedTrace trace_{__FILE__, __LINE__, kit::seedText()};
-    kit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
+    testing::ScopedTrace trace_{__FILE__, __LINE__, moxkit::seedText()};
+    moxkit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
 };
 
 TEST_F(Partime, ADateHasManyForms) {
@@ -331,11 +331,11 @@ TEST_F(Partime, AgesComeBackWithinAUnit) {
 }
 
 TEST_F(Partime, TheToolOfTheGuideTellsWhatADateMeans) {
-    kit::RunOptions run;
+    moxkit::RunOptions run;
     run.env = {{"ToolInfo", tree_.write("ToolInfo", "date_language = nl\ndate_order = mdy\n")},
                {"TZ", "UTC0"}};
     const auto say = [&](const std::string& text) {
-        const kit::Result result = kit::run({"dates_guide", text}, run);
+        const moxkit::Result result = moxkit::run({"dates_guide", text}, run);
         return std::to_string(result.status) + result.out + result.err;
     };
     EXPECT_EQ(say("3/4/2026"), "04 maart 2026\n");
@@ -343,7 +343,7 @@ TEST_F(Partime, TheToolOfTheGuideTellsWhatADateMeans) {
     EXPECT_EQ(say("now, sort of"), "1not understood as a date: sort of\n");
     EXPECT_TRUE(say("3 days ago").ends_with(" (3 days ago)\n"));
     // Without any configuration the defaults hold.
-    run.env["ToolInfo"] = run.env["TOOLINFO"] = kit::unset;
+    run.env["ToolInfo"] = run.env["TOOLINFO"] = moxkit::unset;
     run.env["HOME"] = tree_.path("none");
     EXPECT_EQ(say("13/4/2026"), "013 April 2026\n");
     EXPECT_TRUE(say("3/4/2026").starts_with("1day and month cannot be told apart"));

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 void kit::sweepQuestion(const std::string& name, const std::function<std::string()>& ask,
-                        const std::vector<FailAllocation::Mode>& modes) {
+                        const std::vector<moxkit::FailAllocation::Mode>& modes) {
     SCOPED_TRACE(name);
     const std::string expected = ask();
     for (const auto mode : modes) {

@@ -3,7 +3,7 @@
 /// Questions that are asked again and again while memory fails.
 #pragma once
 
-#include "kit/alloc_failure.h"
+#include "testkit/alloc_failure.h"
 
 #include <functional>
 #include <string>
@@ -15,7 +15,7 @@ namespace kit {
 /// @p modes: it throws KazMemoryException or gives its answer, and gives it when
 /// it is asked once more.
 void sweepQuestion(const std::string& name, const std::function<std::string()>& ask,
-                   const std::vector<FailAllocation::Mode>& modes = {FailAllocation::once,
-                                                                     FailAllocation::onward});
+                   const std::vector<moxkit::FailAllocation::Mode>& modes = {
+                       moxkit::FailAllocation::once, moxkit::FailAllocation::onward});
 
 } // namespace kit

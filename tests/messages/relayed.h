@@ -3,8 +3,8 @@
 /// The fixture of the tests of tools that run tools.
 #pragma once
 
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -27,17 +27,17 @@ protected:
         options.cwd = tree.path();
         options.env = {{"ToolInfo", tree.write("ToolInfo", "")},
                        {"KAZ_DIALOGUE", "a"},
-                       {"KAZ_PROGRESS_FD", kit::unset}};
+                       {"KAZ_PROGRESS_FD", moxkit::unset}};
     }
 
     static Words running(int share, const Words& child) {
         const Words line = {"run", std::to_string(share), std::to_string(child.size() + 1),
-                            kit::binDirectory() + "/relay_tool"};
+                            moxkit::binDirectory() + "/relay_tool"};
         return joined(line, child);
     }
 
-    kit::Result relay(const Words& words) {
-        return kit::run(joined({"relay_tool"}, words), options);
+    moxkit::Result relay(const Words& words) {
+        return moxkit::run(joined({"relay_tool"}, words), options);
     }
 
     /// The recording in short: "N %", "> " output of children, "! " errors, ". " messages; each
@@ -51,8 +51,8 @@ protected:
         return result['%'] + result['>'] + result['!'] + result['.'];
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 
 private:
     static void addInShort(std::map<char, std::string>& result, const std::string& line) {

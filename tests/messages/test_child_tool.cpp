@@ -12,7 +12,7 @@ TEST_F(ChildTool, IsAStepOfItsParentsProgress) {
     const Words child = {"start", "Inner", "add",    "25",   "say", "one",  "add", "25",
                          "err",   "two",   "second", "tell", "it",  "half", "rest"};
     const Words line = joined({"start", "Outer", "add", "10"}, running(40, child), {"add", "10"});
-    const kit::Result result = relay(line);
+    const moxkit::Result result = relay(line);
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(told(), "10 % 20 % 30 % 50 % 60 % > one > Second ....................it > rest "
                       "! two . status 0 ");
@@ -30,7 +30,7 @@ TEST_F(ChildTool, TellsHowItsChildEnded) {
     relay(joined({"start", "Outer"}, running(10, {"ask", "exit", "3"}), running(20, {"deaf"})));
     EXPECT_EQ(told(), "10 % 30 % > Q: ? [Yes]/No reply 0 . status 3 . status 0 ");
 
-    const kit::Result result = relay({"start", "Outer", "run", "50", "1", "nosuchtool"});
+    const moxkit::Result result = relay({"start", "Outer", "run", "50", "1", "nosuchtool"});
     EXPECT_EQ(told(), "50 % ! \"nosuchtool\" could not be started: No such file or directory "
                       ". status -1 ");
     EXPECT_EQ(result.status, 0);

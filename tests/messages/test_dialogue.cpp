@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What tools say and are told is written down, and what is written down can be played again.
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -56,29 +56,29 @@ protected:
     Dialogue() {
         options.cwd = tree.path();
         options.input = "yes\nbrewery\n\n";
-        options.env = {{"ToolInfo", tree.write("ToolInfo", "")}, {"KAZ_DIALOGUE", kit::unset}};
+        options.env = {{"ToolInfo", tree.write("ToolInfo", "")}, {"KAZ_DIALOGUE", moxkit::unset}};
     }
 
-    kit::Result record(const std::vector<std::string>& arguments, const std::string& to = "a") {
-        kit::RunOptions recorded = options;
+    moxkit::Result record(const std::vector<std::string>& arguments, const std::string& to = "a") {
+        moxkit::RunOptions recorded = options;
         recorded.env["KAZ_DIALOGUE"] = to;
         std::vector<std::string> line = {"dialogue_tool"};
         line.insert(line.end(), arguments.begin(), arguments.end());
-        return kit::run(line, recorded);
+        return moxkit::run(line, recorded);
     }
 
     /// What moxtool says of it, behind its status.
     std::string replay(const std::vector<std::string>& words = {"a"}) {
         std::vector<std::string> line = {"moxtool", "replay"};
         line.insert(line.end(), words.begin(), words.end());
-        const kit::Result result = kit::run(line, options);
+        const moxkit::Result result = moxkit::run(line, options);
         std::string text = result.err + result.out;
         std::erase(text, '\r');
         return std::to_string(result.status) + " " + text;
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST_F(Dialogue, IsWrittenDownWhateverTheDirectorAndPlaysAgain) {
@@ -87,12 +87,12 @@ TEST_F(Dialogue, IsWrittenDownWhateverTheDirectorAndPlaysAgain) {
     const std::string oddInJson = kit::hasDrives ? R"("a \"b\"")" : R"("a \"b\"\udcff")";
     for (const std::string director : {"console", "terminal", "mute"}) {
         const bool isMute = director == "mute";
-        const kit::Result result = record({director, odd});
+        const moxkit::Result result = record({director, odd});
         EXPECT_EQ(result.status, 5);
         EXPECT_EQ(tree.read("a"), startLine('"' + director + "\"," + oddInJson) +
                                       saidLines(isMute ? "2" : "0", isMute ? "plant" : "brewery") +
                                       endLine);
-        const kit::Result plain = kit::run({"dialogue_tool", director, odd}, options);
+        const moxkit::Result plain = moxkit::run({"dialogue_tool", director, odd}, options);
         EXPECT_EQ(plain.out + plain.err, result.out + result.err);
         EXPECT_EQ(replay(), "0 ");
     }
@@ -114,7 +114,7 @@ TEST_F(Dialogue, EndsWithWhatEndsTheTool) {
 }
 
 TEST_F(Dialogue, IsOfTheOutermostToolAndALogOfAll) {
-    const std::string nested = '"' + kit::binDirectory() + "/dialogue_tool\" mute";
+    const std::string nested = '"' + moxkit::binDirectory() + "/dialogue_tool\" mute";
     options.env["LC_ALL"] = "C";
     EXPECT_EQ(record({"mute", "nested", nested}).status, 5);
     const std::string text = tree.read("a");
@@ -141,7 +141,7 @@ TEST_F(Dialogue, IsOfTheOutermostToolAndALogOfAll) {
 }
 
 TEST_F(Dialogue, ThatCannotBeWrittenCostsTheToolNothing) {
-    const kit::Result plain = kit::run({"dialogue_tool", "mute"}, options);
+    const moxkit::Result plain = moxkit::run({"dialogue_tool", "mute"}, options);
     tree.mkdir("directory");
     std::vector<std::pair<std::string, std::string>> places = {
         {"directory", "Is a directory"}, {"none/a", "No such file or directory"}};
@@ -149,7 +149,7 @@ TEST_F(Dialogue, ThatCannotBeWrittenCostsTheToolNothing) {
         places.emplace_back(kit::fullDevice(), "No space left on device");
     for (const auto& [place, reason] : places)
         for (const std::string prefix : {"", "+"}) {
-            const kit::Result result = record({"mute"}, prefix + place);
+            const moxkit::Result result = record({"mute"}, prefix + place);
             std::string err = result.err;
             std::erase(err, '\r');
             EXPECT_EQ(err, "KAZ_DIALOGUE: cannot write '" + place + "': " + reason + "\n");
@@ -235,17 +235,17 @@ TEST_F(Dialogue, WhatIsNoRecordingIsRefused) {
 TEST_F(Dialogue, AToolWithADirectorOfItsOwnIsRecordedToo) {
     options.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir=" + tree.path("copies") + "\n");
     tree.write("plant/brewery/mashing.dgm", "text");
-    kit::RunOptions recorded = options;
+    moxkit::RunOptions recorded = options;
     recorded.env["KAZ_DIALOGUE"] = "a";
     const std::vector<std::string> copy = {"moxcopy", "-projdir", "plant", "-system", "brewery"};
-    EXPECT_EQ(kit::run(copy, recorded).status, 0);
+    EXPECT_EQ(moxkit::run(copy, recorded).status, 0);
     const std::string first = tree.read("a");
     EXPECT_NE(first.find("{\"event\":\"progress-start\",\"id\":1,"), first.npos) << first;
     EXPECT_TRUE(first.ends_with("{\"event\":\"end\",\"status\":0}\n")) << first;
 
     // The second time it asks, and the recorded answer decides.
     recorded.input = "n\n";
-    kit::run(copy, recorded);
+    moxkit::run(copy, recorded);
     EXPECT_NE(tree.read("a").find("{\"event\":\"question\","), std::string::npos);
     EXPECT_EQ(replay(), "0 ");
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/capture.h"
 #include "logging_director.h"
+#include "testkit/capture.h"
 #include "tools/messages/messages.h"
 
 #include <gtest/gtest.h>
@@ -68,8 +68,8 @@ TEST(Director, FallenBackItShowsEverythingOnTheConsole) {
     director.giveUp();
     EXPECT_EQ(KazIODirector::getInstance(), &director);
 
-    kit::ScopedInput input("no\nline\n");
-    kit::Capture capture;
+    moxkit::ScopedInput input("no\nline\n");
+    moxkit::Capture capture;
     EXPECT_EQ(tty_start("make"), 0);
     tty_end(0);
     print_msg("message");
@@ -124,7 +124,7 @@ TEST(Director, EachFallsBackToTheOneBeforeThatIsStillThere) {
     third.reset();
     refused.reset();
     first.reset();
-    kit::Capture capture;
+    moxkit::Capture capture;
     print_msg("console");
     EXPECT_EQ(capture.out(), "console\n");
 }
@@ -132,7 +132,7 @@ TEST(Director, EachFallsBackToTheOneBeforeThatIsStillThere) {
 TEST(Console, ANewlineFollowsUnlessTheFormatEndsInOne) {
     const char* empty = "";
     const char* none = nullptr;
-    kit::Capture capture;
+    moxkit::Capture capture;
     print_msg("done\n");
     print_msg("done");
     print_msg("%s", "done\n");
@@ -160,8 +160,8 @@ TEST(ConsoleDeathTest, AFatalErrorEndsTheProcessWithStatus1) {
 
 void expectConfirmation(int type, int defaultReply, const std::string& list,
                         const std::string& text, int reply) {
-    kit::ScopedInput input(text);
-    kit::Capture capture;
+    moxkit::ScopedInput input(text);
+    moxkit::Capture capture;
     EXPECT_EQ(KazIODirector::confirm("Save", "Discard %d?",
                                      static_cast<KazIODirector::DialogType>(type),
                                      static_cast<KazIODirector::Reply>(defaultReply)),
@@ -213,8 +213,8 @@ TEST(Console, UserInputIsOneLineAndKeepsTheResultWithoutOne) {
     std::string typed, prompts;
     for (const auto& [line, answer] : lines)
         typed += line;
-    kit::ScopedInput input(typed);
-    kit::Capture capture;
+    moxkit::ScopedInput input(typed);
+    moxkit::Capture capture;
     bool echo = false;
     for (const auto& [line, answer] : lines) {
         KazString result("before");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/alloc_failure.h"
-#include "kit/capture.h"
 #include "logging_director.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/capture.h"
 #include "tools/messages/KazConsoleProgress.h"
 #include "tools/messages/KazMsgProgressHandle.h"
 #include "tools/messages/KazNGProgress.h"
@@ -69,7 +69,7 @@ TEST(Progress, ADerivedClassMayDoWhatItLikes) {
 
 TEST(ConsoleProgress, ADotForEveryFivePercent) {
     KazConsoleProgress progress;
-    kit::Capture capture;
+    moxkit::Capture capture;
     double before = 0;
     for (int value : {3, 27, 27, 29, 30, 99, 100}) {
         EXPECT_EQ(progress.set(value, true), before);
@@ -80,7 +80,7 @@ TEST(ConsoleProgress, ADotForEveryFivePercent) {
 
 TEST(DirectorProgress, NumbersCountAndDotsFollowTheTitle) {
     removeConsoleDirector();
-    kit::Capture capture;
+    moxkit::Capture capture;
     EXPECT_EQ(KazIODirector::progressStart("Copying 100%d", 7), 1);
     KazIODirector::progressIncrement(1, 12, false);
     KazIODirector::progressMsg(1, 3, "at %s", "x");
@@ -104,11 +104,11 @@ TEST(DirectorProgress, NumbersCountAndDotsFollowTheTitle) {
 TEST(DirectorProgress, AStartThatFailsLeavesNothingBehind) {
     removeConsoleDirector();
     KazIODirector::getInstance();
-    kit::Capture capture;
+    moxkit::Capture capture;
     const KazString title("copy");
     int started = 0;
-    EXPECT_GT(kit::sweepAllocations([&] { started = KazIODirector::progressStart(title, 0); },
-                                    [&] { EXPECT_EQ(started, 0); }),
+    EXPECT_GT(moxkit::sweepAllocations([&] { started = KazIODirector::progressStart(title, 0); },
+                                       [&] { EXPECT_EQ(started, 0); }),
               1);
     const std::string before = capture.out();
     KazIODirector::progressIncrement(started, 10, false);
@@ -144,7 +144,7 @@ TEST(ProgressHandle, ACancelHandlerThatThrowsIsAskedAgain) {
 
 TEST(MsgProgressHandle, ShowsTheMessageAgainAsAFormatWithoutArguments) {
     const std::string longText(3000, 'x');
-    kit::Capture capture;
+    moxkit::Capture capture;
     KazMsgProgressHandle handle("work", 0);
     handle.msg(1, "%s", "line\n");
     handle.msg(1, "%s", "50%% of %s %n %5.2f %%%");

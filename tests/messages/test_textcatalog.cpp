@@ -3,11 +3,11 @@
 // is tried in processes of their own (config_probe). Which text a lookup finds is
 // the fuzz harness's to test.
 
-#include "kit/alloc_failure.h"
-#include "kit/director.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
 #include "programs/moxmsg/message_file.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/director.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include <gtest/gtest.h>
@@ -26,14 +26,14 @@ using kaz::detail::MessageCatalog;
 const std::string reason = std::string(std::strerror(EDOM)) + "\n";
 
 /// Runs the probe with @p toolInfo as configuration and @p script as commands.
-kit::Result probe(const std::string& toolInfo, const std::string& script,
-                  const std::string& directory = {}) {
-    static const kit::TempTree tree;
-    kit::RunOptions options;
+moxkit::Result probe(const std::string& toolInfo, const std::string& script,
+                     const std::string& directory = {}) {
+    static const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", toolInfo);
     options.input = script;
     options.cwd = directory;
-    const kit::Result result = kit::run({"config_probe"}, options);
+    const moxkit::Result result = moxkit::run({"config_probe"}, options);
     EXPECT_EQ(result.status, 0) << result.err;
     return result;
 }
@@ -47,7 +47,7 @@ TEST(TextCatalog, WithoutAFile) {
     const std::string complaint = "Could not initialize text from file\n";
     const std::string script = "stats\nlook\t1\nperror\t0\n";
     for (const char* file : {"/no/such/file", "/", "/dev/null"}) {
-        const kit::Result shown =
+        const moxkit::Result shown =
             probe("msg_file=" + std::string(file) + "\nTextStats=ye\n", script);
         EXPECT_EQ(shown.out, "\n\n\n");
         EXPECT_EQ(shown.err, "Text tables not initialized\n" + complaint + complaint + reason)
@@ -59,12 +59,12 @@ TEST(TextCatalog, WithoutAFile) {
 }
 
 TEST(TextCatalog, RegisteredTexts) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("file", messageFile({{300, {"from\tthe file"}}, {2, {"No"}}}));
     const std::string script =
         "putno\t300\ty\nlook\t300\nput\tx\nput\nlook\t15873\nlook\t15874\ncopy\t2\n"
         "perror\t2\nstats\nstats\n";
-    const kit::Result result =
+    const moxkit::Result result =
         probe("msg_file=" + tree.native("file") + "\nTextStats=no\n", script, tree.path());
     EXPECT_EQ(result.out, "300\nfrom\tthe file\n15873\n15874\nx\n\nNo\n\n\n\n");
     EXPECT_EQ(result.err, "No: " + reason);
@@ -76,29 +76,29 @@ TEST(TextCatalog, RegisteredTexts) {
 }
 
 TEST(TextCatalog, ATextOfOnesOwnIsReplacedByOneWithTheSameArguments) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("file", messageFile({{1, {"%2$d von %1$-9s"}}, {2, {"%d"}}, {3, {"100%"}}}));
     const std::string script = "text\t1\t%s: %i\ntext\t1\t%s\ntext\t2\t%s\ntext\t3\tall\n"
                                "text\t4\tnone\ntext\t1\t%s: %i\n";
     const std::string english = "%s: %i\n%s\n%s\nall\nnone\n%s: %i\n";
-    const kit::Result found = probe("msg_file=" + tree.native("file") + "\n", script);
+    const moxkit::Result found = probe("msg_file=" + tree.native("file") + "\n", script);
     EXPECT_EQ(found.out, "%2$d von %1$-9s\n%s\n%s\nall\nnone\n%2$d von %1$-9s\n");
     EXPECT_EQ(found.err, "");
-    const kit::Result silent = probe("", script);
+    const moxkit::Result silent = probe("", script);
     EXPECT_EQ(silent.out + silent.err, english);
-    const kit::Result told = probe("msg_file=" + tree.native("none") + "\n", script);
+    const moxkit::Result told = probe("msg_file=" + tree.native("none") + "\n", script);
     EXPECT_EQ(told.out, english);
     EXPECT_EQ(told.err, "Cannot read the message file '" + tree.native("none") + "'\n");
     // Looking for a variable would be a fatal error.
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.path("none");
     options.input = script;
-    const kit::Result alone = kit::run({"config_probe"}, options);
+    const moxkit::Result alone = moxkit::run({"config_probe"}, options);
     EXPECT_EQ(alone.out + alone.err, english);
 }
 
 kaz::host::ReadableFile openFile(KazString& name) {
-    static const kit::TempTree tree;
+    static const moxkit::TempTree tree;
     static const std::string file = tree.write("file", messageFile({{1, {"one"}}, {300, {"two"}}}));
     name = file.c_str();
     return kaz::host::ReadableFile(file.c_str());
@@ -117,12 +117,12 @@ int countFound(MessageCatalog& catalog) {
 }
 
 TEST(TextCatalog, WithoutMemoryTheNextLookupTriesAgain) {
-    const kit::RecordingDirector director;
+    const moxkit::RecordingDirector director;
     MessageCatalog(openFile).look(1); // makes the file
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         std::optional<MessageCatalog> catalog;
         int found = 0, unread = 0;
-        const long failed = kit::sweepAllocations(
+        const long failed = moxkit::sweepAllocations(
             [&] {
                 found = 0;
                 catalog.emplace(openFile);
@@ -145,7 +145,7 @@ TEST(TextCatalog, WithoutMemoryTheNextLookupTriesAgain) {
 }
 
 TEST(TextCatalog, AMissReadsWhatTheFileHoldsThen) {
-    static const kit::TempTree tree;
+    static const moxkit::TempTree tree;
     const auto open = [](KazString&) { return kaz::host::ReadableFile(tree.path("f").c_str()); };
     std::string bytes = messageFile({{1, {"one"}}, {2, {"two"}}, {3, {"three"}}});
     tree.write("f", bytes);
@@ -163,7 +163,7 @@ TEST(TextCatalog, AMissReadsWhatTheFileHoldsThen) {
 
 TEST(TextCatalog, WithoutMemoryForItsEntryATextIsNotRegistered) {
     MessageCatalog catalog(openFile);
-    const kit::FailAllocation failure(1, kit::FailAllocation::onward);
+    const moxkit::FailAllocation failure(1, moxkit::FailAllocation::onward);
     EXPECT_EQ(catalog.put("text", 5), 0);
 }
 

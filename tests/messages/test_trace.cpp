@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -17,12 +17,12 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-kit::Result traced(const Words& arguments, const std::string& environment) {
+moxkit::Result traced(const Words& arguments, const std::string& environment) {
     Words argv{"trace_tool"};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.env["KAZ_TRACE"] = environment;
-    return kit::run(argv, options);
+    return moxkit::run(argv, options);
 }
 
 std::string without(std::string text, char c) {
@@ -44,8 +44,8 @@ struct Model {
 };
 
 TEST(Trace, WritesWhatIsAskedForAndEvaluatesNothingElse) {
-    const kit::TempTree tree;
-    kit::Random random(kit::seed());
+    const moxkit::TempTree tree;
+    moxkit::Random random(moxkit::seed());
     const Words names{"a", "b", "ab", "outside", "A"};
     const auto anyName = [&] { return names[static_cast<std::size_t>(random.below(5))]; };
     for (int run = 0; run < 40; ++run) {
@@ -80,8 +80,8 @@ TEST(Trace, WritesWhatIsAskedForAndEvaluatesNothingElse) {
         if (model.hasFile)
             model.trace("outside", "after main");
 
-        const kit::Result result = traced(arguments, environment);
-        SCOPED_TRACE(environment + kit::seedText());
+        const moxkit::Result result = traced(arguments, environment);
+        SCOPED_TRACE(environment + moxkit::seedText());
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, model.error);
         EXPECT_EQ(result.out, std::to_string(model.evaluations) + " evaluations\n");
@@ -92,7 +92,7 @@ TEST(Trace, WritesWhatIsAskedForAndEvaluatesNothingElse) {
 }
 
 TEST(Trace, AFileAloneMeansAllTopics) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const Words arguments{"-trace_file", tree.path("file"), "any=x", "config=y"};
     EXPECT_EQ(traced(arguments, "").err, "");
     EXPECT_EQ(tree.read("file"),
@@ -104,7 +104,7 @@ TEST(Trace, AFileAloneMeansAllTopics) {
 }
 
 TEST(Trace, AFileThatCannotBeWrittenIsSaidOnce) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     std::vector<std::pair<std::string, std::string>> cases{
         {tree.mkdir("directory"), "Is a directory"},
         {tree.path("none/file"), "No such file or directory"},
@@ -112,7 +112,8 @@ TEST(Trace, AFileThatCannotBeWrittenIsSaidOnce) {
     if (!kit::fullDevice().empty())
         cases.emplace_back(kit::fullDevice(), "No space left on device");
     for (const auto& [file, reason] : cases) {
-        const kit::Result result = traced({"-trace", "a", "-trace_file", file, "a=1", "a=2"}, "");
+        const moxkit::Result result =
+            traced({"-trace", "a", "-trace_file", file, "a=1", "a=2"}, "");
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "-trace_file: cannot write '" + file + "': " + reason +
                                   "\ntrace a: 1\ntrace a: 2\n");
@@ -120,10 +121,10 @@ TEST(Trace, AFileThatCannotBeWrittenIsSaidOnce) {
 }
 
 TEST(Trace, ADialogueHasThemToo) {
-    const kit::TempTree tree;
-    kit::RunOptions options;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["KAZ_DIALOGUE"] = tree.path("dialogue");
-    const kit::Result result = kit::run({"trace_tool", "-trace", "a", "a=1", "b=2"}, options);
+    const moxkit::Result result = moxkit::run({"trace_tool", "-trace", "a", "a=1", "b=2"}, options);
     EXPECT_EQ(result.err, "trace a: 1\n");
     EXPECT_NE(tree.read("dialogue").find(R"({"event":"trace","topic":"a","text":"1"})"),
               std::string::npos)
@@ -132,12 +133,12 @@ TEST(Trace, ADialogueHasThemToo) {
 
 TEST(Trace, WhoIsCompletingALineSeesNone) {
     for (const char* word : {"--complete", "--describe", "-help"}) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.env["KAZ_TRACE"] = "all";
-        EXPECT_EQ(kit::run({"moxcopy", word, "1", "-system", ""}, options).err, "") << word;
+        EXPECT_EQ(moxkit::run({"moxcopy", word, "1", "-system", ""}, options).err, "") << word;
     }
     // A line that is not accepted asks for nothing, and its file stays as it is.
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("file", "old");
     EXPECT_EQ(traced({"-trace_file", tree.path("file"), "-nonsense"}, "").status, 2);
     EXPECT_EQ(traced({"--explain", "-trace_file", tree.path("file")}, "").status, 0);
@@ -151,7 +152,8 @@ protected:
         tree.write("project/s/one.dgm", "x");
         tree.write("texts", "201 Done '%s'\n");
         EXPECT_EQ(
-            kit::run({"moxmsg", "-source", tree.path("texts"), "-output", tree.path("msg")}).status,
+            moxkit::run({"moxmsg", "-source", tree.path("texts"), "-output", tree.path("msg")})
+                .status,
             0);
         tree.write("info",
                    "msg_file=" + tree.native("msg") + "\nToolInfo=" + tree.native("gone") + "\n");
@@ -160,10 +162,10 @@ protected:
 
     /// The traces of a copy, whose own output is as ever.
     Words tracesOf(const std::string& topic) {
-        const kit::Result result =
-            kit::run({"moxcopy", "-projdir", tree.path("project"), "-system", "s", "-target",
-                      tree.path("copies"), "-Force", "-Quiet", "-trace", topic},
-                     options);
+        const moxkit::Result result =
+            moxkit::run({"moxcopy", "-projdir", tree.path("project"), "-system", "s", "-target",
+                         tree.path("copies"), "-Force", "-Quiet", "-trace", topic},
+                        options);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.out, "");
         Words traces;
@@ -183,8 +185,8 @@ protected:
         }
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST_F(TraceOfTheLibrary, ShowsWhereTheConfigurationComesFrom) {
@@ -207,8 +209,8 @@ TEST_F(TraceOfTheLibrary, ShowsFilesMessagesAndArguments) {
     // What fails says why.
     options.env["KAZ_TRACE"] = "files";
     const std::string file = tree.path("none/file");
-    const kit::Result result =
-        kit::run({"moxmsg", "-source", tree.path("texts"), "-output", file}, options);
+    const moxkit::Result result =
+        moxkit::run({"moxmsg", "-source", tree.path("texts"), "-output", file}, options);
     EXPECT_EQ(result.err.substr(0, result.err.rfind(file)),
               "trace files: open " + tree.path("texts") + "\ntrace files: write " + file +
                   ": No such file or directory\n");

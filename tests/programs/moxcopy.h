@@ -4,9 +4,9 @@
 #pragma once
 
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 /// Relative names of everything below a directory: the text of a file, "/" for a
 /// directory, "@" for anything else.
-inline std::map<std::string, std::string> contents(const kit::TempTree& tree,
+inline std::map<std::string, std::string> contents(const moxkit::TempTree& tree,
                                                    const std::string& top) {
     std::map<std::string, std::string> result;
     if (!fs::exists(tree.path(top)))
@@ -50,7 +50,7 @@ protected:
     }
 
     void makeSystem() {
-        kit::Random random(kit::seed());
+        moxkit::Random random(moxkit::seed());
         for (const std::string name :
              {"mashing.dgm", "tank control.dgm", "a_b.dgm", "a_bc.dgm", "filestore/mashing.1",
               "filestore/mashing.2", ".sys_file_mode", "100%s%n.txt", "~", "C:x", "line\nfeed",
@@ -62,17 +62,18 @@ protected:
         fs::permissions(tree.path("plant/brewery/zero"), fs::perms(0640));
     }
 
-    kit::Result copy(std::vector<std::string> arguments, kit::RunOptions options = {}) {
+    moxkit::Result copy(std::vector<std::string> arguments, moxkit::RunOptions options = {}) {
         arguments.insert(arguments.begin(), {program, "-projdir", "plant", "-system", "brewery"});
         return runTool(arguments, options);
     }
 
-    kit::Result runTool(const std::vector<std::string>& arguments, kit::RunOptions options = {}) {
+    moxkit::Result runTool(const std::vector<std::string>& arguments,
+                           moxkit::RunOptions options = {}) {
         options.cwd = tree.path();
-        options.env["ToolInfo"] = kit::unset;
-        options.env["TOOLINFO"] = kit::unset;
+        options.env["ToolInfo"] = moxkit::unset;
+        options.env["TOOLINFO"] = moxkit::unset;
         options.env["HOME"] = tree.path();
-        return kit::run(arguments, options);
+        return moxkit::run(arguments, options);
     }
 
     std::set<std::string> names(const std::string& directory) {
@@ -91,7 +92,7 @@ protected:
         return true;
     }
 
-    kit::TempTree tree;
+    moxkit::TempTree tree;
     const std::string program = kit::placeProgram("moxcopy", tree.mkdir("suite/bin"));
 };
 

@@ -3,8 +3,8 @@
 /// The fixture of the tests of moxmsg.
 #pragma once
 
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -15,20 +15,20 @@ namespace moxmsg_test {
 
 class MoxMsg : public testing::Test {
 protected:
-    kit::Result run(std::vector<std::string> arguments) {
+    moxkit::Result run(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "moxmsg");
-        return kit::run(arguments, options);
+        return moxkit::run(arguments, options);
     }
     std::string compile(const std::string& source) {
-        const kit::Result result =
+        const moxkit::Result result =
             run({"-source", tree.write("source", source), "-output", tree.path("file")});
         EXPECT_EQ(result.status, 0) << result.err;
         return tree.read("file");
     }
     std::string list() { return run({"-file", tree.path("file")}).out; }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 } // namespace moxmsg_test

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "fuzz/document_readers.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -19,14 +19,17 @@ class MoxReport : public testing::Test {
 protected:
     MoxReport() {
         options.cwd = tree.path();
-        options.env = {{"LC_ALL", "C"},          {"TZ", "UTC0"},
-                       {"HOME", tree.path()},    {"ToolInfo", tree.write("ToolInfo", "")},
-                       {"TOOLINFO", kit::unset}, {"SOURCE_DATE_EPOCH", "1700000000"}};
+        options.env = {{"LC_ALL", "C"},
+                       {"TZ", "UTC0"},
+                       {"HOME", tree.path()},
+                       {"ToolInfo", tree.write("ToolInfo", "")},
+                       {"TOOLINFO", moxkit::unset},
+                       {"SOURCE_DATE_EPOCH", "1700000000"}};
     }
 
-    kit::Result run(std::vector<std::string> arguments) {
+    moxkit::Result run(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "moxreport");
-        return kit::run(arguments, options);
+        return moxkit::run(arguments, options);
     }
 
     /// The text of a report of the project "plant", which a strict reader has to accept.
@@ -36,8 +39,8 @@ protected:
     }
 
     /// In memory: thousands of files take their time on a disk.
-    kit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
-    kit::RunOptions options;
+    moxkit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::RunOptions options;
 };
 
 /// Each text behind the one before it.

@@ -95,7 +95,7 @@ TEST_F(MoxCopy, SaysWhatIsWrongAndHowItIsUsed) {
         EXPECT_EQ(result.err, "moxcopy: " + message + "\nmoxcopy -help shows how it is used\n");
         EXPECT_EQ(result.out, "");
     }
-    const kit::Result help = runTool({program, "-zzz", "-help"});
+    const moxkit::Result help = runTool({program, "-zzz", "-help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(
         help.out.starts_with("usage: moxcopy -projdir DIR -system NAME [-target DIR] "
@@ -197,7 +197,7 @@ TEST_F(MoxCopy, AsksBeforeItOverwrites) {
     tree.write("copies/brewery/own/notes.txt", "kept");
     const auto before = contents(tree, "copies");
     for (const char* answer : {"", "\n", "no\n", "what\n"}) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.input = answer;
         auto result = copy({}, options);
         EXPECT_EQ(result.status, 1) << answer;
@@ -207,7 +207,7 @@ TEST_F(MoxCopy, AsksBeforeItOverwrites) {
             << result.out;
         EXPECT_EQ(contents(tree, "copies"), before);
     }
-    kit::RunOptions noInput;
+    moxkit::RunOptions noInput;
     noInput.closeStdin = true;
     EXPECT_EQ(copy({}, noInput).status, 1);
     EXPECT_EQ(contents(tree, "copies"), before);
@@ -215,7 +215,7 @@ TEST_F(MoxCopy, AsksBeforeItOverwrites) {
     auto expected = contents(tree, "plant/brewery");
     expected["own"] = "/";
     expected["own/notes.txt"] = "kept";
-    kit::RunOptions yes;
+    moxkit::RunOptions yes;
     yes.input = "y\n";
     const auto result = copy({}, yes);
     EXPECT_EQ(result.status, 0);
@@ -234,11 +234,11 @@ TEST_F(MoxCopy, AsksBeforeItOverwrites) {
 TEST_F(MoxCopy, NeedsNoStandardOutput) {
     makeSystem();
     const auto source = contents(tree, "plant/brewery");
-    kit::RunOptions closed;
+    moxkit::RunOptions closed;
     closed.closeStdout = closed.closeStdin = true;
     EXPECT_EQ(copy({"-verbose"}, closed).status, 0);
     EXPECT_EQ(contents(tree, "copies/brewery"), source);
-    kit::RunOptions full;
+    moxkit::RunOptions full;
     full.stdoutFile = kit::fullDevice();
     const auto result = copy({"-verbose", "-target", "t"}, full);
     EXPECT_EQ(result.status, full.stdoutFile.empty() ? 0 : 1);
@@ -256,7 +256,7 @@ TEST_F(MoxCopy, TakesThousandsOfDiagrams) {
         diagrams.push_back("d" + std::to_string(i));
     for (int i = 0; i < 300; ++i)
         tree.write("plant/brewery/d" + std::to_string(i * 7) + ".dgm", "x");
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.timeoutSeconds = 60; // six of processor time with the sanitizers
     auto result = copy(diagrams, options);
     EXPECT_EQ(result.status, 1);

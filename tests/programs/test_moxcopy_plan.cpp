@@ -49,7 +49,7 @@ std::string inLowerCase(std::string text) {
 }
 
 /// What is below a directory and around it, by the names that messages show.
-tree::Snapshot shownSnapshot(const kit::TempTree& files, const std::string& top) {
+tree::Snapshot shownSnapshot(const moxkit::TempTree& files, const std::string& top) {
     tree::Snapshot result;
     for (const auto& [name, what] : tree::snapshot(files.path(top)))
         result[kazPrintable((fs::path(files.path(top)) / name).make_preferred().string().c_str())
@@ -86,7 +86,7 @@ protected:
 
     bool isCaseless = false;
 
-    void makeTrees(const std::string& target, kit::Random& random) {
+    void makeTrees(const std::string& target, moxkit::Random& random) {
         tree.mkdir("plant/brewery");
         tree::grow(tree, "plant/brewery", random, 1);
         std::error_code error; // not everybody may make links everywhere
@@ -106,7 +106,7 @@ void Plan::expectLaw(const std::string& top, const std::string& target,
     std::vector<std::string> asked = arguments;
     asked.insert(asked.begin(), "--plan");
     const tree::Snapshot before = snapshotOf(top);
-    const kit::Result said = copy(asked);
+    const moxkit::Result said = copy(asked);
     EXPECT_EQ(snapshotOf(top), before);
     EXPECT_EQ(said.err, "");
     Foretold plan = readPlan(said.out);
@@ -118,7 +118,7 @@ void Plan::expectLaw(const std::string& top, const std::string& target,
     };
 
     arguments.emplace_back("-Force");
-    const kit::Result done = copy(arguments);
+    const moxkit::Result done = copy(arguments);
     EXPECT_EQ(done.status, said.status) << said.out << done.err;
     const std::string copyIs = named(
         kazPrintable(fs::path(tree.path(target)).make_preferred().string().c_str()).getValue() +
@@ -163,8 +163,8 @@ void Plan::expectLaw(const std::string& top, const std::string& target,
 }
 
 TEST_F(Plan, TheCopyThatFollowsDoesWhatItSays) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     std::set<std::string> seen;
     for (int turn = 0; turn < 8; ++turn) {
         fs::remove_all(tree.path("plant"));
@@ -200,7 +200,7 @@ protected:
     }
 
     /// Files and directories whose names differ in case alone, too.
-    void grow(const std::string& top, kit::Random& random, int levels) {
+    void grow(const std::string& top, moxkit::Random& random, int levels) {
         tree.mkdir(top);
         for (const std::string name : {"a", "A", "b", "B", "aB", "Ab", "AB"}) {
             if (random.oneIn(2))
@@ -216,8 +216,8 @@ protected:
 };
 
 TEST_F(CaselessPlan, KnowsWhichNamesWillBeOne) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     std::set<std::string> seen;
     for (int turn = 0; turn < 10; ++turn) {
         fs::remove_all(tree.path("plant"));
@@ -233,8 +233,8 @@ TEST_F(CaselessPlan, KnowsWhichNamesWillBeOne) {
 }
 
 TEST_F(CaselessPlan, OfAnyTreeNamesTheClashes) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     for (int turn = 0; turn < 10; ++turn) {
         const std::string number = std::to_string(turn);
         grow("s" + number, random, 2);
@@ -262,11 +262,11 @@ TEST_F(CaselessPlan, OfAnyTreeNamesTheClashes) {
 TEST_F(Plan, AsksNothingAndRefusesWhatTheCopyRefuses) {
     makeSystem();
     EXPECT_EQ(copy({"-target", "t"}).status, 0);
-    const kit::Result again = copy({"-target", "t", "--plan"});
+    const moxkit::Result again = copy({"-target", "t", "--plan"});
     EXPECT_EQ(again.status, 0);
     EXPECT_EQ(again.err, "");
     EXPECT_EQ(again.out.find("Overwrite"), again.out.npos);
-    const kit::Result inside = copy({"-target", "plant/brewery", "--plan"});
+    const moxkit::Result inside = copy({"-target", "plant/brewery", "--plan"});
     EXPECT_EQ(inside.status, 2);
     EXPECT_EQ(inside.out, "");
     EXPECT_EQ(runTool({program, "-p", "plant", "-s", "winery", "--plan"}).status, 1);

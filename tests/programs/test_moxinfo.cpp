@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "kit/table.h"
-#include "kit/temp_tree.h"
 #include "kit/valgrind.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -20,24 +20,24 @@ protected:
     MoxInfo() {
         options.env = {{"HOME", tree.path()},
                        {"LC_ALL", "C"},
-                       {"TOOLINFO", kit::unset},
+                       {"TOOLINFO", moxkit::unset},
                        {"ToolInfo", tree.write("first", "a=1\nb=2\nempty=\nToolInfo=~/second\n")}};
         tree.write("second", "b=3\nc=4\nempty=hidden\n");
     }
 
-    kit::Result run(std::vector<std::string> arguments) {
+    moxkit::Result run(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "moxinfo");
-        return kit::run(arguments, options);
+        return moxkit::run(arguments, options);
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST_F(MoxInfo, ShowsEachVariableUnderItsSource) {
     options.env["KAZ_C"] = "two\nlines";
     const std::string first = tree.native("first"), second = tree.native("second");
-    const kit::Result result = run({});
+    const moxkit::Result result = run({});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "% ToolInfo files:\n%   " + first + "\n%   " + second +
                               "\n% from environment\nc=two lines\n"
@@ -48,14 +48,14 @@ TEST_F(MoxInfo, ShowsEachVariableUnderItsSource) {
     EXPECT_EQ(run({"-source", "environment"}).out, "% from environment\nc=two lines\n");
 
     tree.write("more", "a=9\nd=5\n");
-    const kit::Result more = run({"-file", tree.path("more"), "-source", tree.path("more")});
+    const moxkit::Result more = run({"-file", tree.path("more"), "-source", tree.path("more")});
     EXPECT_EQ(more.out, "% from " + tree.native("more") + "\na=9\nd=5\n");
 }
 
 TEST_F(MoxInfo, TellsWhereEachValueComesFrom) {
     options.env["KAZ_C"] = "two\nlines";
     const std::string first = tree.path("first"), second = tree.path("second");
-    kit::Result result = run({"--origin", "b", "c", "ToolInfo"});
+    moxkit::Result result = run({"--origin", "b", "c", "ToolInfo"});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "b=2\n"
                           "  environment KAZ_B: not set\n"
@@ -156,7 +156,7 @@ TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
                        "=\nn=x";                                              // 24, 25
     text += std::string(1, '\0') + "y\r\n" + std::string(5118, 'w') + "=x\n"; // 25, 26
     options.env["ToolInfo"] = tree.write("bad", text + "ToolInfo=~/none\x1b");
-    const kit::Result bad = run({"--check"});
+    const moxkit::Result bad = run({"--check"});
     EXPECT_EQ(bad.status, 1);
     EXPECT_EQ(
         digest(bad.out, tree.path("bad")),
@@ -196,7 +196,7 @@ TEST_F(MoxInfo, FindsTheEndsOfAChainAndWhatTheEnvironmentOverrides) {
     options.env["KAZ_PLANT"] = "2";
     options.env["KAZ_X"] = "too short to be near to anything";
     options.env["KAZ_PROGRESS_FD"] = "3";
-    const kit::Result result = run({"--check"});
+    const moxkit::Result result = run({"--check"});
     EXPECT_EQ(digest(result.out, tree.path("f10")),
               (Lines{"1 warning chain-too-long", "environment note env-override",
                      "environment note env-override", "environment warning env-near",
@@ -213,7 +213,7 @@ TEST_F(MoxInfo, ToolsInstallTheNamesThatTheyRead) {
     kit::placeProgram("moxinfo", tree.path("Suite/bin"));
     tree.write("first", "harbour=1\nharbuor=2\n");
     const auto check = [this] {
-        return digest(kit::run({tree.path("Suite/bin/moxinfo"), "--check"}, options).out,
+        return digest(moxkit::run({tree.path("Suite/bin/moxinfo"), "--check"}, options).out,
                       tree.path("first"));
     };
     EXPECT_EQ(check(), (Lines{"0 errors, 0 warnings, 0 notes"}));
@@ -224,7 +224,7 @@ TEST_F(MoxInfo, ToolsInstallTheNamesThatTheyRead) {
 
 TEST_F(MoxInfo, TheSampleProjectIsReadWhole) {
     options.cwd = EXAMPLES "/project";
-    const kit::Result result = run({"-toolinfo", "ToolInfo", "--check"});
+    const moxkit::Result result = run({"-toolinfo", "ToolInfo", "--check"});
     EXPECT_EQ(result.status, 0) << result.out;
     EXPECT_NE(result.out.find("0 errors, 0 warnings"), result.out.npos);
     EXPECT_EQ(run({"-toolinfo", "ToolInfo", "site_name"}).out, "Harbour plant\n");
@@ -232,7 +232,7 @@ TEST_F(MoxInfo, TheSampleProjectIsReadWhole) {
 
 TEST_F(MoxInfo, ShowsValuesAndExpandsTemplates) {
     options.env["KAZ_A"] = "environment";
-    kit::Result result = run({"a", "b", "<${a}|${ti.a}|${none}>", "\"${b}\""});
+    moxkit::Result result = run({"a", "b", "<${a}|${ti.a}|${none}>", "\"${b}\""});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, "environment\n2\n<environment|1|>\n\"2\"\n");
 
@@ -244,8 +244,8 @@ TEST_F(MoxInfo, ShowsValuesAndExpandsTemplates) {
 }
 
 TEST_F(MoxInfo, WhatItWritesCanBeRead) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random rng(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random rng(moxkit::seed());
     std::map<std::string, std::string> values;
     std::string text;
     for (int i = 0; i < 200; ++i) {
@@ -282,12 +282,12 @@ TEST_F(MoxInfo, WrongUseIsExplained) {
         {"option -product does not go with --origin", {"--origin", "-product", "."}},
         {"there is no place for the argument a", {"--check", "a"}}};
     for (const auto& [problem, arguments] : problems) {
-        const kit::Result result = run(arguments);
+        const moxkit::Result result = run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, "moxinfo: " + problem + "\nmoxinfo -help shows how it is used\n");
     }
-    const kit::Result help = run({"a", "-help"});
+    const moxkit::Result help = run({"a", "-help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.out.starts_with("usage: moxinfo [-toolinfo FILE] ")) << help.out;
     EXPECT_NE(help.out.find("\n  -output FILE      write to this file (-o)\n"), help.out.npos);
@@ -302,7 +302,7 @@ TEST_F(MoxInfo, CompletesNamesAndSources) {
     EXPECT_EQ(run({"--complete", "1", "-source"}).out,
               "environment\t\nlibrary\t\nrun-time\t\n" + first + "\t\n" + second + "\t\n");
     options.env["ToolInfo"] = tree.path("none"); // who types sees nothing of it
-    const kit::Result none = run({"--complete", "0", "tmp"});
+    const moxkit::Result none = run({"--complete", "0", "tmp"});
     EXPECT_EQ(none.status, 0);
     EXPECT_EQ(none.out + none.err, "");
 }
@@ -320,7 +320,7 @@ TEST_F(MoxInfo, TroubleWithFilesIsReported) {
         EXPECT_EQ(run({"-output", full}).status, 1);
     }
     EXPECT_EQ(run({"-source", tree.path("none")}).status, 2) << "no file of the chain";
-    kit::Result result = run({"-toolinfo", tree.path("none")});
+    moxkit::Result result = run({"-toolinfo", tree.path("none")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Can't open ToolInfo file: " + tree.native("none") +
                               ",\nis ToolInfo environment variable set correctly?\n");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/env.h"
 #include "kit/host.h"
 #include "moxmsg.h"
+#include "testkit/env.h"
 #include "tools/messages/catalog/textcatalog.h"
 #include "tools/settings/KazSettings.h"
 
@@ -38,13 +38,13 @@ TEST_F(MoxMsg, ReadsWhatPeopleWrite) {
                                 "15871 last\n";
     EXPECT_EQ(list(), listing);
     EXPECT_EQ(compile(listing), file);
-    const kit::Result same =
+    const moxkit::Result same =
         run({"-file", tree.path("file"), "-merge", tree.write("listing", listing)});
     EXPECT_EQ(same.status, 0);
     EXPECT_EQ(same.out + same.err, "");
     // The library finds the texts.
     tree.write("kept open", file);
-    const kit::ScopedEnv configured(
+    const moxkit::ScopedEnv configured(
         "ToolInfo", tree.write("ToolInfo", "msg_file=" + tree.native("kept open")).c_str());
     EXPECT_STREQ(TextLook(4), "one line only");
     EXPECT_STREQ(TextLook(15871), "last");
@@ -58,7 +58,7 @@ TEST_F(MoxMsg, NamesEachFaultWithItsLine) {
                               "\n2 again\n15872 high\n99999999999999999999 high\nno number\n7x\n"
                               "3 \\q\n4 \\x0g\n5 \\x00\n6 " +
                               std::string("a\0b", 3) + "\n-1 low\n8 \\\n  goes on \\");
-    const kit::Result result = run({"-source", source, "-output", tree.path("file")});
+    const moxkit::Result result = run({"-source", source, "-output", tree.path("file")});
     EXPECT_EQ(result.status, 1);
     std::string expected;
     const std::pair<int, const char*> faults[] = {
@@ -93,7 +93,7 @@ TEST_F(MoxMsg, TextsBeyondTheEndOfAFile) {
     EXPECT_LE(whole.size(), 16U * 65535 + 128);
     EXPECT_EQ(list(), many);
     const int first = (16 * 65536 - 128 - 62 * 512 - 64) / 80 + 1;
-    const kit::Result result =
+    const moxkit::Result result =
         run({"-source", tree.write("source", tooMany), "-output", tree.path("file")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
@@ -124,7 +124,7 @@ private:
 };
 
 TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
-    const kit::ScopedEnv config("XDG_CONFIG_HOME", tree.path("config").c_str());
+    const moxkit::ScopedEnv config("XDG_CONFIG_HOME", tree.path("config").c_str());
     kit::placeProgram("service_peer", tree.mkdir("editor"));
     const std::string bad = tree.write("a $(b).txt", "1 x\nno number\n3 \\q\n");
     const std::string command = "service_peer ${line}:${column} ${name}";
@@ -133,7 +133,7 @@ TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
     options.env["KAZ_SOURCE_EDITOR"] = command;
     const auto complain = [&](const char* record) {
         options.env["RECORD_ARGUMENTS"] = tree.path(record);
-        const kit::Result result = run({"-source", bad});
+        const moxkit::Result result = run({"-source", bad});
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.err,
                   bad + ":2: a line begins with a message number and a blank, or with #\n" + bad +
@@ -163,13 +163,13 @@ TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
     const ComplaintSetting other("moxinfo");
     options.env["RECORD_ARGUMENTS"] = tree.path("product");
     tree.write("Info", "name=Mox\nversion\n");
-    EXPECT_EQ(kit::run({"moxinfo", "-product", tree.path("Info")}, options).status, 1);
+    EXPECT_EQ(moxkit::run({"moxinfo", "-product", tree.path("Info")}, options).status, 1);
     EXPECT_EQ(recorded("product").substr(0, 3), "2:1");
     for (const char* none : {"unasked", "declined", "without terminal", "no line"})
         EXPECT_FALSE(tree.exists(none)) << none;
     // Whoever has asked is told why nothing opens.
     options.env["KAZ_SOURCE_EDITOR"] = "";
-    options.env["VISUAL"] = options.env["EDITOR"] = kit::unset;
+    options.env["VISUAL"] = options.env["EDITOR"] = moxkit::unset;
     EXPECT_TRUE(
         run({"-source", bad})
             .err.ends_with("\nNo source editor is configured; set the variable source_editor.\n"));
@@ -179,7 +179,7 @@ TEST_F(MoxMsg, ComparesTextsAndTheirArguments) {
     compile("1 same\n2 %s of %d\n3 only here\n4 %-5s %%\n5 %*d\n6 %2$s %1$d\n7 50% done\n");
     const std::string other =
         tree.write("other", "# line\n1 same\n2 %d of %s\n4 %s\n5 %d\n6 %i, %s\n7 50%\n8 there\n");
-    const kit::Result result = run({"-file", tree.path("file"), "-merge", other});
+    const moxkit::Result result = run({"-file", tree.path("file"), "-merge", other});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "< 2 %s of %d\n> 2 %d of %s\n< 3 only here\n< 4 %-5s %%\n> 4 %s\n"
                           "< 5 %*d\n> 5 %d\n< 6 %2$s %1$d\n> 6 %i, %s\n< 7 50% done\n> 7 50%\n"
@@ -193,7 +193,7 @@ TEST_F(MoxMsg, ComparesTextsAndTheirArguments) {
     EXPECT_EQ(result.err, fault(file, 2, "%s %d", 3, "%d %s") + fault(file, 5, "%d %d", 5, "%d") +
                               fault(file, 7, "%d", 7, "%(cut off)"));
     const std::string source = tree.path("source");
-    const kit::Result checked = run({"-source", source, "-merge", other});
+    const moxkit::Result checked = run({"-source", source, "-merge", other});
     EXPECT_EQ(checked.status, 1);
     EXPECT_EQ(checked.out, "");
     EXPECT_EQ(checked.err, fault(source + ":2", 2, "%s %d", 3, "%d %s") +
@@ -208,7 +208,7 @@ TEST_F(MoxMsg, DistrustsFormatsThatOnlySeemToTakeTheSameArguments) {
               0);
     for (const char* bad : {"1 %2$s", "1 %0$s", "1 %1$s %1$d", "1 %s %1$s", "1 %4000s", "1 %.4000s",
                             "1 %s %5%", "2 %s", "2 %2$d %s", "2 %2$d"}) {
-        const kit::Result result = run({"-source", tree.write("bad", bad), "-merge", good});
+        const moxkit::Result result = run({"-source", tree.write("bad", bad), "-merge", good});
         EXPECT_EQ(result.status, 1) << bad;
     }
 }
@@ -217,7 +217,7 @@ TEST_F(MoxMsg, DamagedFilesAreShownAsFarAsTheyGo) {
     const std::string whole = compile("1 one\n300 other\n");
     for (std::size_t length = 0; length < whole.size(); length += 97) {
         tree.write("file", whole.substr(0, length));
-        const kit::Result result = run({"-file", tree.path("file")});
+        const moxkit::Result result = run({"-file", tree.path("file")});
         EXPECT_EQ(result.status, 1) << length;
         EXPECT_EQ(result.err.rfind(tree.path("file") + ": ", 0), 0U) << result.err;
     }
@@ -254,7 +254,7 @@ TEST_F(MoxMsg, WorksInPipesAndKnowsTheOtherKind) {
     EXPECT_EQ(run({"-file", "-"}).out, text);
     EXPECT_EQ(run({"-source", "-"}).err,
               "standard input: is a message file and no source text: -file reads it\n");
-    kit::Result result = run({"-file", tree.path("source"), "-output", tree.path("out")});
+    moxkit::Result result = run({"-file", tree.path("source"), "-output", tree.path("out")});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err,
               tree.path("source") + ": is a source text and no message file: -source reads it\n");
@@ -281,7 +281,7 @@ TEST_F(MoxMsg, ExplainsWrongUsage) {
         {{"-source"}, "option -source needs a value"},
         {{"-server", "x"}, "option -server is not for this program"}};
     for (const auto& [arguments, problem] : cases) {
-        const kit::Result result = run(arguments);
+        const moxkit::Result result = run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.err, "moxmsg: " + problem + "\nmoxmsg -help shows how it is used\n");
     }

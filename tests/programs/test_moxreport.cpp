@@ -3,7 +3,7 @@
 #include "moxreport.h"
 
 #include "kit/host.h"
-#include "kit/random.h"
+#include "testkit/random.h"
 
 #include <chrono>
 #include <filesystem>
@@ -27,7 +27,7 @@ const std::pair<std::size_t, const char*> sizes[] = {{0, "0 B"},       {999, "99
 
 class RandomProject {
 public:
-    RandomProject(const kit::TempTree& tree, kit::Random& rng) : tree_(tree), rng_(rng) {
+    RandomProject(const moxkit::TempTree& tree, moxkit::Random& rng) : tree_(tree), rng_(rng) {
         for (const std::string name : {"Gamma", "alpha", "beta (co)"}) {
             tree.mkdir("plant/" + name);
             texts.push_back("System " + name);
@@ -98,13 +98,13 @@ private:
         }
     }
 
-    const kit::TempTree& tree_;
-    kit::Random& rng_;
+    const moxkit::TempTree& tree_;
+    moxkit::Random& rng_;
 };
 
 TEST_F(MoxReport, RandomProjectsInEachFormat) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random rng(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random rng(moxkit::seed());
     for (int round = 0; round < 10; ++round) {
         fs::remove_all(tree.path("plant"));
         RandomProject project(tree, rng);
@@ -113,7 +113,7 @@ TEST_F(MoxReport, RandomProjectsInEachFormat) {
                                                    std::to_string(project.files) + " file"});
         for (const std::string suffix : {"html", "rtf", "mif", "iaf"}) {
             SCOPED_TRACE(suffix);
-            const kit::Result result =
+            const moxkit::Result result =
                 run({"-projdir", "plant", "-output", "report." + suffix, "-Quiet"});
             EXPECT_EQ(result.status, 0);
             EXPECT_EQ(result.out + result.err, "");
@@ -155,7 +155,7 @@ TEST_F(MoxReport, OptionsSayWhatIsReportedAndHow) {
                   .out.find("size:279.0mm 216.0mm"),
               std::string::npos);
     EXPECT_TRUE(run({"-p", "plant", "-formats", "rtf"}).out.starts_with("{\\rtf1"));
-    const kit::Result told = run({"-p", "plant", "-formats", "mif", "-o", "x.html", "-verbose"});
+    const moxkit::Result told = run({"-p", "plant", "-formats", "mif", "-o", "x.html", "-verbose"});
     EXPECT_TRUE(tree.read("x.html").starts_with("<MIFFile 8.00>"));
     expectInOrder(told.out, {"Reading plant", "\nSystem 'a': 1 diagrams, 3 files\n",
                              "'x.html' reports 4 files of 2 systems.\n"});
@@ -163,7 +163,7 @@ TEST_F(MoxReport, OptionsSayWhatIsReportedAndHow) {
     // The site says how dates are written.
     tree.write("ToolInfo", "date_format=@long\ntime_format=%H.%M\ndate_language=de\n");
     expectInOrder(textOf(), {"As of 14. November 2023 22.13: 2 systems"});
-    options.env["ToolInfo"] = kit::unset; // none at all
+    options.env["ToolInfo"] = moxkit::unset; // none at all
     fs::remove(tree.path("ToolInfo"));
     EXPECT_EQ(textOf(), whole);
 }
@@ -179,14 +179,14 @@ TEST_F(MoxReport, TroubleIsToldAndLeavesTheOldReport) {
          "moxreport: a page has 60 to 2000 millimetres, not 59\n"},
         {{"-p", "plant", "-pageheight", "99999999999"}, "moxreport: a page has 60 to"}};
     for (const auto& [arguments, problem] : lines) {
-        const kit::Result result = run(arguments);
+        const moxkit::Result result = run(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.err.find(problem), 0U) << result.err;
     }
     EXPECT_EQ(run({"-p", "none"}).status, 1);
     EXPECT_EQ(run({"-p", "plant", "-s", "none"}).err, "There is no system 'none'\n");
     EXPECT_EQ(run({"-p", "plant", "-s", ".."}).status, 1);
-    const kit::Result result = run({"-p", "plant", "-o", "none/report.html"});
+    const moxkit::Result result = run({"-p", "plant", "-o", "none/report.html"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "none/report.html: cannot be written: No such file or directory\n");
     if (options.stdoutFile = kit::fullDevice(); !options.stdoutFile.empty()) {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The doctor: what is wrong is told under its topic, and nothing is changed.
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -29,10 +29,10 @@ class Doctor : public testing::Test {
 protected:
     Doctor() {
         options.cwd = tree.path();
-        options.env = {{"TOOLINFO", kit::unset},
+        options.env = {{"TOOLINFO", moxkit::unset},
                        {"HOME", tree.mkdir("home")},
                        {"LC_ALL", "C"},
-                       {"KAZ_TMP_DIR", kit::unset}};
+                       {"KAZ_TMP_DIR", moxkit::unset}};
         configure("printer=porch\ntmp_dir=" + tree.native("copies") + "\n");
     }
 
@@ -43,7 +43,7 @@ protected:
     /// What it says of each topic; its own form is checked each time.
     Verdicts look() {
         const std::map<std::string, std::string> before = contents();
-        const kit::Result result = kit::run({"moxtool", "doctor"}, options);
+        const moxkit::Result result = moxkit::run({"moxtool", "doctor"}, options);
         EXPECT_EQ(contents(), before);
         EXPECT_EQ(result.err, "");
         Verdicts verdicts;
@@ -91,8 +91,8 @@ protected:
         return result;
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST_F(Doctor, FindsNothingWhereNothingIsWrong) {
@@ -128,7 +128,7 @@ TEST_F(Doctor, NamesWhatIsWrongWithTheConfiguration) {
     text = ill();
     EXPECT_EQ(text.find("environment: warn KAZ_TMP_DIR overrides "), 0U) << text;
     if (!kit::hasDrives) { // where these are two variables
-        options.env["KAZ_TMP_DIR"] = kit::unset;
+        options.env["KAZ_TMP_DIR"] = moxkit::unset;
         options.env["TOOLINFO"] = "other";
         EXPECT_EQ(ill(), "environment: warn both ToolInfo and TOOLINFO are set: the second one "
                          "is not looked at\n");
@@ -148,7 +148,7 @@ TEST_F(Doctor, NamesFilesAndPlacesThatDoNotServe) {
               "messages: fail " + tree.path("home") + " cannot be read\n");
     EXPECT_EQ(illWith("msg_file=" + tree.native("file") + "\n"),
               "messages: fail " + tree.path("file") + " is no message file\n");
-    kit::run({"moxmsg", "-source", tree.write("texts", "1 x\n"), "-output", tree.path("msg")});
+    moxkit::run({"moxmsg", "-source", tree.write("texts", "1 x\n"), "-output", tree.path("msg")});
     EXPECT_EQ(illWith("msg_file=" + tree.native("msg") + "\n"), "");
     EXPECT_EQ(illWith("tmp_dir=" + tree.native("file/below") + "\n"),
               "temporary: fail " + tree.path("file/below") + " cannot be written to\n");
@@ -165,10 +165,11 @@ TEST_F(Doctor, NamesFilesAndPlacesThatDoNotServe) {
 TEST_F(Doctor, TellsWhatIsMissingOrDamagedOfAnInstallation) {
     kit::placeProgram("moxtool", tree.mkdir("suite/bin"));
     const std::string extension = kit::hasDrives ? ".exe" : "";
-    fs::copy_file(kit::binDirectory() + "/moxmsg" + extension,
+    fs::copy_file(moxkit::binDirectory() + "/moxmsg" + extension,
                   tree.path("suite/bin/moxmsg" + extension));
     const auto illThere = [&] {
-        const kit::Result result = kit::run({tree.path("suite/bin/moxtool"), "doctor"}, options);
+        const moxkit::Result result =
+            moxkit::run({tree.path("suite/bin/moxtool"), "doctor"}, options);
         EXPECT_EQ(result.status, 0) << result.err; // it works on
         std::string text;
         for (const char* line : {"warn\tprograms\tmoxcopy is missing", "warn\tprograms\tbin/moxmsg",
@@ -185,7 +186,7 @@ TEST_F(Doctor, TellsWhatIsMissingOrDamagedOfAnInstallation) {
 TEST_F(Doctor, IsMeantByANearWordAndCompleted) {
     const auto completed = [&](std::vector<std::string> words) {
         words.insert(words.begin(), {"moxtool", "--complete", std::to_string(words.size() - 1)});
-        std::string out = kit::run(words, options).out;
+        std::string out = moxkit::run(words, options).out;
         std::erase(out, '\r');
         return out;
     };
@@ -199,25 +200,27 @@ TEST_F(Doctor, IsMeantByANearWordAndCompleted) {
     EXPECT_EQ(completed({"new", "-target", ""}), ":directory\n");
     EXPECT_EQ(completed({"replay", "x", ""}), ":file\n");
     for (const std::string question : {"--explain", "--describe", "-help"}) {
-        const kit::Result inside = kit::run({"moxtool", "new", question, "-t", "x", "y"}, options);
-        const kit::Result before = kit::run({"moxtool", question, "new", "-t", "x", "y"}, options);
+        const moxkit::Result inside =
+            moxkit::run({"moxtool", "new", question, "-t", "x", "y"}, options);
+        const moxkit::Result before =
+            moxkit::run({"moxtool", question, "new", "-t", "x", "y"}, options);
         EXPECT_EQ(before.out, inside.out);
         EXPECT_EQ(before.err, "");
         EXPECT_NE(inside.out.find("-target"), std::string::npos) << inside.out;
     }
-    EXPECT_EQ(kit::run({"moxtool", "docter"}, options).err,
+    EXPECT_EQ(moxkit::run({"moxtool", "docter"}, options).err,
               "moxtool: unknown command docter; did you mean doctor?\n"
               "moxtool -help shows how it is used\n");
 }
 
 TEST_F(Doctor, TakesNoArguments) {
-    const kit::Result result = kit::run({"moxtool", "doctor", "now"}, options);
+    const moxkit::Result result = moxkit::run({"moxtool", "doctor", "now"}, options);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.err.find("moxtool doctor: there is no place for the argument now"), 0U);
     EXPECT_EQ(result.out, "");
     if (const std::string full = kit::fullDevice(); !full.empty()) {
         options.stdoutFile = full;
-        EXPECT_EQ(kit::run({"moxtool", "doctor"}, options).status, 1);
+        EXPECT_EQ(moxkit::run({"moxtool", "doctor"}, options).status, 1);
     }
 }
 

@@ -2,8 +2,8 @@
 // Projects that are made. That one builds, passes its tests and runs is tried where the
 // library is installed.
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -17,11 +17,11 @@ namespace fs = std::filesystem;
 
 class New : public testing::Test {
 protected:
-    kit::Result make(std::vector<std::string> words) {
+    moxkit::Result make(std::vector<std::string> words) {
         words.insert(words.begin(), {"moxtool", "new"});
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.cwd = tree.path();
-        return kit::run(words, options);
+        return moxkit::run(words, options);
     }
 
     /// All below the tree, "/" behind folders.
@@ -33,13 +33,13 @@ protected:
         return names;
     }
 
-    kit::TempTree tree;
+    moxkit::TempTree tree;
 };
 
 TEST_F(New, MakesAProjectOfItsName) {
     const std::string longest = "Z-9_" + std::string(60, 'z');
     for (const std::string& name : {std::string("a"), longest}) {
-        const kit::Result result = make({name});
+        const moxkit::Result result = make({name});
         EXPECT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(result.out + result.err, "");
         const std::string begin = name + "/";
@@ -70,7 +70,7 @@ TEST_F(New, MakesAProjectOfItsName) {
 TEST_F(New, RefusesNamesThatNeedQuotesOrAreTaken) {
     for (const std::string name : {"", "9x", "_x", "-x", "a b", "a.b", "a/b", "..", "a;b", "a$b",
                                    "\xC3\xA9t\xC3\xA9", "moxcopy"}) {
-        const kit::Result result = make({name});
+        const moxkit::Result result = make({name});
         EXPECT_EQ(result.status, 2) << name;
         EXPECT_EQ(result.err.find("moxtool new: "), 0U) << result.err;
         EXPECT_EQ(result.out, "");
@@ -88,7 +88,7 @@ TEST_F(New, WritesOverNothing) {
     tree.mkdir("other");
     const std::set<std::string> before = files();
     for (const std::string name : {"file", "full", "empty"}) {
-        const kit::Result result = make({name});
+        const moxkit::Result result = make({name});
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.err.find("moxtool new: " + name + ": "), 0U) << result.err;
     }

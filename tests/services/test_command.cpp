@@ -2,13 +2,13 @@
 // Commands: real programs that fail, hang, flood and stop reading.
 #include "tools/services/KazCommand.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
 #include "kit/valgrind.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,7 +25,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 std::string peerProgram() {
-    return kit::binDirectory() + "/service_peer" + (kit::hasDrives ? ".exe" : "");
+    return moxkit::binDirectory() + "/service_peer" + (kit::hasDrives ? ".exe" : "");
 }
 
 KazCommand peer(const char* what) {
@@ -55,8 +55,8 @@ std::string hexLines(const std::vector<std::string>& words) {
 }
 
 TEST(Command, ArgumentsArriveAsTheyAre) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     for (int i = 0; i < 20; ++i) {
         std::vector<std::string> words{"",        "-x",     "a b",   "$(touch x)",
                                        "`x`;'\"", "%PATH%", "\\\\\""};
@@ -86,7 +86,7 @@ TEST(Command, ArgumentsArriveAsTheyAre) {
 }
 
 TEST(Command, InputAndOutputMayBeLarge) {
-    kit::Random random(kit::seed());
+    moxkit::Random random(moxkit::seed());
     const std::string text = random.text(3, "x") + random.text(3000000, "abc ") + "end";
     KazCommand copy = peer("copy");
     EXPECT_TRUE(copy.setInput(text.c_str()).run());
@@ -110,13 +110,13 @@ TEST(Command, InputAndOutputMayBeLarge) {
 }
 
 TEST(Command, DirectoryAndVariables) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string there = tree.mkdir("a b");
     KazCommand touch = peer("touch");
     EXPECT_TRUE(touch.add("made").setDirectory(tree.native("a b").c_str()).run());
     EXPECT_TRUE(tree.exists("a b/made"));
-    const kit::ScopedEnv taken("TAKEN_OUT", "x");
-    const kit::ScopedEnv changed("CHANGED", "x");
+    const moxkit::ScopedEnv taken("TAKEN_OUT", "x");
+    const moxkit::ScopedEnv changed("CHANGED", "x");
     const auto valueOf = [](KazCommand command, const char* name) {
         command.add(name).run();
         return textOf(command.getOutput());
@@ -135,7 +135,7 @@ TEST(Command, DirectoryAndVariables) {
 
 /// Where the name begins with "-" or ".", too.
 TEST(Command, ProgramsAreFoundAlongThePathOrFromHere) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     kit::placeProgram("service_peer", tree.path());
     const std::string extension = kit::hasDrives ? ".exe" : "";
     const std::string name = "-peer";
@@ -143,7 +143,7 @@ TEST(Command, ProgramsAreFoundAlongThePathOrFromHere) {
                           tree.path(name + extension).c_str()),
               0);
     const std::string path = tree.path() + (kit::hasDrives ? ";" : ":") + std::getenv("PATH");
-    const kit::ScopedEnv own("PATH", path.c_str());
+    const moxkit::ScopedEnv own("PATH", path.c_str());
     KazCommand found(name.c_str());
     EXPECT_TRUE(found.add("exit").add("0").setDirectory(tree.native().c_str()).run())
         << found.getErrorText().getValue();
@@ -160,7 +160,7 @@ struct Failure {
 
 TEST(Command, SaysWhatWentWrong) {
     kit::leaveOutUnderValgrind("its child cannot say that nothing was started");
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("plain", "not a program");
     const std::string program =
         "\"" + (peerProgram().size() > 60 ? peerProgram().substr(0, 60) + "..." : peerProgram()) +
@@ -218,7 +218,7 @@ TEST(Command, IsStoppedAtItsLimitAndKeepsWhatItHas) {
 }
 
 TEST(Command, TheNextRunReplacesTheResultsOfTheLast) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     KazCommand command = KazCommand::shell(kit::hasDrives ? "if exist gone (exit 1) else echo out"
                                                           : "test ! -e gone && echo out");
     command.setDirectory(tree.native().c_str());
@@ -232,7 +232,7 @@ TEST(Command, TheNextRunReplacesTheResultsOfTheLast) {
 
 TEST(Command, StartsInTheBackground) {
     kit::leaveOutUnderValgrind("its child cannot say that nothing was started");
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     KazCommand command = peer("touch");
     EXPECT_TRUE(command.add(tree.path("made").c_str()).start());
     EXPECT_EQ(command.getStatus(), 0);

@@ -3,8 +3,8 @@
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"
 
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -92,8 +92,8 @@ TEST(Guid, OrderedOnesRiseAndTellTheTime) {
 }
 
 TEST(Guid, EachStyleIsReadBackAndNothingElse) {
-    kit::Random random(kit::seed());
-    SCOPED_TRACE(kit::seedText());
+    moxkit::Random random(moxkit::seed());
+    SCOPED_TRACE(moxkit::seedText());
     for (int i = 0; i < 200; ++i) {
         const KazGuid guid = KazGuid::create();
         const std::string plain = guid.getText().getValue();
@@ -145,8 +145,8 @@ std::uint32_t sumOf(const std::string& text) {
 TEST(Checksum, PartsAndTheWholeAgree) {
     EXPECT_EQ(sumOf("123456789"), 0xCBF43926u);
     EXPECT_EQ(kaz_crc32(0xCBF43926u, nullptr, 7), 0xCBF43926u);
-    kit::Random random(kit::seed());
-    SCOPED_TRACE(kit::seedText());
+    moxkit::Random random(moxkit::seed());
+    SCOPED_TRACE(moxkit::seedText());
     for (int i = 0; i < 200; ++i) {
         const std::string first = random.text(3000, std::string("ab\0\xff", 4));
         const std::string second = random.text(3000, std::string("ab\0\xff", 4));
@@ -166,7 +166,7 @@ TEST(Checksum, PartsAndTheWholeAgree) {
 }
 
 TEST(Checksum, OfFiles) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     std::uint32_t crc = 1;
     std::uint64_t size = 1;
     for (const std::size_t length : {0u, 1u, 65536u, 65537u, 300000u}) {

@@ -4,8 +4,8 @@
 #include "tools/services/sockets.h"
 
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/random.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
 #include "tools/services/KazCommand.h"
 
 #include <algorithm>
@@ -39,7 +39,7 @@ protected:
     /// A process that connects and does so.
     void meet(const char* what) {
         KazCommand peer(
-            (kit::binDirectory() + "/service_peer" + (kit::hasDrives ? ".exe" : "")).c_str());
+            (moxkit::binDirectory() + "/service_peer" + (kit::hasDrives ? ".exe" : "")).c_str());
         ASSERT_TRUE(peer.add(what).add(std::to_string(port).c_str()).start());
         server = kaz_socket_accept(listener, patience);
         ASSERT_NE(server, kaz_no_socket) << kaz_socket_error_text();
@@ -73,8 +73,8 @@ protected:
 TEST_F(Sockets, WhatIsSentArrives) {
     ASSERT_GT(port, 0) << kaz_socket_error_text();
     meet("echo");
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     for (int size : {1, 100, 5000, 60000}) {
         std::string sent;
         for (int i = 0; i < size; ++i)

@@ -3,12 +3,12 @@
 // how it was called.
 #include "tools/services/sourcenav.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
 #include "kit/valgrind.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 #include "tools/config/vstring.h"
 
 #include <chrono>
@@ -47,13 +47,13 @@ class SourceEditor : public testing::Test {
 protected:
     /// The configuration is read once, and there has to be one.
     static void SetUpTestSuite() {
-        static const kit::TempTree tree;
-        kit::setVariable("ToolInfo", tree.write("ToolInfo", "% nothing\n").c_str());
+        static const moxkit::TempTree tree;
+        moxkit::setVariable("ToolInfo", tree.write("ToolInfo", "% nothing\n").c_str());
     }
 
-    kit::ScopedEnv configured{"KAZ_SOURCE_EDITOR", nullptr};
-    kit::ScopedEnv visual{"VISUAL", nullptr};
-    kit::ScopedEnv editor{"EDITOR", nullptr};
+    moxkit::ScopedEnv configured{"KAZ_SOURCE_EDITOR", nullptr};
+    moxkit::ScopedEnv visual{"VISUAL", nullptr};
+    moxkit::ScopedEnv editor{"EDITOR", nullptr};
 };
 
 TEST_F(SourceEditor, EachPresetNamesFileAndLine) {
@@ -116,18 +116,18 @@ TEST_F(SourceEditor, WhoIsAskedFirst) {
         return command.words.empty() ? std::string() : command.words[0];
     };
     EXPECT_EQ(commandOf(nullptr, file.c_str()).result, -1);
-    const kit::ScopedEnv last("EDITOR", "emacs -nw");
+    const moxkit::ScopedEnv last("EDITOR", "emacs -nw");
     EXPECT_EQ(first(), "emacs");
     {
-        const kit::ScopedEnv unknown("VISUAL", "my-editor --fast");
+        const moxkit::ScopedEnv unknown("VISUAL", "my-editor --fast");
         EXPECT_EQ(first(), "emacs") << "nobody knows how to tell it a line";
-        const kit::ScopedEnv broken("EDITOR", "emacs 'x");
+        const moxkit::ScopedEnv broken("EDITOR", "emacs 'x");
         EXPECT_EQ(commandOf(nullptr, file.c_str()).result, -1);
     }
-    const kit::ScopedEnv known("VISUAL", "/opt/bin/code --wait");
+    const moxkit::ScopedEnv known("VISUAL", "/opt/bin/code --wait");
     EXPECT_EQ(commandOf(nullptr, file.c_str()).words,
               (Words{"/opt/bin/code", "--goto", file + ":3:5"}));
-    const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "my-editor +${line}");
+    const moxkit::ScopedEnv own("KAZ_SOURCE_EDITOR", "my-editor +${line}");
     EXPECT_EQ(commandOf(nullptr, file.c_str()).words, (Words{"my-editor", "+3", file}));
 }
 
@@ -159,16 +159,16 @@ public:
     }
 
 private:
-    kit::TempTree tree_;
-    kit::ScopedEnv path_;
-    kit::ScopedEnv record_;
+    moxkit::TempTree tree_;
+    moxkit::ScopedEnv path_;
+    moxkit::ScopedEnv record_;
 };
 
 TEST_F(SourceEditor, AnEditorGetsTheLine) {
-    const kit::RecordingDirector director;
-    const kit::TempTree tree;
+    const moxkit::RecordingDirector director;
+    const moxkit::TempTree tree;
     const Recorder code("code");
-    const kit::ScopedEnv own("VISUAL", "code");
+    const moxkit::ScopedEnv own("VISUAL", "code");
     for (const char* name : {"plain.c", "a b.c", "$(touch x)`y`'&;.c", "-x", "%PATH%^.c"}) {
         tree.write(name, "text");
         EXPECT_TRUE(kazShowSource(tree.path(name).c_str(), 12, 3)) << name;
@@ -177,7 +177,7 @@ TEST_F(SourceEditor, AnEditorGetsTheLine) {
         EXPECT_EQ(words[0], "--goto");
         EXPECT_TRUE(words[1].ends_with(std::string(name) + ":12:3")) << words[1];
     }
-    const kit::ScopedEnv terminal("KAZ_SOURCE_EDITOR", "@terminal code +${line} ${file}");
+    const moxkit::ScopedEnv terminal("KAZ_SOURCE_EDITOR", "@terminal code +${line} ${file}");
     EXPECT_TRUE(kazShowSource(tree.path("plain.c").c_str()));
     EXPECT_EQ(code.words().at(0), "+1"); // it has ended: nothing is waited for here
     EXPECT_TRUE(director.errors.empty());
@@ -185,8 +185,8 @@ TEST_F(SourceEditor, AnEditorGetsTheLine) {
 
 TEST_F(SourceEditor, WhatCannotBeShownIsReported) {
     kit::leaveOutUnderValgrind("its child cannot say that nothing was started");
-    const kit::RecordingDirector director;
-    const kit::TempTree tree;
+    const moxkit::RecordingDirector director;
+    const moxkit::TempTree tree;
     const std::string file = tree.write("x.c", "");
     const std::string strange = "no-\x1b[31m";
     EXPECT_FALSE(kazShowSource(strange.c_str()));
@@ -194,10 +194,10 @@ TEST_F(SourceEditor, WhatCannotBeShownIsReported) {
     EXPECT_FALSE(kazShowSource(nullptr));
     EXPECT_FALSE(kazShowSource(file.c_str()));
     {
-        const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "\x1b'");
+        const moxkit::ScopedEnv own("KAZ_SOURCE_EDITOR", "\x1b'");
         EXPECT_FALSE(kazShowSource(file.c_str()));
     }
-    const kit::ScopedEnv own("KAZ_SOURCE_EDITOR", "no-such-editor");
+    const moxkit::ScopedEnv own("KAZ_SOURCE_EDITOR", "no-such-editor");
     EXPECT_FALSE(kazShowSource(file.c_str()));
     ASSERT_EQ(director.errors.size(), 6u);
     EXPECT_EQ(director.errors[0], "There is no file \"no-\\x1B[31m\".");

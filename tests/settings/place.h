@@ -3,9 +3,9 @@
 /// Settings that belong to one test.
 #pragma once
 
-#include "kit/env.h"
 #include "kit/host.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 #include "tools/settings/KazSettings.h"
 
 #include <filesystem>
@@ -34,7 +34,7 @@ public:
     }
 
     /// In memory where that is possible: each commit waits for the disk.
-    kit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::TempTree tree{std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : ""};
 
 private:
     /// A registry is one for all tests that run, and for the user who runs them.
@@ -49,7 +49,7 @@ private:
         all.commit();
     }
 
-    kit::ScopedEnv config_{"XDG_CONFIG_HOME", tree.path().c_str()};
+    moxkit::ScopedEnv config_{"XDG_CONFIG_HOME", tree.path().c_str()};
 };
 
 } // namespace settings_test

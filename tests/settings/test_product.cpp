@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/env.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "kit/table.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/failures/KazFileException.h"
 #include "tools/services/crc32.h"
 #include "tools/settings/KazProductInfo.h"
@@ -32,18 +32,18 @@ constexpr const char* good = "% Product information\nname=Mox\nversion=2.4.1\nbu
 
 class Product : public testing::Test {
 protected:
-    kit::Result run(std::vector<std::string> arguments) {
+    moxkit::Result run(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "moxinfo");
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.cwd = tree.path();
-        options.env = {{"LC_ALL", "C"}, {"ToolInfo", kit::unset}, {"TOOLINFO", kit::unset}};
-        kit::Result result = kit::run(arguments, options);
+        options.env = {{"LC_ALL", "C"}, {"ToolInfo", moxkit::unset}, {"TOOLINFO", moxkit::unset}};
+        moxkit::Result result = moxkit::run(arguments, options);
         std::erase(result.out, '\r');
         std::erase(result.err, '\r');
         return result;
     }
 
-    kit::TempTree tree;
+    moxkit::TempTree tree;
 };
 
 TEST_F(Product, ReadsWhatIsDescribed) {
@@ -78,8 +78,8 @@ TEST_F(Product, ReadsWhatIsDescribed) {
 }
 
 TEST_F(Product, WhatIsMadeCanBeRead) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     const std::string alphabet = "ab=%.-+: \t\\/\x01\xC3\xA4#";
     for (int round = 0; round < 200; ++round) {
         Info info;
@@ -159,7 +159,7 @@ TEST_F(Product, TheProgramShowsDamageAndMeasuresAnew) {
     tree.write("Info", "name=Mox\nversion=2.4.1\nbuild=1873\ndate=2026-11-"
                        "21\nvendor=Tarvo\nalso=1\n"
                        "part=00000000 0 1.0 bin/lib.so\n");
-    kit::Result result = run({"-product", "Info"});
+    moxkit::Result result = run({"-product", "Info"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err,
               "The product information file \"" + tree.native("Info") + "\" has no checksum.\n");

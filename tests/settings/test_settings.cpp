@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/director.h"
-#include "kit/process.h"
-#include "kit/random.h"
 #include "kit/table.h"
 #include "place.h"
 #include "probe.h"
+#include "testkit/director.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
 #include "tools/app/failures/KazResourceException.h"
 
 #include <algorithm>
@@ -44,10 +44,10 @@ protected:
     static std::string at(const std::string& section) { return Place::section(section); }
 
     std::string ask(const std::string& section, const std::string& script) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.input = script;
-        const kit::Result result =
-            kit::run({kit::binDirectory() + "/settings_probe", at(section)}, options);
+        const moxkit::Result result =
+            moxkit::run({moxkit::binDirectory() + "/settings_probe", at(section)}, options);
         EXPECT_EQ(result.status, 0) << result.err;
         std::string out = result.out;
         std::erase(out, '\r');
@@ -80,7 +80,7 @@ private:
 };
 
 /// Names and texts with everything in them that means something to whoever keeps them.
-std::string someText(kit::Random& random, const char* others) {
+std::string someText(moxkit::Random& random, const char* others) {
     static const List pieces =
         kit::parts("a,B,b,Z,=,[,],#,|,:,., ,\",%,\xC3\xA4,\xE2\x82\xAC,s,x,\xF0\x9F\x98\x80", ",");
     std::string text;
@@ -93,7 +93,7 @@ std::string someText(kit::Random& random, const char* others) {
     return text.empty() ? "a" : text;
 }
 
-std::string someStep(kit::Random& random, Model& model) {
+std::string someStep(moxkit::Random& random, Model& model) {
     const std::string name = someText(random, "");
     const std::string start = word(name) + " ";
     const std::string text = random.oneIn(5) ? "" : someText(random, "\n\r\t\\/\x01\x1F\x7F");
@@ -142,8 +142,8 @@ std::string someStep(kit::Random& random, Model& model) {
 }
 
 TEST_F(Settings, WhatProcessesWriteIsWhatAModelHolds) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     std::map<std::string, Model> models;
     KazSettings watcher(at("Model\\b").c_str());
     for (int round = 0; round < 30; ++round) {

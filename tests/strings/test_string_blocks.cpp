@@ -2,8 +2,8 @@
 // Strings that come and go beside a model of their texts: blocks that are freed may
 // be taken again. A program of its own, as it begins with one thread.
 
-#include "kit/random.h"
 #include "string_kit.h"
+#include "testkit/random.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ class Places {
 public:
     Places() : strings_(24), texts_(24) {}
 
-    void change(kit::Random& random) {
+    void change(moxkit::Random& random) {
         const std::size_t to = place(random), from = place(random);
         const std::string text = random.text(140, "abcxyz");
         switch (random.below(6)) {
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    std::size_t place(kit::Random& random) const {
+    std::size_t place(moxkit::Random& random) const {
         return static_cast<std::size_t>(random.below(static_cast<int>(strings_.size())));
     }
 
@@ -82,7 +82,7 @@ struct Work {
     Places<KazWString> wide;
 
     void go(std::uint64_t seed) {
-        kit::Random random(seed);
+        moxkit::Random random(seed);
         for (int step = 0; step < 4000; ++step) {
             if (random.oneIn(2))
                 narrow.change(random);
@@ -101,8 +101,8 @@ struct Work {
 };
 
 TEST(StringBlocks, HoldTheTextsOfTheirStringsInOneThreadAndInSeveral) {
-    SCOPED_TRACE(kit::seedText());
-    const std::uint64_t seed = kit::seed();
+    SCOPED_TRACE(moxkit::seedText());
+    const std::uint64_t seed = moxkit::seed();
     Work first;
     first.go(seed);
 

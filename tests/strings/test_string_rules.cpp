@@ -2,10 +2,10 @@
 // The rules of KazString that a model of the text alone cannot show: blocks,
 // the kinds of empty, signs, errors.
 
-#include "kit/capture.h"
-#include "kit/director.h"
 #include "kit/host.h"
 #include "string_kit.h"
+#include "testkit/capture.h"
+#include "testkit/director.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 
 #include <gtest/gtest.h>
@@ -255,7 +255,7 @@ TYPED_TEST(StringRules, RepresentationsSurviveInUntypedHands) {
 }
 
 TYPED_TEST(StringRules, MisuseIsReportedAndLeavesTheStringWhole) {
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     TypeParam s(TestText<TypeParam>("hello"));
     const TypeParam sharer = s;
     EXPECT_EQ(std::as_const(s)[5], 0);
@@ -386,7 +386,7 @@ TYPED_TEST(StringRules, HardSearchesTakeNoMoreThanTheirLength) {
 }
 
 TEST(NarrowString, WhatItDoesNotOfferIsAnInternalError) {
-    kit::RecordingDirector director;
+    moxkit::RecordingDirector director;
     const KazString s("a");
     EXPECT_FALSE(s.equalsLocale("a") || s.equalsLocale(s) || KazString::equalsLocale("a", "a") ||
                  KazString::equalsLocale(s, s));
@@ -444,7 +444,7 @@ struct OpenString : KazString {
 };
 
 TEST(NarrowString, DumpNamesWhatIsWrongWithTheBlock) {
-    kit::Capture capture;
+    moxkit::Capture capture;
     KazString().dump();
     OpenString s("hello");
     const KazString sharer = s;

@@ -2,8 +2,8 @@
 // The tokenizers of both widths, beside the harness that compares them with a
 // plain splitter: nothing to split at, and no memory.
 
-#include "kit/alloc_failure.h"
 #include "string_kit.h"
+#include "testkit/alloc_failure.h"
 
 #include "tools/strings/KazQuotedStringTokenizer.h"
 #include "tools/strings/KazWQuotedStringTokenizer.h"
@@ -61,9 +61,9 @@ TYPED_TEST(Tokenizers, WithoutDelimitersOrQuotes) {
 
 TYPED_TEST(Tokenizers, SurviveFailedAllocations) {
     const auto source = this->quotedOne("a 'b c' d\\ e", " ", "'", '\\');
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         auto target = this->quotedOne("x-y", "-", "", 'q');
-        const long failures = kit::sweepAllocations(
+        const long failures = moxkit::sweepAllocations(
             [&] {
                 auto copy = source;
                 target = copy;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/capture.h"
+#include "testkit/capture.h"
 #include "tools/app/KazApp.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/util/memory.h"
@@ -52,7 +52,7 @@ TEST(Memory, PanicNamesTheFunctionInDebugModeOnly) {
     KazApp* app = KazApp::getInstance();
     ASSERT_NE(nullptr, app);
     const bool before = app->getDebugFlag();
-    kit::Capture capture;
+    moxkit::Capture capture;
     app->setDebugFlag(false);
     EXPECT_THROW(memory_panic("quiet"), KazMemoryException);
     app->setDebugFlag(true);

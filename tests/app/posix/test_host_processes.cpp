@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names under which only a POSIX host starts a tool, and its devices.
 #include "app/lines.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 using lines::linesOf;
 
 TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
-    kit::TempTree tree;
-    const std::string tool = kit::binDirectory() + "/app_tool";
+    moxkit::TempTree tree;
+    const std::string tool = moxkit::binDirectory() + "/app_tool";
     const std::map<std::string, std::string> names = {{"C:\\Tools\\MyTool.EXE", "mytool"},
                                                       {"/a/B.exe/tool.exe.bak", "tool.exe.bak"},
                                                       {"x.exe.exe", "x.exe"},
@@ -22,29 +22,29 @@ TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
     for (const auto& [argv0, name] : names) {
         const std::string script = tree.write(
             "start.py", "import os, sys\nos.execv(sys.argv[1], [sys.argv[2], 'environment'])\n");
-        auto lines = linesOf(kit::run({"/usr/bin/python3", script, tool, argv0}).out);
+        auto lines = linesOf(moxkit::run({"/usr/bin/python3", script, tool, argv0}).out);
         EXPECT_EQ(lines["argv0"], argv0);
         EXPECT_EQ(lines["name"], name) << argv0;
     }
 }
 
 TEST(Process, AForkedChildDeletesItsOwnFilesOnly) {
-    kit::TempTree tree;
+    moxkit::TempTree tree;
     for (const bool childHasOne : {false, true}) {
         std::vector<std::string> line = {"fork_tool", tree.write("parents", "")};
         if (childHasOne)
             line.push_back(tree.write("childs", ""));
-        EXPECT_EQ(kit::run(line).out, childHasOne ? "10" : "1");
+        EXPECT_EQ(moxkit::run(line).out, childHasOne ? "10" : "1");
         EXPECT_FALSE(tree.exists("parents") || tree.exists("childs"));
     }
 }
 
 /// Its std::cout throws when it cannot write.
 TEST(Process, TemporaryFilesGoAlthoughNothingCanBePrinted) {
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.stdoutFile = "/dev/full";
-    const auto result = kit::run({"app_tool", "leave", tree.path("a")}, options);
+    const auto result = moxkit::run({"app_tool", "leave", tree.path("a")}, options);
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(result.err, "in a wide one");
     EXPECT_FALSE(tree.exists("a"));

@@ -5,11 +5,11 @@
 #include "tools/config/toolinfo.h"
 #include "tools/messages/catalog/textcatalog.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
 #include "kit/posix/call_sweep.h"
-#include "kit/temp_tree.h"
 #include "programs/moxmsg/message_file.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -38,11 +38,11 @@ protected:
 
     bool failedIn(const char* function) const { return std::strcmp(call_, function) == 0; }
 
-    kit::TempTree tree{"/tmp"}; // file names are limited in length
-    kit::ScopedEnv home{"HOME", tree.path().c_str()};
-    kit::ScopedEnv toolInfo{"ToolInfo",
-                            tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
-    kit::RecordingDirector director;
+    moxkit::TempTree tree{"/tmp"}; // file names are limited in length
+    moxkit::ScopedEnv home{"HOME", tree.path().c_str()};
+    moxkit::ScopedEnv toolInfo{"ToolInfo",
+                               tree.write("first", "value=first\nToolInfo=~/second\n").c_str()};
+    moxkit::RecordingDirector director;
 };
 
 TEST_F(ConfigCalls, TheFirstLookupReadsEachFileWholeOrNotAtAll) {
@@ -146,7 +146,7 @@ TEST_F(FilestoreCalls, ASystemFileOpensUnderItsModeOrTheReasonIsTold) {
 
 TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
     const std::string system = tree.native("p\\sys"), store = system + "\\store";
-    const kit::ScopedEnv debug("edit_debug_diag_rev", nullptr);
+    const moxkit::ScopedEnv debug("edit_debug_diag_rev", nullptr);
     char buffer[kazFilestoreNameSize];
     struct Case {
         const char* what;

@@ -3,9 +3,9 @@
 // clear message, whole and as it was meant.
 #include "tools/config/toolinfo.h"
 
-#include "kit/env.h"
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ std::string cannotOpen(const std::string& file) {
 }
 
 TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string odd = tree.write("%s\n%n", "a=1\n");
     const std::vector<Case> cases = {
         {{{"KAZ_A", longText}}, {"moxinfo", "a"}, longText + "\n", ""},
@@ -64,11 +64,11 @@ TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
         {{{"LC_ALL", longText}}, {"moxinfo", "b"}, "2\n", ""},
     };
     for (const Case& each : cases) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.env = {{"ToolInfo", tree.write("ToolInfo", "b=2\n")}, {"LC_ALL", "C"}};
         for (const auto& [name, value] : each.environment)
             options.env[name] = value;
-        const kit::Result result = kit::run(each.arguments, options);
+        const moxkit::Result result = moxkit::run(each.arguments, options);
         const std::size_t number = static_cast<std::size_t>(&each - cases.data());
         EXPECT_EQ(result.status, each.err.empty() ? 0 : 1) << number;
         EXPECT_TRUE(result.out == each.out) << number << result.out.substr(0, 200);
@@ -79,7 +79,7 @@ TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
 
 TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
     const char* const file = "/proc/self/mounts";
-    const kit::ScopedEnv toolInfo("ToolInfo", file);
+    const moxkit::ScopedEnv toolInfo("ToolInfo", file);
     std::ifstream in(file);
     int lines = 0, definitions = 0;
     for (std::string line; std::getline(in, line);) {
@@ -93,33 +93,33 @@ TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
 
 /// A source that is sparse, so that nobody has to write it.
 TEST(HostileEnvironment, WhatNeverEndsIsRefused) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string large = tree.write("large", "a=1\n");
     ASSERT_EQ(::truncate(large.c_str(), 300 << 20), 0);
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
     const std::string refused = " holds more than 256 MiB and is not read\n";
-    kit::Result result = kit::run({"moxinfo", "-file", large, "b"}, options);
+    moxkit::Result result = moxkit::run({"moxinfo", "-file", large, "b"}, options);
     EXPECT_EQ(result.err, tree.native("large") + refused + "moxinfo: cannot read " + large + "\n");
     EXPECT_EQ(result.status, 1);
-    result = kit::run({"moxmsg", "-source", large}, options);
+    result = moxkit::run({"moxmsg", "-source", large}, options);
     EXPECT_EQ(result.err, large + ": cannot be read: File too large\n");
     options.env["ToolInfo"] = large;
-    EXPECT_EQ(kit::run({"moxinfo", "b"}, options).err,
+    EXPECT_EQ(moxkit::run({"moxinfo", "b"}, options).err,
               tree.native("large") + refused + cannotOpen(large));
     options.timeoutSeconds = 20;
     for (const char* silent : {"/proc/kmsg", "/dev/tty", "/dev/zero", "/dev/ptmx"}) {
         options.env["ToolInfo"] = silent;
-        EXPECT_EQ(kit::run({"moxinfo", "b"}, options).err, cannotOpen(silent));
+        EXPECT_EQ(moxkit::run({"moxinfo", "b"}, options).err, cannotOpen(silent));
     }
 }
 
 /// A file and a pipe without a writer that take each other's place all the time.
 TEST(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string file = tree.write("file", "a=1\n"), pipe = tree.path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const kit::ScopedEnv toolInfo("ToolInfo", tree.write("ToolInfo", "").c_str());
+    const moxkit::ScopedEnv toolInfo("ToolInfo", tree.write("ToolInfo", "").c_str());
     const pid_t child = ::fork();
     if (child == 0) {
         ::alarm(20);
@@ -139,23 +139,23 @@ TEST(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
 }
 
 TEST(HostileEnvironment, TheSearchPathKeepsAllThatItHeld) {
-    const kit::TempTree tree;
-    kit::RunOptions options;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env = {{"ToolInfo", tree.write("ToolInfo", "")},
                    {"PATH", "/bin:" + longText},
                    {"Path", "D:\\%s;" + longText}};
     options.input = "same\tPATH\nsame\tPath\n";
-    std::string native = kit::binDirectory();
+    std::string native = moxkit::binDirectory();
     for (char& c : native)
         c = c == '/' ? '\\' : c;
-    EXPECT_EQ(kit::run({"config_probe"}, options).out, "=" + kit::binDirectory() +
-                                                           ":/bin:" + longText + "\n=" + native +
-                                                           ";D:\\%s;" + longText + "\n");
+    EXPECT_EQ(moxkit::run({"config_probe"}, options).out, "=" + moxkit::binDirectory() +
+                                                              ":/bin:" + longText + "\n=" + native +
+                                                              ";D:\\%s;" + longText + "\n");
 }
 
 TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
-    const kit::TempTree tree;
-    const std::string tool = kit::binDirectory() + "/moxinfo";
+    const moxkit::TempTree tree;
+    const std::string tool = moxkit::binDirectory() + "/moxinfo";
     const std::pair<std::string, std::string> runs[] = {
         {"b", "2\n"},
         {"-output " + tree.path("written") + " b", ""},
@@ -163,11 +163,11 @@ TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
         {"-toolinfo rel b", cannotOpen("rel")},
         {"-output rel b", "rel: cannot be written: No such file or directory\n"}};
     for (const auto& [arguments, said] : runs) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
         options.cwd = tree.mkdir("gone");
         const std::string line = "rmdir " + options.cwd + " && exec " + tool + " " + arguments;
-        const kit::Result result = kit::run({"/bin/sh", "-c", line}, options);
+        const moxkit::Result result = moxkit::run({"/bin/sh", "-c", line}, options);
         EXPECT_EQ(result.out + result.err, said);
         EXPECT_EQ(result.status, result.err.empty() ? 0 : 1);
     }
@@ -175,23 +175,24 @@ TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
 }
 
 TEST(HostileEnvironment, AnOutputMayHaveTheLongestName) {
-    const kit::TempTree tree;
-    kit::RunOptions options;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
     const std::string name(255, 'n');
-    const kit::Result result = kit::run({"moxinfo", "-output", tree.path(name), "b"}, options);
+    const moxkit::Result result =
+        moxkit::run({"moxinfo", "-output", tree.path(name), "b"}, options);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(tree.read(name), "2\n");
 }
 
 TEST(HostileEnvironment, AnOutputThatCannotBeWrittenLeavesTheFileAsItWas) {
-    const kit::TempTree tree;
-    kit::RunOptions options;
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
     const std::string file = tree.write("file", "old");
-    const std::string line = "trap '' XFSZ; ulimit -f 0; exec " + kit::binDirectory() +
+    const std::string line = "trap '' XFSZ; ulimit -f 0; exec " + moxkit::binDirectory() +
                              "/moxinfo -output " + file + " b";
-    const kit::Result result = kit::run({"/bin/sh", "-c", line}, options);
+    const moxkit::Result result = moxkit::run({"/bin/sh", "-c", line}, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, file + ": cannot be written: File too large\n");
     EXPECT_EQ(tree.read("file"), "old");

@@ -2,8 +2,8 @@
 // Where "~" leads: the three ways, one after the other.
 #include "tools/config/toolinfo.h"
 
-#include "kit/env.h"
-#include "kit/temp_tree.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -47,10 +47,10 @@ private:
 };
 
 TEST(Home, IsTheOneThatTheUserNames) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string here = tree.native();
     for (const std::string& spelling : {here, here + "\\", tree.path() + "/"}) {
-        const kit::ScopedEnv home("HOME", spelling.c_str());
+        const moxkit::ScopedEnv home("HOME", spelling.c_str());
         EXPECT_EQ(_TI_hm("~"), here + "\\");
         EXPECT_EQ(_TI_hm("~/a/b"), here + "\\a/b");
         EXPECT_STREQ(_TI_hm("~a"), "~a");
@@ -58,35 +58,35 @@ TEST(Home, IsTheOneThatTheUserNames) {
 }
 
 TEST(Home, IsInTheRoamingDataElse) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const FreshUser user;
     FreshUser::setRoamingData(tree.native());
     for (const char* none : {static_cast<const char*>(nullptr), "Q:\\no\\such\\directory"}) {
-        const kit::ScopedEnv home("HOME", none);
+        const moxkit::ScopedEnv home("HOME", none);
         EXPECT_EQ(_TI_hm("~\\x"), tree.native("Tarvo/Mox/x"));
     }
     EXPECT_TRUE(tree.exists("Tarvo/Mox"));
     EXPECT_FALSE(tree.exists("Tarvo/Mox/x"));
     FreshUser::setRoamingData("Q:\\cannot\\be\\made");
-    const kit::ScopedEnv home("HOME", nullptr);
+    const moxkit::ScopedEnv home("HOME", nullptr);
     EXPECT_STREQ(_TI_hm("~\\x"), "Q:\\cannot\\be\\made\\Tarvo\\Mox\\x");
 }
 
 TEST(Home, IsInTheProfileAtLastAndInQuotes) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const FreshUser user;
-    const kit::ScopedEnv home("HOME", nullptr);
+    const moxkit::ScopedEnv home("HOME", nullptr);
     for (const bool empty : {false, true}) {
         if (empty)
             FreshUser::setRoamingData("");
-        const kit::ScopedEnv profile("USERPROFILE", tree.native("me").c_str());
+        const moxkit::ScopedEnv profile("USERPROFILE", tree.native("me").c_str());
         tree.mkdir("me");
         const std::string place = tree.native("me/Application Data/Tarvo/Mox");
         EXPECT_EQ(_TI_hm("~/x"), "\"" + place + "\\x\"");
         EXPECT_EQ(_TI_hm("~"), "\"" + place + "\\\"");
         EXPECT_TRUE(tree.exists("me/Application Data/Tarvo/Mox"));
     }
-    const kit::ScopedEnv profile("USERPROFILE", nullptr);
+    const moxkit::ScopedEnv profile("USERPROFILE", nullptr);
     EXPECT_STREQ(_TI_hm("~/x"), "~/x");
 }
 

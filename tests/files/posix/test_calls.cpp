@@ -3,7 +3,7 @@
 #include "files/manager.h"
 #include "files/tree.h"
 #include "kit/posix/call_sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 #include "tools/config/KazFilePath.h"
 #include "tools/files/KazTreeCursor.h"
 #include "tools/files/kazpath.h"
@@ -167,7 +167,7 @@ TEST_F(Calls, ADirectoryDoesAStepOrNothing) {
 }
 
 TEST_F(Calls, AFileIsCopiedOrTheReasonIsTold) {
-    const kit::TempTree disk; // often another file system
+    const moxkit::TempTree disk; // often another file system
     const std::string source = disk.path("f");
     const std::string target = tree.path("t");
     struct Case {

@@ -3,7 +3,7 @@
 #include "files/tree.h"
 #include "kit/posix/deep_tree.h"
 #include "kit/posix/exchanger.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 #include "tools/files/KazDirectory.h"
 #include "tools/files/KazFileManager.h"
 #include "tools/files/KazTreeCursor.h"
@@ -31,7 +31,7 @@ namespace fs = std::filesystem;
 
 class DirectoryHost : public testing::Test {
 protected:
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
     const KazDirectory top{tree.native().c_str()};
 };
 
@@ -132,7 +132,7 @@ TEST_F(DirectoryHost, HolesStayHoles) {
 /// A file system whose files can share blocks, in an image, where one can be mounted.
 class SharingDisk {
 public:
-    explicit SharingDisk(const kit::TempTree& tree) : place_(tree.mkdir("disk")) {
+    explicit SharingDisk(const moxkit::TempTree& tree) : place_(tree.mkdir("disk")) {
         const std::string image = tree.write("image", "");
         if (::truncate(image.c_str(), off_t{400} << 20) == 0)
             isThere_ =

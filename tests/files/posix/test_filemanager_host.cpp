@@ -3,8 +3,8 @@
 #include "files/manager.h"
 #include "files/posix/plain_user.h"
 #include "files/tree.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -88,7 +88,7 @@ bool restrictNewFiles(const std::string& directory) {
 }
 
 TEST_F(FileManager, FilesKeepTheirPermissionsWhateverNewOnesGet) {
-    kit::Random random(kit::seed());
+    moxkit::Random random(moxkit::seed());
     for (int i = 0; i < 60; ++i) {
         const std::string name = "src/" + std::to_string(i);
         tree.write(name, "x");

@@ -4,7 +4,7 @@
 #include "tools/files/tifiles.h"
 
 #include "files/tree.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -29,7 +29,7 @@ TEST(HostFiles, HostAndNativeSpelling) {
 }
 
 TEST(HostFiles, RealDirectoriesAreNoLinks) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.mkdir("d");
     tree.write("f", "");
     fs::create_directory_symlink("d", tree.path("link"));
@@ -44,7 +44,7 @@ TEST(HostFiles, RealDirectoriesAreNoLinks) {
 
 /// No name may look as if it were elsewhere.
 TEST(HostFiles, ListingStaysInTheDirectory) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     for (const char* name : {"~", "c:x", "a", "sub:x", "back\\slash", "\xff\xfe"})
         tree.write(name, "");
     const fs::path before = fs::current_path();
@@ -60,7 +60,7 @@ TEST(HostFiles, ListingStaysInTheDirectory) {
 
 /// A pipe under the probe's name, which nobody writes to.
 TEST(HostFiles, TwoDirectoriesAreComparedWithoutWaiting) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.mkdir("one");
     tree.mkdir("two");
     const std::string probe = "/_tmp" + std::to_string(::getpid());
@@ -78,7 +78,7 @@ TEST(HostFiles, TwoDirectoriesAreComparedWithoutWaiting) {
 }
 
 TEST(HostFiles, CopyKeepsPermissions) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const mode_t mask = ::umask(077);
     for (const std::size_t size : {10, 100000}) {
         tree.write("src", std::string(size, 'x'));
@@ -97,7 +97,7 @@ TEST(HostFiles, CopyKeepsPermissions) {
 }
 
 TEST(HostFiles, CopyDealsWithLinksAndSpecialFiles) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("f", "text");
     tree.write("g", "other");
     fs::create_hard_link(tree.path("f"), tree.path("hard"));

@@ -3,10 +3,10 @@
 // that stay behind.
 #include "tools/files/process.h"
 
-#include "kit/director.h"
-#include "kit/env.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/director.h"
+#include "testkit/env.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <chrono>
 #include <csignal>
@@ -60,8 +60,8 @@ TEST(Words, TheFirstOneIsACommand) {
 }
 
 TEST(Words, ReadAsAShellDoes) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     std::string script;
     std::string expected;
     for (int round = 0; round < 200; ++round) {
@@ -96,8 +96,8 @@ TEST(Shell, TellsTheSignal) {
 }
 
 TEST(Shell, SeesWhatTheToolHasWrittenAndShowsAllOfALine) {
-    const kit::TempTree tree;
-    const kit::RecordingDirector director;
+    const moxkit::TempTree tree;
+    const moxkit::RecordingDirector director;
     std::FILE* stream = std::fopen(tree.path("file").c_str(), "wb");
     ASSERT_NE(stream, nullptr);
     std::fwrite("a\0b\nend", 1, 7, stream); // as yet in the stream's buffer
@@ -128,11 +128,11 @@ TEST(Shell, TakesWhatIsThereWhenTheCommandEnds) {
 }
 
 TEST(Shell, ACommandIsNoOptionOfTheInterpreter) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     for (const char* name : {"-c", "+x", "--"}) {
         const std::string program = tree.write(name, "#!/bin/sh\necho \"called $1\"\n");
         std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-        const kit::ScopedEnv path("PATH", (tree.path() + ":" + std::getenv("PATH")).c_str());
+        const moxkit::ScopedEnv path("PATH", (tree.path() + ":" + std::getenv("PATH")).c_str());
         KazString output;
         EXPECT_EQ(shell_cmd_output((std::string(name) + " so").c_str(), output), 0) << name;
         EXPECT_STREQ(output.getValue(), "called so\n");
@@ -141,7 +141,7 @@ TEST(Shell, ACommandIsNoOptionOfTheInterpreter) {
 
 /// Also the streams of C++ that keep text of their own.
 TEST(Shell, SeesWhatTheStandardStreamsHold) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     std::filebuf file;
     ASSERT_NE(file.open(tree.path("file"), std::ios::out), nullptr);
     for (std::ostream* stream : {&std::cout, &std::cerr, &std::clog}) {

@@ -3,7 +3,7 @@
 #include "tools/files/tifiles.h"
 
 #include "files/tree.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -24,7 +24,7 @@ TEST(HostFiles, HostAndNativeSpellingAreOne) {
 }
 
 TEST(HostFiles, NamesHaveNoCase) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     EXPECT_EQ(TI_makedir(tree.native("a/b").c_str()), 0);
     EXPECT_EQ(TI_makedir(tree.native("A/B").c_str()), 0);
     EXPECT_EQ(TI_makedir("C:\\"), 0);
@@ -36,7 +36,7 @@ TEST(HostFiles, NamesHaveNoCase) {
 }
 
 TEST(HostFiles, CopyKeepsTheAttributeAndLeavesHeldFilesAlone) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("src", "text");
     tree.write("held", "other");
     SetFileAttributesA(tree.path("src").c_str(), FILE_ATTRIBUTE_READONLY);

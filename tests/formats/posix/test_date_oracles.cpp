@@ -4,9 +4,9 @@
 // compared is made in the run.
 #include "tools/formats/datetime.h"
 
-#include "kit/env.h"
-#include "kit/process.h"
-#include "kit/random.h"
+#include "testkit/env.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
 
 #include <gtest/gtest.h>
 
@@ -30,11 +30,11 @@ Lines splitAt(const std::string& text, char separator) {
 
 /// What a program of the host answers, a line for each line of input.
 Lines answers(Lines command, const std::string& input, const std::string& zone = "UTC0") {
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.input = input;
     options.env = {{"TZ", zone}, {"LC_ALL", "C"}};
     command.insert(command.begin(), "/usr/bin/env");
-    const kit::Result result = kit::run(command, options);
+    const moxkit::Result result = moxkit::run(command, options);
     EXPECT_EQ(result.status, 0) << result.err;
     return splitAt(result.out, '\n');
 }
@@ -49,10 +49,10 @@ public:
     explicit LocalZone(const std::string& name) : variable_("TZ", name.c_str()) { tzset(); }
 
 private:
-    kit::ScopedEnv variable_;
+    moxkit::ScopedEnv variable_;
 };
 
-std::int64_t randomMoment(kit::Random& rng, std::int64_t low, std::int64_t high) {
+std::int64_t randomMoment(moxkit::Random& rng, std::int64_t low, std::int64_t high) {
     return low + static_cast<std::int64_t>(rng.bits() % static_cast<std::uint64_t>(high - low + 1));
 }
 
@@ -65,8 +65,8 @@ protected:
     void SetUp() override { date_set_language("en"); }
     void TearDown() override { date_set_language(nullptr); }
 
-    testing::ScopedTrace trace_{__FILE__, __LINE__, kit::seedText()};
-    kit::Random rng_{kit::seed()};
+    testing::ScopedTrace trace_{__FILE__, __LINE__, moxkit::seedText()};
+    moxkit::Random rng_{moxkit::seed()};
 };
 
 /// Every letter with flags and widths, as far as both are meant to agree.

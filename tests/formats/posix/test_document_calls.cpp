@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every call of the system that writing a report makes, failing once.
 #include "kit/posix/call_sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/failures/KazFileException.h"
 #include "tools/formats/KazDocWriter.h"
 
@@ -14,7 +14,7 @@ namespace {
 class DocumentCalls : public testing::Test, protected kit::CallSweep {};
 
 TEST_F(DocumentCalls, AReportIsWholeOrAsBefore) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::unique_ptr<KazDocWriter> doc(KazDocWriter::create(doc_html));
     doc->paragraph(std::string(100000, 'x').c_str());
     const std::string expected = doc->finish().getValue();

@@ -2,9 +2,9 @@
 // Random reports before the programs that people open them with. Each may be missing: its
 // test is then skipped.
 #include "fuzz/writer_calls.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,7 +33,7 @@ using Words = std::vector<std::string>;
 /// A random report, the same one for each number, and what it says.
 struct Report {
     Report(doc_format_enum format, int number, const std::string& file, bool breaks = true) {
-        kit::Random rng(kit::seed() + static_cast<std::uint64_t>(number));
+        moxkit::Random rng(moxkit::seed() + static_cast<std::uint64_t>(number));
         std::vector<std::uint8_t> bytes(static_cast<std::size_t>(rng.between(50, 2500)));
         std::generate(bytes.begin(), bytes.end(),
                       [&rng] { return static_cast<std::uint8_t>(rng.bits()); });
@@ -74,58 +74,58 @@ protected:
         return result;
     }
 
-    kit::Result run(std::vector<std::string> command, const Words& files = {"report"}) {
+    moxkit::Result run(std::vector<std::string> command, const Words& files = {"report"}) {
         command[0] = placeOf(command[0]);
         for (const std::string& file : files)
             command.push_back(tree.path(file));
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.env = {{"LC_ALL", "C.UTF-8"}, {"HOME", tree.path()}};
         options.cwd = tree.path();
         options.timeoutSeconds = 300;
-        return kit::run(command, options);
+        return moxkit::run(command, options);
     }
 
-    kit::TempTree tree;
+    moxkit::TempTree tree;
 };
 
 TEST_P(Readers, Tidy) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("tidy"))
         GTEST_SKIP() << "tidy is not installed";
     write(doc_html);
-    const kit::Result result =
+    const moxkit::Result result =
         run({"tidy", "-e", "-q", "--drop-empty-elements", "no", "--show-info", "no"});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.err, "");
 }
 
 TEST_P(Readers, Xmllint) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("xmllint"))
         GTEST_SKIP() << "xmllint is not installed";
     write(doc_html);
-    const kit::Result result = run({"xmllint", "--html", "--noout"});
+    const moxkit::Result result = run({"xmllint", "--html", "--noout"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err.find("error"), std::string::npos) << result.err;
 }
 
 TEST_P(Readers, W3m) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("w3m"))
         GTEST_SKIP() << "w3m is not installed";
     // Cells stand beside one another; columns wide enough keep their texts in one line.
     const Report report = write(doc_html, false);
-    const kit::Result result = run({"w3m", "-dump", "-cols", "20000", "-T", "text/html"});
+    const moxkit::Result result = run({"w3m", "-dump", "-cols", "20000", "-T", "text/html"});
     EXPECT_EQ(result.status, 0) << result.err;
     expectInOrder(result.out, report.words);
 }
 
 TEST_P(Readers, Unrtf) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("unrtf"))
         GTEST_SKIP() << "unrtf is not installed";
     Report report = write(doc_rtf);
-    const kit::Result result = run({"unrtf", "--text", "--nopict"});
+    const moxkit::Result result = run({"unrtf", "--text", "--nopict"});
     EXPECT_EQ(result.status, 0) << result.err;
     // It shows where a link leads instead of its text.
     std::erase_if(report.words, [&report](const std::string& word) {
@@ -135,22 +135,22 @@ TEST_P(Readers, Unrtf) {
 }
 
 TEST_P(Readers, PandocReadsRtf) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("pandoc"))
         GTEST_SKIP() << "pandoc is not installed";
     const Report report = write(doc_rtf);
-    const kit::Result result = run({"pandoc", "-f", "rtf", "-t", "json"});
+    const moxkit::Result result = run({"pandoc", "-f", "rtf", "-t", "json"});
     EXPECT_EQ(result.status, 0) << result.err;
     // It takes the letter behind a replacement character for a part of that.
     expectInOrder(result.out, report.words, {"w", "\"", "\xEF\xBF\xBD"});
 }
 
 TEST_P(Readers, PandocReadsHtml) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("pandoc"))
         GTEST_SKIP() << "pandoc is not installed";
     const Report report = write(doc_html);
-    const kit::Result result = run({"pandoc", "-f", "html", "-t", "native"});
+    const moxkit::Result result = run({"pandoc", "-f", "html", "-t", "native"});
     EXPECT_EQ(result.status, 0) << result.err;
     expectInOrder(result.out, report.words);
 }
@@ -175,7 +175,7 @@ protected:
                                             "-env:UserInstallation=file://" + tree.path("profile"),
                                             "--convert-to", "txt:Text"};
         command.insert(command.end(), options.begin(), options.end());
-        const kit::Result result = run(command, files);
+        const moxkit::Result result = run(command, files);
         EXPECT_EQ(result.status, 0) << result.err;
         for (std::size_t i = 0; i < reports.size(); ++i) {
             SCOPED_TRACE(files[i]);
@@ -185,14 +185,14 @@ protected:
 };
 
 TEST_P(OfficeReaders, Rtf) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isLeftOut() || isMissing("soffice"))
         GTEST_SKIP() << "LibreOffice is started by ./dev readers";
     readAll(doc_rtf, ".rtf", {});
 }
 
 TEST_P(OfficeReaders, Html) {
-    SCOPED_TRACE(kit::seedText());
+    SCOPED_TRACE(moxkit::seedText());
     if (isLeftOut() || isMissing("soffice"))
         GTEST_SKIP() << "LibreOffice is started by ./dev readers";
     readAll(doc_html, ".html", {"--infilter=HTML (StarWriter)"});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
 
-#include "kit/process.h"
+#include "testkit/process.h"
 
 #include <filesystem>
 
@@ -31,7 +31,7 @@ std::string fullDevice() {
 
 std::string placeProgram(const std::string& name, const std::string& directory) {
     for (const std::string& file : {std::string(KIT_LIBRARY), name})
-        std::filesystem::copy_file(binDirectory() + "/" + file, directory + "/" + file);
+        std::filesystem::copy_file(moxkit::binDirectory() + "/" + file, directory + "/" + file);
     return directory + "/" + name;
 }
 

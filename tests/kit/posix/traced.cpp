@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/posix/traced.h"
 
-#include "kit/temp_tree.h"
+#include "testkit/temp_tree.h"
 
 #include <map>
 #include <sstream>
@@ -19,14 +19,14 @@ bool dealsInFiles(const std::string& name) {
     return name != "mmap" && name != "munmap" && name != "execve";
 }
 
-Result runUnder(const std::vector<std::string>& tracing, const std::vector<std::string>& argv,
-                const RunOptions& options) {
+moxkit::Result runUnder(const std::vector<std::string>& tracing,
+                        const std::vector<std::string>& argv, const moxkit::RunOptions& options) {
     std::vector<std::string> command = {strace, "-qq", "-e", "signal=none"};
     command.insert(command.end(), tracing.begin(), tracing.end());
-    command.push_back(argv[0].find('/') == std::string::npos ? binDirectory() + "/" + argv[0]
-                                                             : argv[0]);
+    command.push_back(
+        argv[0].find('/') == std::string::npos ? moxkit::binDirectory() + "/" + argv[0] : argv[0]);
     command.insert(command.end(), argv.begin() + 1, argv.end());
-    return run(command, options);
+    return moxkit::run(command, options);
 }
 
 } // namespace
@@ -35,13 +35,13 @@ bool canTrace() {
 #ifdef __SANITIZE_ADDRESS__
     return false; // the sanitizer makes calls of its own, and cannot do without them
 #else
-    static const bool can = run({strace, "-o", "/dev/null", "/bin/true"}).status == 0;
+    static const bool can = moxkit::run({strace, "-o", "/dev/null", "/bin/true"}).status == 0;
     return can;
 #endif
 }
 
-std::vector<Call> callsOf(const std::vector<std::string>& argv, const RunOptions& options) {
-    const TempTree tree;
+std::vector<Call> callsOf(const std::vector<std::string>& argv, const moxkit::RunOptions& options) {
+    const moxkit::TempTree tree;
     runUnder({"-e", traced, "-o", tree.path("log")}, argv, options);
     std::istringstream log(tree.read("log"));
     std::map<std::string, int> counts;
@@ -57,18 +57,19 @@ std::vector<Call> callsOf(const std::vector<std::string>& argv, const RunOptions
     return calls;
 }
 
-Result runFailing(const std::vector<std::string>& argv, const RunOptions& options, const Call& call,
-                  const std::string& error) {
+moxkit::Result runFailing(const std::vector<std::string>& argv, const moxkit::RunOptions& options,
+                          const Call& call, const std::string& error) {
     return runUnder(
         {"-o", "/dev/null", "-e", "trace=" + call.name, "-e",
          "inject=" + call.name + ":error=" + error + ":when=" + std::to_string(call.number)},
         argv, options);
 }
 
-Result runSignalled(const std::vector<std::string>& argv, const RunOptions& options,
-                    const std::string& call, int number, const std::string& signal, int& made) {
-    const TempTree tree;
-    const Result result =
+moxkit::Result runSignalled(const std::vector<std::string>& argv, const moxkit::RunOptions& options,
+                            const std::string& call, int number, const std::string& signal,
+                            int& made) {
+    const moxkit::TempTree tree;
+    const moxkit::Result result =
         runUnder({"-o", tree.path("log"), "-e", "trace=" + call, "-e",
                   "inject=" + call + ":signal=" + signal + ":when=" + std::to_string(number)},
                  argv, options);

@@ -3,7 +3,7 @@
 /// Programs under strace, which makes one of their system calls fail.
 #pragma once
 
-#include "kit/process.h"
+#include "testkit/process.h"
 
 #include <string>
 #include <vector>
@@ -22,16 +22,17 @@ struct Call {
 
 /// The calls that deal in files, in their order, without those that load the
 /// program and its libraries: no program survives the failure of these.
-std::vector<Call> callsOf(const std::vector<std::string>& argv, const RunOptions& options);
+std::vector<Call> callsOf(const std::vector<std::string>& argv, const moxkit::RunOptions& options);
 
 /// Runs a program of which that call fails with @p error ("EIO").
-Result runFailing(const std::vector<std::string>& argv, const RunOptions& options, const Call& call,
-                  const std::string& error);
+moxkit::Result runFailing(const std::vector<std::string>& argv, const moxkit::RunOptions& options,
+                          const Call& call, const std::string& error);
 
 /// Runs a program that gets @p signal ("INT") when it makes call number @p number of that
 /// name. @p made becomes how many such calls came to their end, instead of being broken
 /// off by it.
-Result runSignalled(const std::vector<std::string>& argv, const RunOptions& options,
-                    const std::string& call, int number, const std::string& signal, int& made);
+moxkit::Result runSignalled(const std::vector<std::string>& argv, const moxkit::RunOptions& options,
+                            const std::string& call, int number, const std::string& signal,
+                            int& made);
 
 } // namespace kit

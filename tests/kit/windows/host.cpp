@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
 
-#include "kit/process.h"
+#include "testkit/process.h"
 
 #include <algorithm>
 #include <cctype>
@@ -45,10 +45,10 @@ std::string fullDevice() {
 }
 
 std::string placeProgram(const std::string& name, const std::string& directory) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(binDirectory()))
+    for (const fs::directory_entry& entry : fs::directory_iterator(moxkit::binDirectory()))
         if (entry.path().extension() == ".dll")
             fs::copy_file(entry.path(), fs::path(directory) / entry.path().filename());
-    fs::copy_file(binDirectory() + "\\" + name + ".exe", directory + "\\" + name + ".exe");
+    fs::copy_file(moxkit::binDirectory() + "\\" + name + ".exe", directory + "\\" + name + ".exe");
     return directory + "\\" + name;
 }
 

@@ -39,7 +39,7 @@ TEST_F(ChildToolHost, HandsNothingOnThatItsChildrenInherit) {
 TEST_F(ChildToolHost, IsAskedToEndWhenTheUserWantsToStop) {
     options.signal = SIGTERM;
     options.signalAfter = "ready";
-    kit::Result result = relay(joined(
+    moxkit::Result result = relay(joined(
         {"start", "Outer"}, running(50, {"start", "Inner", "say", "ready", "sleep", "50000"})));
     EXPECT_EQ(result.status, 9);
     EXPECT_EQ(told(), "50 % > ready > undone by relay_tool . undone by relay_tool ");
@@ -53,14 +53,15 @@ TEST_F(ChildToolHost, IsAskedToEndWhenTheUserWantsToStop) {
 }
 
 TEST_F(ChildToolHost, IsShownNowhereWhenItsParentHasGone) {
-    const std::string tool = kit::binDirectory() + "/relay_tool";
+    const std::string tool = moxkit::binDirectory() + "/relay_tool";
     const std::string rest =
         "\"$0\" start Alone sleep 300 add 50 say on -progress_channel 1:0:100 ";
     options.env["KAZ_PROGRESS_FD"] = "5";
-    EXPECT_EQ(kit::run({"/bin/bash", "-c", rest + "5> >(exec true)", tool}, options).out, "on\n");
-    EXPECT_EQ(kit::run({"/bin/bash", "-c", rest + "5>file", tool}, options).out,
+    EXPECT_EQ(moxkit::run({"/bin/bash", "-c", rest + "5> >(exec true)", tool}, options).out,
+              "on\n");
+    EXPECT_EQ(moxkit::run({"/bin/bash", "-c", rest + "5>file", tool}, options).out,
               "Alone ..........on\n"); // no pipe
-    EXPECT_EQ(kit::run({"/bin/bash", "-c", rest + "5< <(exec true)", tool}, options).out,
+    EXPECT_EQ(moxkit::run({"/bin/bash", "-c", rest + "5< <(exec true)", tool}, options).out,
               "Alone ..........on\n"); // none to write to
 }
 

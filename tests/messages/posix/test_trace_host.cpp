@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -9,13 +9,13 @@
 namespace {
 
 TEST(Trace, WaitsForNobodyAtAPipe) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     const std::string pipe = tree.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.timeoutSeconds = 20;
-    const kit::Result result =
-        kit::run({"trace_tool", "-trace", "a", "-trace_file", pipe, "a=1"}, options);
+    const moxkit::Result result =
+        moxkit::run({"trace_tool", "-trace", "a", "-trace_file", pipe, "a=1"}, options);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err,
               "-trace_file: cannot write '" + pipe + "': No such device or address\ntrace a: 1\n");

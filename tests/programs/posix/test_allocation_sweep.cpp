@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whole programs, each of their allocations failing, once or from there on.
-#include "kit/process.h"
-#include "kit/temp_tree.h"
 #include "programs/moxcopy.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <algorithm>
 #include <functional>
@@ -28,9 +28,9 @@ protected:
     /// @p prepare. A run ends with one message or, where the C library makes do
     /// without the memory, as if nothing had been; @p check sees what it left.
     void sweep(const std::vector<std::string>& command, const std::function<void()>& prepare,
-               const std::function<void(const kit::Result&)>& check) {
+               const std::function<void(const moxkit::Result&)>& check) {
         prepare();
-        const kit::Result whole = kit::run(command, options);
+        const moxkit::Result whole = moxkit::run(command, options);
         ASSERT_EQ(whole.status, 0) << whole.err;
         long runs = 0;
         for (onward = false;; onward = true) {
@@ -38,11 +38,11 @@ protected:
             for (long n = onward ? 2 : 1;; ++n, ++runs) {
                 prepare();
                 fs::remove(tree.path("mark"));
-                kit::RunOptions failing = options;
-                failing.env["LD_PRELOAD"] = kit::binDirectory() + "/moxfault.so";
+                moxkit::RunOptions failing = options;
+                failing.env["LD_PRELOAD"] = moxkit::binDirectory() + "/moxfault.so";
                 failing.env["MOX_FAULT"] = "allocation:" + std::to_string(n) + (onward ? "+" : "");
                 failing.env["MOX_FAULT_MARK"] = tree.path("mark");
-                const kit::Result result = kit::run(command, failing);
+                const moxkit::Result result = moxkit::run(command, failing);
                 if (!tree.exists("mark"))
                     break;
                 SCOPED_TRACE("allocation " + std::to_string(n) + (onward ? " and later ones" : ""));
@@ -70,8 +70,8 @@ protected:
         return isThere ? text.substr(text.find('\n') + 1) : text;
     }
 
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
-    kit::RunOptions options;
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::RunOptions options;
     /// Do the allocations that follow fail too?
     bool onward = false;
 };
@@ -91,7 +91,7 @@ TEST_F(OutOfMemory, CopyingLeavesWholeFilesAndTheSource) {
             for (const auto& [name, text] : old)
                 tree.write("copies/" + name, text);
         },
-        [&](const kit::Result& result) {
+        [&](const moxkit::Result& result) {
             const auto copies = contents(tree, "copies");
             std::size_t leftOver = 0;
             for (const auto& [name, text] : copies)
@@ -112,7 +112,7 @@ TEST_F(OutOfMemory, CopyingLeavesWholeFilesAndTheSource) {
 
 TEST_F(OutOfMemory, MessageFilesAreWholeOrAsTheyWere) {
     const std::vector<std::string> compile = {"moxmsg", "-source", "source", "-output", "file"};
-    ASSERT_EQ(kit::run(compile, options).status, 0);
+    ASSERT_EQ(moxkit::run(compile, options).status, 0);
     const std::string compiled = tree.read("file");
     for (const std::string before : {"", "before"})
         sweep(
@@ -122,23 +122,23 @@ TEST_F(OutOfMemory, MessageFilesAreWholeOrAsTheyWere) {
                 if (!before.empty())
                     tree.write("file", before);
             },
-            [&](const kit::Result& result) {
+            [&](const moxkit::Result& result) {
                 EXPECT_EQ(tree.read("file"), result.status == 0 ? compiled : before);
                 EXPECT_EQ(tree.exists("file"), !before.empty() || result.status == 0);
             });
     tree.write("file", compiled);
     sweep(
-        {"moxmsg", "-file", "file"}, [] {}, [](const kit::Result&) {});
+        {"moxmsg", "-file", "file"}, [] {}, [](const moxkit::Result&) {});
 }
 
 TEST_F(OutOfMemory, ARecordingIsNoReasonToFail) {
     options.env["KAZ_DIALOGUE"] = tree.path("recording");
     const std::vector<std::string> check = {"moxmsg", "-source", "source"};
-    ASSERT_EQ(kit::run(check, options).status, 0);
+    ASSERT_EQ(moxkit::run(check, options).status, 0);
     const std::string whole = tree.read("recording");
     sweep(
         check, [&] { fs::remove(tree.path("recording")); },
-        [&](const kit::Result& result) {
+        [&](const moxkit::Result& result) {
             const std::string recorded =
                 tree.exists("recording") ? tree.read("recording") : std::string();
             EXPECT_TRUE(recorded.empty() || recorded.ends_with("}\n")) << recorded;
@@ -150,13 +150,13 @@ TEST_F(OutOfMemory, ARecordingIsNoReasonToFail) {
 
 TEST_F(OutOfMemory, AStepOfAnotherToolEndsWithAMessage) {
     options.env["KAZ_PROGRESS_FD"] = "9"; // here the pipe of standard output
-    const std::string bin = kit::binDirectory();
+    const std::string bin = moxkit::binDirectory();
     for (int n = 2; n < 12; ++n) {
-        const kit::Result result =
-            kit::run({"/bin/sh", "-c",
-                      "exec 9>&1; LD_PRELOAD=" + bin + "/moxfault.so MOX_FAULT=allocation:" +
-                          std::to_string(n) + "+ exec " + bin + "/moxmsg -source source"},
-                     options);
+        const moxkit::Result result =
+            moxkit::run({"/bin/sh", "-c",
+                         "exec 9>&1; LD_PRELOAD=" + bin + "/moxfault.so MOX_FAULT=allocation:" +
+                             std::to_string(n) + "+ exec " + bin + "/moxmsg -source source"},
+                        options);
         EXPECT_EQ(result.signal, 0) << n;
         EXPECT_EQ(result.status, 1) << n;
         EXPECT_EQ(result.err, outOfMemory) << n;
@@ -170,31 +170,31 @@ TEST_F(OutOfMemory, AReportIsWholeOrAsItWas) {
     // What else the formats ask for is swept inside a process.
     const std::vector<std::string> command = {"moxreport", "-p",     "plant",
                                               "-output",   "report", "-Quiet"};
-    ASSERT_EQ(kit::run(command, options).status, 0);
+    ASSERT_EQ(moxkit::run(command, options).status, 0);
     const std::string complete = tree.read("report");
     sweep(
         command, [&] { tree.write("report", "before"); },
-        [&](const kit::Result& result) {
+        [&](const moxkit::Result& result) {
             EXPECT_EQ(tree.read("report"), result.status == 0 ? complete : "before");
         });
 }
 
 TEST_F(OutOfMemory, TheConfigurationIsShownOrTheReasonIsTold) {
     sweep(
-        {"moxinfo", "name", "other"}, [] {}, [](const kit::Result&) {});
+        {"moxinfo", "name", "other"}, [] {}, [](const moxkit::Result&) {});
     sweep(
-        {"moxinfo"}, [] {}, [](const kit::Result&) {});
+        {"moxinfo"}, [] {}, [](const moxkit::Result&) {});
     sweep(
-        {"moxinfo", "--origin", "other"}, [] {}, [](const kit::Result&) {});
+        {"moxinfo", "--origin", "other"}, [] {}, [](const moxkit::Result&) {});
     sweep(
-        {"moxinfo", "--check"}, [] {}, [](const kit::Result&) {});
+        {"moxinfo", "--check"}, [] {}, [](const moxkit::Result&) {});
 }
 
 TEST_F(OutOfMemory, TheDoctorAndTheScriptsOfShellsAreWholeOrTold) {
     sweep(
-        {"moxtool", "doctor"}, [] {}, [](const kit::Result&) {});
+        {"moxtool", "doctor"}, [] {}, [](const moxkit::Result&) {});
     sweep(
-        {"moxtool", "completion", "zsh"}, [] {}, [](const kit::Result&) {});
+        {"moxtool", "completion", "zsh"}, [] {}, [](const moxkit::Result&) {});
 }
 
 } // namespace

@@ -2,10 +2,10 @@
 // Whole programs, each of their system calls failing once, and killed at any
 // moment.
 #include "kit/posix/traced.h"
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
 #include "programs/moxcopy.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -18,16 +18,16 @@
 namespace {
 
 using namespace moxcopy_test;
-using Check = std::function<void(const kit::Result&)>;
+using Check = std::function<void(const moxkit::Result&)>;
 
 /// In memory: a disk that is forced to write each file out takes its time.
 class Programs : public testing::Test {
 protected:
     Programs() {
         options.cwd = tree.path();
-        options.env = {{"LC_ALL", "C"}, {"HOME", tree.path()}, {"TOOLINFO", kit::unset}};
+        options.env = {{"LC_ALL", "C"}, {"HOME", tree.path()}, {"TOOLINFO", moxkit::unset}};
         tree.write("source", "200 To copy: %s\n215 Where is '%s'? '%s' is not there\n");
-        kit::run({"moxmsg", "-source", "source", "-output", "texts"}, options);
+        moxkit::run({"moxmsg", "-source", "source", "-output", "texts"}, options);
         options.env["ToolInfo"] =
             tree.write("ToolInfo", "ToolInfo=" + tree.write("site", "other=thing\n") +
                                        "\nname=value\nmsg_file=" + tree.path("texts") + "\n");
@@ -53,7 +53,8 @@ protected:
                     continue;
                 SCOPED_TRACE(calls[i].text + " fails with " + errors[e]);
                 prepare();
-                const kit::Result result = kit::runFailing(command, options, calls[i], errors[e]);
+                const moxkit::Result result =
+                    kit::runFailing(command, options, calls[i], errors[e]);
                 ++runs;
                 EXPECT_EQ(result.signal, 0);
                 EXPECT_TRUE(result.status == 0 || result.status == 1) << result.status;
@@ -63,8 +64,8 @@ protected:
         RecordProperty("runs", std::to_string(runs));
     }
 
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
-    kit::RunOptions options;
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::RunOptions options;
 };
 
 TEST_F(Programs, ACopyOfASystemIsWholeOrAsItWas) {
@@ -88,7 +89,7 @@ TEST_F(Programs, ACopyOfASystemIsWholeOrAsItWas) {
                     tree.write("copies/brewery/own", "kept");
                 }
             },
-            [&](const kit::Result& result) {
+            [&](const moxkit::Result& result) {
                 const auto copies = contents(tree, "copies");
                 EXPECT_TRUE(result.status != 0 || copies == complete || !result.err.empty());
                 EXPECT_TRUE(result.status != 0 || filesIn(copies) == filesIn(complete));
@@ -115,7 +116,7 @@ TEST_F(Programs, AnInterruptIsHeardBetweenPortionsOfAFile) {
                                               "brewery", "-target", "copies"};
     for (const char* signal : {"INT", "TERM"}) {
         int made = 0;
-        const kit::Result result =
+        const moxkit::Result result =
             kit::runSignalled(command, options, "copy_file_range", 2, signal, made);
         EXPECT_EQ(made, 2);
         EXPECT_TRUE(result.status == 9 || result.signal == SIGTERM) << result.err;
@@ -125,7 +126,7 @@ TEST_F(Programs, AnInterruptIsHeardBetweenPortionsOfAFile) {
 
 TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
     const std::vector<std::string> compile = {"moxmsg", "-source", "source", "-output", "file"};
-    ASSERT_EQ(kit::run(compile, options).status, 0);
+    ASSERT_EQ(moxkit::run(compile, options).status, 0);
     const std::string compiled = tree.read("file");
     for (const bool exists : {false, true})
         sweep(
@@ -135,7 +136,7 @@ TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
                 if (exists)
                     tree.write("file", "before");
             },
-            [&](const kit::Result& result) {
+            [&](const moxkit::Result& result) {
                 const std::string before = exists ? "before" : "";
                 EXPECT_EQ(tree.read("file"), result.status == 0 ? compiled : before);
                 EXPECT_EQ(tree.exists("file"), exists || result.status == 0);
@@ -149,7 +150,7 @@ TEST_F(Programs, AMessageFileIsWholeOrAsItWas) {
     tree.write("file", compiled);
     sweep(
         {"moxmsg", "-file", "file"}, [] {},
-        [](const kit::Result& result) {
+        [](const moxkit::Result& result) {
             EXPECT_TRUE(result.status == 1 || result.out == "1 text\n2 more\n") << result.out;
         });
 }
@@ -159,11 +160,11 @@ TEST_F(Programs, AReportIsWholeOrAsItWas) {
     for (const std::string name : {"a/one.dgm", "a/filestore/one.1", "b/x/y"})
         tree.write("plant/" + name, name);
     const std::vector<std::string> command = {"moxreport", "-p", "plant", "-output", "report.html"};
-    ASSERT_EQ(kit::run(command, options).status, 0);
+    ASSERT_EQ(moxkit::run(command, options).status, 0);
     const std::string complete = tree.read("report.html");
     sweep(
         command, [&] { tree.write("report.html", "before"); },
-        [&](const kit::Result& result) {
+        [&](const moxkit::Result& result) {
             const std::string report = tree.read("report.html");
             const bool isTold = report.find("What could not be read") != report.npos;
             EXPECT_TRUE(result.status == 0 ? report == complete : report == "before" || isTold)
@@ -181,14 +182,14 @@ TEST_F(Programs, AnInterruptedTransferGoesOn) {
         {"moxmsg", "-file", "file"},
         {"moxcopy", "-p", "plant", "-s", "winery", "-target", "copies"}};
     for (const auto& command : commands) {
-        const kit::Result expected = kit::run(command, options);
+        const moxkit::Result expected = moxkit::run(command, options);
         const std::string file = tree.read("file");
         for (const kit::Call& call : kit::callsOf(command, options)) {
             static const std::set<std::string> transfers = {"openat", "read", "pread64", "write"};
             // A message on standard error is given up, being no result.
             if (transfers.count(call.name) == 0 || call.text.starts_with("write(2,"))
                 continue;
-            const kit::Result result = kit::runFailing(command, options, call, "EINTR");
+            const moxkit::Result result = kit::runFailing(command, options, call, "EINTR");
             EXPECT_EQ(result.status, expected.status) << call.text;
             EXPECT_EQ(result.out + result.err, expected.out + expected.err) << call.text;
             EXPECT_EQ(tree.read("file"), file) << call.text;
@@ -198,10 +199,10 @@ TEST_F(Programs, AnInterruptedTransferGoesOn) {
 
 TEST_F(Programs, AConfigurationIsShownOrTheReasonIsTold) {
     const std::vector<std::string> show = {"moxinfo", "name", "other"};
-    ASSERT_EQ(kit::run(show, options).out, "value\nthing\n");
+    ASSERT_EQ(moxkit::run(show, options).out, "value\nthing\n");
     sweep(
         show, [] {},
-        [](const kit::Result& result) {
+        [](const moxkit::Result& result) {
             EXPECT_TRUE(result.status == 1 || result.out == "value\nthing\n")
                 << result.out << result.err;
         });

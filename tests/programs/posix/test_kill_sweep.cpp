@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Programs and copies that are killed at any moment.
-#include "kit/process.h"
-#include "kit/random.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
+#include "testkit/temp_tree.h"
 #include "tools/files/KazFileManager.h"
 
 #include <algorithm>
@@ -46,8 +46,8 @@ protected:
     static void sweep(int kills, const std::function<void(int)>& prepare,
                       const std::function<int()>& work,
                       const std::function<void(int, bool)>& check) {
-        SCOPED_TRACE(kit::seedText());
-        kit::Random random(kit::seed());
+        SCOPED_TRACE(moxkit::seedText());
+        moxkit::Random random(moxkit::seed());
         std::chrono::microseconds longest(5000);
         for (int round = 0, killed = 0; killed < kills && !HasFailure(); ++round) {
             ASSERT_LT(round, 10 * kills);
@@ -101,7 +101,7 @@ protected:
     }
 
     std::function<int()> program(std::vector<std::string> words) {
-        words[0] = kit::binDirectory() + "/" + words[0];
+        words[0] = moxkit::binDirectory() + "/" + words[0];
         return [this, words] {
             std::vector<char*> argv;
             for (const std::string& word : words)
@@ -112,7 +112,7 @@ protected:
     }
 
     /// In memory: a disk that is forced to write each file out takes its time.
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
 };
 
 TEST_F(Kill, ACopiedTreeHasWholeFilesOnly) {

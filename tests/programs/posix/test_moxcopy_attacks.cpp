@@ -159,7 +159,7 @@ TEST_F(MoxCopyAttacked, SignalsLeaveNothingAndEndIt) {
     tree.write("copies/brewery/f1000", "old");
     const auto before = contents(tree, "copies");
     for (const int signal : {SIGTERM, SIGHUP, SIGXFSZ, SIGPIPE}) {
-        kit::RunOptions options;
+        moxkit::RunOptions options;
         options.signal = signal;
         options.signalAfter = "Copied";
         const auto result = copy({"-verbose", "-Force"}, options);
@@ -184,7 +184,7 @@ TEST_F(MoxCopyAttacked, AnInterruptIsNoticedWithinALargeFile) {
     const int file = ::open(large.c_str(), O_WRONLY);
     ASSERT_EQ(::posix_fallocate(file, 0, off_t{768} << 20), 0);
     ::close(file);
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.signal = SIGINT;
     options.signalAfter = "Copying brewery";
     const auto result = copy({}, options);
@@ -195,7 +195,7 @@ TEST_F(MoxCopyAttacked, AnInterruptIsNoticedWithinALargeFile) {
 TEST_F(MoxCopyAttacked, WhatAKilledRunLeavesIsClearedAndNoData) {
     for (int i = 0; i < 400; ++i)
         tree.write("plant/brewery/f" + std::to_string(1000 + i), std::string(200'000, 'x'));
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.signal = SIGKILL;
     options.signalAfter = "Copied";
     EXPECT_EQ(copy({"-verbose"}, options).signal, SIGKILL);
@@ -218,7 +218,7 @@ TEST_F(MoxCopyAttacked, WhatAKilledRunLeavesIsClearedAndNoData) {
     EXPECT_EQ(tree.read("copies/.moxcopy-1-1-0/mine"), "kept");
 
     // One that a running process has made is left alone.
-    kit::RunOptions stopped;
+    moxkit::RunOptions stopped;
     stopped.signal = SIGSTOP;
     stopped.signalAfter = "Copied";
     stopped.timeoutSeconds = 3;

@@ -98,7 +98,7 @@ TEST_F(MoxCopy, HostileSurroundingsEndInAMessage) {
 TEST_F(MoxCopy, InterruptRemovesWhatThisRunHasMade) {
     for (int i = 0; i < 400; ++i)
         tree.write("plant/brewery/f" + std::to_string(1000 + i), std::string(200'000, 'x'));
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.signal = SIGINT;
     options.signalAfter = "Copied";
     auto result = copy({"-verbose", "-target", "new/parents"}, options);

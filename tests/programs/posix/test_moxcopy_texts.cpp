@@ -30,7 +30,7 @@ protected:
     void useTexts(const std::string& source) {
         const std::string file = tree.path("texts");
         auto result =
-            kit::run({"moxmsg", "-source", tree.write("source", source), "-output", file});
+            moxkit::run({"moxmsg", "-source", tree.write("source", source), "-output", file});
         ASSERT_EQ(result.status, 0) << result.err;
         configure(file);
     }
@@ -140,7 +140,7 @@ TEST_F(MoxCopyTexts, CanDoNoHarm) {
         useTexts(sampleTexts([&](auto&&, const std::string& text) { return text + next(); }));
         EXPECT_EQ(everything(), english) << turn;
     }
-    kit::Random random(kit::seed());
+    moxkit::Random random(moxkit::seed());
     for (const char* magic : {"", "MZAK"}) {
         configure(tree.write("texts", magic + random.text(9000, "\1\2\3%sd$*\xff")));
         EXPECT_EQ(copy({"-target", "new"}).status, 1) << "two files cannot be copied";

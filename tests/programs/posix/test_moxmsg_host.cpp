@@ -21,14 +21,14 @@ TEST_F(MoxMsg, OutputIsWholeOrAsItWas) {
     EXPECT_EQ(run({"-file", file}).out, "1 text\n");
 
     for (const char* nowhere : {"none/file", "file/below", ""}) {
-        const kit::Result result = run({"-source", source, "-output", tree.path(nowhere)});
+        const moxkit::Result result = run({"-source", source, "-output", tree.path(nowhere)});
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.err.find("cannot be written: "), std::string::npos) << result.err;
     }
     EXPECT_EQ(run({"-source", source, "-output", "/dev/full"}).err,
               "/dev/full: cannot be written: No space left on device\n");
     options.stdoutFile = "/dev/full";
-    kit::Result result = run({"-file", file});
+    moxkit::Result result = run({"-file", file});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "standard output: cannot be written: No space left on device\n");
     options.stdoutFile.clear();
@@ -64,9 +64,9 @@ TEST_F(MoxMsg, ALimitOfFileSizesIsAReasonAndNoEnd) {
     tree.write("file", "before");
     options.cwd = tree.path();
     const std::string command =
-        "ulimit -f 0; exec " + kit::binDirectory() + "/moxmsg -source source -output ";
+        "ulimit -f 0; exec " + moxkit::binDirectory() + "/moxmsg -source source -output ";
     for (const std::string name : {"file", "other"}) {
-        const kit::Result result = kit::run({"/bin/sh", "-c", command + name}, options);
+        const moxkit::Result result = moxkit::run({"/bin/sh", "-c", command + name}, options);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.err, name + ": cannot be written: File too large\n");
     }

@@ -20,7 +20,7 @@ TEST_F(MoxReport, NamesAreNeitherMarkupNorCommands) {
     tree.write("plant/" + evil + "/filestore/" + evil + ".\x1b[2J", "");
     tree.write("plant/s/back\\slash/${HOME} `id`", "");
     for (const std::string format : {"html", "rtf", "mif", "interleaf"}) {
-        const kit::Result result = run({"-p", "plant", "-path", "-formats", format});
+        const moxkit::Result result = run({"-p", "plant", "-path", "-formats", format});
         EXPECT_EQ(result.status, 0) << result.err;
         for (const std::string bad : {"\x1b", "\xE2\x80\xAE"})
             EXPECT_EQ(result.out.find(bad), result.out.npos) << format;
@@ -35,7 +35,7 @@ TEST_F(MoxReport, NamesAreNeitherMarkupNorCommands) {
         std::vector<std::string> line = {"-p", "plant"};
         line.insert(line.end(), more.begin(), more.end());
         options.env["KAZ_PROGRESS"] = "none";
-        const kit::Result result = run(line);
+        const moxkit::Result result = run(line);
         EXPECT_EQ((result.out + result.err).find('\x1b'), std::string::npos) << result.out;
     }
 }
@@ -64,8 +64,8 @@ TEST_F(MoxReport, WhatCannotBeReadIsNamedAndTheRestReported) {
     for (const std::string name : {"plant/a/closed", "plant/closed"})
         fs::permissions(tree.path(name), fs::perms::none);
     fs::permissions(tree.path(), fs::perms::all);
-    const kit::Result result = kit::run(
-        moxcopy_test::asPlainUser({kit::binDirectory() + "/moxreport", "-p", "plant"}), options);
+    const moxkit::Result result = moxkit::run(
+        moxcopy_test::asPlainUser({moxkit::binDirectory() + "/moxreport", "-p", "plant"}), options);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "Not read: 'a/closed' (Permission denied)\n"
                           "Not read: 'closed' (Permission denied)\n");
@@ -93,7 +93,7 @@ TEST_F(MoxReport, LargeAndDeepProjects) {
     }
     fs::current_path(here);
     for (const std::string format : {"html", "rtf", "mif", "interleaf"}) {
-        const kit::Result result = run({"-p", "plant", "-formats", format});
+        const moxkit::Result result = run({"-p", "plant", "-formats", format});
         EXPECT_EQ(result.status, 1);
         EXPECT_TRUE(result.err.starts_with("Not read: 'deep/d/d/"));
         EXPECT_TRUE(result.err.ends_with("...' (File name too long)\n")) << result.err;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The sweep finds what is wrong with a tool, and nothing where nothing is wrong.
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -26,12 +26,12 @@ protected:
         options.timeoutSeconds = 300;
     }
 
-    kit::Result sweep(const std::string& line, const std::string& directory = ".") {
-        return kit::run({"moxtool", "sweep", "-Command", line, "-target", directory}, options);
+    moxkit::Result sweep(const std::string& line, const std::string& directory = ".") {
+        return moxkit::run({"moxtool", "sweep", "-Command", line, "-target", directory}, options);
     }
 
     std::string toolWith(const std::string& fault) const {
-        return kit::binDirectory() + "/swept_tool " + fault;
+        return moxkit::binDirectory() + "/swept_tool " + fault;
     }
 
     /// The work is as it was, and no copies of it are left.
@@ -41,12 +41,12 @@ protected:
         EXPECT_TRUE(fs::is_empty(tree.path("tmp")));
     }
 
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
-    kit::RunOptions options;
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::RunOptions options;
 };
 
 TEST_F(Programs, SweepFindsNothingInAToolWithoutFault) {
-    const kit::Result result = sweep(toolWith("good"));
+    const moxkit::Result result = sweep(toolWith("good"));
     EXPECT_EQ(result.status, 0) << result.out << result.err;
     std::smatch counts;
     ASSERT_TRUE(std::regex_match(result.out, counts,
@@ -58,7 +58,7 @@ TEST_F(Programs, SweepFindsNothingInAToolWithoutFault) {
     expectUntouched();
 
     // What is made under another name is gone where it cannot be made whole.
-    const kit::Result made = sweep(kit::binDirectory() + "/moxtool new x");
+    const moxkit::Result made = sweep(moxkit::binDirectory() + "/moxtool new x");
     EXPECT_EQ(made.status, 0) << made.out << made.err;
     expectUntouched();
 }
@@ -76,14 +76,14 @@ TEST_F(Programs, SweepNamesEachFaultWithALineThatShowsItAgain) {
         {"litter", "output.new is neither as before nor as it should become"},
     };
     for (const auto& [fault, told] : cases) {
-        const kit::Result result = sweep(toolWith(fault));
+        const moxkit::Result result = sweep(toolWith(fault));
         EXPECT_EQ(result.status, 1) << fault << result.err;
         std::smatch line;
         ASSERT_TRUE(std::regex_search(
             result.out, line, std::regex("(^|\n)([^\n]*" + told + "): (MOX_FAULT=[^\n]*)\n")))
             << result.out;
         // Its last words are those of the run that it describes.
-        const kit::Result again = kit::run({"/bin/sh", "-c", line[3]}, options);
+        const moxkit::Result again = moxkit::run({"/bin/sh", "-c", line[3]}, options);
         const int ended = again.signal != 0 ? 128 + again.signal : again.status;
         EXPECT_TRUE(fault != "crash" || ended == 128 + 11) << ended;
         EXPECT_TRUE(fault != "mute" || ended == 1) << ended;
@@ -104,7 +104,7 @@ TEST_F(Programs, SweepRefusesWhatDoesNotRunWell) {
         {"true && " + toolWith("good"), "nothing could be made to fail"},
     };
     for (const auto& [line, told] : cases) {
-        const kit::Result result = sweep(line);
+        const moxkit::Result result = sweep(line);
         EXPECT_EQ(result.status, 2) << line << result.out;
         EXPECT_NE(result.err.find(told), result.err.npos) << result.err;
         EXPECT_EQ(result.out, "");
@@ -113,7 +113,7 @@ TEST_F(Programs, SweepRefusesWhatDoesNotRunWell) {
     options.env["HOME"] = tree.path("work");
     for (const std::string directory : {".", "/", "nowhere", "input"})
         EXPECT_EQ(sweep(toolWith("good"), directory).status, 2) << directory;
-    EXPECT_EQ(kit::run({"moxtool", "sweep"}, options).status, 2);
+    EXPECT_EQ(moxkit::run({"moxtool", "sweep"}, options).status, 2);
     expectUntouched();
 }
 

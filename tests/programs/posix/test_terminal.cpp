@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names and values from outside on a terminal: none begins a line of its own or moves the
 // cursor, whatever program shows it.
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -26,14 +26,14 @@ protected:
     Terminal() {
         options.env = {{"HOME", tree.path()},
                        {"LC_ALL", "C"},
-                       {"TOOLINFO", kit::unset},
+                       {"TOOLINFO", moxkit::unset},
                        {"ToolInfo", tree.write("ToolInfo", "a=b\n")}};
         options.pty = true;
     }
 
     /// Runs a program; nothing of what it shows may drive the terminal.
-    kit::Result run(const std::vector<std::string>& arguments) {
-        kit::Result result = kit::run(arguments, options);
+    moxkit::Result run(const std::vector<std::string>& arguments) {
+        moxkit::Result result = moxkit::run(arguments, options);
         result.out.erase(std::remove(result.out.begin(), result.out.end(), '\r'),
                          result.out.end()); // from the terminal itself
         for (const std::string& text : {result.out, result.err}) {
@@ -45,8 +45,8 @@ protected:
         return result;
     }
 
-    kit::TempTree tree;
-    kit::RunOptions options;
+    moxkit::TempTree tree;
+    moxkit::RunOptions options;
 };
 
 TEST_F(Terminal, MoxinfoShowsValuesOfTheEnvironment) {
@@ -55,7 +55,7 @@ TEST_F(Terminal, MoxinfoShowsValuesOfTheEnvironment) {
     EXPECT_EQ(run({"moxinfo", "<${a}>"}).out, "<" + shown + ">\n");
     EXPECT_NE(run({"moxinfo"}).out.find("a=x moxinfo: all is well \\x1B[2J"), std::string::npos);
     options.pty = false; // what can be read back stays as it is
-    EXPECT_EQ(kit::run({"moxinfo", "a"}, options).out, evil + "\n");
+    EXPECT_EQ(moxkit::run({"moxinfo", "a"}, options).out, evil + "\n");
 }
 
 TEST_F(Terminal, ArgumentsThatAreQuotedInMessages) {
@@ -77,7 +77,7 @@ TEST_F(Terminal, NamesOfFilesAndTextsOfCatalogs) {
     EXPECT_EQ(run({"moxmsg", "-file", tree.path("file")}).out,
               "1 \\x1b[2J\\u{009B}\\u{202E}\\xE9\n");
     tree.write(evil, "1 \\\x1b\nno number\x1b\n");
-    const kit::Result wrong = run({"moxmsg", "-source", source});
+    const moxkit::Result wrong = run({"moxmsg", "-source", source});
     EXPECT_EQ(wrong.status, 1);
     EXPECT_NE(wrong.err.find(shown + ":1: \\\\x1B is no escape\n"), std::string::npos) << wrong.err;
     EXPECT_EQ(std::count(wrong.err.begin(), wrong.err.end(), '\n'), 2) << wrong.err;

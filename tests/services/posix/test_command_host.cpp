@@ -2,11 +2,11 @@
 // Commands on POSIX: signals, groups, descriptors, and every call that fails.
 #include "tools/services/KazCommand.h"
 
-#include "kit/alloc_failure.h"
-#include "kit/env.h"
 #include "kit/posix/call_sweep.h"
-#include "kit/temp_tree.h"
 #include "kit/valgrind.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/env.h"
+#include "testkit/temp_tree.h"
 
 #include <cerrno>
 #include <chrono>
@@ -80,7 +80,7 @@ TEST(Command, SignalsHaveNames) {
 
 TEST(Command, TheShellsOwnStatuses) {
     kit::leaveOutUnderValgrind("its child cannot say that nothing was started");
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("plain", "x");
     KazCommand missing = KazCommand::shell("no-such-command-anywhere");
     EXPECT_FALSE(missing.run());
@@ -126,7 +126,7 @@ TEST(Command, InheritsTheStandardStreamsAlone) {
 }
 
 TEST(Command, ARelativeProgramBeginsHereAndChildrenThatNobodyAwaitsAreTakenAway) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.mkdir("sub");
     std::filesystem::permissions(tree.write("tool", "#!/bin/sh\npwd\n"),
                                  std::filesystem::perms::owner_all);
@@ -154,7 +154,7 @@ TEST(Command, WhenNobodyMayKnowTheStatus) {
     EXPECT_STREQ(command.getErrorText().getValue(), "\"true\" ended with an unknown status");
 }
 
-KazCommand sample(const kit::TempTree& tree) {
+KazCommand sample(const moxkit::TempTree& tree) {
     KazCommand command = KazCommand::shell("cat; echo err >&2; exit");
     command.add("3").setInput("input").setDirectory(tree.path().c_str());
     command.setVariable("NEW", "x").setVariable("OLD", nullptr).setTimeout(20000);
@@ -163,7 +163,7 @@ KazCommand sample(const kit::TempTree& tree) {
 
 class Calls : public testing::Test, protected kit::CallSweep {
 protected:
-    kit::TempTree tree;
+    moxkit::TempTree tree;
 };
 
 /// Each call that fails ends in a run that was not started and says so, or in one that
@@ -194,12 +194,12 @@ TEST_F(Calls, AStartSucceedsOrSaysWhy) {
 }
 
 TEST(CommandMemory, ARunSucceedsOrThrows) {
-    const kit::TempTree tree;
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    const moxkit::TempTree tree;
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         const long before = kit::openFiles();
         KazCommand command = sample(tree);
         bool ended = false;
-        const long points = kit::sweepAllocations(
+        const long points = moxkit::sweepAllocations(
             [&] {
                 ended = false;
                 command.run();

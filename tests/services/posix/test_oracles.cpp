@@ -3,8 +3,8 @@
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"
 
-#include "kit/process.h"
-#include "kit/random.h"
+#include "testkit/process.h"
+#include "testkit/random.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -17,16 +17,16 @@ namespace {
 
 /// What a Python program prints that reads @p input.
 std::string python(const char* program, const std::string& input) {
-    kit::RunOptions options;
+    moxkit::RunOptions options;
     options.input = input;
-    const kit::Result result = kit::run({"/usr/bin/env", "python3", "-c", program}, options);
+    const moxkit::Result result = moxkit::run({"/usr/bin/env", "python3", "-c", program}, options);
     EXPECT_EQ(result.status, 0) << result.err;
     return result.out;
 }
 
 TEST(Oracle, NamesAndChecksums) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     std::string lines;
     std::string expected;
     for (int i = 0; i < 300; ++i) {

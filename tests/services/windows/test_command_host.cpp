@@ -2,8 +2,8 @@
 // Commands on Windows: exceptions, batch files, and what no word can hold there.
 #include "tools/services/KazCommand.h"
 
-#include "kit/process.h"
-#include "kit/temp_tree.h"
+#include "testkit/process.h"
+#include "testkit/temp_tree.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 namespace {
 
 TEST(Command, AnExceptionIsToldByItsNumber) {
-    KazCommand command((kit::binDirectory() + "\\service_peer.exe").c_str());
+    KazCommand command((moxkit::binDirectory() + "\\service_peer.exe").c_str());
     EXPECT_FALSE(command.add("crash").run());
     EXPECT_EQ(static_cast<unsigned>(command.getStatus()), 0xC0000005u);
     EXPECT_EQ(command.getSignal(), 0);
@@ -20,7 +20,7 @@ TEST(Command, AnExceptionIsToldByItsNumber) {
 }
 
 TEST(Command, NobodyElseReadsArguments) {
-    const kit::TempTree tree;
+    const moxkit::TempTree tree;
     tree.write("batch.cmd", "@echo called\r\n");
     KazCommand batch(tree.native("batch.cmd").c_str());
     EXPECT_FALSE(batch.run());

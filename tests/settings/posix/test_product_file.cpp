@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is left of a product information file when writing it goes wrong.
-#include "kit/alloc_failure.h"
 #include "kit/posix/call_sweep.h"
-#include "kit/temp_tree.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/temp_tree.h"
 #include "tools/app/failures/KazFileException.h"
 #include "tools/settings/KazProductInfo.h"
 
@@ -53,7 +53,7 @@ protected:
     }
 
     /// In memory where that is possible: each write waits for the disk.
-    kit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
+    moxkit::TempTree tree{fs::is_directory("/dev/shm") ? "/dev/shm" : ""};
     KazProductInfo info;
     const std::string old = "% an earlier one\n";
     std::string next;
@@ -75,11 +75,11 @@ TEST_F(ProductFile, EachCallOfAWriteThatFailsLeavesTheOldOrTheNewOne) {
 }
 
 TEST_F(ProductFile, EachAllocationOfAWriteThatFailsLeavesTheOldOrTheNewOne) {
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         prepare("link");
         bool written = false;
         const long before = kit::openFiles();
-        const long failures = kit::sweepAllocations(
+        const long failures = moxkit::sweepAllocations(
             [&] {
                 written = false;
                 written = write();

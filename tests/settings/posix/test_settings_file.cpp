@@ -2,12 +2,12 @@
 // The file that holds a user's settings: its text, its permissions, and what is left of it
 // when things go wrong.
 #include "files/posix/plain_user.h"
-#include "kit/alloc_failure.h"
-#include "kit/director.h"
 #include "kit/posix/call_sweep.h"
-#include "kit/random.h"
 #include "kit/valgrind.h"
 #include "settings/place.h"
+#include "testkit/alloc_failure.h"
+#include "testkit/director.h"
+#include "testkit/random.h"
 #include "tools/app/failures/KazFileException.h"
 
 #include <csignal>
@@ -163,9 +163,9 @@ TEST_F(SettingsFile, AnothersFileIsNeverReplacedByAnEmptyOne) {
 
 TEST_F(SettingsFile, ItsPlaceIsThatOfTheEnvironmentOrTheHomeDirectory) {
     const std::string home = place.tree.path("home");
-    const kit::ScopedEnv homeVariable("HOME", home.c_str());
+    const moxkit::ScopedEnv homeVariable("HOME", home.c_str());
     for (const char* config : {static_cast<const char*>(nullptr), "relative", ""}) {
-        const kit::ScopedEnv variable("XDG_CONFIG_HOME", config);
+        const moxkit::ScopedEnv variable("XDG_CONFIG_HOME", config);
         EXPECT_EQ(KazSettings("A").getPlace(),
                   place.tree.native("home/.config/Tarvo/Mox/settings").c_str());
         EXPECT_EQ(failureOfCommit(), -1);
@@ -219,7 +219,7 @@ TEST_F(SettingsFile, AFullDiskLeavesItAsItWas) {
             ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             ::mount("small", folder.c_str(), "tmpfs", 0, "size=64k") != 0)
             ::_exit(0);
-        const kit::ScopedEnv variable("XDG_CONFIG_HOME", folder.c_str());
+        const moxkit::ScopedEnv variable("XDG_CONFIG_HOME", folder.c_str());
         bool good = failureOfCommit() == -1;
         const std::string small = place.tree.read("small/Tarvo/Mox/settings");
         place.tree.write("small/rest", std::string(100000, 'x'));
@@ -241,8 +241,8 @@ TEST_F(SettingsFile, AFullDiskLeavesItAsItWas) {
 }
 
 TEST_F(SettingsFile, AKilledCommitLeavesTheOldOrTheNewOne) {
-    SCOPED_TRACE(kit::seedText());
-    kit::Random random(kit::seed());
+    SCOPED_TRACE(moxkit::seedText());
+    moxkit::Random random(moxkit::seed());
     constexpr int kills = 25;
     std::int64_t last = -1;
     for (int kill = 0; kill < kills; ++kill) {
@@ -314,12 +314,12 @@ TEST_F(SettingsFile, EachAllocationOfACommitThatFailsLeavesTheOldOrTheNewOne) {
     const std::string old = "# Mox settings 1\n\n[New]\nn=i:0\nother=s:kept\n";
     const std::string next =
         "# Mox settings 1\n\n[New]\nn=i:0\nother=s:kept\ntext=s:longer than a short text is\n";
-    for (const auto mode : {kit::FailAllocation::once, kit::FailAllocation::onward}) {
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
         write(old);
-        const kit::RecordingDirector director;
+        const moxkit::RecordingDirector director;
         bool done = false;
         const long before = kit::openFiles();
-        const long failures = kit::sweepAllocations(
+        const long failures = moxkit::sweepAllocations(
             [&] {
                 done = false;
                 KazSettings settings("New");
