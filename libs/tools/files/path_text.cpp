@@ -148,7 +148,8 @@ int kazFilenameCompare(const char* a, const char* b) {
         if (inSteps)
             i += kaz::host::bytes().endOfSameName(a + i, b + i, both - i);
         const int difference = mappedForCompare(a[i], lower) - mappedForCompare(b[i], lower);
-        if (difference != 0 || a[i] == '\0')
+        // Neither is read behind its end, whatever a locale takes for NUL.
+        if (difference != 0 || a[i] == '\0' || b[i] == '\0')
             return difference;
     }
 }

@@ -67,7 +67,7 @@ int CaseRules::compare(const void* a, const void* b) const {
         const std::int32_t r = lower[static_cast<unsigned char>(*right)];
         if (l != r)
             return l < r ? -1 : 1;
-        if (*left == '\0')
+        if (*left == '\0' || *right == '\0')
             return 0;
     }
 }
