@@ -195,9 +195,14 @@ std::int32_t KazHashTable::Held::bucketOfHash(unsigned hashed) const {
     return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(table.bucketCount));
 }
 
-KazHashTable::Held::Probe KazHashTable::Held::probeOf(const void* key, std::int32_t length) const {
-    return length < 0 ? texts->index().probe(key)
-                      : texts->index().probe(static_cast<const char*>(key), length);
+/// @p act with the key as the index looks for it; @p length is below 0, or the key's.
+template <typename Act>
+auto KazHashTable::Held::withProbe(const void* key, std::int32_t length, Act act) const {
+    using kaz::detail::TextProbe;
+    const auto* const text = static_cast<const char*>(key);
+    if (texts->caseCounts())
+        return act(length < 0 ? TextProbe(key) : TextProbe(text, length));
+    return act(length < 0 ? texts->index().probe(key) : texts->index().probe(text, length));
 }
 
 void KazHashTable::Held::payForSearch(std::int32_t cost) {
@@ -207,7 +212,8 @@ void KazHashTable::Held::payForSearch(std::int32_t cost) {
 }
 
 /// What KazString::hashDisguised would say, without measuring the text again.
-std::int32_t KazHashTable::Held::bucketOfText(const Probe& probe) const {
+template <typename Text>
+std::int32_t KazHashTable::Held::bucketOfText(const Text& probe) const {
     if (table.bucketCount <= 1 || table.hash != KazString::hashDisguised)
         return bucketOf(probe.text());
     return bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length()));
@@ -273,7 +279,8 @@ KazHashTable::Held::Position KazHashTable::Held::findAgain(const void* key, cons
 void* KazHashTable::Held::lookUp(const void* key, std::int32_t length, bool& found) {
     if (!goesByIndex())
         return lookUpInOrder(key, found);
-    const Slot* slot = texts->index().find(probeOf(key, length));
+    const Slot* slot =
+        withProbe(key, length, [this](const auto& probe) { return texts->index().find(probe); });
     found = slot != nullptr;
     return found ? slot->value : nullptr;
 }
@@ -296,14 +303,9 @@ void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
 bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
     if (texts && !table.keyCheckIn)
         texts->rest();
-    if (goesByIndex() && keepsText(table.keyCheckIn) && keepsText(table.valueCheckIn)) {
-        const Probe probe = probeOf(key, length);
-        const std::uint32_t textHash = texts->index().hashOf(probe);
-        if (!texts->index().find(probe, textHash)) {
-            append(key, value, probe, textHash);
-            return true;
-        }
-    }
+    if (goesByIndex() && keepsText(table.keyCheckIn) && keepsText(table.valueCheckIn) &&
+        withProbe(key, length, [&](const auto& probe) { return appendIfNew(key, value, probe); }))
+        return true;
     const Position position = findKey(key);
     if (position.found)
         return replace && replaceValue(key, position, value);
@@ -360,10 +362,13 @@ void KazHashTable::Held::insert(const Position& position, void* key, void* value
         payForSearch(moved / movesForSearch);
 }
 
-/// insert for a text that the index does not have and element functions that cannot
-/// be told from no call: most of what fills a table, in half the time.
-void KazHashTable::Held::append(void* key, void* value, const Probe& probe,
-                                std::uint32_t textHash) {
+/// insert for a text, unless the index has it, and element functions that cannot be
+/// told from no call: most of what fills a table, in half the time.
+template <typename Text>
+bool KazHashTable::Held::appendIfNew(void* key, void* value, const Text& probe) {
+    const std::uint32_t textHash = texts->index().hashOf(probe);
+    if (texts->index().find(probe, textHash))
+        return false;
     const std::int32_t bucket = bucketOfText(probe);
     makeRoom(bucket);
     if (table.keyCheckIn)
@@ -377,6 +382,7 @@ void KazHashTable::Held::append(void* key, void* value, const Probe& probe,
     remember({bucket, index, true});
     texts->index().add(key, value, probe.length(), textHash);
     texts->noteLast(bucket);
+    return true;
 }
 
 // ---- Replacing

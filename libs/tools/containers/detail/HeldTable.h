@@ -108,8 +108,10 @@ private:
 
     std::int32_t bucketOf(const void* key) const;
     std::int32_t bucketOfHash(unsigned hashed) const;
-    std::int32_t bucketOfText(const Probe& probe) const;
-    Probe probeOf(const void* key, std::int32_t length) const;
+    template <typename Text>
+    std::int32_t bucketOfText(const Text& probe) const;
+    template <typename Act>
+    auto withProbe(const void* key, std::int32_t length, Act act) const;
     void payForSearch(std::int32_t cost);
     Position findKey(const void* key);
     Position findText(const void* key);
@@ -120,7 +122,8 @@ private:
 
     void makeRoom(std::int32_t bucket);
     bool bindNew(Position position, void* key, void* value, bool replace);
-    void append(void* key, void* value, const Probe& probe, std::uint32_t textHash);
+    template <typename Text>
+    bool appendIfNew(void* key, void* value, const Text& probe);
     void insert(const Position& position, void* key, void* value);
 
     void* exchangeValue(const Position& position, void* value);

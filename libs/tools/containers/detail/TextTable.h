@@ -39,6 +39,7 @@ public:
     TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts);
 
     bool isActive() const { return state == State::active; }
+    bool caseCounts() const { return !rules; }
 
     /// Whether the index alone tells what is bound: no text was changed in a shared
     /// block since it was known to be right, and no rule of case. If one was, only the
