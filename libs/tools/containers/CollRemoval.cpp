@@ -61,6 +61,25 @@ void KazColl::removeAt(int index, int count) {
     removeVacated(going);
 }
 
+/// Before the slots are rearranged: what only others count has no place in the
+/// new arrangement and goes.
+void KazColl::claimSlots() {
+    while (data && storage().occupied > size)
+        checkOutAt(--storage().occupied, false);
+}
+
+/// In all that share the slots.
+void KazColl::withdrawIterators(int index, int count) {
+    forEachSharer([=](KazColl& sharer) {
+        for (Passage* each = sharer.passages; each; each = each->outer)
+            each->removed(index, count);
+        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
+            if (i->index >= index)
+                i->index = std::max(i->index - count, index - 1);
+        }
+    });
+}
+
 /// Takes slots out, which hold nothing that must be checked out.
 void KazColl::extract(int index, int count) {
     const int oldSize = size;

@@ -57,19 +57,6 @@ void KazColl::dismiss(const Departing& contents) {
     release(contents.slots);
 }
 
-/// Before the slots are rearranged: what only others count has no place in the
-/// new arrangement and goes.
-void KazColl::claimSlots() {
-    while (data && storage().occupied > size)
-        checkOutAt(--storage().occupied, false);
-}
-
-/// After the slots were rearranged.
-void KazColl::noteSlots() {
-    if (data && storage().occupied >= 0)
-        storage().occupied = isAlone() ? -1 : size;
-}
-
 void KazColl::makeRoom(std::int64_t count) {
     if (count <= capacity)
         return;

@@ -128,6 +128,12 @@ void KazColl::copy(const KazColl& other) {
     append(other);
 }
 
+/// After the slots were rearranged.
+void KazColl::noteSlots() {
+    if (data && storage().occupied >= 0)
+        storage().occupied = isAlone() ? -1 : size;
+}
+
 /// Here and in all that share the slots.
 void KazColl::advanceIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
@@ -136,17 +142,6 @@ void KazColl::advanceIterators(int index, int count) {
         for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
             if (i->index >= index)
                 i->index += count;
-        }
-    });
-}
-
-void KazColl::withdrawIterators(int index, int count) {
-    forEachSharer([=](KazColl& sharer) {
-        for (Passage* each = sharer.passages; each; each = each->outer)
-            each->removed(index, count);
-        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
-            if (i->index >= index)
-                i->index = std::max(i->index - count, index - 1);
         }
     });
 }
