@@ -62,12 +62,14 @@ def run(program):
     left_out = []
     with tempfile.TemporaryDirectory() as name:
         directory = pathlib.Path(name)
+        place = directory / "work" # for files that a test leaves
+        place.mkdir()
         command = [str(program)]
         # It replaces the hooks by which allocations fail.
         environment = dict(os.environ, FUZZ_RUNS="200", FUZZ_MEMORY_HOLDS="1")
         if program.name.startswith("test_"):
             report = directory / "report.json"
-            first, output = finish([*command, f"--gtest_output=json:{report}"])
+            first, output = finish([*command, f"--gtest_output=json:{report}"], cwd=place)
             if first != 0:
                 return f"{program.name}: without valgrind already\n{output[-4000:]}", False
             left_out = sorted(marked(report))
@@ -75,7 +77,7 @@ def run(program):
         options = [f"--log-file={directory}/%p.log"]
         if program.name in with_children:
             options += ["--trace-children=yes", "--trace-children-skip=/bin/*,/usr/bin/*"]
-        status, output = finish(valgrind + options + command, env=environment)
+        status, output = finish(valgrind + options + command, env=environment, cwd=place)
         # An error ends in a status here, but that of a child may have been expected.
         errors = [text for text in (log.read_text() for log in sorted(directory.glob("*.log")))
                   if "== " in text and "    at 0x" in text]
