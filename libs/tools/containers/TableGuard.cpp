@@ -12,11 +12,11 @@ void KazHashTable::Guard::acquire(Lock& lock, std::uintptr_t self) {
         if (lock.holder.compare_exchange_strong(seen, self | waitedFor))
             return;
         if ((seen & waitedFor) != 0 || lock.holder.compare_exchange_strong(seen, seen | waitedFor))
-            lock.holder.wait(seen | waitedFor);
+            kaz::host::waitWhile(lock.holder, seen | waitedFor);
     }
 }
 
 void KazHashTable::Guard::release(Lock& lock) {
     if ((lock.holder.exchange(0) & waitedFor) != 0)
-        lock.holder.notify_one();
+        kaz::host::wakeOne(lock.holder);
 }

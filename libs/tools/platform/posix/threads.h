@@ -3,6 +3,7 @@
 /// Threads of POSIX; see tools/platform/threads.h.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #if __has_include(<sys/single_threaded.h>)
@@ -27,6 +28,14 @@ inline bool isOnlyThread() {
 #else
     return false;
 #endif
+}
+
+inline void waitWhile(const std::atomic<std::uintptr_t>& word, std::uintptr_t value) {
+    word.wait(value);
+}
+
+inline void wakeOne(std::atomic<std::uintptr_t>& word) {
+    word.notify_one();
 }
 
 } // namespace kaz::host

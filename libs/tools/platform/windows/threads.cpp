@@ -10,4 +10,12 @@ std::uintptr_t thisThread() {
     return std::uintptr_t{GetCurrentThreadId()} << 1;
 }
 
+void waitWhile(std::atomic<std::uintptr_t>& word, std::uintptr_t value) {
+    WaitOnAddress(&word, &value, sizeof value, INFINITE);
+}
+
+void wakeOne(std::atomic<std::uintptr_t>& word) {
+    WakeByAddressSingle(&word);
+}
+
 } // namespace kaz::host
