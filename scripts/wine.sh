@@ -20,23 +20,30 @@ WINEDEBUG=-all
 WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
 export WINEPREFIX WINEDEBUG WINEDLLOVERRIDES
 unset DISPLAY WAYLAND_DISPLAY
+# The heap of Wine's loader begins anywhere within a gibibyte in which a page that each
+# Windows program needs has a fixed address: one start in some thousands fails, unless
+# addresses are not random. A container may forbid that choice.
+fixed=
+if setarch -R true 2>/dev/null; then
+    fixed="setarch -R"
+fi
 
 case $1 in
 start)
     [ -f "$WINEPREFIX/ready" ] || {
         mkdir -p "$WINEPREFIX"
-        wineboot --init >/dev/null 2>&1 ||
+        $fixed wineboot --init >/dev/null 2>&1 ||
             { echo "wine.sh: Wine cannot set up $WINEPREFIX" >&2; exit 1; }
         # A program that crashes on purpose shall end at once, without a debugger.
-        wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
+        $fixed wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
             /v Debugger /d false /f >/dev/null
         wineserver -w
         : >"$WINEPREFIX/ready"
     }
     wineserver -p600 >/dev/null 2>&1 || : # one that runs already is as good
     # The services start with the first program and would hold its output open.
-    wine cmd /c exit >/dev/null 2>&1 </dev/null
+    $fixed wine cmd /c exit >/dev/null 2>&1 </dev/null
     ;;
 stop) wineserver -k || : ;;
-*) exec wine "$@" ;;
+*) exec $fixed wine "$@" ;;
 esac

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "kit/await.h"
 #include "kit/host.h"
 #include "moxmsg.h"
 #include "testkit/env.h"
@@ -6,10 +7,8 @@
 #include "tools/settings/KazSettings.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <thread>
 
 #include <string>
 #include <vector>
@@ -140,9 +139,7 @@ TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
                       ":3: \\q is no escape\n");
     };
     const auto recorded = [&](const char* record) {
-        for (int i = 0; i < 500 && !tree.exists(record); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        const std::string words = tree.readText(record);
+        const std::string words = kit::awaitText(tree, record);
         return words.substr(words.find('\n') + 1); // behind the program
     };
     complain("unasked");
@@ -160,11 +157,13 @@ TEST_F(MoxMsg, OpensItsFirstComplaintWhereTheUserWantsThat) {
     options.env["RECORD_ARGUMENTS"] = tree.path("no line");
     EXPECT_EQ(run({"-file", bad}).status, 1);
     EXPECT_EQ(run({"-source", tree.path("nothing")}).status, 1);
-    const ComplaintSetting other("moxinfo");
-    options.env["RECORD_ARGUMENTS"] = tree.path("product");
-    tree.write("Info", "name=Mox\nversion\n");
-    EXPECT_EQ(moxkit::run({"moxinfo", "-product", tree.path("Info")}, options).status, 1);
-    EXPECT_EQ(recorded("product").substr(0, 3), "2:1");
+    if (!kit::hasDrives) { // one registry for all, and other tests run moxinfo meanwhile
+        const ComplaintSetting other("moxinfo");
+        options.env["RECORD_ARGUMENTS"] = tree.path("product");
+        tree.write("Info", "name=Mox\nversion\n");
+        EXPECT_EQ(moxkit::run({"moxinfo", "-product", tree.path("Info")}, options).status, 1);
+        EXPECT_EQ(recorded("product").substr(0, 3), "2:1");
+    }
     for (const char* none : {"unasked", "declined", "without terminal", "no line"})
         EXPECT_FALSE(tree.exists(none)) << none;
     // Whoever has asked is told why nothing opens.

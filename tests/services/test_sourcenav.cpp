@@ -3,6 +3,7 @@
 // how it was called.
 #include "tools/services/sourcenav.h"
 
+#include "kit/await.h"
 #include "kit/host.h"
 #include "kit/valgrind.h"
 #include "testkit/director.h"
@@ -11,13 +12,11 @@
 #include "testkit/temp_tree.h"
 #include "tools/config/vstring.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -145,9 +144,7 @@ public:
     }
 
     Words words() const {
-        for (int i = 0; i < 500 && !tree_.exists("record"); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        const std::string text = tree_.read("record");
+        const std::string text = kit::awaitText(tree_, "record");
         Words words;
         for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != std::string::npos;
              begin = end + 1)

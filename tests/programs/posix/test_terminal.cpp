@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names and values from outside on a terminal: none begins a line of its own or moves the
 // cursor, whatever program shows it.
+#include "kit/await.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -105,9 +104,7 @@ TEST_F(Terminal, TheFirstFindingOpensInTheEditor) {
     tree.write("config/Tarvo/Mox/settings", "[moxinfo]\nopen complaints in the editor=b:1\n");
     EXPECT_FALSE(tree.exists("opened")) << "only for who asks for it";
     EXPECT_EQ(run({"moxinfo", "--check"}).status, 1);
-    for (int i = 0; i < 500 && !tree.exists("opened"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(tree.read("opened"), "3:1 " + file + "\n") << "a note is nothing wrong";
+    EXPECT_EQ(kit::awaitText(tree, "opened"), "3:1 " + file + "\n") << "a note is nothing wrong";
 }
 
 } // namespace
