@@ -70,25 +70,25 @@ bool writeBytes(const std::string& file, const std::string& bytes) {
 }
 
 LineOutput::LineOutput(std::string name)
-    : file(isStandardStream(name) ? "" : std::move(name)), isOnTerminal(TI_isTerminal(stdout)) {}
+    : file_(isStandardStream(name) ? "" : std::move(name)), isOnTerminal_(TI_isTerminal(stdout)) {}
 
 void LineOutput::line(const std::string& text) {
-    if (!file.empty()) {
-        (bytes += text) += '\n';
+    if (!file_.empty()) {
+        (bytes_ += text) += '\n';
         return;
     }
     errno = 0;
-    print_msg("%s", isOnTerminal ? printable(text).c_str() : text.c_str());
-    if (reason == 0 && std::ferror(stdout) != 0)
-        reason = errno != 0 ? errno : EIO;
+    print_msg("%s", isOnTerminal_ ? printable(text).c_str() : text.c_str());
+    if (reason_ == 0 && std::ferror(stdout) != 0)
+        reason_ = errno != 0 ? errno : EIO;
 }
 
 bool LineOutput::finish() {
-    if (!file.empty())
-        return writeOutput(file, bytes);
-    if (reason != 0)
-        complain("standard output", reason);
-    return reason == 0;
+    if (!file_.empty())
+        return writeOutput(file_, bytes_);
+    if (reason_ != 0)
+        complain("standard output", reason_);
+    return reason_ == 0;
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {

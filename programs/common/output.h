@@ -32,10 +32,10 @@ public:
     bool finish();
 
 private:
-    std::string file;
-    bool isOnTerminal;
-    std::string bytes; ///< a file is written at last, so that it is whole or as before
-    int reason = 0;    ///< why a message did not arrive, an errno value
+    std::string file_;
+    bool isOnTerminal_;
+    std::string bytes_; ///< a file is written at last, so that it is whole or as before
+    int reason_ = 0;    ///< why a message did not arrive, an errno value
 };
 
 /// Whether two names are those of one existing file.

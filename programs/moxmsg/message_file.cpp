@@ -22,12 +22,12 @@ void putWord(std::string& bytes, std::size_t at, std::size_t value) {
 
 class Decoder {
 public:
-    Decoder(const std::string& file, Messages& result) : bytes(file), messages(result) {}
+    Decoder(const std::string& file, Messages& result) : bytes_(file), messages_(result) {}
 
     void decode() {
-        if (!isMessageFile(bytes) || bytes.size() < headerSize)
+        if (!isMessageFile(bytes_) || bytes_.size() < headerSize)
             return problem("is no message file");
-        if (bytes.size() > longestFile)
+        if (bytes_.size() > longestFile)
             problem("is longer than the " + std::to_string(longestFile) +
                     " bytes that can be addressed");
         for (int block = 0; block < blockCount; ++block)
@@ -35,16 +35,16 @@ public:
     }
 
 private:
-    void problem(const std::string& text) { messages.addProblem(0, text); }
+    void problem(const std::string& text) { messages_.addProblem(0, text); }
 
     /// The offset that the word at @p at stands for; 0 for none.
     std::size_t offsetAt(std::size_t at) const {
-        return wordAt(reinterpret_cast<const unsigned char*>(bytes.data()) + at) *
+        return wordAt(reinterpret_cast<const unsigned char*>(bytes_.data()) + at) *
                static_cast<std::size_t>(unit);
     }
 
     bool isInside(std::size_t offset, std::size_t size) const {
-        return offset <= bytes.size() && bytes.size() - offset >= size;
+        return offset <= bytes_.size() && bytes_.size() - offset >= size;
     }
 
     void decodeBlock(int block) {
@@ -64,15 +64,15 @@ private:
             return;
         if (!isInside(offset, recordSize))
             return problem("the text of " + std::to_string(number) + " is outside the file");
-        std::string text = bytes.substr(offset, recordSize);
+        std::string text = bytes_.substr(offset, recordSize);
         text.resize(std::min(text.find('\0'), text.size()));
         if (text.size() == recordSize)
             problem("the text of " + std::to_string(number) + " has no end");
-        messages.texts[number] = {text, 0};
+        messages_.texts[number] = {text, 0};
     }
 
-    const std::string& bytes;
-    Messages& messages;
+    const std::string& bytes_;
+    Messages& messages_;
 };
 
 } // namespace

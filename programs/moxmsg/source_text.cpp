@@ -39,54 +39,55 @@ void skipBlanks(std::string_view& text) {
 
 class Parser {
 public:
-    Parser(std::string_view source, Messages& result) : rest(source), messages(result) {
-        if (rest.starts_with(byteOrderMark))
-            rest.remove_prefix(byteOrderMark.size());
+    Parser(std::string_view source, Messages& result) : rest_(source), messages_(result) {
+        if (rest_.starts_with(byteOrderMark))
+            rest_.remove_prefix(byteOrderMark.size());
     }
 
     void parse() {
         while (nextLine()) {
-            skipBlanks(line);
-            if (!line.empty() && line.front() != '#')
+            skipBlanks(line_);
+            if (!line_.empty() && line_.front() != '#')
                 parseMessage();
         }
     }
 
 private:
     bool nextLine() {
-        if (rest.empty())
+        if (rest_.empty())
             return false;
-        const std::size_t end = rest.find('\n');
-        line = rest.substr(0, end);
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-        if (line.ends_with('\r'))
-            line.remove_suffix(1);
-        ++lineNumber;
+        const std::size_t end = rest_.find('\n');
+        line_ = rest_.substr(0, end);
+        rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
+        if (line_.ends_with('\r'))
+            line_.remove_suffix(1);
+        ++lineNumber_;
         return true;
     }
 
     void problem(const std::string& text) {
-        messages.addProblem(lineNumber, text);
-        sound = false;
+        messages_.addProblem(lineNumber_, text);
+        sound_ = false;
     }
 
     void parseMessage() {
-        sound = true;
-        const int begin = lineNumber;
+        sound_ = true;
+        const int begin = lineNumber_;
         const int number = parseNumber();
-        skipBlanks(line);
+        skipBlanks(line_);
         const std::string text = parseText();
-        if (sound)
+        if (sound_)
             add(number, text, begin);
     }
 
     int parseNumber() {
         std::size_t digits = 0;
-        while (digits < line.size() && isDigit(line[digits]))
+        while (digits < line_.size() && isDigit(line_[digits]))
             ++digits;
-        const std::string written(line.substr(0, digits));
-        line.remove_prefix(digits);
-        if (digits == 0 || (!line.empty() && blanks.find(line.front()) == std::string_view::npos)) {
+        const std::string written(line_.substr(0, digits));
+        line_.remove_prefix(digits);
+        if (digits == 0 ||
+            (!line_.empty() && blanks.find(line_.front()) == std::string_view::npos)) {
             problem("a line begins with a message number and a blank, or with #");
             return 0;
         }
@@ -106,7 +107,7 @@ private:
                 problem("the last line asks for a continuation");
                 break;
             }
-            skipBlanks(line);
+            skipBlanks(line_);
         }
         return text;
     }
@@ -115,10 +116,10 @@ private:
     /// follows. True when it does.
     bool parsePart(std::string& text) {
         std::size_t kept = text.size();
-        while (!line.empty()) {
-            const char c = line.front();
-            line.remove_prefix(1);
-            if (c == '\\' && line.empty())
+        while (!line_.empty()) {
+            const char c = line_.front();
+            line_.remove_prefix(1);
+            if (c == '\\' && line_.empty())
                 return true;
             if (c == '\0')
                 problem("a text cannot hold a NUL");
@@ -131,8 +132,8 @@ private:
     }
 
     char parseEscape() {
-        const char letter = line.front();
-        line.remove_prefix(1);
+        const char letter = line_.front();
+        line_.remove_prefix(1);
         for (const Escape& escape : escapes) {
             if (escape.letter == letter)
                 return escape.character;
@@ -141,34 +142,34 @@ private:
             problem(std::string("\\") + letter + " is no escape");
             return letter;
         }
-        const int high = line.size() > 1 ? hexDigit(line[0]) : -1;
-        const int low = line.size() > 1 ? hexDigit(line[1]) : -1;
+        const int high = line_.size() > 1 ? hexDigit(line_[0]) : -1;
+        const int low = line_.size() > 1 ? hexDigit(line_[1]) : -1;
         if (high < 0 || low < 0) {
             problem("\\x needs two hexadecimal digits");
             return letter;
         }
         if (high + low == 0)
             problem("a text cannot hold a NUL");
-        line.remove_prefix(2);
+        line_.remove_prefix(2);
         return static_cast<char>(16 * high + low);
     }
 
     void add(int number, const std::string& text, int begin) {
         if (text.size() > longestText)
-            messages.addProblem(begin, "the text of " + std::to_string(number) + " has " +
-                                           std::to_string(text.size()) + " bytes, " +
-                                           std::to_string(longestText) + " fit");
-        const auto [place, added] = messages.texts.try_emplace(number, Message{text, begin});
+            messages_.addProblem(begin, "the text of " + std::to_string(number) + " has " +
+                                            std::to_string(text.size()) + " bytes, " +
+                                            std::to_string(longestText) + " fit");
+        const auto [place, added] = messages_.texts.try_emplace(number, Message{text, begin});
         if (!added)
-            messages.addProblem(begin, "message " + std::to_string(number) + " is in line " +
-                                           std::to_string(place->second.line) + " already");
+            messages_.addProblem(begin, "message " + std::to_string(number) + " is in line " +
+                                            std::to_string(place->second.line) + " already");
     }
 
-    std::string_view rest;
-    std::string_view line;
-    int lineNumber = 0;
-    bool sound = true; ///< no problem yet with the present message
-    Messages& messages;
+    std::string_view rest_;
+    std::string_view line_;
+    int lineNumber_ = 0;
+    bool sound_ = true; ///< no problem yet with the present message
+    Messages& messages_;
 };
 
 std::string escaped(char c) {

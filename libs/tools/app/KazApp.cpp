@@ -97,9 +97,9 @@ void deleteQuietly(const char* path) {
 
 KazApp::KazApp() {
     appNameCache();
-    kaz::detail::isDebugged = [] { return theApp != nullptr && theApp->debugFlag; };
-    tempFiles.setCheckIn(KazString::checkIn);
-    tempFiles.setCheckOut(KazString::checkOut);
+    kaz::detail::isDebugged = [] { return theApp != nullptr && theApp->debugFlag_; };
+    tempFiles_.setCheckIn(KazString::checkIn);
+    tempFiles_.setCheckOut(KazString::checkOut);
     theApp = this;
 }
 
@@ -107,8 +107,8 @@ KazApp::~KazApp() {
     // From here on nobody may call through the virtual slots any more.
     if (theApp == this)
         theApp = nullptr;
-    delete parsedArgs;
-    delete productPath;
+    delete parsedArgs_;
+    delete productPath_;
 }
 
 const char* KazApp::getAppName() const {
@@ -119,13 +119,13 @@ const char* KazApp::getAppName() const {
 }
 
 KazParsedArgs* KazApp::getParsedArgs() {
-    if (parsedArgs == nullptr)
-        parsedArgs = new KazParsedArgs;
-    return parsedArgs;
+    if (parsedArgs_ == nullptr)
+        parsedArgs_ = new KazParsedArgs;
+    return parsedArgs_;
 }
 
 KazMasterContext* KazApp::getActiveContext() {
-    return activeContext;
+    return activeContext_;
 }
 
 void KazApp::setBusy(bool) {}
@@ -134,7 +134,7 @@ void KazApp::initEnvironment() {
     // The platform's copy command then never asks before it overwrites.
     TI_putenv("COPYCMD", "/Y");
     if (kaz::host::environment("KAZCOREROOT") != nullptr) {
-        nestedCall = true;
+        nestedCall_ = true;
         return;
     }
     TI_putenv("KAZCOREROOT", TI_myRootDir());
@@ -145,34 +145,34 @@ void KazApp::initEnvironment() {
 }
 
 const char* KazApp::getArgv0() {
-    if (theApp == nullptr || theApp->argc < 1 || theApp->argv[0] == nullptr)
+    if (theApp == nullptr || theApp->argc_ < 1 || theApp->argv_[0] == nullptr)
         return "";
-    return theApp->argv[0];
+    return theApp->argv_[0];
 }
 
 void KazApp::removeAtExit(const KazString& path) {
     // A process that was forked off lets go of the files that it inherited.
-    if (tempFilesOwner != kaz::host::processId())
-        tempFiles.removeAll();
-    tempFilesOwner = kaz::host::processId();
+    if (tempFilesOwner_ != kaz::host::processId())
+        tempFiles_.removeAll();
+    tempFilesOwner_ = kaz::host::processId();
     KazString kept(path);
-    tempFiles.add(kept.disguise());
+    tempFiles_.add(kept.disguise());
 }
 
 KazFilePath* KazApp::getProductPath() {
-    if (productPath == nullptr)
-        productPath = new KazFilePath(productPathValue(kaz_env_product()));
-    return productPath;
+    if (productPath_ == nullptr)
+        productPath_ = new KazFilePath(productPathValue(kaz_env_product()));
+    return productPath_;
 }
 
 void KazApp::removeTemporaryFiles() {
     kaz::host::flushStreams();
     kaz::host::closeAllStreams();
-    const bool isOwner = tempFilesOwner == kaz::host::processId();
-    for (int i = isOwner ? tempFiles.getSize() - 1 : -1; i >= 0; --i)
-        if (const void* path = tempFiles.getAt(i))
+    const bool isOwner = tempFilesOwner_ == kaz::host::processId();
+    for (int i = isOwner ? tempFiles_.getSize() - 1 : -1; i >= 0; --i)
+        if (const void* path = tempFiles_.getAt(i))
             deleteQuietly(static_cast<const char*>(path));
-    tempFiles.removeAll();
+    tempFiles_.removeAll();
 }
 
 void KazApp::setHandlers() {

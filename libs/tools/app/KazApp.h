@@ -69,19 +69,19 @@ public:
     static const char* getArgv0();
 
     /// Makes @p context the one in force; null for none. Takes no ownership.
-    void setActiveContext(KazMasterContext* context) { activeContext = context; }
+    void setActiveContext(KazMasterContext* context) { activeContext_ = context; }
 
     /// Whether the tool serves its authors; false at first. When it is set, memory_panic tells
     /// which function had no memory. No option sets it.
-    bool getDebugFlag() const { return debugFlag; }
-    void setDebugFlag(bool flag) { debugFlag = flag; }
+    bool getDebugFlag() const { return debugFlag_; }
+    void setDebugFlag(bool flag) { debugFlag_ = flag; }
     /// Whether the tool tells each step; false at first. The library only keeps it for the
     /// tool.
-    bool getVerboseFlag() const { return verboseFlag; }
-    void setVerboseFlag(bool flag) { verboseFlag = flag; }
+    bool getVerboseFlag() const { return verboseFlag_; }
+    void setVerboseFlag(bool flag) { verboseFlag_ = flag; }
 
     /// True when another tool of the suite has started this one.
-    bool isNestedCall() const { return nestedCall; }
+    bool isNestedCall() const { return nestedCall_; }
 
     /// Notes the file @p path (native or host spelling, copied, no "~") for
     /// deletion when a console application is destroyed. A relative path counts
@@ -117,14 +117,14 @@ private:
 
     static KazApp* theApp;
 
-    int argc = 0;
-    char** argv = nullptr;
-    KazMasterContext* activeContext = nullptr;
-    KazFilePath* productPath = nullptr;
-    KazColl tempFiles;
-    KazParsedArgs* parsedArgs = nullptr;
-    bool debugFlag = false;
-    bool verboseFlag = false;
-    bool nestedCall = false;
-    int tempFilesOwner = 0; ///< the process that has registered tempFiles
+    int argc_ = 0;
+    char** argv_ = nullptr;
+    KazMasterContext* activeContext_ = nullptr;
+    KazFilePath* productPath_ = nullptr;
+    KazColl tempFiles_;
+    KazParsedArgs* parsedArgs_ = nullptr;
+    bool debugFlag_ = false;
+    bool verboseFlag_ = false;
+    bool nestedCall_ = false;
+    int tempFilesOwner_ = 0; ///< the process that has registered tempFiles
 };

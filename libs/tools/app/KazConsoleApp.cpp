@@ -21,9 +21,9 @@ bool KazConsoleApp::isGraphical() const {
 KazMasterContext* KazConsoleApp::getActiveContext() {
     // A master context registers itself with the application object, which
     // need not be this one: store it here as well.
-    if (activeContext == nullptr)
-        activeContext = new KazMasterContext;
-    return activeContext;
+    if (activeContext_ == nullptr)
+        activeContext_ = new KazMasterContext;
+    return activeContext_;
 }
 
 KazConsoleApp* KazConsoleApp::getInstance() {
@@ -46,8 +46,8 @@ void report(KazException& exception) {
 int KazConsoleApp::superMain(int count, char** arguments) {
     kaz::host::holdStandardStreams();
     setHandlers();
-    argc = count;
-    argv = arguments;
+    argc_ = count;
+    argv_ = arguments;
     try {
         initEnvironment();
         return runTool(count, arguments);

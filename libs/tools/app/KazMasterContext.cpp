@@ -14,10 +14,10 @@ KazMasterContext::KazMasterContext(const KazMasterContext& other) {
 
 KazMasterContext& KazMasterContext::operator=(const KazMasterContext& other) {
     for (int i = 0; i < slotCount; ++i) {
-        if (slots[i] == other.slots[i])
+        if (slots_[i] == other.slots_[i])
             continue;
         release(i);
-        slots[i] = other.slots[i];
+        slots_[i] = other.slots_[i];
     }
     return *this;
 }
@@ -41,16 +41,16 @@ KazMasterContext* KazMasterContext::getInstance() {
 }
 
 KazContext* KazMasterContext::getSlot(int slot) const {
-    return slot >= 0 && slot < slotCount ? slots[slot] : nullptr;
+    return slot >= 0 && slot < slotCount ? slots_[slot] : nullptr;
 }
 
 bool KazMasterContext::setSlot(int slot, KazContext* context) {
     if (slot < 0 || slot >= slotCount)
         return false;
-    if (slots[slot] != context)
+    if (slots_[slot] != context)
         release(slot);
-    slots[slot] = context;
-    owned |= 1u << slot;
+    slots_[slot] = context;
+    owned_ |= 1u << slot;
     return true;
 }
 
@@ -58,7 +58,7 @@ bool KazMasterContext::setSlot(int slot, KazContext* context) {
 /// readable while its context is being destroyed.
 void KazMasterContext::release(int slot) {
     if (owns(slot))
-        delete slots[slot];
-    slots[slot] = nullptr;
-    owned &= ~(1u << slot);
+        delete slots_[slot];
+    slots_[slot] = nullptr;
+    owned_ &= ~(1u << slot);
 }

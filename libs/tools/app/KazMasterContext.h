@@ -53,9 +53,9 @@ public:
     bool setSlot(int slot, KazContext* context);
 
 private:
-    bool owns(int slot) const { return (owned >> slot & 1u) != 0; }
+    bool owns(int slot) const { return (owned_ >> slot & 1u) != 0; }
     void release(int slot);
 
-    KazContext* slots[slotCount] = {};
-    unsigned owned = 0; ///< Bit i: slot i is this object's to delete.
+    KazContext* slots_[slotCount] = {};
+    unsigned owned_ = 0; ///< Bit i: slot i is this object's to delete.
 };

@@ -77,15 +77,15 @@ struct KazParsedArgs::Line {
     bool holdsValues(int count) const { return count < argc - position; }
 };
 
-KazParsedArgs::KazParsedArgs() : values(new KazColl* [typeCount] {}) {
-    holdStrings(untagged);
+KazParsedArgs::KazParsedArgs() : values_(new KazColl* [typeCount] {}) {
+    holdStrings(untagged_);
 }
 
 KazParsedArgs::~KazParsedArgs() {
     for (int i = 0; i < typeCount; ++i)
-        delete values[i];
-    delete[] values;
-    delete record;
+        delete values_[i];
+    delete[] values_;
+    delete record_;
 }
 
 bool KazParsedArgs::parse(int argc, char** argv, const arg_type_enum* required,
@@ -99,16 +99,16 @@ bool KazParsedArgs::examine(int argc, char** argv, const arg_type_enum* required
 }
 
 void KazParsedArgs::addUntagged(const char* text) {
-    append(untagged, text);
+    append(untagged_, text);
 }
 
 bool KazParsedArgs::read(int argc, char** argv, const arg_type_enum* required,
                          const arg_type_enum* optional, int minUntagged, bool isQuiet) {
-    if (record == nullptr)
-        record = new Record;
-    record->problem = {};
-    record->meanings.assign(static_cast<std::size_t>(std::max(argc, 0)), {});
-    Line line{argc,   argv, required, typesOf(required) | typesOf(optional), record->meanings,
+    if (record_ == nullptr)
+        record_ = new Record;
+    record_->problem = {};
+    record_->meanings.assign(static_cast<std::size_t>(std::max(argc, 0)), {});
+    Line line{argc,   argv, required, typesOf(required) | typesOf(optional), record_->meanings,
               isQuiet};
     for (; line.position < argc; ++line.position) {
         const char* argument = line.current();
@@ -119,12 +119,12 @@ bool KazParsedArgs::read(int argc, char** argv, const arg_type_enum* required,
                 return false;
             continue;
         }
-        append(untagged, argument);
-        line.note({KazArgMeaning::argument, nullptr, untagged.getSize() - 1});
+        append(untagged_, argument);
+        line.note({KazArgMeaning::argument, nullptr, untagged_.getSize() - 1});
     }
     if (!hasRequiredArguments(line))
         return false;
-    return untagged.getSize() >= minUntagged ||
+    return untagged_.getSize() >= minUntagged ||
            refuse(line, KazArgProblem::argumentsMissing, nullptr);
 }
 
@@ -134,18 +134,18 @@ bool KazParsedArgs::refuse(const Line& line, KazArgProblem::Kind kind,
     const bool isAtEnd = line.position >= line.argc;
     const bool isAbbreviated =
         !isAtEnd && row != nullptr && std::strlen(line.current()) < std::strlen(row->text);
-    record->problem = {kind, row, isAtEnd ? 0 : line.position, isAbbreviated};
+    record_->problem = {kind, row, isAtEnd ? 0 : line.position, isAbbreviated};
     return false;
 }
 
 KazArgProblem KazParsedArgs::getProblem() const {
-    return record != nullptr ? record->problem : KazArgProblem();
+    return record_ != nullptr ? record_->problem : KazArgProblem();
 }
 
 KazArgMeaning KazParsedArgs::getMeaning(int position) const {
     const auto at = static_cast<std::size_t>(position);
-    const bool isKnown = record != nullptr && position >= 0 && at < record->meanings.size();
-    return isKnown ? record->meanings[at] : KazArgMeaning();
+    const bool isKnown = record_ != nullptr && position >= 0 && at < record_->meanings.size();
+    return isKnown ? record_->meanings[at] : KazArgMeaning();
 }
 
 bool KazParsedArgs::parseOption(Line& line) {
@@ -200,7 +200,7 @@ bool KazParsedArgs::assignSwitch(const KazArgDescription& row, const char* argum
 }
 
 bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
-    const int stored = hasValues(row.type) ? values[row.type]->getSize() : 0;
+    const int stored = hasValues(row.type) ? values_[row.type]->getSize() : 0;
     if (row.repeatLimit >= 2 && stored + row.valueCount > row.valueCount * row.repeatLimit) {
         if (!line.isQuiet)
             print_err("%s argument repeated more than %d times on command line\n", row.text,
@@ -217,15 +217,15 @@ bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
 
 bool KazParsedArgs::hasValues(arg_type_enum type) const {
     // A collection stays empty when memory ran out for its first value.
-    return isType(type) && values[type] != nullptr && values[type]->getSize() > 0;
+    return isType(type) && values_[type] != nullptr && values_[type]->getSize() > 0;
 }
 
 KazColl& KazParsedArgs::valuesOf(arg_type_enum type) {
-    if (values[type] == nullptr) {
-        values[type] = new KazColl;
-        holdStrings(*values[type]);
+    if (values_[type] == nullptr) {
+        values_[type] = new KazColl;
+        holdStrings(*values_[type]);
     }
-    return *values[type];
+    return *values_[type];
 }
 
 void KazParsedArgs::addValue(arg_type_enum type, const char* text) {
@@ -237,9 +237,9 @@ void KazParsedArgs::addValue(arg_type_enum type, const char* text) {
 
 const char* KazParsedArgs::getArgText(arg_type_enum type, int index,
                                       const char** defaultText) const {
-    if (!hasValues(type) || index < 0 || index >= values[type]->getSize())
+    if (!hasValues(type) || index < 0 || index >= values_[type]->getSize())
         return missing(defaultText);
-    return textAt(*values[type], index);
+    return textAt(*values_[type], index);
 }
 
 const char* KazParsedArgs::getRepeatingText(arg_type_enum type, int occurrence, int item,
@@ -248,16 +248,16 @@ const char* KazParsedArgs::getRepeatingText(arg_type_enum type, int occurrence, 
     if (row == nullptr || !hasValues(type) || item >= row->valueCount)
         return missing(defaultText);
     const std::int64_t index = static_cast<std::int64_t>(occurrence) * row->valueCount + item;
-    if (index < 0 || index >= values[type]->getSize())
+    if (index < 0 || index >= values_[type]->getSize())
         return missing(defaultText);
-    return textAt(*values[type], static_cast<int>(index));
+    return textAt(*values_[type], static_cast<int>(index));
 }
 
 const char* KazParsedArgs::getUntagged(int index) const {
     KazToolsContext::getInstance();
-    if (index < 0 || index >= untagged.getSize())
+    if (index < 0 || index >= untagged_.getSize())
         return nullptr;
-    return textAt(untagged, index);
+    return textAt(untagged_, index);
 }
 
 void KazParsedArgs::copyGlobal(const KazParsedArgs* from) {
@@ -265,7 +265,7 @@ void KazParsedArgs::copyGlobal(const KazParsedArgs* from) {
     for (; from != nullptr && row->type != arg_end; ++row) {
         if (!row->isGlobal || !from->hasValues(row->type))
             continue;
-        const KazColl& source = *from->values[row->type];
+        const KazColl& source = *from->values_[row->type];
         const int count = source.getSize(); // Fixed now: both sets may be the same.
         for (int i = 0; i < count; ++i)
             valuesOf(row->type).add(source.getAt(i));

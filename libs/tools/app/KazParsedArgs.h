@@ -67,7 +67,7 @@ public:
     const char* getUntagged(int index) const;
 
     /// How many plain arguments there are.
-    int getUntaggedCount() const { return untagged.getSize(); }
+    int getUntaggedCount() const { return untagged_.getSize(); }
 
     /// Appends all values that @p from holds for the process-wide options.
     /// A null @p from copies nothing.
@@ -91,7 +91,7 @@ private:
     KazColl& valuesOf(arg_type_enum type);
     void addValue(arg_type_enum type, const char* text);
 
-    KazColl** values;
-    KazColl untagged;
-    Record* record = nullptr; ///< of the last parse; null before the first
+    KazColl** values_;
+    KazColl untagged_;
+    Record* record_ = nullptr; ///< of the last parse; null before the first
 };

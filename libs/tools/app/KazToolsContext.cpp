@@ -7,13 +7,13 @@
 static_assert(KazToolsContext::envValueCount == kaz_env_id_count);
 
 KazToolsContext::KazToolsContext()
-    : envValues(new KazEnvValue[envValueCount]),
-      repinfoMap(true, 1),
-      vars(true, 61),
-      simpleVars(true, 61) {}
+    : envValues_(new KazEnvValue[envValueCount]),
+      repinfoMap_(true, 1),
+      vars_(true, 61),
+      simpleVars_(true, 61) {}
 
 KazToolsContext::~KazToolsContext() {
-    delete parsedArgs;
+    delete parsedArgs_;
 }
 
 KazToolsContext* KazToolsContext::getInstance() {
@@ -26,7 +26,7 @@ KazToolsContext* KazToolsContext::getInstance() {
 }
 
 KazParsedArgs* KazToolsContext::allocParsedArgs() {
-    if (parsedArgs == nullptr)
-        parsedArgs = new KazParsedArgs;
-    return parsedArgs;
+    if (parsedArgs_ == nullptr)
+        parsedArgs_ = new KazParsedArgs;
+    return parsedArgs_;
 }

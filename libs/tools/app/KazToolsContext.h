@@ -30,79 +30,79 @@ public:
     static KazToolsContext* getInstance();
 
     /// The tool's own argument set, or null while there is none.
-    KazParsedArgs* getParsedArgs() const { return parsedArgs; }
+    KazParsedArgs* getParsedArgs() const { return parsedArgs_; }
     /// The tool's own argument set, made on first use; owned by the context.
     KazParsedArgs* allocParsedArgs();
 
     /// The cell of @p id, which must be one of the enumeration's values.
-    KazEnvValue* getEnvValue(kaz_env_id_enum id) const { return &envValues[id]; }
+    KazEnvValue* getEnvValue(kaz_env_id_enum id) const { return &envValues_[id]; }
 
     /// @name Which values of the tool environment have been settled. Nothing
     /// clears a flag.
     /// @{
 
     /// Whether the value has been found or assigned once.
-    bool isInitProjDir() const { return initProjDir; }
-    bool isInitSystem() const { return initSystem; }
-    bool isInitSystemDir() const { return initSystemDir; }
-    bool isInitEditorName() const { return initEditorName; }
-    bool isInitDiagram() const { return initDiagram; }
-    bool isInitRevision() const { return initRevision; }
+    bool isInitProjDir() const { return initProjDir_; }
+    bool isInitSystem() const { return initSystem_; }
+    bool isInitSystemDir() const { return initSystemDir_; }
+    bool isInitEditorName() const { return initEditorName_; }
+    bool isInitDiagram() const { return initDiagram_; }
+    bool isInitRevision() const { return initRevision_; }
     /// Notes that it has.
-    void setInitProjDir() { initProjDir = true; }
-    void setInitSystem() { initSystem = true; }
-    void setInitSystemDir() { initSystemDir = true; }
-    void setInitEditorName() { initEditorName = true; }
-    void setInitDiagram() { initDiagram = true; }
-    void setInitRevision() { initRevision = true; }
+    void setInitProjDir() { initProjDir_ = true; }
+    void setInitSystem() { initSystem_ = true; }
+    void setInitSystemDir() { initSystemDir_ = true; }
+    void setInitEditorName() { initEditorName_ = true; }
+    void setInitDiagram() { initDiagram_ = true; }
+    void setInitRevision() { initRevision_ = true; }
     /// @}
 
     /// Names that the suite's tools share, "" at first: what the tool calls itself, the suffix
     /// of its files, the directory of the system that the map below belongs to, and the
     /// filestore directory inside a system. The library itself looks at the last alone (see
     /// filestore.h). A reference is good until the name changes.
-    const KazString& getToolName() const { return toolName; }
-    void setToolName(const KazString& name) { toolName = name; }
-    const KazString& getDefSuffix() const { return defSuffix; }
-    void setDefSuffix(const KazString& suffix) { defSuffix = suffix; }
-    const KazString& getRepinfoSysDir() const { return repinfoSysDir; }
-    void setRepinfoSysDir(const KazString& directory) { repinfoSysDir = directory; }
-    const KazString& getFilestoreDir() const { return filestoreDir; }
-    void setFilestoreDir(const KazString& directory) { filestoreDir = directory; }
+    const KazString& getToolName() const { return toolName_; }
+    void setToolName(const KazString& name) { toolName_ = name; }
+    const KazString& getDefSuffix() const { return defSuffix_; }
+    void setDefSuffix(const KazString& suffix) { defSuffix_ = suffix; }
+    const KazString& getRepinfoSysDir() const { return repinfoSysDir_; }
+    void setRepinfoSysDir(const KazString& directory) { repinfoSysDir_ = directory; }
+    const KazString& getFilestoreDir() const { return filestoreDir_; }
+    void setFilestoreDir(const KazString& directory) { filestoreDir_ = directory; }
 
     /// The state of the project database, 0 (not open) at first, and whether it may only be
     /// read. Tools say so; nothing is opened here. filestore.h tells what follows from it.
-    int getDbOpen() const { return dbOpen; }
-    void setDbOpen(int state) { dbOpen = state; }
-    bool isDbReadonly() const { return dbReadonly; }
-    void setDbReadonly(bool readonly) { dbReadonly = readonly; }
+    int getDbOpen() const { return dbOpen_; }
+    void setDbOpen(int state) { dbOpen_ = state; }
+    bool isDbReadonly() const { return dbReadonly_; }
+    void setDbReadonly(bool readonly) { dbReadonly_ = readonly; }
 
     /// What tools know about a system's repository; empty at first, and not looked at here.
-    KazStringToStringMap& refRepinfoMap() { return repinfoMap; }
+    KazStringToStringMap& refRepinfoMap() { return repinfoMap_; }
     /// Run-time assignments to ToolInfo variables.
-    KazStringToStringMap* getVars() { return &vars; }
+    KazStringToStringMap* getVars() { return &vars_; }
     /// The simple variables of text substitution.
-    KazStringToStringMap& refSimpleVars() { return simpleVars; }
+    KazStringToStringMap& refSimpleVars() { return simpleVars_; }
 
 protected:
     KazToolsContext();
 
 private:
-    KazParsedArgs* parsedArgs = nullptr;
-    std::unique_ptr<KazEnvValue[]> envValues;
-    bool initProjDir = false;
-    bool initSystem = false;
-    bool initSystemDir = false;
-    bool initEditorName = false;
-    bool initDiagram = false;
-    bool initRevision = false;
-    KazString toolName;
-    KazString defSuffix;
-    KazStringToStringMap repinfoMap;
-    KazString repinfoSysDir;
-    KazString filestoreDir;
-    int dbOpen = 0;
-    bool dbReadonly = false;
-    KazStringToStringMap vars;
-    KazStringToStringMap simpleVars;
+    KazParsedArgs* parsedArgs_ = nullptr;
+    std::unique_ptr<KazEnvValue[]> envValues_;
+    bool initProjDir_ = false;
+    bool initSystem_ = false;
+    bool initSystemDir_ = false;
+    bool initEditorName_ = false;
+    bool initDiagram_ = false;
+    bool initRevision_ = false;
+    KazString toolName_;
+    KazString defSuffix_;
+    KazStringToStringMap repinfoMap_;
+    KazString repinfoSysDir_;
+    KazString filestoreDir_;
+    int dbOpen_ = 0;
+    bool dbReadonly_ = false;
+    KazStringToStringMap vars_;
+    KazStringToStringMap simpleVars_;
 };

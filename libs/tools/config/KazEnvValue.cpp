@@ -5,7 +5,7 @@
 
 void KazEnvValue::assign(const char* newText) {
     keep(kaz::detail::orEmpty(newText));
-    assigned = true;
+    assigned_ = true;
 }
 
 void KazEnvValue::keep(const char* newText) {
@@ -13,9 +13,9 @@ void KazEnvValue::keep(const char* newText) {
         clear();
         return;
     }
-    if (null || text != newText)
-        text = newText;
-    null = false;
+    if (null_ || text_ != newText)
+        text_ = newText;
+    null_ = false;
 }
 
 void KazEnvValue::clear() {

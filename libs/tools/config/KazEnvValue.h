@@ -15,13 +15,13 @@ public:
 
     /// True after assign(), until clear(): the text came from the tool itself
     /// and goes before the command line and the configuration.
-    bool isAssigned() const { return assigned; }
+    bool isAssigned() const { return assigned_; }
 
     /// True while the cell holds no text; an empty text is a text.
-    bool isNull() const { return null; }
+    bool isNull() const { return null_; }
 
     /// The text, or null when there is none. Valid until the cell changes.
-    const char* getText() const { return null ? nullptr : text.getValue(); }
+    const char* getText() const { return null_ ? nullptr : text_.getValue(); }
 
     /// Makes @p newText (null counts as "") the tool's own value.
     void assign(const char* newText);
@@ -34,7 +34,7 @@ public:
     void clear();
 
 private:
-    bool assigned = false;
-    bool null = true;
-    KazString text;
+    bool assigned_ = false;
+    bool null_ = true;
+    KazString text_;
 };

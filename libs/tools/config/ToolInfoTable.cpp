@@ -51,31 +51,31 @@ const char* ToolInfoTable::find(std::string_view name) const {
 }
 
 const ToolInfoTable::Definition* ToolInfoTable::definitionOf(std::string_view name) const {
-    const auto* slot = index.find(TextProbe(name));
-    return slot != nullptr ? &definitions[slot->value] : nullptr;
+    const auto* slot = index_.find(TextProbe(name));
+    return slot != nullptr ? &definitions_[slot->value] : nullptr;
 }
 
 /// After this, as many calls of put() cannot fail.
 void ToolInfoTable::makeRoom(std::size_t more) {
-    const std::size_t needed = definitions.size() + more;
+    const std::size_t needed = definitions_.size() + more;
     if (needed > std::numeric_limits<std::uint32_t>::max() / 4)
         throw KazMemoryException();
-    if (needed > definitions.capacity())
-        definitions.reserve(std::max(needed, 2 * definitions.size()));
-    index.reserve(more);
+    if (needed > definitions_.capacity())
+        definitions_.reserve(std::max(needed, 2 * definitions_.size()));
+    index_.reserve(more);
 }
 
 void ToolInfoTable::put(Definition&& definition, bool replace) {
     const TextProbe probe(definition.name);
-    const std::uint32_t hash = index.hashOf(probe);
-    auto* slot = index.find(probe, hash);
+    const std::uint32_t hash = index_.hashOf(probe);
+    auto* slot = index_.find(probe, hash);
     if (slot == nullptr) {
-        const auto number = static_cast<std::uint32_t>(definitions.size());
-        index.add(definition.name.data(), number, probe.length(), hash);
-        definitions.push_back(std::move(definition));
+        const auto number = static_cast<std::uint32_t>(definitions_.size());
+        index_.add(definition.name.data(), number, probe.length(), hash);
+        definitions_.push_back(std::move(definition));
         return;
     }
-    Definition& old = definitions[slot->value];
+    Definition& old = definitions_[slot->value];
     if (!replace && old.value != nullptr)
         return;
     slot->key = definition.name.data(); // the old one may go with its source
@@ -99,8 +99,8 @@ void ToolInfoTable::define(std::string_view name, std::string_view value, bool r
 }
 
 void ToolInfoTable::remove(std::string_view name) {
-    if (const auto* slot = index.find(TextProbe(name)))
-        definitions[slot->value].value = nullptr;
+    if (const auto* slot = index_.find(TextProbe(name)))
+        definitions_[slot->value].value = nullptr;
 }
 
 void ToolInfoTable::defineAll(std::string text, const KazString& file, bool replace) {
@@ -132,8 +132,8 @@ KazString ToolInfoTable::fileOf(std::string_view name) const {
 }
 
 void ToolInfoTable::appendNames(std::vector<KazString>& names) const {
-    names.reserve(names.size() + definitions.size());
-    for (const Definition& definition : definitions)
+    names.reserve(names.size() + definitions_.size());
+    for (const Definition& definition : definitions_)
         if (definition.value != nullptr)
             names.emplace_back(definition.name.data());
 }

@@ -49,13 +49,13 @@ const char* projectDir() {
 class ScopedMask {
 public:
     explicit ScopedMask(unsigned long mask)
-        : previous(kaz::host::setFileMask(static_cast<unsigned>(mask))) {}
-    ~ScopedMask() { kaz::host::setFileMask(previous); }
+        : previous_(kaz::host::setFileMask(static_cast<unsigned>(mask))) {}
+    ~ScopedMask() { kaz::host::setFileMask(previous_); }
     ScopedMask(const ScopedMask&) = delete;
     ScopedMask& operator=(const ScopedMask&) = delete;
 
 private:
-    unsigned previous;
+    unsigned previous_;
 };
 
 /// Does @p dir still begin with a "~" that means a home directory, because there was

@@ -57,19 +57,19 @@ public:
         push(askPlain, reinterpret_cast<void*>(&lookUpToolInfo));
     }
 
-    int getSize() const { return slots.getSize() / 2; }
+    int getSize() const { return slots_.getSize() / 2; }
     void push(Lookup lookup, void* data) {
-        slots.inflate(slots.getSize() + 2); // both, or neither when there is no memory
-        slots.add(reinterpret_cast<void*>(lookup));
-        slots.add(data);
+        slots_.inflate(slots_.getSize() + 2); // both, or neither when there is no memory
+        slots_.add(reinterpret_cast<void*>(lookup));
+        slots_.add(data);
     }
-    void pop() { slots.setSize(slots.getSize() - 2); }
+    void pop() { slots_.setSize(slots_.getSize() - 2); }
     const char* ask(int index, const char* name) const {
-        return reinterpret_cast<Lookup>(slots.getAt(2 * index))(name, slots.getAt(2 * index + 1));
+        return reinterpret_cast<Lookup>(slots_.getAt(2 * index))(name, slots_.getAt(2 * index + 1));
     }
 
 private:
-    KazArrayPtr slots;
+    KazArrayPtr slots_;
 };
 
 /// The stack, with at least the two functions at its bottom.
@@ -92,18 +92,18 @@ using HeapText = kaz::detail::HeapPtr<char>;
 /// next. An expansion inside a lookup function finds no block and makes one.
 class Output {
 public:
-    Output() : block(kept), size(keptSize), used(0) {
+    Output() : block_(kept), size_(keptSize), used_(0) {
         kept = nullptr;
         keptSize = 0;
-        if (block == nullptr)
+        if (block_ == nullptr)
             resize(firstSize);
     }
     ~Output() {
-        if (keptSize < size) {
-            std::swap(kept, block);
-            keptSize = size;
+        if (keptSize < size_) {
+            std::swap(kept, block_);
+            keptSize = size_;
         }
-        std::free(block);
+        std::free(block_);
     }
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -113,7 +113,7 @@ public:
 
     const char* text() {
         *room(1) = '\0';
-        return block;
+        return block_;
     }
 
 private:
@@ -121,31 +121,31 @@ private:
     static constexpr std::size_t step = 200;
 
     char* room(std::size_t count) {
-        if (count > size - used)
+        if (count > size_ - used_)
             grow(count);
-        char* place = block + used;
-        used += count;
+        char* place = block_ + used_;
+        used_ += count;
         return place;
     }
 
     /// At least half as much again each time, so that the growth of a long text
     /// costs time in proportion to its length.
     void grow(std::size_t count) {
-        const std::size_t wanted = std::max(used + count, size + size / 2);
-        resize(size + (wanted - size + step - 1) / step * step);
+        const std::size_t wanted = std::max(used_ + count, size_ + size_ / 2);
+        resize(size_ + (wanted - size_ + step - 1) / step * step);
     }
 
     void resize(std::size_t newSize) {
-        block = static_cast<char*>(panickingRealloc(block, newSize, "vstring_sub"));
-        size = newSize;
+        block_ = static_cast<char*>(panickingRealloc(block_, newSize, "vstring_sub"));
+        size_ = newSize;
     }
 
     static constinit char* kept;
     static constinit std::size_t keptSize;
 
-    char* block;
-    std::size_t size;
-    std::size_t used;
+    char* block_;
+    std::size_t size_;
+    std::size_t used_;
 };
 
 constinit char* Output::kept = nullptr;
@@ -171,32 +171,32 @@ public:
     /// The only place for @p name; its entry may be another's.
     Entry& entryFor(std::string_view name) {
         const auto first = static_cast<unsigned char>(name.front());
-        return entries[(first + 5 * name.size()) % std::size(entries)];
+        return entries_[(first + 5 * name.size()) % std::size(entries_)];
     }
     void forget() { *this = {}; }
 
 private:
-    Entry entries[16];
+    Entry entries_[16];
 };
 
 /// One run over a text.
 class Expansion {
 public:
-    explicit Expansion(std::string_view text) : input(text) {}
+    explicit Expansion(std::string_view text) : input_(text) {}
 
     /// The result, good as long as this object.
     const char* run() {
-        while (!input.empty()) {
-            if (input.front() == '\\')
+        while (!input_.empty()) {
+            if (input_.front() == '\\')
                 takeBackslashes();
-            else if (input.starts_with("${"))
+            else if (input_.starts_with("${"))
                 takeReference();
-            else if (input.front() == '"')
+            else if (input_.front() == '"')
                 takeQuote();
             else
                 takePlain();
         }
-        return output.text();
+        return output_.text();
     }
 
 private:
@@ -204,41 +204,41 @@ private:
     static constexpr unsigned depthLimit = 20;
 
     std::string_view next(std::size_t count) {
-        const std::string_view taken = input.substr(0, count);
-        input.remove_prefix(taken.size());
+        const std::string_view taken = input_.substr(0, count);
+        input_.remove_prefix(taken.size());
         return taken;
     }
 
     void takeBackslashes() {
-        const std::string_view run = next(std::min(input.find_first_not_of('\\'), input.size()));
-        output.append(run);
-        backslashes = run.size();
+        const std::string_view run = next(std::min(input_.find_first_not_of('\\'), input_.size()));
+        output_.append(run);
+        backslashes_ = run.size();
     }
 
     void takePlain() {
         // The first one is plain whatever it is: a "$" here begins no reference.
-        const std::string_view rest = input.substr(1);
-        output.append(next(1 + kaz::host::bytes().findIn(rest.data(), rest.size(), special)));
-        backslashes = 0;
+        const std::string_view rest = input_.substr(1);
+        output_.append(next(1 + kaz::host::bytes().findIn(rest.data(), rest.size(), special_)));
+        backslashes_ = 0;
     }
 
     void takeQuote() {
-        const std::uint64_t nested = std::uint64_t(1) << depth;
-        if (backslashes == nested / 2)
-            ++depth;
-        else if (backslashes == nested / 4)
-            --depth;
-        output.append(next(1));
-        backslashes = 0;
+        const std::uint64_t nested = std::uint64_t(1) << depth_;
+        if (backslashes_ == nested / 2)
+            ++depth_;
+        else if (backslashes_ == nested / 4)
+            --depth_;
+        output_.append(next(1));
+        backslashes_ = 0;
     }
 
     void takeReference() {
         next(2);
-        backslashes = 0;
+        backslashes_ = 0;
         // Without the note a text of many openings would be searched for each.
-        const std::size_t end = unclosed ? input.npos : input.find('}');
-        if (end == input.npos) {
-            unclosed = true;
+        const std::size_t end = unclosed_ ? input_.npos : input_.find('}');
+        if (end == input_.npos) {
+            unclosed_ = true;
             return;
         }
         const std::string_view name = next(end);
@@ -249,10 +249,10 @@ private:
     std::string_view valueOf(std::string_view name) {
         if (name.empty() || name.starts_with("ti") || lookupStack().getSize() != builtInCount) {
             // Whatever is asked now may change variables.
-            known.forget();
+            known_.forget();
             return lookedUp(name);
         }
-        KnownVariables::Entry& entry = known.entryFor(name);
+        KnownVariables::Entry& entry = known_.entryFor(name);
         if (entry.name != name)
             entry = {name, lookedUp(name)};
         return entry.value;
@@ -274,23 +274,23 @@ private:
     }
 
     void appendValue(std::string_view value) {
-        for (std::size_t at = 0; depth > 0 && (at = value.find('\\')) != value.npos;) {
-            if (depth > depthLimit)
+        for (std::size_t at = 0; depth_ > 0 && (at = value.find('\\')) != value.npos;) {
+            if (depth_ > depthLimit)
                 memory_panic("vstring_sub");
-            output.append(value.substr(0, at));
-            output.fill(std::size_t(1) << depth, '\\');
+            output_.append(value.substr(0, at));
+            output_.fill(std::size_t(1) << depth_, '\\');
             value.remove_prefix(at + 1);
         }
-        output.append(value);
+        output_.append(value);
     }
 
-    std::string_view input;
-    Output output;
-    KnownVariables known;
-    std::uint64_t backslashes = 0; ///< directly before the input
-    unsigned depth = 0;            ///< of nested quotes; each level needs twice the text
-    bool unclosed = false;         ///< no "}" is left
-    const kaz::host::ByteSet special = specialCharacters();
+    std::string_view input_;
+    Output output_;
+    KnownVariables known_;
+    std::uint64_t backslashes_ = 0; ///< directly before the input
+    unsigned depth_ = 0;            ///< of nested quotes; each level needs twice the text
+    bool unclosed_ = false;         ///< no "}" is left
+    const kaz::host::ByteSet special_ = specialCharacters();
 };
 
 } // namespace

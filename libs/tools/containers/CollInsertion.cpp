@@ -45,9 +45,9 @@ int KazColl::insertAside(int index, void* const* items, int count, const KazColl
     const bool isAtEnd = index == size;
     Incoming incoming(*this, count);
     if (source)
-        incoming.checkIn(checkInFunction, *source);
+        incoming.checkIn(checkInFunction_, *source);
     else
-        incoming.checkIn(checkInFunction, items);
+        incoming.checkIn(checkInFunction_, items);
     const int arrived = incoming.size();
     prepare(isAtEnd ? 0 : index, arrived);
     const int first = isAtEnd ? size : index;
@@ -58,11 +58,11 @@ int KazColl::insertAside(int index, void* const* items, int count, const KazColl
 
 /// The slots are this object's alone, and the items elsewhere.
 void KazColl::insertInPlace(int index, void* const* items, int count, const KazColl* source) {
-    if (!checkInFunction || checkInFunction == KazString::checkIn) {
+    if (!checkInFunction_ || checkInFunction_ == KazString::checkIn) {
         // Nobody can look meanwhile.
         void** slots = openSlots(index, count);
         moveSlots(slots, items, count);
-        if (checkInFunction)
+        if (checkInFunction_)
             std::for_each_n(slots, count, KazString::checkIn);
         return;
     }
@@ -87,7 +87,7 @@ void KazColl::insertInPlace(int index, void* const* items, int count, const KazC
 }
 
 void KazColl::checkInPlaced(Arrival& arrival, const SourceWatch& watch) {
-    const CheckIn function = checkInFunction;
+    const CheckIn function = checkInFunction_;
     for (; arrival.arrived() < arrival.size() && watch.isComplete(); arrival.advance()) {
         const int number = arrival.arrived();
         if (arrival.placeOf(number) < 0)

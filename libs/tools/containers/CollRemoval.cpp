@@ -32,7 +32,7 @@ void KazColl::setAt(int index, void* item) {
     Under<Removal> place(*this, index, index + 1, Removal::up);
     if (holdsElement(index))
         checkOutAt(index, isNested);
-    HeldItem held(checkInFunction, checkOutFunction, item);
+    HeldItem held(checkInFunction_, checkOutFunction_, item);
     index = place.begin;
     if (place.isEmpty() || index >= size) // an element function has removed the place
         return checkedOut(held.surrender());
@@ -48,8 +48,8 @@ void KazColl::removeAt(int index, int count) {
     count = std::min(count, size - index);
     if (count <= 0)
         return;
-    if (isUnobserved(checkOutFunction)) {
-        for (int i = index; checkOutFunction && i < index + count; ++i)
+    if (isUnobserved(checkOutFunction_)) {
+        for (int i = index; checkOutFunction_ && i < index + count; ++i)
             KazString::checkOut(take(i));
         return extract(index, count);
     }
@@ -71,9 +71,9 @@ void KazColl::claimSlots() {
 /// In all that share the slots.
 void KazColl::withdrawIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
-        for (Passage* each = sharer.passages; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each; each = each->outer)
             each->removed(index, count);
-        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
+        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator) {
             if (i->index >= index)
                 i->index = std::max(i->index - count, index - 1);
         }
@@ -109,14 +109,14 @@ void KazColl::removeVacated(const Removal& going) {
 
 void KazColl::removeAll() {
     letGo();
-    for (KazCollIterator* i = iterators; i; i = i->nextIterator)
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator)
         i->index = KazCollIterator::done;
 }
 
 /// Checks out from the last to the first, unless others have the elements, and gives
 /// the storage back.
 void KazColl::letGo() {
-    if (isUnobserved(checkOutFunction) && passages == nullptr)
+    if (isUnobserved(checkOutFunction_) && passages_ == nullptr)
         return dismiss(depart());
     if (data && isAlone()) {
         claimSlots();
@@ -133,7 +133,7 @@ void KazColl::letGo() {
 /// Whether an element function of this object or a sharer is being called.
 bool KazColl::isBusy() const {
     bool busy = false;
-    forEachSharer([&busy](const KazColl& sharer) { busy = busy || sharer.passages; });
+    forEachSharer([&busy](const KazColl& sharer) { busy = busy || sharer.passages_; });
     return busy;
 }
 
@@ -142,7 +142,7 @@ bool KazColl::isBusy() const {
 void* KazColl::checkedInAt(int index) const {
     bool isOutside = false;
     forEachSharer([&](const KazColl& sharer) {
-        for (const Passage* each = sharer.passages; each; each = each->outer)
+        for (const Passage* each = sharer.passages_; each; each = each->outer)
             isOutside = isOutside || each->knows(index);
     });
     return isOutside ? nullptr : slot(index);
@@ -153,7 +153,7 @@ void* KazColl::checkedInAt(int index) const {
 void KazColl::checkOutAt(int index, bool isNested) {
     bool isOutside = false;
     forEachSharer([&](KazColl& sharer) {
-        for (Passage* each = sharer.passages; each; each = each->outer) {
+        for (Passage* each = sharer.passages_; each; each = each->outer) {
             each->elementLeaves();
             isOutside = isOutside || each->yields(index);
         }

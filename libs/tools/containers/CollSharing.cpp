@@ -19,23 +19,23 @@ void KazColl::joinSharersOf(const KazColl& other) {
         shared.occupied = other.size;
     data = other.data;
     capacity = other.capacity;
-    nextSharer = other.nextSharer;
-    other.nextSharer = this;
+    nextSharer_ = other.nextSharer_;
+    other.nextSharer_ = this;
 }
 
 void KazColl::leaveSharers() {
-    KazColl* before = nextSharer;
-    while (before->nextSharer != this)
-        before = before->nextSharer;
-    before->nextSharer = nextSharer;
-    nextSharer = this;
+    KazColl* before = nextSharer_;
+    while (before->nextSharer_ != this)
+        before = before->nextSharer_;
+    before->nextSharer_ = nextSharer_;
+    nextSharer_ = this;
 }
 
 /// Empties this object. What it held is the caller's to dismiss; its elements
 /// only when nobody else has them.
 KazColl::Departing KazColl::depart() {
-    Departing contents{data, 0, checkOutFunction, isBusy()};
-    for (Passage* each = passages; each; each = each->outer)
+    Departing contents{data, 0, checkOutFunction_, isBusy()};
+    for (Passage* each = passages_; each; each = each->outer)
         each->abandoned();
     if (data && isAlone())
         contents.count = storage().occupied >= 0 ? storage().occupied : size;
@@ -63,7 +63,7 @@ void KazColl::makeRoom(std::int64_t count) {
     const int newCapacity = capacityFor(count);
     if (isAlone())
         KazArrayPtr::inflate(static_cast<int>(count));
-    else if (checkOutFunction && !checkInFunction)
+    else if (checkOutFunction_ && !checkInFunction_)
         moveTogether(newCapacity);
     else
         separate(newCapacity);
@@ -72,7 +72,7 @@ void KazColl::makeRoom(std::int64_t count) {
 void KazColl::separate(int newCapacity) {
     // What has not come in yet when somebody else's growth meets it stays outside.
     forEachSharer([](KazColl& sharer) {
-        for (Passage* each = sharer.passages; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each; each = each->outer)
             for (int i = 0; i < sharer.size; ++i)
                 if (each->yields(i))
                     sharer.take(i);
@@ -80,7 +80,7 @@ void KazColl::separate(int newCapacity) {
     const auto drop = [](void** slots) { release(slots); };
     std::unique_ptr<void*, decltype(drop)> fresh(allocateSlots(newCapacity), drop);
     Incoming own(*this, size);
-    own.checkIn(checkInFunction, *this);
+    own.checkIn(checkInFunction_, *this);
     if (isAlone() || own.size() != size)
         return makeRoom(newCapacity); // a check-in has changed what there is to separate
     const int kept = size;

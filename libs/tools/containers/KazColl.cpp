@@ -25,7 +25,7 @@ KazColl::~KazColl() {
     // More than once, should a check-out add something.
     while (data)
         letGo();
-    for (KazCollIterator* i = iterators; i; i = i->nextIterator) {
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator) {
         i->index = KazCollIterator::done;
         i->collection = nullptr;
     }
@@ -39,9 +39,9 @@ KazColl& KazColl::operator=(const KazColl& other) {
         joinSharersOf(other);
     size = other.size;
     growthRate = other.growthRate;
-    checkOutFunction = other.checkOutFunction;
-    checkInFunction = other.checkInFunction;
-    for (KazCollIterator* i = iterators; i; i = i->nextIterator) {
+    checkOutFunction_ = other.checkOutFunction_;
+    checkInFunction_ = other.checkInFunction_;
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator) {
         if (i->index >= size)
             i->index = KazCollIterator::done;
     }
@@ -50,11 +50,11 @@ KazColl& KazColl::operator=(const KazColl& other) {
 }
 
 KazColl::CheckIn KazColl::setCheckIn(CheckIn function) {
-    return std::exchange(checkInFunction, function);
+    return std::exchange(checkInFunction_, function);
 }
 
 KazColl::CheckOut KazColl::setCheckOut(CheckOut function) {
-    return std::exchange(checkOutFunction, function);
+    return std::exchange(checkOutFunction_, function);
 }
 
 void KazColl::inflate(int count) {
@@ -82,7 +82,7 @@ void** KazColl::openSlots(int index, int count) {
 }
 
 int KazColl::addOne(void* item) {
-    HeldItem held(checkInFunction, checkOutFunction, item);
+    HeldItem held(checkInFunction_, checkOutFunction_, item);
     // Room in slots that are nobody else's: the usual case, in half the time.
     if (size < capacity && storage().occupied < 0) {
         slot(size) = held.surrender();
@@ -96,7 +96,7 @@ int KazColl::addOne(void* item) {
 }
 
 void KazColl::insertAt(int index, void* item) {
-    HeldItem held(checkInFunction, checkOutFunction, item);
+    HeldItem held(checkInFunction_, checkOutFunction_, item);
     openSlots(index, 1);
     slot(index) = held.surrender();
 }
@@ -137,9 +137,9 @@ void KazColl::noteSlots() {
 /// Here and in all that share the slots.
 void KazColl::advanceIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
-        for (Passage* each = sharer.passages; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each; each = each->outer)
             each->inserted(index, count);
-        for (KazCollIterator* i = sharer.iterators; i; i = i->nextIterator) {
+        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator) {
             if (i->index >= index)
                 i->index += count;
         }

@@ -91,7 +91,7 @@ public:
     /// Checks @p item in and appends it. Returns its index.
     int add(void* item) {
         // Slots that are nobody else's, and nobody to ask: a call takes as long again.
-        if (checkInFunction || size >= capacity || storage().occupied >= 0)
+        if (checkInFunction_ || size >= capacity || storage().occupied >= 0)
             return addOne(item);
         slot(size) = item;
         return size++;
@@ -160,11 +160,11 @@ private:
     using KazArrayPtr::setSize;
 
     void checkedOut(void* item) const {
-        if (checkOutFunction)
-            checkOutFunction(item);
+        if (checkOutFunction_)
+            checkOutFunction_(item);
     }
 
-    bool isAlone() const { return nextSharer == this; }
+    bool isAlone() const { return nextSharer_ == this; }
     void joinSharersOf(const KazColl& other);
     void leaveSharers();
     template <typename Visit>
@@ -197,12 +197,12 @@ private:
     void advanceIterators(int index, int count);
     void withdrawIterators(int index, int count);
 
-    CheckOut checkOutFunction = nullptr;
-    CheckIn checkInFunction = nullptr;
-    KazCollIterator* iterators = nullptr;
+    CheckOut checkOutFunction_ = nullptr;
+    CheckIn checkInFunction_ = nullptr;
+    KazCollIterator* iterators_ = nullptr;
     /// Ring of the collections that share the storage; this one when alone. What
     /// they share they own once: the last one to leave the ring checks it out.
-    mutable KazColl* nextSharer = this;
+    mutable KazColl* nextSharer_ = this;
     /// What this object has under way while element functions run, the innermost first.
-    mutable kaz::detail::Passage* passages = nullptr;
+    mutable kaz::detail::Passage* passages_ = nullptr;
 };

@@ -4,8 +4,8 @@
 KazCollIterator::KazCollIterator(KazColl* walked) : collection(walked) {
     if (!collection)
         return;
-    nextIterator = collection->iterators;
-    collection->iterators = this;
+    nextIterator = collection->iterators_;
+    collection->iterators_ = this;
     reset();
 }
 
@@ -16,7 +16,7 @@ KazCollIterator::KazCollIterator(const KazCollIterator& other) : KazCollIterator
 KazCollIterator::~KazCollIterator() {
     if (!collection)
         return;
-    KazCollIterator** link = &collection->iterators;
+    KazCollIterator** link = &collection->iterators_;
     while (*link != this)
         link = &(*link)->nextIterator;
     *link = nextIterator;

@@ -70,57 +70,57 @@ struct KazHashTable::Held::Holes {
 /// comes to nothing.
 class KazHashTable::Held::EmptyBlock {
 public:
-    explicit EmptyBlock(KazBucket*& kept) : block(kept) {}
+    explicit EmptyBlock(KazBucket*& kept) : block_(kept) {}
     EmptyBlock(const EmptyBlock&) = delete;
     EmptyBlock& operator=(const EmptyBlock&) = delete;
     ~EmptyBlock() {
-        if (block && block->count == 0)
-            std::free(std::exchange(block, nullptr));
+        if (block_ && block_->count == 0)
+            std::free(std::exchange(block_, nullptr));
     }
 
 private:
-    KazBucket*& block;
+    KazBucket*& block_;
 };
 
 // ---- Making, and what takes the lock
 
 KazHashTable::KazHashTable(Compare compare, Hash hash, int size)
-    : bucketCount(size), hash(hash), compare(compare), hidden(new Hidden(std::max(size, 1))) {
-    const auto bytes = static_cast<std::size_t>(hidden->bucketSlots) * sizeof(KazBucket*);
+    : bucketCount_(size), hash_(hash), compare_(compare), hidden_(new Hidden(std::max(size, 1))) {
+    const auto bytes = static_cast<std::size_t>(hidden_->bucketSlots) * sizeof(KazBucket*);
     kaz::detail::HeapPtr<KazBucket*> block(
         static_cast<KazBucket**>(kaz::detail::allocateZeroed(bytes)));
     const bool caseCounts = compare == KazString::compareDisguised;
     if ((caseCounts && hash == KazString::hashDisguised) ||
         (compare == KazString::compareNoCaseDisguised && hash == KazString::hashNoCaseDisguised))
-        hidden->texts.emplace(block.get(), hidden->bucketSlots, caseCounts);
-    buckets = block.release();
+        hidden_->texts.emplace(block.get(), hidden_->bucketSlots, caseCounts);
+    buckets_ = block.release();
 }
 
 KazHashTable::~KazHashTable() {
     // More than once, should a check-out bind something.
-    while (entryCount > 0)
+    while (entryCount_ > 0)
         clear();
-    std::free(buckets);
+    std::free(buckets_);
 }
 
 void KazHashTable::setKeyCheckIn(CheckIn function) {
     const Guard guard(*this);
-    keyCheckIn = function;
+    keyCheckIn_ = function;
 }
 
 void KazHashTable::setKeyCheckOut(CheckOut function) {
     const Guard guard(*this);
-    keyCheckOut = function;
+    keyCheckOut_ = function;
 }
 
 void KazHashTable::setValueCheckIn(CheckIn function) {
     const Guard guard(*this);
-    valueCheckIn = function;
+    valueCheckIn_ = function;
 }
 
 void KazHashTable::setValueCheckOut(CheckOut function) {
     const Guard guard(*this);
-    valueCheckOut = function;
+    valueCheckOut_ = function;
 }
 
 bool KazHashTable::bind(void* key, void* value, bool replace) {
@@ -152,7 +152,7 @@ bool KazHashTable::isBound(const void* key) {
 
 int KazHashTable::getSize() const {
     const Guard guard(*this);
-    return entryCount;
+    return entryCount_;
 }
 
 void KazHashTable::clear() {
@@ -161,38 +161,38 @@ void KazHashTable::clear() {
 
 void KazHashTable::freeExtra() {
     const Guard guard(*this);
-    std::for_each_n(buckets, hidden->bucketSlots, kaz::detail::giveBackRoom);
+    std::for_each_n(buckets_, hidden_->bucketSlots, kaz::detail::giveBackRoom);
 }
 
 void** KazHashTable::getBucketData(int bucket) const {
-    if (bucket < 0 || bucket >= hidden->bucketSlots)
+    if (bucket < 0 || bucket >= hidden_->bucketSlots)
         return nullptr;
     const Guard guard(*this);
-    KazBucket* block = buckets[bucket];
+    KazBucket* block = buckets_[bucket];
     if (!block || block->count == 0)
         return nullptr;
-    if (hidden->texts)
-        hidden->texts->rest();
+    if (hidden_->texts)
+        hidden_->texts->rest();
     return &block->entries()->key;
 }
 
 // ---- Finding
 
 KazBucketEntry& KazHashTable::Held::entryAt(const Position& position) const {
-    return table.buckets[position.bucket]->entries()[position.index];
+    return table_.buckets_[position.bucket]->entries()[position.index];
 }
 
 void KazHashTable::Held::remember(const Position& position) {
-    table.cachedBucket = position.bucket;
-    table.cachedIndex = position.index;
+    table_.cachedBucket_ = position.bucket;
+    table_.cachedIndex_ = position.index;
 }
 
 std::int32_t KazHashTable::Held::bucketOf(const void* key) const {
-    return table.bucketCount <= 1 ? 0 : bucketOfHash(table.hash(key));
+    return table_.bucketCount_ <= 1 ? 0 : bucketOfHash(table_.hash_(key));
 }
 
 std::int32_t KazHashTable::Held::bucketOfHash(unsigned hashed) const {
-    return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(table.bucketCount));
+    return static_cast<std::int32_t>(hashed % static_cast<std::uint32_t>(table_.bucketCount_));
 }
 
 /// @p act with the key as the index looks for it; @p length is below 0, or the key's.
@@ -200,28 +200,28 @@ template <typename Act>
 auto KazHashTable::Held::withProbe(const void* key, std::int32_t length, Act act) const {
     using kaz::detail::TextProbe;
     const auto* const text = static_cast<const char*>(key);
-    if (texts->caseCounts())
+    if (texts_->caseCounts())
         return act(length < 0 ? TextProbe(key) : TextProbe(text, length));
-    return act(length < 0 ? texts->index().probe(key) : texts->index().probe(text, length));
+    return act(length < 0 ? texts_->index().probe(key) : texts_->index().probe(text, length));
 }
 
 void KazHashTable::Held::payForSearch(std::int32_t cost) {
     // Asleep it is not woken by keys that are being checked out.
-    if ((texts->isActive() || !isEmptying()) && texts->pay(cost))
-        ++hidden.revision;
+    if ((texts_->isActive() || !isEmptying()) && texts_->pay(cost))
+        ++hidden_.revision;
 }
 
 /// What KazString::hashDisguised would say, without measuring the text again.
 template <typename Text>
 std::int32_t KazHashTable::Held::bucketOfText(const Text& probe) const {
-    if (table.bucketCount <= 1 || table.hash != KazString::hashDisguised)
+    if (table_.bucketCount_ <= 1 || table_.hash_ != KazString::hashDisguised)
         return bucketOf(probe.text());
     return bucketOfHash(kaz::host::bytes().hash(probe.text(), probe.length()));
 }
 
 /// Where the key is, or where it would be inserted.
 KazHashTable::Held::Position KazHashTable::Held::findKey(const void* key) {
-    if (texts && !texts->isTrusted())
+    if (texts_ && !texts_->isTrusted())
         payForSearch(1);
     return goesByIndex() ? findText(key) : findInOrder(key);
 }
@@ -229,41 +229,41 @@ KazHashTable::Held::Position KazHashTable::Held::findKey(const void* key) {
 /// By the index. A key that is new comes last, in whatever order.
 KazHashTable::Held::Position KazHashTable::Held::findText(const void* key) {
     const std::int32_t bucket = bucketOf(key);
-    Slot* slot = texts->index().find(texts->index().probe(key));
-    const KazBucket* block = table.buckets[bucket];
+    Slot* slot = texts_->index().find(texts_->index().probe(key));
+    const KazBucket* block = table_.buckets_[bucket];
     if (!slot)
         return {bucket, block ? block->count : 0, false, false};
-    texts->putInOrder(bucket);
-    const auto [index, found] =
-        searchEntries(table.buckets[bucket], key, table.compare, Holes{hidden.departures, bucket});
+    texts_->putInOrder(bucket);
+    const auto [index, found] = searchEntries(table_.buckets_[bucket], key, table_.compare_,
+                                              Holes{hidden_.departures, bucket});
     const Position position{bucket, index, found, true, slot};
     if (found && entryAt(position).key == slot->key)
         return position;
     // The owner of a key has changed it, whatever was agreed.
-    texts->rest();
+    texts_->rest();
     return {bucket, index, found};
 }
 
 /// As the contract tells it, call by call. The index goes along.
 KazHashTable::Held::Position KazHashTable::Held::findInOrder(const void* key) {
-    const Position cached{table.cachedBucket, table.cachedIndex, true};
+    const Position cached{table_.cachedBucket_, table_.cachedIndex_, true};
     if (cached.index >= 0) {
-        if (texts)
-            texts->putInOrder(cached.bucket);
-        if (table.compare(key, entryAt(cached).key) == 0)
+        if (texts_)
+            texts_->putInOrder(cached.bucket);
+        if (table_.compare_(key, entryAt(cached).key) == 0)
             return withSlot(cached);
     }
     const std::int32_t bucket = bucketOf(key);
-    if (texts)
-        texts->putInOrder(bucket);
-    const auto [index, found] =
-        searchEntries(table.buckets[bucket], key, table.compare, Holes{hidden.departures, bucket});
+    if (texts_)
+        texts_->putInOrder(bucket);
+    const auto [index, found] = searchEntries(table_.buckets_[bucket], key, table_.compare_,
+                                              Holes{hidden_.departures, bucket});
     return withSlot({bucket, index, found});
 }
 
 KazHashTable::Held::Position KazHashTable::Held::withSlot(Position position) {
-    if (texts && position.found)
-        position.slot = texts->slotOf(entryAt(position).key);
+    if (texts_ && position.found)
+        position.slot = texts_->slotOf(entryAt(position).key);
     return position;
 }
 
@@ -271,8 +271,8 @@ KazHashTable::Held::Position KazHashTable::Held::withSlot(Position position) {
 /// unless they have changed the table or how it finds.
 KazHashTable::Held::Position KazHashTable::Held::findAgain(const void* key, const Position& before,
                                                            std::uint32_t revisionBefore) {
-    const bool isSame = hidden.revision == revisionBefore && (before.isInOrder || goesByIndex()) &&
-                        (!before.slot || texts->isActive());
+    const bool isSame = hidden_.revision == revisionBefore && (before.isInOrder || goesByIndex()) &&
+                        (!before.slot || texts_->isActive());
     return isSame ? before : findKey(key);
 }
 
@@ -280,15 +280,15 @@ void* KazHashTable::Held::lookUp(const void* key, std::int32_t length, bool& fou
     if (!goesByIndex())
         return lookUpInOrder(key, found);
     const Slot* slot =
-        withProbe(key, length, [this](const auto& probe) { return texts->index().find(probe); });
+        withProbe(key, length, [this](const auto& probe) { return texts_->index().find(probe); });
     found = slot != nullptr;
     return found ? slot->value : nullptr;
 }
 
 void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
-    if (const Departure* own = hidden.departures.ofKey(key)) {
+    if (const Departure* own = hidden_.departures.ofKey(key)) {
         found = true;
-        return table.buckets[own->bucket]->entries()[own->end - 1].value;
+        return table_.buckets_[own->bucket]->entries()[own->end - 1].value;
     }
     const Position position = findKey(key);
     found = position.found;
@@ -301,9 +301,9 @@ void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
 // ---- Binding
 
 bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
-    if (texts && !table.keyCheckIn)
-        texts->rest();
-    if (goesByIndex() && keepsText(table.keyCheckIn) && keepsText(table.valueCheckIn) &&
+    if (texts_ && !table_.keyCheckIn_)
+        texts_->rest();
+    if (goesByIndex() && keepsText(table_.keyCheckIn_) && keepsText(table_.valueCheckIn_) &&
         withProbe(key, length, [&](const auto& probe) { return appendIfNew(key, value, probe); }))
         return true;
     const Position position = findKey(key);
@@ -315,17 +315,17 @@ bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool 
 /// What may fail for want of memory comes first, then both check-ins, then the entry.
 bool KazHashTable::Held::bindNew(Position position, void* key, void* value, bool replace) {
     makeRoom(position.bucket);
-    const EmptyBlock block(table.buckets[position.bucket]);
-    const std::uint32_t revisionBefore = hidden.revision;
-    HeldItem newKey(table.keyCheckIn, table.keyCheckOut, key);
-    HeldItem newValue(table.valueCheckIn, table.valueCheckOut, value);
+    const EmptyBlock block(table_.buckets_[position.bucket]);
+    const std::uint32_t revisionBefore = hidden_.revision;
+    HeldItem newKey(table_.keyCheckIn_, table_.keyCheckOut_, key);
+    HeldItem newValue(table_.valueCheckIn_, table_.valueCheckOut_, value);
     position = findAgain(key, position, revisionBefore);
     if (position.found && !replace)
         return false;
     if (position.found) {
         void* old = exchangeValue(position, newValue.surrender());
         remember(position);
-        passOut(table.valueCheckOut, old);
+        passOut(table_.valueCheckOut_, old);
         return true;
     }
     makeRoom(position.bucket);
@@ -335,30 +335,30 @@ bool KazHashTable::Held::bindNew(Position position, void* key, void* value, bool
 
 /// For one entry more, in its bucket and in the index.
 void KazHashTable::Held::makeRoom(std::int32_t bucket) {
-    if (texts && texts->isActive()) {
-        ++hidden.revision; // slots move
-        texts->index().reserve();
+    if (texts_ && texts_->isActive()) {
+        ++hidden_.revision; // slots move
+        texts_->index().reserve();
     }
-    kaz::detail::makeRoom(table.buckets[bucket]);
+    kaz::detail::makeRoom(table_.buckets_[bucket]);
 }
 
 void KazHashTable::Held::insert(const Position& position, void* key, void* value) {
-    KazBucket& block = *table.buckets[position.bucket];
+    KazBucket& block = *table_.buckets_[position.bucket];
     const std::int32_t moved = block.count - position.index;
     kaz::detail::insertEntry(block, position.index, {key, value});
-    hidden.departures.inserted(position.bucket, position.index);
-    ++table.entryCount;
-    ++hidden.revision;
+    hidden_.departures.inserted(position.bucket, position.index);
+    ++table_.entryCount_;
+    ++hidden_.revision;
     remember(position);
-    if (!texts || !texts->isActive())
+    if (!texts_ || !texts_->isActive())
         return;
-    const Probe probe = texts->index().probe(static_cast<const void*>(key));
-    texts->index().add(key, value, probe.length(), texts->index().hashOf(probe));
+    const Probe probe = texts_->index().probe(static_cast<const void*>(key));
+    texts_->index().add(key, value, probe.length(), texts_->index().hashOf(probe));
     if (position.isInOrder)
-        texts->noteInOrder(position.bucket, 1);
+        texts_->noteInOrder(position.bucket, 1);
     else
-        texts->noteLast(position.bucket);
-    if (!texts->isTrusted())
+        texts_->noteLast(position.bucket);
+    if (!texts_->isTrusted())
         payForSearch(moved / movesForSearch);
 }
 
@@ -366,22 +366,22 @@ void KazHashTable::Held::insert(const Position& position, void* key, void* value
 /// told from no call: most of what fills a table, in half the time.
 template <typename Text>
 bool KazHashTable::Held::appendIfNew(void* key, void* value, const Text& probe) {
-    const std::uint32_t textHash = texts->index().hashOf(probe);
-    if (texts->index().find(probe, textHash))
+    const std::uint32_t textHash = texts_->index().hashOf(probe);
+    if (texts_->index().find(probe, textHash))
         return false;
     const std::int32_t bucket = bucketOfText(probe);
     makeRoom(bucket);
-    if (table.keyCheckIn)
+    if (table_.keyCheckIn_)
         KazString::checkIn(key);
-    if (table.valueCheckIn)
+    if (table_.valueCheckIn_)
         KazString::checkIn(value);
-    KazBucket& block = *table.buckets[bucket];
+    KazBucket& block = *table_.buckets_[bucket];
     const std::int32_t index = block.count++;
     block.entries()[index] = {key, value};
-    ++table.entryCount;
+    ++table_.entryCount_;
     remember({bucket, index, true});
-    texts->index().add(key, value, probe.length(), textHash);
-    texts->noteLast(bucket);
+    texts_->index().add(key, value, probe.length(), textHash);
+    texts_->noteLast(bucket);
     return true;
 }
 
@@ -400,25 +400,25 @@ void* KazHashTable::Held::exchangeValue(const Position& position, void* value) {
 
 /// A value that is null because an outer call has it checked out is not one.
 void KazHashTable::Held::checkOutValue(const Position& position) {
-    const bool isOut = hidden.departures.find(position.bucket, position.index) != nullptr;
+    const bool isOut = hidden_.departures.find(position.bucket, position.index) != nullptr;
     void* value = exchangeValue(position, nullptr);
     if (value || !isOut)
-        passOut(table.valueCheckOut, value);
+        passOut(table_.valueCheckOut_, value);
 }
 
 /// False when an element function has unbound the key meanwhile.
 bool KazHashTable::Held::replaceValue(const void* key, Position position, void* value) {
-    const std::uint32_t revisionBefore = hidden.revision;
+    const std::uint32_t revisionBefore = hidden_.revision;
     remember(position);
     checkOutValue(position);
-    HeldItem newValue(table.valueCheckIn, table.valueCheckOut, value);
+    HeldItem newValue(table_.valueCheckIn_, table_.valueCheckOut_, value);
     position = findAgain(key, position, revisionBefore);
     if (!position.found)
         return false;
     void* met = exchangeValue(position, newValue.surrender());
     remember(position);
     if (met)
-        passOut(table.valueCheckOut, met); // an element function has put it there
+        passOut(table_.valueCheckOut_, met); // an element function has put it there
     return true;
 }
 
@@ -428,114 +428,114 @@ bool KazHashTable::Held::unbind(const void* key) {
     const Position position = findKey(key);
     if (!position.found)
         return false;
-    if (isEmptying() || !isSilent(table.valueCheckOut) || !isSilent(table.keyCheckOut)) {
+    if (isEmptying() || !isSilent(table_.valueCheckOut_) || !isSilent(table_.keyCheckOut_)) {
         checkOutEntry(position);
         return true;
     }
     const KazBucketEntry entry = entryAt(position);
     extract(position);
-    passOut(table.valueCheckOut, entry.value);
-    passOut(table.keyCheckOut, entry.key);
+    passOut(table_.valueCheckOut_, entry.value);
+    passOut(table_.keyCheckOut_, entry.key);
     return true;
 }
 
 /// Checks value and key out where they stand, then takes the entry out.
 void KazHashTable::Held::checkOutEntry(Position position) {
-    Departures::Entry going(hidden.departures, position.bucket, position.index);
+    Departures::Entry going(hidden_.departures, position.bucket, position.index);
     checkOutValue(position);
     if (going.isGone())
         return;
     position = {going.bucket, going.begin, true};
     void* const key = entryAt(position).key;
-    if (texts && texts->isActive()) {
-        if (const Slot* slot = texts->slotOf(key))
-            texts->index().remove(slot);
+    if (texts_ && texts_->isActive()) {
+        if (const Slot* slot = texts_->slotOf(key))
+            texts_->index().remove(slot);
     }
     going.isHole = true;
-    table.cachedIndex = -1;
+    table_.cachedIndex_ = -1;
     // An element function may have bound the key anew while that could be done.
     if (void* met = exchangeValue(position, nullptr))
-        passOut(table.valueCheckOut, met);
+        passOut(table_.valueCheckOut_, met);
     if (!going.isGone()) {
         entryAt({going.bucket, going.begin, true}).key = nullptr;
         going.key = key;
     }
-    passOut(table.keyCheckOut, key);
+    passOut(table_.keyCheckOut_, key);
     if (!going.isGone())
         extract({going.bucket, going.begin, true});
 }
 
 void KazHashTable::Held::extract(const Position& position) {
     if (position.slot)
-        texts->index().remove(position.slot);
-    if (texts)
-        texts->noteInOrder(position.bucket, -1);
-    kaz::detail::removeEntry(table.buckets[position.bucket], position.index);
-    hidden.departures.removed(position.bucket, position.index);
-    --table.entryCount;
-    ++hidden.revision;
-    table.cachedIndex = -1;
+        texts_->index().remove(position.slot);
+    if (texts_)
+        texts_->noteInOrder(position.bucket, -1);
+    kaz::detail::removeEntry(table_.buckets_[position.bucket], position.index);
+    hidden_.departures.removed(position.bucket, position.index);
+    --table_.entryCount_;
+    ++hidden_.revision;
+    table_.cachedIndex_ = -1;
 }
 
 void KazHashTable::Held::clear() {
     const bool isObserved =
-        isEmptying() || !isSilent(table.keyCheckOut) || !isSilent(table.valueCheckOut);
+        isEmptying() || !isSilent(table_.keyCheckOut_) || !isSilent(table_.valueCheckOut_);
     // Meanwhile the table goes by its buckets: what check-outs bind is sorted in.
-    if (texts && isObserved)
-        texts->rest();
+    if (texts_ && isObserved)
+        texts_->rest();
     std::int32_t removed = 0;
-    for (std::int32_t bucket = 0; bucket < hidden.bucketSlots; ++bucket) {
-        if (table.buckets[bucket])
+    for (std::int32_t bucket = 0; bucket < hidden_.bucketSlots; ++bucket) {
+        if (table_.buckets_[bucket])
             removed += isObserved ? clearBucket(bucket) : dropBucket(bucket);
     }
-    table.entryCount -= removed;
-    table.cachedBucket = -1;
-    table.cachedIndex = -1;
-    if (texts && table.entryCount == 0 && !isEmptying())
-        texts->wake();
+    table_.entryCount_ -= removed;
+    table_.cachedBucket_ = -1;
+    table_.cachedIndex_ = -1;
+    if (texts_ && table_.entryCount_ == 0 && !isEmptying())
+        texts_->wake();
 }
 
 /// Checks out what is in the bucket, with nobody looking, and drops its block; how many
 /// entries it had.
 std::int32_t KazHashTable::Held::dropBucket(std::int32_t bucket) {
-    KazBucket* const block = std::exchange(table.buckets[bucket], nullptr);
+    KazBucket* const block = std::exchange(table_.buckets_[bucket], nullptr);
     const std::int32_t count = block->count;
     std::for_each_n(block->entries(), count, [this](const KazBucketEntry& entry) {
-        passOut(table.keyCheckOut, entry.key);
-        passOut(table.valueCheckOut, entry.value);
+        passOut(table_.keyCheckOut_, entry.key);
+        passOut(table_.valueCheckOut_, entry.value);
     });
     std::free(block);
-    ++hidden.revision;
+    ++hidden_.revision;
     return count;
 }
 
 /// The same before the eyes of element functions, which may change the table.
 std::int32_t KazHashTable::Held::clearBucket(std::int32_t bucket) {
-    KazBucket*& block = table.buckets[bucket];
-    Departures::Entry going(hidden.departures, bucket, 0, 0);
+    KazBucket*& block = table_.buckets_[bucket];
+    Departures::Entry going(hidden_.departures, bucket, 0, 0);
     going.isHole = true;
     while (!going.isGone() && going.end < block->count) {
-        const Departure* outer = hidden.departures.find(bucket, going.end);
+        const Departure* outer = hidden_.departures.find(bucket, going.end);
         KazBucketEntry& entry = block->entries()[going.end++];
         if (outer && outer->isHole)
             continue;
-        table.cachedIndex = -1;
+        table_.cachedIndex_ = -1;
         void* const value = entry.value;
         void* const key = std::exchange(entry.key, nullptr);
         going.key = key;
-        passOut(table.keyCheckOut, key);
+        passOut(table_.keyCheckOut_, key);
         going.key = nullptr;
         if (!going.isGone())
             block->entries()[going.end - 1].value = nullptr;
         if (value || !outer)
-            passOut(table.valueCheckOut, value);
+            passOut(table_.valueCheckOut_, value);
     }
     if (going.isGone())
         return 0;
     const std::int32_t count = block->count;
     std::free(std::exchange(block, nullptr));
-    hidden.departures.removedAll(bucket);
-    ++hidden.revision;
+    hidden_.departures.removedAll(bucket);
+    ++hidden_.revision;
     return count;
 }
 

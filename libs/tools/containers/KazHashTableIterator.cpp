@@ -10,10 +10,10 @@ void KazHashTableIterator::reset() {
 }
 
 bool KazHashTableIterator::next() {
-    if (!table || bucket >= table->hidden->bucketSlots)
+    if (!table || bucket >= table->hidden_->bucketSlots)
         return false;
     ++index;
-    while (bucket < table->hidden->bucketSlots && isDone()) {
+    while (bucket < table->hidden_->bucketSlots && isDone()) {
         ++bucket;
         index = 0;
     }
@@ -21,19 +21,19 @@ bool KazHashTableIterator::next() {
 }
 
 bool KazHashTableIterator::isDone() const {
-    if (!table || bucket >= table->hidden->bucketSlots)
+    if (!table || bucket >= table->hidden_->bucketSlots)
         return true;
-    const KazBucket* block = table->buckets[bucket];
+    const KazBucket* block = table->buckets_[bucket];
     return !block || index >= block->count;
 }
 
 const KazBucketEntry* KazHashTableIterator::entry() const {
-    auto* texts = table && table->hidden->texts ? &*table->hidden->texts : nullptr;
+    auto* texts = table && table->hidden_->texts ? &*table->hidden_->texts : nullptr;
     if (texts && !texts->isInOrder()) {
         const KazHashTable::Guard guard(*table);
         texts->putAllInOrder();
     }
-    return isDone() ? nullptr : table->buckets[bucket]->entries() + index;
+    return isDone() ? nullptr : table->buckets_[bucket]->entries() + index;
 }
 
 void* KazHashTableIterator::getKey() const {

@@ -30,7 +30,7 @@ void Removal::inserted(int index, int count) {
     if (index > begin && index >= end)
         return;
     // What comes to stand where the next one is taken is not taken with it.
-    const bool isBeforeNext = direction == up ? index <= next : index < next;
+    const bool isBeforeNext = direction_ == up ? index <= next : index < next;
     next += index <= begin || isBeforeNext ? count : 0;
     begin += index <= begin ? count : 0;
     end += count;
@@ -43,46 +43,46 @@ void Removal::removed(int index, int count) {
 }
 
 Arrival::Arrival(int count)
-    : places(static_cast<int*>(allocate(static_cast<std::size_t>(count) * sizeof(int)))),
-      total(count) {
-    std::fill_n(places.get(), total, -1);
+    : places_(static_cast<int*>(allocate(static_cast<std::size_t>(count) * sizeof(int)))),
+      total_(count) {
+    std::fill_n(places_.get(), total_, -1);
 }
 
 void Arrival::begin(int index, void** const& slots) {
-    data = &slots;
-    for (int i = 0; i < total; ++i)
-        places.get()[i] = index + i;
+    data_ = &slots;
+    for (int i = 0; i < total_; ++i)
+        places_.get()[i] = index + i;
 }
 
 void Arrival::inserted(int index, int count) {
-    for (int i = 0; i < total; ++i)
-        places.get()[i] += places.get()[i] >= index ? count : 0;
+    for (int i = 0; i < total_; ++i)
+        places_.get()[i] += places_.get()[i] >= index ? count : 0;
 }
 
 void Arrival::removed(int index, int count) {
-    for (int i = 0; i < total; ++i) {
-        int& place = places.get()[i];
+    for (int i = 0; i < total_; ++i) {
+        int& place = places_.get()[i];
         if (place >= index)
             place = place < index + count ? -1 : place - count;
     }
 }
 
 void Arrival::abandoned() {
-    for (int i = 0; i < total; ++i) {
-        if (i >= next && places.get()[i] >= 0)
-            (*data)[places.get()[i]] = nullptr;
-        places.get()[i] = -1;
+    for (int i = 0; i < total_; ++i) {
+        if (i >= next_ && places_.get()[i] >= 0)
+            (*data_)[places_.get()[i]] = nullptr;
+        places_.get()[i] = -1;
     }
 }
 
 bool Arrival::knows(int index) const {
-    const int* const all = places.get();
-    return std::find(all + next, all + total, index) != all + total;
+    const int* const all = places_.get();
+    return std::find(all + next_, all + total_, index) != all + total_;
 }
 
 bool Arrival::yields(int index) {
-    int* const end = places.get() + total;
-    int* const found = std::find(places.get() + next, end, index);
+    int* const end = places_.get() + total_;
+    int* const found = std::find(places_.get() + next_, end, index);
     if (found == end)
         return false;
     *found = -1;

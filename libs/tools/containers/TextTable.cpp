@@ -24,11 +24,11 @@ constexpr std::int32_t searchesForRules = 32;
 } // namespace
 
 TextTable::TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts)
-    : buckets(buckets),
-      bucketCount(count),
-      rules(caseCounts ? nullptr : new CaseRules),
-      keys(static_cast<std::size_t>(std::min(count, mostExpected)), CaseFold(rules.get())),
-      sorted(static_cast<std::int32_t*>(
+    : buckets_(buckets),
+      bucketCount_(count),
+      rules_(caseCounts ? nullptr : new CaseRules),
+      keys_(static_cast<std::size_t>(std::min(count, mostExpected)), CaseFold(rules_.get())),
+      sorted_(static_cast<std::int32_t*>(
           allocateZeroed(static_cast<std::size_t>(count) * sizeof(std::int32_t)))) {
     wake();
 }
@@ -36,51 +36,51 @@ TextTable::TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts)
 bool TextTable::pay(std::int32_t cost) {
     if (isActive() && !hasItsRules())
         sleep(State::dozing);
-    if (state == State::resting || !isDue(std::min(cost, 1 << 20)))
+    if (state_ == State::resting || !isDue(std::min(cost, 1 << 20)))
         return false;
-    paid = 0;
+    paid_ = 0;
     // First the count, as another thread may write meanwhile.
-    seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
-    if (state == State::dozing)
+    seenWrites_ = sharedTextWrites.load(std::memory_order_relaxed);
+    if (state_ == State::dozing)
         return wakeFromDoze();
-    if (!keys.isUpToDate())
+    if (!keys_.isUpToDate())
         rest();
     return false;
 }
 
 bool TextTable::isDue(std::int32_t cost) {
-    paid += cost;
-    if (state == State::active)
-        return static_cast<std::size_t>(paid) * keysForSearch >= keys.size();
+    paid_ += cost;
+    if (state_ == State::active)
+        return static_cast<std::size_t>(paid_) * keysForSearch >= keys_.size();
     // The table may have grown meanwhile: as many searches again, then.
-    return paid >= searchesForRules && paid >= dozingKeys / static_cast<int>(keysForSearch);
+    return paid_ >= searchesForRules && paid_ >= dozingKeys_ / static_cast<int>(keysForSearch);
 }
 
 /// Without memory for the index it dozes on.
 bool TextTable::wakeFromDoze() {
-    dozingKeys = entryCount();
-    if (!rules->note() || !isEachInPlace())
+    dozingKeys_ = entryCount();
+    if (!rules_->note() || !isEachInPlace())
         return false;
     try {
-        keys.reserve(static_cast<std::size_t>(dozingKeys));
+        keys_.reserve(static_cast<std::size_t>(dozingKeys_));
     } catch (const KazMemoryException&) {
         return false;
     }
     indexAll();
-    state = State::active;
+    state_ = State::active;
     return true;
 }
 
 /// Whether a search in order would find each key.
 bool TextTable::isEachInPlace() const {
-    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket) {
-        KazBucket* block = buckets[bucket];
+    for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket) {
+        KazBucket* block = buckets_[bucket];
         for (std::int32_t i = 0; block && i < block->count; ++i) {
             const void* key = block->entries()[i].key;
             const unsigned hash = KazString::hashNoCaseDisguised(key);
             const bool isHome =
-                hash % static_cast<unsigned>(bucketCount) == static_cast<unsigned>(bucket);
-            if (!isHome || (i > 0 && rules->compare(block->entries()[i - 1].key, key) >= 0))
+                hash % static_cast<unsigned>(bucketCount_) == static_cast<unsigned>(bucket);
+            if (!isHome || (i > 0 && rules_->compare(block->entries()[i - 1].key, key) >= 0))
                 return false;
         }
     }
@@ -88,26 +88,26 @@ bool TextTable::isEachInPlace() const {
 }
 
 void TextTable::indexAll() {
-    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket) {
-        KazBucket* block = buckets[bucket];
-        sorted.get()[bucket] = block ? block->count : 0;
-        for (std::int32_t i = 0; i < sorted.get()[bucket]; ++i) {
+    for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket) {
+        KazBucket* block = buckets_[bucket];
+        sorted_.get()[bucket] = block ? block->count : 0;
+        for (std::int32_t i = 0; i < sorted_.get()[bucket]; ++i) {
             const KazBucketEntry& entry = block->entries()[i];
-            const Index::Probe probe = keys.probe(static_cast<const void*>(entry.key));
-            keys.add(entry.key, entry.value, probe.length(), keys.hashOf(probe));
+            const Index::Probe probe = keys_.probe(static_cast<const void*>(entry.key));
+            keys_.add(entry.key, entry.value, probe.length(), keys_.hashOf(probe));
         }
     }
 }
 
 std::int32_t TextTable::entryCount() const {
     std::int32_t count = 0;
-    for (std::int32_t bucket = 0; bucket < bucketCount; ++bucket)
-        count += buckets[bucket] ? buckets[bucket]->count : 0;
+    for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket)
+        count += buckets_[bucket] ? buckets_[bucket]->count : 0;
     return count;
 }
 
 TextTable::Slot* TextTable::slotOf(const void* key) {
-    Slot* slot = isActive() ? keys.slotOf(key) : nullptr;
+    Slot* slot = isActive() ? keys_.slotOf(key) : nullptr;
     if (slot == nullptr && isActive())
         rest();
     return slot;
@@ -115,51 +115,51 @@ TextTable::Slot* TextTable::slotOf(const void* key) {
 
 /// The tails belong where the rules of their time put them.
 KeyOrder TextTable::order() const {
-    if (!rules)
+    if (!rules_)
         return {KazString::compareDisguised};
-    return {KazString::compareNoCaseDisguised, rules->areCurrent() ? nullptr : rules.get()};
+    return {KazString::compareNoCaseDisguised, rules_->areCurrent() ? nullptr : rules_.get()};
 }
 
 void TextTable::putInOrder(std::int32_t bucket) {
-    KazBucket* block = buckets[bucket];
-    std::int32_t& inOrder = sorted.get()[bucket];
+    KazBucket* block = buckets_[bucket];
+    std::int32_t& inOrder = sorted_.get()[bucket];
     if (!isActive() || !block || inOrder == block->count)
         return;
     const std::int32_t late = block->count - inOrder;
     sortTail(*block, inOrder, order());
     inOrder = block->count;
     // What an iterator without the lock waits for.
-    unsortedCount.store(unsorted() - late, std::memory_order_release);
+    unsortedCount_.store(unsorted() - late, std::memory_order_release);
 }
 
 void TextTable::putAllInOrder() {
-    for (std::int32_t bucket = 0; !isInOrder() && bucket < bucketCount; ++bucket)
+    for (std::int32_t bucket = 0; !isInOrder() && bucket < bucketCount_; ++bucket)
         putInOrder(bucket);
 }
 
 void TextTable::noteLast(std::int32_t bucket) {
-    if (buckets[bucket]->count == 1)
-        sorted.get()[bucket] = 1;
+    if (buckets_[bucket]->count == 1)
+        sorted_.get()[bucket] = 1;
     else // changed under the lock only
-        unsortedCount.store(unsorted() + 1, std::memory_order_relaxed);
+        unsortedCount_.store(unsorted() + 1, std::memory_order_relaxed);
 }
 
 void TextTable::sleep(State how) {
     putAllInOrder();
-    dozingKeys = static_cast<std::int32_t>(keys.size());
-    state = how;
-    keys.clear();
-    paid = 0;
+    dozingKeys_ = static_cast<std::int32_t>(keys_.size());
+    state_ = how;
+    keys_.clear();
+    paid_ = 0;
 }
 
 void TextTable::wake() {
-    std::fill_n(sorted.get(), bucketCount, 0);
-    unsortedCount.store(0, std::memory_order_relaxed);
-    keys.clear();
-    paid = 0;
-    dozingKeys = 0;
-    seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
-    state = !rules || rules->areCurrent() || rules->note() ? State::active : State::dozing;
+    std::fill_n(sorted_.get(), bucketCount_, 0);
+    unsortedCount_.store(0, std::memory_order_relaxed);
+    keys_.clear();
+    paid_ = 0;
+    dozingKeys_ = 0;
+    seenWrites_ = sharedTextWrites.load(std::memory_order_relaxed);
+    state_ = !rules_ || rules_->areCurrent() || rules_->note() ? State::active : State::dozing;
 }
 
 } // namespace kaz::detail

@@ -26,12 +26,12 @@ layout = {
     "KazArrayPtr": {"data": 0, "size": 8, "capacity": 12},
     "KazTree": {"root": 0},
     "generic_tree": {"value": 0, "left": 8, "right": 16, "weight": 24},
-    "KazHashTable": {"bucketCount": 8, "entryCount": 12, "compare": 32, "buckets": 72},
+    "KazHashTable": {"bucketCount_": 8, "entryCount_": 12, "compare_": 32, "buckets_": 72},
     "KazBucket": {"count": 0, "capacity": 4},
     "KazBucketEntry": {"key": 0, "value": 8},
     "string_map_tp": {"buckets": 0, "bucketCount": 12},
     "string_map_entry": {"key": 0, "value": 8, "next": 16},
-    "KazParsedArgs": {"values": 0, "untagged": 8},
+    "KazParsedArgs": {"values_": 0, "untagged_": 8},
 }
 rep_size = 12
 bucket_size = 8
@@ -229,13 +229,13 @@ class TextTreePrinter(TreePrinter):
 class TablePrinter(ContainerPrinter):
     def size(self):
         size, buckets = (number_in(self.address, "KazHashTable", field)
-                         for field in ("entryCount", "bucketCount"))
+                         for field in ("entryCount_", "bucketCount_"))
         if not 0 <= size <= largest or buckets > largest:
             return f"{size} entries, {buckets} buckets"
         return size
 
     def key_kind(self):
-        compare = as_pointer(pointer_in(self.address, "KazHashTable", "compare"))
+        compare = as_pointer(pointer_in(self.address, "KazHashTable", "compare_"))
         return "text" if "KazString::compareDisguised" in compare.format_string() else "pointer"
 
     def value_kind(self):
@@ -243,8 +243,8 @@ class TablePrinter(ContainerPrinter):
 
     def items(self, size):
         keys, values = self.key_kind(), self.value_kind()
-        buckets = pointer_in(self.address, "KazHashTable", "buckets")
-        count = max(1, number_in(self.address, "KazHashTable", "bucketCount"))
+        buckets = pointer_in(self.address, "KazHashTable", "buckets_")
+        count = max(1, number_in(self.address, "KazHashTable", "bucketCount_"))
         for bucket in (pointer_at(buckets + 8 * i) for i in range(count if size > 0 else 0)):
             held = number_in(bucket, "KazBucket", "count") if bucket else 0
             if not 0 <= held <= size:
@@ -303,13 +303,13 @@ class ArgumentsPrinter(ContainerPrinter):
     """The options that were given, by the names of the enumeration, then the rest."""
 
     def collections(self):
-        values = pointer_in(self.address, "KazParsedArgs", "values")
+        values = pointer_in(self.address, "KazParsedArgs", "values_")
         for field in basic("arg_type_enum").fields():
             if field.enumval >= 0:
                 collection = pointer_at(values + 8 * field.enumval)
                 if collection:
                     yield field.name, collection
-        yield "untagged", self.address + layout["KazParsedArgs"]["untagged"]
+        yield "untagged", self.address + layout["KazParsedArgs"]["untagged_"]
 
     def size(self):
         return sum(1 for _ in self.collections()) - 1

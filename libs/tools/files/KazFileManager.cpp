@@ -97,12 +97,12 @@ private:
 
     void report(bool removed, const char* success, const char* failure, const KazString& name) {
         complete_ = complete_ && removed;
-        if (removed && !manager_.verbose)
+        if (removed && !manager_.verbose_)
             return;
         const KazString path = path_.of(name.getValue());
         if (!removed)
             manager_.addError(path);
-        if (manager_.verbose)
+        if (manager_.verbose_)
             KazIODirector::printMsg(removed ? success : failure, path.getValue());
     }
 
@@ -165,20 +165,20 @@ kaz::detail::PlanTop planTop(const KazString& root, const KazString& dest, bool 
 
 } // namespace
 
-KazFileManager::KazFileManager(KazString root) : root(root) {}
+KazFileManager::KazFileManager(KazString root) : root_(root) {}
 
 void KazFileManager::setVerbose(bool verbose) {
-    this->verbose = verbose;
+    this->verbose_ = verbose;
 }
 
 void KazFileManager::setExclusion(KazString name) {
-    exclusions.append('\n');
-    exclusions.append(name);
-    exclusions.append('\n');
+    exclusions_.append('\n');
+    exclusions_.append(name);
+    exclusions_.append('\n');
 }
 
 void KazFileManager::clearExclusions() {
-    exclusions.clear();
+    exclusions_.clear();
 }
 
 bool KazFileManager::copy(KazString dest, bool recursive) {
@@ -192,27 +192,27 @@ bool KazFileManager::copy(KazString dest, KazString pattern, bool recursive) {
 bool KazFileManager::destroy(bool recursive) {
     if (!destroy("*", recursive))
         return false;
-    if (kaz::host::removeDirectory(root.getValue()) != 0) {
-        addError(root);
-        if (verbose)
-            KazIODirector::printMsg("Failed to delete directory '%s'.", root.getValue());
+    if (kaz::host::removeDirectory(root_.getValue()) != 0) {
+        addError(root_);
+        if (verbose_)
+            KazIODirector::printMsg("Failed to delete directory '%s'.", root_.getValue());
     }
     return true;
 }
 
 bool KazFileManager::destroy(KazString pattern, bool recursive) {
-    errors.clear();
-    return TreeRemoval(*this, pattern.getValue(), recursive, root).run();
+    errors_.clear();
+    return TreeRemoval(*this, pattern.getValue(), recursive, root_).run();
 }
 
 const KazString& KazFileManager::getErrors() const {
-    return errors;
+    return errors_;
 }
 
 bool KazFileManager::copyTree(const KazString& dest, const char* pattern, bool recursive,
                               bool makeTop) {
-    errors.clear();
-    const KazString name = kazLastFileComponent(root.getValue());
+    errors_.clear();
+    const KazString name = kazLastFileComponent(root_.getValue());
     const bool hasName = makeTop && isName(name);
     KazString target = dest;
     if (hasName)
@@ -226,26 +226,26 @@ bool KazFileManager::copyTree(const KazString& dest, const char* pattern, bool r
         opened.makeDirectory(name, 0777);
         opened = opened.openDirectory(name);
     }
-    return TreeCopy(*this, pattern, recursive, root, std::move(opened), target).run();
+    return TreeCopy(*this, pattern, recursive, root_, std::move(opened), target).run();
 }
 
 bool KazFileManager::plan(KazString dest, KazString pattern, bool recursive, bool makeTop,
                           void (*visit)(const KazPlannedAction&, void*), void* data) {
-    errors.clear();
-    return TreePlan(*this, pattern.getValue(), recursive, root, planTop(root, dest, makeTop), visit,
-                    data)
+    errors_.clear();
+    return TreePlan(*this, pattern.getValue(), recursive, root_, planTop(root_, dest, makeTop),
+                    visit, data)
         .run();
 }
 
 bool KazFileManager::isExcluded(const char* name) const {
-    if (exclusions.isEmpty())
+    if (exclusions_.isEmpty())
         return false;
     const std::string line = std::string("\n") + name + '\n';
-    return std::strstr(exclusions.getValue(), line.c_str()) != nullptr;
+    return std::strstr(exclusions_.getValue(), line.c_str()) != nullptr;
 }
 
 void KazFileManager::addError(const KazString& path) {
-    if (!errors.isEmpty())
-        errors.append('\n');
-    errors.append(path);
+    if (!errors_.isEmpty())
+        errors_.append('\n');
+    errors_.append(path);
 }

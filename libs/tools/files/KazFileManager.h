@@ -123,9 +123,9 @@ private:
     bool isExcluded(const char* name) const;
     void addError(const KazString& path);
 
-    KazString errors;
-    KazString exclusions;
-    KazString root;
-    bool verbose = false;
-    std::time_t startTime = 0;
+    KazString errors_;
+    KazString exclusions_;
+    KazString root_;
+    bool verbose_ = false;
+    std::time_t startTime_ = 0;
 };

@@ -133,7 +133,7 @@ int KazColourTable::add(int red, int green, int blue) {
     if (best >= 0)
         return best;
     if (getCount() <= limit) {
-        shares.push_back(colour);
+        shares_.push_back(colour);
         return getCount() - 1;
     }
     int least = 4 * 255 * 255;
@@ -160,23 +160,24 @@ void KazColourTable::addBasics() {
 }
 
 int KazColourTable::find(int red, int green, int blue) const {
-    for (std::size_t i = 0; i < shares.size(); ++i)
-        if (shares[i].red == red && shares[i].green == green && shares[i].blue == blue)
+    for (std::size_t i = 0; i < shares_.size(); ++i)
+        if (shares_[i].red == red && shares_[i].green == green && shares_[i].blue == blue)
             return static_cast<int>(i) + 1;
     return -1;
 }
 
 int KazColourTable::getRed(int number) const {
-    return number > 0 && number < getCount() ? shares[static_cast<std::size_t>(number) - 1].red : 0;
+    return number > 0 && number < getCount() ? shares_[static_cast<std::size_t>(number) - 1].red
+                                             : 0;
 }
 
 int KazColourTable::getGreen(int number) const {
-    return number > 0 && number < getCount() ? shares[static_cast<std::size_t>(number) - 1].green
+    return number > 0 && number < getCount() ? shares_[static_cast<std::size_t>(number) - 1].green
                                              : 0;
 }
 
 int KazColourTable::getBlue(int number) const {
-    return number > 0 && number < getCount() ? shares[static_cast<std::size_t>(number) - 1].blue
+    return number > 0 && number < getCount() ? shares_[static_cast<std::size_t>(number) - 1].blue
                                              : 0;
 }
 
@@ -207,7 +208,7 @@ KazString KazColourTable::getRtf() const {
     KazString result;
     TextBuilder out(result);
     out.append("{\\colortbl;");
-    for (const Shares& colour : shares) {
+    for (const Shares& colour : shares_) {
         out.append("\\red");
         kaz::detail::appendNumber(out, colour.red);
         out.append("\\green");
@@ -239,7 +240,7 @@ KazString KazColourTable::getMif() const {
 
 KazString KazColourTable::getInterleaf() const {
     KazString result;
-    if (shares.empty())
+    if (shares_.empty())
         return result;
     TextBuilder out(result);
     out.append("<!Color Definitions");

@@ -53,22 +53,23 @@ bool equalsNoCase(std::string_view a, std::string_view b) {
 } // namespace
 
 KazFontTable::KazFontTable()
-    : fonts{{"Times New Roman", font_roman}, {"Arial", font_swiss}, {"Courier New", font_modern}} {}
+    : fonts_{{"Times New Roman", font_roman}, {"Arial", font_swiss}, {"Courier New", font_modern}} {
+}
 
 int KazFontTable::add(const char* family, font_kind_enum kind) {
     const KazString name = cleaned(family);
     if (name.isEmpty())
         return body;
-    for (std::size_t i = 0; i < fonts.size(); ++i) {
-        if (!equalsNoCase(fonts[i].family.getValue(), name.getValue()))
+    for (std::size_t i = 0; i < fonts_.size(); ++i) {
+        if (!equalsNoCase(fonts_[i].family.getValue(), name.getValue()))
             continue;
-        if (namesOf(fonts[i].kind).css == nullptr)
-            fonts[i].kind = kind;
+        if (namesOf(fonts_[i].kind).css == nullptr)
+            fonts_[i].kind = kind;
         return static_cast<int>(i);
     }
     if (getCount() >= limit)
         return body;
-    fonts.push_back({name, kind});
+    fonts_.push_back({name, kind});
     return getCount() - 1;
 }
 
@@ -76,20 +77,20 @@ void KazFontTable::setDefault(int number, const char* family, font_kind_enum kin
     const KazString name = cleaned(family);
     if (number < body || number > code || name.isEmpty())
         return;
-    const bool isThere = std::any_of(fonts.begin(), fonts.end(), [&](const Font& font) {
+    const bool isThere = std::any_of(fonts_.begin(), fonts_.end(), [&](const Font& font) {
         return equalsNoCase(font.family.getValue(), name.getValue());
     });
     if (!isThere)
-        fonts[static_cast<std::size_t>(number)] = {name, kind};
+        fonts_[static_cast<std::size_t>(number)] = {name, kind};
 }
 
 const KazString& KazFontTable::getFamily(int number) const {
-    return number >= 0 && number < getCount() ? fonts[static_cast<std::size_t>(number)].family
+    return number >= 0 && number < getCount() ? fonts_[static_cast<std::size_t>(number)].family
                                               : KazString::theEmptyString;
 }
 
 font_kind_enum KazFontTable::getKind(int number) const {
-    return number >= 0 && number < getCount() ? fonts[static_cast<std::size_t>(number)].kind
+    return number >= 0 && number < getCount() ? fonts_[static_cast<std::size_t>(number)].kind
                                               : font_unknown;
 }
 

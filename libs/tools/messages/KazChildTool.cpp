@@ -122,14 +122,14 @@ int kazRunTool(KazProgressHandle& progress, double share, const char* const* arg
         launch.words.insert(launch.words.end(), {option.substr(1, blank - 1), channel});
     Output output;
     Errors errors;
-    Reports reports(progress.id, channel);
-    CancelWatch watch(progress.id);
+    Reports reports(progress.id_, channel);
+    CancelWatch watch(progress.id_);
     launch.output = &output;
     launch.errors = &errors;
     launch.isText = true;
     launch.reports = &reports;
     launch.reportVariable = kaz::detail::ParentProgress::variable;
-    launch.watch = progress.cancelHandler != nullptr ? &watch : nullptr;
+    launch.watch = progress.cancelHandler_ != nullptr ? &watch : nullptr;
 
     progress.startSubProgress(share, 100);
     host::Completion ended;
@@ -139,7 +139,7 @@ int kazRunTool(KazProgressHandle& progress, double share, const char* const* arg
     reports.finish();
     const int status = statusOf(ended, program.c_str());
     progress.endSubProgress();
-    if (progress.cancelHandler != nullptr)
+    if (progress.cancelHandler_ != nullptr)
         progress.checkCancel();
     return status;
 }

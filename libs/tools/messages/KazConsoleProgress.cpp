@@ -31,13 +31,13 @@ KazConsoleProgress::KazConsoleProgress() = default;
 KazConsoleProgress::~KazConsoleProgress() = default;
 
 unsigned int KazConsoleProgress::setProgress(unsigned int value) {
-    const unsigned int old = progress;
-    progress = value;
+    const unsigned int old = progress_;
+    progress_ = value;
     if (value / percentPerDot != old / percentPerDot)
         writeDots(value / percentPerDot - old / percentPerDot);
     return old;
 }
 
 unsigned int KazConsoleProgress::getProgress() const {
-    return progress;
+    return progress_;
 }

@@ -25,19 +25,19 @@ std::vector<KazIODirector*>& liveDirectors() {
 
 constinit KazIODirector* KazIODirector::theIODirector = nullptr;
 
-KazIODirector::KazIODirector() : fallenBack(false), previous(nullptr), progressIdCounter(0) {
+KazIODirector::KazIODirector() : fallenBack_(false), previous_(nullptr), progressIdCounter_(0) {
     liveDirectors().push_back(this);
 }
 
 KazIODirector::~KazIODirector() {
     std::erase(liveDirectors(), this);
-    KazIODirector* const successor = previous == this ? nullptr : previous;
+    KazIODirector* const successor = previous_ == this ? nullptr : previous_;
     if (theIODirector == this)
         theIODirector = successor;
     for (KazIODirector* director : liveDirectors())
-        if (director->previous == this)
-            director->previous = successor;
-    progressMap.clear();
+        if (director->previous_ == this)
+            director->previous_ = successor;
+    progressMap_.clear();
 }
 
 KazIODirector* KazIODirector::getInstance() {
@@ -47,7 +47,7 @@ KazIODirector* KazIODirector::getInstance() {
 }
 
 void KazIODirector::install() {
-    previous = theIODirector;
+    previous_ = theIODirector;
     if (theIODirector != nullptr && theIODirector->isFinal() != 0) {
         KAZ_TRACE("messages", "director not installed: the one in force is final");
         return;
@@ -57,19 +57,19 @@ void KazIODirector::install() {
 
 void KazIODirector::fallBack() {
     KAZ_TRACE("messages", "director falls back to %s",
-              previous != nullptr ? "the one before" : "the console");
-    if (previous != nullptr)
-        theIODirector = previous;
+              previous_ != nullptr ? "the one before" : "the console");
+    if (previous_ != nullptr)
+        theIODirector = previous_;
     else
-        fallenBack = true;
+        fallenBack_ = true;
 }
 
 // The operation of the director in force, or the console's once it has fallen
 // back. A macro, because only a qualified call goes past the virtual table.
 #define DIRECT(operation, ...)                                                                     \
     KazIODirector* const director = getInstance();                                                 \
-    return director->fallenBack ? director->KazIODirector::operation(__VA_ARGS__)                  \
-                                : director->operation(__VA_ARGS__)
+    return director->fallenBack_ ? director->KazIODirector::operation(__VA_ARGS__)                 \
+                                 : director->operation(__VA_ARGS__)
 
 // What the user is told is recorded before the director says it, as that may be the last
 // thing that this process does; what the user answers, behind the answer.
@@ -180,21 +180,21 @@ void KazIODirector::reset(int progressId) {
 
 bool KazIODirector::cancelPending(int progressId) {
     KazIODirector* const director = getInstance();
-    return !director->fallenBack && director->isCancelPending(progressId);
+    return !director->fallenBack_ && director->isCancelPending(progressId);
 }
 
 void KazIODirector::addCallback(int first, int second) {
-    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+    if (KazIODirector* const director = getInstance(); !director->fallenBack_)
         director->doAddCallback(first, second);
 }
 
 void KazIODirector::removeCallback(int first, int second) {
-    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+    if (KazIODirector* const director = getInstance(); !director->fallenBack_)
         director->doRemoveCallback(first, second);
 }
 
 void KazIODirector::notify(int event) {
-    if (KazIODirector* const director = getInstance(); !director->fallenBack)
+    if (KazIODirector* const director = getInstance(); !director->fallenBack_)
         director->doNotify(event);
 }
 

@@ -225,8 +225,8 @@ private:
 
     static KazIODirector* theIODirector;
 
-    bool fallenBack;
-    KazIODirector* previous;
-    KazProgressMap progressMap;
-    int progressIdCounter;
+    bool fallenBack_;
+    KazIODirector* previous_;
+    KazProgressMap progressMap_;
+    int progressIdCounter_;
 };

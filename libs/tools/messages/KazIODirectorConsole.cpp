@@ -192,15 +192,15 @@ int KazIODirector::doProgressStart(KazString title, int) {
     auto progress = std::make_unique<KazConsoleProgress>();
     std::printf("%s ", title.getValue());
     std::fflush(stdout);
-    const int progressId = ++progressIdCounter;
+    const int progressId = ++progressIdCounter_;
     // Memory can run out while the entry is made, so the object enters last.
-    progressMap.bind(asKey(progressId), nullptr, true);
-    progressMap.rebind(asKey(progressId), static_cast<KazProgress*>(progress.release()));
+    progressMap_.bind(asKey(progressId), nullptr, true);
+    progressMap_.rebind(asKey(progressId), static_cast<KazProgress*>(progress.release()));
     return progressId;
 }
 
 void KazIODirector::doProgressIncrement(int progressId, double amount, bool flag) {
-    if (auto* progress = static_cast<KazProgress*>(progressMap.valueOf(asKey(progressId))))
+    if (auto* progress = static_cast<KazProgress*>(progressMap_.valueOf(asKey(progressId))))
         progress->increment(amount, flag);
 }
 
@@ -212,7 +212,7 @@ void KazIODirector::doProgressMsg(int, int, const char* format, va_list args) {
 }
 
 void KazIODirector::doProgressEnd(int progressId) {
-    progressMap.unbind(asKey(progressId));
+    progressMap_.unbind(asKey(progressId));
 }
 
 bool KazIODirector::isCancelPending(int) {

@@ -5,10 +5,10 @@ KazNGProgress::KazNGProgress() = default;
 KazNGProgress::~KazNGProgress() = default;
 
 unsigned int KazNGProgress::setProgress(unsigned int value) {
-    progress = value;
+    progress_ = value;
     return value;
 }
 
 unsigned int KazNGProgress::getProgress() const {
-    return progress;
+    return progress_;
 }

@@ -18,5 +18,5 @@ private:
     unsigned int setProgress(unsigned int value) override;
     unsigned int getProgress() const override;
 
-    unsigned int progress = 0;
+    unsigned int progress_ = 0;
 };

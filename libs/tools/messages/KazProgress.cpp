@@ -42,7 +42,7 @@ void makeRoom(KazColl& ranges) {
 // A range is deleted by the collection that it leaves, never beside it.
 
 KazProgress::KazProgress() {
-    ranges.setCheckOut(deleteRange);
+    ranges_.setCheckOut(deleteRange);
 }
 
 KazProgress::KazProgress(const KazProgress& other) : KazProgress() {
@@ -52,14 +52,14 @@ KazProgress::KazProgress(const KazProgress& other) : KazProgress() {
 KazProgress& KazProgress::operator=(const KazProgress& other) {
     if (this == &other)
         return *this;
-    const int before = ranges.getSize();
+    const int before = ranges_.getSize();
     try {
         copyRanges(other); // behind those that it has, which stay if memory runs out
     } catch (...) {
-        ranges.removeAt(before, ranges.getSize() - before);
+        ranges_.removeAt(before, ranges_.getSize() - before);
         throw;
     }
-    ranges.removeAt(0, before);
+    ranges_.removeAt(0, before);
     return *this;
 }
 
@@ -84,7 +84,7 @@ void KazProgress::print(std::ostream& os) const {
 }
 
 void KazProgress::reset() {
-    ranges.removeAll();
+    ranges_.removeAll();
     setProgress(0);
 }
 
@@ -149,13 +149,13 @@ void KazProgress::pushRange(double share) {
         range->scale = share * 0.01;
         range->end = overall + share > complete ? complete : overall + share;
     }
-    makeRoom(ranges);
-    ranges.insertAt(0, range.release());
+    makeRoom(ranges_);
+    ranges_.insertAt(0, range.release());
 }
 
 void KazProgress::popRange() {
-    if (ranges.getSize() > 0)
-        ranges.removeAt(0, 1);
+    if (ranges_.getSize() > 0)
+        ranges_.removeAt(0, 1);
 }
 
 void KazProgress::setRange(double share) {
@@ -171,13 +171,13 @@ bool KazProgress::getRange(double& low, double& high, bool absolute) const {
 }
 
 KazProgressRange* KazProgress::innermost() const {
-    return ranges.getSize() > 0 ? asRange(ranges.getAt(0)) : nullptr;
+    return ranges_.getSize() > 0 ? asRange(ranges_.getAt(0)) : nullptr;
 }
 
 void KazProgress::copyRanges(const KazProgress& other) {
-    for (int i = 0; i < other.ranges.getSize(); ++i) {
-        auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges.getAt(i)));
-        makeRoom(ranges);
-        ranges.add(range.release());
+    for (int i = 0; i < other.ranges_.getSize(); ++i) {
+        auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges_.getAt(i)));
+        makeRoom(ranges_);
+        ranges_.add(range.release());
     }
 }

@@ -84,5 +84,5 @@ private:
     double setInRange(KazProgressRange& range, double value);
     void copyRanges(const KazProgress& other);
 
-    KazColl ranges; // KazProgressRange objects, owned; the innermost comes first
+    KazColl ranges_; // KazProgressRange objects, owned; the innermost comes first
 };

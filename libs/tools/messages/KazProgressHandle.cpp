@@ -56,21 +56,21 @@ void runHandler(void (*handler)(), int id) {
 } // namespace
 
 KazProgressHandle::KazProgressHandle(KazString name, int n)
-    : id(KazIODirector::progressStart(std::move(name), n)) {}
+    : id_(KazIODirector::progressStart(std::move(name), n)) {}
 
 KazProgressHandle::~KazProgressHandle() {
-    if (cancelHandler == dataHandlerMark)
-        removeDataHandler(id);
-    KazIODirector::progressEnd(id);
+    if (cancelHandler_ == dataHandlerMark)
+        removeDataHandler(id_);
+    KazIODirector::progressEnd(id_);
 }
 
 bool KazProgressHandle::cancelPending() {
-    return KazIODirector::cancelPending(id);
+    return KazIODirector::cancelPending(id_);
 }
 
 void KazProgressHandle::increment(double delta, bool absolute) {
-    KazIODirector::progressIncrement(id, delta, absolute);
-    if (cancelHandler != nullptr)
+    KazIODirector::progressIncrement(id_, delta, absolute);
+    if (cancelHandler_ != nullptr)
         checkCancel();
 }
 
@@ -82,30 +82,30 @@ void KazProgressHandle::msg(int level, const char* format, ...) {
 }
 
 void KazProgressHandle::vMsg(int level, const char* format, va_list args) {
-    KazIODirector::vProgressMsg(id, level, format, args);
-    if (cancelHandler != nullptr)
+    KazIODirector::vProgressMsg(id_, level, format, args);
+    if (cancelHandler_ != nullptr)
         checkCancel();
 }
 
 void KazProgressHandle::startSubProgress(double share, int n) {
     if (Dialogue::isOn())
-        Dialogue::stepStart(id, share);
-    if (ParentProgress::isTold(id))
+        Dialogue::stepStart(id_, share);
+    if (ParentProgress::isTold(id_))
         return ParentProgress::startStep(share);
-    KazIODirector::getInstance()->doStartSubProgress(id, share, n);
+    KazIODirector::getInstance()->doStartSubProgress(id_, share, n);
 }
 
 void KazProgressHandle::endSubProgress() {
     if (Dialogue::isOn())
-        Dialogue::stepEnd(id);
-    if (ParentProgress::isTold(id))
+        Dialogue::stepEnd(id_);
+    if (ParentProgress::isTold(id_))
         return ParentProgress::endStep();
-    KazIODirector::getInstance()->doEndSubProgress(id);
+    KazIODirector::getInstance()->doEndSubProgress(id_);
 }
 
 KazString KazProgressHandle::asCmdLine(int a, int b) {
     KazString option;
-    option.format(" -progress_channel %d:%d", id, a);
+    option.format(" -progress_channel %d:%d", id_, a);
     if (b != 0)
         option.appendFormat(":%d", b);
     return option;
@@ -134,27 +134,27 @@ bool KazProgressHandle::parseChannel(const char* channel, int& id, int& a, int& 
 }
 
 void KazProgressHandle::setCancelHandler(void (*handler)()) {
-    cancelHandler = handler;
+    cancelHandler_ = handler;
 }
 
 void KazProgressHandle::setCancelHandler(void (*handler)(void* data), void* data) {
-    removeDataHandler(id);
-    cancelHandler = nullptr;
+    removeDataHandler(id_);
+    cancelHandler_ = nullptr;
     if (handler == nullptr)
         return;
-    dataHandlers().push_back({id, handler, data});
-    cancelHandler = dataHandlerMark;
+    dataHandlers().push_back({id_, handler, data});
+    cancelHandler_ = dataHandlerMark;
 }
 
 void KazProgressHandle::checkCancel() {
     if (!cancelPending())
         return;
     // Taken off first: a handler that reports progress itself is not called again.
-    if (const auto handler = std::exchange(cancelHandler, nullptr)) {
+    if (const auto handler = std::exchange(cancelHandler_, nullptr)) {
         try {
-            runHandler(handler, id);
+            runHandler(handler, id_);
         } catch (...) {
-            cancelHandler = handler; // the tool goes on, and is asked to stop again
+            cancelHandler_ = handler; // the tool goes on, and is asked to stop again
             throw;
         }
     }
@@ -163,5 +163,5 @@ void KazProgressHandle::checkCancel() {
 }
 
 void KazProgressHandle::reset() {
-    KazIODirector::reset(id);
+    KazIODirector::reset(id_);
 }

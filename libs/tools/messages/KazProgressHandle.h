@@ -79,7 +79,7 @@ private:
     friend KAZ_API int kazRunTool(KazProgressHandle& progress, double share,
                                   const char* const* argv); ///< see KazChildTool.h
 
-    int id;
-    int reserved = 0; // kept for the layout that tools are built against
-    void (*cancelHandler)() = nullptr;
+    int id_;
+    int reserved_ = 0; // kept for the layout that tools are built against
+    void (*cancelHandler_)() = nullptr;
 };

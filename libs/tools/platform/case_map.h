@@ -26,13 +26,13 @@ public:
 
     /// Holds those of the locale that is current now, and no longer the earlier ones.
     void renew();
-    bool areCurrent() const { return lower != nullptr && lower == lowerCaseTable(); }
+    bool areCurrent() const { return lower_ != nullptr && lower_ == lowerCaseTable(); }
 
 private:
     void release();
 
-    void* locale = nullptr;
-    const std::int32_t* lower = nullptr;
+    void* locale_ = nullptr;
+    const std::int32_t* lower_ = nullptr;
 };
 
 /// Compares two texts byte by byte through `tolower`, as unsigned characters up to

@@ -105,90 +105,90 @@ struct KazCommand::Run {
     host::Completion ended;
 };
 
-KazCommand::KazCommand(const char* program) : words{orEmpty(program)} {}
+KazCommand::KazCommand(const char* program) : words_{orEmpty(program)} {}
 
 KazCommand KazCommand::shell(const char* line) {
     KazCommand command(line);
-    command.isLine = true;
+    command.isLine_ = true;
     return command;
 }
 
 KazCommand& KazCommand::add(const char* argument) {
-    words.emplace_back(orEmpty(argument));
+    words_.emplace_back(orEmpty(argument));
     return *this;
 }
 
 KazCommand& KazCommand::setDirectory(const char* path) {
-    directory = orEmpty(path);
+    directory_ = orEmpty(path);
     return *this;
 }
 
 KazCommand& KazCommand::setVariable(const char* name, const char* value) {
     if (!isVariableName(name))
         return *this;
-    std::erase(removed, name);
-    std::erase_if(variables, [&](const auto& variable) { return variable.first == name; });
+    std::erase(removed_, name);
+    std::erase_if(variables_, [&](const auto& variable) { return variable.first == name; });
     if (value != nullptr)
-        variables.emplace_back(name, value);
+        variables_.emplace_back(name, value);
     else
-        removed.emplace_back(name);
+        removed_.emplace_back(name);
     return *this;
 }
 
 KazCommand& KazCommand::setInput(const KazString& text) {
-    input = text;
+    input_ = text;
     return *this;
 }
 
 KazCommand& KazCommand::setTimeout(int milliseconds) {
-    timeout = std::max(milliseconds, 0);
+    timeout_ = std::max(milliseconds, 0);
     return *this;
 }
 
 KazCommand& KazCommand::setOutputLimit(int bytes) {
-    outputLimit = std::max(bytes, 0);
+    outputLimit_ = std::max(bytes, 0);
     return *this;
 }
 
 bool KazCommand::execute(Run& run) {
-    output = errors = KazString();
-    status = -1;
-    signal = error = 0;
-    timedOut = wasRun = byException = false;
-    run.launch.words = isLine && words.size() > 1 ? std::vector{lineOf(words)} : words;
-    run.launch.isLine = isLine;
-    run.launch.directory = directory;
-    run.launch.variables = variables;
-    run.launch.removed = removed;
-    if (words.size() > 1 && run.launch.words[0].empty() && isLine)
+    output_ = errors_ = KazString();
+    status_ = -1;
+    signal_ = error_ = 0;
+    timedOut_ = wasRun_ = byException_ = false;
+    run.launch.words = isLine_ && words_.size() > 1 ? std::vector{lineOf(words_)} : words_;
+    run.launch.isLine = isLine_;
+    run.launch.directory = directory_;
+    run.launch.variables = variables_;
+    run.launch.removed = removed_;
+    if (words_.size() > 1 && run.launch.words[0].empty() && isLine_)
         run.ended.error = EINVAL;
     else
         host::start(run.launch, run.ended);
-    byException = run.ended.exception != 0 && !run.ended.isStopped;
-    error = run.ended.error;
-    timedOut = run.ended.isStopped;
-    signal = byException ? 0 : run.ended.signal;
-    status = byException ? static_cast<int>(run.ended.exception) : run.ended.status;
-    if (error != 0 || timedOut)
-        status = -1;
-    wasRun = true;
-    return status == 0;
+    byException_ = run.ended.exception != 0 && !run.ended.isStopped;
+    error_ = run.ended.error;
+    timedOut_ = run.ended.isStopped;
+    signal_ = byException_ ? 0 : run.ended.signal;
+    status_ = byException_ ? static_cast<int>(run.ended.exception) : run.ended.status;
+    if (error_ != 0 || timedOut_)
+        status_ = -1;
+    wasRun_ = true;
+    return status_ == 0;
 }
 
 bool KazCommand::run() {
-    Kept out(static_cast<std::size_t>(outputLimit));
-    Kept err(static_cast<std::size_t>(outputLimit));
+    Kept out(static_cast<std::size_t>(outputLimit_));
+    Kept err(static_cast<std::size_t>(outputLimit_));
     Run run;
-    if (!input.isEmpty()) {
+    if (!input_.isEmpty()) {
         run.launch.inputKind = host::Launch::text;
-        run.launch.input = {input.getValue(), static_cast<std::size_t>(input.getLength())};
+        run.launch.input = {input_.getValue(), static_cast<std::size_t>(input_.getLength())};
     }
     run.launch.output = &out;
     run.launch.errors = &err;
-    run.launch.timeout = timeout;
+    run.launch.timeout = timeout_;
     const bool succeeded = execute(run);
-    output = toText(out.text());
-    errors = toText(err.text());
+    output_ = toText(out.text());
+    errors_ = toText(err.text());
     return succeeded;
 }
 
@@ -206,30 +206,30 @@ bool KazCommand::runInTerminal() {
 }
 
 KazString KazCommand::getErrorText() const {
-    if (!wasRun || (status == 0 && error == 0 && !timedOut))
+    if (!wasRun_ || (status_ == 0 && error_ == 0 && !timedOut_))
         return KazString();
-    const std::string name = nameOf(words[0]);
+    const std::string name = nameOf(words_[0]);
     std::string text;
-    if (error != 0)
-        text = " could not be started: " + host::errorText(error);
-    else if (timedOut)
-        text = " was stopped after " + std::to_string(timeout) + " milliseconds";
-    else if (signal != 0)
-        text = " was ended by signal " + std::to_string(signal) + " (" + host::signalName(signal) +
-               ")";
-    else if (isLine && status == host::interpreterFindsNothing)
+    if (error_ != 0)
+        text = " could not be started: " + host::errorText(error_);
+    else if (timedOut_)
+        text = " was stopped after " + std::to_string(timeout_) + " milliseconds";
+    else if (signal_ != 0)
+        text = " was ended by signal " + std::to_string(signal_) + " (" +
+               host::signalName(signal_) + ")";
+    else if (isLine_ && status_ == host::interpreterFindsNothing)
         text = ": command not found";
-    else if (isLine && status == host::interpreterMayNotRun)
+    else if (isLine_ && status_ == host::interpreterMayNotRun)
         text = ": not executable";
-    else if (byException)
-        text = " was ended by exception " + hexadecimal(static_cast<std::uint32_t>(status));
-    else if (status < 0)
+    else if (byException_)
+        text = " was ended by exception " + hexadecimal(static_cast<std::uint32_t>(status_));
+    else if (status_ < 0)
         text = " ended with an unknown status";
     else
-        text = " ended with status " + std::to_string(status);
-    if (status > 0 && text.starts_with(" ended")) {
+        text = " ended with status " + std::to_string(status_);
+    if (status_ > 0 && text.starts_with(" ended")) {
         const std::string line =
-            lastLine({errors.getValue(), static_cast<std::size_t>(errors.getLength())});
+            lastLine({errors_.getValue(), static_cast<std::size_t>(errors_.getLength())});
         if (!line.empty())
             text += ": " + line;
     }
@@ -238,12 +238,12 @@ KazString KazCommand::getErrorText() const {
 
 KazString KazCommand::getText() const {
     std::vector<const char*> rest;
-    for (const std::string& word : words)
+    for (const std::string& word : words_)
         rest.push_back(word.c_str());
-    const std::size_t bare = isLine ? 1 : 0; // words that are not quoted
+    const std::size_t bare = isLine_ ? 1 : 0; // words that are not quoted
     const KazString quoted = argv_to_str(static_cast<int>(rest.size() - bare), rest.data() + bare);
-    std::string text = isLine ? words[0] : std::string();
-    if (isLine && rest.size() > 1)
+    std::string text = isLine_ ? words_[0] : std::string();
+    if (isLine_ && rest.size() > 1)
         text += ' ';
     return kazPrintable((text + quoted.getValue()).c_str());
 }

@@ -66,13 +66,15 @@ public:
     bool runInTerminal();
 
     /// Its exit status; -1 when it was not started, was ended by a signal or stopped.
-    int getStatus() const { return status; }
+    int getStatus() const { return status_; }
     /// That ended it, else 0; also 0 when it was stopped at its limit.
-    int getSignal() const { return signal; }
-    int getError() const { return error; }       ///< why it was not started, an errno value, else 0
-    bool isTimedOut() const { return timedOut; } ///< whether it was stopped because its time was up
-    const KazString& getOutput() const { return output; } ///< standard output, byte for byte
-    const KazString& getErrors() const { return errors; } ///< standard error
+    int getSignal() const { return signal_; }
+    int getError() const { return error_; } ///< why it was not started, an errno value, else 0
+    bool isTimedOut() const {
+        return timedOut_;
+    } ///< whether it was stopped because its time was up
+    const KazString& getOutput() const { return output_; } ///< standard output, byte for byte
+    const KazString& getErrors() const { return errors_; } ///< standard error
 
     /// What went wrong, "" when nothing did. NAME is the program or the line, printable (see
     /// kazPrintable), at most 60 bytes of it and then "...".
@@ -100,18 +102,18 @@ private:
     struct Run;
     bool execute(Run& run);
 
-    std::vector<std::string> words;
-    std::vector<std::pair<std::string, std::string>> variables;
-    std::vector<std::string> removed;
-    std::string directory;
-    KazString input, output, errors;
-    int timeout = 0;
-    int outputLimit = 64 << 20;
-    int status = -1;
-    int signal = 0;
-    int error = 0;
-    bool isLine = false;
-    bool timedOut = false;
-    bool wasRun = false;
-    bool byException = false;
+    std::vector<std::string> words_;
+    std::vector<std::pair<std::string, std::string>> variables_;
+    std::vector<std::string> removed_;
+    std::string directory_;
+    KazString input_, output_, errors_;
+    int timeout_ = 0;
+    int outputLimit_ = 64 << 20;
+    int status_ = -1;
+    int signal_ = 0;
+    int error_ = 0;
+    bool isLine_ = false;
+    bool timedOut_ = false;
+    bool wasRun_ = false;
+    bool byException_ = false;
 };

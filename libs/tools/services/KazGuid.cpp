@@ -168,32 +168,32 @@ constexpr std::size_t compactLength = 32;
 
 KazGuid KazGuid::create() {
     KazGuid guid;
-    takeRandom(guid.bytes);
-    mark(guid.bytes, 4);
+    takeRandom(guid.bytes_);
+    mark(guid.bytes_, 4);
     return guid;
 }
 
 KazGuid KazGuid::createOrdered() {
     KazGuid guid;
-    takeRandom(guid.bytes);
+    takeRandom(guid.bytes_);
     const std::uint64_t moment =
-        nextMoment(static_cast<unsigned>(guid.bytes[0] | guid.bytes[1] << 8));
+        nextMoment(static_cast<unsigned>(guid.bytes_[0] | guid.bytes_[1] << 8));
     for (int i = 0; i < 6; ++i)
-        guid.bytes[i] = static_cast<unsigned char>(moment >> (52 - 8 * i));
-    guid.bytes[6] = static_cast<unsigned char>(moment >> 8 & 0xF);
-    guid.bytes[7] = static_cast<unsigned char>(moment);
-    mark(guid.bytes, 7);
+        guid.bytes_[i] = static_cast<unsigned char>(moment >> (52 - 8 * i));
+    guid.bytes_[6] = static_cast<unsigned char>(moment >> 8 & 0xF);
+    guid.bytes_[7] = static_cast<unsigned char>(moment);
+    mark(guid.bytes_, 7);
     return guid;
 }
 
 KazGuid KazGuid::fromName(const KazGuid& space, const char* name) {
     const char* text = kaz::detail::orEmpty(name);
     host::Sha1Digest digest;
-    if (host::sha1(space.bytes, sizeof space.bytes, text, std::strlen(text), digest) != 0)
+    if (host::sha1(space.bytes_, sizeof space.bytes_, text, std::strlen(text), digest) != 0)
         throw KazResourceException("The system's digest cannot be had.");
     KazGuid guid;
-    std::memcpy(guid.bytes, digest, sizeof guid.bytes);
-    mark(guid.bytes, 5);
+    std::memcpy(guid.bytes_, digest, sizeof guid.bytes_);
+    mark(guid.bytes_, 5);
     return guid;
 }
 
@@ -226,30 +226,30 @@ KazString KazGuid::getText(Style style) const {
         if (isBraced)
             *out++ = '{';
         const char* digits = isBraced ? "0123456789ABCDEF" : "0123456789abcdef";
-        out = writeDigits(bytes, style != Compact, digits, out);
+        out = writeDigits(bytes_, style != Compact, digits, out);
         if (isBraced)
             *out = '}';
     });
 }
 
 bool KazGuid::isNil() const {
-    return std::all_of(bytes, bytes + 16, [](unsigned char byte) { return byte == 0; });
+    return std::all_of(bytes_, bytes_ + 16, [](unsigned char byte) { return byte == 0; });
 }
 
 int KazGuid::getVersion() const {
-    const int version = bytes[6] >> 4;
-    return (bytes[8] & 0xC0) == 0x80 && version <= 8 ? version : 0;
+    const int version = bytes_[6] >> 4;
+    return (bytes_[8] & 0xC0) == 0x80 && version <= 8 ? version : 0;
 }
 
 int KazGuid::compare(const KazGuid& other) const {
-    const int order = std::memcmp(bytes, other.bytes, sizeof bytes);
+    const int order = std::memcmp(bytes_, other.bytes_, sizeof bytes_);
     return (order > 0 ? 1 : 0) - (order < 0 ? 1 : 0);
 }
 
 unsigned KazGuid::hash() const {
     // FNV-1a: also the bytes of names and of moments, which are not random, spread.
     unsigned result = 2166136261U;
-    for (const unsigned char byte : bytes)
+    for (const unsigned char byte : bytes_)
         result = (result ^ byte) * 16777619U;
     return result;
 }

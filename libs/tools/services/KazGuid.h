@@ -43,7 +43,7 @@ public:
     /// As it is written in @p style.
     KazString getText(Style style = Plain) const;
     /// The bytes, in the order of the text; good as long as this object.
-    const unsigned char (&getBytes() const)[16] { return bytes; }
+    const unsigned char (&getBytes() const)[16] { return bytes_; }
     /// Whether all bits are 0.
     bool isNil() const;
     /// 1 to 8 for the variant of RFC 9562; 0 for any other and for none.
@@ -61,10 +61,10 @@ public:
 private:
     explicit constexpr KazGuid(const unsigned char (&text)[16]) {
         for (int i = 0; i < 16; ++i)
-            bytes[i] = text[i];
+            bytes_[i] = text[i];
     }
 
-    unsigned char bytes[16] = {};
+    unsigned char bytes_[16] = {};
 };
 
 /// KazGuid::create().getText().

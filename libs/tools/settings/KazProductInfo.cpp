@@ -95,14 +95,14 @@ KazString KazProductInfo::getDefaultPath(const char* product) {
 KazProductInfo::State KazProductInfo::read(const char* from) {
     std::string text;
     KazProductInfo next;
-    next.path = from;
-    if (readWhole(next.path, text) != 0)
-        next.state = errno == ENOENT || errno == ENOTDIR ? Missing : Unreadable;
+    next.path_ = from;
+    if (readWhole(next.path_, text) != 0)
+        next.state_ = errno == ENOENT || errno == ENOTDIR ? Missing : Unreadable;
     else
         next.parse(text.data(), static_cast<int>(text.size()));
-    next.path = from;
+    next.path_ = from;
     *this = std::move(next);
-    return state;
+    return state_;
 }
 
 KazProductInfo::State KazProductInfo::parse(const char* text, int length) {
@@ -112,29 +112,29 @@ KazProductInfo::State KazProductInfo::parse(const char* text, int length) {
                                        : std::string_view(text, static_cast<std::size_t>(length));
     KazProductInfo next;
     if (whole.size() > mostOfProductFile) {
-        next.state = Unreadable;
+        next.state_ = Unreadable;
     } else {
         ProductText found(whole);
-        next.state = found.state;
-        next.errorLine = found.errorLine;
+        next.state_ = found.state;
+        next.errorLine_ = found.errorLine;
         if (found.state != Malformed) {
-            next.name = found.name;
-            next.version = found.version;
-            next.date = found.date;
-            next.build = found.build;
-            next.values = std::move(found.values);
-            next.parts = std::move(found.parts);
+            next.name_ = found.name;
+            next.version_ = found.version;
+            next.date_ = found.date;
+            next.build_ = found.build;
+            next.values_ = std::move(found.values);
+            next.parts_ = std::move(found.parts);
         }
     }
     *this = std::move(next);
-    return state;
+    return state_;
 }
 
 KazString KazProductInfo::getProblem() const {
     KazString text;
-    const KazString shown = kazPrintable(path);
+    const KazString shown = kazPrintable(path_);
     const char* file = shown.getValue();
-    switch (state) {
+    switch (state_) {
     case Missing:
         text.format("There is no product information file \"%s\".", file);
         break;
@@ -142,7 +142,7 @@ KazString KazProductInfo::getProblem() const {
         text.format("The product information file \"%s\" cannot be read.", file);
         break;
     case Malformed:
-        text.format("Line %d of the product information file \"%s\" is not valid.", errorLine,
+        text.format("Line %d of the product information file \"%s\" is not valid.", errorLine_,
                     file);
         break;
     case NoChecksum:
@@ -159,7 +159,7 @@ KazString KazProductInfo::getProblem() const {
 }
 
 KazString KazProductInfo::getValue(const char* key) const {
-    for (const auto& [known, value] : values)
+    for (const auto& [known, value] : values_)
         if (viewOf(key) == known.getValue())
             return value;
     return KazString();
@@ -167,35 +167,35 @@ KazString KazProductInfo::getValue(const char* key) const {
 
 const KazProductInfo::Part& KazProductInfo::getPart(int index) const {
     static const Part& none = *new Part; // never destroyed: handed out to the very end
-    return index >= 0 && index < getPartCount() ? parts[static_cast<std::size_t>(index)] : none;
+    return index >= 0 && index < getPartCount() ? parts_[static_cast<std::size_t>(index)] : none;
 }
 
 int KazProductInfo::findPart(const char* wanted) const {
     std::string slashed(viewOf(wanted));
     std::replace(slashed.begin(), slashed.end(), '\\', '/');
-    const auto found = std::find_if(parts.begin(), parts.end(), [&](const Part& part) {
+    const auto found = std::find_if(parts_.begin(), parts_.end(), [&](const Part& part) {
         return slashed == part.path.getValue();
     });
-    return found != parts.end() ? static_cast<int>(found - parts.begin()) : -1;
+    return found != parts_.end() ? static_cast<int>(found - parts_.begin()) : -1;
 }
 
 bool KazProductInfo::changed() {
-    state = Empty;
-    errorLine = 0;
+    state_ = Empty;
+    errorLine_ = 0;
     return true;
 }
 
 bool KazProductInfo::setName(const char* text) {
     if (!isProductValue(viewOf(text)))
         return false;
-    name = text;
+    name_ = text;
     return changed();
 }
 
 bool KazProductInfo::setVersion(const char* text) {
     if (!isProductValue(viewOf(text)))
         return false;
-    version = text;
+    version_ = text;
     return changed();
 }
 
@@ -203,14 +203,14 @@ bool KazProductInfo::setBuild(int number) {
     constexpr int most = 999'999'999;
     if (number < 0 || number > most)
         return false;
-    build = number;
+    build_ = number;
     return changed();
 }
 
 bool KazProductInfo::setDate(const char* day) {
     if (!viewOf(day).empty() && !isProductDate(viewOf(day)))
         return false;
-    date = day;
+    date_ = day;
     return changed();
 }
 
@@ -218,14 +218,14 @@ bool KazProductInfo::setValue(const char* key, const char* value) {
     const std::string_view text = viewOf(value);
     if (!isFreeProductKey(viewOf(key)) || (!text.empty() && !isProductValue(text)))
         return false;
-    const auto place = std::find_if(values.begin(), values.end(), [&](const auto& each) {
+    const auto place = std::find_if(values_.begin(), values_.end(), [&](const auto& each) {
         return viewOf(key) == each.first.getValue();
     });
-    if (place == values.end() && !text.empty())
-        values.emplace_back(key, value);
-    else if (place != values.end() && text.empty())
-        values.erase(place);
-    else if (place != values.end())
+    if (place == values_.end() && !text.empty())
+        values_.emplace_back(key, value);
+    else if (place != values_.end() && text.empty())
+        values_.erase(place);
+    else if (place != values_.end())
         place->second = value;
     return changed();
 }
@@ -245,9 +245,9 @@ bool KazProductInfo::addPart(const char* root, const char* partPath, const char*
         return failWith(EINVAL) == 0;
     const int index = findPart(partPath);
     if (index < 0)
-        parts.push_back(std::move(part));
+        parts_.push_back(std::move(part));
     else
-        parts[static_cast<std::size_t>(index)] = std::move(part);
+        parts_[static_cast<std::size_t>(index)] = std::move(part);
     return changed();
 }
 
@@ -255,29 +255,29 @@ bool KazProductInfo::removePart(const char* partPath) {
     const int index = findPart(partPath);
     if (index < 0)
         return false;
-    parts.erase(parts.begin() + index);
+    parts_.erase(parts_.begin() + index);
     return changed();
 }
 
 KazString KazProductInfo::getText() const {
-    if (name.isEmpty() || version.isEmpty())
+    if (name_.isEmpty() || version_.isEmpty())
         return KazString();
     std::vector<std::string> others, files;
-    for (const auto& [key, value] : values)
+    for (const auto& [key, value] : values_)
         others.push_back(std::string(key.getValue()) + "=" + value.getValue());
     std::vector<const Part*> inOrder;
-    for (const Part& part : parts)
+    for (const Part& part : parts_)
         inOrder.push_back(&part);
     std::stable_sort(inOrder.begin(), inOrder.end(), [](const Part* a, const Part* b) {
         return std::strcmp(a->path, b->path) < 0;
     });
     std::sort(others.begin(), others.end());
-    std::string text = "% Product information\nname=" + std::string(name.getValue()) +
-                       "\nversion=" + version.getValue() + "\n";
-    if (build != 0)
-        text += "build=" + std::to_string(build) + "\n";
-    if (!date.isEmpty())
-        text.append("date=").append(date.getValue()).append("\n");
+    std::string text = "% Product information\nname=" + std::string(name_.getValue()) +
+                       "\nversion=" + version_.getValue() + "\n";
+    if (build_ != 0)
+        text += "build=" + std::to_string(build_) + "\n";
+    if (!date_.isEmpty())
+        text.append("date=").append(date_.getValue()).append("\n");
     for (const std::string& other : others)
         text += other + "\n";
     for (const Part* part : inOrder)

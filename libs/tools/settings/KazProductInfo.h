@@ -81,25 +81,25 @@ public:
     /// The same for the bytes of a file. A negative length is up to the first NUL.
     State parse(const char* text, int length = -1);
     /// How the last reading ended.
-    State getState() const { return state; }
+    State getState() const { return state_; }
     /// Of a malformed text: the number of the first line that is wrong, from 1; the number of lines
     /// plus 1 when something is missing. Else 0.
-    int getErrorLine() const { return errorLine; }
+    int getErrorLine() const { return errorLine_; }
     /// A sentence about the state, with the path (printable, see kazPrintable): for messages. ""
     /// for Good and Empty.
     KazString getProblem() const;
     /// The path that was read; "" after parse().
-    const KazString& getPath() const { return path; }
+    const KazString& getPath() const { return path_; }
 
     /// What the file says; "" when it says nothing. Good until the contents change.
-    const KazString& getName() const { return name; }
-    const KazString& getVersion() const { return version; }
-    int getBuild() const { return build; }            ///< 0 when there is none
-    const KazString& getDate() const { return date; } ///< "2026-11-21", or ""
+    const KazString& getName() const { return name_; }
+    const KazString& getVersion() const { return version_; }
+    int getBuild() const { return build_; }            ///< 0 when there is none
+    const KazString& getDate() const { return date_; } ///< "2026-11-21", or ""
     /// The value of any other key; "" when it is not there.
     KazString getValue(const char* key) const;
     /// How many parts there are.
-    int getPartCount() const { return static_cast<int>(parts.size()); }
+    int getPartCount() const { return static_cast<int>(parts_.size()); }
     const Part& getPart(int index) const; ///< an empty one out of range
     /// The index of a part by its path ("/" or `\`), or -1.
     int findPart(const char* path) const;
@@ -141,10 +141,10 @@ public:
 private:
     bool changed();
 
-    State state = Empty;
-    int errorLine = 0;
-    KazString path, name, version, date;
-    int build = 0;
-    std::vector<std::pair<KazString, KazString>> values;
-    std::vector<Part> parts;
+    State state_ = Empty;
+    int errorLine_ = 0;
+    KazString path_, name_, version_, date_;
+    int build_ = 0;
+    std::vector<std::pair<KazString, KazString>> values_;
+    std::vector<Part> parts_;
 };

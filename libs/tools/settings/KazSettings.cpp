@@ -192,12 +192,12 @@ private:
     }
 };
 
-KazSettings::KazSettings(const char* section) : store(new Store(pathOf(section))) {}
+KazSettings::KazSettings(const char* section) : store_(new Store(pathOf(section))) {}
 
 KazSettings::~KazSettings() {
     try {
-        store->tried = {};
-        store->commit();
+        store_->tried = {};
+        store_->commit();
     } catch (KazException& failure) {
         try {
             failure.reportError();
@@ -208,48 +208,48 @@ KazSettings::~KazSettings() {
 }
 
 const KazString& KazSettings::getSection() const {
-    return store->section;
+    return store_->section;
 }
 
 KazString KazSettings::getPlace() const {
-    return store->place.place().c_str();
+    return store_->place.place().c_str();
 }
 
 bool KazSettings::isSet(const char* name) const {
-    return store->find(name) != nullptr;
+    return store_->find(name) != nullptr;
 }
 
 KazString KazSettings::getText(const char* name, const char* defaultValue) const {
     KazString result;
-    const SettingsValue* value = store->find(name);
+    const SettingsValue* value = store_->find(name);
     if (value == nullptr || !kaz::detail::asText(*value, result))
         result = defaultValue;
     return result;
 }
 
 std::int64_t KazSettings::getInteger(const char* name, std::int64_t defaultValue) const {
-    const SettingsValue* value = store->find(name);
+    const SettingsValue* value = store_->find(name);
     if (value != nullptr)
         kaz::detail::asInteger(*value, defaultValue);
     return defaultValue;
 }
 
 double KazSettings::getReal(const char* name, double defaultValue) const {
-    const SettingsValue* value = store->find(name);
+    const SettingsValue* value = store_->find(name);
     if (value != nullptr)
         kaz::detail::asReal(*value, defaultValue);
     return defaultValue;
 }
 
 bool KazSettings::getBool(const char* name, bool defaultValue) const {
-    const SettingsValue* value = store->find(name);
+    const SettingsValue* value = store_->find(name);
     if (value != nullptr)
         kaz::detail::asBool(*value, defaultValue);
     return defaultValue;
 }
 
 bool KazSettings::getList(const char* name, KazStringColl& values) const {
-    const SettingsValue* value = store->find(name);
+    const SettingsValue* value = store_->find(name);
     const auto* list = value != nullptr ? std::get_if<host::SettingsList>(value) : nullptr;
     if (list == nullptr)
         return false;
@@ -262,36 +262,36 @@ bool KazSettings::getList(const char* name, KazStringColl& values) const {
 
 void KazSettings::getNames(KazStringColl& names) const {
     KazStringColl found;
-    for (const host::SettingsEntry& entry : store->seen().values)
+    for (const host::SettingsEntry& entry : store_->seen().values)
         found.add(entry.name.c_str());
     names.append(found);
 }
 
 void KazSettings::getSections(KazStringColl& names) const {
     KazStringColl found;
-    for (const std::string& name : store->seen().sections)
+    for (const std::string& name : store_->seen().sections)
         found.add(name.c_str());
     names.append(found);
 }
 
 void KazSettings::setText(const char* name, const char* value) {
     std::string checked = checkedName(name);
-    store->change({std::move(checked), false, checkedText(viewOf(value), name)});
+    store_->change({std::move(checked), false, checkedText(viewOf(value), name)});
 }
 
 void KazSettings::setInteger(const char* name, std::int64_t value) {
-    store->change({checkedName(name), false, value});
+    store_->change({checkedName(name), false, value});
 }
 
 void KazSettings::setReal(const char* name, double value) {
     std::string checked = checkedName(name);
     if (!std::isfinite(value))
         refuse("The value of", checked);
-    store->change({std::move(checked), false, value});
+    store_->change({std::move(checked), false, value});
 }
 
 void KazSettings::setBool(const char* name, bool value) {
-    store->change({checkedName(name), false, value});
+    store_->change({checkedName(name), false, value});
 }
 
 void KazSettings::setList(const char* name, const KazStringColl& values) {
@@ -301,32 +301,32 @@ void KazSettings::setList(const char* name, const KazStringColl& values) {
     host::SettingsList list;
     for (int i = 0; i < values.getSize(); ++i)
         list.push_back(checkedText(values.getAt(i).getValue(), name));
-    store->change({std::move(checked), false, std::move(list)});
+    store_->change({std::move(checked), false, std::move(list)});
 }
 
 void KazSettings::remove(const char* name) {
     std::string checked = checkedName(name);
     if (isSet(name))
-        store->change({std::move(checked), true, std::nullopt});
+        store_->change({std::move(checked), true, std::nullopt});
 }
 
 void KazSettings::removeAll() {
-    store->removeAll();
+    store_->removeAll();
 }
 
 bool KazSettings::hasChanges() const {
-    return store->hasChanges();
+    return store_->hasChanges();
 }
 
 void KazSettings::discard() {
-    store->tried = {};
-    store->fresh = {};
+    store_->tried = {};
+    store_->fresh = {};
 }
 
 void KazSettings::commit() {
-    store->commit();
+    store_->commit();
 }
 
 void KazSettings::refresh() {
-    store->load();
+    store_->load();
 }

@@ -130,30 +130,30 @@ ProductText::ProductText(std::string_view text) {
             errorLine = number;
             return;
         }
-        if (!hasChecksum)
+        if (!hasChecksum_)
             addToSum(line);
     }
     if (name.isEmpty() || version.isEmpty())
         errorLine = number + 1;
-    else if (!hasChecksum)
+    else if (!hasChecksum_)
         state = KazProductInfo::NoChecksum;
     else
-        state = sum == checksum ? KazProductInfo::Good : KazProductInfo::WrongChecksum;
+        state = sum_ == checksum_ ? KazProductInfo::Good : KazProductInfo::WrongChecksum;
 }
 
 void ProductText::addToSum(std::string_view line) {
-    sum = kaz_crc32(sum, line.data(), line.size());
-    sum = kaz_crc32(sum, "\n", 1);
+    sum_ = kaz_crc32(sum_, line.data(), line.size());
+    sum_ = kaz_crc32(sum_, "\n", 1);
 }
 
 bool ProductText::takeLine(std::string_view line) {
     const std::size_t equals = line.find('=');
-    if (hasChecksum || equals == line.npos || !isReadable(line))
+    if (hasChecksum_ || equals == line.npos || !isReadable(line))
         return false;
     const std::string_view key = trimmed(line.substr(0, equals));
     const std::string_view value = trimmed(line.substr(equals + 1));
     return isKey(key) && !value.empty() && value.size() <= mostOfValue &&
-           (key == "part" ? takePart(value) : keys.insert(key).second && takeValue(key, value));
+           (key == "part" ? takePart(value) : keys_.insert(key).second && takeValue(key, value));
 }
 
 bool ProductText::takeValue(std::string_view key, std::string_view value) {
@@ -165,7 +165,7 @@ bool ProductText::takeValue(std::string_view key, std::string_view value) {
     else if (key == "build")
         return value.size() <= mostDigits && value[0] != '-' && readNumber(value, 10, build);
     else if (key == "checksum")
-        return hasChecksum = readChecksum(value, checksum);
+        return hasChecksum_ = readChecksum(value, checksum_);
     else if (key != "date")
         values.emplace_back(toText(key), toText(value));
     else if (isProductDate(value))

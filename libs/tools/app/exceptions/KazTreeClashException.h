@@ -16,8 +16,8 @@ public:
     ~KazTreeClashException() override;
 
     /// The item given to the constructor: for KazTree the value that was there already.
-    void* getClashData() { return clashData; }
+    void* getClashData() { return clashData_; }
 
 private:
-    void* clashData;
+    void* clashData_;
 };

@@ -60,18 +60,18 @@ KazString describeFile(const KazString& fileName) {
 KazFileException::KazFileException() : KazFileException(generic, nullptr) {}
 
 KazFileException::KazFileException(CauseEnum cause, const char* fileName)
-    : cause(cause), fileName(fileName) {}
+    : cause_(cause), fileName_(fileName) {}
 
 KazFileException::~KazFileException() = default;
 
 const char* KazFileException::getErrorMessage() {
-    const KazString file = describeFile(fileName);
-    if (cause < 0 || cause >= causeCount)
-        cause = generic;
+    const KazString file = describeFile(fileName_);
+    if (cause_ < 0 || cause_ >= causeCount)
+        cause_ = generic;
     // Given twice for the one text that names the file twice; the others ignore
     // the second argument.
-    message.format(messageFormats[cause], file.getValue(), file.getValue());
-    return message.getValue();
+    message_.format(messageFormats[cause_], file.getValue(), file.getValue());
+    return message_.getValue();
 }
 
 KazFileException::CauseEnum KazFileException::errnoToCause(int errnoValue) {

@@ -43,9 +43,9 @@ public:
     using KazException::getErrorMessage;
 
     /// Why, as it was given; `generic` once getErrorMessage() has met one out of range.
-    CauseEnum getCause() const { return cause; }
+    CauseEnum getCause() const { return cause_; }
     /// The file as it was given; "" for an unnamed one.
-    const KazString& getFileName() const { return fileName; }
+    const KazString& getFileName() const { return fileName_; }
 
     /// The cause that stands for a value of `errno`; `generic` for those that
     /// have none. Some pairings do not match the error's usual meaning: tools
@@ -56,7 +56,7 @@ public:
     [[noreturn]] static void throwErrno(int errnoValue, const char* fileName);
 
 private:
-    CauseEnum cause;
-    KazString fileName;
-    KazString message;
+    CauseEnum cause_;
+    KazString fileName_;
+    KazString message_;
 };

@@ -2,9 +2,9 @@
 #include "tools/app/failures/KazResourceException.h"
 
 KazResourceException::KazResourceException() = default;
-KazResourceException::KazResourceException(const char* message) : message(message) {}
+KazResourceException::KazResourceException(const char* message) : message_(message) {}
 KazResourceException::~KazResourceException() = default;
 
 const char* KazResourceException::getErrorMessage() {
-    return message.getValue();
+    return message_.getValue();
 }

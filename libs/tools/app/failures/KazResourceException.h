@@ -22,5 +22,5 @@ public:
     using KazException::getErrorMessage;
 
 private:
-    KazString message;
+    KazString message_;
 };

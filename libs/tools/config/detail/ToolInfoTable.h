@@ -69,8 +69,8 @@ private:
     void makeRoom(std::size_t more);
     void put(Definition&& definition, bool replace);
 
-    std::vector<Definition> definitions; ///< in the order in which they came
-    TextIndex<std::uint32_t> index{0};   ///< their places there
+    std::vector<Definition> definitions_; ///< in the order in which they came
+    TextIndex<std::uint32_t> index_{0};   ///< their places there
 };
 
 } // namespace kaz::detail

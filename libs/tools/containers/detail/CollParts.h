@@ -26,15 +26,15 @@ template <typename P>
 class KAZ_LOCAL KazColl::Under : public P {
 public:
     template <typename... Arguments>
-    explicit Under(const KazColl& coll, Arguments... arguments) : P(arguments...), owner(coll) {
-        this->enter(owner.passages);
+    explicit Under(const KazColl& coll, Arguments... arguments) : P(arguments...), owner_(coll) {
+        this->enter(owner_.passages_);
     }
     Under(const Under&) = delete;
     Under& operator=(const Under&) = delete;
-    ~Under() { this->leave(owner.passages); }
+    ~Under() { this->leave(owner_.passages_); }
 
 private:
-    const KazColl& owner;
+    const KazColl& owner_;
 };
 
 /// Items on their way in. Those that have been checked in and did not get
@@ -43,59 +43,60 @@ class KAZ_LOCAL KazColl::Incoming {
 public:
     /// Place for up to @p most items.
     Incoming(const KazColl& owner, int most)
-        : checkOutFunction(owner.checkInFunction ? owner.checkOutFunction : nullptr), limit(most) {
+        : checkOutFunction_(owner.checkInFunction_ ? owner.checkOutFunction_ : nullptr),
+          limit_(most) {
         if (most > 1)
-            items = static_cast<void**>(
+            items_ = static_cast<void**>(
                 kaz::detail::allocate(static_cast<std::size_t>(most) * sizeof(void*)));
     }
     Incoming(const Incoming&) = delete;
     Incoming& operator=(const Incoming&) = delete;
     ~Incoming() {
-        while (checkOutFunction && count > 0)
-            checkOutFunction(items[--count]);
-        if (items != &single)
-            std::free(items);
+        while (checkOutFunction_ && count_ > 0)
+            checkOutFunction_(items_[--count_]);
+        if (items_ != &single_)
+            std::free(items_);
     }
 
     void checkIn(CheckIn function, void* const* from) {
         // Aside first: the items may be slots that a check-in moves.
-        moveSlots(items, from, limit);
-        while (count < limit)
-            append(function, items[count]);
+        moveSlots(items_, from, limit_);
+        while (count_ < limit_)
+            append(function, items_[count_]);
     }
 
     /// The elements of @p source, read one by one: a check-in that removes
     /// some has ended their life.
     void checkIn(CheckIn function, const KazColl& source) {
-        while (count < limit && count < source.size)
-            append(function, source.checkedInAt(count));
+        while (count_ < limit_ && count_ < source.size)
+            append(function, source.checkedInAt(count_));
     }
 
-    int size() const { return count; }
+    int size() const { return count_; }
 
     /// The items, which now belong to the caller.
     void** surrender() {
-        count = 0;
-        return items;
+        count_ = 0;
+        return items_;
     }
 
 private:
     void append(CheckIn function, void* item) {
-        items[count] = function ? function(item) : item;
-        ++count;
+        items_[count_] = function ? function(item) : item;
+        ++count_;
     }
 
-    CheckOut checkOutFunction;
-    int limit;
-    int count = 0;
-    void* single = nullptr;
-    void** items = &single;
+    CheckOut checkOutFunction_;
+    int limit_;
+    int count_ = 0;
+    void* single_ = nullptr;
+    void** items_ = &single_;
 };
 
 template <typename Visit>
 void KazColl::forEachSharer(Visit visit) const {
-    KazColl* sharer = nextSharer;
-    for (; sharer != this; sharer = sharer->nextSharer)
+    KazColl* sharer = nextSharer_;
+    for (; sharer != this; sharer = sharer->nextSharer_)
         visit(*sharer);
     visit(*sharer);
 }

@@ -29,11 +29,11 @@ struct Departure {
 /// Those of a table, the innermost first.
 class Departures {
 public:
-    bool areNone() const { return first == nullptr; }
+    bool areNone() const { return first_ == nullptr; }
 
     /// The table's @p entry, or null, on behalf of which element functions are called.
     const Departure* find(std::int32_t bucket, std::int32_t index) const {
-        const Departure* each = first;
+        const Departure* each = first_;
         while (each != nullptr && !each->covers(bucket, index))
             each = each->outer;
         return each;
@@ -41,7 +41,7 @@ public:
 
     /// The one whose key this is, if it is being checked out.
     const Departure* ofKey(const void* key) const {
-        const Departure* each = first;
+        const Departure* each = first_;
         while (each != nullptr && (key == nullptr || each->key != key || each->isGone()))
             each = each->outer;
         return each;
@@ -49,17 +49,17 @@ public:
 
     /// Where the holes that begin at @p index end; @p index when there is none.
     std::int32_t endOfHole(std::int32_t bucket, std::int32_t index) const {
-        const Departure* each = first;
+        const Departure* each = first_;
         while (each != nullptr) {
             const bool isIn = each->isHole && each->covers(bucket, index);
             index = isIn ? each->end : index;
-            each = isIn ? first : each->outer;
+            each = isIn ? first_ : each->outer;
         }
         return index;
     }
 
     void inserted(std::int32_t bucket, std::int32_t index) {
-        for (Departure* each = first; each != nullptr; each = each->outer) {
+        for (Departure* each = first_; each != nullptr; each = each->outer) {
             if (each->bucket == bucket && each->begin >= index) {
                 ++each->begin;
                 ++each->end;
@@ -68,7 +68,7 @@ public:
     }
 
     void removed(std::int32_t bucket, std::int32_t index) {
-        for (Departure* each = first; each != nullptr; each = each->outer) {
+        for (Departure* each = first_; each != nullptr; each = each->outer) {
             if (each->bucket != bucket || each->end <= index)
                 continue;
             each->begin -= each->begin > index ? 1 : 0;
@@ -79,7 +79,7 @@ public:
 
     /// The bucket's block goes with all that is in it.
     void removedAll(std::int32_t bucket) {
-        for (Departure* each = first; each != nullptr; each = each->outer)
+        for (Departure* each = first_; each != nullptr; each = each->outer)
             each->bucket = each->bucket == bucket ? -1 : each->bucket;
     }
 
@@ -90,20 +90,20 @@ public:
         Entry(Departures& all, std::int32_t bucket, std::int32_t index)
             : Entry(all, bucket, index, index + 1) {}
         Entry(Departures& all, std::int32_t bucket, std::int32_t from, std::int32_t to)
-            : Departure{bucket, from, to}, list(all) {
-            outer = list.first;
-            list.first = this;
+            : Departure{bucket, from, to}, list_(all) {
+            outer = list_.first_;
+            list_.first_ = this;
         }
         Entry(const Entry&) = delete;
         Entry& operator=(const Entry&) = delete;
-        ~Entry() { list.first = outer; }
+        ~Entry() { list_.first_ = outer; }
 
     private:
-        Departures& list;
+        Departures& list_;
     };
 
 private:
-    Departure* first = nullptr;
+    Departure* first_ = nullptr;
 };
 
 } // namespace kaz::detail

@@ -37,25 +37,25 @@ struct KAZ_LOCAL KazHashTable::Hidden {
 /// a thread that is started meanwhile finds the lock held.
 class KAZ_LOCAL KazHashTable::Guard {
 public:
-    explicit Guard(const KazHashTable& table) : lock(table.lock) {
+    explicit Guard(const KazHashTable& table) : lock_(table.lock_) {
         const std::uintptr_t self = kaz::host::thisThread();
-        const std::uintptr_t holder = lock.holder.load(std::memory_order_relaxed);
+        const std::uintptr_t holder = lock_.holder.load(std::memory_order_relaxed);
         if ((holder & ~waitedFor) == self)
-            ++lock.nested;
+            ++lock_.nested;
         else if (holder == 0 && kaz::host::isOnlyThread())
-            lock.holder.store(self, std::memory_order_relaxed);
+            lock_.holder.store(self, std::memory_order_relaxed);
         else
-            acquire(lock, self);
+            acquire(lock_, self);
     }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
     ~Guard() {
-        if (lock.nested > 0)
-            --lock.nested;
+        if (lock_.nested > 0)
+            --lock_.nested;
         else if (kaz::host::isOnlyThread())
-            lock.holder.store(0, std::memory_order_relaxed);
+            lock_.holder.store(0, std::memory_order_relaxed);
         else
-            release(lock);
+            release(lock_);
     }
 
 private:
@@ -65,7 +65,7 @@ private:
     static void acquire(Lock& lock, std::uintptr_t self);
     static void release(Lock& lock);
 
-    Lock& lock;
+    Lock& lock_;
 };
 
 /// A table whose lock is held: the search for keys and the protocol of the element
@@ -76,7 +76,7 @@ public:
     static constexpr std::int32_t unknownLength = -1;
 
     explicit Held(KazHashTable& held)
-        : guard(held), table(held), hidden(*held.hidden), texts(hidden.texts) {}
+        : guard_(held), table_(held), hidden_(*held.hidden_), texts_(hidden_.texts) {}
 
     /// Where a length is given, the key is a text of likely so many characters.
     bool bind(void* key, std::int32_t length, void* value, bool replace);
@@ -101,8 +101,8 @@ private:
     struct Holes;
     class EmptyBlock;
 
-    bool isEmptying() const { return !hidden.departures.areNone(); }
-    bool goesByIndex() const { return texts && texts->isTrusted() && !isEmptying(); }
+    bool isEmptying() const { return !hidden_.departures.areNone(); }
+    bool goesByIndex() const { return texts_ && texts_->isTrusted() && !isEmptying(); }
     KazBucketEntry& entryAt(const Position& position) const;
     void remember(const Position& position);
 
@@ -134,8 +134,8 @@ private:
     std::int32_t dropBucket(std::int32_t bucket);
     std::int32_t clearBucket(std::int32_t bucket);
 
-    const Guard guard;
-    KazHashTable& table;
-    Hidden& hidden;
-    std::optional<kaz::detail::TextTable>& texts;
+    const Guard guard_;
+    KazHashTable& table_;
+    Hidden& hidden_;
+    std::optional<kaz::detail::TextTable>& texts_;
 };

@@ -46,7 +46,7 @@ public:
     enum Direction { up, down };
 
     Removal(int from, int to, Direction way)
-        : begin(from), next(way == up ? from : to), end(to), direction(way) {}
+        : begin(from), next(way == up ? from : to), end(to), direction_(way) {}
 
     bool isEmpty() const { return begin == end; }
 
@@ -59,7 +59,7 @@ public:
     int end;
 
 private:
-    Direction direction;
+    Direction direction_;
 };
 
 /// Items that stand in their slots and are checked in there one by one.
@@ -71,12 +71,12 @@ public:
     /// They stand in the slots from @p index on.
     void begin(int index, void** const& slots);
 
-    int size() const { return total; }
+    int size() const { return total_; }
     /// How many have been checked in; the next one is that number.
-    int arrived() const { return next; }
-    void advance() { ++next; }
+    int arrived() const { return next_; }
+    void advance() { ++next_; }
     /// Where an item stands; -1 when it was removed.
-    int placeOf(int number) const { return places.get()[number]; }
+    int placeOf(int number) const { return places_.get()[number]; }
 
     void inserted(int index, int count) override;
     void removed(int index, int count) override;
@@ -85,24 +85,24 @@ public:
     bool yields(int index) override;
 
 private:
-    HeapPtr<int> places;
-    int total;
-    int next = 0;
-    void** const* data = nullptr;
+    HeapPtr<int> places_;
+    int total_;
+    int next_ = 0;
+    void** const* data_ = nullptr;
 };
 
 /// Whether a collection still has all of the elements that another one takes over.
 class SourceWatch : public Passage {
 public:
-    bool isComplete() const { return complete; }
+    bool isComplete() const { return complete_; }
 
     void inserted(int, int) override {}
     void removed(int, int) override {}
-    void abandoned() override { complete = false; }
-    void elementLeaves() override { complete = false; }
+    void abandoned() override { complete_ = false; }
+    void elementLeaves() override { complete_ = false; }
 
 private:
-    bool complete = true;
+    bool complete_ = true;
 };
 
 } // namespace kaz::detail

@@ -38,14 +38,14 @@ public:
     /// For that many buckets, which stay the table's and where they are.
     TextTable(KazBucket** buckets, std::int32_t count, bool caseCounts);
 
-    bool isActive() const { return state == State::active; }
-    bool caseCounts() const { return !rules; }
+    bool isActive() const { return state_ == State::active; }
+    bool caseCounts() const { return !rules_; }
 
     /// Whether the index alone tells what is bound: no text was changed in a shared
     /// block since it was known to be right, and no rule of case. If one was, only the
     /// search in order finds what it always found, and the index goes along or dozes.
     bool isTrusted() const {
-        return isActive() && seenWrites == sharedTextWrites.load(std::memory_order_relaxed) &&
+        return isActive() && seenWrites_ == sharedTextWrites.load(std::memory_order_relaxed) &&
                hasItsRules();
     }
 
@@ -54,8 +54,8 @@ public:
     /// or rests. True when it has woken, so that there are slots where none were.
     bool pay(std::int32_t cost);
 
-    Index& index() { return keys; }
-    const Index& index() const { return keys; }
+    Index& index() { return keys_; }
+    const Index& index() const { return keys_; }
 
     /// What the index has for an entry of the table with this stored key. Null where
     /// it is at rest, as from then on when the key has changed.
@@ -64,14 +64,14 @@ public:
     void putInOrder(std::int32_t bucket);
     void putAllInOrder();
     /// Iterators ask without the lock, and may go on when the answer is yes.
-    bool isInOrder() const { return unsortedCount.load(std::memory_order_acquire) == 0; }
-    std::int32_t sortedIn(std::int32_t bucket) const { return sorted.get()[bucket]; }
-    std::int32_t unsorted() const { return unsortedCount.load(std::memory_order_relaxed); }
+    bool isInOrder() const { return unsortedCount_.load(std::memory_order_acquire) == 0; }
+    std::int32_t sortedIn(std::int32_t bucket) const { return sorted_.get()[bucket]; }
+    std::int32_t unsorted() const { return unsortedCount_.load(std::memory_order_relaxed); }
 
     /// An entry has come last in its bucket, whatever its key.
     void noteLast(std::int32_t bucket);
     /// An entry has come to or gone from its place in a bucket that is in order.
-    void noteInOrder(std::int32_t bucket, std::int32_t change) { sorted.get()[bucket] += change; }
+    void noteInOrder(std::int32_t bucket, std::int32_t change) { sorted_.get()[bucket] += change; }
 
     /// Forgets all keys, after putting all in order.
     void rest() { sleep(State::resting); }
@@ -81,7 +81,7 @@ public:
 private:
     enum class State { active, dozing, resting };
 
-    bool hasItsRules() const { return !rules || rules->areCurrent(); }
+    bool hasItsRules() const { return !rules_ || rules_->areCurrent(); }
     KeyOrder order() const;
     void sleep(State how);
     bool isDue(std::int32_t cost);
@@ -90,16 +90,16 @@ private:
     void indexAll();
     std::int32_t entryCount() const;
 
-    KazBucket** buckets;
-    std::int32_t bucketCount;
-    State state = State::active;
-    std::int32_t paid = 0;
-    std::int32_t dozingKeys = 0;      ///< when it fell asleep, or last tried to wake
-    std::unique_ptr<CaseRules> rules; ///< null where case counts
-    std::uint64_t seenWrites = sharedTextWrites.load(std::memory_order_relaxed);
-    Index keys;
-    HeapPtr<std::int32_t> sorted; ///< how many entries of each bucket, from the first
-    std::atomic<std::int32_t> unsortedCount = 0; ///< in all buckets
+    KazBucket** buckets_;
+    std::int32_t bucketCount_;
+    State state_ = State::active;
+    std::int32_t paid_ = 0;
+    std::int32_t dozingKeys_ = 0;      ///< when it fell asleep, or last tried to wake
+    std::unique_ptr<CaseRules> rules_; ///< null where case counts
+    std::uint64_t seenWrites_ = sharedTextWrites.load(std::memory_order_relaxed);
+    Index keys_;
+    HeapPtr<std::int32_t> sorted_; ///< how many entries of each bucket, from the first
+    std::atomic<std::int32_t> unsortedCount_ = 0; ///< in all buckets
 };
 
 } // namespace kaz::detail

@@ -46,7 +46,7 @@ void TreeCopy::goOn() {
         copyEntry(entry);
         return;
     }
-    manager_.startTime = level.outerStart;
+    manager_.startTime_ = level.outerStart;
     const std::size_t outerPath = level.outerPath;
     if (!level.instead.isEmpty())
         sourcePath_.set(level.instead);
@@ -63,7 +63,7 @@ void TreeCopy::goOn() {
 bool TreeCopy::start(bool isOpen) {
     begun();
     TreeLevel level;
-    level.outerStart = std::exchange(manager_.startTime, std::time(nullptr));
+    level.outerStart = std::exchange(manager_.startTime_, std::time(nullptr));
     if (isOpen ? goElsewhere(level) : failedDirectory(sourcePath_.get())) {
         if (source_.directory().list(names_, level.entries) != 0)
             failedDirectory(sourcePath_.get());
@@ -71,7 +71,7 @@ bool TreeCopy::start(bool isOpen) {
         levels_.push_back(std::move(level));
         return true;
     }
-    manager_.startTime = level.outerStart;
+    manager_.startTime_ = level.outerStart;
     return false;
 }
 
@@ -133,13 +133,13 @@ void TreeCopy::copySubdirectory(const char* name) {
 void TreeCopy::begun() {
     KAZ_TRACE("files", "copy from directory %s to %s", sourcePath_.get().getValue(),
               targetPath_.get().getValue());
-    if (manager_.verbose)
+    if (manager_.verbose_)
         KazIODirector::printMsg("Starting copy from '%s' to '%s'.", sourcePath_.get().getValue(),
                                 targetPath_.get().getValue());
 }
 
 void TreeCopy::passedOver(const KazDirectoryEntry& entry, bool isExcluded) {
-    if (isExcluded && manager_.verbose)
+    if (isExcluded && manager_.verbose_)
         KazIODirector::printMsg("Skipping '%s'.", entry.name.getValue());
 }
 
@@ -167,7 +167,7 @@ void TreeCopy::popTarget() {
 }
 
 std::time_t TreeCopy::startTime() const {
-    return manager_.startTime;
+    return manager_.startTime_;
 }
 
 /// Tried as a new file first: most are, and need no look at the target then.
@@ -178,8 +178,8 @@ bool TreeCopy::copyFile(const KazDirectoryEntry& entry) {
     const bool taken = errno == EEXIST;
     KazFileStatus existing; // missing also behind a dangling link
     const bool known = target().getStatus(entry.name, existing, true) == 0 || errno == ENOENT;
-    if (existing.kind != KazFileKind::Missing && existing.modified >= manager_.startTime) {
-        if (manager_.verbose)
+    if (existing.kind != KazFileKind::Missing && existing.modified >= manager_.startTime_) {
+        if (manager_.verbose_)
             KazIODirector::printMsg("Filesystem naming clash on '%s'.", entry.name.getValue());
         return false;
     }
@@ -188,7 +188,7 @@ bool TreeCopy::copyFile(const KazDirectoryEntry& entry) {
 }
 
 void TreeCopy::copied(const char* name) {
-    if (manager_.verbose)
+    if (manager_.verbose_)
         KazIODirector::printMsg("Copied '%s'.", name);
 }
 

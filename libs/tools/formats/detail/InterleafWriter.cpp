@@ -128,7 +128,7 @@ private:
     bool isHeader() const { return progress.rows > 0 && progress.rows <= shape.headerRows; }
 
     int fontNumber(const Face& face) {
-        return faces.try_emplace(face, static_cast<int>(faces.size()) + 1).first->second;
+        return faces_.try_emplace(face, static_cast<int>(faces_.size()) + 1).first->second;
     }
 
     void begin(std::string_view name, std::string_view alignment = {}) {
@@ -147,7 +147,7 @@ private:
     void putClasses(TextBuilder& to) const;
     void putPrologue(TextBuilder& to) const;
 
-    std::map<Face, int> faces;
+    std::map<Face, int> faces_;
 };
 
 /// What a comment may hold: printable ASCII without what ends it.
@@ -160,8 +160,8 @@ std::string commented(const std::string& text) {
 }
 
 void InterleafWriter::putFonts(TextBuilder& to) const {
-    std::vector<std::string> definitions(faces.size());
-    for (const auto& [face, number] : faces) {
+    std::vector<std::string> definitions(faces_.size());
+    for (const auto& [face, number] : faces_) {
         const auto& [font, size, bold, italic] = face;
         definitions[static_cast<std::size_t>(number) - 1] =
             "F" + std::to_string(number) + " = " + fonts.getInterleafFamily(font).getValue() + " " +

@@ -75,20 +75,20 @@ public:
 
     void beginTable(const TableShape& given) override {
         shape = given;
-        rowBegin.clear();
+        rowBegin_.clear();
         // Word processors draw the borders of cells, but not all of them those of rows.
         for (int i = 0; i < shape.columns; ++i) {
             for (const char* side : {"\\clbrdrt", "\\clbrdrl", "\\clbrdrb", "\\clbrdrr"})
-                rowBegin.append(side).append("\\brdrs\\brdrw10");
-            rowBegin += "\\cellx" + std::to_string(shape.endOf(i, twips(about.textWidth())));
+                rowBegin_.append(side).append("\\brdrs\\brdrw10");
+            rowBegin_ += "\\cellx" + std::to_string(shape.endOf(i, twips(about.textWidth())));
         }
-        rowBegin += '\n';
+        rowBegin_ += '\n';
     }
     /// The look that is set here holds for all its cells: runs are groups.
     void beginRow(int row) override {
         progress.rows = row + 1;
         put(isHeader() ? "\\trowd\\trgaph70\\trhdr" : "\\trowd\\trgaph70");
-        put(rowBegin);
+        put(rowBegin_);
         put(isHeader() ? "\\pard\\plain\\intbl\\f0\\fs24\\b " : "\\pard\\plain\\intbl\\f0\\fs24 ");
     }
     void beginCell() override {}
@@ -170,7 +170,7 @@ private:
     void putInfo(TextBuilder& to) const;
     void putPage(TextBuilder& to) const;
 
-    std::string rowBegin; ///< what each row of the table repeats
+    std::string rowBegin_; ///< what each row of the table repeats
 };
 
 void putStyles(TextBuilder& to) {

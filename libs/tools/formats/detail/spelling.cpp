@@ -176,26 +176,26 @@ void putInterleaf(TextBuilder& out, char32_t c) {
 } // namespace
 
 Format::Format(const Spellings& table, void (*others)(TextBuilder&, char32_t))
-    : spellings(table), others(others) {
+    : spellings_(table), others_(others) {
     for (int byte = 0; byte < 256; ++byte) {
         const bool isAscii = byte < 0x80;
         const Kind kind = isAscii ? kindOf(static_cast<char32_t>(byte)) : Kind::bad;
-        if (spellings[static_cast<std::size_t>(kind)].text.data() == nullptr)
+        if (spellings_[static_cast<std::size_t>(kind)].text.data() == nullptr)
             continue;
-        stops[static_cast<std::size_t>(byte)] = true;
-        stopSet.insert(static_cast<char>(byte));
+        stops_[static_cast<std::size_t>(byte)] = true;
+        stopSet_.insert(static_cast<char>(byte));
     }
-    for (const Spelling& spelling : spellings)
-        hasStatements = hasStatements || spelling.isStatement;
+    for (const Spelling& spelling : spellings_)
+        hasStatements_ = hasStatements_ || spelling.isStatement;
 }
 
 /// A look at each byte of a short text takes less than a call.
 std::size_t Format::lengthOfKept(const char* text, const char* end) const {
     constexpr std::ptrdiff_t few = 32;
     if (end - text >= few)
-        return host::bytes().findIn(text, static_cast<std::size_t>(end - text), stopSet);
+        return host::bytes().findIn(text, static_cast<std::size_t>(end - text), stopSet_);
     const char* at = text;
-    while (at != end && !stops[static_cast<unsigned char>(*at)])
+    while (at != end && !stops_[static_cast<unsigned char>(*at)])
         ++at;
     return static_cast<std::size_t>(at - text);
 }
@@ -206,9 +206,9 @@ void Format::encode(TextBuilder& out, std::string_view text, text_encoding_enum 
     const char* kept = at; // where what stands for itself begins
     bool inString = false;
     // A string around it is no reason to move all of it in the end.
-    out.reserve(text.size() + (hasStatements ? statementRoom : 0));
+    out.reserve(text.size() + (hasStatements_ ? statementRoom : 0));
     while (at != end) {
-        if (!stops[static_cast<unsigned char>(*at)]) {
+        if (!stops_[static_cast<unsigned char>(*at)]) {
             at += lengthOfKept(at, end);
             if (at == end)
                 break;
@@ -227,7 +227,7 @@ void Format::encode(TextBuilder& out, std::string_view text, text_encoding_enum 
 }
 
 void Format::openString(TextBuilder& out, bool& inString) const {
-    if (hasStatements && !inString) {
+    if (hasStatements_ && !inString) {
         out.append("<String `");
         inString = true;
     }
@@ -241,7 +241,7 @@ void Format::putKept(TextBuilder& out, std::string_view text, bool& inString) co
 }
 
 void Format::put(TextBuilder& out, const Character& c, bool& inString) const {
-    const Spelling& spelling = spellings[static_cast<std::size_t>(c.kind)];
+    const Spelling& spelling = spellings_[static_cast<std::size_t>(c.kind)];
     if (spelling.isStatement) {
         if (inString)
             out.append("'>");
@@ -250,8 +250,8 @@ void Format::put(TextBuilder& out, const Character& c, bool& inString) const {
     }
     openString(out, inString);
     if (spelling.text.data() == nullptr) {
-        if (others != nullptr)
-            return others(out, c.code);
+        if (others_ != nullptr)
+            return others_(out, c.code);
         char* const to = out.room(4);
         return out.used(putUtf8(to, c.code));
     }

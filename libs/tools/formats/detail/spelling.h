@@ -32,25 +32,25 @@ public:
 
     /// Is @p text ASCII that stands for itself? False where a statement surrounds it.
     bool keeps(std::string_view text) const {
-        return !hasStatements &&
+        return !hasStatements_ &&
                lengthOfKept(text.data(), text.data() + text.size()) == text.size();
     }
 
 private:
     bool keeps(const Character& c, text_encoding_enum encoding) const {
-        return spellings[static_cast<std::size_t>(c.kind)].text.data() == nullptr &&
-               (c.code < 0x80 || (others == nullptr && encoding == text_utf8));
+        return spellings_[static_cast<std::size_t>(c.kind)].text.data() == nullptr &&
+               (c.code < 0x80 || (others_ == nullptr && encoding == text_utf8));
     }
     std::size_t lengthOfKept(const char* text, const char* end) const;
     void put(TextBuilder& out, const Character& c, bool& inString) const;
     void putKept(TextBuilder& out, std::string_view text, bool& inString) const;
     void openString(TextBuilder& out, bool& inString) const;
 
-    Spellings spellings;
-    void (*others)(TextBuilder&, char32_t);
-    host::ByteSet stopSet; ///< the bytes that need a look
-    std::array<bool, 256> stops{};
-    bool hasStatements = false;
+    Spellings spellings_;
+    void (*others_)(TextBuilder&, char32_t);
+    host::ByteSet stopSet_; ///< the bytes that need a look
+    std::array<bool, 256> stops_{};
+    bool hasStatements_ = false;
 };
 
 /// The format of a paragraph's text; @p format is in range.

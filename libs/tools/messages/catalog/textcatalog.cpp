@@ -83,13 +83,13 @@ bool hasMessageFile() {
 
 class WithoutToolInfo {
 public:
-    WithoutToolInfo() : before(std::exchange(mayLackToolInfo, true)) {}
-    ~WithoutToolInfo() { mayLackToolInfo = before; }
+    WithoutToolInfo() : before_(std::exchange(mayLackToolInfo, true)) {}
+    ~WithoutToolInfo() { mayLackToolInfo = before_; }
     WithoutToolInfo(const WithoutToolInfo&) = delete;
     WithoutToolInfo& operator=(const WithoutToolInfo&) = delete;
 
 private:
-    bool before;
+    bool before_;
 };
 
 /// Whatever the file holds, its text must be safe with the arguments given.

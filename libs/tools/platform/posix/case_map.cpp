@@ -17,14 +17,14 @@ const std::int32_t* lowerCaseTable() {
 
 void HeldCaseTables::renew() {
     release();
-    locale = duplocale(uselocale(locale_t{}));
-    lower = locale != nullptr ? lowerCaseTable() : nullptr;
+    locale_ = duplocale(uselocale(locale_t{}));
+    lower_ = locale_ != nullptr ? lowerCaseTable() : nullptr;
 }
 
 void HeldCaseTables::release() {
-    if (locale != nullptr)
-        freelocale(static_cast<locale_t>(locale));
-    locale = nullptr;
+    if (locale_ != nullptr)
+        freelocale(static_cast<locale_t>(locale_));
+    locale_ = nullptr;
 }
 
 int compareLowered(const char* a, const char* b) {

@@ -51,10 +51,10 @@ private:
     bool takePart(std::string_view value);
     void addToSum(std::string_view line);
 
-    std::set<std::string_view> keys;
-    bool hasChecksum = false;
-    std::uint32_t checksum = 0;
-    std::uint32_t sum = 0; ///< of the lines before the checksum's
+    std::set<std::string_view> keys_;
+    bool hasChecksum_ = false;
+    std::uint32_t checksum_ = 0;
+    std::uint32_t sum_ = 0; ///< of the lines before the checksum's
 };
 
 } // namespace kaz::detail

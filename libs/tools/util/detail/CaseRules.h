@@ -29,11 +29,11 @@ public:
     /// Whether the present rules are those that were taken down. While the tables are the
     /// same ones that is a look at their address; to compare their 2 KiB takes as long as
     /// a search.
-    bool areCurrent() { return areKnown && (tables.areCurrent() || areSame()); }
+    bool areCurrent() { return areKnown_ && (tables_.areCurrent() || areSame()); }
 
     /// Eight bytes in lower case.
     std::uint64_t lowered(std::uint64_t bytes) const {
-        return isAscii ? loweredAscii(bytes) : loweredByTable(bytes);
+        return isAscii_ ? loweredAscii(bytes) : loweredByTable(bytes);
     }
 
     /// The order of kaz_fast_stricmp() under these rules. Null means "".
@@ -59,11 +59,11 @@ private:
     bool areSame();
     bool areConsistent() const;
 
-    bool areKnown = false;
-    bool isAscii = false;
-    host::HeldCaseTables tables; ///< none where there was no memory to hold them
-    std::int32_t lower[byteCount];
-    std::int32_t upper[byteCount];
+    bool areKnown_ = false;
+    bool isAscii_ = false;
+    host::HeldCaseTables tables_; ///< none where there was no memory to hold them
+    std::int32_t lower_[byteCount];
+    std::int32_t upper_[byteCount];
 };
 
 /// What an index makes of its texts before it looks at them: nothing.
@@ -76,14 +76,14 @@ struct AsWritten {
 /// outlive it; by none, texts are as they are written.
 class CaseFold {
 public:
-    explicit CaseFold(const CaseRules* ruling = nullptr) : rules(ruling) {}
-    bool folds() const { return rules != nullptr; }
+    explicit CaseFold(const CaseRules* ruling = nullptr) : rules_(ruling) {}
+    bool folds() const { return rules_ != nullptr; }
     std::uint64_t operator()(std::uint64_t bytes) const {
-        return rules != nullptr ? rules->lowered(bytes) : bytes;
+        return rules_ != nullptr ? rules_->lowered(bytes) : bytes;
     }
 
 private:
-    const CaseRules* rules;
+    const CaseRules* rules_;
 };
 
 } // namespace kaz::detail

@@ -43,17 +43,17 @@ public:
 
     /// With the first key there is room for @p expected ones.
     explicit TextIndex(std::size_t expected, Fold rule = Fold())
-        : firstRoom(expected), fold(rule) {}
+        : firstRoom_(expected), fold_(rule) {}
 
-    std::size_t size() const { return used; }
+    std::size_t size() const { return used_; }
     /// A text to be looked for; the arguments are those of the probe.
     template <typename... Text>
     Probe probe(Text... text) const {
-        return Probe(text..., fold);
+        return Probe(text..., fold_);
     }
     template <typename Text>
     std::uint32_t hashOf(const Text& probe) const {
-        return probe.hash(seed);
+        return probe.hash(seed_);
     }
 
     /// The slot of a key equal to @p probe, or null; @p hash is the probe's. The
@@ -61,10 +61,10 @@ public:
     /// nothing is folded, a TextProbe takes a fifth fewer instructions.
     template <typename Text>
     Slot* find(const Text& probe, std::uint32_t hash) const {
-        if (used == 0)
+        if (used_ == 0)
             return nullptr;
-        const std::size_t home = hash & (groupCount - 1);
-        const Tags tags(block.get()[home]);
+        const std::size_t home = hash & (groupCount_ - 1);
+        const Tags tags(block_.get()[home]);
         const std::uint64_t matches = tags.matching(hash);
         if (matches != 0) {
             Slot& slot = slotsOf(home)[Tags::firstOf(matches)];
@@ -97,31 +97,31 @@ public:
 
     /// Makes room for @p more keys. KazMemoryException leaves all as it was.
     void reserve(std::size_t more = 1) {
-        if (!hasRoom(groupCount, used + more))
-            moveTo(grownCount(used + more));
+        if (!hasRoom(groupCount_, used_ + more))
+            moveTo(grownCount(used_ + more));
     }
 
     /// Adds a key that find does not know, after reserve.
     void add(const void* key, const Payload& value, std::uint32_t length, std::uint32_t hash) {
         put({key, value, hash, length});
-        ++used;
+        ++used_;
     }
 
     /// Takes out the entry in @p slot.
     void remove(const Slot* slot) {
-        const auto place = static_cast<std::size_t>(slot - slots);
-        std::size_t group = slot->hash & (groupCount - 1);
+        const auto place = static_cast<std::size_t>(slot - slots_);
+        std::size_t group = slot->hash & (groupCount_ - 1);
         for (; group != place / groupSlots; group = after(group))
-            Tags(block.get()[group]).leave();
-        Tags(block.get()[group]).set(static_cast<int>(place % groupSlots), 0);
-        --used;
+            Tags(block_.get()[group]).leave();
+        Tags(block_.get()[group]).set(static_cast<int>(place % groupSlots), 0);
+        --used_;
     }
 
     void clear() {
-        block.reset();
-        slots = nullptr;
-        groupCount = 0;
-        used = 0;
+        block_.reset();
+        slots_ = nullptr;
+        groupCount_ = 0;
+        used_ = 0;
     }
 
     /// Whether all of the above holds together; for tests.
@@ -169,8 +169,8 @@ private:
         std::uint64_t& word_;
     };
 
-    Slot* slotsOf(std::size_t group) const { return slots + group * groupSlots; }
-    std::size_t after(std::size_t group) const { return (group + 1) & (groupCount - 1); }
+    Slot* slotsOf(std::size_t group) const { return slots_ + group * groupSlots; }
+    std::size_t after(std::size_t group) const { return (group + 1) & (groupCount_ - 1); }
 
     /// Four fifths full at most: few keys then find no place in their group.
     static bool hasRoom(std::size_t groups, std::size_t keys) {
@@ -179,18 +179,18 @@ private:
 
     /// By fours while they are few: moving keys is most of what small ones cost.
     std::size_t grownCount(std::size_t keys) const {
-        std::size_t count = groupCount == 0 ? 2 : groupCount * (groupCount < 64 ? 4 : 2);
-        while (!hasRoom(count, groupCount == 0 && firstRoom > keys ? firstRoom : keys))
+        std::size_t count = groupCount_ == 0 ? 2 : groupCount_ * (groupCount_ < 64 ? 4 : 2);
+        while (!hasRoom(count, groupCount_ == 0 && firstRoom_ > keys ? firstRoom_ : keys))
             count *= 2;
         return count;
     }
 
     template <typename Text>
     Slot* findFurther(const Text& probe, std::uint32_t hash) const {
-        std::size_t group = hash & (groupCount - 1);
+        std::size_t group = hash & (groupCount_ - 1);
         // Each group may have been passed by once: the count alone is no end.
-        for (std::size_t left = groupCount; left > 0; --left, group = after(group)) {
-            const Tags tags(block.get()[group]);
+        for (std::size_t left = groupCount_; left > 0; --left, group = after(group)) {
+            const Tags tags(block_.get()[group]);
             for (std::uint64_t some = tags.matching(hash); some != 0; some &= some - 1) {
                 Slot& slot = slotsOf(group)[Tags::firstOf(some)];
                 if (slot.hash == hash && probe.matches(slot.key, slot.length))
@@ -205,66 +205,66 @@ private:
     /// Whether @p holds is true of every slot in use.
     template <typename Holds>
     bool eachSlot(Holds holds) const {
-        for (std::size_t group = 0; group < groupCount; ++group)
+        for (std::size_t group = 0; group < groupCount_; ++group)
             for (int i = 0; i < groupSlots; ++i)
-                if (Tags(block.get()[group]).at(i) != 0 && !holds(slotsOf(group)[i]))
+                if (Tags(block_.get()[group]).at(i) != 0 && !holds(slotsOf(group)[i]))
                     return false;
         return true;
     }
 
     void moveTo(std::size_t newCount) {
-        TextIndex larger(firstRoom, fold);
-        larger.seed = seed;
+        TextIndex larger(firstRoom_, fold_);
+        larger.seed_ = seed_;
         const std::size_t bytes = newCount * (sizeof(std::uint64_t) + groupSlots * sizeof(Slot));
-        larger.block.reset(static_cast<std::uint64_t*>(allocate(bytes)));
-        larger.groupCount = newCount;
-        larger.slots = reinterpret_cast<Slot*>(larger.block.get() + newCount);
+        larger.block_.reset(static_cast<std::uint64_t*>(allocate(bytes)));
+        larger.groupCount_ = newCount;
+        larger.slots_ = reinterpret_cast<Slot*>(larger.block_.get() + newCount);
         for (std::size_t group = 0; group < newCount; ++group)
-            larger.block.get()[group] = 0;
+            larger.block_.get()[group] = 0;
         eachSlot([&larger](const Slot& slot) { return larger.put(slot), true; });
-        block = std::move(larger.block);
-        slots = larger.slots;
-        groupCount = newCount;
+        block_ = std::move(larger.block_);
+        slots_ = larger.slots_;
+        groupCount_ = newCount;
     }
 
     void put(const Slot& entry) {
-        std::size_t group = entry.hash & (groupCount - 1);
+        std::size_t group = entry.hash & (groupCount_ - 1);
         std::uint64_t free = 0;
-        while ((free = Tags(block.get()[group]).with(0)) == 0) {
-            Tags(block.get()[group]).pass();
+        while ((free = Tags(block_.get()[group]).with(0)) == 0) {
+            Tags(block_.get()[group]).pass();
             group = after(group);
         }
         const int slot = Tags::firstOf(free);
-        Tags(block.get()[group]).set(slot, Tags::tagOf(entry.hash));
+        Tags(block_.get()[group]).set(slot, Tags::tagOf(entry.hash));
         slotsOf(group)[slot] = entry;
     }
 
-    HeapPtr<std::uint64_t> block; ///< the groups' words, then all slots
-    Slot* slots = nullptr;
-    std::size_t groupCount = 0; ///< 0 or a power of two
-    std::size_t used = 0;
-    HashSeed seed = processHashSeed();
-    std::size_t firstRoom;
-    [[no_unique_address]] Fold fold;
+    HeapPtr<std::uint64_t> block_; ///< the groups' words, then all slots
+    Slot* slots_ = nullptr;
+    std::size_t groupCount_ = 0; ///< 0 or a power of two
+    std::size_t used_ = 0;
+    HashSeed seed_ = processHashSeed();
+    std::size_t firstRoom_;
+    [[no_unique_address]] Fold fold_;
 };
 
 template <typename Payload, typename Fold>
 bool TextIndex<Payload, Fold>::isSound() const {
     std::size_t count = 0;
-    std::vector<std::uint64_t> passed(groupCount);
+    std::vector<std::uint64_t> passed(groupCount_);
     bool sound = eachSlot([&](const Slot& slot) {
         ++count;
-        const std::size_t group = static_cast<std::size_t>(&slot - slots) / groupSlots;
-        const auto number = static_cast<int>((&slot - slots) % groupSlots);
-        for (std::size_t i = slot.hash & (groupCount - 1); i != group; i = after(i))
+        const std::size_t group = static_cast<std::size_t>(&slot - slots_) / groupSlots;
+        const auto number = static_cast<int>((&slot - slots_) % groupSlots);
+        for (std::size_t i = slot.hash & (groupCount_ - 1); i != group; i = after(i))
             ++passed[i];
-        return Tags(block.get()[group]).at(number) == Tags::tagOf(slot.hash);
+        return Tags(block_.get()[group]).at(number) == Tags::tagOf(slot.hash);
     });
-    for (std::size_t group = 0; group < groupCount; ++group) {
-        const std::uint64_t noted = Tags(block.get()[group]).passedBy();
+    for (std::size_t group = 0; group < groupCount_; ++group) {
+        const std::uint64_t noted = Tags(block_.get()[group]).passedBy();
         sound = sound && (noted == Tags::fullCount || noted == passed[group]);
     }
-    return sound && count == used && hasRoom(groupCount, used);
+    return sound && count == used_ && hasRoom(groupCount_, used_);
 }
 
 } // namespace kaz::detail

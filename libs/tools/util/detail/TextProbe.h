@@ -22,7 +22,7 @@ class FoldedTextProbe {
 public:
     /// So much of a text as @p text shows; it need not be terminated there.
     explicit FoldedTextProbe(std::string_view text, Fold rule = Fold())
-        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())), fold(rule) {
+        : text_(text.data()), length_(static_cast<std::uint32_t>(text.size())), fold_(rule) {
         if (isShort(length_))
             ends_ = folded(endsOf(text_, length_));
     }
@@ -37,7 +37,7 @@ public:
     FoldedTextProbe(const char* key, std::int32_t length, Fold rule = Fold())
         : text_(key != nullptr ? key : ""),
           length_(static_cast<std::uint32_t>(length)),
-          fold(rule) {
+          fold_(rule) {
         if (isShort(length_) && text_[length_] == 0) {
             ends_ = endsOf(text_, length_);
             if (!holdsNul(ends_, length_)) {
@@ -61,7 +61,7 @@ public:
         if (isShort(length_))
             return mixed(start ^ ends_.first, seed.last ^ ends_.last) >> 32;
         // Asked once: a question for each word made a hit a quarter longer.
-        return fold.folds() ? longHash(start, seed, fold) : longHash(start, seed, AsWritten());
+        return fold_.folds() ? longHash(start, seed, fold_) : longHash(start, seed, AsWritten());
     }
 
     /// Whether the text of so many characters at @p text is the same.
@@ -88,11 +88,11 @@ private:
     };
 
     Ends folded(const Ends& ends) const {
-        if (!fold.folds()) // one question for both words
+        if (!fold_.folds()) // one question for both words
             return ends;
-        return {fold(ends.first), fold(ends.last)};
+        return {fold_(ends.first), fold_(ends.last)};
     }
-    std::uint64_t foldedWord(const char* bytes) const { return fold(word(bytes)); }
+    std::uint64_t foldedWord(const char* bytes) const { return fold_(word(bytes)); }
 
     template <typename Rule>
     std::uint32_t longHash(std::uint64_t state, const HashSeed& seed, const Rule& rule) const {
@@ -104,7 +104,7 @@ private:
 
     /// Whether a text of as many characters is the same.
     bool matchesLong(const char* text) const {
-        if (!fold.folds())
+        if (!fold_.folds())
             return std::memcmp(text_, text, length_) == 0;
         const std::uint32_t last = length_ - 8;
         for (std::uint32_t i = 0; i < last; i += 8)
@@ -165,7 +165,7 @@ private:
     const char* text_;
     std::uint32_t length_;
     Ends ends_ = {0, 0};
-    [[no_unique_address]] Fold fold;
+    [[no_unique_address]] Fold fold_;
 };
 
 /// A text as it is written.

@@ -11,38 +11,38 @@ namespace kaz::detail {
 using namespace catalog;
 
 CatalogFile::~CatalogFile() {
-    for (Table* table : tables)
+    for (Table* table : tables_)
         std::free(table);
 }
 
 bool CatalogFile::open(host::ReadableFile from) {
-    file = std::move(from);
-    return file.read(0, header, headerSize) == headerSize && longAt(header) == magic;
+    file_ = std::move(from);
+    return file_.read(0, header_, headerSize) == headerSize && longAt(header_) == magic;
 }
 
 const CatalogFile::Table* CatalogFile::findTable(int block) {
     if (block < 0 || block >= blockCount)
         return nullptr;
-    if (tables[block] != nullptr)
-        return tables[block];
+    if (tables_[block] != nullptr)
+        return tables_[block];
     auto* table = static_cast<Table*>(std::calloc(1, sizeof(Table)));
     if (table == nullptr) {
         print_err("Memory allocation for message index block %d failed", block);
         return nullptr;
     }
-    tables[block] = table;
-    const std::uint16_t position = wordAt(header + 4 + 2 * block);
+    tables_[block] = table;
+    const std::uint16_t position = wordAt(header_ + 4 + 2 * block);
     if (position == 0)
         return nullptr;
     unsigned char bytes[tableSize] = {};
-    const std::size_t size = file.read(position * unit, bytes, tableSize);
+    const std::size_t size = file_.read(position * unit, bytes, tableSize);
     for (std::size_t i = 0; i < table->size(); ++i)
         (*table)[i] = wordAt(bytes + 2 * i);
     return size == tableSize ? table : nullptr;
 }
 
 bool CatalogFile::readText(std::uint16_t position, char* text) {
-    return file.read(position * unit, text, recordSize) == recordSize;
+    return file_.read(position * unit, text, recordSize) == recordSize;
 }
 
 } // namespace kaz::detail

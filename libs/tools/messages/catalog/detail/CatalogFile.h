@@ -28,7 +28,7 @@ public:
     CatalogFile(const CatalogFile&) = delete;
     CatalogFile& operator=(const CatalogFile&) = delete;
 
-    bool isOpen() const { return file.isOpen(); }
+    bool isOpen() const { return file_.isOpen(); }
 
     /// Takes over an open file; only once. False when it does not begin as a
     /// message file; it is kept and read from all the same.
@@ -40,16 +40,16 @@ public:
     const Table* findTable(int block);
 
     /// Does @p block have a table in its slot?
-    bool holdsTable(int block) const { return tables[block] != nullptr; }
+    bool holdsTable(int block) const { return tables_[block] != nullptr; }
 
     /// Reads the record at @p position into @p text. False when it is not all
     /// there; what there is of it has been read then.
     bool readText(std::uint16_t position, char* text);
 
 private:
-    host::ReadableFile file;
-    unsigned char header[catalog::headerSize] = {};
-    Table* tables[catalog::blockCount] = {};
+    host::ReadableFile file_;
+    unsigned char header_[catalog::headerSize] = {};
+    Table* tables_[catalog::blockCount] = {};
 };
 
 } // namespace kaz::detail

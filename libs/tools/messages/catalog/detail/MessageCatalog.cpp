@@ -80,21 +80,21 @@ struct MessageCatalog::RuntimeText {
 };
 
 MessageCatalog::~MessageCatalog() {
-    std::free(cache);
-    std::free(byNumber);
-    while (RuntimeText* node = runtimeTexts) {
-        runtimeTexts = node->next;
+    std::free(cache_);
+    std::free(byNumber_);
+    while (RuntimeText* node = runtimeTexts_) {
+        runtimeTexts_ = node->next;
         std::free(node->text);
         std::free(node);
     }
 }
 
 bool MessageCatalog::makeCache() {
-    if (cache == nullptr)
-        cache = static_cast<Cache*>(std::calloc(1, sizeof(Cache)));
-    if (cache == nullptr)
+    if (cache_ == nullptr)
+        cache_ = static_cast<Cache*>(std::calloc(1, sizeof(Cache)));
+    if (cache_ == nullptr)
         print_err("Memory allocation for messages failed");
-    return cache != nullptr;
+    return cache_ != nullptr;
 }
 
 /// A file with the wrong magic number is refused, but stays open: later lookups
@@ -103,35 +103,35 @@ bool MessageCatalog::start() {
     if (!makeCache())
         return false;
     KazString name;
-    host::ReadableFile found = openFile(name);
+    host::ReadableFile found = openFile_(name);
     if (!found.isOpen())
         return false;
-    if (file.open(std::move(found)))
+    if (file_.open(std::move(found)))
         return true;
     print_err("Warning: Magic number mismatch msg file %s", name.getValue());
     return false;
 }
 
 char* MessageCatalog::look(int number) {
-    ++calls;
-    if (!file.isOpen() && !start()) {
+    ++calls_;
+    if (!file_.isOpen() && !start()) {
         print_err("Could not initialize text from file");
         return noText;
     }
-    if (const int hit = cache->find(number); hit != none) {
-        ++hits;
-        ++cache->uses[hit];
-        cache->stamps[hit] = clock++;
-        return cache->texts[hit];
+    if (const int hit = cache_->find(number); hit != none) {
+        ++hits_;
+        ++cache_->uses[hit];
+        cache_->stamps[hit] = clock_++;
+        return cache_->texts[hit];
     }
-    const int victim = cache->findVictim(clock);
+    const int victim = cache_->findVictim(clock_);
     if (victim == none) {
-        ++errors;
+        ++errors_;
         return noText;
     }
     const int block = number >> 8;
     const bool onlyRuntime = block < 0 || block > blockCount;
-    if ((onlyRuntime || runtimeUsed) && copyRuntimeText(number, victim))
+    if ((onlyRuntime || runtimeUsed_) && copyRuntimeText(number, victim))
         return show(victim, number);
     if (!onlyRuntime && readText(number, victim))
         return show(victim, number);
@@ -139,9 +139,9 @@ char* MessageCatalog::look(int number) {
 }
 
 char* MessageCatalog::show(int entry, int number) {
-    cache->numbers[entry] = number;
-    cache->stamps[entry] = clock++;
-    return cache->texts[entry];
+    cache_->numbers[entry] = number;
+    cache_->stamps[entry] = clock_++;
+    return cache_->texts[entry];
 }
 
 bool MessageCatalog::copyRuntimeText(int number, int entry) {
@@ -149,25 +149,25 @@ bool MessageCatalog::copyRuntimeText(int number, int entry) {
     if (node == nullptr)
         return false;
     // At full length the terminator is the entry's own, right behind the text.
-    std::strncpy(cache->texts[entry], node->text, recordSize);
+    std::strncpy(cache_->texts[entry], node->text, recordSize);
     return true;
 }
 
 bool MessageCatalog::readText(int number, int entry) {
-    const CatalogFile::Table* table = file.findTable(number >> 8);
+    const CatalogFile::Table* table = file_.findTable(number >> 8);
     const std::uint16_t position =
         table != nullptr ? (*table)[static_cast<unsigned>(number) % entryCount] : 0;
     if (position == 0) {
         KAZ_TRACE("messages", "text %d is not in the message file", number);
         return false;
     }
-    if (!file.readText(position, cache->texts[entry])) {
+    if (!file_.readText(position, cache_->texts[entry])) {
         KAZ_TRACE("messages", "text %d is not whole in the message file", number);
-        ++errors;
+        ++errors_;
         return false;
     }
-    ++misses;
-    cache->uses[entry] = 0;
+    ++misses_;
+    cache_->uses[entry] = 0;
     return true;
 }
 
@@ -181,9 +181,9 @@ int MessageCatalog::put(const char* text, int number) {
     HeapPtr<RuntimeText> node(static_cast<RuntimeText*>(std::calloc(1, sizeof(RuntimeText))));
     if (node == nullptr)
         return 0;
-    *node = {number, mkcpy(text), runtimeTexts};
-    runtimeTexts = node.release();
-    index(runtimeTexts);
+    *node = {number, mkcpy(text), runtimeTexts_};
+    runtimeTexts_ = node.release();
+    index(runtimeTexts_);
     return number;
 }
 
@@ -191,9 +191,9 @@ int MessageCatalog::put(const char* text, int number) {
 /// have an array beside it, and mostly there are no others.
 MessageCatalog::RuntimeText* MessageCatalog::findRuntimeText(int number) const {
     const std::int64_t place = std::int64_t{number} - firstRuntimeNumber - 1;
-    if (place >= 0 && place < indexed)
-        return byNumber[place];
-    RuntimeText* node = isAllIndexed ? nullptr : runtimeTexts;
+    if (place >= 0 && place < indexed_)
+        return byNumber_[place];
+    RuntimeText* node = isAllIndexed_ ? nullptr : runtimeTexts_;
     while (node != nullptr && node->number != number)
         node = node->next;
     return node;
@@ -202,31 +202,31 @@ MessageCatalog::RuntimeText* MessageCatalog::findRuntimeText(int number) const {
 /// Puts the next number in order into the array. Any other one, and those for which
 /// there is no memory, are looked for in the list.
 void MessageCatalog::index(RuntimeText* node) {
-    if (node->number != firstRuntimeNumber + 1 + indexed || !makeIndexRoom()) {
-        isAllIndexed = false;
+    if (node->number != firstRuntimeNumber + 1 + indexed_ || !makeIndexRoom()) {
+        isAllIndexed_ = false;
         return;
     }
-    byNumber[indexed++] = node;
+    byNumber_[indexed_++] = node;
 }
 
 bool MessageCatalog::makeIndexRoom() {
-    if (indexed < indexRoom)
+    if (indexed_ < indexRoom_)
         return true;
-    const std::int32_t room = std::max(2 * indexRoom, 64);
+    const std::int32_t room = std::max(2 * indexRoom_, 64);
     const std::size_t size = static_cast<std::size_t>(room) * sizeof(RuntimeText*);
-    void* const larger = std::realloc(byNumber, size);
+    void* const larger = std::realloc(byNumber_, size);
     if (larger == nullptr)
         return false;
-    byNumber = static_cast<RuntimeText**>(larger);
-    indexRoom = room;
+    byNumber_ = static_cast<RuntimeText**>(larger);
+    indexRoom_ = room;
     return true;
 }
 
 int MessageCatalog::put(const char* text) {
-    if (!runtimeUsed)
-        lastRuntimeNumber = firstRuntimeNumber;
-    runtimeUsed = true;
-    return put(text, ++lastRuntimeNumber);
+    if (!runtimeUsed_)
+        lastRuntimeNumber_ = firstRuntimeNumber;
+    runtimeUsed_ = true;
+    return put(text, ++lastRuntimeNumber_);
 }
 
 namespace {
@@ -248,44 +248,44 @@ void printBeginning(std::FILE* out, const char* text) {
 void MessageCatalog::printTables(std::FILE* out) const {
     int used = 0;
     for (int block = 0; block < blockCount; ++block)
-        used += file.holdsTable(block);
+        used += file_.holdsTable(block);
     std::fprintf(out, "\nBucket tables %d entries used\n", used);
     if (used == 0)
         return;
     for (int block = 0; block < blockCount; ++block) {
-        if (file.holdsTable(block))
+        if (file_.holdsTable(block))
             std::fprintf(out, "%2d ", block);
     }
     std::fputc('\n', out);
 }
 
 void MessageCatalog::printCounts(std::FILE* out) const {
-    std::fprintf(out, "\nCurrent LRU %lu\n", static_cast<unsigned long>(clock));
-    std::fprintf(out, "Calls %ld\n", static_cast<long>(calls));
+    std::fprintf(out, "\nCurrent LRU %lu\n", static_cast<unsigned long>(clock_));
+    std::fprintf(out, "Calls %ld\n", static_cast<long>(calls_));
     // There was a call, or there would be no cache.
     const auto print = [&](const char* format, std::uint32_t count) {
-        std::fprintf(out, format, static_cast<long>(count), count * 100.0 / calls);
+        std::fprintf(out, format, static_cast<long>(count), count * 100.0 / calls_);
     };
-    print("\tText Hit  %6ld(%6.2f%%)\n", hits);
-    print("\tText Miss %6ld(%6.2f%%)\n", misses);
-    print("\tText Err  %6ld(%6.2f%%)\n", errors);
+    print("\tText Hit  %6ld(%6.2f%%)\n", hits_);
+    print("\tText Miss %6ld(%6.2f%%)\n", misses_);
+    print("\tText Err  %6ld(%6.2f%%)\n", errors_);
 }
 
 void MessageCatalog::printCache(std::FILE* out) const {
     for (int i = 0; i < cacheSize; ++i) {
-        std::fprintf(out, "Entry %2d, Tno %5d, Lru %5d, Text ", i, cache->numbers[i],
-                     static_cast<int>(cache->stamps[i]));
-        if (cache->numbers[i] == 0) {
+        std::fprintf(out, "Entry %2d, Tno %5d, Lru %5d, Text ", i, cache_->numbers[i],
+                     static_cast<int>(cache_->stamps[i]));
+        if (cache_->numbers[i] == 0) {
             std::fputs("UNUSED\n", out);
             continue;
         }
-        printBeginning(out, cache->texts[i]);
+        printBeginning(out, cache_->texts[i]);
         std::fputc('\n', out);
     }
 }
 
 void MessageCatalog::printStatistics(std::FILE* out) const {
-    if (cache == nullptr) {
+    if (cache_ == nullptr) {
         std::fputs("Text tables not initialized\n", out);
         return;
     }

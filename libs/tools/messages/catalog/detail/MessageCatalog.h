@@ -20,7 +20,7 @@ public:
 
     /// Uses of cache entries are numbered from @p firstStamp on.
     constexpr explicit MessageCatalog(Opener opener, std::uint32_t firstStamp = 1)
-        : openFile(opener), clock(firstStamp) {}
+        : openFile_(opener), clock_(firstStamp) {}
     ~MessageCatalog();
     MessageCatalog(const MessageCatalog&) = delete;
     MessageCatalog& operator=(const MessageCatalog&) = delete;
@@ -52,21 +52,21 @@ private:
     void printCounts(std::FILE* out) const;
     void printCache(std::FILE* out) const;
 
-    Opener openFile;
-    CatalogFile file;
-    Cache* cache = nullptr;
-    std::uint32_t clock;
-    std::uint32_t calls = 0;
-    std::uint32_t hits = 0;
-    std::uint32_t misses = 0;
-    std::uint32_t errors = 0;
-    RuntimeText* runtimeTexts = nullptr; ///< newest first
-    RuntimeText** byNumber = nullptr;    ///< those that TI_TextPut has numbered, in order
-    std::int32_t indexed = 0;
-    std::int32_t indexRoom = 0;
-    bool isAllIndexed = true; ///< no text has another number
-    std::int32_t lastRuntimeNumber = 0;
-    bool runtimeUsed = false;
+    Opener openFile_;
+    CatalogFile file_;
+    Cache* cache_ = nullptr;
+    std::uint32_t clock_;
+    std::uint32_t calls_ = 0;
+    std::uint32_t hits_ = 0;
+    std::uint32_t misses_ = 0;
+    std::uint32_t errors_ = 0;
+    RuntimeText* runtimeTexts_ = nullptr; ///< newest first
+    RuntimeText** byNumber_ = nullptr;    ///< those that TI_TextPut has numbered, in order
+    std::int32_t indexed_ = 0;
+    std::int32_t indexRoom_ = 0;
+    bool isAllIndexed_ = true; ///< no text has another number
+    std::int32_t lastRuntimeNumber_ = 0;
+    bool runtimeUsed_ = false;
 };
 
 } // namespace kaz::detail
