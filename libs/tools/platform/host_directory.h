@@ -7,11 +7,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kaz::host {
+
+struct OpenDirectory; ///< what a host holds a directory by
 
 enum class Kind { missing, file, directory, link, special };
 
@@ -65,13 +68,13 @@ struct CopyRules {
 class Directory {
 public:
     /// Not open.
-    Directory() = default;
+    Directory();
     /// Opens by native path, following links. Check isOpen(); errno tells why not.
     explicit Directory(const char* path);
     /// Opens an entry of @p parent that is a real directory (a link is refused
     /// with ENOTDIR).
     Directory(const Directory& parent, const std::string& name);
-    Directory(Directory&& other) noexcept { *this = static_cast<Directory&&>(other); }
+    Directory(Directory&& other) noexcept;
     Directory& operator=(Directory&& other) noexcept;
     Directory(const Directory&) = delete;
     Directory& operator=(const Directory&) = delete;
@@ -117,10 +120,9 @@ public:
     int copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const;
 
 private:
-    std::intptr_t handle_ = -1;
-    /// Permission bits that new files here have got when they were asked for. What
-    /// takes bits away stays as it is while copies run: POSIX looks no second time.
-    mutable unsigned granted_ = 0;
+    explicit Directory(std::unique_ptr<OpenDirectory> open);
+
+    std::unique_ptr<OpenDirectory> open_; ///< null where it is not open
 };
 
 } // namespace kaz::host

@@ -9,13 +9,37 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 #include <string>
 #include <sys/stat.h>
 #include <utility>
 
 namespace kaz::host {
 
+struct OpenDirectory {
+    Descriptor descriptor;
+    /// Permission bits that new files here have got when they were asked for. What takes
+    /// bits away stays as it is while copies run, so nobody looks a second time.
+    unsigned granted = 0;
+};
+
 namespace {
+
+/// Takes the descriptor over. Null where it is closed, and with ENOMEM where there is no
+/// memory to hold it: whoever opens a directory learns both in the same way.
+std::unique_ptr<OpenDirectory> held(Descriptor descriptor) {
+    if (!descriptor.isOpen())
+        return nullptr;
+    std::unique_ptr<OpenDirectory> open(new (std::nothrow) OpenDirectory{std::move(descriptor)});
+    if (open == nullptr)
+        errno = ENOMEM;
+    return open;
+}
+
+/// The descriptor, or one that every call refuses with EBADF.
+int numberOf(const std::unique_ptr<OpenDirectory>& open) {
+    return open != nullptr ? open->descriptor.get() : -1;
+}
 
 /// Only listing needs the permission to read: one may write into a directory
 /// without it.
@@ -71,8 +95,8 @@ int renameIfFree(int from, const char* name, int to, const char* newName) {
     return errno == ENOENT ? retry([&] { return ::renameat(from, name, to, newName); }) : -1;
 }
 
-int unlinkEntry(std::intptr_t dir, const std::string& name, int flags) {
-    return retry([&] { return ::unlinkat(static_cast<int>(dir), name.c_str(), flags); });
+int unlinkEntry(int dir, const std::string& name, int flags) {
+    return retry([&] { return ::unlinkat(dir, name.c_str(), flags); });
 }
 
 } // namespace
@@ -81,59 +105,54 @@ bool matches(std::string_view pattern, std::string_view name) {
     return matchWildcard(pattern, name, [](char a, char b) { return a == b; });
 }
 
+Directory::Directory() = default;
+Directory::Directory(std::unique_ptr<OpenDirectory> open) : open_(std::move(open)) {}
+Directory::Directory(Directory&& other) noexcept = default;
+Directory& Directory::operator=(Directory&& other) noexcept = default;
+Directory::~Directory() = default;
+
 Directory::Directory(const char* path)
-    : handle_(canName(path) ? retry([&] { return ::open(hostPath(path).c_str(), handleFlags); })
-                            : failWith(ENOENT)) {}
+    : open_(held(Descriptor(canName(path)
+                                ? retry([&] { return ::open(hostPath(path).c_str(), handleFlags); })
+                                : failWith(ENOENT)))) {}
 
 Directory::Directory(const Directory& parent, const std::string& name)
-    : handle_(retry([&] {
-          return ::openat(static_cast<int>(parent.handle_), name.c_str(), handleFlags | O_NOFOLLOW);
-      })) {
+    : open_(held(Descriptor(retry([&] {
+          return ::openat(numberOf(parent.open_), name.c_str(), handleFlags | O_NOFOLLOW);
+      })))) {
     if (!isOpen() && errno == ELOOP)
         errno = ENOTDIR; // some file systems tell a link so
 }
 
-Directory& Directory::operator=(Directory&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    std::swap(granted_, other.granted_);
-    return *this;
-}
-
-Directory::~Directory() {
-    Descriptor closing(static_cast<int>(handle_));
-}
-
 bool Directory::isOpen() const {
-    return handle_ >= 0;
+    return open_ != nullptr;
 }
 
 Directory Directory::above() const {
-    Directory result;
-    result.handle_ = retry([&] { return ::openat(static_cast<int>(handle_), "..", handleFlags); });
-    return result;
+    return Directory(
+        held(Descriptor(retry([&] { return ::openat(numberOf(open_), "..", handleFlags); }))));
 }
 
 Directory Directory::again() const {
-    Directory result;
-    result.handle_ = retry([&] { return ::fcntl(static_cast<int>(handle_), F_DUPFD_CLOEXEC, 0); });
-    return result;
+    return Directory(
+        held(Descriptor(retry([&] { return ::fcntl(numberOf(open_), F_DUPFD_CLOEXEC, 0); }))));
 }
 
 int Directory::status(FileStatus& result) const {
-    return statusAt(static_cast<int>(handle_), "", AT_EMPTY_PATH, result);
+    return statusAt(numberOf(open_), "", AT_EMPTY_PATH, result);
 }
 
 int Directory::status(const std::string& name, FileStatus& result) const {
-    return statusAt(static_cast<int>(handle_), name.c_str(), 0, result);
+    return statusAt(numberOf(open_), name.c_str(), 0, result);
 }
 
 int Directory::statusOfLink(const std::string& name, FileStatus& result) const {
-    return statusAt(static_cast<int>(handle_), name.c_str(), AT_SYMLINK_NOFOLLOW, result);
+    return statusAt(numberOf(open_), name.c_str(), AT_SYMLINK_NOFOLLOW, result);
 }
 
 int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
     result.clear();
-    const int dir = static_cast<int>(handle_);
+    const int dir = numberOf(open_);
     const Listing listing = openListing(dir);
     if (listing == nullptr)
         return -1;
@@ -152,8 +171,8 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
 }
 
 std::FILE* Directory::openFile(const std::string& name, const char* mode) const {
-    Descriptor file(retry(
-        [&] { return ::openat(static_cast<int>(handle_), name.c_str(), openFlags(mode), 0666); }));
+    Descriptor file(
+        retry([&] { return ::openat(numberOf(open_), name.c_str(), openFlags(mode), 0666); }));
     if (!file.isOpen() || checkRegular(file.get()) != 0)
         return nullptr;
     if (mode[0] == 'w' && retry([&] { return ::ftruncate(file.get(), 0); }) != 0)
@@ -168,27 +187,26 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
 /// a handle.
 int Directory::setMode(const std::string& name, unsigned mode) const {
     return retry([&] {
-        return ::fchmodat(static_cast<int>(handle_), name.c_str(), mode & 0777,
-                          AT_SYMLINK_NOFOLLOW);
+        return ::fchmodat(numberOf(open_), name.c_str(), mode & 0777, AT_SYMLINK_NOFOLLOW);
     });
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned mode) const {
-    return retry([&] { return ::mkdirat(static_cast<int>(handle_), name.c_str(), mode); });
+    return retry([&] { return ::mkdirat(numberOf(open_), name.c_str(), mode); });
 }
 
 int Directory::removeDirectory(const std::string& name) const {
-    return unlinkEntry(handle_, name, AT_REMOVEDIR);
+    return unlinkEntry(numberOf(open_), name, AT_REMOVEDIR);
 }
 
 int Directory::removeFile(const std::string& name) const {
-    return unlinkEntry(handle_, name, 0);
+    return unlinkEntry(numberOf(open_), name, 0);
 }
 
 int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,
                       bool mayReplace) const {
-    const int from = static_cast<int>(handle_);
-    const int to = static_cast<int>(target.handle_);
+    const int from = numberOf(open_);
+    const int to = numberOf(target.open_);
     const int result = retry([&] {
         return ::renameat2(from, name.c_str(), to, newName.c_str(),
                            mayReplace ? 0 : RENAME_NOREPLACE);
@@ -205,10 +223,11 @@ int Directory::copyFile(const Entry& entry, const Directory& target, bool mayRep
 
 int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     const char* name = entry.name.c_str();
-    CopyKnowledge known{entry.kind == Kind::file, target.granted_};
-    const int result = copyAt({static_cast<int>(handle_), name},
-                              {static_cast<int>(target.handle_), name}, rules, known);
-    target.granted_ = known.granted;
+    CopyKnowledge known{entry.kind == Kind::file, target.isOpen() ? target.open_->granted : 0};
+    const int result =
+        copyAt({numberOf(open_), name}, {numberOf(target.open_), name}, rules, known);
+    if (target.isOpen())
+        target.open_->granted = known.granted;
     return result;
 }
 

@@ -19,20 +19,24 @@
 
 namespace kaz::host {
 
-namespace {
-
-constexpr std::intptr_t closed = -1;
-
 /// There is no way to name a file relative to an open directory; a directory is
 /// held by its literal path instead, in which no entry name means anything else.
-const std::wstring* pathOf(std::intptr_t handle) {
-    return handle == closed ? nullptr : reinterpret_cast<const std::wstring*>(handle);
+struct OpenDirectory {
+    std::wstring path; // ends with a backslash
+};
+
+namespace {
+
+using Held = std::unique_ptr<OpenDirectory>;
+
+const std::wstring* pathOf(const Held& open) {
+    return open != nullptr ? &open->path : nullptr;
 }
 
-std::intptr_t holding(std::wstring path) {
+Held holding(std::wstring path) {
     if (path.back() != L'\\')
         path += L'\\';
-    return reinterpret_cast<std::intptr_t>(new std::wstring(std::move(path)));
+    return Held(new OpenDirectory{std::move(path)});
 }
 
 bool isComponent(const std::string& name) {
@@ -41,8 +45,8 @@ bool isComponent(const std::string& name) {
 }
 
 /// The literal path of an entry, or empty with errno set.
-std::wstring entryPath(std::intptr_t handle, const std::string& name) {
-    const std::wstring* directory = pathOf(handle);
+std::wstring entryPath(const Held& open, const std::string& name) {
+    const std::wstring* directory = pathOf(open);
     if (directory == nullptr || !isComponent(name)) {
         errno = directory == nullptr ? EBADF : ENOENT;
         return {};
@@ -55,8 +59,8 @@ std::wstring entryPath(std::intptr_t handle, const std::string& name) {
 class EntryName {
 public:
     /// False with errno set.
-    bool set(std::intptr_t handle, const std::string& name) {
-        const std::wstring* directory = pathOf(handle);
+    bool set(const Held& open, const std::string& name) {
+        const std::wstring* directory = pathOf(open);
         const std::size_t start = directory != nullptr ? directory->size() : 0;
         if (directory == nullptr || !isComponent(name) || start + 1 >= path_.size())
             return failWith(directory == nullptr ? EBADF : ENOENT) == 0;
@@ -74,16 +78,19 @@ private:
 };
 
 template <typename Operation>
-int onEntry(std::intptr_t handle, const std::string& name, Operation operation) {
-    const std::wstring path = entryPath(handle, name);
+int onEntry(const Held& open, const std::string& name, Operation operation) {
+    const std::wstring path = entryPath(open, name);
     return path.empty() ? -1 : operation(path);
 }
 
-std::intptr_t openDirectory(const std::wstring& path, bool followLink) {
+Held openDirectory(const std::wstring& path, bool followLink) {
     FileStatus info;
     if (path.empty() || statusOfLiteral(path, followLink, info) != 0)
-        return closed;
-    return info.kind == Kind::directory ? holding(path) : failWith(ENOTDIR);
+        return nullptr;
+    if (info.kind == Kind::directory)
+        return holding(path);
+    errno = ENOTDIR;
+    return nullptr;
 }
 
 /// The flags of fopen's mode.
@@ -125,30 +132,26 @@ bool matches(std::string_view pattern, std::string_view name) {
     return matchWildcard(pattern, name, [](char a, char b) { return lowered(a) == lowered(b); });
 }
 
-Directory::Directory(const char* path) : handle_(openDirectory(literalPath(path), true)) {}
+Directory::Directory() = default;
+Directory::Directory(std::unique_ptr<OpenDirectory> open) : open_(std::move(open)) {}
+Directory::Directory(Directory&& other) noexcept = default;
+Directory& Directory::operator=(Directory&& other) noexcept = default;
+Directory::~Directory() = default;
+
+Directory::Directory(const char* path) : open_(openDirectory(literalPath(path), true)) {}
 
 Directory::Directory(const Directory& parent, const std::string& name)
-    : handle_(openDirectory(entryPath(parent.handle_, name), false)) {}
-
-Directory& Directory::operator=(Directory&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-}
-
-Directory::~Directory() {
-    delete pathOf(handle_);
-}
+    : open_(openDirectory(entryPath(parent.open_, name), false)) {}
 
 bool Directory::isOpen() const {
-    return handle_ != closed;
+    return open_ != nullptr;
 }
 
 Directory Directory::above() const {
-    Directory result;
-    const std::wstring* path = pathOf(handle_);
+    const std::wstring* path = pathOf(open_);
     if (path == nullptr) {
         errno = EBADF;
-        return result;
+        return {};
     }
     // "\\?\C:\" and "\\?\UNC\server\share\" hold themselves.
     const std::size_t root = path->starts_with(L"\\\\?\\UNC\\")
@@ -156,39 +159,36 @@ Directory Directory::above() const {
                                  : path->find(L'\\', 4);
     const std::size_t last = path->rfind(L'\\', path->size() - 2);
     const bool isRoot = root == std::wstring::npos || root + 1 >= path->size();
-    result.handle_ = openDirectory(isRoot ? *path : path->substr(0, last + 1), true);
-    return result;
+    return Directory(openDirectory(isRoot ? *path : path->substr(0, last + 1), true));
 }
 
 Directory Directory::again() const {
-    Directory result;
-    if (const std::wstring* path = pathOf(handle_))
-        result.handle_ = holding(*path);
-    else
-        errno = EBADF;
-    return result;
+    if (const std::wstring* path = pathOf(open_))
+        return Directory(holding(*path));
+    errno = EBADF;
+    return {};
 }
 
 int Directory::status(FileStatus& result) const {
-    const std::wstring* path = pathOf(handle_);
+    const std::wstring* path = pathOf(open_);
     return path != nullptr ? statusOfLiteral(*path, true, result) : failWith(EBADF);
 }
 
 int Directory::status(const std::string& name, FileStatus& result) const {
     result = FileStatus();
-    return onEntry(handle_, name,
+    return onEntry(open_, name,
                    [&](const std::wstring& path) { return statusOfLiteral(path, true, result); });
 }
 
 int Directory::statusOfLink(const std::string& name, FileStatus& result) const {
     result = FileStatus();
-    return onEntry(handle_, name,
+    return onEntry(open_, name,
                    [&](const std::wstring& path) { return statusOfLiteral(path, false, result); });
 }
 
 int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
     result.clear();
-    const std::wstring* path = pathOf(handle_);
+    const std::wstring* path = pathOf(open_);
     if (path == nullptr)
         return failWith(EBADF);
     // The system's own wildcards also look at short names; ours decide.
@@ -208,7 +208,7 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
 }
 
 std::FILE* Directory::openFile(const std::string& name, const char* mode) const {
-    const std::wstring path = entryPath(handle_, name);
+    const std::wstring path = entryPath(open_, name);
     if (path.empty() || checkRegular(path) != 0)
         return nullptr;
     const int file = ::_wopen(path.c_str(), openFlags(mode), _S_IREAD | _S_IWRITE);
@@ -222,30 +222,30 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
 
 /// There are no such bits here.
 int Directory::setMode(const std::string& name, unsigned) const {
-    return onEntry(handle_, name, [](const std::wstring&) { return 0; });
+    return onEntry(open_, name, [](const std::wstring&) { return 0; });
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned) const {
-    return onEntry(handle_, name, [](const std::wstring& path) {
+    return onEntry(open_, name, [](const std::wstring& path) {
         return succeededOrFail(CreateDirectoryW(path.c_str(), nullptr));
     });
 }
 
 int Directory::removeDirectory(const std::string& name) const {
     EntryName path;
-    return path.set(handle_, name) ? succeededOrFail(RemoveDirectoryW(path.get())) : -1;
+    return path.set(open_, name) ? succeededOrFail(RemoveDirectoryW(path.get())) : -1;
 }
 
 int Directory::removeFile(const std::string& name) const {
     EntryName path;
-    return path.set(handle_, name) ? succeededOrFail(DeleteFileW(path.get())) : -1;
+    return path.set(open_, name) ? succeededOrFail(DeleteFileW(path.get())) : -1;
 }
 
 int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,
                       bool mayReplace) const {
     const DWORD flags = mayReplace ? MOVEFILE_REPLACE_EXISTING : 0;
-    return onEntry(handle_, name, [&](const std::wstring& from) {
-        return onEntry(target.handle_, newName, [&](const std::wstring& to) {
+    return onEntry(open_, name, [&](const std::wstring& from) {
+        return onEntry(target.open_, newName, [&](const std::wstring& to) {
             return succeededOrFail(MoveFileExW(from.c_str(), to.c_str(), flags));
         });
     });
@@ -258,8 +258,8 @@ int Directory::copyFile(const Entry& entry, const Directory& target, bool mayRep
 }
 
 int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
-    return onEntry(handle_, entry.name, [&](const std::wstring& from) {
-        return onEntry(target.handle_, entry.name, [&](const std::wstring& to) {
+    return onEntry(open_, entry.name, [&](const std::wstring& from) {
+        return onEntry(target.open_, entry.name, [&](const std::wstring& to) {
             const int result = copyLiteral(from, to, rules);
             FileStatus copied;
             if (result == 0 && rules.size != nullptr && statusOfLiteral(to, false, copied) == 0)
