@@ -12,8 +12,6 @@
 #include "tools/messages/messages.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -71,10 +69,7 @@ bool showVariable(LineOutput& output, const char* name, bool withSource) {
 }
 
 void showExpansion(LineOutput& output, const char* text) {
-    char* expanded = nullptr;
-    vstring_sub(text, &expanded);
-    const std::unique_ptr<char, decltype(&std::free)> owner(expanded, &std::free);
-    output.line(expanded);
+    output.line(vstring_sub(text).getValue());
 }
 
 /// False when a variable is empty or, which is reported, not defined.

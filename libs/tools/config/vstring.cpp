@@ -25,6 +25,7 @@
 #include <iterator>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -100,10 +101,10 @@ public:
     }
     ~Output() {
         if (keptSize < size_) {
-            std::swap(kept, block_);
+            char* const fresh = block_.release();
+            block_.reset(std::exchange(kept, fresh));
             keptSize = size_;
         }
-        std::free(block_);
     }
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -113,7 +114,7 @@ public:
 
     const char* text() {
         *room(1) = '\0';
-        return block_;
+        return block_.get();
     }
 
 private:
@@ -123,7 +124,7 @@ private:
     char* room(std::size_t count) {
         if (count > size_ - used_)
             grow(count);
-        char* place = block_ + used_;
+        char* place = block_.get() + used_;
         used_ += count;
         return place;
     }
@@ -136,14 +137,17 @@ private:
     }
 
     void resize(std::size_t newSize) {
-        block_ = static_cast<char*>(panickingRealloc(block_, newSize, "vstring_sub"));
+        void* const grown = panickingRealloc(block_.get(), newSize, "vstring_sub");
+        static_cast<void>(block_.release());
+        block_.reset(static_cast<char*>(grown));
         size_ = newSize;
     }
 
+    // Not destroyed either: texts are expanded to the very end.
     static constinit char* kept;
     static constinit std::size_t keptSize;
 
-    char* block_;
+    HeapText block_;
     std::size_t size_;
     std::size_t used_;
 };

@@ -3,7 +3,7 @@
 
 #include "tools/strings/detail/tokens.h"
 
-#include <cstdlib>
+#include <utility>
 
 using namespace kaz::detail;
 
@@ -17,14 +17,13 @@ KazQuotedStringTokenizer::KazQuotedStringTokenizer(const KazQuotedStringTokenize
 KazQuotedStringTokenizer& KazQuotedStringTokenizer::operator=(const KazQuotedStringTokenizer& o) {
     HeapPtr<char> copy = ownSet(o.quotes);
     KazStringTokenizer::operator=(o);
-    std::free(quotes);
-    quotes = copy.release();
+    copy.reset(std::exchange(quotes, copy.release()));
     escape = o.escape;
     return *this;
 }
 
 KazQuotedStringTokenizer::~KazQuotedStringTokenizer() {
-    std::free(quotes);
+    const HeapPtr<char> last(quotes);
 }
 
 KazString KazQuotedStringTokenizer::nextString(bool skipRuns) {

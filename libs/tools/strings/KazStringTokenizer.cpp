@@ -3,7 +3,7 @@
 
 #include "tools/strings/detail/tokens.h"
 
-#include <cstdlib>
+#include <utility>
 
 using namespace kaz::detail;
 
@@ -18,16 +18,14 @@ KazStringTokenizer::KazStringTokenizer(const KazStringTokenizer& o)
     : text(o.text), delimiters(ownSet(o.delimiters).release()), position(o.position) {}
 
 KazStringTokenizer& KazStringTokenizer::operator=(const KazStringTokenizer& o) {
-    char* const copy = ownSet(o.delimiters).release();
-    std::free(delimiters);
-    delimiters = copy;
+    const HeapPtr<char> old(std::exchange(delimiters, ownSet(o.delimiters).release()));
     text = o.text;
     position = o.position;
     return *this;
 }
 
 KazStringTokenizer::~KazStringTokenizer() {
-    std::free(delimiters);
+    const HeapPtr<char> last(delimiters);
 }
 
 KazString KazStringTokenizer::takeToken(int start, int found, bool skipRuns) {

@@ -3,7 +3,7 @@
 
 #include "tools/strings/detail/tokens.h"
 
-#include <cstdlib>
+#include <utility>
 
 using namespace kaz::detail;
 
@@ -20,14 +20,13 @@ KazWQuotedStringTokenizer&
 KazWQuotedStringTokenizer::operator=(const KazWQuotedStringTokenizer& o) {
     HeapPtr<unsigned short> copy = ownSet(o.quotes);
     KazWStringTokenizer::operator=(o);
-    std::free(quotes);
-    quotes = copy.release();
+    copy.reset(std::exchange(quotes, copy.release()));
     escape = o.escape;
     return *this;
 }
 
 KazWQuotedStringTokenizer::~KazWQuotedStringTokenizer() {
-    std::free(quotes);
+    const HeapPtr<unsigned short> last(quotes);
 }
 
 KazWString KazWQuotedStringTokenizer::nextString(bool skipRuns) {

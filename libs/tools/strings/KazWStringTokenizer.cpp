@@ -3,7 +3,7 @@
 
 #include "tools/strings/detail/tokens.h"
 
-#include <cstdlib>
+#include <utility>
 
 using namespace kaz::detail;
 
@@ -18,16 +18,14 @@ KazWStringTokenizer::KazWStringTokenizer(const KazWStringTokenizer& o)
     : text(o.text), delimiters(ownSet(o.delimiters).release()), position(o.position) {}
 
 KazWStringTokenizer& KazWStringTokenizer::operator=(const KazWStringTokenizer& o) {
-    unsigned short* const copy = ownSet(o.delimiters).release();
-    std::free(delimiters);
-    delimiters = copy;
+    const HeapPtr<unsigned short> old(std::exchange(delimiters, ownSet(o.delimiters).release()));
     text = o.text;
     position = o.position;
     return *this;
 }
 
 KazWStringTokenizer::~KazWStringTokenizer() {
-    std::free(delimiters);
+    const HeapPtr<unsigned short> last(delimiters);
 }
 
 KazWString KazWStringTokenizer::takeToken(int start, int found, bool skipRuns) {

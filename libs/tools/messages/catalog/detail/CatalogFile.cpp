@@ -10,11 +10,6 @@ namespace kaz::detail {
 
 using namespace catalog;
 
-CatalogFile::~CatalogFile() {
-    for (Table* table : tables_)
-        std::free(table);
-}
-
 bool CatalogFile::open(host::ReadableFile from) {
     file_ = std::move(from);
     return file_.read(0, header_, headerSize) == headerSize && longAt(header_) == magic;
@@ -23,14 +18,14 @@ bool CatalogFile::open(host::ReadableFile from) {
 const CatalogFile::Table* CatalogFile::findTable(int block) {
     if (block < 0 || block >= blockCount)
         return nullptr;
-    if (tables_[block] != nullptr)
-        return tables_[block];
-    auto* table = static_cast<Table*>(std::calloc(1, sizeof(Table)));
+    HeapPtr<Table>& table = tables_[block];
+    if (table != nullptr)
+        return table.get();
+    table.reset(static_cast<Table*>(std::calloc(1, sizeof(Table))));
     if (table == nullptr) {
         print_err("Memory allocation for message index block %d failed", block);
         return nullptr;
     }
-    tables_[block] = table;
     const std::uint16_t position = wordAt(header_ + 4 + 2 * block);
     if (position == 0)
         return nullptr;
@@ -38,7 +33,7 @@ const CatalogFile::Table* CatalogFile::findTable(int block) {
     const std::size_t size = file_.read(position * unit, bytes, tableSize);
     for (std::size_t i = 0; i < table->size(); ++i)
         (*table)[i] = wordAt(bytes + 2 * i);
-    return size == tableSize ? table : nullptr;
+    return size == tableSize ? table.get() : nullptr;
 }
 
 bool CatalogFile::readText(std::uint16_t position, char* text) {

@@ -5,6 +5,7 @@
 
 #include "tools/messages/catalog/detail/catalog_layout.h"
 #include "tools/platform/host.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <array>
 #include <cstddef>
@@ -24,9 +25,6 @@ public:
 
     /// Not open.
     constexpr CatalogFile() = default;
-    ~CatalogFile();
-    CatalogFile(const CatalogFile&) = delete;
-    CatalogFile& operator=(const CatalogFile&) = delete;
 
     bool isOpen() const { return file_.isOpen(); }
 
@@ -49,7 +47,7 @@ public:
 private:
     host::ReadableFile file_;
     unsigned char header_[catalog::headerSize] = {};
-    Table* tables_[catalog::blockCount] = {};
+    HeapPtr<Table> tables_[catalog::blockCount];
 };
 
 } // namespace kaz::detail

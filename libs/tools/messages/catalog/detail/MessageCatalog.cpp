@@ -3,14 +3,14 @@
 
 #include "tools/messages/messages.h"
 #include "tools/messages/trace.h"
-#include "tools/util/detail/heap_ptr.h"
 #include "tools/util/text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
+#include <memory>
+#include <new>
 
 // Memory comes from the plain C functions here: running out of it is one of the
 // ordinary reasons for having no text, and is reported as such.
@@ -75,23 +75,21 @@ private:
 
 struct MessageCatalog::RuntimeText {
     std::int32_t number;
-    char* text;
+    HeapPtr<char> text;
     RuntimeText* next;
 };
 
 MessageCatalog::~MessageCatalog() {
-    std::free(cache_);
-    std::free(byNumber_);
-    while (RuntimeText* node = runtimeTexts_) {
+    while (runtimeTexts_ != nullptr) {
+        const HeapPtr<RuntimeText> node(runtimeTexts_);
         runtimeTexts_ = node->next;
-        std::free(node->text);
-        std::free(node);
+        std::destroy_at(node.get());
     }
 }
 
 bool MessageCatalog::makeCache() {
     if (cache_ == nullptr)
-        cache_ = static_cast<Cache*>(std::calloc(1, sizeof(Cache)));
+        cache_.reset(static_cast<Cache*>(std::calloc(1, sizeof(Cache))));
     if (cache_ == nullptr)
         print_err("Memory allocation for messages failed");
     return cache_ != nullptr;
@@ -149,7 +147,7 @@ bool MessageCatalog::copyRuntimeText(int number, int entry) {
     if (node == nullptr)
         return false;
     // At full length the terminator is the entry's own, right behind the text.
-    std::strncpy(cache_->texts[entry], node->text, recordSize);
+    std::strncpy(cache_->texts[entry], node->text.get(), recordSize);
     return true;
 }
 
@@ -173,16 +171,15 @@ bool MessageCatalog::readText(int number, int entry) {
 
 int MessageCatalog::put(const char* text, int number) {
     if (RuntimeText* known = findRuntimeText(number)) {
-        char* const old = std::exchange(known->text, mkcpy(text));
-        std::free(old);
+        known->text.reset(mkcpy(text));
         return number;
     }
     // The node first: no memory for it is a result, none for the text an exception.
-    HeapPtr<RuntimeText> node(static_cast<RuntimeText*>(std::calloc(1, sizeof(RuntimeText))));
-    if (node == nullptr)
+    HeapPtr<void> block(std::malloc(sizeof(RuntimeText)));
+    if (block == nullptr)
         return 0;
-    *node = {number, mkcpy(text), runtimeTexts_};
-    runtimeTexts_ = node.release();
+    HeapPtr<char> copy(mkcpy(text));
+    runtimeTexts_ = new (block.release()) RuntimeText{number, std::move(copy), runtimeTexts_};
     index(runtimeTexts_);
     return number;
 }
@@ -192,7 +189,7 @@ int MessageCatalog::put(const char* text, int number) {
 MessageCatalog::RuntimeText* MessageCatalog::findRuntimeText(int number) const {
     const std::int64_t place = std::int64_t{number} - firstRuntimeNumber - 1;
     if (place >= 0 && place < indexed_)
-        return byNumber_[place];
+        return byNumber_.get()[place];
     RuntimeText* node = isAllIndexed_ ? nullptr : runtimeTexts_;
     while (node != nullptr && node->number != number)
         node = node->next;
@@ -206,7 +203,7 @@ void MessageCatalog::index(RuntimeText* node) {
         isAllIndexed_ = false;
         return;
     }
-    byNumber_[indexed_++] = node;
+    byNumber_.get()[indexed_++] = node;
 }
 
 bool MessageCatalog::makeIndexRoom() {
@@ -214,10 +211,11 @@ bool MessageCatalog::makeIndexRoom() {
         return true;
     const std::int32_t room = std::max(2 * indexRoom_, 64);
     const std::size_t size = static_cast<std::size_t>(room) * sizeof(RuntimeText*);
-    void* const larger = std::realloc(byNumber_, size);
+    void* const larger = std::realloc(byNumber_.get(), size);
     if (larger == nullptr)
         return false;
-    byNumber_ = static_cast<RuntimeText**>(larger);
+    static_cast<void>(byNumber_.release()); // the block that has grown, or moved
+    byNumber_.reset(static_cast<RuntimeText**>(larger));
     indexRoom_ = room;
     return true;
 }

@@ -6,6 +6,7 @@
 
 #include "tools/messages/catalog/detail/CatalogFile.h"
 #include "tools/strings/KazString.h"
+#include "tools/util/detail/heap_ptr.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -54,14 +55,14 @@ private:
 
     Opener openFile_;
     CatalogFile file_;
-    Cache* cache_ = nullptr;
+    HeapPtr<Cache> cache_;
     std::uint32_t clock_;
     std::uint32_t calls_ = 0;
     std::uint32_t hits_ = 0;
     std::uint32_t misses_ = 0;
     std::uint32_t errors_ = 0;
-    RuntimeText* runtimeTexts_ = nullptr; ///< newest first
-    RuntimeText** byNumber_ = nullptr;    ///< those that TI_TextPut has numbered, in order
+    RuntimeText* runtimeTexts_ = nullptr; ///< owned, newest first
+    HeapPtr<RuntimeText*> byNumber_;      ///< those that TI_TextPut has numbered, in order
     std::int32_t indexed_ = 0;
     std::int32_t indexRoom_ = 0;
     bool isAllIndexed_ = true; ///< no text has another number
