@@ -38,6 +38,7 @@ void KazColl::setAt(int index, void* item) {
         return checkedOut(held.surrender());
     void* met = take(index);
     slot(index) = held.surrender();
+    // A slot that a removal elsewhere has vacated holds an element again.
     storage().occupied = std::max(storage().occupied, storage().occupied < 0 ? -1 : index + 1);
     if (met)
         checkedOut(met); // an element function has put it there
@@ -49,12 +50,14 @@ void KazColl::removeAt(int index, int count) {
     if (count <= 0)
         return;
     if (isUnobserved(checkOutFunction_)) {
+        // Nobody can look meanwhile, so there are no places to follow.
         for (int i = index; checkOutFunction_ && i < index + count; ++i)
             KazString::checkOut(take(i));
         return extract(index, count);
     }
     const bool isNested = isBusy();
     Under<Removal> going(*this, index, index + count, Removal::up);
+    // The end moves, too: an element function may insert between those that go.
     // A sharer may have moved the slots beyond this object's size.
     while (going.next < std::min(going.end, size))
         checkOutAt(going.next++, isNested);

@@ -33,6 +33,8 @@ void KazColl::leaveSharers() {
 
 /// Empties this object. What it held is the caller's to dismiss; its elements
 /// only when nobody else has them.
+/// Whatever is under way in this object loses its slots first, as those may be gone when it goes
+/// on.
 KazColl::Departing KazColl::depart() {
     Departing contents{data, 0, checkOutFunction_, isBusy()};
     for (Passage* each = passages_; each; each = each->outer)
@@ -46,6 +48,8 @@ KazColl::Departing KazColl::depart() {
     return contents;
 }
 
+/// From the last to the first. Where something is under way, null is an element that is being
+/// checked out already, and not one to check out again.
 void KazColl::dismiss(const Departing& contents) {
     const auto* slots = reinterpret_cast<const Slot*>(contents.slots);
     if (slots == nullptr)
@@ -57,6 +61,9 @@ void KazColl::dismiss(const Departing& contents) {
     release(contents.slots);
 }
 
+/// Common slots grow in one of two ways. Where elements are checked out but never in, nobody can
+/// take a second reference to one: all sharers move to the new slots together. Otherwise this
+/// object takes references of its own and leaves the old slots to the others.
 void KazColl::makeRoom(std::int64_t count) {
     if (count <= capacity)
         return;
@@ -85,6 +92,7 @@ void KazColl::separate(int newCapacity) {
         return makeRoom(newCapacity); // a check-in has changed what there is to separate
     const int kept = size;
     moveSlots(fresh.get(), own.surrender(), kept);
+    // The elements in the old slots stay the others': only the share in the block is given back.
     release(depart().slots);
     size = kept;
     data = fresh.release();

@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// The slots lie behind a header in one block, and `data` points behind that header: an array
+// without slots is one null pointer. Copies of an array share the block and count its owners.
+// Nothing is copied when one of them writes; an array leaves the block only where it outgrows it
+// or is emptied.
+//
+// Sums of an index and a count are made in 64 bits, and capacityFor alone decides what is too
+// much. Whatever may fail for want of memory is done before anything changes.
 #include "tools/containers/KazArrayPtr.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -73,12 +80,15 @@ void KazArrayPtr::setSize(int count) {
     }
 }
 
+/// The slots between the old size and the new one read as null, whatever they held before.
 void KazArrayPtr::grow(std::int64_t count) {
     reserve(count);
     std::fill(data + size, data + count, nullptr);
     size = static_cast<std::int32_t>(count);
 }
 
+/// In steps of four slots. Slots that there are already grow by the rate at least, so that
+/// filling an array one by one takes time in proportion to its length.
 int KazArrayPtr::capacityFor(std::int64_t count) const {
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     std::int64_t wanted = (count + 3) & ~std::int64_t{3};
@@ -117,6 +127,7 @@ void KazArrayPtr::enlarge(std::int64_t count) {
     } else {
         void** slots = allocateSlots(newCapacity);
         if (data) {
+            // Another owner of the old block may count more elements than this array does.
             storageOf(slots).occupied = storage().occupied;
             moveSlots(slots, data, std::max(size, storage().occupied));
         }
@@ -131,6 +142,7 @@ void KazArrayPtr::setGrowthRate(float rate) {
 }
 
 void KazArrayPtr::freeExtra() {
+    // Slots that others look at must not move.
     if (size == capacity || storage().owners > 1)
         return;
     if (size == 0) {

@@ -34,6 +34,7 @@ KazColl::~KazColl() {
 KazColl& KazColl::operator=(const KazColl& other) {
     if (this == &other)
         return *this;
+    // What this object had is checked out last: an element function then finds the copy complete.
     const Departing old = data && data == other.data ? Departing{} : depart();
     if (data != other.data)
         joinSharersOf(other);
@@ -71,6 +72,8 @@ void KazColl::prepare(int index, int count) {
     } while (needed() > capacity);
 }
 
+/// An iterator at the end has nothing behind it that would move, so only an insertion inside is
+/// told to the iterators.
 void** KazColl::openSlots(int index, int count) {
     prepare(index, count);
     const bool isInside = index < size;

@@ -286,6 +286,8 @@ void* KazHashTable::Held::lookUp(const void* key, std::int32_t length, bool& fou
 }
 
 void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
+    // An element function asks for the very key that is being checked out: the entry still stands
+    // where it did, though no search meets it.
     if (const Departure* own = hidden_.departures.ofKey(key)) {
         found = true;
         return table_.buckets_[own->bucket]->entries()[own->end - 1].value;
@@ -301,6 +303,7 @@ void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
 // ---- Binding
 
 bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
+    // Without a check-in the key stays the caller's, who may change its text behind the index.
     if (texts_ && !table_.keyCheckIn_)
         texts_->rest();
     if (goesByIndex() && keepsText(table_.keyCheckIn_) && keepsText(table_.valueCheckIn_) &&

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A passage keeps numbers of slots, never pointers: slots move whenever somebody inserts. Each
+// insertion and removal is told to all passages of all sharers, the inner ones too, and each of
+// them corrects its own numbers by the same two rules: what lies behind an insertion moves back,
+// and what lies in a removed stretch is gone.
 #include "tools/containers/detail/Passages.h"
 
 #include "tools/util/detail/allocate.h"
@@ -26,6 +30,8 @@ void Passage::leave(Passage*& list) const {
     list = outer;
 }
 
+/// What is inserted inside the stretch belongs to it. On the side that is done it stays, as only
+/// slots that are null are taken out; on the other side it goes with the rest.
 void Removal::inserted(int index, int count) {
     if (index > begin && index >= end)
         return;
@@ -67,6 +73,8 @@ void Arrival::removed(int index, int count) {
     }
 }
 
+/// Items that were never checked in are still the caller's. Their slots read as null from now on,
+/// so that whoever has the slots checks none of them out.
 void Arrival::abandoned() {
     for (int i = 0; i < total_; ++i) {
         if (i >= next_ && places_.get()[i] >= 0)

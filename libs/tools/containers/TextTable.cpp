@@ -1,4 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// Three states. Active: the index has each key of the table, and a bucket's first `sorted_`
+// entries are in order, with the newer ones behind them in any. Dozing and resting: the index is
+// empty and every bucket is in order, as the search without an index needs it; only a doze ends
+// before the table is cleared. Every way out of the active state goes through sleep(), which puts
+// the buckets in order first.
+//
+// What a look at all keys costs is not spent at once but saved up by those who go the long way:
+// a table that is often asked is looked at soon, and one that hardly is, hardly ever.
 #include "tools/containers/detail/TextTable.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -49,6 +57,7 @@ bool TextTable::pay(std::int32_t cost) {
 }
 
 bool TextTable::isDue(std::int32_t cost) {
+    // The cost is limited by the caller, so that the sum stays far from the end of an int.
     paid_ += cost;
     if (state_ == State::active)
         return static_cast<std::size_t>(paid_) * keysForSearch >= keys_.size();
@@ -76,6 +85,8 @@ bool TextTable::isEachInPlace() const {
     for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket) {
         KazBucket* block = buckets_[bucket];
         for (std::int32_t i = 0; block && i < block->count; ++i) {
+            // Both must hold by today's rules: the bucket that the hash names, and an ascending
+            // order in it.
             const void* key = block->entries()[i].key;
             const unsigned hash = KazString::hashNoCaseDisguised(key);
             const bool isHome =

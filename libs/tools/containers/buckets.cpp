@@ -39,6 +39,7 @@ std::int64_t grownCapacity(std::int32_t capacity) {
     return capacityOf((wanted * narrowEntry + 31) & ~std::int64_t{15});
 }
 
+/// The least capacity of such a block that holds @p count entries.
 std::int64_t tightCapacity(std::int32_t count) {
     return capacityOf((std::int64_t{count} * narrowEntry + 23) & ~std::int64_t{15});
 }
@@ -107,6 +108,8 @@ void removeEntry(KazBucket*& block, std::int32_t index) {
     }
 }
 
+/// A long tail is sorted with all the rest; a short one is merged in portions, each of which
+/// moves what is behind it once instead of once for each entry.
 void sortTail(KazBucket& block, std::int32_t sorted, const KeyOrder& order) {
     KazBucketEntry* entries = block.entries();
     const std::ptrdiff_t count = block.count;
