@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A cell is assigned, kept or empty. Only an assigned one is believed by the next question; what
+// is merely kept is there for the lifetime of a pointer that was handed out.
 #include "tools/config/KazEnvValue.h"
 
 #include "tools/util/detail/or_empty.h"
@@ -13,6 +15,7 @@ void KazEnvValue::keep(const char* newText) {
         clear();
         return;
     }
+    // An equal text keeps its block, so pointers that callers hold stay good.
     if (null_ || text_ != newText)
         text_ = newText;
     null_ = false;

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// One walk along the chain serves those who fill the table and those who only show what the files
+// say: they differ in what they do with a text, which is the reader's affair. The walk ends for
+// one of four reasons and gives that as its result; none is an error here, since a tool runs with
+// the files that could be read. A file that vanishes or grows while it is read is read as far as
+// it goes, up to a size that no configuration has.
 #include "tools/config/detail/ToolInfoChain.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -40,6 +45,7 @@ bool isAmong(const std::vector<KazString>& names, const KazString& name) {
 ToolInfoSource openToolInfo(const char* path) {
     ToolInfoSource source;
     KAZ_TRACE("config", "trying %s", path);
+    // The host's failure leaves its reason in errno; a stale ENOMEM would look like one.
     errno = 0;
     source.stream.reset(host::openForReading(path, source.status));
     if (!source && errno == ENOMEM)
@@ -63,6 +69,7 @@ bool readToolInfo(const ToolInfoSource& source, const char* name, std::string& t
         size += readFully(source.stream.get(), &text[size], text.size() - size);
         if (size > sizeLimit)
             return refuseSize(name);
+        // A text that was filled up to its last byte may go on.
     } while (size == text.size());
     text.resize(size);
     const bool isWhole = std::ferror(source.stream.get()) == 0;

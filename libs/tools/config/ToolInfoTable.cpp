@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// A file is read into one block, its Source, and a definition points into that: name and value
+// are terminated in place, which costs no allocation for each line. A definition keeps its Source
+// alive, so the pointers that callers were given stay good until that very name is defined again.
+//
+// Names are never taken out of the index. A removed definition has a null value, and the place is
+// used again when the name comes back. put() cannot fail: makeRoom() has been called for it.
 #include "tools/config/detail/ToolInfoTable.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -27,6 +33,8 @@ std::string_view trimmed(std::string_view text) {
 
 } // namespace
 
+/// A line that is longer than the limit is cut, and what is left of it counts as the next line. A
+/// NUL ends a line's text, as for everybody who reads terminated texts.
 std::string_view takeToolInfoLine(std::string_view& text) {
     std::string_view line = text.substr(0, lineLimit);
     line = line.substr(0, line.find('\n'));
@@ -34,6 +42,8 @@ std::string_view takeToolInfoLine(std::string_view& text) {
     return line.substr(0, line.find('\0'));
 }
 
+/// The parts point into @p line. The name is set also where the line has no name before its "=",
+/// so that a check of the file can tell this from a line without "=".
 bool parseToolInfoLine(std::string_view line, ToolInfoLine& result) {
     if (line.empty() || line.front() == '%' || line.front() == '.')
         return false;

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A diagram's name is the user's own text, and only on its way to the disk becomes the name of a
+// file: each illegal character is exchanged for its replacement, byte by byte, so the length
+// stays. The two sets come from the configuration and are read once, at the first name; names
+// made before and after a later assignment would otherwise not find each other's files.
 #include "tools/config/filestore.h"
 
 #include "tools/app/KazToolsContext.h"
@@ -66,6 +70,7 @@ bool isSystemNamed() {
     return *orEmpty(kaz_env_system()) != '\0';
 }
 
+/// A project directory of no characters is the current one, which the project database refuses.
 bool isProjectDirSet() {
     const char* dir = kaz_env_projdir();
     return dir != nullptr && (*dir != '\0' || !kaz_env_pdb_enabled());
@@ -142,8 +147,11 @@ char* edit_make_name() {
     static char name[diagramFileSize];
     std::string diagram = orEmpty(kaz_env_diagram());
     name[0] = '\0';
+    // Without a diagram the answer is "" and not the directory alone, which is another file's
+    // name.
     if (diagram.empty())
         return name;
+    // In place: it reads each byte before it writes it.
     kaz_diag_strcpy(diagram.data(), diagram.c_str());
 
     KazString whole = kaz::detail::systemDir();

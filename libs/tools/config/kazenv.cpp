@@ -1,4 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// A value is looked for in the order of how deliberately it was given: assigned in this run, on
+// the command line, in the environment or the configuration. What was found outside is kept in
+// the value's cell of the tools context only so that the pointer that is returned has an owner;
+// each question looks again, since the outside may have changed. Only an assignment ends the
+// looking. Without an application there are no cells, and the answer belongs to whoever gave it.
+//
+// Numbers and truth values are texts up to the last step. A text that is no number reads as 0, as
+// it always has; who needs to know asks kaz_check_integer and its relatives.
 #include "tools/config/kazenv.h"
 
 #include "tools/app/KazToolsContext.h"
@@ -32,6 +40,7 @@ bool isKnown(kaz_env_id_enum id) {
 }
 
 /// The tools context notes of six values that they have been settled.
+/// They are flags of the context's own, which tools read there.
 void noteSettled(KazToolsContext& context, kaz_env_id_enum id) {
     switch (id) {
     case kaz_env_id_projdir:

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Rooms further down ask here for what a site has set, before anybody has looked a variable up
+// and in programs that have no configuration at all. So the question must never be what reports
+// that there is no configuration: where no file can be opened, the setting is simply not made.
 #include "tools/util/detail/site_setting.h"
 
 #include "tools/config/toolinfo.h"

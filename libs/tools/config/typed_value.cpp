@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A value is judged as a whole: blanks around it are forgiven, anything else behind the number is
+// not, since "10 MB" read as 10 would be a quiet mistake. The reason of a refusal is told apart
+// from the refusal, because users are told what to mend. The caller's variable is written only
+// for a value that is good.
 #include "tools/config/typed_value.h"
 
 #include "tools/config/toolinfo.h"
@@ -54,6 +58,8 @@ kaz_value_enum kaz_check_boolean(const char* text, bool* value) {
     if (text == nullptr)
         return kaz_value_missing;
     const bool isYes = TI_yesorno(text, false);
+    // The reader of truth values answers with its default for what it does not know: two defaults
+    // show whether it knew.
     if (isYes != TI_yesorno(text, true))
         return kaz_value_malformed;
     if (value != nullptr)

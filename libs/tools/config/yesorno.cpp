@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Only the first character counts, in English and German and for "true": "on" and "off" share
+// theirs and are the only words that are read whole.
 #include "tools/config/toolinfo.h"
 #include "tools/util/text.h"
 
