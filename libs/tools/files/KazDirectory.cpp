@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// A directory that is not open is no object at all, so a default-constructed one costs nothing. A
+// name that is handed in is one component or it is refused here: "..", a separator or an empty
+// text never reaches the host, whatever the host would make of it. Results come from the host
+// unchanged; whatever is done after a call, a trace or the building of a text, puts its errno
+// back.
 #include "tools/files/KazDirectory.h"
 
 #include "tools/files/KazTreeCursor.h"
@@ -205,6 +210,8 @@ int KazDirectory::copyFile(const KazDirectoryEntry& entry, const KazDirectory& t
     const auto copy = [&](const host::Directory& self, const std::string& name) {
         if (!target.isOpen())
             return failWith(EBADF);
+        // For anything but a known regular file the host looks itself: a link's kind says as
+        // little as a kind that the caller has made up.
         const bool isFile = entry.kind == KazFileKind::File;
         const host::Kind kind = isFile ? host::Kind::file : host::Kind::link;
         return self.copyFile({name, kind, true}, *target.directory_, rulesOf(rules));
@@ -271,6 +278,7 @@ private:
             note(name);
     }
 
+    /// The first failure is the one that tells; those above it only follow from it.
     void note(const KazString& name) {
         if (reason_ != 0)
             return;
@@ -294,6 +302,7 @@ int KazDirectory::removeTree(const char* name, KazString* failed) const {
         result = removeFile(name);
     else if (result == 0) {
         KazDirectory directory = openDirectory(name);
+        // One that cannot be opened may still be empty, and then it can be removed.
         const bool isOpen = directory.isOpen();
         Removal removal(std::move(directory));
         const int emptied = isOpen ? removal.run() : -1;

@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// Copying and deleting are walks with a stack of their own, so that the depth of a tree costs
+// memory of the heap and not of the stack. What could not be done is noted and the walk goes on:
+// the errors hold one path a line, in the order in which they were met.
+//
+// A pattern is asked for again in each directory that the walk comes to, with its own directory
+// part: that may lead elsewhere, and the level remembers where it has come from.
 #include "tools/files/KazFileManager.h"
 
 #include "tools/files/KazDirectory.h"
@@ -237,6 +243,7 @@ bool KazFileManager::plan(KazString dest, KazString pattern, bool recursive, boo
         .run();
 }
 
+/// Names stand between newlines, so that none is found inside another one.
 bool KazFileManager::isExcluded(const char* name) const {
     if (exclusions_.isEmpty())
         return false;

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The answers are found anew at each question, except for the directory of the installation,
+// which cannot change while the process runs. "~" has one buffer for its results: the next
+// expansion takes the place of the last one, unless the path had nothing to expand and is its own
+// result.
 #include "tools/files/home.h"
 
 #include "tools/files/path_text.h"
@@ -98,6 +102,7 @@ const char* _TI_hm(const char* path) {
         return "";
     if (!isHomePath(path))
         return path;
+    // Whole before the buffer changes, as the path may stand in the buffer.
     std::string expanded = expandedHome(path + (path[1] == '\0' ? 1 : 2));
     if (expanded.empty())
         return path;

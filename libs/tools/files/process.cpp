@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Commands cross the border to the shell as one line, and results come back through sinks that
+// get the bytes as they arrive. A line of output ends with a newline or with the output; NULs in
+// it become blanks, since a message is a terminated text.
 #include "tools/files/process.h"
 
 #include "tools/files/detail/text.h"
@@ -39,6 +42,7 @@ bool readWords(const char* text, Words& words) {
 }
 
 /// The vector, its terminating null and the words behind it in one block.
+/// One block, so that callers release everything with one call.
 char** oneBlock(const Words& words) {
     std::size_t size = (words.size() + 1) * sizeof(char*);
     for (const HeapText& word : words)
@@ -129,6 +133,7 @@ KazString argv_to_str(int argc, const char* const* argv) {
     for (int i = 0; argv != nullptr && i < argc && argv[i] != nullptr; ++i) {
         if (i > 0)
             line += ' ';
+        // The first word alone can be mistaken for something of the shell's language.
         const HeapText word(quote_word(argv[i]));
         const bool onlyPlain = i == 0 && !word_needs_quotes(argv[i]);
         if (onlyPlain && hasMeaningInFront(argv[i]))

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A stamp is three words: where the number counts, the number, and when that process was started.
+// Numbers are used again, so a number alone tells nothing. What cannot be known, a stamp of
+// another place or one that is no stamp, is told apart from what is known not to run.
 #include "tools/files/processstamp.h"
 
 #include "tools/files/detail/text.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Paths come in native text and go to the host as they are; errno is the host's when a function
+// fails, and every such failure can be traced. Names of temporary files are handed over together
+// with the file, so that nobody can take the name in between.
 #include "tools/files/tifiles.h"
 
 #include "tools/files/detail/pattern.h"
@@ -27,6 +30,7 @@ int failWith(int number) {
     return -1;
 }
 
+/// Made or there already, perhaps by somebody else in between: both are what the caller wants.
 int makeOne(const std::string& dir) {
     if (host::makeDirectory(dir.c_str(), 0777) == 0)
         return traced(0, "make directory", dir.c_str());
@@ -73,6 +77,8 @@ char* TI_catfile(const char* dir, const char* name, char* out, int size) {
 int TI_makedir(const char* dir) {
     const std::string path = orEmpty(dir);
     for (std::size_t i = static_cast<std::size_t>(kazRootPartLength(dir)); i < path.size(); ++i) {
+        // Each separator that ends a component, once, however many stand in a row; the root is
+        // never made.
         const bool endsComponent = isSeparator(path[i]) && i > 0 && !isSeparator(path[i - 1]);
         if (endsComponent && makeOne(path.substr(0, i)) != 0)
             return -1;

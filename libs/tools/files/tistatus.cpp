@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Every function opens the directory of the last component and then speaks of an entry in it. So
+// the same code serves paths of any length, and a link that is the last component is itself what
+// is removed or renamed.
 #include "tools/files/tistatus.h"
 
 #include "tools/files/detail/pattern.h"
@@ -64,6 +67,7 @@ int TI_status(const char* path, KazFileStatus& status, bool followLinks) {
         return notThere(status);
     if (place.isEntry())
         return place.directory().getStatus(place.name(), status, followLinks);
+    // A root, "." and ".." name directories that are no entry of another one here.
     const KazDirectory self(path);
     return self.isOpen() ? self.getStatus(status) : notThere(status);
 }

@@ -1,4 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+// Two cursors walk at once, one in the source and one in the target. The latter may fall behind:
+// below a directory that could not be made or entered there is nowhere to copy to, and `lost_`
+// counts how many levels the walk is below it, so that every file there is reported and none is
+// copied to a wrong place.
+//
+// Whether a target was written by this very copy is told by its date: that is how two names of
+// the source that are one name in the target are noticed. The date counts from the start of the
+// directory, whose level keeps the outer one's.
 #include "tools/files/detail/TreeCopy.h"
 
 #include "tools/files/detail/pattern.h"
@@ -42,6 +50,7 @@ bool TreeCopy::run() {
 void TreeCopy::goOn() {
     TreeLevel& level = levels_.back();
     if (level.next < level.entries.size()) {
+        // A copy, because a new level may move the levels and with them this one's entries.
         const KazDirectoryEntry entry = level.entries[level.next++];
         copyEntry(entry);
         return;
@@ -175,6 +184,7 @@ bool TreeCopy::copyFile(const KazDirectoryEntry& entry) {
     KazCopyRules rules;
     if (source_.directory().copyFile(entry, target(), rules) == 0)
         return true;
+    // Only a file that was in the way is replaced; every other failure is final.
     const bool taken = errno == EEXIST;
     KazFileStatus existing; // missing also behind a dangling link
     const bool known = target().getStatus(entry.name, existing, true) == 0 || errno == ENOENT;

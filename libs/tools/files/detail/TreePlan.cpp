@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// The walk is the copy's own, with the steps that write exchanged for steps that look. What the
+// copy would have made by then is not there, so it is remembered instead: directories by how many
+// levels the walk is inside them (`made_`), names that are taken where case does not count, and
+// the places that the copy would have dated. So a plan costs memory in proportion to what it
+// foretells.
 #include "tools/files/detail/TreePlan.h"
 
 #include "tools/platform/host.h"
@@ -83,10 +88,12 @@ bool TreePlan::isNew(const char* name) const {
     return made_ > 0 || (target().getStatus(name, status) != 0 && errno == ENOENT);
 }
 
+/// A directory that the copy makes is the user's own.
 bool TreePlan::isWritable() const {
     return made_ > 0 || mayUse(targetPath(), wantsWriting);
 }
 
+/// Where case counts, two names of the source never meet in the target.
 bool TreePlan::isTaken(const char* name) const {
     return foldsCase_ && taken_.contains(lowered(targetOf(name)));
 }
