@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// Three streams of the child are cut into lines here: its output and its errors go to the
+// director, and what comes through the pipe of reports advances this tool's progress. Each line
+// is shown when it is complete, so lines of the streams may come in another order than the child
+// wrote them.
+//
+// The child's step is opened before it is started and closed after it has ended, however that
+// was: a child that reports nothing leaves a progress that is right at the end.
 #include "tools/messages/KazChildTool.h"
 
 #include "tools/messages/KazIODirector.h"
@@ -129,6 +136,7 @@ int kazRunTool(KazProgressHandle& progress, double share, const char* const* arg
     launch.isText = true;
     launch.reports = &reports;
     launch.reportVariable = kaz::detail::ParentProgress::variable;
+    // Without a handler nobody could be told of the wish to stop.
     launch.watch = progress.cancelHandler_ != nullptr ? &watch : nullptr;
 
     progress.startSubProgress(share, 100);

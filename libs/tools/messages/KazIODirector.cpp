@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// Directors are a chain: the one in force knows the one that it replaced. Everything that a tool
+// says passes the static functions here: what is recorded is recorded by them, progress goes to a
+// parent that asked for it, and all else to the director in force, or to the console once that
+// director has fallen back with nobody before it.
+//
+// A director's end is the delicate part, since others may name it as theirs to fall back to. So
+// all living directors are listed, and one that goes is taken out of every chain.
 #include "tools/messages/KazIODirector.h"
 
 #include "tools/messages/detail/Dialogue.h"
@@ -55,6 +62,8 @@ void KazIODirector::install() {
     theIODirector = this;
 }
 
+/// The director before takes over at once; where there was none, this one stays installed and its
+/// console operations are called past the virtual table.
 void KazIODirector::fallBack() {
     KAZ_TRACE("messages", "director falls back to %s",
               previous_ != nullptr ? "the one before" : "the console");

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Watches nest; the outermost one installs the handlers and takes them away. In between a signal
+// is only noted, and the tool looks where it can stop.
 #include "tools/messages/KazInterruptWatch.h"
 
 #include "tools/platform/host_signals.h"

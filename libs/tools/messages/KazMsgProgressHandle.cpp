@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A message of the progress is printed as well. The text is formatted once, and the result goes
+// through a printf again as a format that asks for nothing, because that is all that the director
+// takes.
 #include "tools/messages/KazMsgProgressHandle.h"
 
 #include "tools/messages/KazIODirector.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Ranges nest, the innermost first in the collection. A range maps its own 0 to 100 onto a
+// stretch of the overall scale, and the overall value is the only state that a derived class
+// shows: no range moves it back. What is out of range or no number counts as complete.
 #include "tools/messages/KazProgress.h"
 
 #include "tools/messages/KazProgressRange.h"
@@ -100,6 +103,8 @@ double KazProgress::set(double value, bool absolute) {
     return setProgress(toOverall(value));
 }
 
+/// Gives the percentage within the range, which may be less than was asked for: a range never
+/// goes back, and what would lead beyond its end completes it.
 double KazProgress::setInRange(KazProgressRange& range, double value) {
     if (range.percent == complete || value <= range.percent)
         return range.percent;

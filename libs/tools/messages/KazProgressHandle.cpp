@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A handle is a number: the progress itself is the director's, or the parent's where this tool is
+// one step of another one. Both are asked anew at each call, because the director may change
+// while the handle lives. The layout has room for a plain cancel handler only, so handlers with
+// data lie in a list beside, found by the number.
 #include "tools/messages/KazProgressHandle.h"
 
 #include "tools/messages/KazIODirector.h"
@@ -111,6 +115,8 @@ KazString KazProgressHandle::asCmdLine(int a, int b) {
     return option;
 }
 
+/// Two or three numbers with colons between; nothing is stored unless the whole text is a
+/// channel.
 bool KazProgressHandle::parseChannel(const char* channel, int& id, int& a, int& b) {
     if (channel == nullptr)
         return false;

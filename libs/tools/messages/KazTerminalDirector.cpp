@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The director decides who shows something, its screen how. Where the output is no terminal, or
+// the style is the console's, the operations of the base class do the work, so that files and
+// pipes get byte for byte what they always got. The screen is made at the first use and belongs
+// to the director.
 #include "tools/messages/KazTerminalDirector.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -95,6 +99,7 @@ void KazTerminalDirector::doPrintError(const char* format, va_list args) {
     va_end(again);
 }
 
+/// Shown as this class shows errors, whatever a derived director makes of those.
 void KazTerminalDirector::doFatalError(const char* format, va_list args) {
     KazTerminalDirector::doPrintError(format, args);
     std::exit(fatalStatus);

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// A tool that another one has started reports to it through a pipe that it inherits. One progress
+// at a time is told, the first to begin; the others are shown by this tool's own director.
+// Reports are lines of a channel and a percentage in tenths, and none is written twice. When the
+// parent has gone, the pipe is closed and nothing more is said: a child does not fail for want of
+// a listener.
 #include "tools/messages/detail/ParentProgress.h"
 
 #include "tools/messages/KazProgressHandle.h"

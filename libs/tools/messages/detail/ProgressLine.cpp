@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A line never fills the last column, where some terminals begin the next line. The percentage
+// always stands; the bar takes what is left and goes first, then the other pieces in the order of
+// Piece, until the line fits. Columns are counted, not bytes.
 #include "tools/messages/detail/ProgressLine.h"
 
 #include "tools/messages/detail/TerminalText.h"
@@ -115,6 +118,8 @@ std::string progressLine(const ProgressFigures& figures, int width, bool utf8) {
     const auto cells = [&] { // what is left for the bar, its ends and its blank taken off
         return room - columnsOf(texts) - static_cast<int>(percent.size()) - 3;
     };
+    // Of all pieces, before any goes: a bar does not come back where something else has made
+    // room.
     const int cellCount = cells();
     for (int piece = 0; piece < pieceCount && cells() + 3 < 0; ++piece)
         texts[static_cast<std::size_t>(piece)].clear();

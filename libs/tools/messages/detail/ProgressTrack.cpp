@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// Steps nest, and each is a stretch of the overall scale; the percentage never goes back. Time is
+// always handed in, so that what is computed can be tested and a recording needs no clock.
+//
+// Speed is the plain mean while the progress is young, and later a mean that forgets at the rate
+// of its window: the last pieces tell more of the remaining time than the first.
 #include "tools/messages/detail/ProgressTrack.h"
 
 #include <algorithm>

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// What is shown may come from files and from other people. Nothing that a terminal would obey
+// gets through: control characters are shown as a caret and a letter, and characters that cannot
+// be shown or that reorder the others as a question mark. Columns are counted as the terminal
+// counts them.
 #include "tools/messages/detail/TerminalText.h"
 
 #include "tools/formats/encode.h"
