@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A child is awaited exactly once, here or, when it outlives the patience of stop(), by a later
+// reapAbandoned(). Until then its number is its own, so that signals to the number and to its
+// group reach nobody else. The list of abandoned ones has room before a child is started: to
+// abandon one cannot fail.
 #include "tools/platform/posix/child.h"
 
 #include "tools/platform/deadline.h"

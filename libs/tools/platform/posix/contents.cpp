@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// The kernel copies where it can: by sharing the blocks, else inside itself, else the bytes go
+// through a buffer. Each way goes on where both files stand, so that one can take over from
+// another in the middle. A size that was told beforehand is a hint: the source may grow or shrink
+// meanwhile, and the end is where a read says so.
+//
+// Holes stay holes, as a file of much nothing would otherwise fill the target's disk.
 #include "tools/platform/posix/contents.h"
 
 #include "tools/platform/host.h"

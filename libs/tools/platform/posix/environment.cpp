@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The environment is the C library's own, of this process; its texts are passed on as they are,
+// and the directories that are found through it are told in native text. There are none here that
+// a host keeps for the data of programs, so the two functions for them answer with nothing.
 #include "tools/platform/host.h"
 #include "tools/platform/host_environment.h"
 

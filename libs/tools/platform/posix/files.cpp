@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Files by path. A native path that no file here can have, with a drive or a share in front, is
+// refused with ENOENT before the system is asked: as plain text it might name some other file.
+// Results are the system's, with calls repeated that a signal interrupted.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/copy_at.h"
 #include "tools/platform/posix/descriptor.h"
@@ -94,6 +97,8 @@ int removeFile(const char* path) {
 }
 
 unsigned fileMask() {
+    // There is no other way to ask. Nothing that another thread creates in between is open to
+    // anybody.
     const mode_t mask = ::umask(0777);
     ::umask(mask);
     return mask;

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names come from the system's own records and never from the environment, which anybody can set.
+// No question goes to a name server: a tool must not wait for one to write a line of text.
 #include "tools/platform/host.h"
 
 #include <array>
@@ -24,6 +26,7 @@ User realUser() {
     std::vector<char> buffer(1024);
     passwd entry{};
     passwd* found = nullptr;
+    // The size that a record needs is known only when it has fit.
     while (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE)
         buffer.resize(2 * buffer.size());
     User user;

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Each line goes out by itself, without a buffer in this process: what was written is there when
+// the process ends in whatever way. The opening must not wait, as nobody may ever read the pipe
+// of that name; the writing may. Signals that a write can raise are held, so that it fails with
+// errno.
 #include "tools/platform/host.h"
 #include "tools/platform/host_lines.h"
 #include "tools/platform/posix/descriptor.h"

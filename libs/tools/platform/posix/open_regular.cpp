@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Only regular files are opened, and never so that the opening waits: a pipe without a writer
+// would hold a tool for ever, and some devices do something when they are opened. The kind is
+// looked at on the open file, since a name can be exchanged between a look at it and the opening.
 #include "tools/platform/posix/open_regular.h"
 
 #include <fcntl.h>

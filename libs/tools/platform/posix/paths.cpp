@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Native text and the host's spelling differ in the separator alone; every other byte passes
+// unchanged. Absolute paths are made by text only: ".." takes the last component away whether or
+// not it is a link, and nothing is asked of the file system but the current directory.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/descriptor.h"
 

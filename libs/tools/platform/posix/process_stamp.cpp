@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// What tells a process from any other of the same number: the boot of the system, the namespace
+// that counts its numbers, and the clock tick at which it was started. All of it is read from
+// /proc, which may be missing or closed to us; then the answer is that nothing is known.
 #include "tools/platform/host_process_stamp.h"
 
 #include "tools/platform/posix/descriptor.h"

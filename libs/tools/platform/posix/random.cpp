@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The bytes are the system's, fit for identifiers that nobody is to guess. Whatever keeps some of
+// them for later has to notice that the process was forked, or two processes would give out the
+// same ones: the generation counts forks.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/descriptor.h"
 

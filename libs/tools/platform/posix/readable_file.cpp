@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Reads are at offsets and move no position, so that several parts of a program can share the
+// file. A short result means the end or a failure, and errno is only touched by the latter.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/open_regular.h"
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Files for reading, the kind of which is looked at; the question whether a file could be opened
+// is put to the system by opening it, since permissions alone do not tell.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/file_status.h"
 #include "tools/platform/posix/open_regular.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A replacement is written under a name of its own beside the target, readable by its user alone,
+// and takes the target's name in one step: at every moment the target is the old file or the new
+// one, as a whole. A link is followed first, since renaming over it would replace the link. What
+// did not become the target is removed again, with errno kept.
 #include "tools/platform/posix/replacement.h"
 
 #include "tools/platform/posix/held_signals.h"
@@ -70,6 +74,8 @@ Replacement::~Replacement() {
     errno = saved;
 }
 
+/// True when the group is the old one's. Only a privileged user may give a file away; its group
+/// may still be one of the user's own.
 bool Replacement::takeOwner(const struct stat& old) const {
     struct stat own;
     if (look(get(), "", AT_EMPTY_PATH, own) != 0)
@@ -84,6 +90,7 @@ bool Replacement::takeOwner(const struct stat& old) const {
 int Replacement::takeOver(const struct stat& old) const {
     mode_t mode = old.st_mode & 0777;
     if (!takeOwner(old))
+        // Another group now has what the old one had; it gets no more than everybody does.
         mode &= ~mode_t{070} | ((mode & 07) << 3);
     return setMode(mode);
 }

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// All settings of a user are one text file. Readers take no lock, as the file is only ever
+// exchanged as a whole; writers hold the lock of a file beside it from reading to replacing, so
+// that no change of another process is lost. A change is carried out on what the file holds then,
+// not on what was once read. Nothing is written where nothing would change.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/open_regular.h"
 #include "tools/platform/posix/replacement.h"
@@ -87,6 +91,8 @@ std::int64_t milliseconds() {
 }
 
 int lock(const Descriptor& file) {
+    // The lock of a process that was killed goes with it: who waits longer waits for one that
+    // hangs.
     constexpr std::int64_t patience = 5000; // milliseconds
     constexpr long longestPause = 20'000'000;
     const std::int64_t start = milliseconds();
@@ -127,6 +133,8 @@ int replace(const std::string& file, const std::string& text) {
         return -1;
     struct stat old;
     if (look(AT_FDCWD, target.c_str(), AT_SYMLINK_NOFOLLOW, old) == 0)
+        // As far as that may be done: an administrator who changes a user's settings leaves them
+        // the user's.
         next.takeOwner(old);
     if (next.setMode(0600) != 0 || next.sync() != 0)
         return -1;

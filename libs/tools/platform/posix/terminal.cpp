@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The handlers run between any two instructions of the tool. So they touch only what is complete
+// before they are installed, and call only what may be called in a handler. Echo is a state of
+// the terminal and not of the process: whoever takes it away gives it back on every way out.
 #include "tools/platform/host.h"
 
 #include <cerrno>

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A file that is there or comes to be is replaced as a whole, and keeps its owner and permissions
+// as far as this user may give them. What is no file, a pipe or a device, has no contents to
+// replace and is written into.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/open_regular.h"
 #include "tools/platform/posix/replacement.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A program gets one line here and takes it apart by itself; nearly all do so by the rules of the
+// runtime library, which this follows. What needs no quotes gets none, so that programs with
+// rules of their own mostly get what they expect.
 #include "tools/platform/windows/command_line.h"
 
 namespace kaz::host {

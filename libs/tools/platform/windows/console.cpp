@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Echo is a mode of the console and outlives the process: it is given back on every way out that
+// the system tells of.
 #include "tools/platform/host.h"
 
 #include <windows.h>
@@ -31,6 +33,7 @@ bool echoOff() {
     if (GetConsoleMode(input(), &mode) == 0)
         return false;
     echoingMode = mode | ENABLE_ECHO_INPUT;
+    // From the installation on the handler may run, on a thread of its own, and needs both.
     echoIsOff = true;
     SetConsoleCtrlHandler(giveConsoleBack, TRUE);
     SetConsoleMode(input(), mode & ~DWORD{ENABLE_ECHO_INPUT});

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The system copies a file with everything that belongs to it, under a name of its own beside the
+// target; the last step gives it the target's name. So the target is absent, the old file or the
+// whole new one. A copy counts as written now, whatever the system makes of its date.
 #include "tools/platform/windows/copy.h"
 
 #include "tools/platform/windows/errors.h"
@@ -11,6 +14,7 @@ namespace kaz::host {
 
 namespace {
 
+/// Before the work: the system would refuse as well, but only after it.
 int checkTarget(const std::wstring& target, const FileStatus& source, bool mayReplace) {
     FileStatus info;
     if (statusOfLiteral(target, false, info) != 0)
@@ -45,6 +49,7 @@ int dateNow(const std::wstring& name) {
     return succeededOrFail(file.isOpen() && SetFileTime(file.get(), nullptr, nullptr, &now));
 }
 
+/// A copy of a file that nobody may write to is not to be deleted either, before that is undone.
 void removeQuietly(const std::wstring& name) {
     const int saved = errno;
     if (SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL) != 0)

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The environment is the runtime library's own. Directories for the data of programs are asked of
+// the registry, where users may have moved them.
 #include "tools/platform/host.h"
 #include "tools/platform/host_environment.h"
 #include "tools/platform/windows/errors.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The system's numbers become those that callers know from elsewhere. What is missing in the
+// table becomes EINVAL, which is to say: something that nobody here has foreseen.
 #include "tools/platform/windows/errors.h"
 
 #include <array>

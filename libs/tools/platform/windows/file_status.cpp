@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A file is opened for its attributes alone, which nobody's sharing mode forbids, and asked
+// itself: a listing's answer may be out of date. Links are what the system calls reparse points;
+// whether one is followed is decided at the opening. There are no permission bits, so they are
+// made up as the runtime library does.
 #include "tools/platform/windows/file_status.h"
 
 #include "tools/platform/windows/errors.h"
@@ -60,6 +64,7 @@ int statusOfLiteral(const std::wstring& path, bool followLink, FileStatus& resul
                                   OPEN_EXISTING, flags, nullptr));
     if (!file.isOpen())
         return failWithLastError();
+    // A device has none of what follows, and some block the one who asks.
     if (GetFileType(file.get()) != FILE_TYPE_DISK) {
         result.kind = Kind::special;
         return 0;

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Files by path, mostly through the runtime library, which sets errno itself. What it does
+// differently from elsewhere is mended here: the mode "x" that it does not know, and its habit of
+// leaving temporary files to be inherited.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/copy.h"
 #include "tools/platform/windows/text.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Names come from the system as wide text and leave as UTF-8. Sizes are asked for before the
+// text, since names have no limit that would hold on every version.
 #include "tools/platform/host.h"
 
 #include <algorithm>

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// What a program is started with: its file, its environment, and a line that the command
+// interpreter reads. Names of files and variables are the same in either case. Batch files are
+// refused as programs, because the interpreter that runs them reads their arguments by other
+// rules than programs do, and no quoting serves both.
 #include "tools/platform/windows/launch_text.h"
 
 #include "tools/platform/host.h"

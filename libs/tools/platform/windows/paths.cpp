@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Every path can be meant here, and only "/" is exchanged for the separator. Absolute paths are
+// the system's own work, since it alone knows the current directory of each drive; they have the
+// length that the plain functions of the system take.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/errors.h"
 

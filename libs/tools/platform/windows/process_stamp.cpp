@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A process is told from others of the same number by the machine and by the time of its start,
+// in the system's own ticks. One that others still hold open after its end counts as ended: it
+// has a status.
 #include "tools/platform/host_process_stamp.h"
 
 #include "tools/platform/windows/handle.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Both come from the system's library of cryptography. Sizes go there in portions, since it
+// counts in 32 bits.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/errors.h"
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Each read names its offset and moves no position that anybody relies on. The end of the file is
+// a failure to the system, and none to the caller.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/errors.h"
 #include "tools/platform/windows/file_status.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The kind is looked at before the opening, since some names hang when they are opened, and again
+// after it, since a name can be exchanged in between.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/errors.h"
 #include "tools/platform/windows/file_status.h"

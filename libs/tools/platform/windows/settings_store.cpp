@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A section is a key of the registry below the user's own, and a setting is a value of it. The
+// registry has no type for real numbers and truth values: these are eight bytes and one byte of
+// binary data. Each text of a list has a sign in front, as an empty one would end the list.
+// Values that something else has put there are neither read nor touched.
 #include "tools/platform/host.h"
 #include "tools/platform/host_settings.h"
 #include "tools/platform/utf8.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Inside the library a text of the host is in its code page; the wide functions of the system are
+// called where names must not be cut or mistaken. A literal path is one that the system takes as
+// it stands: of any length, with no name in it that means a device.
 #include "tools/platform/windows/text.h"
 
 #include "tools/platform/host.h"

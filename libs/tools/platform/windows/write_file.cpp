@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The new contents are written beside the target and take its name in one step: the target is the
+// old file or the new one, as a whole. Links are followed first, or the link itself would be
+// replaced.
 #include "tools/platform/host.h"
 #include "tools/platform/windows/errors.h"
 #include "tools/platform/windows/file_status.h"
