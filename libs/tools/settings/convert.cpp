@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A stored value has the type that its writer gave it, and readers ask for the one that they
+// need. A value that has no equal of that type is refused, so that the reader falls back to its
+// default; the result is written only on success.
 #include "tools/settings/detail/convert.h"
 
 #include <array>
@@ -32,6 +35,7 @@ bool read(std::string_view text, Number& result) {
     return true;
 }
 
+/// 2^63 itself is a double and no integer, hence the one bound that is not included.
 bool isWhole(double number) {
     constexpr double limit = 9223372036854775808.0; // 2^63
     return number >= -limit && number < limit && std::trunc(number) == number;

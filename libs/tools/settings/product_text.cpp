@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// One pass over the lines. Each line is checked before anything of it is taken, and the first bad
+// one ends the reading with its number: a product file is made by programs, so half of it is of
+// no use. The checksum is of the lines before its own as they are read, with one newline each, so
+// that a file that went through another system's line ends is still whole.
 #include "tools/settings/detail/product_text.h"
 
 #include "tools/platform/utf8.h"
@@ -42,6 +46,7 @@ bool isKey(std::string_view key) {
 }
 
 /// UTF-8 without control characters but TAB.
+/// The people who read the file see what the programs read.
 bool isReadable(std::string_view line) {
     std::string text(line);
     std::replace(text.begin(), text.end(), '\t', ' ');
@@ -94,6 +99,8 @@ bool isPartVersion(std::string_view version) {
                                version.find_first_of(blanks) == version.npos);
 }
 
+/// Relative, with "/" between names, and nowhere upwards: a part lies below the root on every
+/// host.
 bool isPartPath(std::string_view path) {
     if (path.find_first_of(":\\") != path.npos)
         return false;
