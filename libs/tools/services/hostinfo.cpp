@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Every answer has a second best, because tools print them and want no error: the short name for
+// the full one, the login name for the person's. The host's identity is a name-based identifier
+// made from the system's own, which is not to be shown to others as it is; without one the name
+// of the host serves, which is as good as unique on one network.
 #include "tools/services/hostinfo.h"
 
 #include "tools/files/detail/text.h"
