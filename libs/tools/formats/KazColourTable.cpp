@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A colour is kept once, at a number that documents refer to; the first one is the reader's own
+// choice and no colour. When the table is full, the nearest colour that it has stands for a new
+// one, so a document is never without. Parts of a hundred are computed in integers: the same
+// table gives the same text on every machine.
 #include "tools/formats/KazColourTable.h"
 
 #include "tools/formats/detail/TextBuilder.h"
@@ -32,6 +36,7 @@ constexpr Named reserved[] = {{"Black", 0x000000},   {"White", 0xFFFFFF}, {"Red"
                               {"Green", 0x00FF00},   {"Blue", 0x0000FF},  {"Cyan", 0x00FFFF},
                               {"Magenta", 0xFF00FF}, {"Yellow", 0xFFFF00}};
 
+/// Out of range means as far as it goes.
 unsigned char share(int value) {
     return static_cast<unsigned char>(std::clamp(value, 0, 255));
 }

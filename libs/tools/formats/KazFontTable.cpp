@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Families are told apart as readers do it, without regard to case. A name is cleaned when it
+// comes in, so that none can end the text of any format in which it is written. The first three
+// fonts are always there, with names that each format knows; a full table, or a name of which
+// nothing is left, gives the font of the body.
 #include "tools/formats/KazFontTable.h"
 
 #include "tools/formats/detail/TextBuilder.h"
@@ -34,6 +38,7 @@ bool isAllowed(char c) {
 }
 
 /// What is left of a name; "" for none.
+/// ASCII alone, since the formats disagree on the encoding of names.
 KazString cleaned(const char* family) {
     std::string text;
     for (const char c : std::string_view(kaz::detail::orEmpty(family)))

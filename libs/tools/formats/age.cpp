@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The longest unit of which there is at least one, or two where one would be too coarse, tells
+// the age. Counts are cut and not rounded: nothing is older than it is.
 #include "tools/formats/datetime.h"
 
 namespace {

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A moment is a number of seconds from 1970 in UTC, and every field of a date follows from it and
+// an offset. Only years of four digits exist here, so that sums of a moment and an offset are far
+// from any limit. Fields are checked before anything is computed; nothing is written on failure.
 #include "tools/formats/datetime.h"
 
 #include "tools/formats/detail/calendar.h"
@@ -39,6 +42,7 @@ bool give(std::int64_t moment, std::int64_t& seconds) {
 
 date_parts kaz::dates::partsOf(std::int64_t seconds, int offset) {
     const std::int64_t local = seconds + offset;
+    // Rounded down, where the division rounds towards 0.
     const std::int64_t number = (local - (local < 0 ? secondsPerDay - 1 : 0)) / secondsPerDay;
     const auto second = static_cast<int>(local - number * secondsPerDay);
     const Day day = dayOf(number);

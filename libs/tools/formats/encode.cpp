@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The functions are the public side of the formats' spellings: they check the arguments, and make
+// sure that a text which is a part of the result stays readable while the result grows.
 #include "tools/formats/encode.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A word that is among the candidates has no near ones. What is proposed to the user may come
+// from files, and is shown as printable text.
 #include "tools/formats/nearwords.h"
 
 #include "tools/formats/detail/NearWords.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// What the writers of all formats share. A document is in three parts that grow independently; a
+// mark holds their lengths, and going back to one forgets what has been written since. The edges
+// of columns are computed from the sum of the shares up to them, so that rounding never adds up.
 #include "tools/formats/detail/DocumentFormat.h"
 
 #include "tools/formats/datetime.h"

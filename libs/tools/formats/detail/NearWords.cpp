@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The distance counts letters that are put in, left out, exchanged, or swapped with their
+// neighbour, in either case. How far a word may be grows with its length: of a short word little
+// is left when two letters differ. Only the nearest candidates are kept, in the order in which
+// they were given.
 #include "tools/formats/detail/NearWords.h"
 
 #include <algorithm>

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A text is read character by character in its encoding, and each has a kind: what formats treat
+// alike. Of bytes that are no character each longest beginning of one becomes one replacement, as
+// Unicode recommends it, so that a damaged text loses nothing behind the damage. A carriage
+// return and a newline are one line break.
 #include "tools/formats/detail/characters.h"
 
 #include <algorithm>
@@ -138,6 +142,7 @@ char* putUtf8(char* to, char32_t code) {
     return to;
 }
 
+/// 0 for a character that the code page has not.
 unsigned windows1252Byte(char32_t code) {
     if (code >= 0xA0 && code <= 0xFF)
         return code;

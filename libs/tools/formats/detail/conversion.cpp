@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A conversion is read as a whole before anything of it is carried out. One that is not complete
+// has no letter, and its text is then written as it stands; the result tells how much of the text
+// was read.
 #include "tools/formats/detail/conversion.h"
 
 #include "tools/formats/detail/ascii.h"
@@ -21,6 +24,7 @@ bool readFlag(char c, Conversion& result) {
     return true;
 }
 
+/// Cut at a width that no field needs: a format may come from a file.
 const char* readWidth(const char* at, int& width) {
     if (isDigit(*at))
         width = 0;

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Words are recognised in English always and in the language in force besides, since files
+// outlive a user's settings. English comes first: where a word means something in both, its
+// English meaning is the one that holds on every machine.
 #include "tools/formats/detail/date_words.h"
 
 #include "tools/formats/detail/ascii.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The result is valid JSON whatever the bytes are. Bytes that are no UTF-8 become lone halves of
+// surrogates, one each, which nothing else can become: a reader that wants the bytes gets them
+// back.
 #include "tools/formats/detail/json_text.h"
 
 #include "tools/platform/utf8.h"

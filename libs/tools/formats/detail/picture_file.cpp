@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Of a picture only its size is looked at: it goes into the document as it is. Every number of
+// the file is another's claim: what lies beyond the end reads as 0, each step along the file goes
+// forward, and sizes are limited before anything is computed from them.
 #include "tools/formats/detail/picture_file.h"
 
 #include "tools/platform/host.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// There are three kinds of zones: the user's, UTC, and a fixed distance from it. For the last two
+// an offset is a constant; for the first the host is asked about each moment. A local time may
+// name two moments, when clocks go back, or none, when they go forward: the earlier one is meant
+// in the former case, and the offset before the change holds in the latter.
 #include "tools/formats/detail/zones.h"
 
 #include "tools/formats/detail/ascii.h"
