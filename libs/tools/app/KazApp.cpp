@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// There is one application object, mostly static, and the latest one made is the one in force.
+// Its members are created when they are first asked for, because its constructor runs before
+// main: nothing of the environment is looked at there. Temporary files belong to the process that
+// noted them, not to a copy that was forked off.
 #include "tools/app/KazApp.h"
 
 #include "tools/app/KazParsedArgs.h"
@@ -130,6 +134,8 @@ KazMasterContext* KazApp::getActiveContext() {
 
 void KazApp::setBusy(bool) {}
 
+/// The first tool of the suite prepares the environment for those that it starts; each of them
+/// finds it prepared.
 void KazApp::initEnvironment() {
     // The platform's copy command then never asks before it overwrites.
     TI_putenv("COPYCMD", "/Y");
@@ -167,6 +173,7 @@ KazFilePath* KazApp::getProductPath() {
 
 void KazApp::removeTemporaryFiles() {
     kaz::host::flushStreams();
+    // Some hosts refuse to delete a file that is open.
     kaz::host::closeAllStreams();
     const bool isOwner = tempFilesOwner_ == kaz::host::processId();
     for (int i = isOwner ? tempFiles_.getSize() - 1 : -1; i >= 0; --i)

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A master context owns what was put into its slots, and copies of it do not: a copy refers to
+// the contexts of the original, which has to live longer. Each slot has one bit that says whose
+// it is.
 #include "tools/app/KazMasterContext.h"
 
 #include "tools/app/KazApp.h"

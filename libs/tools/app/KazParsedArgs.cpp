@@ -1,4 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// One pass over the line, which the table of options drives. Values are added to what the set
+// holds already, and stay when the line is refused further on: a tool that goes on all the same
+// sees what was given up to there. What is known of each position is kept beside, for those who
+// explain the line.
+//
+// An option that was given twice counts with its first values; whatever follows the repetition is
+// read as arguments.
 #include "tools/app/KazParsedArgs.h"
 
 #include "tools/app/KazToolsContext.h"
@@ -165,6 +172,7 @@ bool KazParsedArgs::parseOption(Line& line) {
     return assignText(*row, line);
 }
 
+/// An option that the tool does not take counts as seen, too.
 bool KazParsedArgs::isLegalArgument(arg_type_enum type, Line& line) const {
     const auto bit = static_cast<std::size_t>(type);
     line.seen[bit] = true;

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Queries go to one set of arguments: that of the tools context where it has its own, else the
+// application's. Without an application nothing is given, and defaults answer. Texts belong to
+// the set and live as long as it.
 #include "tools/app/arguments.h"
 
 #include "tools/app/KazApp.h"
@@ -176,6 +179,7 @@ bool text_is_float(const char* text) {
                        [](char c) { return isDigit(c) || c == '.'; });
 }
 
+/// Removes the null arguments; a null ends the rest, as in every argument vector.
 void arg_shift_argv(int* argc, char** argv) {
     if (*argc < 1) {
         argv[0] = nullptr;

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// An encoded text is plain in every shell and on every host: a prefix and two digits for each
+// byte. What does not look like that stands for itself; what begins so and goes wrong inside is
+// refused as "", because half of a command is another command.
 #include "tools/app/detail/command_text.h"
 
 #include <cstddef>

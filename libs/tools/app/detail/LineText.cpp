@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Three texts about one description: what people read, the line of the version, and JSON for
+// completion and for the pages that are made of it. They are written from the same table as the
+// parser reads, so an option cannot be missing in one of them.
 #include "tools/app/detail/LineText.h"
 
 #include "tools/app/detail/LineReading.h"
