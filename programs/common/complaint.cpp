@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// One complaint a run is opened, the first: an editor that opens a window for each would be a
+// nuisance. It is the user's setting, and an editor that needs a terminal is started only where
+// there is one.
 #include "common/complaint.h"
 
 #include "tools/files/tifiles.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Lines are kept in the order of reading, with the numbers of their files, and an index by name
+// points into them. Who wins follows from that order: within the first file and the one that was
+// given besides a later line does, within the others the first one. Among files an earlier one
+// wins, but the one given besides over all.
 #include "common/configuration.h"
 
 #include "common/printable.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Three sources make up what is known: the names that the library itself reads, those of the tool
+// environment, and the lists that products have installed. A list that cannot be read is no error
+// here; its names are unknown then, which costs a warning too many at most.
 #include "common/known_names.h"
 
 #include "tools/config/kazenv.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// What a file gets is collected and written at once, so that the file is whole or as before. What
+// goes to standard output goes there line by line, and is made printable only where it is a
+// terminal: scripts get the bytes. The first failure is kept until the end, and said once.
 #include "common/output.h"
 
 #include "common/printable.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// A note alone is no reason to fail: it tells what may be meant so. The place in front of a line
+// is that of compilers, so that editors can jump to it.
 #include "moxinfo/check.h"
 
 #include "common/complaint.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// All places that could define a name are told in the order in which they are asked, with a star
+// at the one in force; each of the others says why it is not. The answer of the library decides
+// which one that is, and the lines of the files only explain it.
 #include "moxinfo/origin.h"
 
 #include "common/known_names.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A file that is damaged is still shown, with what is wrong with it; only one that cannot be
+// understood ends the work. Updating measures all parts before anything is written, so that a
+// part that is missing leaves the file as it was.
 #include "moxinfo/product.h"
 
 #include "common/complaint.h"

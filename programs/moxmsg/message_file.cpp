@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The format addresses in units and reads each text as a record of fixed size, whatever its
+// length. So records may overlap, and the file ends with room for the last one. Decoding goes on
+// behind a damaged entry: each problem is told, and what is sound is taken.
 #include "message_file.h"
 
 #include "tools/messages/catalog/detail/catalog_layout.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// One message a line, with continuations; comments and blank lines between. A problem ends its
+// message and nothing else, and the line number is of the line on which the message began where
+// that is what has to be mended. What sourceLine() writes, parseSource() reads as the same text.
 #include "source_text.h"
 
 #include "tools/messages/catalog/detail/catalog_layout.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The inventory is taken in one walk, before anything of the report is written, because its front
+// tells the sums. What cannot be read is noted with its place, and what could be read of it
+// counts: a report of a damaged project is what its owner needs. Everything is sorted by name, so
+// that the same project gives the same report.
 #include "inventory.h"
 
 #include "tools/moxtools.h"
@@ -33,6 +37,8 @@ std::string reasonOf(int error) {
 }
 
 /// Does revision @p a come before @p b? Numbers do by their value, and before other texts.
+/// Leading zeros are no part of the value, and the length tells the larger of two long numbers:
+/// revisions need not fit an integer.
 bool isOlder(const KazString& a, const KazString& b) {
     const bool areNumbers = text_is_integer(a);
     if (areNumbers != text_is_integer(b))
@@ -100,6 +106,7 @@ public:
         system_.name = name;
         KazTreeCursor cursor(std::move(top));
         listDirectory(cursor, "");
+        // The top's directories tell how far the walk is; one step more is for its own files.
         const double step = share / static_cast<double>(levels_.back().directories.size() + 1);
         while (!levels_.empty()) {
             Level& level = levels_.back();

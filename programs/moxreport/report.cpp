@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The report is written from the front to the end, and every target of a link has a name that its
+// place alone decides, so that contents can point to what comes later. Names of files are other
+// people's: they are shown as printable text, and encoded where they are part of a link.
 #include "report.h"
 
 #include "tools/moxtools.h"
