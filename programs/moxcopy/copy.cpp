@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The plan is carried out in its order, which is that of a walk: a directory comes before what is
+// in it. Directories are open to their owner while they are filled, and get the permissions of
+// their source when nothing is to be made in them any more. A full disk ends the work, since each
+// further file would only fail again; every other failure is noted and passed over.
 #include "copy.h"
 
 #include "director.h"
@@ -75,6 +79,7 @@ private:
         const PlannedDirectory& directory = *entered_.back();
         const KazString& name = directory.depth == 0 ? name_ : directory.name;
         const unsigned closed = ownersBits & ~directory.mode;
+        // The target's, which the mask has cut, less what its source does not have.
         const unsigned mode = target_.getStatus().mode;
         entered_.pop_back();
         leaveSource(directory.depth);

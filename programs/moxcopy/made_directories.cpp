@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// What was made on the way to a target is known from the outside in, and is removed from the
+// inside out, as long as it is empty. Where somebody else has made one of them in between, those
+// above it are theirs to need and stay.
 #include "made_directories.h"
 
 #include "tools/moxtools.h"
@@ -48,6 +51,7 @@ int MadeDirectories::open(const KazString& path) {
     cursor_ = KazTreeCursor(std::move(top));
     for (; !missing.empty(); missing.pop_back()) {
         const KazString& name = missing.back();
+        // Before the directory is made: noting it must not fail.
         made_.reserve(made_.size() + missing.size());
         if (cursor_.directory().makeDirectory(name, 0777) == 0)
             made_.push_back(name);

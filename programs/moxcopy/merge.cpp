@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// A finished copy is moved, not copied, from where it was made: what is new in the target is
+// renamed as a whole, and only directories that are there already are gone into. So the moment in
+// which the target is neither old nor new is short. Between two file systems nothing can be
+// renamed, and files are copied one by one instead.
+//
+// What cannot be moved counts as not copied: it is taken off the sums, and told.
 #include "merge.h"
 
 #include "names.h"
@@ -137,6 +143,7 @@ private:
 
     KazString place() const { return joined(path_, from_.getPath()); }
 
+    /// Replaces an earlier file of that name: the user has been asked by now.
     void moveFile(const KazDirectoryEntry& entry) {
         const KazString& name = entry.name;
         const KazDirectory& from = from_.directory();

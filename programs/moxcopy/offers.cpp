@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// What a shell offers while the user types: names as they are on the disk, sorted, each once.
+// Failures are silent, as there is nobody to be told; what cannot be read is not offered.
 #include "offers.h"
 
 #include "names.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The library's own checks of names are used, so that what is a system or a diagram here is one
+// in every tool. They work on the values of this run, and report what is wrong themselves.
 #include "options.h"
 
 #include "common/trace_options.h"
@@ -48,6 +50,7 @@ KazString textOf(arg_type_enum type) {
 }
 
 /// One component of a path that means nothing but itself.
+/// A path in the place of a name would lead out of the project, and of the target.
 bool isPlainName(const KazString& name) {
     return !kazIsExplicitPath(name) && kazLastFileComponent(name) == name;
 }

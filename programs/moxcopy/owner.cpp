@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A staging directory is known by its name and by a record in it, which names the process that
+// made it. Either can be missing when a process is killed in the middle, so each is enough to
+// tell what the directory is; what is neither signed nor empty is somebody's data and left alone.
+// It is stale only when its maker is known not to run any more.
 #include "owner.h"
 
 #include "tools/moxtools.h"

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+// The plan is made before anything is written, by one walk in the order of names, so that two
+// runs over the same files do the same. It is a list of directories with their depths: a
+// directory's children follow it, which is all that the copy needs to walk again. In a copy of
+// chosen diagrams a directory that leads to no wanted file is taken out of the plan when the walk
+// leaves it.
 #include "plan.h"
 
 #include "names.h"
@@ -25,6 +30,8 @@ public:
 
     /// A file belongs to a diagram by its name under the naming rules, or as the
     /// user spells it, alone or with a revision or suffix behind a point.
+    /// All stems are tried, also behind a hit: each diagram that the file may belong to counts as
+    /// found.
     bool contains(const KazString& file) {
         bool result = isAll();
         if (!isAll())

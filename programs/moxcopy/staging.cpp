@@ -1,4 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+// The copy grows in a directory of its own beside the target, which is signed with the process
+// that makes it: a run that was killed leaves nothing that looks like a copy, and the next run
+// clears it away. Directories that lead to the target are made on the way, and removed again
+// unless the copy is kept.
+//
+// There is one staging at a time, which the handler of a cancellation finds through `active_`.
 #include "staging.h"
 
 #include "merge.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Each sentence is one text of the catalogue with its numbers left open, one for a single thing
+// and one for more: languages put the words in other orders, so none is made of parts.
 #include "summary.h"
 
 #include "names.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// What goes together on the line is checked here, after the parser has found each option good by
+// itself. A problem is one sentence about the first thing that is wrong.
 #include "moxinfo/options.h"
 
 #include "common/printable.h"

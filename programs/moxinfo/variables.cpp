@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Variables are shown as lines that a ToolInfo file may hold, with their sources in comments:
+// what is shown can be read again. Order and sources come from the library, so the answer is the
+// one that tools get.
 #include "moxinfo/variables.h"
 
 #include "common/printable.h"

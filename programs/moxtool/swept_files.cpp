@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Three states of a directory are kept: as it was before, as a run without failures leaves it,
+// and as it is. A file of the present state that is neither as before nor as after the good run
+// is half done. The copies are removed only when the directory has been put back; until then they
+// are all that the user has left.
 #include "moxtool/swept_files.h"
 
 #include "tools/moxtools.h"
@@ -51,6 +55,7 @@ bool isKept(fs::file_type type) {
            type == fs::file_type::directory;
 }
 
+/// What is the same already is not written: dates stay, and the disk has less to do.
 void copyEntry(const fs::path& from, const fs::path& to) {
     const fs::file_type type = typeOf(from);
     if (!isKept(type))

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A signal is noted and nothing else; the tool looks when it is ready to stop. Signals that were
+// ignored stay ignored, as whoever has started the tool wanted it so. In the end the noted signal
+// is raised once more with its usual effect, so that a shell sees what has ended the tool.
 #include "tools/platform/host_signals.h"
 
 #include <csignal>

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A command is a description that can be run any number of times. A line for the host's
+// interpreter is passed on as it stands, and words behind it are quoted by the interpreter's
+// rules; a program gets its words as they are.
+//
 // What a caller asked for becomes one Launch of the platform's start function, and how
 // that ended becomes the results. The results are of the last run alone: they are
 // cleared before it and set when it has ended.

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The sums are zlib's; what is added here is what it leaves to its callers: sizes beyond the
+// host's long, null data, and files.
 #include "tools/services/crc32.h"
 
 #include "tools/files/detail/text.h"

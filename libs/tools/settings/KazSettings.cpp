@@ -135,6 +135,7 @@ struct KazSettings::Store {
     void change(const SettingsChange& change) {
         if (!hasChanges())
             view = stored;
+        // All memory first: the two that change must not come apart.
         makeRoom(fresh.changes);
         makeRoom(view.values);
         SettingsChange seenChange = change;
@@ -159,6 +160,7 @@ struct KazSettings::Store {
         const std::size_t before = tried.changes.size();
         if (place.commit(tried) != 0) {
             const int reason = errno;
+            // The store takes out of the batch what it has written before it failed.
             if (tried.changes.size() != before)
                 load(); // what was written is stored now
             throwFailure(reason);

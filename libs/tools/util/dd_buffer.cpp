@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A buffer without text has a null pointer and no capacity; any other text is terminated behind
+// its length, and the capacity counts the terminator. What is added may be a part of the buffer
+// itself: it is then found again behind the growth by its distance from the beginning.
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"
@@ -27,6 +30,7 @@ void makeRoom(dd_buffer* buffer, int added) {
         memory_panic("dd_reserve");
     if (needed <= buffer->capacity)
         return;
+    // By half at least, so that adding piece by piece takes time in proportion to the length.
     const std::int64_t grown = std::int64_t{buffer->capacity} + buffer->capacity / 2;
     dd_reserve(buffer, static_cast<int>(std::clamp<std::int64_t>(grown, needed, INT_MAX)));
 }

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A list is a set of ranges in ascending order between which there is always a gap, so equal
+// lists have equal ranges and one text. Bounds are added to with care: a range may begin at the
+// least or end at the greatest int. Memory is taken before anything changes.
 #include "tools/util/gu_index_list.h"
 
 #include "tools/util/detail/or_empty.h"

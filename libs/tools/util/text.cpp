@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Results are terminated texts in blocks of their own that the caller frees; null reads as ""
+// unless the header says otherwise. Sizes are measured first and the block is allocated once.
+// Comparison without regard to case goes by the table of the locale, byte by byte, and by vectors
+// only where that table changes no more than the letters of ASCII.
 #include "tools/util/text.h"
 
 #include "tools/platform/case_map.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The rules are a shell's: apostrophes keep everything, inside quotes a backslash protects four
+// characters only, and outside of both it protects any. What quote_word() writes, both a shell
+// and next_word() read as the same word. Texts are walked over twice, first to measure and then
+// to write, so that the two cannot differ and each word takes one allocation.
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"

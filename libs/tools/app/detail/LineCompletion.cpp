@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The line is read as far as the word in question, by the same reading that the tool would do,
+// and the answer follows from what may stand there: values of an option in need of one, options,
+// or arguments. Each candidate is a line for the shell's script. Nothing of a tool's own messages
+// may get between them.
 #include "tools/app/detail/LineCompletion.h"
 
 #include "tools/app/KazApp.h"
