@@ -279,38 +279,50 @@ std::string byName(std::size_t part) {
 }
 
 /// A text with a reference each 64 bytes or so; references by name make it
-/// @p size bytes long, others as many references.
-std::string makeTemplate(std::size_t size, Reference reference) {
+/// @p size bytes long, others as many references. The first number is a text whose parts
+/// come in turn, each other one a text whose parts come at random.
+std::string makeTemplate(std::size_t size, Reference reference, unsigned number) {
     static const char* const texts[] = {
         "print the diagram of ", " with page numbers and a frame that goes round the whole of it, ",
         " in two columns; then go on with the next one, which is to be printed on the back of "};
+    std::mt19937 random(number);
     std::string text;
     for (std::size_t i = 0, length = 0; length < size; ++i) {
-        const std::size_t part = i % parts.size();
-        const char* before = texts[i % std::size(texts)];
+        const std::size_t choice = number == 0 ? i : random();
+        const std::size_t part = choice % parts.size();
+        const char* before = texts[choice % std::size(texts)];
         text.append(before).append(reference(part));
         length += std::strlen(before) + byName(part).size();
     }
     return text;
 }
 
+/// Templates of which each has its turn. Of a thousand the processor foretells nothing, so
+/// that each expansion is as good as the first.
+using Templates = std::vector<std::string>;
+
+Templates makeTemplates(const benchmark::State& state, unsigned count, Reference reference) {
+    Templates all;
+    for (unsigned number = 0; number < count; ++number)
+        all.push_back(makeTemplate(static_cast<std::size_t>(state.range(0)), reference, number));
+    return all;
+}
+
 template <class Expand>
-void expand(benchmark::State& state, const std::string& text, Expand expandOnce) {
-    std::size_t length = 0;
-    for (auto _ : state)
-        length += expandOnce(text);
+void expand(benchmark::State& state, const Templates& texts, Expand expandOnce) {
+    std::size_t length = 0, next = 0;
+    for (auto _ : state) {
+        length += expandOnce(texts[next]);
+        next = next + 1 < texts.size() ? next + 1 : 0;
+    }
     benchmark::DoNotOptimize(length);
-    state.SetBytesProcessed(state.iterations() * static_cast<long>(text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<long>(texts[0].size()));
 }
 
-std::string referenceTemplate(const benchmark::State& state) {
-    return makeTemplate(static_cast<std::size_t>(state.range(0)), byName);
-}
-
-void expandByLibrary(benchmark::State& state) {
+void expandByLibrary(benchmark::State& state, unsigned count) {
     for (const Part& part : parts)
         vstring_set_simple_var(part.name, part.value);
-    expand(state, referenceTemplate(state), [](const std::string& text) {
+    expand(state, makeTemplates(state, count, byName), [](const std::string& text) {
         char* result = nullptr;
         vstring_sub(text.c_str(), &result);
         benchmark::DoNotOptimize(result);
@@ -321,11 +333,11 @@ void expandByLibrary(benchmark::State& state) {
 }
 
 /// The same result for these texts, which have no quotes, by find and append.
-void expandByFind(benchmark::State& state) {
+void expandByFind(benchmark::State& state, unsigned count) {
     Variables values;
     for (const Part& part : parts)
         values[part.name] = part.value;
-    expand(state, referenceTemplate(state), [&values](const std::string& text) {
+    expand(state, makeTemplates(state, count, byName), [&values](const std::string& text) {
         std::string result;
         std::size_t at = 0;
         for (std::size_t open = 0; (open = text.find("${", at)) != text.npos;) {
@@ -341,23 +353,22 @@ void expandByFind(benchmark::State& state) {
 }
 
 #ifdef MOX_PEER_ABSEIL
-void expandByReplaceAll(benchmark::State& state) {
+void expandByReplaceAll(benchmark::State& state, unsigned count) {
     std::vector<std::pair<std::string, std::string>> replacements;
     for (const Part& part : parts)
         replacements.emplace_back(std::string("${").append(part.name).append("}"), part.value);
-    expand(state, referenceTemplate(state), [&replacements](const std::string& text) {
+    expand(state, makeTemplates(state, count, byName), [&replacements](const std::string& text) {
         const std::string result = absl::StrReplaceAll(text, replacements);
         benchmark::DoNotOptimize(result.data());
         return result.size();
     });
 }
 
-void expandBySubstitute(benchmark::State& state) {
+void expandBySubstitute(benchmark::State& state, unsigned count) {
     const auto byNumber = [](std::size_t part) {
         return std::string("$").append(std::to_string(part));
     };
-    const auto size = static_cast<std::size_t>(state.range(0));
-    expand(state, makeTemplate(size, byNumber), [](const std::string& text) {
+    expand(state, makeTemplates(state, count, byNumber), [](const std::string& text) {
         const std::string result =
             absl::Substitute(text, parts[0].value, parts[1].value, parts[2].value, parts[3].value);
         benchmark::DoNotOptimize(result.data());
@@ -368,14 +379,14 @@ void expandBySubstitute(benchmark::State& state) {
 
 #ifdef MOX_PEER_GETTEXT
 /// A process that reads the text and writes the result, as scripts use it.
-void expandByProcess(benchmark::State& state) {
+void expandByProcess(benchmark::State& state, unsigned /*one*/) {
     for (const Part& part : parts)
         setenv(part.name, part.value, 1);
     const auto directory = std::filesystem::temp_directory_path();
     const std::string file = directory / ("bench_template_" + std::to_string(getpid()));
     const std::string command = "envsubst <" + file + " >" + file + ".out";
-    std::ofstream(file) << referenceTemplate(state);
-    expand(state, referenceTemplate(state), [&command](const std::string&) {
+    std::ofstream(file) << makeTemplates(state, 1, byName)[0];
+    expand(state, makeTemplates(state, 1, byName), [&command](const std::string&) {
         return static_cast<std::size_t>(std::system(command.c_str()));
     });
     std::filesystem::remove(file);
@@ -384,19 +395,27 @@ void expandByProcess(benchmark::State& state) {
 #endif
 
 void addTemplates() {
-    const auto add = [](const char* impl, void (*function)(benchmark::State&)) {
+    using Function = void (*)(benchmark::State&, unsigned);
+    const auto add = [](const char* impl, Function function) {
         return benchmark::RegisterBenchmark(("expand a template/" + std::string(impl)).c_str(),
-                                            function)
+                                            function, 1)
             ->Arg(1 << 10)
             ->Arg(1 << 16)
             ->Arg(1 << 20)
             ->Unit(benchmark::kMicrosecond);
     };
-    add("moxtools", expandByLibrary);
-    add("std", expandByFind);
+    const auto addBoth = [add](const char* impl, Function function) {
+        add(impl, function);
+        benchmark::RegisterBenchmark(
+            ("expand a template for the first time/" + std::string(impl)).c_str(), function, 1000)
+            ->Arg(1 << 10)
+            ->Unit(benchmark::kMicrosecond);
+    };
+    addBoth("moxtools", expandByLibrary);
+    addBoth("std", expandByFind);
 #ifdef MOX_PEER_ABSEIL
-    add("absl", expandByReplaceAll);
-    add("absl-substitute", expandBySubstitute);
+    addBoth("absl", expandByReplaceAll);
+    addBoth("absl-substitute", expandBySubstitute);
 #endif
 #ifdef MOX_PEER_GETTEXT
     add("envsubst", expandByProcess)->UseRealTime();

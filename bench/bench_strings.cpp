@@ -270,7 +270,7 @@ void editing(const std::string& work, const std::string& impl, const Sizes& size
 
 const Sizes editSizes = {100, 4096, 65536};
 const Sizes replaceSizes = {1000, 65536, 1048576};
-const Sizes tokenSizes = {1000, 10240, 1048576};
+const Sizes tokenSizes = {100, 1000, 10240, 1048576};
 
 std::string words(std::size_t n) {
     return textOf(n);
