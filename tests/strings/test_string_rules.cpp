@@ -12,6 +12,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <sstream>
 
@@ -421,6 +422,56 @@ TEST(NarrowString, FormatsTextOfAnyLength) {
     EXPECT_EQ(s.disguise(), before.disguise());
     s.format("%ls", L"\x416"); // no character of the locale
     EXPECT_TRUE(s.isEmpty());
+}
+
+TEST(NarrowString, LiteralsAreAppendedLikeAnyText) {
+    const auto appendLiteral = [](KazString& s, int which) {
+        switch (which) {
+        case 0:
+            return s.append("1");
+        case 1:
+            return s.append("12");
+        case 2:
+            return s.append("123");
+        case 3:
+            return s.append("1234567");
+        case 4:
+            return s.append("12345678");
+        case 5:
+            return s.append("1234567890123456");
+        case 6:
+            return s.append("12345678901234567");
+        default:
+            return s.append("");
+        }
+    };
+    const char* const texts[] = {
+        "1", "12", "123", "1234567", "12345678", "1234567890123456", "12345678901234567", ""};
+    KazString literals, others, held;
+    std::string expected, before;
+    for (int i = 0; i < 500; ++i) {
+        const int which = i * i % 11 % 8;
+        if (i % 50 == 0) { // from now on the block is not its own, or not the same
+            held = literals;
+            before = expected;
+        }
+        appendLiteral(literals, which);
+        others.append(texts[which]);
+        expected += texts[which];
+        ASSERT_EQ(plain(literals), expected);
+        ASSERT_EQ(plain(held), before);
+        ASSERT_EQ(blockOf(literals).bufferLength, blockOf(others).bufferLength);
+    }
+    EXPECT_EQ(plain(others), expected);
+}
+
+TEST(NarrowString, WhatTheBufferHoldsBehindTheTextCanBeAppended) {
+    for (const char* const behind : {"9", "876", "54321", "0123456789", "01234567890123456789"}) {
+        KazString s("ab");
+        std::strcpy(s.getBuffer(40) + 3, behind);
+        s.append(s.getValue() + 3);
+        EXPECT_EQ(plain(s), std::string("ab") + behind);
+    }
 }
 
 TEST(NarrowString, TextOnEitherSideOfAnOperator) {

