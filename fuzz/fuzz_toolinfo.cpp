@@ -4,6 +4,7 @@
 // where each definition stands, which one is in force, and why others are not. Lines
 // in which nothing is found wrong mean what anybody would read there.
 #include "fuzz/check.h"
+#include "fuzz/failures.h"
 #include "fuzz/input.h"
 #include "programs/common/findings.h"
 #include "programs/moxinfo/origin.h"
@@ -343,16 +344,24 @@ void startAfresh() {
 
 // ----------------------------------------------------------------- the questions
 
+/// Of this input.
+fuzz::Failures* failures = nullptr;
+
+/// What @p question answers, in some cases only when memory is there again.
+Answer asked(const char* (*question)(const char*), const std::string& name) {
+    return failures->ask([&] { return answer(question(name.c_str())); });
+}
+
 void compare(const Model& model, const std::string& name) {
     const char* const question = name.c_str();
     const Answer expected = model.valueOf(name);
-    FUZZ_CHECK(answer(TI_Vcont(question)) == expected);
+    FUZZ_CHECK(asked(TI_Vcont, name) == expected);
     const auto orEnvironment = [&expected](const std::string& variable) {
         const char* value = std::getenv(variable.c_str());
         return value != nullptr ? Answer(value) : expected;
     };
-    FUZZ_CHECK(answer(TI_SameEnvVcont(question)) == orEnvironment(name));
-    FUZZ_CHECK(answer(TI_EnvVcont(question)) == orEnvironment(Model::environmentName(name)));
+    FUZZ_CHECK(asked(TI_SameEnvVcont, name) == orEnvironment(name));
+    FUZZ_CHECK(asked(TI_EnvVcont, name) == orEnvironment(Model::environmentName(name)));
     KazString file = "before";
     const KazVariableSource source = TI_EnvVsource(question, &file);
     FUZZ_CHECK(std::pair(source, std::string(file.getValue())) == model.sourceOf(name));
@@ -364,10 +373,19 @@ void see(const KazVariableLine* line, void* data) {
         {line->file, line->line, line->kind, answer(line->name), line->value});
 }
 
+/// No memory for a stream is no file: to the model that is one of the failures.
+void needed(bool isDone) {
+    if (!isDone)
+        throw KazMemoryException();
+}
+
 /// The lines of the chain, which have not changed since they were read.
 void compareLines(const Model& model) {
     std::vector<Seen> seen;
-    FUZZ_CHECK(TI_Vscan(see, &seen) == (model.chain.empty() ? -1 : 0));
+    failures->step([&] {
+        seen.clear();
+        needed(TI_Vscan(see, &seen) == (model.chain.empty() ? -1 : 0));
+    });
     FUZZ_CHECK(seen == model.seen);
     FUZZ_CHECK(TI_Vscan(nullptr, &seen) == -1 && TI_Vscan_file(nullptr, see, &seen) == -1);
 }
@@ -484,9 +502,12 @@ void compareExplanations(const Model& model) {
 /// Of the variables that override, those that a step may set.
 void compareOverrides() {
     std::map<std::string, std::string> walked, expected;
-    TI_EnvVwalk([](const char* variable, const char* value,
-                   void* all) { (*static_cast<decltype(&walked)>(all))[variable] = value; },
-                &walked);
+    failures->step([&walked] {
+        walked.clear();
+        TI_EnvVwalk([](const char* variable, const char* value,
+                       void* all) { (*static_cast<decltype(&walked)>(all))[variable] = value; },
+                    &walked);
+    });
     for (const char* variable : {"KAZ_PROJDIR", "KAZ_A"})
         if (const char* value = std::getenv(variable))
             expected[variable] = value;
@@ -500,9 +521,12 @@ void compareOverrides() {
 void compareAll(const Model& model) {
     compareOverrides();
     std::vector<std::string> walked;
-    TI_Vwalk([](const char* name,
-                void* data) { static_cast<std::vector<std::string>*>(data)->push_back(name); },
-             &walked);
+    failures->step([&walked] {
+        walked.clear();
+        TI_Vwalk([](const char* name,
+                    void* data) { static_cast<std::vector<std::string>*>(data)->push_back(name); },
+                 &walked);
+    });
     FUZZ_CHECK(walked == model.names());
     for (const std::string& name : walked)
         compare(model, name);
@@ -517,6 +541,7 @@ void start(Model& model, const std::string& value) {
     const std::string first = Model::resolved(value);
     const bool exists = Model::contents(first).has_value();
     std::string name(kaz::host::pathLimit(), '\0');
+    failures->step([] { TI_Vinit(); }, [&director] { director.fatals.clear(); });
     FUZZ_CHECK(TI_Vinit() == 0 && TI_Vcont(nullptr) == nullptr);
     FUZZ_CHECK(director.fatals.size() == (exists ? 0 : 1) && director.errors.empty());
     FUZZ_CHECK(exists || director.fatals[0].find(": " + value + ",\n") != value.npos);
@@ -532,28 +557,34 @@ void start(Model& model, const std::string& value) {
 
 void step(Model& model, fuzz::Input& input) {
     const std::string name = takeName(input);
+    const Model before = model;
+    const auto unchanged = [&before] { compareAll(before); };
     switch (input.between(0, 6)) {
     case 0: {
         const int number = input.between(0, fileCount);
-        const bool flag = input.flag(), before = model.overwrite;
+        const bool flag = input.flag(), overwrites = model.overwrite;
         writeFile(number, takeFile(input, number));
         const std::string path = directory().path(fileName(number));
         model.overwrite = flag;
         model.readFile(*Model::contents(path), directory().native(fileName(number)));
-        model.overwrite = before;
-        FUZZ_CHECK(TI_V_user_file(path.c_str(), flag) == 0);
+        model.overwrite = overwrites;
+        failures->step([&] { needed(TI_V_user_file(path.c_str(), flag) == 0); }, unchanged);
         FUZZ_CHECK(TI_V_user_file(directory().path().c_str(), flag) == -1);
         break;
     }
     case 1: {
         const std::string line = takeLine(input, 0).c_str();
-        FUZZ_CHECK(TI_Var(line.c_str()) == model.defineLine(line));
+        int result = 0;
+        failures->step([&] { result = TI_Var(line.c_str()); }, unchanged);
+        FUZZ_CHECK(result == model.defineLine(line));
         break;
     }
     case 2: {
         const std::string value = input.cText(8);
         const std::string expanded = _TI_hm(value.c_str());
-        FUZZ_CHECK(TI_Vasg(name.c_str(), value.c_str()) == model.assign(name, expanded));
+        int result = 0;
+        failures->step([&] { result = TI_Vasg(name.c_str(), value.c_str()); }, unchanged);
+        FUZZ_CHECK(result == model.assign(name, expanded));
         break;
     }
     case 3: {
@@ -575,6 +606,8 @@ void step(Model& model, fuzz::Input& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
+    fuzz::Failures ofInput(input);
+    failures = &ofInput;
     startAfresh();
     const int files = input.between(0, fileCount);
     for (int i = 0; i < files; ++i)
