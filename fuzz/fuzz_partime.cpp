@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -113,6 +114,46 @@ void partsAddUp(fuzz::Input& input) {
         FUZZ_CHECK(status == partime_ok && meant == moment);
 }
 
+/// A moment that is written in full is read again, in any zone.
+void momentsComeBack(fuzz::Input& input) {
+    constexpr std::int64_t day = 86400;
+    const auto moment = input.between(date_min + day, date_max - day);
+    const int minutes = input.between(-1439, 1439), distance = minutes < 0 ? -minutes : minutes;
+    char zone[16];
+    std::snprintf(zone, sizeof zone, "%c%02d:%02d", minutes < 0 ? '-' : '+', distance / 60,
+                  distance % 60);
+    for (const char* format :
+         {"@iso", "@basic", "@mail", "@%s", "%G-W%V-%uT%T%:z", "%A, %-d %B %Y %r %:z"}) {
+        std::int64_t read = 0;
+        FUZZ_CHECK(partime(FmtDate(moment, format, zone), &read) == partime_ok && read == moment);
+    }
+}
+
+/// An age is read again within its unit. Up to a thousand years, whose leap days stay within
+/// a year.
+void agesComeBack(fuzz::Input& input) {
+    constexpr std::int64_t day = 86400;
+    const std::int64_t age =
+        input.between<std::int64_t>(0, std::int64_t{1} << 35) >> input.between(0, 35);
+    partime_options options;
+    options.now = 1773324309;
+    options.zone = "+01:00";
+    const std::int64_t moment = input.flag() ? options.now - age : options.now + age;
+    const std::string text = FmtAge(moment, options.now).getValue();
+    partime_result result;
+    FUZZ_CHECK(partime(text.c_str(), &options, &result) == partime_ok);
+    std::int64_t unit = 1; // of "now" and seconds
+    for (const auto& [name, seconds] : {std::pair<const char*, std::int64_t>{"minute", 60},
+                                        {"hour", 3600},
+                                        {"day", day},
+                                        {"week", 7 * day},
+                                        {"month", 31 * day},
+                                        {"year", 365 * day}})
+        if (text.find(name) != text.npos)
+            unit = seconds;
+    FUZZ_CHECK(result.seconds > moment - unit && result.seconds < moment + unit);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -120,6 +161,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const char* const languages[] = {"en", "de", "es", "fr", "it", "nl"};
     date_set_language("en");
     partsAddUp(input);
+    momentsComeBack(input);
+    agesComeBack(input);
     date_set_language(input.pick(languages));
     const char* const zones[] = {"UTC", "+01:00", "-2359", "local"};
     partime_options options;

@@ -185,6 +185,31 @@ void compare(const std::string& bytes) {
         FUZZ_CHECK(again.findPart(info.getPart(i).path) >= 0);
 }
 
+/// Whatever setters have taken can be read again, and nothing of what they have refused.
+void whatIsSetIsRead(fuzz::Input& input) {
+    Info info;
+    bool hasName = false, hasVersion = false;
+    std::map<std::string, std::string> values;
+    for (int steps = input.between(0, 12); steps > 0; --steps) {
+        const std::string text = input.textOf("ab1=%.-+: \t\\/\x01\xC3\xA4#", 8);
+        const std::string key = input.textOf("ab", 2);
+        hasName = info.setName(text.c_str()) || hasName;
+        hasVersion = info.setVersion(input.textOf("12.-a \t", 5).c_str()) || hasVersion;
+        info.setDate(input.flag() ? "2026-11-21" : text.c_str());
+        info.setBuild(input.between(-2, 5));
+        if (info.setValue(key.c_str(), text.c_str()))
+            values[key] = text;
+        FUZZ_CHECK(info.getValue(key.c_str()) == values[key].c_str());
+    }
+    FUZZ_CHECK(info.getText().isEmpty() == (!hasName || !hasVersion));
+    Info again;
+    if (info.getText().isEmpty())
+        return;
+    FUZZ_CHECK(again.parse(info.getText()) == Info::Good && again.getText() == info.getText());
+    for (const auto& [key, value] : values)
+        FUZZ_CHECK(again.getValue(key.c_str()) == value.c_str());
+}
+
 /// Lines that are nearly right, so that more than the first is looked at.
 std::string someLines(fuzz::Input& input) {
     constexpr const char* starts[] = {
@@ -258,6 +283,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string odd = oddLine(input.last() % 64);
     if (input.flag())
         return compare(input.rest()), 0;
+    whatIsSetIsRead(input);
     if (!odd.empty())
         compare(odd);
     compare("name=a\nversion=1\n" + odd + someLines(input));

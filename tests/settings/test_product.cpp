@@ -77,44 +77,6 @@ TEST_F(Product, ReadsWhatIsDescribed) {
     EXPECT_EQ(info.parse(std::string((4 << 20) + 1, '\n').c_str()), Info::Unreadable);
 }
 
-TEST_F(Product, WhatIsMadeCanBeRead) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
-    const std::string alphabet = "ab=%.-+: \t\\/\x01\xC3\xA4#";
-    for (int round = 0; round < 200; ++round) {
-        Info info;
-        bool hasName = false, hasVersion = false;
-        std::vector<std::string> kept;
-        for (int step = random.below(12); step > 0; --step) {
-            const std::string text = random.text(8, alphabet);
-            hasName = info.setName(text.c_str()) || hasName;
-            hasVersion = info.setVersion(random.text(8, alphabet).c_str()) || hasVersion;
-            info.setDate(random.oneIn(2) ? "2026-11-21" : text.c_str());
-            info.setBuild(random.between(-2, 5));
-            info.setValue(random.text(3, "ab").c_str(), text.c_str());
-            const std::string path = random.text(6, "ab./ \t:");
-            if (path.find_first_not_of("./ \t:") != path.npos && path.find("..") == path.npos &&
-                path.find_first_of(":\t") == path.npos && path.front() != '/' &&
-                path.back() != '/' && path.front() != ' ' && path.back() != ' ' &&
-                path.back() != '.' && path.find("./") == path.npos && path.find(" /") == path.npos)
-                try {
-                    tree.write("root/" + path, text);
-                } catch (const fs::filesystem_error&) {
-                }
-            info.addPart(tree.native("root").c_str(), path.c_str(),
-                         random.oneIn(2) ? "" : random.text(3, "1.a ").c_str());
-        }
-        EXPECT_EQ(info.getText().isEmpty(), !hasName || !hasVersion);
-        if (info.getText().isEmpty())
-            continue;
-        Info again;
-        EXPECT_EQ(again.parse(info.getText()), Info::Good) << info.getText().getValue();
-        EXPECT_EQ(again.getText(), info.getText());
-        EXPECT_EQ(again.getPartCount(), info.getPartCount());
-        fs::remove_all(tree.path("root"));
-    }
-}
-
 TEST_F(Product, WritesWholeOrThrows) {
     Info info;
     const auto causeOf = [&](const std::string& path) {

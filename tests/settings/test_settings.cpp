@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <map>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -222,39 +223,22 @@ TEST_F(Settings, ConvertsAsTheTableSays) {
     EXPECT_EQ(list.getSize(), 1);
     EXPECT_TRUE(r.getList("LIST", list) && list.getSize() == 0);
 
-    struct Row {
-        const char* text;
-        std::int64_t integer;
-        double real;
-        int flag; ///< -1 for the default
-    };
-    for (const Row& row : {Row{"12", 12, 12, -1},
-                           Row{"+7", 7, 7, -1},
-                           Row{"-7", -7, -7, -1},
-                           Row{"1", 1, 1, 1},
-                           Row{"0", 0, 0, 0},
-                           Row{"0.25", 99, 0.25, -1},
-                           Row{"1e3", 99, 1000, -1},
-                           Row{" 1", 99, 99, -1},
-                           Row{"1 ", 99, 99, -1},
-                           Row{"", 99, 99, -1},
-                           Row{"+-1", 99, 99, -1},
-                           Row{"0x10", 99, 99, -1},
-                           Row{"inf", 99, 99, -1},
-                           Row{"1e999", 99, 99, -1},
-                           Row{"9223372036854775808", 99, 9223372036854775808.0, -1},
-                           Row{"true", 99, 99, 1},
-                           Row{"yes", 99, 99, 1},
-                           Row{"on", 99, 99, 1},
-                           Row{"false", 99, 99, 0},
-                           Row{"no", 99, 99, 0},
-                           Row{"off", 99, 99, 0}}) {
-        s.setText("text", row.text);
-        EXPECT_EQ(s.getInteger("text", 99), row.integer) << row.text;
-        EXPECT_EQ(s.getReal("text", 99), row.real) << row.text;
-        EXPECT_EQ(s.getBool("text", true), row.flag != 0) << row.text;
-        EXPECT_EQ(s.getBool("text", false), row.flag == 1) << row.text;
-    }
+    using Words = std::set<std::string>;
+    const Words integers = {"12", "+7", "-7", "1", "0"},
+                reals = {"0.25", "1e3", "9223372036854775808"}, yes = {"1", "true", "yes", "on"},
+                no = {"0", "false", "no", "off"},
+                nothing = {"", " 1", "1 ", "+-1", "0x10", "inf", "1e999"};
+    for (const Words& words : {integers, reals, yes, no, nothing})
+        for (const std::string& text : words) {
+            SCOPED_TRACE(text);
+            s.setText("text", text.c_str());
+            const bool isInteger = integers.contains(text);
+            EXPECT_EQ(s.getInteger("text", 99), isInteger ? std::stoll(text) : 99);
+            EXPECT_EQ(s.getReal("text", 99),
+                      isInteger || reals.contains(text) ? std::stod(text) : 99);
+            EXPECT_EQ(s.getBool("text", true), !no.contains(text));
+            EXPECT_EQ(s.getBool("text", false), yes.contains(text));
+        }
     s.discard();
 }
 
