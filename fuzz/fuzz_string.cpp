@@ -53,6 +53,7 @@ private:
         std::string from, word;
         bool isNull; ///< the subject
         bool isCut;  ///< by setSize(size)
+        void* block; ///< the subject's
     };
 
     using Char = CharOf<String>;
@@ -105,7 +106,8 @@ private:
                input_->textOf("abxy", 2),
                word(),
                subject().disguise() == nullptr,
-               false};
+               false,
+               subject().disguise()};
         d.isCut = !d.isNull && blockOf(subject()).referenceCount > 1 &&
                   blockOf(subject()).bufferLength != static_cast<int>(d.size) &&
                   d.size < text().size();
@@ -138,6 +140,19 @@ private:
                 failures_->step([&] { edit(subject(), argument, d); }, [this] { check(); });
                 reference(text(), value, d);
             });
+        });
+    }
+
+    /// For what only takes away or marks: whoever finds nothing leaves the block alone, and
+    /// what leaves no text leaves no block.
+    template <class Edit, class Reference>
+    void addCutting(Edit edit, Reference reference) {
+        add(edit, [this, reference](T& t, V v, D d) {
+            const bool wasEmpty = t.empty();
+            const T before = t;
+            reference(t, v, d);
+            FUZZ_CHECK(wasEmpty || t != before || subject().disguise() == d.block);
+            FUZZ_CHECK(wasEmpty || !t.empty() || subject().disguise() == nullptr);
         });
     }
 
@@ -238,12 +253,12 @@ private:
     }
 
     void setUpCutting() {
-        add([](S& s, auto&&, D d) { s.remove(d.pos, d.few); },
-            [](T& t, V, D d) { reference::remove(t, d.pos, d.few); });
-        add([](S& s, auto&&, D d) { s.removeFrom(d.pos); },
-            [](T& t, V, D d) { reference::remove(t, d.pos, INT_MAX); });
-        add([](S& s, auto&&, D d) { s.removeBefore(d.pos); },
-            [](T& t, V, D d) { reference::remove(t, 0, d.pos); });
+        addCutting([](S& s, auto&&, D d) { s.remove(d.pos, d.few); },
+                   [](T& t, V, D d) { reference::remove(t, d.pos, d.few); });
+        addCutting([](S& s, auto&&, D d) { s.removeFrom(d.pos); },
+                   [](T& t, V, D d) { reference::remove(t, d.pos, INT_MAX); });
+        addCutting([](S& s, auto&&, D d) { s.removeBefore(d.pos); },
+                   [](T& t, V, D d) { reference::remove(t, 0, d.pos); });
         addResult([](S& s, D d) { return s.subString(d.pos, d.few); },
                   [](T& t, D d) { return reference::subString(t, d.pos, d.few); });
         addResult([](S& s, D d) { return s.subStringBefore(d.pos); },
@@ -254,14 +269,14 @@ private:
                   [](T& t, D d) { return reference::split(t, d.word); });
         addResult([](S& s, D d) { return s.split(wide(d.c)); },
                   [](T& t, D d) { return reference::split(t, T(1, d.c)); });
-        add([](S& s, auto&& a, D) { s.trimLeft(a); },
-            [](T& t, V v, D) { reference::trimLeft(t, v); });
-        add([](S& s, auto&& a, D) { s.trimRight(a); },
-            [](T& t, V v, D) { reference::trimRight(t, v); });
-        add([](S& s, auto&&, D) { s.trimLeft(); },
-            [](T& t, V, D) { reference::trimLeft(t, " \t\n\r"); });
-        add([](S& s, auto&&, D) { s.trimRight(); },
-            [](T& t, V, D) { reference::trimRight(t, " \t\n\r"); });
+        addCutting([](S& s, auto&& a, D) { s.trimLeft(a); },
+                   [](T& t, V v, D) { reference::trimLeft(t, v); });
+        addCutting([](S& s, auto&& a, D) { s.trimRight(a); },
+                   [](T& t, V v, D) { reference::trimRight(t, v); });
+        addCutting([](S& s, auto&&, D) { s.trimLeft(); },
+                   [](T& t, V, D) { reference::trimLeft(t, " \t\n\r"); });
+        addCutting([](S& s, auto&&, D) { s.trimRight(); },
+                   [](T& t, V, D) { reference::trimRight(t, " \t\n\r"); });
     }
 
     void setUpBuffers() {
@@ -295,19 +310,19 @@ private:
     }
 
     void setUpPunctuation() {
-        add([](S& s, auto&& a, D d) { s.escape(a, wide(d.c)); },
-            [](T& t, V v, D d) { reference::escape(t, v, d.c); });
-        add([](S& s, auto&& a, D) { s.escapeForQrl(a); },
-            [](T& t, V v, D) { reference::escapeForQrl(t, v); });
-        add([](S& s, auto&&, D d) { s.unescape(wide(d.c)); },
-            [](T& t, V, D d) { reference::unescape(t, d.c); });
+        addCutting([](S& s, auto&& a, D d) { s.escape(a, wide(d.c)); },
+                   [](T& t, V v, D d) { reference::escape(t, v, d.c); });
+        addCutting([](S& s, auto&& a, D) { s.escapeForQrl(a); },
+                   [](T& t, V v, D) { reference::escapeForQrl(t, v); });
+        addCutting([](S& s, auto&&, D d) { s.unescape(wide(d.c)); },
+                   [](T& t, V, D d) { reference::unescape(t, d.c); });
         add([](S& s, auto&& a, D d) { s.enquote(wide(d.q), a, wide(d.c)); },
             [](T& t, V v, D d) {
                 reference::escape(t, v, d.c);
                 t = d.q + t + d.q;
             });
-        add([](S& s, auto&&, D d) { s.dequote(wide(d.q), wide(d.c)); },
-            [](T& t, V, D d) { reference::dequote(t, d.q, d.c); });
+        addCutting([](S& s, auto&&, D d) { s.dequote(wide(d.q), wide(d.c)); },
+                   [](T& t, V, D d) { reference::dequote(t, d.q, d.c); });
     }
 
     void setUpQuestions() {

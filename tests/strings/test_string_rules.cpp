@@ -118,20 +118,11 @@ TYPED_TEST(StringRules, EditsThatFindNothingLeaveTheBlockAlone) {
     const TypeParam sharer = a;
     const TestText<TypeParam> other("qx"), empty("");
     const auto q = wideChar<TypeParam>('q');
-    a.escape(other, q);
-    a.unescape(q);
-    a.dequote(q, q);
-    a.escapeForQrl(other);
     a.replace(other, empty);
     a.replaceAll(other, empty);
     a.replace(2, 0, empty);
-    a.trimLeft();
-    a.trimRight();
     a.append(empty);
     a.insert(2, empty);
-    a.remove(5, 1);
-    a.removeFrom(5);
-    a.removeBefore(0);
     a.split(q);
     a.fillFrom(q, -1);
     a.fillBefore(q, -1);
@@ -161,13 +152,8 @@ TYPED_TEST(StringRules, WhatLeavesNoTextLeavesNoBlock) {
     const std::vector<std::function<void(TypeParam&)>> edits = {
         [&](TypeParam& s) { s.clear(); },
         [&](TypeParam& s) { s.setSize(0); },
-        [&](TypeParam& s) { s.remove(0, 2); },
-        [&](TypeParam& s) { s.removeFrom(0); },
-        [&](TypeParam& s) { s.removeBefore(2); },
-        [&](TypeParam& s) { s.trimLeft(xx); },
         [&](TypeParam& s) { s.replace(0, 2, none); },
         [&](TypeParam& s) { s.replaceAll(xx, none); },
-        [&](TypeParam& s) { s.dequote(x, 'q'); },
         [&](TypeParam& s) { s.split(x); },
         [&](TypeParam& s) { s = none; },
     };
