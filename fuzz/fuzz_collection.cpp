@@ -124,6 +124,111 @@ void arrayBehavesLikeAVector(Input& input) {
     }
 }
 
+// ---- Arrays that share their slots until one of them needs more
+
+/// An array, and the slots that it should have, of which it counts the first ones.
+struct Sharer {
+    Array array;
+    std::shared_ptr<std::vector<void*>> slots;
+    int size = 0;
+
+    int room() const { return slots ? static_cast<int>(slots->size()) : 0; }
+    std::vector<void*> contents() const {
+        return slots ? std::vector<void*>(slots->begin(), slots->begin() + size)
+                     : std::vector<void*>();
+    }
+    /// What is new is null, also for whoever counts these slots already.
+    void resize(int count) {
+        if (count > room()) {
+            const int wider = grownCapacity(room(), count);
+            slots = std::make_shared<std::vector<void*>>(contents());
+            slots->resize(static_cast<std::size_t>(wider));
+        }
+        if (count > size)
+            std::fill(slots->begin() + size, slots->begin() + count, nullptr);
+        if (count == 0)
+            slots.reset();
+        size = count;
+    }
+    void insert(int at, const std::vector<void*>& items) {
+        if (items.empty())
+            return;
+        std::vector<void*> behind = contents();
+        behind.erase(behind.begin(), behind.begin() + std::min(at, size));
+        resize(std::max(at, size) + static_cast<int>(items.size()));
+        std::copy(behind.begin(), behind.end(),
+                  std::copy(items.begin(), items.end(), slots->begin() + at));
+    }
+};
+
+void arraysShareUntilTheyGrow(Input input) {
+    fuzz::Failures failures(input);
+    std::array<Sharer, 3> all;
+    const auto check = [&all] {
+        for (const Sharer& each : all) {
+            FUZZ_CHECK(each.array.contents() == each.contents());
+            FUZZ_CHECK(each.array.room() == each.room());
+        }
+    };
+    for (int work = 0; !input.empty() && work < 100000; work += all[0].size + 1) {
+        Sharer& one = all[input.between<std::size_t>(0, 2)];
+        const Sharer& other = all[input.between<std::size_t>(0, 2)];
+        void* value = reinterpret_cast<void*>(static_cast<std::intptr_t>(input.between(1, 99)));
+        const int at = input.between(0, one.size + 2), count = input.between(0, 3);
+        switch (input.between(0, 8)) {
+        case 0:
+            failures.step([&] { one.array.add(value); }, check);
+            one.insert(one.size, {value});
+            break;
+        case 1:
+            if (at < one.size) {
+                one.array.setAt(at, value);
+                (*one.slots)[static_cast<std::size_t>(at)] = value;
+            }
+            break;
+        case 2:
+        case 3:
+            one = Sharer(other);
+            break;
+        case 4:
+            if (other.size < 100) {
+                failures.step([&] { one.array.insertAt(at, other.array); }, check);
+                one.insert(at, other.contents());
+            }
+            break;
+        case 5:
+            if (at < one.size) {
+                const int gone = std::min(count, one.size - at);
+                one.array.removeAt(at, count);
+                std::copy(one.slots->begin() + at + gone, one.slots->begin() + one.size,
+                          one.slots->begin() + at);
+                one.size -= gone;
+            }
+            break;
+        case 6:
+            failures.step([&] { one.array.setSize(at); }, check);
+            one.resize(at);
+            break;
+        case 7:
+            one.array.freeExtra();
+            if (one.slots.use_count() == 1)
+                one.size > 0 ? one.slots->resize(static_cast<std::size_t>(one.size))
+                             : one.resize(0);
+            break;
+        default:
+            failures.step([&] { one.array.copy(other.array); }, check);
+            if (one.slots == other.slots) {
+                one.size = other.size;
+            } else {
+                one.resize(other.size);
+                for (std::size_t i = 0; i < other.contents().size(); ++i)
+                    (*one.slots)[i] = (*other.slots)[i];
+            }
+        }
+        check();
+    }
+}
+
 // ---- The collection and its iterators
 
 /// A call of an element function, and what it sees in the collection; 0 for null.
@@ -602,6 +707,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input input(data, size);
     switch (input.between(0, 3)) {
     case 0:
+        arraysShareUntilTheyGrow(input);
         arrayBehavesLikeAVector(input);
         break;
     case 1:

@@ -56,27 +56,6 @@ TEST(ArrayTest, GrowsByTheRateInFours) {
     EXPECT_EQ(fitted.room(), 0);
 }
 
-TEST(ArrayTest, TakesSlotsOfItsOwnStorage) {
-    // Another array of the same storage may count more slots, or fewer.
-    Array few(5), many(few);
-    few.copy(few);
-    few.inflate(20);
-    many = few;
-    few.setSize(2);
-    few.freeExtra();
-    EXPECT_EQ(few.room(), many.room()) << "what others use is not shrunk";
-    few.append(many);
-    EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
-    many = few;
-    few.setSize(1);
-    few.copy(many);
-    EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
-    many = few;
-    few.setSize(1);
-    few.insertAt(1, many.getData() + 1, 6);
-    EXPECT_EQ(few.contents(), items({1, 2, 1, 2, 3, 4, 5}));
-}
-
 TEST(ArrayTest, FailedGrowthChangesNothing) {
     Array array(4);
     constexpr int most = std::numeric_limits<int>::max();

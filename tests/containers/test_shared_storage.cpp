@@ -19,30 +19,6 @@ int valueAt(const KazColl& coll, int index) {
     return valueOf(coll[index]);
 }
 
-TEST(SharedStorageTest, ArraysShareUntilOneGrows) {
-    int things[8] = {};
-    KazArrayPtr first;
-    for (int i = 0; i < 3; ++i)
-        first.add(&things[i]);
-    KazArrayPtr second;
-    second.add(&things[7]);
-    second = first;
-    second.setAt(1, &things[5]);
-    second.add(&things[6]);
-    EXPECT_EQ(first[1], &things[5]);
-    EXPECT_EQ(first.getSize(), 3);
-    EXPECT_EQ(second.getSize(), 4);
-    second.freeExtra();
-    second.add(&things[7]);
-    second[0] = nullptr;
-    EXPECT_EQ(first[0], &things[0]);
-    second = first;
-    first.setSize(0);
-    EXPECT_EQ(second[2], &things[2]);
-    second = *&second;
-    EXPECT_EQ(second.getSize(), 3);
-}
-
 TEST(SharedStorageTest, ElementsAreCheckedOutByTheLastToLetGo) {
     auto first = std::make_unique<OwningColl>();
     first->fill(1, 3);
@@ -76,6 +52,24 @@ TEST(SharedStorageTest, ElementsAreCheckedOutByTheLastToLetGo) {
     EXPECT_EQ(valueAt(third, 0), 9);
     third.removeAll();
     EXPECT_EQ(Counted::live(), 1);
+}
+
+TEST(SharedStorageTest, WhatASharerHasLeftGoesWithTheSlotsThatAnArrayHolds) {
+    const int before = Counted::live();
+    {
+        OwningColl coll;
+        coll.fill(1, 2);
+        OwningColl(coll).fill(3, 3); // in the room that both have
+        const KazArrayPtr slots(coll);
+        KazColl more;
+        Counted items[] = {Counted(4), Counted(5), Counted(6)};
+        for (Counted& item : items)
+            more.add(&item);
+        coll.append(more);
+        EXPECT_EQ(valueAt(coll, 4), 6);
+        EXPECT_EQ(Counted::live(), before + 5 + 3);
+    }
+    EXPECT_EQ(Counted::live(), before);
 }
 
 TEST(SharedStorageTest, GrowthSeparates) {
