@@ -115,7 +115,7 @@ void partsAddUp(fuzz::Input& input) {
 }
 
 /// A moment that is written in full is read again, in any zone.
-void momentsComeBack(fuzz::Input& input) {
+void momentsComeBack(fuzz::Input input) {
     constexpr std::int64_t day = 86400;
     const auto moment = input.between(date_min + day, date_max - day);
     const int minutes = input.between(-1439, 1439), distance = minutes < 0 ? -minutes : minutes;
@@ -131,7 +131,7 @@ void momentsComeBack(fuzz::Input& input) {
 
 /// An age is read again within its unit. Up to a thousand years, whose leap days stay within
 /// a year.
-void agesComeBack(fuzz::Input& input) {
+void agesComeBack(fuzz::Input input) {
     constexpr std::int64_t day = 86400;
     const std::int64_t age =
         input.between<std::int64_t>(0, std::int64_t{1} << 35) >> input.between(0, 35);

@@ -186,7 +186,7 @@ void compare(const std::string& bytes) {
 }
 
 /// Whatever setters have taken can be read again, and nothing of what they have refused.
-void whatIsSetIsRead(fuzz::Input& input) {
+void whatIsSetIsRead(fuzz::Input input) {
     Info info;
     bool hasName = false, hasVersion = false;
     std::map<std::string, std::string> values;

@@ -3,16 +3,16 @@
 /// Output of the form "name=value", line by line.
 #pragma once
 
+#include "kit/table.h"
+
 #include <map>
-#include <sstream>
 #include <string>
 
 namespace lines {
 
 inline std::map<std::string, std::string> linesOf(const std::string& text) {
     std::map<std::string, std::string> result;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);)
+    for (const std::string& line : kit::lines(text))
         result[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
     return result;
 }

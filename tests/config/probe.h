@@ -3,11 +3,11 @@
 /// Runs of config_probe: a tool that answers a script.
 #pragma once
 
+#include "kit/table.h"
 #include "testkit/process.h"
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,10 +21,7 @@ inline Lines ask(const Lines& script, moxkit::RunOptions options = {}, Lines arg
     arguments.insert(arguments.begin(), program);
     const moxkit::Result result = moxkit::run(arguments, options);
     EXPECT_EQ(result.status, 0) << result.err;
-    Lines answers;
-    std::istringstream out(result.out);
-    for (std::string line; std::getline(out, line);)
-        answers.push_back(line);
+    Lines answers = kit::lines(result.out);
     EXPECT_EQ(answers.size(), script.size()) << result.out << result.err;
     answers.resize(script.size());
     return answers;

@@ -3,6 +3,7 @@
 /// What the tests of the file manager share.
 #pragma once
 
+#include "kit/table.h"
 #include "testkit/director.h"
 #include "testkit/temp_tree.h"
 #include "tools/files/KazFileManager.h"
@@ -12,7 +13,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,13 +21,13 @@ namespace manager_test {
 using Names = std::set<std::string>;
 using Messages = std::vector<std::string>;
 
-/// The failure list as a set; only for names without line ends.
+/// A failure list as a set; only for names without line ends.
+inline Names namesIn(const KazString& errors) {
+    const Messages names = kit::lines(errors.getValue());
+    return Names(names.begin(), names.end());
+}
 inline Names errorsOf(const KazFileManager& manager) {
-    Names result;
-    std::istringstream lines(manager.getErrors().getValue());
-    for (std::string line; std::getline(lines, line);)
-        result.insert(line);
-    return result;
+    return namesIn(manager.getErrors());
 }
 
 inline Messages sorted(Messages messages) {

@@ -22,6 +22,14 @@ inline std::vector<std::string> parts(std::string_view text, std::string_view se
     return result;
 }
 
+/// The lines of @p text; the last one may lack its end.
+inline std::vector<std::string> lines(std::string_view text, std::string_view end = "\n") {
+    std::vector<std::string> result = parts(text, end);
+    if (result.back().empty())
+        result.pop_back();
+    return result;
+}
+
 /// The pairs of a text of the form "left = right | left = right".
 inline std::vector<std::pair<std::string, std::string>> pairs(std::string_view text) {
     std::vector<std::pair<std::string, std::string>> result;

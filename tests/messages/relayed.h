@@ -3,6 +3,7 @@
 /// The fixture of the tests of tools that run tools.
 #pragma once
 
+#include "kit/table.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
@@ -44,10 +45,8 @@ protected:
     /// kind for itself, as they come by different ways.
     std::string told() const {
         std::map<char, std::string> result;
-        const std::string text = tree.read("a");
-        for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != text.npos;
-             begin = end + 1)
-            addInShort(result, text.substr(begin, end - begin));
+        for (const std::string& line : kit::lines(tree.read("a")))
+            addInShort(result, line);
         return result['%'] + result['>'] + result['!'] + result['.'];
     }
 

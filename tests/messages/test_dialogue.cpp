@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What tools say and are told is written down, and what is written down can be played again.
 #include "kit/host.h"
+#include "kit/table.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
@@ -123,20 +124,18 @@ TEST_F(Dialogue, IsOfTheOutermostToolAndALogOfAll) {
 
     EXPECT_EQ(record({"mute", "nested", nested}, "+log").status, 5);
     EXPECT_EQ(record({"mute"}, "+log").status, 5);
-    const std::string log = tree.read("log");
-    std::size_t starts = 0, lines = 0;
-    for (std::size_t begin = 0, end; (end = log.find('\n', begin)) != log.npos; begin = end + 1) {
-        const std::string line = log.substr(begin, end - begin);
+    const std::vector<std::string> log = kit::lines(tree.read("log"));
+    std::size_t starts = 0;
+    for (const std::string& line : log) {
         const std::size_t time = line.rfind(",\"time\":\"20");
         const std::size_t process = line.find("Z\",\"pid\":", time);
         EXPECT_TRUE(time != line.npos && process != line.npos && line.ends_with('}')) << line;
         EXPECT_EQ(process - time, std::string(",\"time\":\"2026-11-22T08:05:09.250").size())
             << line;
         starts += line.starts_with("{\"event\":\"start\"") ? 1 : 0;
-        ++lines;
     }
     EXPECT_EQ(starts, 3U);
-    EXPECT_EQ(lines, 26U + 24 + 24);
+    EXPECT_EQ(log.size(), 26U + 24 + 24);
     EXPECT_EQ(replay({"log"}), "2 log:1: belongs to a log, which may be of several tools\n");
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
+#include "kit/table.h"
 #include "testkit/process.h"
 #include "testkit/random.h"
 #include "testkit/temp_tree.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <set>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -169,8 +169,7 @@ protected:
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.out, "");
         Words traces;
-        std::istringstream lines(result.err);
-        for (std::string line; std::getline(lines, line);) {
+        for (const std::string& line : kit::lines(result.err)) {
             EXPECT_EQ(line.rfind("trace " + topic + ": ", 0), 0U) << line;
             traces.push_back(line.substr(topic.size() + 8));
         }

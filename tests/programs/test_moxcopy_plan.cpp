@@ -3,6 +3,7 @@
 #include "moxcopy.h"
 
 #include "files/tree.h"
+#include "kit/table.h"
 #include "tools/files/KazFileManager.h"
 #include "tools/formats/encode.h"
 
@@ -23,8 +24,7 @@ struct Foretold {
 
 Foretold readPlan(const std::string& text) {
     Foretold plan;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : kit::lines(text)) {
         const std::string word = line.substr(0, line.find(' '));
         std::string name = line.substr(word.size() + 1);
         if (word == "plan:") {

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -113,8 +112,7 @@ TEST_F(MoxInfo, TellsWhereEachValueComesFrom) {
 /// Each line of a check without its file and text: "3 warning no-equals".
 std::vector<std::string> digest(const std::string& output, const std::string& file) {
     std::vector<std::string> lines;
-    std::istringstream in(output);
-    for (std::string line; std::getline(in, line);) {
+    for (std::string line : kit::lines(output)) {
         const std::size_t code = line.rfind(" [");
         if (line.starts_with(file + ":"))
             line.erase(0, file.size() + 1);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The doctor: what is wrong is told under its topic, and nothing is changed.
 #include "kit/host.h"
+#include "kit/table.h"
 #include "testkit/env.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
@@ -51,19 +52,15 @@ protected:
         bool fails = false;
         std::string out = result.out;
         std::erase(out, '\r');
-        for (std::size_t begin = 0, end; (end = out.find('\n', begin)) != out.npos;
-             begin = end + 1) {
-            const std::string line = out.substr(begin, end - begin);
-            const std::size_t first = line.find('\t'), second = line.find('\t', first + 1);
-            EXPECT_NE(second, line.npos) << line;
-            EXPECT_EQ(line.find('\t', second + 1), line.npos) << line;
-            const std::string verdict = line.substr(0, first);
-            const std::string topic = line.substr(first + 1, second - first - 1);
+        for (const std::string& line : kit::lines(out)) {
+            const std::vector<std::string> parts = kit::parts(line, "\t");
+            EXPECT_EQ(parts.size(), 3U) << line;
+            const std::string verdict = parts[0], topic = parts.at(1);
             EXPECT_TRUE(verdict == "ok" || verdict == "warn" || verdict == "fail") << line;
             fails = fails || verdict == "fail";
             if (order.empty() || order.back() != topic)
                 order.push_back(topic);
-            verdicts[topic].push_back(verdict + " " + line.substr(second + 1));
+            verdicts[topic].push_back(verdict + " " + parts.at(2));
         }
         EXPECT_EQ(order, topics) << result.out;
         EXPECT_EQ(result.status, fails ? 1 : 0) << result.out;

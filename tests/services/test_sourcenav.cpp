@@ -5,6 +5,7 @@
 
 #include "kit/await.h"
 #include "kit/host.h"
+#include "kit/table.h"
 #include "kit/valgrind.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
@@ -144,11 +145,7 @@ public:
     }
 
     Words words() const {
-        const std::string text = kit::awaitText(tree_, "record");
-        Words words;
-        for (std::size_t begin = 0, end; (end = text.find('\n', begin)) != std::string::npos;
-             begin = end + 1)
-            words.push_back(text.substr(begin, end - begin));
+        Words words = kit::lines(kit::awaitText(tree_, "record"));
         if (!words.empty())
             words.erase(words.begin()); // the program itself
         std::filesystem::remove(tree_.path("record"));

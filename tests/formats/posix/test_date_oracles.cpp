@@ -4,6 +4,7 @@
 // compared is made in the run.
 #include "tools/formats/datetime.h"
 
+#include "kit/table.h"
 #include "testkit/env.h"
 #include "testkit/process.h"
 #include "testkit/random.h"
@@ -12,21 +13,12 @@
 
 #include <ctime>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
 using Lines = std::vector<std::string>;
-
-Lines splitAt(const std::string& text, char separator) {
-    Lines parts;
-    std::istringstream in(text);
-    for (std::string part; std::getline(in, part, separator);)
-        parts.push_back(part);
-    return parts;
-}
 
 /// What a program of the host answers, a line for each line of input.
 Lines answers(Lines command, const std::string& input, const std::string& zone = "UTC0") {
@@ -36,7 +28,7 @@ Lines answers(Lines command, const std::string& input, const std::string& zone =
     command.insert(command.begin(), "/usr/bin/env");
     const moxkit::Result result = moxkit::run(command, options);
     EXPECT_EQ(result.status, 0) << result.err;
-    return splitAt(result.out, '\n');
+    return kit::lines(result.out);
 }
 
 Lines python(const std::string& script, const std::string& input) {
@@ -103,7 +95,7 @@ TEST_F(DateOracles, ConversionsGiveWhatDateGives) {
         const Lines lines = answers({"date", "-f", "-", joined}, input, zone);
         ASSERT_EQ(lines.size(), moments.size());
         for (std::size_t i = 0; i < moments.size(); ++i) {
-            const Lines expected = splitAt(lines[i], '|');
+            const Lines expected = kit::lines(lines[i], "|");
             ASSERT_EQ(expected.size(), formats.size());
             for (std::size_t f = 0; f < formats.size(); ++f)
                 ASSERT_EQ(dateOf(moments[i], formats[f]), expected[f])
@@ -158,7 +150,7 @@ for line in sys.stdin:
         const LocalZone local(zone);
         date_parts parts;
         ASSERT_TRUE(date_split(moment, "local", &parts));
-        const Lines words = splitAt(lines[i], ' ');
+        const Lines words = kit::parts(lines[i], " ");
         ASSERT_EQ(dateOf(moment, "%Y-%m-%dT%T " + std::to_string(parts.offset) + " %Z"),
                   words[0] + " " + words[1] + " " + words[2]);
         const date_parts wall = {std::stoi(words[3]), std::stoi(words[4]), std::stoi(words[5]),
@@ -195,7 +187,7 @@ for line in sys.stdin:
         const int offset = cases[i].second;
         ASSERT_TRUE(date_split(cases[i].first + offset * 60, "UTC", &parts));
         parts.offset = offset * 60;
-        const Lines expected = splitAt(lines[i], '|');
+        const Lines expected = kit::parts(lines[i]);
         EXPECT_EQ(FmtDate(parts, "@mail"), expected[0].c_str());
         EXPECT_EQ(FmtDate(parts, "@iso"), expected[1].c_str());
         std::int64_t read = 0;
