@@ -192,8 +192,18 @@ void arraysShareUntilTheyGrow(Input input) {
             break;
         case 4:
             if (other.size < 100) {
-                failures.step([&] { one.array.insertAt(at, other.array); }, check);
-                one.insert(at, other.contents());
+                const int from = input.between(0, std::max(other.size - 1, 0));
+                Array lent = other.array; // which shares them, too
+                failures.step(
+                    [&] {
+                        from == 0
+                            ? one.array.insertAt(at, other.array)
+                            : one.array.insertAt(at, lent.getData() + from, other.size - from);
+                    },
+                    check);
+                std::vector<void*> inserted = other.contents();
+                inserted.erase(inserted.begin(), inserted.begin() + from);
+                one.insert(at, inserted);
             }
             break;
         case 5:

@@ -57,6 +57,7 @@ TEST(Environment, ProgramNameOfAnEditor) {
             {" \"\\my dir\\a b\" c", "a b"},
             {"D:\\x\\'one two'\\e'd'", "ed"},
             {"'\\unclosed\\x y", "x y"},
+            {"\"one's own\" x", "one's own"},
             {" ", ""}};
         for (const auto& [command, program] : commands) {
             editors.command = command;

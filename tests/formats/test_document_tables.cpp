@@ -58,9 +58,10 @@ TEST(ColourTable, IsFullWith255Colours) {
     EXPECT_STREQ(table.getHtml(1), "#000000");
     EXPECT_STREQ(table.getHtml(16), "#00ffff");
     for (int i = 0; table.getCount() <= +KazColourTable::limit; ++i)
-        table.add(i, 1, 1);
+        table.add(i < 50 ? i : i + 1, 1, 1);
     EXPECT_EQ(table.add(254, 254, 254), 4) << "white is nearest";
     EXPECT_EQ(table.add(2, 0, 1), table.find(2, 1, 1));
+    EXPECT_EQ(table.add(50, 1, 1), table.find(49, 1, 1)) << "the first of the nearest";
     EXPECT_EQ(table.getCount(), 256);
 }
 

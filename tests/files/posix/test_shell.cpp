@@ -46,7 +46,7 @@ std::string join(const Words& words) {
 TEST(Words, TheFirstOneIsACommand) {
     for (const char* first : {"if", "while", "for", "case", "until", "{", "!", "time", "function",
                               "select", "coproc", "do", "then", "esac", "[[", "A=b", "=", "a+=b"}) {
-        const Words words = {first, "in x; then"};
+        const Words words = {first};
         EXPECT_EQ(split(join(words)), words);
         const std::string line = "PATH=/nowhere; " + join(words) + " 2>/dev/null";
         for (const std::string shell : {"sh", "bash"}) {

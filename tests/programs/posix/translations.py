@@ -152,9 +152,9 @@ class Translations(unittest.TestCase):
         self.assertLess(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss, 1 << 20)
 
     def test_templates_that_cannot_be(self):
-        (self.folder / "texts").write_bytes(b"1 one\n2 t\xe9xt\n")
+        (self.folder / "texts").write_bytes(b"1 one\n2 t\xe9xt\n3 \xe0\x80\x80\n")
         said = self.run_tool(moxmsg, "-source", "texts", "-formats", "po", "-output", "x.pot", status=1).stderr
-        self.assertEqual(said, "texts:2: the text of 2 is no UTF-8, which translators need\n")
+        self.assertEqual(said, "".join(f"texts:{n}: the text of {n} is no UTF-8, which translators need\n" for n in (2, 3)))
         self.assertFalse((self.folder / "x.pot").exists())
         self.run_tool(moxmsg, "-source", "texts", "-formats", "xml", status=2)
 

@@ -16,6 +16,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <set>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -282,6 +283,7 @@ TEST_F(SettingsFile, AKilledCommitLeavesTheOldOrTheNewOne) {
 TEST_F(SettingsFile, EachCallOfACommitThatFailsLeavesTheOldOrTheNewOne) {
     const std::string old = "# Mox settings 1\n\n[New]\nn=i:0\n",
                       text1 = "# Mox settings 1\n\n[New]\nn=i:1\n";
+    std::set<std::string> calls;
     for (const bool exists : {false, true}) {
         bool failed = false;
         sweep(
@@ -306,8 +308,10 @@ TEST_F(SettingsFile, EachCallOfACommitThatFailsLeavesTheOldOrTheNewOne) {
                 EXPECT_TRUE(!failed || !harmless);
                 EXPECT_FALSE(place.tree.exists(place.file() + ".new"));
                 EXPECT_EQ(failureOfCommit(), -1);
+                calls.insert(call_);
             });
     }
+    EXPECT_TRUE(calls.contains("fsync")) << "it is on the disk before it has its name";
 }
 
 TEST_F(SettingsFile, EachAllocationOfACommitThatFailsLeavesTheOldOrTheNewOne) {
