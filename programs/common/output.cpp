@@ -72,6 +72,15 @@ bool writeBytes(const std::string& file, const std::string& bytes) {
     return writeOutput(file, bytes);
 }
 
+bool hasOutputArrived() {
+    const int lastReason = errno; // nothing may be left to write, and no reason to meet again
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return true;
+    complain("standard output", errno != 0 ? errno : lastReason);
+    return false;
+}
+
 LineOutput::LineOutput(std::string name)
     : file_(isStandardStream(name) ? "" : std::move(name)), isOnTerminal_(TI_isTerminal(stdout)) {}
 

@@ -20,6 +20,10 @@ bool writeOutput(const std::string& file, const std::string& bytes);
 /// terminal, which could do nothing good with them, is refused.
 bool writeBytes(const std::string& file, const std::string& bytes);
 
+/// Has all that was printed arrived on standard output? Asked behind the last message, which
+/// knows the reason. False when not, which has then been said.
+bool hasOutputArrived();
+
 /// A result of lines: messages as they come, or a file. What can be read back stays as it
 /// is, except where it would drive the terminal.
 class LineOutput {

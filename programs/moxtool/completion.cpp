@@ -4,6 +4,7 @@
 // leave the word to the shell.
 
 #include "commands.h"
+#include "common/output.h"
 #include "common/trace_options.h"
 #include "tools/moxtools.h"
 
@@ -149,5 +150,5 @@ int completionCommand(int argc, char** argv) {
     if (!readNames(names))
         return KazCommandLine::wrongUsage;
     print_msg("%s", scriptFor(shell, names).c_str());
-    return 0;
+    return hasOutputArrived() ? 0 : 1;
 }

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "common/complaint.h"
 #include "common/findings.h"
+#include "common/output.h"
 #include "common/printable.h"
 #include "common/trace_options.h"
 #include "tools/moxtools.h"
@@ -124,16 +125,9 @@ public:
 
     /// Says what was found. False when something fails, or cannot be said.
     bool report() const {
-        bool isWhole = true;
-        for (const std::string& line : lines_) {
+        for (const std::string& line : lines_)
             print_msg("%s", line.c_str());
-            isWhole = isWhole && std::ferror(stdout) == 0;
-        }
-        if (isWhole && std::fflush(stdout) == 0)
-            return !hasFailed_;
-        print_err("standard output: cannot be written: %s",
-                  std::generic_category().message(errno != 0 ? errno : EIO).c_str());
-        return false;
+        return hasOutputArrived() && !hasFailed_;
     }
 
     /// Opens the first line of a configuration file that was complained about.

@@ -5,6 +5,7 @@
 // as before at the start of each run, and at the end.
 
 #include "commands.h"
+#include "common/output.h"
 #include "common/trace_options.h"
 #include "moxtool/swept_files.h"
 #include "tools/moxtools.h"
@@ -92,7 +93,7 @@ public:
             return KazCommandLine::wrongUsage;
         }
         print_msg("%ld runs, %ld faults injected, %ld failures", runs_, faults_, failures_);
-        return failures_ == 0 ? good : failed;
+        return hasOutputArrived() && failures_ == 0 ? good : failed;
     }
 
 private:

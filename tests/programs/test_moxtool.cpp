@@ -210,6 +210,22 @@ TEST_F(Doctor, IsMeantByANearWordAndCompleted) {
               "moxtool -help shows how it is used\n");
 }
 
+TEST_F(Doctor, IsNotAloneInTellingThatItsResultIsLost) {
+    if (kit::hasDrives)
+        GTEST_SKIP() << "no file is always full here";
+    tree.write("project/plant/a.dgm", "text");
+    options.stdoutFile = "/dev/full";
+    const std::vector<std::vector<std::string>> commands = {
+        {"moxtool", "doctor"},
+        {"moxtool", "completion", "zsh"},
+        {"moxreport", "-p", "project", "-output", "report.html", "-verbose"}};
+    for (const auto& command : commands) {
+        const moxkit::Result result = moxkit::run(command, options);
+        EXPECT_EQ(result.status, 1) << command[1];
+        EXPECT_EQ(result.err, "standard output: cannot be written: No space left on device\n");
+    }
+}
+
 TEST_F(Doctor, TakesNoArguments) {
     const moxkit::Result result = moxkit::run({"moxtool", "doctor", "now"}, options);
     EXPECT_EQ(result.status, 2);
