@@ -28,8 +28,8 @@
 /// "part" may be there twice, "build" is a decimal of at most 9 digits, "date" an existing day, a
 /// part a checksum of 8 hexadecimal digits, a size, a version without blanks ("-" for none) and a
 /// path relative to the root, with "/" and without ".", ".." or an empty name, so that a file has
-/// one path only. Other keys are kept. Keys are 1 to 40 letters, digits, "_" and "-", in lower
-/// case; values have 1 to 1000 bytes, a file up to 4 MiB.
+/// one path only, which no other part has. Other keys are kept. Keys are 1 to 40 letters, digits,
+/// "_" and "-", in lower case; values have 1 to 1000 bytes, a file up to 4 MiB.
 /// But for comments, no line holds a control character other than TAB, or what is not UTF-8.
 ///
 /// "checksum" is the last line that counts: CRC-32 (see crc32.h) of all bytes before it, each line

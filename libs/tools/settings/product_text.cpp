@@ -190,7 +190,7 @@ bool ProductText::takePart(std::string_view value) {
     const std::string_view word = takeWord(value);
     part.version = word == "-" ? KazString() : toText(word);
     part.path = toText(value);
-    if (word.empty() || !isPartPath(value))
+    if (word.empty() || !isPartPath(value) || !paths_.insert(value).second)
         return false;
     parts.push_back(std::move(part));
     return true;

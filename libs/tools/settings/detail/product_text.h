@@ -51,6 +51,7 @@ private:
     bool takePart(std::string_view value);
     void addToSum(std::string_view line);
 
+    std::set<std::string_view> paths_; ///< of the parts
     std::set<std::string_view> keys_;
     bool hasChecksum_ = false;
     std::uint32_t checksum_ = 0;
