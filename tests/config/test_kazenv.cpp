@@ -22,6 +22,7 @@ namespace {
 Lines ask(const Lines& script, const std::string& toolInfo, moxkit::RunOptions options = {},
           const Lines& arguments = {}) {
     const moxkit::TempTree tree;
+    options.cwd = tree.path(); // a file of traces is made where the probe runs
     options.env["ToolInfo"] = tree.write("ToolInfo", toolInfo);
     return ::ask(script, options, arguments);
 }
