@@ -145,6 +145,7 @@ KazString argv_to_str(int argc, const char* const* argv) {
 }
 
 int shell_cmd(const char* command, int* signal) {
+    host::flushStreams(); // or what was written before would stand below the command's name
     const int id = tty_start(orEmpty(command));
     Presenter output(id);
     const host::Completion ended = host::runShell(orEmpty(command), &output);

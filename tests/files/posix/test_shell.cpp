@@ -139,9 +139,27 @@ TEST(Shell, ACommandIsNoOptionOfTheInterpreter) {
     }
 }
 
-/// Also the streams of C++ that keep text of their own.
+/// Keeps what a file held when the command's name was shown.
+class NameWatcher : public moxkit::RecordingDirector {
+public:
+    explicit NameWatcher(const moxkit::TempTree& watched) : tree(watched) {}
+
+    std::string before;
+
+protected:
+    int doTtyStart(const char* command) override {
+        before = tree.read("file");
+        return RecordingDirector::doTtyStart(command);
+    }
+
+private:
+    const moxkit::TempTree& tree;
+};
+
+/// Also the streams of C++ that keep text of their own: it stands above the command's name.
 TEST(Shell, SeesWhatTheStandardStreamsHold) {
     const moxkit::TempTree tree;
+    NameWatcher director(tree);
     std::filebuf file;
     ASSERT_NE(file.open(tree.path("file"), std::ios::out), nullptr);
     for (std::ostream* stream : {&std::cout, &std::cerr, &std::clog}) {
@@ -149,9 +167,12 @@ TEST(Shell, SeesWhatTheStandardStreamsHold) {
         *stream << 'x';
         KazString output;
         shell_cmd_output(("cat " + tree.path("file")).c_str(), output);
+        *stream << 'y';
+        shell_cmd("true");
         stream->rdbuf(usual);
         const std::string text = output.getValue();
         EXPECT_TRUE(!text.empty() && text.back() == 'x') << text;
+        EXPECT_EQ(director.before, text + 'y');
         file.sputc('\n');
     }
 }
