@@ -4,6 +4,7 @@
 // value mean nothing; a name with a tab in it is not also near to the one without.
 #include "common/findings.h"
 
+#include "common/environment_findings.h"
 #include "common/known_names.h"
 #include "common/printable.h"
 #include "tools/config/toolinfo.h"
@@ -17,22 +18,6 @@
 #include <utility>
 
 namespace {
-
-constexpr std::size_t shortestNearName = 4;
-constexpr std::string_view prefix = "KAZ_";
-
-/// A part of a file in a finding, not too much of it.
-std::string quoted(std::string text) {
-    constexpr std::size_t most = 60;
-    const bool isLong = text.size() > most;
-    if (isLong) {
-        std::size_t end = most;
-        while (end > most - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-            --end; // no character is cut
-        text.resize(end);
-    }
-    return "\"" + printable(text) + (isLong ? "...\"" : "\"");
-}
 
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == 0x7F;
@@ -73,8 +58,7 @@ public:
     std::vector<Finding> run() {
         for (const ConfigLine& line : configuration_.lines())
             lookAt(line);
-        lookForOverrides();
-        lookAtEnvironment();
+        addEnvironmentFindings(configuration_, known_, findings_);
         std::stable_sort(findings_.begin(), findings_.end(), [](const auto& a, const auto& b) {
             return std::pair(fileOrder(a), a.line) < std::pair(fileOrder(b), b.line);
         });
@@ -89,9 +73,6 @@ private:
     void tell(Finding::Severity severity, const ConfigLine& line, std::string text,
               const char* code) {
         findings_.push_back({severity, line.file, line.number, std::move(text), code});
-    }
-    void tellOfEnvironment(Finding::Severity severity, std::string text, const char* code) {
-        findings_.push_back({severity, -1, 0, std::move(text), code});
     }
 
     void lookAt(const ConfigLine& line) {
@@ -253,54 +234,10 @@ private:
                         "odd-name");
         if (line.name.size() < shortestNearName || known_.has(line.name))
             return;
-        if (const KazString hint = hintFor(line.name, known_.all()))
+        const KazStringColl near = nearNames(line.name, known_.all());
+        if (const KazString hint = kazDidYouMean(line.name.c_str(), near))
             tell(Finding::Warning, line,
                  "nothing known reads " + quoted(line.name) + hint.getValue(), "near-name");
-    }
-
-    static KazString hintFor(const std::string& word, const std::set<std::string>& names) {
-        return kazDidYouMean(word.c_str(), nearNames(word, names));
-    }
-
-    void lookForOverrides() {
-        for (const std::string& name : configuration_.names()) {
-            if (isSetByLibrary(name) || TI_EnvVsource(name.c_str(), nullptr) != KazEnvironment)
-                continue;
-            tellOfEnvironment(Finding::Note,
-                              printable(overridingVariable(name)) + " overrides " + quoted(name) +
-                                  " of " +
-                                  printable(configuration_.placeOf(configuration_.decisive(name))),
-                              "env-override");
-        }
-    }
-
-    void lookAtEnvironment() {
-        // In capitals; the first ones steer the library itself.
-        std::set<std::string> readable = {"DIALOGUE", "PROGRESS_FD", "TRACE"};
-        for (const std::string& name : known_.all())
-            readable.insert(overridingVariable(name).substr(prefix.size()));
-        for (const std::string& name : configuration_.names())
-            readable.insert(overridingVariable(name).substr(prefix.size()));
-        std::vector<std::string> variables;
-        TI_EnvVwalk([](const char* variable, const char*,
-                       void* all) { static_cast<decltype(variables)*>(all)->push_back(variable); },
-                    &variables);
-        for (const std::string& variable : variables)
-            lookAtVariable(variable, readable);
-    }
-
-    /// How far away a word may be depends on its length, to which the prefix does not belong.
-    void lookAtVariable(const std::string& variable, const std::set<std::string>& readable) {
-        const std::string name = variable.substr(prefix.size());
-        if (name.size() < shortestNearName || readable.count(name) != 0)
-            return;
-        KazStringColl meant = nearNames(name, readable);
-        for (int i = 0; i < meant.getSize(); ++i)
-            meant[i] = std::string(prefix).append(meant[i].getValue()).c_str();
-        if (const KazString hint = kazDidYouMean(variable.c_str(), meant))
-            tellOfEnvironment(Finding::Warning,
-                              "nothing known reads " + printable(variable) + hint.getValue(),
-                              "env-near");
     }
 
     const Configuration& configuration_;

@@ -6,9 +6,10 @@
 #include "commands.h"
 #include "common/complaint.h"
 #include "common/findings.h"
-#include "common/output.h"
 #include "common/printable.h"
 #include "common/trace_options.h"
+#include "moxtool/damage.h"
+#include "moxtool/verdicts.h"
 #include "tools/moxtools.h"
 
 #include <algorithm>
@@ -72,38 +73,6 @@ bool mayWriteTo(const KazString& directory) {
     return TI_isDirectory(directory) && TI_access(directory, all) == 0;
 }
 
-/// What is damaged since the installation, as far as that has a product file.
-class Damage {
-public:
-    Damage() {
-        for (int i = 0; i < info_.getPartCount(); ++i)
-            if (info_.verifyPart(i) != KazProductInfo::PartGood)
-                parts_.emplace_back(info_.getPart(i).path.getValue());
-    }
-
-    /// About the file itself; "" where there is none to be had.
-    std::string problem() const {
-        return info_.getState() == KazProductInfo::Missing ? "" : info_.getProblem().getValue();
-    }
-    /// The parts that are programs of the suite, or those that are not.
-    std::vector<std::string> parts(bool programs) const {
-        std::vector<std::string> result;
-        for (const std::string& part : parts_)
-            if (isProgram(part) == programs)
-                result.push_back(part);
-        return result;
-    }
-
-private:
-    static bool isProgram(const std::string& part) {
-        const std::string name = std::filesystem::path(part).stem().string();
-        return std::find(suitePrograms.begin(), suitePrograms.end(), name) != suitePrograms.end();
-    }
-
-    const KazProductInfo& info_ = KazProductInfo::getInstance();
-    std::vector<std::string> parts_;
-};
-
 class Examination {
 public:
     /// Looks at everything.
@@ -124,11 +93,7 @@ public:
     }
 
     /// Says what was found. False when something fails, or cannot be said.
-    bool report() const {
-        for (const std::string& line : lines_)
-            print_msg("%s", line.c_str());
-        return hasOutputArrived() && !hasFailed_;
-    }
+    bool report() const { return verdicts_.report(); }
 
     /// Opens the first line of a configuration file that was complained about.
     void open() const {
@@ -139,25 +104,10 @@ public:
     }
 
 private:
-    void begin(const char* topic) {
-        topic_ = topic;
-        isTold_ = false;
-    }
-    void tell(const char* verdict, const std::string& text) {
-        isTold_ = true;
-        lines_.push_back(std::string(verdict) + "\t" + topic_ + "\t" +
-                         printable(onOneLine(text.c_str())));
-    }
-    void warn(const std::string& text) { tell("warn", text); }
-    void fail(const std::string& text) {
-        hasFailed_ = true;
-        tell("fail", text);
-    }
-    /// Where there is nothing else to say of the topic.
-    void confirm(const std::string& text) {
-        if (!isTold_)
-            tell("ok", text);
-    }
+    void begin(const char* topic) { verdicts_.begin(topic); }
+    void warn(const std::string& text) { verdicts_.warn(text); }
+    void fail(const std::string& text) { verdicts_.fail(text); }
+    void confirm(const std::string& text) { verdicts_.confirm(text); }
 
     void lookAtLibrary(const Damage& damage) {
         begin("library");
@@ -332,10 +282,7 @@ private:
                                               : "overrides nothing");
     }
 
-    std::vector<std::string> lines_;
-    std::string topic_;
-    bool isTold_ = false; ///< something of the topic
-    bool hasFailed_ = false;
+    Verdicts verdicts_;
     std::unique_ptr<Configuration> configuration_;
     std::vector<Finding> findings_;
 };

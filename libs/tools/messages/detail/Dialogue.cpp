@@ -4,17 +4,14 @@
 // the number that the director gave it names it in every line.
 #include "tools/messages/detail/Dialogue.h"
 
-#include "tools/formats/detail/json_text.h"
 #include "tools/messages/detail/JsonLine.h"
 #include "tools/messages/detail/ProgressTrack.h"
+#include "tools/messages/detail/dialogue_text.h"
 #include "tools/platform/host.h"
 #include "tools/platform/host_lines.h"
-#include "tools/util/gu_set.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <new>
@@ -49,27 +46,6 @@ Recording& recording() {
     return kept;
 }
 
-std::string_view viewOf(const KazString& text) {
-    return {text.getValue(), static_cast<std::size_t>(text.getLength())};
-}
-
-/// "2026-11-22T08:05:09.250Z".
-std::string timeText() {
-    namespace chrono = std::chrono;
-    int nanosecond = 0;
-    const chrono::sys_seconds now{chrono::seconds(host::now(nanosecond))};
-    const auto day = chrono::floor<chrono::days>(now);
-    const chrono::year_month_day date(day);
-    const chrono::hh_mm_ss time(now - day);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                  static_cast<int>(time.minutes().count()),
-                  static_cast<int>(time.seconds().count()), nanosecond / 1000000);
-    return text;
-}
-
 /// Before the tool has begun there is no director to be asked for, and none is made: a tool
 /// finds what it would have found.
 void complain(int reason) {
@@ -101,51 +77,9 @@ int written(Make make) {
     return guarded([&] {
         JsonLine line = make();
         if (recording().isLog)
-            line.add("time", timeText()).add("pid", host::processId());
+            line.add("time", dialogue::timeText()).add("pid", host::processId());
         return recording().file.write(line.finished()) == 0 ? 0 : errno;
     });
-}
-
-/// As the console ends it: without the newline of its format.
-KAZ_PRINTF(1, 0)
-std::string textOf(const char* format, va_list args) {
-    if (format == nullptr)
-        return {};
-    va_list again;
-    va_copy(again, args);
-    KazString formatted;
-    formatted.formatV(format, again);
-    va_end(again);
-    std::string text(viewOf(formatted));
-    if (std::string_view(format).ends_with('\n') && text.ends_with('\n'))
-        text.pop_back();
-    return text;
-}
-
-std::string listOf(const gu_set* symbols) {
-    std::string list = "[";
-    for (auto i = gu_set_init(symbols); !gu_set_done(i); gu_set_next(&i))
-        list.append(list.size() > 1 ? "," : "")
-            .append(std::to_string(reinterpret_cast<std::intptr_t>(gu_set_element(i))));
-    return list + "]";
-}
-
-std::string listOf(int count, const char* const* texts) {
-    std::string list = "[";
-    for (int i = 0; i < count; ++i) {
-        list += i > 0 ? "," : "";
-        appendJson(list, texts[i] != nullptr ? texts[i] : "");
-    }
-    return list + "]";
-}
-
-/// The last part of a program's name as it was called, without ".exe".
-std::string_view toolName(int argc, const char* const* argv) {
-    std::string_view name = argc > 0 && argv[0] != nullptr ? argv[0] : "";
-    name.remove_prefix(name.find_last_of("/\\") + 1); // npos + 1 is the beginning
-    if (name.ends_with(".exe") || name.ends_with(".EXE"))
-        name.remove_suffix(4);
-    return name;
 }
 
 /// 0, or why it cannot be opened.
@@ -187,8 +121,8 @@ void Dialogue::start(int argc, const char* const* argv) {
     if (isOn_)
         settle(written([&] {
             return JsonLine("start")
-                .add("tool", toolName(argc, argv))
-                .addPlain("argv", argc > 1 ? listOf(argc - 1, argv + 1) : "[]")
+                .add("tool", dialogue::toolName(argc, argv))
+                .addPlain("argv", argc > 1 ? dialogue::listOf(argc - 1, argv + 1) : "[]")
                 .add("library", MOXTOOLS_VERSION);
         }));
     recording().hasBegun = true;
@@ -202,14 +136,15 @@ void Dialogue::end(int status) {
 }
 
 void Dialogue::text(const char* event, const char* format, va_list args) {
-    settle(written([&] { return JsonLine(event).add("text", textOf(format, args)); }));
+    settle(written([&] { return JsonLine(event).add("text", dialogue::textOf(format, args)); }));
 }
 
-void Dialogue::symbols(const char* event, const gu_set* symbols, const char* format, va_list args) {
+void Dialogue::symbols(const char* event, const _gu_set_struct_* symbols, const char* format,
+                       va_list args) {
     settle(written([&] {
         return JsonLine(event)
-            .add("text", textOf(format, args))
-            .addPlain("symbols", listOf(symbols));
+            .add("text", dialogue::textOf(format, args))
+            .addPlain("symbols", dialogue::listOf(symbols));
     }));
 }
 
@@ -225,8 +160,8 @@ void Dialogue::question(const KazString& title, const KazString& text, int type,
                         int reply) {
     settle(written([&] {
         return JsonLine("question")
-            .add("title", viewOf(title))
-            .add("text", viewOf(text))
+            .add("title", dialogue::viewOf(title))
+            .add("text", dialogue::viewOf(text))
             .add("type", type)
             .add("default", defaultReply)
             .add("reply", reply);
@@ -237,12 +172,12 @@ void Dialogue::input(const KazString& title, const KazString& prompt, bool echo,
                      const KazString& text) {
     settle(written([&] {
         JsonLine line("input");
-        line.add("title", viewOf(title))
-            .add("prompt", viewOf(prompt))
+        line.add("title", dialogue::viewOf(title))
+            .add("prompt", dialogue::viewOf(prompt))
             .add("echo", echo)
             .add("given", given);
         if (echo && given)
-            line.add("text", viewOf(text));
+            line.add("text", dialogue::viewOf(text));
         return line;
     }));
 }
@@ -256,14 +191,16 @@ void Dialogue::progressStart(int id, const KazString& title, int total) {
         recording().progresses.insert_or_assign(id, Followed());
         return JsonLine("progress-start")
             .add("id", id)
-            .add("title", viewOf(title))
+            .add("title", dialogue::viewOf(title))
             .add("total", total);
     }));
 }
 
 void Dialogue::progressMessage(int level, const char* format, va_list args) {
     settle(written([&] {
-        return JsonLine("progress-message").add("text", textOf(format, args)).add("level", level);
+        return JsonLine("progress-message")
+            .add("text", dialogue::textOf(format, args))
+            .add("level", level);
     }));
 }
 
