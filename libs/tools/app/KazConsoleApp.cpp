@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The outermost frame of a tool. Whatever of the library's exceptions escapes from it ends here,
+// is reported once, and becomes the status 1; what is none of the library's goes on to the
+// handlers.
 #include "tools/app/KazConsoleApp.h"
 
 #include "tools/app/KazMasterContext.h"

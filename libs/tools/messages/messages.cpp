@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// The plain functions are the director's static operations by other names. Only those for a
+// single symbol do more: they make a set of it, which the director is given for good.
 #include "tools/messages/messages.h"
 
 #include "tools/messages/KazIODirector.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A message file may be damaged anywhere. So each number of it is only a place to read at, and a
+// read that gives less than a whole record is a text that is not there; nothing is computed from
+// what a file says but such places.
 #include "tools/messages/catalog/detail/CatalogFile.h"
 
 #include "tools/messages/messages.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A text is looked for in the cache, then among the registered ones, then in the file. Callers
+// get pointers into the cache alone: a pointer is good until another text needs its entry, and
+// whoever keeps a text longer copies it.
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include "tools/messages/messages.h"
