@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// What is shown depends on the manner that the user has chosen; how it is shown is left to the
+// director of terminals. Every operation that writes is watched, since the loss of output is told
+// at the end, once.
 #include "director.h"
 
 #include "tools/moxtools.h"

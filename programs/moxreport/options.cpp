@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Words are found good or bad by the parser; what remains here are measures and the format, which
+// follows from the name of the output unless it was named.
 #include "options.h"
 
 #include "common/trace_options.h"

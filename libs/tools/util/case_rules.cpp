@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// The rules are a copy of the locale's tables, taken only where an index can go by them: equal in
+// lower case must mean equal in upper case, and nothing but NUL may become NUL. Whether they are
+// still in force is a look at an address in most cases; the tables are compared where that has
+// changed.
 #include "tools/util/detail/CaseRules.h"
 
 #include "tools/platform/case_map.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// A directory is held by a descriptor that can do nothing but stand for it, so that permission to
+// read it is needed by listing alone. Names of entries go to the system as they are and are never
+// joined to a path. What is not open is no object, and each call on it fails with EBADF as the
+// system would have it.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/copy_at.h"
 #include "tools/platform/posix/descriptor.h"

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A directory is its literal path, and each entry's name is checked before it is put behind that:
+// a component, and nothing that leads elsewhere. Removing, which clearing up relies on, takes no
+// memory of the heap.
 #include "tools/platform/host.h"
 #include "tools/platform/wildcard.h"
 #include "tools/platform/windows/copy.h"
