@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files are read as a whole, and what kind of file one is stands in its first bytes. A file of
+// Files are read as a whole, and what kind of file one is follows from its contents. A file of
 // another kind than the one that was asked for is named as what it is, with the option that reads
 // it, instead of by the faults that it would have as the wrong kind.
 #include "messages.h"
