@@ -118,6 +118,10 @@ TEST(Trace, AFileThatCannotBeWrittenIsSaidOnce) {
         EXPECT_EQ(result.err, "-trace_file: cannot write '" + file + "': " + reason +
                                   "\ntrace a: 1\ntrace a: 2\n");
     }
+    if (!kit::hasDrives) {
+        EXPECT_EQ(traced({"-trace", "a", "-trace_file", "none/\x1b[31m\n"}, "").err,
+                  "-trace_file: cannot write 'none/\\x1B[31m\\x0A': No such file or directory\n");
+    }
 }
 
 TEST(Trace, ADialogueHasThemToo) {

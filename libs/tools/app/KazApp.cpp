@@ -8,6 +8,7 @@
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/config/KazFilePath.h"
+#include "tools/config/detail/quoted_name.h"
 #include "tools/config/kazenv.h"
 #include "tools/config/toolinfo.h"
 #include "tools/files/kazpath.h"
@@ -83,7 +84,8 @@ KazString productPathValue(const char* product) {
         return value;
     if (hasProduct)
         print_err("TI variable \"%s\" undefined for product \"%s\" -- using default",
-                  variable.getValue(), product);
+                  kaz::detail::quotedName(variable).getValue(),
+                  kaz::detail::quotedName(product).getValue());
     else
         print_err("TI variable \"%s\" undefined -- using default", variable.getValue());
     return "templates/ct;templates";

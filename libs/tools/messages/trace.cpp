@@ -6,6 +6,7 @@
 #include "tools/messages/trace.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/formats/encode.h"
 #include "tools/messages/detail/Dialogue.h"
 #include "tools/messages/detail/TerminalScreen.h"
 #include "tools/messages/detail/TerminalText.h"
@@ -91,7 +92,7 @@ private:
     void giveFileUp() {
         const int reason = errno;
         file_ = kaz::host::LineWriter();
-        print_err("-trace_file: cannot write %s: %s", fileName_.c_str(),
+        print_err("-trace_file: cannot write %s: %s", kazPrintable(fileName_.c_str()).getValue(),
                   kaz::host::errorText(reason).c_str());
     }
 

@@ -4,6 +4,7 @@
 // whoever keeps a text longer copies it.
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
+#include "tools/formats/encode.h"
 #include "tools/messages/messages.h"
 #include "tools/messages/trace.h"
 #include "tools/util/text.h"
@@ -109,7 +110,8 @@ bool MessageCatalog::start() {
         return false;
     if (file_.open(std::move(found)))
         return true;
-    print_err("Warning: Magic number mismatch msg file %s", name.getValue());
+    print_err("Warning: Magic number mismatch msg file %s",
+              (host::isTerminal(stderr) ? kazPrintable(name) : name).getValue());
     return false;
 }
 
