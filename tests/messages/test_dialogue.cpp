@@ -156,6 +156,10 @@ TEST_F(Dialogue, ThatCannotBeWrittenCostsTheToolNothing) {
             EXPECT_EQ(result.status, 5);
         }
     EXPECT_EQ(record({"mute"}, "").err, "");
+    if (!kit::hasDrives) {
+        EXPECT_EQ(record({"mute"}, "none/\x1b[31m\n").err,
+                  "KAZ_DIALOGUE: cannot write 'none/\\x1B[31m\\x0A': No such file or directory\n");
+    }
 }
 
 TEST_F(Dialogue, ReplayTellsTheFirstDifferenceAndTakesItOver) {

@@ -4,6 +4,7 @@
 // the number that the director gave it names it in every line.
 #include "tools/messages/detail/Dialogue.h"
 
+#include "tools/formats/encode.h"
 #include "tools/messages/detail/JsonLine.h"
 #include "tools/messages/detail/ProgressTrack.h"
 #include "tools/messages/detail/dialogue_text.h"
@@ -49,8 +50,9 @@ Recording& recording() {
 /// Before the tool has begun there is no director to be asked for, and none is made: a tool
 /// finds what it would have found.
 void complain(int reason) {
-    const std::string text =
-        "KAZ_DIALOGUE: cannot write '" + recording().name + "': " + host::errorText(reason);
+    const KazString name = kazPrintable(recording().name.c_str());
+    const std::string text = std::string("KAZ_DIALOGUE: cannot write '") + name.getValue() +
+                             "': " + host::errorText(reason);
     if (recording().hasBegun)
         KazIODirector::printError("%s", text.c_str());
     else
