@@ -4,9 +4,9 @@
 #include "probe.h"
 
 #include "kit/host.h"
+#include "kit/random.h"
 #include "testkit/env.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -49,8 +49,7 @@ const std::map<std::string, std::string> options = {
 };
 
 TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random rng(moxkit::seed());
+    kit::Random rng;
     for (int round = 0; round < 8; ++round) {
         Lines arguments, script, expected;
         moxkit::RunOptions run;

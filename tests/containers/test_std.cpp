@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The library's types in the algorithms and containers of the standard library.
 
-#include "testkit/random.h"
+#include "kit/random.h"
 #include "tools/std.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ namespace {
 const std::string bytes("ab\0\xff ", 5);
 
 TEST(Std, TextGoesBothWaysWholly) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int i = 0; i < 500; ++i) {
         const std::string text = random.text(40, bytes);
         const KazString string = kazString(text);
@@ -45,7 +45,7 @@ TEST(Std, TextGoesBothWaysWholly) {
 }
 
 TEST(Std, EqualStringsHashAlike) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     const std::hash<KazString> hash;
     std::unordered_set<KazString> ours;
     std::vector<KazString> model; // held against `==` alone
@@ -61,7 +61,7 @@ TEST(Std, EqualStringsHashAlike) {
 }
 
 TEST(Std, CollectionsAreRanges) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     KazIntColl numbers;
     KazStringColl strings;
     KazColl pointers;
@@ -92,7 +92,7 @@ TEST(Std, CollectionsAreRanges) {
 }
 
 TEST(Std, TreesAreSortedRanges) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     KazIntTree numbers;
     KazStringTree strings;
     std::set<int> model;
@@ -113,7 +113,7 @@ TEST(Std, TreesAreSortedRanges) {
 }
 
 TEST(Std, MapsGivePairs) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     KazStringToStringMap ours(true, 7);
     std::map<std::string, std::string> model;
     EXPECT_EQ(begin(ours), end(ours));
@@ -130,7 +130,7 @@ TEST(Std, MapsGivePairs) {
 }
 
 TEST(Std, TokensSetsAndPlainMaps) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int i = 0; i < 300; ++i) {
         const KazString text = random.text(12, "ab,;").c_str();
         const bool skipRuns = random.oneIn(2);

@@ -6,7 +6,7 @@
 #include "tools/files/tistatus.h"
 
 #include "kit/host.h"
-#include "testkit/random.h"
+#include "kit/random.h"
 #include "testkit/temp_tree.h"
 #include "tree.h"
 
@@ -159,8 +159,7 @@ TEST_F(Directory, PathsAreNamedRemovedAndRenamed) {
 
 /// Random moves about a tree; the cursor is where a path of names says.
 TEST_F(Directory, ACursorIsWhereItsMovesLead) {
-    moxkit::Random random(moxkit::seed());
-    SCOPED_TRACE(moxkit::seedText());
+    kit::Random random;
     KazTreeCursor cursor{KazDirectory(tree.native().c_str())};
     fs::path place = tree.path();
     std::vector<std::string> names;
@@ -196,8 +195,7 @@ TEST_F(Directory, ACursorIsWhereItsMovesLead) {
 }
 
 TEST_F(Directory, AWalkMeetsWhatIsThereOnceAndDirectoriesFirst) {
-    moxkit::Random random(moxkit::seed());
-    SCOPED_TRACE(moxkit::seedText());
+    kit::Random random;
     tree.mkdir("top");
     tree::grow(tree, "top", random, 3);
     std::set<std::string> expected, met;

@@ -3,9 +3,9 @@
 // that can go wrong on a disk.
 #include "tools/files/KazFileManager.h"
 
+#include "kit/random.h"
 #include "manager.h"
 #include "testkit/alloc_failure.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 #include "tree.h"
 
@@ -55,8 +55,7 @@ std::vector<Selection> selections() {
 /// Runs @p work(manager, tree, selection) for each selection on a tree of its own.
 template <typename Work>
 void forEachSelection(Work work) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (const Selection& selection : selections()) {
         const moxkit::TempTree tree;
         tree.mkdir("src");

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A plan changes nothing, and the copy that follows does exactly what it says: over random
 // trees, among all that can be in the way.
+#include "kit/random.h"
 #include "manager.h"
 #include "testkit/alloc_failure.h"
-#include "testkit/random.h"
 #include "tools/files/tifiles.h"
 #include "tree.h"
 
@@ -86,8 +86,7 @@ void makeAllOld(const std::string& top, moxkit::Random& random) {
 }
 
 TEST_F(FileManager, TheCopyDoesWhatThePlanSays) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     int seen[KazPlannedAction::Fail + 1] = {};
     for (int turn = 0; turn < 12; ++turn) {
         const std::string place = "turn" + std::to_string(turn);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
+#include "kit/random.h"
 #include "kit/table.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ struct Model {
 
 TEST(Trace, WritesWhatIsAskedForAndEvaluatesNothingElse) {
     const moxkit::TempTree tree;
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     const Words names{"a", "b", "ab", "outside", "A"};
     const auto anyName = [&] { return names[static_cast<std::size_t>(random.below(5))]; };
     for (int run = 0; run < 40; ++run) {

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "kit/host.h"
+#include "kit/random.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -50,7 +50,7 @@ protected:
     }
 
     void makeSystem() {
-        moxkit::Random random(moxkit::seed());
+        kit::Random random;
         for (const std::string name :
              {"mashing.dgm", "tank control.dgm", "a_b.dgm", "a_bc.dgm", "filestore/mashing.1",
               "filestore/mashing.2", ".sys_file_mode", "100%s%n.txt", "~", "C:x", "line\nfeed",

@@ -163,8 +163,7 @@ void Plan::expectLaw(const std::string& top, const std::string& target,
 }
 
 TEST_F(Plan, TheCopyThatFollowsDoesWhatItSays) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     std::set<std::string> seen;
     for (int turn = 0; turn < 8; ++turn) {
         fs::remove_all(tree.path("plant"));
@@ -216,8 +215,7 @@ protected:
 };
 
 TEST_F(CaselessPlan, KnowsWhichNamesWillBeOne) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     std::set<std::string> seen;
     for (int turn = 0; turn < 10; ++turn) {
         fs::remove_all(tree.path("plant"));
@@ -233,8 +231,7 @@ TEST_F(CaselessPlan, KnowsWhichNamesWillBeOne) {
 }
 
 TEST_F(CaselessPlan, OfAnyTreeNamesTheClashes) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int turn = 0; turn < 10; ++turn) {
         const std::string number = std::to_string(turn);
         grow("s" + number, random, 2);

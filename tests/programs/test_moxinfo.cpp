@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kit/host.h"
+#include "kit/random.h"
 #include "kit/table.h"
 #include "kit/valgrind.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -29,79 +29,74 @@ protected:
         return moxkit::run(arguments, options);
     }
 
+    /// The text with "first" for that file, "FIRST" for its native name, and so on.
+    std::string named(std::string text) const {
+        for (const auto& [name, nativeName] :
+             kit::pairs("first = FIRST | second = SECOND | more = MORE")) {
+            replace(text, tree.native(name), nativeName);
+            replace(text, tree.path(name), name);
+        }
+        return text;
+    }
+
+    static void replace(std::string& text, const std::string& from, const std::string& to) {
+        for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
+            text.replace(at, from.size(), to);
+    }
+
     moxkit::TempTree tree;
     moxkit::RunOptions options;
 };
 
 TEST_F(MoxInfo, ShowsEachVariableUnderItsSource) {
     options.env["KAZ_C"] = "two\nlines";
-    const std::string first = tree.native("first"), second = tree.native("second");
-    const moxkit::Result result = run({});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "% ToolInfo files:\n%   " + first + "\n%   " + second +
-                              "\n% from environment\nc=two lines\n"
-                              "% from library\nTI_locale=" +
-                              kit::localeOfC() + "\nToolInfo=" + first + "\nToolInfoPath=" + first +
-                              " " + second + "\n% from " + first + "\na=1\nb=2\nempty=\n");
-    EXPECT_EQ(run({"-source", tree.path("first")}).out, "% from " + first + "\na=1\nb=2\nempty=\n");
+    EXPECT_EQ(run({}).status, 0);
+    EXPECT_EQ(named(run({}).out), "% ToolInfo files:\n%   FIRST\n%   SECOND\n"
+                                  "% from environment\nc=two lines\n"
+                                  "% from library\nTI_locale=" +
+                                      kit::localeOfC() +
+                                      "\nToolInfo=FIRST\nToolInfoPath=FIRST SECOND\n"
+                                      "% from FIRST\na=1\nb=2\nempty=\n");
+    EXPECT_EQ(named(run({"-source", tree.path("first")}).out), "% from FIRST\na=1\nb=2\nempty=\n");
     EXPECT_EQ(run({"-source", "environment"}).out, "% from environment\nc=two lines\n");
 
     tree.write("more", "a=9\nd=5\n");
     const moxkit::Result more = run({"-file", tree.path("more"), "-source", tree.path("more")});
-    EXPECT_EQ(more.out, "% from " + tree.native("more") + "\na=9\nd=5\n");
+    EXPECT_EQ(named(more.out), "% from MORE\na=9\nd=5\n");
 }
 
 TEST_F(MoxInfo, TellsWhereEachValueComesFrom) {
     options.env["KAZ_C"] = "two\nlines";
-    const std::string first = tree.path("first"), second = tree.path("second");
     moxkit::Result result = run({"--origin", "b", "c", "ToolInfo"});
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, "b=2\n"
-                          "  environment KAZ_B: not set\n"
-                          "  run-time: not set\n"
-                          "* " +
-                              first +
-                              ":2: 2\n"
-                              "  " +
-                              second +
-                              ":1: 3 [an earlier file defines it]\n"
-                              "c=two lines\n"
-                              "* environment KAZ_C: two lines\n"
-                              "  run-time: not set\n"
-                              "  " +
-                              second +
-                              ":2: 4 [the environment sets it]\n"
-                              "ToolInfo=" +
-                              tree.native("first") +
-                              "\n"
-                              "  environment KAZ_TOOLINFO: not set\n"
-                              "  run-time: not set\n"
-                              "* library: " +
-                              tree.native("first") +
-                              "\n"
-                              "  " +
-                              first + ":4: ~/second [the library sets it]\n");
+    EXPECT_EQ(named(result.out), "b=2\n"
+                                 "  environment KAZ_B: not set\n"
+                                 "  run-time: not set\n"
+                                 "* first:2: 2\n"
+                                 "  second:1: 3 [an earlier file defines it]\n"
+                                 "c=two lines\n"
+                                 "* environment KAZ_C: two lines\n"
+                                 "  run-time: not set\n"
+                                 "  second:2: 4 [the environment sets it]\n"
+                                 "ToolInfo=FIRST\n"
+                                 "  environment KAZ_TOOLINFO: not set\n"
+                                 "  run-time: not set\n"
+                                 "* library: FIRST\n"
+                                 "  first:4: ~/second [the library sets it]\n");
 
     result = run({"--origin", "empty", "emtpy"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.out.find("* " + first + ":3: \n"), result.out.npos);
+    EXPECT_NE(named(result.out).find("* first:3: \n"), result.out.npos);
     EXPECT_EQ(result.err, "moxinfo: emtpy is not defined; did you mean empty?\n");
     EXPECT_EQ(run({"--origin", "empty"}).status, 1) << "it reads as undefined";
 
     tree.write("more", "b=9\nb=8\n");
     result = run({"-file", tree.path("more"), "--origin", "b"});
-    EXPECT_EQ(result.out, "b=8\n  environment KAZ_B: not set\n  run-time: not set\n"
-                          "  " +
-                              first +
-                              ":2: 2 [a later file replaces it]\n"
-                              "  " +
-                              second +
-                              ":1: 3 [a later file replaces it]\n"
-                              "  " +
-                              tree.path("more") +
-                              ":1: 9 [line 2 replaces it]\n"
-                              "* " +
-                              tree.path("more") + ":2: 8\n");
+    EXPECT_EQ(named(result.out), "b=8\n  environment KAZ_B: not set\n  run-time: not set\n"
+                                 "  first:2: 2 [a later file replaces it]\n"
+                                 "  second:1: 3 [a later file replaces it]\n"
+                                 "  more:1: 9 [line 2 replaces it]\n"
+                                 "* more:2: 8\n");
 
     EXPECT_EQ(run({"--origin", "-output", tree.path("all")}).status, 0);
     const std::string all = tree.readText("all");
@@ -131,15 +126,12 @@ std::vector<std::string> digest(const std::string& output, const std::string& fi
 using Lines = std::vector<std::string>;
 
 TEST_F(MoxInfo, FindsWhatTheReaderPassesOver) {
-    const std::string first = tree.path("first");
-    EXPECT_EQ(run({"--check"}).out,
-              first +
-                  ":3: note: \"empty\" is empty: it reads as undefined, and no later file can "
-                  "define it [empty]\n" +
-                  tree.path("second") + ":1: note: \"b\" is \"2\" by " + first +
-                  ":2, which comes first [shadowed]\n" + tree.path("second") +
-                  ":3: note: \"empty\" is \"\" by " + first +
-                  ":3, which comes first [shadowed]\n0 errors, 0 warnings, 3 notes\n");
+    EXPECT_EQ(named(run({"--check"}).out),
+              "first:3: note: \"empty\" is empty: it reads as undefined, and no later file can "
+              "define it [empty]\n"
+              "second:1: note: \"b\" is \"2\" by first:2, which comes first [shadowed]\n"
+              "second:3: note: \"empty\" is \"\" by first:3, which comes first [shadowed]\n"
+              "0 errors, 0 warnings, 3 notes\n");
     EXPECT_EQ(run({"--check"}).status, 0) << "notes are nothing wrong";
 
     std::string text = "\xEF\xBB\xBF% comment\n"                           // 1
@@ -242,8 +234,7 @@ TEST_F(MoxInfo, ShowsValuesAndExpandsTemplates) {
 }
 
 TEST_F(MoxInfo, WhatItWritesCanBeRead) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random rng(moxkit::seed());
+    kit::Random rng;
     std::map<std::string, std::string> values;
     std::string text;
     for (int i = 0; i < 200; ++i) {

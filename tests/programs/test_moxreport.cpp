@@ -3,7 +3,7 @@
 #include "moxreport.h"
 
 #include "kit/host.h"
-#include "testkit/random.h"
+#include "kit/random.h"
 
 #include <chrono>
 #include <filesystem>
@@ -103,8 +103,7 @@ private:
 };
 
 TEST_F(MoxReport, RandomProjectsInEachFormat) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random rng(moxkit::seed());
+    kit::Random rng;
     for (int round = 0; round < 10; ++round) {
         fs::remove_all(tree.path("plant"));
         RandomProject project(tree, rng);

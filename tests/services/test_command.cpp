@@ -4,11 +4,11 @@
 
 #include "kit/await.h"
 #include "kit/host.h"
+#include "kit/random.h"
 #include "kit/valgrind.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <algorithm>
@@ -55,8 +55,7 @@ std::string hexLines(const std::vector<std::string>& words) {
 }
 
 TEST(Command, ArgumentsArriveAsTheyAre) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int i = 0; i < 20; ++i) {
         std::vector<std::string> words{"",        "-x",     "a b",   "$(touch x)",
                                        "`x`;'\"", "%PATH%", "\\\\\""};
@@ -86,7 +85,7 @@ TEST(Command, ArgumentsArriveAsTheyAre) {
 }
 
 TEST(Command, InputAndOutputMayBeLarge) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     const std::string text = random.text(3, "x") + random.text(3000000, "abc ") + "end";
     KazCommand copy = peer("copy");
     EXPECT_TRUE(copy.setInput(text.c_str()).run());

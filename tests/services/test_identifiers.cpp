@@ -3,7 +3,7 @@
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"
 
-#include "testkit/random.h"
+#include "kit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <algorithm>
@@ -92,8 +92,7 @@ TEST(Guid, OrderedOnesRiseAndTellTheTime) {
 }
 
 TEST(Guid, EachStyleIsReadBackAndNothingElse) {
-    moxkit::Random random(moxkit::seed());
-    SCOPED_TRACE(moxkit::seedText());
+    kit::Random random;
     for (int i = 0; i < 200; ++i) {
         const KazGuid guid = KazGuid::create();
         const std::string plain = guid.getText().getValue();
@@ -145,8 +144,7 @@ std::uint32_t sumOf(const std::string& text) {
 TEST(Checksum, PartsAndTheWholeAgree) {
     EXPECT_EQ(sumOf("123456789"), 0xCBF43926u);
     EXPECT_EQ(kaz_crc32(0xCBF43926u, nullptr, 7), 0xCBF43926u);
-    moxkit::Random random(moxkit::seed());
-    SCOPED_TRACE(moxkit::seedText());
+    kit::Random random;
     for (int i = 0; i < 200; ++i) {
         const std::string first = random.text(3000, std::string("ab\0\xff", 4));
         const std::string second = random.text(3000, std::string("ab\0\xff", 4));

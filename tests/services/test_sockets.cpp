@@ -4,8 +4,8 @@
 #include "tools/services/sockets.h"
 
 #include "kit/host.h"
+#include "kit/random.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "tools/services/KazCommand.h"
 
 #include <algorithm>
@@ -73,8 +73,7 @@ protected:
 TEST_F(Sockets, WhatIsSentArrives) {
     ASSERT_GT(port, 0) << kaz_socket_error_text();
     meet("echo");
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int size : {1, 100, 5000, 60000}) {
         std::string sent;
         for (int i = 0; i < size; ++i)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "kit/random.h"
 #include "kit/table.h"
 #include "place.h"
 #include "probe.h"
 #include "testkit/director.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "tools/app/failures/KazResourceException.h"
 
 #include <algorithm>
@@ -143,8 +143,7 @@ std::string someStep(moxkit::Random& random, Model& model) {
 }
 
 TEST_F(Settings, WhatProcessesWriteIsWhatAModelHolds) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     std::map<std::string, Model> models;
     KazSettings watcher(at("Model\\b").c_str());
     for (int round = 0; round < 30; ++round) {

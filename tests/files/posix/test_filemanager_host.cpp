@@ -3,7 +3,7 @@
 #include "files/manager.h"
 #include "files/posix/plain_user.h"
 #include "files/tree.h"
-#include "testkit/random.h"
+#include "kit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <cstdint>
@@ -88,7 +88,7 @@ bool restrictNewFiles(const std::string& directory) {
 }
 
 TEST_F(FileManager, FilesKeepTheirPermissionsWhateverNewOnesGet) {
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     for (int i = 0; i < 60; ++i) {
         const std::string name = "src/" + std::to_string(i);
         tree.write(name, "x");

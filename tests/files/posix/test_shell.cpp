@@ -3,9 +3,9 @@
 // that stay behind.
 #include "tools/files/process.h"
 
+#include "kit/random.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 
 #include <chrono>
@@ -60,8 +60,7 @@ TEST(Words, TheFirstOneIsACommand) {
 }
 
 TEST(Words, ReadAsAShellDoes) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     std::string script;
     std::string expected;
     for (int round = 0; round < 200; ++round) {

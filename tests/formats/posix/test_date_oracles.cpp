@@ -4,10 +4,10 @@
 // compared is made in the run.
 #include "tools/formats/datetime.h"
 
+#include "kit/random.h"
 #include "kit/table.h"
 #include "testkit/env.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 
 #include <gtest/gtest.h>
 
@@ -57,8 +57,7 @@ protected:
     void SetUp() override { date_set_language("en"); }
     void TearDown() override { date_set_language(nullptr); }
 
-    testing::ScopedTrace trace_{__FILE__, __LINE__, moxkit::seedText()};
-    moxkit::Random rng_{moxkit::seed()};
+    kit::Random rng_;
 };
 
 /// Every letter with flags and widths, as far as both are meant to agree.

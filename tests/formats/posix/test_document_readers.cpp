@@ -86,10 +86,12 @@ protected:
     }
 
     moxkit::TempTree tree;
+
+private:
+    testing::ScopedTrace trace_{__FILE__, __LINE__, moxkit::seedText()};
 };
 
 TEST_P(Readers, Tidy) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("tidy"))
         GTEST_SKIP() << "tidy is not installed";
     write(doc_html);
@@ -100,7 +102,6 @@ TEST_P(Readers, Tidy) {
 }
 
 TEST_P(Readers, Xmllint) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("xmllint"))
         GTEST_SKIP() << "xmllint is not installed";
     write(doc_html);
@@ -110,7 +111,6 @@ TEST_P(Readers, Xmllint) {
 }
 
 TEST_P(Readers, W3m) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("w3m"))
         GTEST_SKIP() << "w3m is not installed";
     // Cells stand beside one another; columns wide enough keep their texts in one line.
@@ -121,7 +121,6 @@ TEST_P(Readers, W3m) {
 }
 
 TEST_P(Readers, Unrtf) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("unrtf"))
         GTEST_SKIP() << "unrtf is not installed";
     Report report = write(doc_rtf);
@@ -135,7 +134,6 @@ TEST_P(Readers, Unrtf) {
 }
 
 TEST_P(Readers, PandocReadsRtf) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("pandoc"))
         GTEST_SKIP() << "pandoc is not installed";
     const Report report = write(doc_rtf);
@@ -146,7 +144,6 @@ TEST_P(Readers, PandocReadsRtf) {
 }
 
 TEST_P(Readers, PandocReadsHtml) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isMissing("pandoc"))
         GTEST_SKIP() << "pandoc is not installed";
     const Report report = write(doc_html);
@@ -185,14 +182,12 @@ protected:
 };
 
 TEST_P(OfficeReaders, Rtf) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isLeftOut() || isMissing("soffice"))
         GTEST_SKIP() << "LibreOffice is started by ./dev readers";
     readAll(doc_rtf, ".rtf", {});
 }
 
 TEST_P(OfficeReaders, Html) {
-    SCOPED_TRACE(moxkit::seedText());
     if (isLeftOut() || isMissing("soffice"))
         GTEST_SKIP() << "LibreOffice is started by ./dev readers";
     readAll(doc_html, ".html", {"--infilter=HTML (StarWriter)"});

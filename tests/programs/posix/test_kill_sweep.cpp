@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Programs and copies that are killed at any moment.
+#include "kit/random.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 #include "testkit/temp_tree.h"
 #include "tools/files/KazFileManager.h"
 
@@ -46,8 +46,7 @@ protected:
     static void sweep(int kills, const std::function<void(int)>& prepare,
                       const std::function<int()>& work,
                       const std::function<void(int, bool)>& check) {
-        SCOPED_TRACE(moxkit::seedText());
-        moxkit::Random random(moxkit::seed());
+        kit::Random random;
         std::chrono::microseconds longest(5000);
         for (int round = 0, killed = 0; killed < kills && !HasFailure(); ++round) {
             ASSERT_LT(round, 10 * kills);

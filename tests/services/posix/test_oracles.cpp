@@ -3,8 +3,8 @@
 #include "tools/services/KazGuid.h"
 #include "tools/services/crc32.h"
 
+#include "kit/random.h"
 #include "testkit/process.h"
-#include "testkit/random.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -25,8 +25,7 @@ std::string python(const char* program, const std::string& input) {
 }
 
 TEST(Oracle, NamesAndChecksums) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     std::string lines;
     std::string expected;
     for (int i = 0; i < 300; ++i) {

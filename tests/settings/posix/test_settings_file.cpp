@@ -3,11 +3,11 @@
 // when things go wrong.
 #include "files/posix/plain_user.h"
 #include "kit/posix/call_sweep.h"
+#include "kit/random.h"
 #include "kit/valgrind.h"
 #include "settings/place.h"
 #include "testkit/alloc_failure.h"
 #include "testkit/director.h"
-#include "testkit/random.h"
 #include "tools/app/failures/KazFileException.h"
 
 #include <csignal>
@@ -242,8 +242,7 @@ TEST_F(SettingsFile, AFullDiskLeavesItAsItWas) {
 }
 
 TEST_F(SettingsFile, AKilledCommitLeavesTheOldOrTheNewOne) {
-    SCOPED_TRACE(moxkit::seedText());
-    moxkit::Random random(moxkit::seed());
+    kit::Random random;
     constexpr int kills = 25;
     std::int64_t last = -1;
     for (int kill = 0; kill < kills; ++kill) {
