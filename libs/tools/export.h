@@ -15,14 +15,6 @@
 #define KAZ_API __attribute__((visibility("default")))
 #endif
 
-/// Marks an inline function of an exported class that the library exports all the same,
-/// for programs that call it there because it was not always inline.
-#if defined(_WIN32) && !defined(MOXTOOLS_BUILDING)
-#define KAZ_API_INLINE // programs have copies of their own
-#else
-#define KAZ_API_INLINE KAZ_API
-#endif
-
 /// What a class that is exported keeps to itself.
 #if defined(_WIN32)
 #define KAZ_LOCAL // its class does not say so

@@ -269,7 +269,7 @@ public:
 
     /// Adds a character (also NUL) or a text at the end.
     inline void append(char c);
-    KAZ_API_INLINE inline void append(const char* s);
+    inline void append(const char* s);
     /// A null string shares @p o's block.
     void append(const KazString& o);
     /// Appends @p n in decimal.
