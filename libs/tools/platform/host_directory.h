@@ -4,17 +4,20 @@
 /// exchanged between two steps of the same work. The conventions of host.h hold.
 #pragma once
 
+#if defined(_WIN32)
+#include "tools/platform/windows/open_directory.h"
+#else
+#include "tools/platform/posix/open_directory.h"
+#endif
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kaz::host {
-
-struct OpenDirectory; ///< what a host holds a directory by
 
 enum class Kind { missing, file, directory, link, special };
 
@@ -120,9 +123,9 @@ public:
     int copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const;
 
 private:
-    explicit Directory(std::unique_ptr<OpenDirectory> open);
+    explicit Directory(OpenDirectory open);
 
-    std::unique_ptr<OpenDirectory> open_; ///< null where it is not open
+    OpenDirectory open_; ///< what the host holds it by
 };
 
 } // namespace kaz::host

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A directory is held by a descriptor that can do nothing but stand for it, so that permission to
 // read it is needed by listing alone. Names of entries go to the system as they are and are never
-// joined to a path. What is not open is no object, and each call on it fails with EBADF as the
-// system would have it.
+// joined to a path. Each call on what is not open fails with EBADF, as the system has it.
 #include "tools/platform/host.h"
 #include "tools/platform/posix/copy_at.h"
 #include "tools/platform/posix/descriptor.h"
@@ -13,37 +12,13 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
-#include <new>
 #include <string>
 #include <sys/stat.h>
 #include <utility>
 
 namespace kaz::host {
 
-struct OpenDirectory {
-    Descriptor descriptor;
-    /// Permission bits that new files here have got when they were asked for. What takes
-    /// bits away stays as it is while copies run, so nobody looks a second time.
-    unsigned granted = 0;
-};
-
 namespace {
-
-/// Takes the descriptor over. Null where it is closed, and with ENOMEM where there is no
-/// memory to hold it: whoever opens a directory learns both in the same way.
-std::unique_ptr<OpenDirectory> held(Descriptor descriptor) {
-    if (!descriptor.isOpen())
-        return nullptr;
-    std::unique_ptr<OpenDirectory> open(new (std::nothrow) OpenDirectory{std::move(descriptor)});
-    if (open == nullptr)
-        errno = ENOMEM;
-    return open;
-}
-
-/// The descriptor, or one that every call refuses with EBADF.
-int numberOf(const std::unique_ptr<OpenDirectory>& open) {
-    return open != nullptr ? open->descriptor.get() : -1;
-}
 
 /// Only listing needs the permission to read: one may write into a directory
 /// without it.
@@ -110,53 +85,53 @@ bool matches(std::string_view pattern, std::string_view name) {
 }
 
 Directory::Directory() = default;
-Directory::Directory(std::unique_ptr<OpenDirectory> open) : open_(std::move(open)) {}
+Directory::Directory(OpenDirectory open) : open_(std::move(open)) {}
 Directory::Directory(Directory&& other) noexcept = default;
 Directory& Directory::operator=(Directory&& other) noexcept = default;
 Directory::~Directory() = default;
 
 Directory::Directory(const char* path)
-    : open_(held(Descriptor(canName(path)
-                                ? retry([&] { return ::open(hostPath(path).c_str(), handleFlags); })
-                                : failWith(ENOENT)))) {}
+    : open_{Descriptor(canName(path)
+                           ? retry([&] { return ::open(hostPath(path).c_str(), handleFlags); })
+                           : failWith(ENOENT))} {}
 
 Directory::Directory(const Directory& parent, const std::string& name)
-    : open_(held(Descriptor(retry([&] {
-          return ::openat(numberOf(parent.open_), name.c_str(), handleFlags | O_NOFOLLOW);
-      })))) {
+    : open_{Descriptor(retry([&] {
+          return ::openat(parent.open_.descriptor.get(), name.c_str(), handleFlags | O_NOFOLLOW);
+      }))} {
     if (!isOpen() && errno == ELOOP)
         errno = ENOTDIR; // some file systems tell a link so
 }
 
 bool Directory::isOpen() const {
-    return open_ != nullptr;
+    return open_.descriptor.isOpen();
 }
 
 Directory Directory::above() const {
-    return Directory(
-        held(Descriptor(retry([&] { return ::openat(numberOf(open_), "..", handleFlags); }))));
+    return Directory(OpenDirectory{
+        Descriptor(retry([&] { return ::openat(open_.descriptor.get(), "..", handleFlags); }))});
 }
 
 Directory Directory::again() const {
-    return Directory(
-        held(Descriptor(retry([&] { return ::fcntl(numberOf(open_), F_DUPFD_CLOEXEC, 0); }))));
+    return Directory(OpenDirectory{
+        Descriptor(retry([&] { return ::fcntl(open_.descriptor.get(), F_DUPFD_CLOEXEC, 0); }))});
 }
 
 int Directory::status(FileStatus& result) const {
-    return statusAt(numberOf(open_), "", AT_EMPTY_PATH, result);
+    return statusAt(open_.descriptor.get(), "", AT_EMPTY_PATH, result);
 }
 
 int Directory::status(const std::string& name, FileStatus& result) const {
-    return statusAt(numberOf(open_), name.c_str(), 0, result);
+    return statusAt(open_.descriptor.get(), name.c_str(), 0, result);
 }
 
 int Directory::statusOfLink(const std::string& name, FileStatus& result) const {
-    return statusAt(numberOf(open_), name.c_str(), AT_SYMLINK_NOFOLLOW, result);
+    return statusAt(open_.descriptor.get(), name.c_str(), AT_SYMLINK_NOFOLLOW, result);
 }
 
 int Directory::list(std::string_view pattern, std::vector<Entry>& result) const {
     result.clear();
-    const int dir = numberOf(open_);
+    const int dir = open_.descriptor.get();
     const Listing listing = openListing(dir);
     if (listing == nullptr)
         return -1;
@@ -175,8 +150,8 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
 }
 
 std::FILE* Directory::openFile(const std::string& name, const char* mode) const {
-    Descriptor file(
-        retry([&] { return ::openat(numberOf(open_), name.c_str(), openFlags(mode), 0666); }));
+    Descriptor file(retry(
+        [&] { return ::openat(open_.descriptor.get(), name.c_str(), openFlags(mode), 0666); }));
     if (!file.isOpen() || checkRegular(file.get()) != 0)
         return nullptr;
     if (mode[0] == 'w' && retry([&] { return ::ftruncate(file.get(), 0); }) != 0)
@@ -191,26 +166,26 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
 /// a handle.
 int Directory::setMode(const std::string& name, unsigned mode) const {
     return retry([&] {
-        return ::fchmodat(numberOf(open_), name.c_str(), mode & 0777, AT_SYMLINK_NOFOLLOW);
+        return ::fchmodat(open_.descriptor.get(), name.c_str(), mode & 0777, AT_SYMLINK_NOFOLLOW);
     });
 }
 
 int Directory::makeDirectory(const std::string& name, unsigned mode) const {
-    return retry([&] { return ::mkdirat(numberOf(open_), name.c_str(), mode); });
+    return retry([&] { return ::mkdirat(open_.descriptor.get(), name.c_str(), mode); });
 }
 
 int Directory::removeDirectory(const std::string& name) const {
-    return unlinkEntry(numberOf(open_), name, AT_REMOVEDIR);
+    return unlinkEntry(open_.descriptor.get(), name, AT_REMOVEDIR);
 }
 
 int Directory::removeFile(const std::string& name) const {
-    return unlinkEntry(numberOf(open_), name, 0);
+    return unlinkEntry(open_.descriptor.get(), name, 0);
 }
 
 int Directory::rename(const std::string& name, const Directory& target, const std::string& newName,
                       bool mayReplace) const {
-    const int from = numberOf(open_);
-    const int to = numberOf(target.open_);
+    const int from = open_.descriptor.get();
+    const int to = target.open_.descriptor.get();
     const int result = retry([&] {
         return ::renameat2(from, name.c_str(), to, newName.c_str(),
                            mayReplace ? 0 : RENAME_NOREPLACE);
@@ -227,11 +202,10 @@ int Directory::copyFile(const Entry& entry, const Directory& target, bool mayRep
 
 int Directory::copyFile(const Entry& entry, const Directory& target, const CopyRules& rules) const {
     const char* name = entry.name.c_str();
-    CopyKnowledge known{entry.kind == Kind::file, target.isOpen() ? target.open_->granted : 0};
+    CopyKnowledge known{entry.kind == Kind::file, target.open_.granted};
     const int result =
-        copyAt({numberOf(open_), name}, {numberOf(target.open_), name}, rules, known);
-    if (target.isOpen())
-        target.open_->granted = known.granted;
+        copyAt({open_.descriptor.get(), name}, {target.open_.descriptor.get(), name}, rules, known);
+    target.open_.granted = known.granted;
     return result;
 }
 

@@ -22,24 +22,16 @@
 
 namespace kaz::host {
 
-/// There is no way to name a file relative to an open directory; a directory is
-/// held by its literal path instead, in which no entry name means anything else.
-struct OpenDirectory {
-    std::wstring path; // ends with a backslash
-};
-
 namespace {
 
-using Held = std::unique_ptr<OpenDirectory>;
-
-const std::wstring* pathOf(const Held& open) {
-    return open != nullptr ? &open->path : nullptr;
+const std::wstring* pathOf(const OpenDirectory& open) {
+    return open.path.empty() ? nullptr : &open.path;
 }
 
-Held holding(std::wstring path) {
+OpenDirectory holding(std::wstring path) {
     if (path.back() != L'\\')
         path += L'\\';
-    return Held(new OpenDirectory{std::move(path)});
+    return {std::move(path)};
 }
 
 bool isComponent(const std::string& name) {
@@ -48,7 +40,7 @@ bool isComponent(const std::string& name) {
 }
 
 /// The literal path of an entry, or empty with errno set.
-std::wstring entryPath(const Held& open, const std::string& name) {
+std::wstring entryPath(const OpenDirectory& open, const std::string& name) {
     const std::wstring* directory = pathOf(open);
     if (directory == nullptr || !isComponent(name)) {
         errno = directory == nullptr ? EBADF : ENOENT;
@@ -62,7 +54,7 @@ std::wstring entryPath(const Held& open, const std::string& name) {
 class EntryName {
 public:
     /// False with errno set.
-    bool set(const Held& open, const std::string& name) {
+    bool set(const OpenDirectory& open, const std::string& name) {
         const std::wstring* directory = pathOf(open);
         const std::size_t start = directory != nullptr ? directory->size() : 0;
         if (directory == nullptr || !isComponent(name) || start + 1 >= path_.size())
@@ -81,19 +73,19 @@ private:
 };
 
 template <typename Operation>
-int onEntry(const Held& open, const std::string& name, Operation operation) {
+int onEntry(const OpenDirectory& open, const std::string& name, Operation operation) {
     const std::wstring path = entryPath(open, name);
     return path.empty() ? -1 : operation(path);
 }
 
-Held openDirectory(const std::wstring& path, bool followLink) {
+OpenDirectory openDirectory(const std::wstring& path, bool followLink) {
     FileStatus info;
     if (path.empty() || statusOfLiteral(path, followLink, info) != 0)
-        return nullptr;
+        return {};
     if (info.kind == Kind::directory)
         return holding(path);
     errno = ENOTDIR;
-    return nullptr;
+    return {};
 }
 
 /// The flags of fopen's mode.
@@ -136,7 +128,7 @@ bool matches(std::string_view pattern, std::string_view name) {
 }
 
 Directory::Directory() = default;
-Directory::Directory(std::unique_ptr<OpenDirectory> open) : open_(std::move(open)) {}
+Directory::Directory(OpenDirectory open) : open_(std::move(open)) {}
 Directory::Directory(Directory&& other) noexcept = default;
 Directory& Directory::operator=(Directory&& other) noexcept = default;
 Directory::~Directory() = default;
@@ -147,7 +139,7 @@ Directory::Directory(const Directory& parent, const std::string& name)
     : open_(openDirectory(entryPath(parent.open_, name), false)) {}
 
 bool Directory::isOpen() const {
-    return open_ != nullptr;
+    return !open_.path.empty();
 }
 
 Directory Directory::above() const {
