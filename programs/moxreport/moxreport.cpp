@@ -82,6 +82,9 @@ class MoxReport : public KazConsoleApp {
         if (isWritten && tells(options))
             tellResult(options, inventory);
         printFailures(inventory.failures);
+        // The report is the result; what is said beside it counts for who asked for it.
+        if (options.verbose && !hasOutputArrived())
+            return 1;
         return isWritten && inventory.failures.isEmpty() ? 0 : 1;
     }
 };
