@@ -76,9 +76,9 @@ void KazColl::withdrawIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
         for (Passage* each = sharer.passages_; each; each = each->outer)
             each->removed(index, count);
-        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator) {
-            if (i->index >= index)
-                i->index = std::max(i->index - count, index - 1);
+        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator_) {
+            if (i->index_ >= index)
+                i->index_ = std::max(i->index_ - count, index - 1);
         }
     });
 }
@@ -112,8 +112,8 @@ void KazColl::removeVacated(const Removal& going) {
 
 void KazColl::removeAll() {
     letGo();
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator)
-        i->index = KazCollIterator::done;
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_)
+        i->index_ = KazCollIterator::done;
 }
 
 /// Checks out from the last to the first, unless others have the elements, and gives

@@ -25,9 +25,9 @@ KazColl::~KazColl() {
     // More than once, should a check-out add something.
     while (data)
         letGo();
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator) {
-        i->index = KazCollIterator::done;
-        i->collection = nullptr;
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_) {
+        i->index_ = KazCollIterator::done;
+        i->collection_ = nullptr;
     }
 }
 
@@ -42,9 +42,9 @@ KazColl& KazColl::operator=(const KazColl& other) {
     growthRate = other.growthRate;
     checkOutFunction_ = other.checkOutFunction_;
     checkInFunction_ = other.checkInFunction_;
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator) {
-        if (i->index >= size)
-            i->index = KazCollIterator::done;
+    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_) {
+        if (i->index_ >= size)
+            i->index_ = KazCollIterator::done;
     }
     dismiss(old);
     return *this;
@@ -142,9 +142,9 @@ void KazColl::advanceIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
         for (Passage* each = sharer.passages_; each; each = each->outer)
             each->inserted(index, count);
-        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator) {
-            if (i->index >= index)
-                i->index += count;
+        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator_) {
+            if (i->index_ >= index)
+                i->index_ += count;
         }
     });
 }

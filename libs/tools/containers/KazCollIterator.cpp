@@ -1,34 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/containers/KazCollIterator.h"
 
-KazCollIterator::KazCollIterator(KazColl* walked) : collection(walked) {
-    if (!collection)
+KazCollIterator::KazCollIterator(KazColl* walked) : collection_(walked) {
+    if (!collection_)
         return;
-    nextIterator = collection->iterators_;
-    collection->iterators_ = this;
+    nextIterator_ = collection_->iterators_;
+    collection_->iterators_ = this;
     reset();
 }
 
-KazCollIterator::KazCollIterator(const KazCollIterator& other) : KazCollIterator(other.collection) {
-    index = other.index;
+KazCollIterator::KazCollIterator(const KazCollIterator& other)
+    : KazCollIterator(other.collection_) {
+    index_ = other.index_;
 }
 
 KazCollIterator::~KazCollIterator() {
-    if (!collection)
+    if (!collection_)
         return;
-    KazCollIterator** link = &collection->iterators_;
+    KazCollIterator** link = &collection_->iterators_;
     while (*link != this)
-        link = &(*link)->nextIterator;
-    *link = nextIterator;
+        link = &(*link)->nextIterator_;
+    *link = nextIterator_;
 }
 
 // Assignment is for remembering a position; the list that an iterator is on
 // says whose changes move it, and that does not change.
 KazCollIterator& KazCollIterator::operator=(const KazCollIterator& other) {
-    index = other.index;
+    index_ = other.index_;
     return *this;
 }
 
 void KazCollIterator::reset() {
-    index = collection && collection->size > 0 ? 0 : done;
+    index_ = collection_ && collection_->size > 0 ? 0 : done;
 }

@@ -28,13 +28,13 @@ public:
 
     /// Whether the walk is over. An iterator that a removal has moved in front of the first
     /// element is not done.
-    bool isDone() const { return index == done; }
+    bool isDone() const { return index_ == done; }
 
     /// Steps to the next element. False when there is none: the iterator is
     /// then done, and stays so until reset().
     bool next() {
-        if (!isDone() && (!collection || ++index >= collection->size))
-            index = done;
+        if (!isDone() && (!collection_ || ++index_ >= collection_->size))
+            index_ = done;
         return !isDone();
     }
 
@@ -42,7 +42,7 @@ public:
     void reset();
 
     /// The element, or null when the iterator stands on none.
-    void* item() const { return collection ? collection->peek(index) : nullptr; }
+    void* item() const { return collection_ ? collection_->peek(index_) : nullptr; }
 
 private:
     friend class KazColl;
@@ -50,7 +50,7 @@ private:
 
     static constexpr std::int32_t done = -2;
 
-    std::int32_t index = done;
-    KazColl* collection = nullptr;
-    KazCollIterator* nextIterator = nullptr;
+    std::int32_t index_ = done;
+    KazColl* collection_ = nullptr;
+    KazCollIterator* nextIterator_ = nullptr;
 };

@@ -4,36 +4,36 @@
 #include "tools/containers/detail/HeldTable.h"
 
 void KazHashTableIterator::reset() {
-    bucket = 0;
-    index = -1;
+    bucket_ = 0;
+    index_ = -1;
     next();
 }
 
 bool KazHashTableIterator::next() {
-    if (!table || bucket >= table->hidden_->bucketSlots)
+    if (!table_ || bucket_ >= table_->hidden_->bucketSlots)
         return false;
-    ++index;
-    while (bucket < table->hidden_->bucketSlots && isDone()) {
-        ++bucket;
-        index = 0;
+    ++index_;
+    while (bucket_ < table_->hidden_->bucketSlots && isDone()) {
+        ++bucket_;
+        index_ = 0;
     }
     return !isDone();
 }
 
 bool KazHashTableIterator::isDone() const {
-    if (!table || bucket >= table->hidden_->bucketSlots)
+    if (!table_ || bucket_ >= table_->hidden_->bucketSlots)
         return true;
-    const KazBucket* block = table->buckets_[bucket];
-    return !block || index >= block->count;
+    const KazBucket* block = table_->buckets_[bucket_];
+    return !block || index_ >= block->count;
 }
 
 const KazBucketEntry* KazHashTableIterator::entry() const {
-    auto* texts = table && table->hidden_->texts ? &*table->hidden_->texts : nullptr;
+    auto* texts = table_ && table_->hidden_->texts ? &*table_->hidden_->texts : nullptr;
     if (texts && !texts->isInOrder()) {
-        const KazHashTable::Guard guard(*table);
+        const KazHashTable::Guard guard(*table_);
         texts->putAllInOrder();
     }
-    return isDone() ? nullptr : table->buckets_[bucket]->entries() + index;
+    return isDone() ? nullptr : table_->buckets_[bucket_]->entries() + index_;
 }
 
 void* KazHashTableIterator::getKey() const {

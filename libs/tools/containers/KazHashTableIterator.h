@@ -13,7 +13,7 @@
 class KAZ_API KazHashTableIterator {
 public:
     /// A null @p walked gives an iterator that is done.
-    explicit KazHashTableIterator(const KazHashTable* walked) : table(walked) { reset(); }
+    explicit KazHashTableIterator(const KazHashTable* walked) : table_(walked) { reset(); }
     /// Stands on the first entry of @p walked; done when there is none.
     explicit KazHashTableIterator(const KazHashTable& walked) : KazHashTableIterator(&walked) {}
 
@@ -33,7 +33,7 @@ public:
 private:
     const KazBucketEntry* entry() const;
 
-    const KazHashTable* table;
-    std::int32_t bucket = 0;
-    std::int32_t index = -1;
+    const KazHashTable* table_;
+    std::int32_t bucket_ = 0;
+    std::int32_t index_ = -1;
 };

@@ -38,104 +38,105 @@ generic_tree* nodeAt(generic_tree* node, int rank) {
 /// A copy of a tree under construction; undone unless it is surrendered.
 class Copy {
 public:
-    Copy(generic_tree* source, KazTree::CheckOut undo) : nodes(copy_tree(source)), checkOut(undo) {}
+    Copy(generic_tree* source, KazTree::CheckOut undo)
+        : nodes_(copy_tree(source)), checkOut_(undo) {}
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
     ~Copy() {
-        while (nodes && checkOut && made > 0)
-            checkOut(nodeAt(nodes, --made)->value);
-        delete_tree(nodes, nullptr);
+        while (nodes_ && checkOut_ && made_ > 0)
+            checkOut_(nodeAt(nodes_, --made_)->value);
+        delete_tree(nodes_, nullptr);
     }
 
     generic_tree* duplicateValues(KazTree::CheckIn duplicate) {
-        for (int count = duplicate ? weightOf(nodes) : 0; made < count; ++made) {
-            void*& value = nodeAt(nodes, made)->value;
+        for (int count = duplicate ? weightOf(nodes_) : 0; made_ < count; ++made_) {
+            void*& value = nodeAt(nodes_, made_)->value;
             value = duplicate(value);
         }
-        return std::exchange(nodes, nullptr);
+        return std::exchange(nodes_, nullptr);
     }
 
 private:
-    generic_tree* nodes;
-    KazTree::CheckOut checkOut;
-    int made = 0;
+    generic_tree* nodes_;
+    KazTree::CheckOut checkOut_;
+    int made_ = 0;
 };
 
 } // namespace
 
-KazTree::KazTree(Compare order) : compare(order) {}
+KazTree::KazTree(Compare order) : compare_(order) {}
 
-KazTree::KazTree(const KazTree& other) : compare(other.compare) {
+KazTree::KazTree(const KazTree& other) : compare_(other.compare_) {
     *this = other;
 }
 
 KazTree::~KazTree() {
     // More than once, should a check-out add something.
-    while (root)
+    while (root_)
         removeAll();
-    for (KazTreeIterator* i = iterators; i; i = i->nextIterator) {
-        i->rank = -1;
-        i->tree = nullptr;
+    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
+        i->rank_ = -1;
+        i->tree_ = nullptr;
     }
 }
 
 KazTree& KazTree::operator=(const KazTree& other) {
     if (this == &other)
         return *this;
-    Copy nodes(other.root, other.checkOutFunction);
-    adopt(nodes.duplicateValues(other.checkInFunction), other);
-    checkInFunction = other.checkInFunction;
-    checkOutFunction = other.checkOutFunction;
+    Copy nodes(other.root_, other.checkOutFunction_);
+    adopt(nodes.duplicateValues(other.checkInFunction_), other);
+    checkInFunction_ = other.checkInFunction_;
+    checkOutFunction_ = other.checkOutFunction_;
     return *this;
 }
 
 void KazTree::copy(const KazTree& other, CheckIn duplicate) {
     if (this == &other)
         return;
-    Copy nodes(other.root, checkOutFunction);
+    Copy nodes(other.root_, checkOutFunction_);
     adopt(nodes.duplicateValues(duplicate), other);
 }
 
 void KazTree::adopt(generic_tree* nodes, const KazTree& other) {
-    compare = other.compare;
-    generic_tree* old = std::exchange(root, nodes);
-    for (KazTreeIterator* i = iterators; i; i = i->nextIterator)
-        i->rank = -1;
-    delete_tree(old, checkOutFunction);
+    compare_ = other.compare_;
+    generic_tree* old = std::exchange(root_, nodes);
+    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_)
+        i->rank_ = -1;
+    delete_tree(old, checkOutFunction_);
 }
 
 KazTree::CheckIn KazTree::setCheckIn(CheckIn function) {
-    return std::exchange(checkInFunction, function);
+    return std::exchange(checkInFunction_, function);
 }
 
 KazTree::CheckOut KazTree::setCheckOut(CheckOut function) {
-    return std::exchange(checkOutFunction, function);
+    return std::exchange(checkOutFunction_, function);
 }
 
 void KazTree::add(void* value) {
-    HeldItem item(checkInFunction, checkOutFunction, value);
+    HeldItem item(checkInFunction_, checkOutFunction_, value);
     // The comparator may throw: it is asked before anything changes.
-    const int rank = iterators ? rankOf(item.get()) : 0;
+    const int rank = iterators_ ? rankOf(item.get()) : 0;
     kaz::detail::HeapPtr<generic_tree> node(make_tree_node(item.get()));
     bool added = false;
-    root = add_tree_node(root, node.get(), compare, added);
+    root_ = add_tree_node(root_, node.get(), compare_, added);
     if (!added)
-        throw KazTreeClashException(search_tree(root, item.get(), compare));
+        throw KazTreeClashException(search_tree(root_, item.get(), compare_));
     node.release();
     item.surrender();
-    for (KazTreeIterator* i = iterators; i; i = i->nextIterator) {
+    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
         // From its gap an iterator is to find the new value in front of it.
-        if (i->rank > rank || (i->rank == rank && !i->inGap))
-            ++i->rank;
+        if (i->rank_ > rank || (i->rank_ == rank && !i->inGap_))
+            ++i->rank_;
     }
 }
 
 void** KazTree::placeOf(const void* key) const {
-    return search_tree2(root, key, compare);
+    return search_tree2(root_, key, compare_);
 }
 
 void* KazTree::find(const void* key) const {
-    return search_tree(root, key, compare);
+    return search_tree(root_, key, compare_);
 }
 
 bool KazTree::contains(const void* key) const {
@@ -145,7 +146,7 @@ bool KazTree::contains(const void* key) const {
 bool KazTree::replace(void* value) {
     if (!contains(value))
         return false;
-    HeldItem item(checkInFunction, checkOutFunction, value);
+    HeldItem item(checkInFunction_, checkOutFunction_, value);
     void** place = placeOf(item.get());
     if (!place)
         return false; // check-in has removed it
@@ -158,14 +159,14 @@ bool KazTree::remove(const void* key) {
     if (!place)
         return false;
     void* value = *place;
-    const int rank = iterators ? rankOf(key) : 0;
+    const int rank = iterators_ ? rankOf(key) : 0;
     bool deleted = false;
-    root = delete_tree_node(root, key, compare, nullptr, deleted);
-    for (KazTreeIterator* i = iterators; i; i = i->nextIterator) {
-        if (i->rank > rank)
-            --i->rank;
-        else if (i->rank == rank)
-            i->inGap = true;
+    root_ = delete_tree_node(root_, key, compare_, nullptr, deleted);
+    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
+        if (i->rank_ > rank)
+            --i->rank_;
+        else if (i->rank_ == rank)
+            i->inGap_ = true;
     }
     checkedOut(value);
     return true;
@@ -176,30 +177,30 @@ void KazTree::removeAll() {
 }
 
 void* KazTree::smallest() const {
-    return tree_min_value(root);
+    return tree_min_value(root_);
 }
 
 void* KazTree::largest() const {
-    return tree_max_value(root);
+    return tree_max_value(root_);
 }
 
 void* KazTree::valueAt(int rank) const {
-    return rank >= 0 && rank < getSize() ? nodeAt(root, rank)->value : nullptr;
+    return rank >= 0 && rank < getSize() ? nodeAt(root_, rank)->value : nullptr;
 }
 
 int KazTree::getSize() const {
-    return weightOf(root);
+    return weightOf(root_);
 }
 
 void KazTree::balance() {
-    root = balance_tree(root, compare);
+    root_ = balance_tree(root_, compare_);
 }
 
 /// How many values come before the one equal to @p key.
 int KazTree::rankOf(const void* key) const {
     int rank = 0;
-    for (const generic_tree* node = root; node;) {
-        const int order = compare(node->value, key);
+    for (const generic_tree* node = root_; node;) {
+        const int order = compare_(node->value, key);
         if (order <= 0)
             rank += weightOf(node->right);
         if (order == 0)

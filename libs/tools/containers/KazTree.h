@@ -89,7 +89,7 @@ public:
     /// The number of values.
     int getSize() const;
     /// Whether there are none.
-    bool isEmpty() const { return root == nullptr; }
+    bool isEmpty() const { return root_ == nullptr; }
 
     /// Evens the tree out, so that the sizes of the two sides of any node
     /// differ by one at most.
@@ -101,23 +101,23 @@ public:
     /// Unchanged when @p duplicate throws: what it made is checked out.
     void copy(const KazTree& other, CheckIn duplicate);
     /// The same with this tree's check-in function.
-    void copy(const KazTree& other) { copy(other, checkInFunction); }
+    void copy(const KazTree& other) { copy(other, checkInFunction_); }
 
 private:
     friend class KazTreeIterator;
 
     void checkedOut(void* value) const {
-        if (checkOutFunction)
-            checkOutFunction(value);
+        if (checkOutFunction_)
+            checkOutFunction_(value);
     }
     void** placeOf(const void* key) const;
     int rankOf(const void* key) const;
     void adopt(generic_tree* nodes, const KazTree& other);
 
-    generic_tree* root = nullptr;
-    Compare compare;
-    CheckOut checkOutFunction = nullptr;
-    CheckIn checkInFunction = nullptr;
+    generic_tree* root_ = nullptr;
+    Compare compare_;
+    CheckOut checkOutFunction_ = nullptr;
+    CheckIn checkInFunction_ = nullptr;
     /// Of a const tree, too: walking it changes nothing that it holds.
-    mutable KazTreeIterator* iterators = nullptr;
+    mutable KazTreeIterator* iterators_ = nullptr;
 };

@@ -12,8 +12,8 @@ KazTreeIterator::KazTreeIterator(const KazTree& walked) {
 }
 
 KazTreeIterator::KazTreeIterator(const KazTreeIterator& other)
-    : rank(other.rank), inGap(other.inGap) {
-    enlist(other.tree);
+    : rank_(other.rank_), inGap_(other.inGap_) {
+    enlist(other.tree_);
 }
 
 KazTreeIterator::~KazTreeIterator() {
@@ -24,41 +24,41 @@ KazTreeIterator& KazTreeIterator::operator=(const KazTreeIterator& other) {
     if (this == &other)
         return *this;
     resign();
-    enlist(other.tree);
-    rank = other.rank;
-    inGap = other.inGap;
+    enlist(other.tree_);
+    rank_ = other.rank_;
+    inGap_ = other.inGap_;
     return *this;
 }
 
 void KazTreeIterator::enlist(const KazTree* walked) {
-    tree = walked;
-    if (!tree)
+    tree_ = walked;
+    if (!tree_)
         return;
-    nextIterator = tree->iterators;
-    tree->iterators = this;
+    nextIterator_ = tree_->iterators_;
+    tree_->iterators_ = this;
 }
 
 void KazTreeIterator::resign() {
-    if (!tree)
+    if (!tree_)
         return;
-    KazTreeIterator** link = &tree->iterators;
+    KazTreeIterator** link = &tree_->iterators_;
     while (*link != this)
-        link = &(*link)->nextIterator;
-    *link = nextIterator;
+        link = &(*link)->nextIterator_;
+    *link = nextIterator_;
 }
 
 bool KazTreeIterator::moveTo(int newRank) {
-    inGap = false;
-    rank = tree && newRank < tree->getSize() ? newRank : -1;
+    inGap_ = false;
+    rank_ = tree_ && newRank < tree_->getSize() ? newRank : -1;
     return !isDone();
 }
 
 bool KazTreeIterator::next() {
-    return moveTo(isDone() || inGap ? rank : rank + 1);
+    return moveTo(isDone() || inGap_ ? rank_ : rank_ + 1);
 }
 
 bool KazTreeIterator::previous() {
-    return moveTo(isDone() ? rank : rank - 1);
+    return moveTo(isDone() ? rank_ : rank_ - 1);
 }
 
 void KazTreeIterator::toFirst() {
@@ -66,9 +66,9 @@ void KazTreeIterator::toFirst() {
 }
 
 void KazTreeIterator::toLast() {
-    moveTo(tree ? tree->getSize() - 1 : -1);
+    moveTo(tree_ ? tree_->getSize() - 1 : -1);
 }
 
 bool KazTreeIterator::startAt(const void* key) {
-    return moveTo(tree ? tree->rankOf(key) : -1);
+    return moveTo(tree_ ? tree_->rankOf(key) : -1);
 }

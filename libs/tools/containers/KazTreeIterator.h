@@ -26,7 +26,7 @@ public:
     KazTreeIterator& operator=(const KazTreeIterator& other);
 
     /// Whether a walk in either direction has come to its end.
-    bool isDone() const { return rank < 0; }
+    bool isDone() const { return rank_ < 0; }
 
     /// Step to the value behind or before. False when there is none: the
     /// iterator is then done, and stays so until toFirst() or toLast().
@@ -42,7 +42,7 @@ public:
     bool startAt(const void* key);
 
     /// The value; null when the iterator stands on none.
-    void* item() const { return tree && !inGap ? tree->valueAt(rank) : nullptr; }
+    void* item() const { return tree_ && !inGap_ ? tree_->valueAt(rank_) : nullptr; }
 
 private:
     friend class KazTree;
@@ -51,8 +51,8 @@ private:
     void resign();
     bool moveTo(int newRank);
 
-    int rank = -1;
-    bool inGap = false;
-    const KazTree* tree = nullptr;
-    KazTreeIterator* nextIterator = nullptr;
+    int rank_ = -1;
+    bool inGap_ = false;
+    const KazTree* tree_ = nullptr;
+    KazTreeIterator* nextIterator_ = nullptr;
 };

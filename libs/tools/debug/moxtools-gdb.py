@@ -24,7 +24,7 @@ layout = {
     "KazString": {"rep_": 0},
     "KazWString": {"rep_": 0},
     "KazArrayPtr": {"data": 0, "size": 8, "capacity": 12},
-    "KazTree": {"root": 0},
+    "KazTree": {"root_": 0},
     "generic_tree": {"value": 0, "left": 8, "right": 16, "weight": 24},
     "KazHashTable": {"bucketCount_": 8, "entryCount_": 12, "compare_": 32, "buckets_": 72},
     "KazBucket": {"count": 0, "capacity": 4},
@@ -189,7 +189,7 @@ class TreePrinter(ContainerPrinter):
     kind = "pointer"
 
     def root(self):
-        return pointer_in(self.address, "KazTree", "root")
+        return pointer_in(self.address, "KazTree", "root_")
 
     def size(self):
         root = self.root()

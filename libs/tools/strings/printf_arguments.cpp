@@ -12,23 +12,23 @@ namespace {
 
 class Scanner {
 public:
-    explicit Scanner(std::string_view text) : rest(text) {}
+    explicit Scanner(std::string_view text) : rest_(text) {}
 
     std::string scan() {
-        for (std::size_t at; (at = rest.find('%')) != std::string_view::npos;) {
-            rest.remove_prefix(at + 1);
+        for (std::size_t at; (at = rest_.find('%')) != std::string_view::npos;) {
+            rest_.remove_prefix(at + 1);
             scanConversion();
         }
         // printf cannot step over an argument whose type it is not told.
         std::string result;
         int next = 1;
-        for (const auto& [position, conversion] : arguments) {
+        for (const auto& [position, conversion] : arguments_) {
             for (; next < position; ++next)
                 append(result, "(missing)");
             append(result, conversion);
             ++next;
         }
-        return result + (last > 0 && hasPositions ? " (with and without positions)" : "");
+        return result + (last_ > 0 && hasPositions_ ? " (with and without positions)" : "");
     }
 
 private:
@@ -37,26 +37,26 @@ private:
     }
 
     std::string takeWhile(std::string_view characters) {
-        const std::size_t length = std::min(rest.find_first_not_of(characters), rest.size());
-        std::string taken(rest.substr(0, length));
-        rest.remove_prefix(length);
+        const std::size_t length = std::min(rest_.find_first_not_of(characters), rest_.size());
+        std::string taken(rest_.substr(0, length));
+        rest_.remove_prefix(length);
         return taken;
     }
 
     /// "3$" in front of a conversion or behind "*"; 0 when there is none.
     int takePosition() {
-        const std::size_t digits = std::min(rest.find_first_not_of("0123456789"), rest.size());
-        if (digits == 0 || digits > 3 || digits >= rest.size() || rest[digits] != '$')
+        const std::size_t digits = std::min(rest_.find_first_not_of("0123456789"), rest_.size());
+        if (digits == 0 || digits > 3 || digits >= rest_.size() || rest_[digits] != '$')
             return 0;
-        const int position = std::stoi(std::string(rest.substr(0, digits)));
+        const int position = std::stoi(std::string(rest_.substr(0, digits)));
         if (position > 0)
-            rest.remove_prefix(digits + 1);
+            rest_.remove_prefix(digits + 1);
         return position;
     }
 
     void note(int position, const std::string& conversion) {
-        hasPositions = hasPositions || position > 0;
-        std::string& known = arguments[position > 0 ? position : ++last];
+        hasPositions_ = hasPositions_ || position > 0;
+        std::string& known = arguments_[position > 0 ? position : ++last_];
         if (known.empty())
             known = conversion;
         else if (known != conversion)
@@ -66,39 +66,39 @@ private:
     /// A width or a precision. Gives what is wrong with it: printf would make a
     /// text of as many characters.
     std::string takeNumber() {
-        if (!rest.starts_with('*'))
+        if (!rest_.starts_with('*'))
             return takeWhile("0123456789").size() > 3 ? "(too wide)" : "";
-        rest.remove_prefix(1);
+        rest_.remove_prefix(1);
         note(takePosition(), "d");
         return "";
     }
 
     void scanConversion() {
-        if (rest.starts_with('%')) {
-            rest.remove_prefix(1);
+        if (rest_.starts_with('%')) {
+            rest_.remove_prefix(1);
             return;
         }
         const int position = takePosition();
         takeWhile("-+ #0'");
         std::string conversion = takeNumber();
-        if (rest.starts_with('.')) {
-            rest.remove_prefix(1);
+        if (rest_.starts_with('.')) {
+            rest_.remove_prefix(1);
             conversion += takeNumber();
         }
         conversion += takeWhile("hlLqjzt");
-        if (rest.empty()) {
+        if (rest_.empty()) {
             note(0, conversion + "(cut off)");
             return;
         }
-        const char letter = rest.front();
-        rest.remove_prefix(1);
+        const char letter = rest_.front();
+        rest_.remove_prefix(1);
         note(position, conversion + (letter == 'i' ? 'd' : letter));
     }
 
-    std::string_view rest;
-    std::map<int, std::string> arguments;
-    int last = 0; ///< the last argument taken without a position
-    bool hasPositions = false;
+    std::string_view rest_;
+    std::map<int, std::string> arguments_;
+    int last_ = 0; ///< the last argument taken without a position
+    bool hasPositions_ = false;
 };
 
 } // namespace

@@ -43,8 +43,8 @@ struct Soundness {
     static bool holds(const KazColl& coll) {
         bool sound = coll.size >= 0 && coll.size <= coll.capacity && !coll.passages_ &&
                      (coll.data != nullptr) == (coll.capacity > 0);
-        for (const KazCollIterator* i = coll.iterators_; i; i = i->nextIterator)
-            sound = sound && i->collection == &coll && i->index >= -2;
+        for (const KazCollIterator* i = coll.iterators_; i; i = i->nextIterator_)
+            sound = sound && i->collection_ == &coll && i->index_ >= -2;
         int sharers = 1;
         for (const KazColl* other = coll.nextSharer_; other != &coll; other = other->nextSharer_) {
             sound = sound && other->data == coll.data && other->capacity == coll.capacity;
