@@ -12,6 +12,8 @@ void CaseMap::apply(char* out, const char* s, std::size_t n) const {
         const char from = from_;
         const auto bit = static_cast<unsigned char>(from_ ^ to_);
         std::transform(s, s + n, out, [from, bit](char c) {
+            // Unsigned, so that one comparison stands for both ends of the alphabet. The cases of a
+            // letter of ASCII differ in one bit.
             const auto letter = static_cast<unsigned char>(c - from);
             return static_cast<char>(c ^ (letter < 26 ? bit : 0));
         });

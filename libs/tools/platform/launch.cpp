@@ -18,6 +18,8 @@ void flushQuietly(Stream& stream) {
     }
 }
 
+/// Both streams go into one sink by one pipe, so in the order in which the child writes them. On
+/// Linux it also gets what else is open and inheritable here.
 Completion await(std::vector<std::string> words, bool isLine, OutputSink* sink) {
     Launch launch;
     launch.words = std::move(words);
@@ -34,6 +36,9 @@ Completion await(std::vector<std::string> words, bool isLine, OutputSink* sink) 
 
 } // namespace
 
+/// The child writes to the same files and terminals, so what waits in a buffer here would come out
+/// behind its output. The C++ streams go first: those that stdio carries hand their text on to its
+/// buffers, which the last call empties.
 void flushStreams() {
     flushQuietly(std::cout);
     flushQuietly(std::cerr);

@@ -4,6 +4,7 @@
 
 namespace kaz::host {
 
+/// Two missing files are not the same one, although all their other fields are equal.
 bool sameFile(const FileStatus& a, const FileStatus& b) {
     return a.kind != Kind::missing && b.kind != Kind::missing && a.device == b.device &&
            a.serial == b.serial;

@@ -9,6 +9,8 @@ namespace kaz::host {
 
 namespace {
 
+/// ASCII only, whatever the locale: files are kept in this order, and another locale must find
+/// their entries in the same place.
 int lowered(char c) {
     const int byte = static_cast<unsigned char>(c);
     return byte >= 'A' && byte <= 'Z' ? byte | 0x20 : byte;
@@ -25,11 +27,14 @@ int compareSettingsNames(std::string_view a, std::string_view b) {
 }
 
 bool isSettingsName(std::string_view name) {
+    // Below the 255 characters of a key of the Windows registry, in bytes, so that any name can go
+    // there.
     constexpr std::size_t longest = 200;
     return !name.empty() && name.size() <= longest && name.find_first_of("\\/") == name.npos &&
            isUtf8(name) && !hasControl(name);
 }
 
+/// A separator at the beginning, at the end or twice makes a name that is empty, which is none.
 bool isSettingsPath(std::string_view path) {
     constexpr int mostNames = 16;
     if (path.empty())
@@ -45,6 +50,9 @@ bool isSettingsPath(std::string_view path) {
     return false;
 }
 
+/// The values are in the order of their names, each of them once, before and after. A new value
+/// keeps the spelling of the name that is there, unless the entry was removed in between and so
+/// takes the new one.
 void applySettingsChange(std::vector<SettingsEntry>& values, SettingsChange change) {
     auto place = std::lower_bound(values.begin(), values.end(), change.name,
                                   [](const SettingsEntry& entry, const std::string& name) {

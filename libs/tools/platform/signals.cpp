@@ -38,9 +38,14 @@ void (*previous[std::size(signals)])(int);
 
 } // namespace
 
+/// The C library of Linux restarts calls that such a handler interrupts, so no read fails because
+/// of it. The runtime library of Windows takes a handler off before it runs: there a second
+/// interrupt ends the tool.
 void noteSignals() {
     noted = 0;
     for (std::size_t i = 0; i < std::size(signals); ++i) {
+        // The old action is known only by setting a new one. One that comes in between is noted
+        // although it was to be ignored.
         previous[i] = std::signal(signals[i], note);
         if (previous[i] == SIG_IGN)
             std::signal(signals[i], SIG_IGN);
@@ -49,6 +54,7 @@ void noteSignals() {
 
 void restoreSignals() {
     for (std::size_t i = 0; i < std::size(signals); ++i)
+        // A number that the host refused has no action to go back to.
         if (previous[i] != SIG_ERR)
             std::signal(signals[i], previous[i]);
 }
@@ -57,6 +63,8 @@ int notedSignal() {
     return noted;
 }
 
+/// Not for handlers: it writes out the streams. That comes first, because the usual effect of a
+/// signal drops what is in the buffers.
 void endByNotedSignal() {
     const int signal = noted;
     if (signal == 0 || signal == SIGINT)

@@ -78,6 +78,8 @@ struct FreeAddresses {
 };
 using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
 
+/// The look-up of a name has no time limit: a slow resolver can make the call longer than the
+/// caller's deadline.
 Addresses lookUp(const char* host, int port, int flags, SocketResult& result) {
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
@@ -98,6 +100,8 @@ Addresses lookUp(const char* host, int port, int flags, SocketResult& result) {
 }
 
 /// Why a connection that was waited for has not come about, or ok.
+/// A socket can also be written to when the connection has failed; only this option tells, and
+/// once, since asking takes the error away.
 SocketResult connected(api::Native socket) {
     int error = 0;
     api::Length size = sizeof error;
@@ -129,7 +133,11 @@ SocketHandle listenAt(const addrinfo& address, SocketResult& result) {
     constexpr int waiting = 128; // connections that are not accepted yet
     Socket socket(api::open(address.ai_family));
     if (socket.isOpen()) {
+        // On Linux a port that closed connections still occupy can be taken; on Windows nobody else
+        // can take it beside us.
         setOption(socket.get(), SOL_SOCKET, api::ownPort, 1);
+        // One listener for both protocols. The default is the system's setting, which differs from
+        // host to host.
         if (address.ai_family == AF_INET6)
             setOption(socket.get(), IPPROTO_IPV6, IPV6_V6ONLY, 0);
     }
@@ -163,6 +171,8 @@ SocketHandle connectSocket(const char* host, int port, const Deadline& deadline,
     const Addresses addresses = lookUp(host, port, 0, result);
     for (const addrinfo* each = addresses.get(); each != nullptr; each = each->ai_next) {
         const SocketHandle socket = connectTo(*each, deadline, result);
+        // The deadline is one for all addresses: once it is over the others get no turn. Of several
+        // failures the last one is told.
         if (socket != noSocket || result.outcome == SocketOutcome::timeout)
             return socket;
     }
@@ -202,6 +212,7 @@ void closeSocket(SocketHandle socket) {
         api::close(nativeOf(socket));
 }
 
+/// After a failure nobody knows how much has arrived: the connection is of no more use.
 SocketResult sendSocket(SocketHandle socket, const void* data, std::size_t size,
                         const Deadline& deadline) {
     const auto* next = static_cast<const char*>(data);

@@ -80,11 +80,13 @@ std::size_t endOfSameName(const char* a, const char* b, std::size_t n) {
 std::size_t findPair(const char* s, std::size_t from, std::size_t end, char first, char last,
                      std::size_t distance) {
     while (from < end) {
+        // The C library searches by vectors also where this file is compiled without them.
         const void* const hit =
             std::memchr(s + from, static_cast<unsigned char>(first), end - from);
         if (hit == nullptr)
             return end;
         from = static_cast<std::size_t>(static_cast<const char*>(hit) - s);
+        // Within the text, which reaches to end + distance.
         if (s[from + distance] == last)
             return from;
         ++from;
@@ -112,6 +114,8 @@ std::size_t findUnquoted(const char* s, std::size_t n, const ByteSet& stops, con
     char quote = '\0';
     for (std::size_t i = 0; i < n; ++i) {
         const char c = s[i];
+        // An escape at the very end has nothing behind it; the index then passes n, and the loop
+        // ends all the same.
         if (c == escape) {
             ++i;
         } else if (isOpen) {
@@ -148,6 +152,8 @@ void ByteSet::insertIntoTable(char c) {
     const auto enter = [this](char member) {
         table_[slot(member)] = static_cast<std::uint8_t>(table_[slot(member)] | bit(member));
     };
+    // The table holds nothing before that, not even zeroes: small sets, which most are, do not pay
+    // for it.
     if (size_ == few) {
         std::fill(std::begin(table_), std::end(table_), std::uint8_t{0});
         std::for_each(std::begin(members_), std::end(members_), enter);

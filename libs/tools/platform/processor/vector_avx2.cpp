@@ -40,6 +40,8 @@ unsigned firstOf(unsigned mask) {
 }
 
 /// Asks for up to four bytes at once.
+/// Places without a member of their own repeat one, so all four are always asked. An empty set
+/// would have a NUL in each, so callers rule it out.
 class FewMembers {
 public:
     explicit FewMembers(const ByteSet& set)
@@ -81,6 +83,8 @@ private:
             _mm_loadu_si128(reinterpret_cast<const __m128i*>(table)));
     }
 
+    // Bit 1 << k for the upper half k; there are eight, and the index has 16 values, so the row
+    // stands twice.
     __m256i bits_ = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201ULL));
     __m256i low_;
     __m256i high_;
@@ -92,6 +96,7 @@ template <class Members>
 std::size_t scan(const char* s, std::size_t n, const Members& members, unsigned flip) {
     for (std::size_t i = 0;; i += step) {
         if (i + step > n) {
+            // The step before this one has reached the end, also when it overlapped.
             if (i >= n)
                 return n;
             i = n - step;
@@ -119,6 +124,7 @@ std::size_t findNotIn(const char* s, std::size_t n, const ByteSet& set) {
 template <class Members>
 std::size_t scanBack(const char* s, std::size_t n, const Members& members) {
     for (; n >= step; n -= step) {
+        // What is left below a step is for the caller, who must not read in front of the text.
         const unsigned kept = ~members.in(load(s + n - step));
         if (kept != 0)
             return n - static_cast<unsigned>(__builtin_clz(kept));
@@ -130,6 +136,7 @@ std::size_t lengthWithout(const char* s, std::size_t n, const ByteSet& set) {
     if (n >= step && set.size() > 0) {
         const std::size_t left = set.size() <= ByteSet::few ? scanBack(s, n, FewMembers(set))
                                                             : scanBack(s, n, ManyMembers(set));
+        // A remainder of less than a step ends in a byte that stays, or was not looked at yet.
         if (left >= step)
             return left;
         n = left;
@@ -138,6 +145,7 @@ std::size_t lengthWithout(const char* s, std::size_t n, const ByteSet& set) {
 }
 
 /// The sum of the 32 bytes.
+/// The instruction adds groups of eight bytes into 64 bits each, so that nothing overflows.
 std::size_t sumOf(__m256i v) {
     const __m256i sums = _mm256_sad_epu8(v, _mm256_setzero_si256());
     const __m128i half =
@@ -155,6 +163,7 @@ std::size_t lengthThrough(const char* s, std::size_t n, char c) {
     const auto twice = [&](std::size_t end) {
         return _mm256_or_si256(hits(end), hits(end - step));
     };
+    // Four steps with one test; the block that has a hit is searched again below.
     for (; n >= 4 * step; n -= 4 * step)
         if (maskOf(_mm256_or_si256(twice(n), twice(n - 2 * step))) != 0)
             break;
@@ -174,6 +183,7 @@ std::size_t count(const char* s, std::size_t n, char c) {
         // Each byte of the counter gains at most 1 a step.
         __m256i counter = _mm256_setzero_si256();
         for (int i = 0; i < 255 && n >= step; ++i, s += step, n -= step)
+            // A byte that is equal is all ones, which is -1.
             counter = _mm256_sub_epi8(counter, _mm256_cmpeq_epi8(load(s), wanted));
         total += sumOf(counter);
     }
@@ -229,6 +239,8 @@ unsigned zeroesOf(__m256i v) {
 /// 0 for each byte of @p a that is NUL or not the same as that of @p b.
 struct SameNoCase {
     __m256i operator()(__m256i a, __m256i b) const {
+        // A difference in the case bit counts for nothing where a byte is a letter. There the other
+        // one is a letter, too, when nothing else differs.
         const __m256i caseBit = _mm256_set1_epi8('a' - 'A');
         // Shifted so that 'a' is the smallest signed byte, 26 values are letters.
         const __m256i shifted = _mm256_sub_epi8(_mm256_or_si256(a, caseBit),
@@ -236,6 +248,8 @@ struct SameNoCase {
         const __m256i letter = _mm256_cmpgt_epi8(_mm256_set1_epi8(-128 + 26), shifted);
         const __m256i differ =
             _mm256_andnot_si256(_mm256_and_si256(letter, caseBit), _mm256_xor_si256(a, b));
+        // The smaller of the byte and "equal", all ones or 0: it is 0 for a NUL and for a
+        // difference.
         return _mm256_min_epu8(a, _mm256_cmpeq_epi8(differ, _mm256_setzero_si256()));
     }
 };
@@ -263,11 +277,14 @@ __m256i bothEnds(const char* s, std::size_t n) {
 template <class Same>
 std::size_t endOfSameInShort(const char* a, const char* b, std::size_t n, Same same) {
     const std::size_t part = n >= step / 2 ? step / 2 : step / 4;
+    // Below 16 bytes the upper half of the vector is not defined.
     const unsigned looked = part == step / 2 ? ~0U : 0xFFFFU;
     const unsigned ends = zeroesOf(same(bothEnds(a, n), bothEnds(b, n))) & looked;
     if (ends == 0)
         return n;
     const std::size_t i = firstOf(ends);
+    // An index in the second part counts from the part's place, n - part. Where the parts overlap
+    // the first one has told already.
     return i < part ? i : n - 2 * part + i;
 }
 
@@ -333,6 +350,8 @@ std::size_t findPairs(const char* s, std::size_t& from, std::size_t end, char fi
     const __m256i lasts = _mm256_set1_epi8(last);
     std::size_t found = 0;
     for (; from + step <= end; from += step) {
+        // A step may have 32 hits. The caller goes on at `from`, with the room empty again; it is
+        // 32 at least, so that each call gets somewhere.
         if (found + step > room)
             return found;
         unsigned hits =
@@ -364,6 +383,8 @@ std::size_t scanUnquoted(const char* s, std::size_t n, const Members& stops, con
         if (n - i >= step) {
             hits = stops.in(load(s + i));
         } else {
+            // Byte by byte, since nothing behind the text may be read; what fills the step up is
+            // cut off the hits again.
             char rest[step] = {};
             for (std::size_t k = i; k < n; ++k)
                 rest[k - i] = s[k];
@@ -372,6 +393,7 @@ std::size_t scanUnquoted(const char* s, std::size_t n, const Members& stops, con
         for (; hits != 0; hits &= hits - 1) {
             const std::size_t at = i + firstOf(hits);
             const char c = s[at];
+            // An escape may stand last in a step: what it covers is the first byte of the next one.
             if (at == escaped)
                 continue;
             if (c == escape) {
@@ -436,6 +458,8 @@ unsigned hashRows(const char*& s, std::size_t& n) {
         // 257 rows of 255 are the most that 16 bits hold.
         __m256i even = _mm256_setzero_si256();
         __m256i odd = _mm256_setzero_si256();
+        // The step reads 32 bytes for a row of 23; the others are added into columns that nobody
+        // weighs.
         for (int row = 0; row < 257 && n >= step; ++row, s += period, n -= period) {
             const __m256i v = load(s);
             even = _mm256_add_epi16(even, _mm256_and_si256(v, _mm256_set1_epi16(255)));
@@ -459,6 +483,8 @@ unsigned hash(const char* s, std::size_t n) {
     std::size_t i = 0;
     for (; n >= 8; s += 8, n -= 8) {
         sum = _mm256_add_epi32(sum, shifted(eight(s), i));
+        // Eight periods are a whole number of groups of eight, so the table begins again exactly
+        // there.
         i = i + 8 < 8 * period ? i + 8 : 0;
     }
     if (n > 0)

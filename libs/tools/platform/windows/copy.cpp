@@ -34,6 +34,7 @@ DWORD CALLBACK askWhetherToGoOn(LARGE_INTEGER, LARGE_INTEGER, LARGE_INTEGER, LAR
 }
 
 /// A new file with the contents of @p source.
+/// A copy that is cancelled the system removes again; one that a killed process leaves stays.
 bool copyNew(const std::wstring& source, const std::wstring& target, const CopyRules& rules) {
     CopyRules own = rules;
     return CopyFileExW(source.c_str(), target.c_str(), askWhetherToGoOn, &own, nullptr,
@@ -84,6 +85,8 @@ public:
         static constinit unsigned counter = 0;
         do {
             name_ = stem_ + std::to_wstring(counter++) + L".part";
+            // What a killed process has left has its number in the name and is passed over, should
+            // the number come again.
             exists_ = copyNew(source, name_, rules);
         } while (!exists_ && GetLastError() == ERROR_FILE_EXISTS);
         return succeededOrFail(exists_);

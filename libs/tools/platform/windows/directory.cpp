@@ -34,6 +34,8 @@ OpenDirectory holding(std::wstring path) {
     return {std::move(path)};
 }
 
+/// In a literal path the system takes no character for a separator but the backslash; what it
+/// refuses or reads as a stream of a file is refused here.
 bool isComponent(const std::string& name) {
     return !name.empty() && name != "." && name != ".." &&
            name.find_first_of("\\/:*?\"<>|") == std::string::npos;
@@ -99,6 +101,7 @@ int openFlags(std::string_view mode) {
 }
 
 /// A file that is there must be a regular one.
+/// A name that is exchanged between this look and the opening goes unnoticed.
 int checkRegular(const std::wstring& path) {
     FileStatus info;
     if (statusOfLiteral(path, false, info) != 0)
@@ -152,6 +155,7 @@ Directory Directory::above() const {
     const std::size_t root = path->starts_with(L"\\\\?\\UNC\\")
                                  ? path->find(L'\\', path->find(L'\\', 8) + 1)
                                  : path->find(L'\\', 4);
+    // The path ends in a backslash, which is not the one that is looked for.
     const std::size_t last = path->rfind(L'\\', path->size() - 2);
     const bool isRoot = root == std::wstring::npos || root + 1 >= path->size();
     return Directory(openDirectory(isRoot ? *path : path->substr(0, last + 1), true));
@@ -207,6 +211,7 @@ std::FILE* Directory::openFile(const std::string& name, const char* mode) const 
     if (path.empty() || checkRegular(path) != 0)
         return nullptr;
     const int file = ::_wopen(path.c_str(), openFlags(mode), _S_IREAD | _S_IWRITE);
+    // The descriptor was opened for the mode already, so a stream with "w" empties nothing more.
     std::string known = mode; // without "x", which this runtime library does not know
     std::erase(known, 'x');
     std::FILE* stream = file < 0 ? nullptr : ::_fdopen(file, known.c_str());

@@ -65,6 +65,7 @@ char** environmentEntries() {
     return _environ;
 }
 
+/// An empty value removes the variable: this runtime library knows none that is set and empty.
 int setEnvironment(const char* name, const char* value) {
     if (!isVariableName(name))
         return failWith(EINVAL);
@@ -91,6 +92,8 @@ std::string temporaryDirectory() {
             return nativePath(value);
     }
     std::array<char, MAX_PATH + 1> buffer{};
+    // It looks at TMP and TEMP as well, though not whether they are there, and falls back to
+    // directories of the system.
     GetTempPathA(buffer.size(), buffer.data());
     return buffer.data();
 }

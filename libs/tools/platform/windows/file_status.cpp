@@ -72,6 +72,8 @@ int statusOfLiteral(const std::wstring& path, bool followLink, FileStatus& resul
     BY_HANDLE_FILE_INFORMATION info;
     if (GetFileInformationByHandle(file.get(), &info) == 0)
         return failWithLastError();
+    // What a link leads to may have the bit as well, where the reparse point is none that leads
+    // elsewhere, such as that of a file kept in a cloud: it is a file.
     result.kind =
         kindOfAttributes(followLink ? info.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_REPARSE_POINT}
                                     : info.dwFileAttributes);

@@ -32,8 +32,11 @@ public:
     std::string next() {
         static constinit unsigned counter = 0;
         constexpr char digits[] = "abcdefghijklmnopqrstuvwxyz012345";
+        // The constants are those of a common linear congruence. The names need not be secret: a
+        // name that is taken fails with EEXIST, and the next one is tried.
         seed_ = seed_ * 1664525 + 1013904223 + counter++;
         std::string result = start_;
+        // Six times five of the 32 bits.
         for (unsigned rest = seed_, n = 0; n < 6; ++n, rest >>= 5)
             result += digits[rest & 31];
         return result;
@@ -79,6 +82,8 @@ int removeFile(const char* path) {
     return ::_unlink(path);
 }
 
+/// There is no other way to ask. A file that another thread creates in between is writable whatever
+/// the mask was; no mask hides a file here.
 unsigned fileMask() {
     const int mask = ::_umask(0);
     ::_umask(mask);

@@ -37,6 +37,7 @@ std::string computerName(COMPUTER_NAME_FORMAT format) {
 std::wstring registryText(const wchar_t* key, const wchar_t* value) {
     std::wstring text(256, L'\0');
     auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    // The 64-bit view, which alone has the machine's identity.
     if (RegGetValueW(HKEY_LOCAL_MACHINE, key, value, RRF_RT_REG_SZ | RRF_SUBKEY_WOW6464KEY, nullptr,
                      text.data(), &size) != ERROR_SUCCESS)
         return {};
@@ -66,6 +67,7 @@ std::string hostName() {
     return computerName(ComputerNameDnsHostname);
 }
 
+/// Without a domain the system gives the plain name, which is not a full one.
 std::string fullHostName() {
     const std::string name = computerName(ComputerNameDnsFullyQualified);
     return name.find('.') != std::string::npos ? name : std::string();

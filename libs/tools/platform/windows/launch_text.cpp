@@ -28,6 +28,8 @@ bool endsIn(std::wstring_view file, std::wstring_view extension) {
 }
 
 /// Along @p path, or as it stands where that is null; empty when there is no such file.
+/// The length that is given back for a short buffer counts the end, that for a long enough one does
+/// not; so one below the size means that the text is there. It is 0 for a failure.
 std::wstring searched(const wchar_t* path, const std::wstring& name) {
     std::wstring file(MAX_PATH, L'\0');
     for (;;) {
@@ -59,6 +61,8 @@ std::wstring programFile(const std::string& name) {
     const bool hasDirectory = name.find_first_of("\\/:") != std::string::npos;
     const std::wstring path = hasDirectory ? std::wstring() : searchPath();
     std::wstring file;
+    // The system puts ".exe" only behind a name without an extension, so "a.b" is looked for with
+    // and without it.
     for (const std::wstring& candidate : {wide, wide + L".exe"}) {
         if (hasDirectory) {
             const DWORD attributes = GetFileAttributesW(candidate.c_str());
@@ -111,12 +115,14 @@ std::wstring environmentBlock(const Launch& launch) {
         FreeEnvironmentStringsW(own);
     for (const auto& [name, value] : launch.variables)
         block.append(widened(name + '=' + value)).push_back(L'\0');
+    // A block without variables ends in two NULs, too.
     if (block.empty())
         block.push_back(L'\0');
     return block + L'\0';
 }
 
 std::string interpreterWord(std::string_view word) {
+    // The interpreter's line ends there, and no quoting gets beyond it.
     if (word.find_first_of("\r\n") != std::string_view::npos)
         return {};
     // Quoted for the program that reads it; then no character, the quotes included,

@@ -20,6 +20,7 @@ HANDLE asHandle(std::intptr_t handle) {
 } // namespace
 
 LineWriter::LineWriter(const char* path, bool appends) {
+    // The opening would fail with "access denied" and not say why.
     if (isDirectory(path)) {
         failWith(EISDIR);
         return;
@@ -39,6 +40,8 @@ LineWriter LineWriter::handedOn(const char* number) {
     const char* const end = number + std::strlen(number);
     std::intptr_t value = -1;
     const auto [rest, error] = std::from_chars(number, end, value);
+    // Anybody can set the variable that carries the number: it is believed only when a pipe is
+    // behind it. From here on no child inherits it.
     if (error == std::errc() && rest == end && value > 2 &&
         GetFileType(asHandle(value)) == FILE_TYPE_PIPE &&
         SetHandleInformation(asHandle(value), HANDLE_FLAG_INHERIT, 0) != 0)

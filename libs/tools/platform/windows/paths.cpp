@@ -44,6 +44,7 @@ const std::string& absolutePath(const char* path) {
         return result;
     }
     std::array<char, MAX_PATH> buffer;
+    // A length that is not below the size is the one that would be needed.
     const DWORD length = GetFullPathNameA(path, buffer.size(), buffer.data(), nullptr);
     if (length > 0 && length < buffer.size())
         result.assign(buffer.data(), length);
@@ -59,10 +60,12 @@ std::string currentDirectory() {
 
 std::string moduleFileName() {
     std::array<char, MAX_PATH + 1> buffer;
+    // Null where the library is linked into the program.
     const HMODULE library = GetModuleHandleA("moxtools.dll");
     if (library == nullptr)
         return {};
     const DWORD length = GetModuleFileNameA(library, buffer.data(), buffer.size());
+    // A name that was cut fills the buffer.
     return length < buffer.size() ? std::string(buffer.data(), length) : std::string();
 }
 

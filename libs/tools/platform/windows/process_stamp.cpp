@@ -26,9 +26,11 @@ std::string processPlace() {
 std::string processStart(int number) {
     const Handle process(
         OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(number)));
+    // There is such a process, but it belongs to somebody else.
     if (!process.isOpen() && GetLastError() == ERROR_ACCESS_DENIED)
         return "?";
     FILETIME start, end, kernel, user;
+    // The status of a process that runs is 259; one that ended with just that counts as running.
     DWORD status = 0;
     if (!process.isOpen() || GetExitCodeProcess(process.get(), &status) == 0 ||
         status != STILL_ACTIVE || GetProcessTimes(process.get(), &start, &end, &kernel, &user) == 0)

@@ -47,6 +47,7 @@ HANDLE behind(int descriptor) {
 }
 
 /// Exceptions that end a program, as the signals that they are elsewhere.
+/// A program may also return such a number by itself; nothing tells the two apart.
 int signalOf(DWORD code) {
     switch (code) {
     case STATUS_ACCESS_VIOLATION:
@@ -81,6 +82,8 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
     ~Child() {
+        // An exception of a sink may come this way while the child runs. One without a limit is
+        // waited for, as it would be without the exception.
         if (job_.isOpen() && !await(0))
             stop();
         await(INFINITE);
@@ -91,6 +94,8 @@ public:
         return WaitForSingleObject(process_.get(), milliseconds) == WAIT_OBJECT_0;
     }
 
+    /// There is no request that a program without a window would get: it ends at once, and only the
+    /// status tells that it was asked.
     void askToEnd() const { TerminateProcess(process_.get(), askedToEnd); }
     void stop() const { TerminateJobObject(job_.get(), stopped); }
 
@@ -114,6 +119,8 @@ public:
     void write(const char* data, std::size_t size) {
         std::string text;
         for (const char* c = data; c != data + size; ++c) {
+            // The pair may arrive in two pieces, so a return waits for the next byte, whenever that
+            // comes.
             if (heldBack_ && *c != '\n')
                 text += '\r';
             heldBack_ = *c == '\r';
@@ -140,6 +147,7 @@ public:
     /// Makes the pipe for a sink. False with errno set on failure.
     bool open(OutputSink& sink, bool isText) {
         HANDLE ends[2] = {nullptr, nullptr};
+        // Neither end can be inherited; the child gets a copy that can.
         if (CreatePipe(&ends[0], &ends[1], nullptr, 0) == 0)
             return failWithLastError() == 0;
         reading_ = Handle(ends[0]);
@@ -158,6 +166,8 @@ public:
     /// there is nothing.
     bool take() {
         DWORD there = 0;
+        // A read would wait for a writer. The number of bytes is taken once, or a writer that never
+        // rests would keep the others from their turn.
         if (!isOpen() || PeekNamedPipe(reading_.get(), nullptr, 0, nullptr, &there, nullptr) == 0 ||
             there == 0)
             return false;
@@ -200,9 +210,12 @@ using Outlets = std::array<Outlet, 3>;
 /// Until the child ends: a process that it left in the background may hold the
 /// output open for ever. True when it was stopped at the deadline.
 bool attend(const Child& child, Outlets& outlets, const Deadline& deadline, StopWatch* watch) {
+    // The end is looked for first: what the child wrote before it is in the pipes then, and
+    // finish() takes it.
     while (!child.await(0)) {
         if (watch != nullptr && watch->isStopWanted())
             child.askToEnd();
+        // The whole job ends, and what it wrote until then is still handed on.
         if (deadline.isOver()) {
             child.stop();
             child.await(INFINITE);
@@ -230,6 +243,7 @@ Handle nothing() {
 Handle fileOf(std::string_view text) {
     std::array<wchar_t, MAX_PATH + 1> directory{};
     std::array<wchar_t, MAX_PATH + 1> name{};
+    // The name is reserved by an empty file that stays when the opening fails.
     if (GetTempPathW(directory.size(), directory.data()) == 0 ||
         GetTempFileNameW(directory.data(), L"in", 0, name.data()) == 0)
         return Handle();
@@ -246,6 +260,7 @@ Handle fileOf(std::string_view text) {
         text.remove_prefix(done);
     }
     if (file.isOpen())
+        // A handle that is inherited has its position: the child would begin at the end.
         SetFilePointer(file.get(), 0, nullptr, FILE_BEGIN);
     return file;
 }
@@ -289,6 +304,7 @@ bool prepare(const Launch& launch, Outlets& outlets, Standard& standard) {
 }
 
 /// With the number of the pipe for reports, which is known only now.
+/// A handle has the same number in the child that inherits it.
 Launch numbered(const Launch& launch, const Standard& standard) {
     Launch result = launch;
     if (launch.reports != nullptr)
@@ -307,6 +323,7 @@ public:
             if (each->isOpen())
                 handles_[count_++] = each->get();
         SIZE_T size = 0;
+        // This call fails on purpose: it gives the size.
         InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
         storage_.resize(size);
         auto* const list = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(storage_.data());
@@ -323,6 +340,7 @@ public:
     }
 
     /// Null when nothing shall be inherited.
+    /// The list points to the handles, so this object lives until the child is started.
     LPPROC_THREAD_ATTRIBUTE_LIST get() const { return list_; }
 
 private:
@@ -357,6 +375,8 @@ Target targetOf(const Launch& launch) {
     return {programFile(words[0]), widened(commandLine(words))};
 }
 
+/// A child with a limit is started suspended: it must be in its job before it can start anything
+/// that would be outside.
 DWORD flagsOf(const Launch& launch) {
     return EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
            (launch.timeout > 0 ? CREATE_SUSPENDED : 0U) |
@@ -364,6 +384,8 @@ DWORD flagsOf(const Launch& launch) {
 }
 
 /// False with errno set when the program cannot be started.
+/// The program's file is found here and not by the system, which would look into this program's
+/// directory and the current one before the search path.
 bool create(const Launch& launch, const Standard& standard, PROCESS_INFORMATION& process) {
     Target target = targetOf(launch);
     if (target.file.empty())
@@ -378,11 +400,13 @@ bool create(const Launch& launch, const Standard& standard, PROCESS_INFORMATION&
     start.lpAttributeList = handles.get();
     std::wstring variables = environmentBlock(numbered(launch, standard));
     const std::wstring directory = widened(hostPath(launch.directory.c_str()));
+    // The line may be written into by the call, hence data().
     const BOOL started = CreateProcessW(target.file.c_str(), target.line.data(), nullptr, nullptr,
                                         handles.get() != nullptr ? TRUE : FALSE, flagsOf(launch),
                                         variables.empty() ? nullptr : variables.data(),
                                         directory.empty() ? nullptr : directory.c_str(),
                                         &start.StartupInfo, &process);
+    // A directory to start in that is not there, which elsewhere is ENOENT, too.
     if (started == 0 && GetLastError() == ERROR_DIRECTORY)
         return failWith(ENOENT) == 0;
     return started != 0 || failWithLastError() == 0;
@@ -407,6 +431,8 @@ void start(const Launch& launch, Completion& completion) {
     Outlets outlets;
     PROCESS_INFORMATION process{};
     {
+        // The child has its handles with the start. Our copies go at the end of this block, so that
+        // the pipes end when the child's own are closed.
         Standard standard;
         if (!prepare(launch, outlets, standard) || !create(launch, standard, process)) {
             completion.error = errno;

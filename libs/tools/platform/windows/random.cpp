@@ -14,6 +14,7 @@ namespace kaz::host {
 
 namespace {
 
+/// The codes of this library are no errors of the system, which errnoOf() would know.
 int succeeded(NTSTATUS status) {
     return status >= 0 ? 0 : failWith(EIO);
 }

@@ -30,6 +30,7 @@ std::wstring toWide(std::string_view text) {
 }
 
 /// Surrogates without their other half become U+FFFD.
+/// Other programs write to the registry, too, and it checks nothing.
 std::string toUtf8(std::wstring_view text) {
     const int size = static_cast<int>(text.size());
     std::string result(
@@ -77,6 +78,8 @@ public:
     }
     HKEY get() const { return key_; }
 
+    /// All names are taken before anything is removed: an enumeration that goes on after a removal
+    /// leaves entries out.
     std::vector<std::wstring> keys() const {
         std::vector<std::wstring> names;
         std::array<wchar_t, 256> name; // keys have 255 characters at most
@@ -103,6 +106,7 @@ public:
 
     /// Type and bytes of a value.
     LSTATUS read(const std::wstring& name, DWORD& type, std::vector<BYTE>& bytes) const {
+        // The value may grow between two calls, so the size is asked for until one call has it all.
         for (bytes.resize(256);;) {
             auto size = static_cast<DWORD>(bytes.size());
             const LSTATUS status =
@@ -169,6 +173,7 @@ bool readNumber(const std::vector<BYTE>& bytes, Number& number) {
     return true;
 }
 
+/// The two forms differ in their size, and nothing else tells them apart.
 bool readBinary(const std::vector<BYTE>& bytes, SettingsValue& value) {
     if (bytes.size() == 1 && bytes[0] <= 1) {
         value = bytes[0] == 1;
@@ -196,6 +201,7 @@ bool readValue(DWORD type, const std::vector<BYTE>& bytes, SettingsValue& value)
             return false;
         value = wide;
         return true;
+    // Never written here; administrators set such values with the tools of the system.
     case REG_DWORD:
         if (!readNumber(bytes, narrow))
             return false;
@@ -262,6 +268,7 @@ std::vector<std::wstring> namesOfOurs(std::vector<std::wstring> names) {
 }
 
 /// Values of ours here and below, and the keys that are empty then.
+/// A key that holds anything foreign stays, and so do those above it.
 LSTATUS removeTree(const Key& key) {
     for (const std::wstring& name : namesOfOurs(key.values()))
         if (const LSTATUS status = removeValue(key, name); status != ERROR_SUCCESS)
@@ -272,6 +279,7 @@ LSTATUS removeTree(const Key& key) {
         if (status == ERROR_SUCCESS)
             status = removeTree(below);
         if (status == ERROR_SUCCESS && below.isEmpty())
+            // The call refuses a key that has keys below, so one that has come since is not lost.
             status = RegDeleteKeyW(key.get(), name.c_str());
         if (status != ERROR_SUCCESS)
             return status;
@@ -287,6 +295,7 @@ LSTATUS removeEverything(const std::string& name) {
     return removeTree(key);
 }
 
+/// A key is made only for a value: a removal leaves no trace of its own.
 LSTATUS carryOut(const std::string& keyName, const SettingsChange& change) {
     Key key;
     const std::wstring wideKey = toWide(keyName);
@@ -295,6 +304,7 @@ LSTATUS carryOut(const std::string& keyName, const SettingsChange& change) {
         change.value ? key.create(wideKey) : key.open(HKEY_CURRENT_USER, wideKey, allAccess);
     if (!change.value && isMissing(status))
         return ERROR_SUCCESS;
+    // Removed first, because the registry keeps the spelling of a name that is there.
     if (status == ERROR_SUCCESS && change.removes)
         status = removeValue(key, name);
     if (status != ERROR_SUCCESS || !change.value)
@@ -379,6 +389,8 @@ int SettingsStore::load(SettingsSection& result) const {
     return 0;
 }
 
+/// What was carried out is taken from the changes, also when a later one fails: the caller can try
+/// again with the rest. There is no taking back, since each value is written by itself.
 int SettingsStore::commit(SettingsChanges& changes) const {
     const std::string key = keyOf(section_);
     const Turn turn;
@@ -395,6 +407,7 @@ int SettingsStore::commit(SettingsChanges& changes) const {
     while (next != left.end() && (status = carryOut(key, *next)) == ERROR_SUCCESS)
         ++next;
     left.erase(left.begin(), next);
+    // Also after a failure, which may come behind a removal.
     removeEmptyKeys(key);
     return resultOf(status);
 }

@@ -19,6 +19,8 @@ bool isControl(unsigned char c) {
 }
 
 /// Bytes of the UTF-8 character at the start; 0 when there is none.
+/// The lead byte gives a length, and the system says whether the bytes are a character. Controls of
+/// the upper half (U+0080 to U+009F) are none: a terminal may obey them.
 std::size_t utf8Size(std::string_view text) {
     const auto lead = static_cast<unsigned char>(text[0]);
     const std::size_t size = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
@@ -46,12 +48,14 @@ bool isTerminal(std::FILE* stream) {
     return GetConsoleMode(consoleOf(stream), &mode) != 0;
 }
 
+/// Consoles before Windows 10 refuse the mode. It is the console's and stays when the tool ends.
 bool allowEscapes(std::FILE* stream) {
     DWORD mode = 0;
     return GetConsoleMode(consoleOf(stream), &mode) != 0 &&
            SetConsoleMode(consoleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+/// Of the window: the buffer behind it may be wider.
 int terminalWidth(std::FILE* stream) {
     CONSOLE_SCREEN_BUFFER_INFO info;
     if (GetConsoleScreenBufferInfo(consoleOf(stream), &info) == 0)

@@ -47,6 +47,7 @@ void localZone(std::int64_t seconds, int& offset, std::string& name) {
         SystemTimeToTzSpecificLocalTime(&rules, &universal, &local) != 0 &&
         SystemTimeToFileTime(&local, &shown) != 0)
         offset = static_cast<int>(ticks(shown) / ticksPerSecond - since1601);
+    // The longest that is written as hours and minutes; a zone of the registry may hold anything.
     offset = std::clamp(offset, -longestOffset, longestOffset);
 }
 

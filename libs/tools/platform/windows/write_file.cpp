@@ -59,8 +59,12 @@ public:
         const std::wstring stem = target.substr(0, target.rfind(L'\\') + 1 + mostOfName);
         for (int attempt = 0; attempt < attempts; ++attempt) {
             name_ = stem + L".new" + std::to_wstring(attempt);
+            // Nobody else may open it before it is complete. What a killed process leaves keeps its
+            // name for good.
             file_ = Handle(CreateFileW(name_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+            // The assignment has closed nothing that would change the last error. Any other failure
+            // holds for all names.
             if (file_.isOpen() || GetLastError() != ERROR_FILE_EXISTS)
                 break;
         }
@@ -108,6 +112,7 @@ int writeFile(const char* path, const void* data, std::size_t size) {
     if (statusOfLiteral(target, true, info) == 0) {
         if (info.kind == Kind::directory)
             return failWith(EISDIR);
+        // A pipe or a device has no contents that could be replaced as a whole.
         if (info.kind != Kind::file)
             return writeInto(target, data, size);
     }
