@@ -15,6 +15,8 @@ const std::int32_t* lowerCaseTable() {
     return *__ctype_tolower_loc();
 }
 
+/// The tables belong to the locale of the thread; a copy of that keeps them alive when somebody
+/// sets another one and frees this.
 void HeldCaseTables::renew() {
     release();
     locale_ = duplocale(uselocale(locale_t{}));

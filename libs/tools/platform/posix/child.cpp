@@ -28,6 +28,7 @@ std::vector<pid_t>& abandoned() {
 
 void reapAbandoned() {
     std::vector<pid_t>& children = abandoned();
+    // Ended, or awaited by somebody else; both leave the list.
     std::erase_if(children, [](pid_t id) { return ::waitpid(id, nullptr, WNOHANG) != 0; });
     children.reserve(children.size() + 1);
 }
@@ -52,6 +53,8 @@ bool Child::await(int flags) {
     if (ended_)
         return true;
     const pid_t result = retry([&] { return ::waitpid(id_, &status_, flags); });
+    // A tool that ignores SIGCHLD or awaits every child takes the status away; the child has then
+    // ended with nothing known of how.
     known_ = result == id_;
     ended_ = result != 0;
     return ended_;
@@ -70,6 +73,8 @@ void Child::stop() {
     while (!await(WNOHANG) && !patience.isOver())
         ::poll(&wait, 1, ending_.isOpen() ? patience.left() : 10);
     if (!ended_)
+        // Even SIGKILL waits for a call of the system that cannot be interrupted, as one to a file
+        // system that does not answer.
         abandon(id_);
     ended_ = true;
 }

@@ -64,6 +64,8 @@ public:
         const ssize_t got = retry([&] { return ::read(source_, buffer.data(), buffer.size()); });
         if (got < 0 || writeAll(target_, buffer.data(), static_cast<std::size_t>(got)) != 0)
             return -1;
+        // More than was told fills the buffer further, less may come from a file that is made up as
+        // it is read (/proc, with a size of 0): reading on finds the end in both.
         isAsTold = got == size;
         return isAsTold ? 0 : copyByBuffer(everything);
     }
@@ -92,6 +94,7 @@ public:
         off_t end = 0; // of what was copied
         for (;;) {
             const off_t data = seek(source_, end, SEEK_DATA);
+            // Nothing but a hole is left, if anything.
             if (data < 0 && errno == ENXIO)
                 break;
             const off_t hole = data < 0 ? -1 : seek(source_, data, SEEK_HOLE);
@@ -101,6 +104,7 @@ public:
                 return -1;
             end = hole;
         }
+        // A hole at the end is made by the length alone.
         const off_t length = seek(source_, 0, SEEK_END);
         return length < 0 ? -1 : retry([&] { return ::ftruncate(target_, length); });
     }
@@ -138,6 +142,8 @@ bool hasHoles(const struct stat& info) {
 
 /// All of a file that takes more than one read.
 int copyRest(const Transfer& transfer, int source, const struct stat& info, int target) {
+    // Takes the same time for any size. It fails where the file system does not share blocks and
+    // between two file systems, with nothing written.
     if (::ioctl(target, FICLONE, source) == 0)
         return 0;
     if (!hasHoles(info))

@@ -57,6 +57,7 @@ public:
     int become(int dir, const char* target) {
         if (nameIt(dir, target) != 0)
             return -1;
+        // A file system of the network may tell only now that it had no room.
         if (file_.close())
             return 0;
         const int reason = errno; // what was written is lost
@@ -69,6 +70,8 @@ private:
         const auto link = [&](int from, const char* name, int flags) {
             return retry([&] { return ::linkat(from, name, dir, target, flags); });
         };
+        // By the descriptor without a privilege only since Linux 6.10; the way through /proc needs
+        // it mounted.
         if (link(file_.get(), "", AT_EMPTY_PATH) == 0)
             return 0;
         if (errno != ENOENT)
@@ -185,6 +188,7 @@ int copyBeside(int source, const struct stat& info, Place target, const CopyRule
         return -1;
     if (to.becomeNew(target.name) == 0)
         return 0;
+    // The other failures would be the same with a replacing rename.
     if (errno != EEXIST && errno != EINVAL && errno != ENOSYS)
         return -1;
     struct stat existing;
@@ -238,6 +242,7 @@ int copyAt(Place source, Place target, const CopyRules& rules, CopyKnowledge& kn
         case Outcome::notThisWay:
             break;
         }
+        // The first way has read the source already, and begins anew in the second.
         if (retry([&] { return ::lseek(from.get(), 0, SEEK_SET); }) != 0)
             return -1;
     }

@@ -38,6 +38,7 @@ Listing openListing(int dir) {
         return nullptr;
     Listing listing(retry([&] { return ::fdopendir(own.get()); }));
     if (listing != nullptr)
+        // The listing closes it from here on.
         own.release();
     return listing;
 }
@@ -52,6 +53,7 @@ Kind kindOfEntry(int dir, const dirent& entry) {
 }
 
 /// The flags of fopen's mode; no link is followed and no pipe's other end waited for.
+/// Nothing is emptied at the opening: openFile() does so once it knows that it has a regular file.
 int openFlags(std::string_view mode) {
     const auto has = [&](char c) { return mode.find(c) != mode.npos; };
     const int use = has('+') ? O_RDWR : mode.front() == 'r' ? O_RDONLY : O_WRONLY;
@@ -67,6 +69,7 @@ int checkRegular(int file) {
 }
 
 /// For a file system that cannot refuse to replace in the same step.
+/// What comes to be in between is replaced; there is no other way on such a file system.
 int renameIfFree(int from, const char* name, int to, const char* newName) {
     FileStatus existing;
     if (statusAt(to, newName, AT_SYMLINK_NOFOLLOW, existing) == 0)
@@ -137,6 +140,7 @@ int Directory::list(std::string_view pattern, std::vector<Entry>& result) const 
         return -1;
     for (;;) {
         const dirent* entry = retry([&] {
+            // Only errno tells a failure from the end.
             errno = 0;
             return ::readdir(listing.get());
         });

@@ -26,6 +26,7 @@ int setEnvironment(const char* name, const char* value) {
 }
 
 std::string homeDirectory() {
+    // The size that a record needs is known only when it has fit.
     std::vector<char> buffer(1024);
     passwd entry{};
     passwd* found = nullptr;

@@ -58,6 +58,8 @@ LineWriter LineWriter::handedOn(const char* number) {
     const char* const end = number + std::strlen(number);
     int value = -1;
     const auto [rest, error] = std::from_chars(number, end, value);
+    // Anybody can set the variable that carries the number: it is believed only when a pipe is
+    // behind it. From here on no child inherits it.
     if (error == std::errc() && rest == end && value > STDERR_FILENO && isWritablePipe(value) &&
         ::fcntl(value, F_SETFD, FD_CLOEXEC) == 0)
         result.handle_ = value;

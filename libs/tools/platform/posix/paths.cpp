@@ -145,6 +145,7 @@ int lookInto(dl_phdr_info* info, std::size_t, void* data) {
     auto& loaded = *static_cast<Loaded*>(data);
     const auto isAround = [&](const ElfW(Phdr) & part) {
         return part.p_type == PT_LOAD &&
+               // Unsigned: an address in front of the part is far behind it.
                loaded.address - (info->dlpi_addr + part.p_vaddr) < part.p_memsz;
     };
     if (!std::any_of(info->dlpi_phdr, info->dlpi_phdr + info->dlpi_phnum, isAround))

@@ -53,12 +53,15 @@ std::string processPlace() {
 std::string processStart(int number) {
     const std::string line = contentsOf("/proc/" + std::to_string(number) + "/stat");
     const std::size_t name = line.rfind(')');
+    // The number may be given out and its file closed to us: the signal 0 asks whether there is
+    // such a process and is sent to nobody.
     if (name == line.npos)
         return ::kill(number, 0) == 0 || errno == EPERM ? "?" : "";
     std::istringstream fields(line.substr(name + 1));
     const std::istream_iterator<std::string> first(fields);
     if (*first == "Z" || *first == "X")
         return {};
+    // The 22nd is the 20th behind the name.
     return *std::next(first, 19);
 }
 

@@ -57,6 +57,7 @@ public:
             return ::posix_spawn_file_actions_addopen(&actions_, standard, "/dev/null", O_RDWR, 0);
         });
     }
+    /// A step of the child itself, so it also meets what another thread has opened since.
     void closeFrom(int first) {
         note([&] { return ::posix_spawn_file_actions_addclosefrom_np(&actions_, first); });
     }
@@ -69,6 +70,8 @@ public:
         sigset_t defaults;
         sigemptyset(&none);
         sigemptyset(&defaults);
+        // What is ignored stays so over an exec, and so does a mask. Programs rarely expect it of
+        // these two.
         for (const int signal : {SIGPIPE, SIGCHLD})
             sigaddset(&defaults, signal);
         ::posix_spawnattr_setsigmask(&attributes_, &none);
@@ -78,6 +81,7 @@ public:
     }
 
     /// Fails with an errno value, which it gives; 0 and the child's number otherwise.
+    /// The search goes along this process's PATH, whatever the child's variables say.
     int spawn(char* const* arguments, char* const* variables, pid_t& id) {
         note([&] {
             return ::posix_spawnp(&id, arguments[0], &actions_, &attributes_, arguments, variables);
@@ -102,6 +106,7 @@ private:
 class Variables {
 public:
     explicit Variables(const Launch& launch) {
+        // The usual case copies nothing.
         if (launch.variables.empty() && launch.removed.empty() && launch.reports == nullptr)
             return;
         for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
@@ -147,6 +152,8 @@ std::vector<std::string> wordsOf(const Launch& launch) {
     std::vector<std::string> words = launch.words;
     words[0] = hostPath(words[0].c_str());
     const bool isRelative = words[0].find('/') != std::string::npos && words[0][0] != '/';
+    // The child looks for its program after it has changed the directory, the caller meant it
+    // before.
     if (isRelative && !launch.directory.empty())
         words[0] = hostPath(absolutePath(words[0].c_str()).c_str());
     return words;
@@ -163,6 +170,7 @@ Descriptor fileOf(std::string_view text) {
             return Descriptor();
         done += static_cast<std::size_t>(count);
     }
+    // The child shares the position and would begin at the end.
     if (file.isOpen() && ::lseek(file.get(), 0, SEEK_SET) != 0)
         return Descriptor();
     return file;
@@ -174,6 +182,7 @@ public:
     /// Makes the pipe for a sink. False with errno set on failure.
     bool open(OutputSink* sink) {
         std::array<int, 2> ends{-1, -1};
+        // Closed on exec from the first moment: another thread may start a program at any time.
         if (retry([&] { return ::pipe2(ends.data(), O_CLOEXEC); }) != 0)
             return false;
         sink_ = sink;
@@ -192,6 +201,7 @@ public:
         constexpr int patience = 8;
         if (found == 0)
             return;
+        // A pipe at its end has POLLHUP without POLLIN.
         if ((found & POLLIN) == 0 || (read(size_) <= 0 && ++failures_ > patience))
             reading_.close();
     }
@@ -199,6 +209,7 @@ public:
     /// Hands on what is there now, and no more: somebody may go on writing.
     void takeRest() {
         int there = 0;
+        // A read of more than what is there would wait for whoever still has the other end.
         if (!reading_.isOpen() || ::ioctl(reading_.get(), FIONREAD, &there) != 0)
             return;
         while (there > 0) {
@@ -249,6 +260,7 @@ public:
             isAsked_ = true;
             end_ = Deadline(grace);
         }
+        // Again at each look, until the end is seen; a process that is dead takes no harm.
         if (end_.isOver())
             child.signal(SIGKILL);
     }
@@ -275,6 +287,7 @@ bool attend(Child& child, Outlets& outlets, const Deadline& deadline, Stopping s
         for (std::size_t i = 0; i < outlets.size() && isKnown; ++i)
             outlets[i].take(wait[i].revents);
         const bool mayHaveEnded = !canWait || !isKnown || wait[3].revents != 0;
+        // What it wrote before its end and is not taken yet lies in the pipes; takeRest() gets it.
         if (mayHaveEnded && child.await(WNOHANG))
             return false;
         stopping.look(child);
@@ -352,6 +365,8 @@ bool prepareOutput(const Launch& launch, Outlets& outlets, Setup& setup) {
     return true;
 }
 
+/// A child with a limit leads a group, so that all that it started can be ended with it. The keys
+/// of the terminal then do not reach it.
 short flagsOf(const Launch& launch) {
     if (launch.isDetached)
         return POSIX_SPAWN_SETSID;
@@ -359,6 +374,8 @@ short flagsOf(const Launch& launch) {
 }
 
 /// Why the child was not started, or 0.
+/// The child's input is closed here on return; the writing ends of the pipes are the caller's to
+/// close.
 int spawn(const Launch& launch, Outlets& outlets, pid_t& id) {
     std::vector<std::string> words = wordsOf(launch);
     if (words.empty() || !canName(launch.directory.c_str()))
@@ -372,6 +389,7 @@ int spawn(const Launch& launch, Outlets& outlets, pid_t& id) {
     Descriptor input;
     if (!prepareInput(launch, input, setup) || !prepareOutput(launch, outlets, setup))
         return errno;
+    // Behind all that gives the child something: the numbers here may be the ones to close.
     if (!launch.inheritsFiles)
         setup.closeFrom(launch.reports != nullptr ? reportNumber + 1 : STDERR_FILENO + 1);
     if (!launch.directory.empty())
@@ -384,6 +402,7 @@ int spawn(const Launch& launch, Outlets& outlets, pid_t& id) {
 
 void start(const Launch& launch, Completion& completion) {
     flushStreams();
+    // Before the start, as it also makes room for a child that is abandoned later.
     reapAbandoned();
     pid_t id = 0;
     Outlets outlets;
@@ -410,6 +429,7 @@ void start(const Launch& launch, Completion& completion) {
     for (Outlet& outlet : open)
         outlet.takeRest();
     completion = child.completion();
+    // One that has exited by itself just before it was stopped keeps its status.
     if (isStopped && completion.status == -1) {
         completion.signal = 0;
         completion.isStopped = true;
@@ -434,6 +454,8 @@ std::string interpreterWord(std::string_view word) {
     std::string result = "'";
     for (const char c : word) {
         if (c == '\'')
+            // Nothing within quotes ends them but a quote: they are closed, a quote is escaped, and
+            // the one below opens them anew.
             result += "'\\'";
         result += c;
     }

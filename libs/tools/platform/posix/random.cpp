@@ -15,6 +15,7 @@ namespace {
 
 constinit unsigned generation = 0;
 
+/// Runs in the forked child, where only what a signal handler may do is allowed.
 void countFork() {
     ++generation;
 }
@@ -24,6 +25,8 @@ void countFork() {
 int randomBytes(void* to, std::size_t size) {
     auto* out = static_cast<unsigned char*>(to);
     while (size > 0) {
+        // Only requests above 256 bytes may come back short; early in the start of the system the
+        // call waits until there is something to give.
         const ssize_t got = retry([&] { return ::getrandom(out, size, 0); });
         if (got < 0)
             return -1;

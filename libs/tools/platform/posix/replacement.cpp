@@ -95,6 +95,7 @@ int Replacement::takeOver(const struct stat& old) const {
     return setMode(mode);
 }
 
+/// A file system without permissions refuses; the contents are whole all the same.
 int Replacement::setMode(mode_t mode) const {
     if (retry([&] { return ::fchmod(get(), mode); }) == 0 || errno == EPERM || errno == EOPNOTSUPP)
         return 0;

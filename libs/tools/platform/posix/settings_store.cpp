@@ -23,6 +23,7 @@ constexpr std::size_t mostOfFile = std::size_t{64} << 20;
 /// Where programs keep a user's configuration, in the host's spelling; "" without a home.
 std::string configDirectory() {
     const char* base = environment("XDG_CONFIG_HOME");
+    // A relative path would mean another file in each directory.
     if (base != nullptr && *base == '/')
         return base;
     const char* home = environment("HOME");
@@ -53,6 +54,7 @@ int readWhole(const std::string& file, std::string& text, bool& exists) {
             retry([&] { return ::read(from.get(), text.data() + done, text.size() - done); });
         if (got < 0)
             return -1;
+        // The size was a hint; the file of a program that writes in place may grow meanwhile.
         done += static_cast<std::size_t>(got);
         if (got == 0)
             break;
@@ -97,6 +99,7 @@ int lock(const Descriptor& file) {
     constexpr long longestPause = 20'000'000;
     const std::int64_t start = milliseconds();
     for (long wait = 250'000;; wait = std::min(2 * wait, longestPause)) {
+        // Not the call that waits: it has no time limit.
         if (retry([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0)
             return 0;
         if (errno != EWOULDBLOCK || milliseconds() - start >= patience)
@@ -112,8 +115,11 @@ Descriptor openLock(const std::string& name) {
 
 /// Held until its end. Not open on failure.
 Descriptor lockBeside(const std::string& file) {
+    // A file of its own that is never removed: the one with the settings is exchanged, and a lock
+    // on the old one would hold nobody up.
     const std::string name = file + ".lock";
     Descriptor held = openLock(name);
+    // The folders are there but for the first time, so nobody looks for them before.
     if (!held.isOpen() && errno == ENOENT && makeFolders(file) == 0)
         held = openLock(name);
     if (held.isOpen() && lock(held) != 0)
@@ -136,6 +142,8 @@ int replace(const std::string& file, const std::string& text) {
         // As far as that may be done: an administrator who changes a user's settings leaves them
         // the user's.
         next.takeOwner(old);
+    // On the disk before it takes the name: after a loss of power the name would otherwise lead to
+    // an empty file on some file systems.
     if (next.setMode(0600) != 0 || next.sync() != 0)
         return -1;
     return next.become(target);

@@ -23,6 +23,7 @@ constexpr std::string_view version = "1";
 
 // -------------------------------------------------------------------- escapes
 
+/// The bit makes letters small. What it makes of other characters is no letter up to "f".
 int hexDigit(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -38,12 +39,14 @@ bool takeEscape(std::string_view& text, std::string& out) {
     if (letter == 'x' && text.size() >= 3) {
         const int high = hexDigit(text[1]);
         const int low = hexDigit(text[2]);
+        // Texts have no NUL, however it is written.
         if (high < 0 || low < 0 || high + low == 0)
             return false;
         out += static_cast<char>(high * 16 + low);
         text.remove_prefix(3);
         return true;
     }
+    // A backslash at the end asks for NUL, which is not among the letters.
     const std::size_t kind = letters.find(letter);
     if (kind == letters.npos)
         return false;
@@ -108,6 +111,7 @@ bool readNumber(std::string_view text, SettingsValue& value) {
 bool readText(std::string_view text, std::string& out) {
     if (!unescape(text, out) || out.size() > mostOfSettingsText)
         return false;
+    // Somebody has edited the file; escapes can spell half a character, too.
     if (!isUtf8(out))
         out = validUtf8(out);
     return true;
@@ -170,6 +174,7 @@ std::string lineOf(std::string_view name, const SettingsValue& value) {
     std::string line;
     escape(name, escapedInNames, line);
     line += '=';
+    // In the order of the alternatives of SettingsValue.
     line += "sirbl"[value.index()];
     line += ':';
     if (const auto* text = std::get_if<std::string>(&value))
@@ -210,6 +215,8 @@ bool isBefore(std::string_view a, std::string_view b) {
 template <typename Item, typename Name, typename Merge>
 void putInOrder(std::vector<Item>& items, Name name, Merge merge) {
     const auto less = [&](const Item& a, const Item& b) { return isBefore(name(a), name(b)); };
+    // Files that this library wrote are in order. Stable, so that of lines with one name the last
+    // one in the file is the one that counts.
     if (!std::is_sorted(items.begin(), items.end(), less))
         std::stable_sort(items.begin(), items.end(), less);
     std::size_t kept = 0;
@@ -333,6 +340,8 @@ std::vector<Section>::iterator Document::placeOf(std::string_view path) {
 
 /// The section, made where it is missing. Of names above it that are there already it takes
 /// the spelling over.
+/// Logarithmic in the sections for one that is there; for one that is made, linear for each name
+/// above.
 Section& Document::sectionFor(const std::string& path) {
     const auto place = placeOf(path);
     if (place != sections_.end() && place->isKnown && compareSettingsNames(place->path, path) == 0)
@@ -356,6 +365,7 @@ Section& Document::sectionFor(const std::string& path) {
     return *sections_.insert(place, std::move(made));
 }
 
+/// What is not understood stays: a newer version may have written it.
 void Document::removeAll(std::string_view section) {
     std::string_view rest;
     for (Section& each : sections_)
@@ -377,6 +387,7 @@ void Document::change(const std::string& section, const SettingsChange& change) 
         return;
     }
     const std::string& name = isThere && !change.removes ? place->name : change.name;
+    // A deque, as lines point to its texts and it does not move them.
     Line made{name, made_.emplace_back(lineOf(name, *change.value))};
     if (isThere)
         *place = std::move(made);
@@ -394,6 +405,7 @@ std::string Document::text() const {
     result += '\n';
     std::for_each(front_.begin(), front_.end(), add);
     for (const Section& section : sections_) {
+        // A section goes with its last line.
         if (section.values.empty() && section.others.empty())
             continue;
         result += '\n';

@@ -42,6 +42,7 @@ void takeUsualCourse(Watch& watch) {
     sigset_t blocked;
     sigemptyset(&only);
     sigaddset(&only, watch.signal);
+    // Still blocked, as in every handler; it comes when the next call lets it through.
     raise(watch.signal);
     pthread_sigmask(SIG_UNBLOCK, &only, &blocked);
     // Still here: suspended and continued, or a handler of the tool's returned.
@@ -100,6 +101,7 @@ bool echoOff() {
     // For a handler of the tool's that ends the process in its own way.
     [[maybe_unused]] static const int registered = std::atexit(echoOn);
     watchSignals();
+    // Between this and the call below a signal finds the echo on; giving it back does no harm.
     echoIsOff = 1;
     // What was typed ahead is kept: it may be the answer.
     tcsetattr(STDIN_FILENO, TCSANOW, &silent);
@@ -109,6 +111,7 @@ bool echoOff() {
 void echoOn() {
     if (echoIsOff == 0)
         return;
+    // Before the mode changes: a handler that runs in between must not take the echo away again.
     echoIsOff = 0;
     tcsetattr(STDIN_FILENO, TCSANOW, &echoing);
     unwatchSignals();

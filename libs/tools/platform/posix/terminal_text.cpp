@@ -39,6 +39,7 @@ const char* localeName() {
 locale_t terminalLocale() {
     static const locale_t locale = [] {
         const locale_t own = newlocale(LC_CTYPE_MASK, localeName(), locale_t{});
+        // The variables may name a locale that is not installed.
         return own != locale_t{} ? own : newlocale(LC_CTYPE_MASK, "C", locale_t{});
     }();
     return locale;

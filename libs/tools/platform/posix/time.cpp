@@ -44,6 +44,7 @@ public:
         const char* variable = environment("TZ");
         if (isNow(variable))
             return false;
+        // localtime_r, unlike localtime, need not read the variable again.
         ::tzset();
         isSet_ = variable != nullptr;
         const std::string_view text = isSet_ ? variable : "";
@@ -121,6 +122,8 @@ std::int64_t now(int& nanosecond) {
     return time.tv_sec;
 }
 
+/// Waits for no other thread: asking the C library costs less than being put to sleep, and a
+/// process that was forked while another thread held the mutex never waits for it.
 void localZone(std::int64_t seconds, int& offset, std::string& name) {
     const std::unique_lock lock(answersMutex, std::try_to_lock);
     if (lock.owns_lock())

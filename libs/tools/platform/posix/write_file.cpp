@@ -42,6 +42,7 @@ int replace(const std::string& target, const struct stat* old, const void* data,
     const std::unique_ptr<Replacement> file = openBeside(target);
     if (!file->isOpen() || writeAll(file->get(), data, size) != 0)
         return -1;
+    // A new file gets what an opening would have given it.
     const int granted = old != nullptr ? file->takeOver(*old)
                                        : file->setMode(0666 & ~static_cast<mode_t>(fileMask()));
     return granted == 0 ? file->become(target) : -1;
