@@ -30,6 +30,7 @@ public:
             if (c == '\n')
                 finishLine();
             else
+                // The director takes lines as C strings, which would end at a NUL.
                 line_ += c != '\0' ? c : ' ';
         }
     }
@@ -46,6 +47,7 @@ private:
     virtual void take(const std::string& line) = 0;
 
     void finishLine() {
+        // Taken out first: what a director throws must not bring the line once more.
         const std::string line = std::move(line_);
         line_.clear();
         take(line);
@@ -58,6 +60,7 @@ class Output final : public Lines {
     void take(const std::string& line) override { tty_msg(0, "%s", line.c_str()); }
 };
 
+/// A line of the child is an argument and never the format: it may hold percent signs.
 class Errors final : public Lines {
     void take(const std::string& line) override { print_err("%s", line.c_str()); }
 };
@@ -74,6 +77,7 @@ private:
         // Written so that what is no number does not pass.
         if (!(percent > reached_ && percent <= 100))
             return;
+        // By increments: the step of the child is a part of whatever the tool is in the middle of.
         const double step = percent - reached_;
         reached_ = percent;
         KazIODirector::progressIncrement(id_, step, false);
@@ -111,6 +115,7 @@ int statusOf(const host::Completion& ended, const char* program) {
         print_err("\"%s\" could not be started: %s", program, host::errorText(ended.error).c_str());
         return -1;
     }
+    // As shells count.
     return ended.signal != 0 ? 128 + ended.signal : ended.status;
 }
 

@@ -49,11 +49,14 @@ KazIODirector::~KazIODirector() {
 
 KazIODirector* KazIODirector::getInstance() {
     if (theIODirector == nullptr)
+        // Never destroyed: it serves static objects to the very end.
         theIODirector = new KazIODirector;
     return theIODirector;
 }
 
 void KazIODirector::install() {
+    // Also of one that is refused: what it falls back to is the one in force. One that is installed
+    // twice is its own predecessor, which the destructor minds.
     previous_ = theIODirector;
     if (theIODirector != nullptr && theIODirector->isFinal() != 0) {
         KAZ_TRACE("messages", "director not installed: the one in force is final");
@@ -143,8 +146,10 @@ bool KazIODirector::getUserInput(KazString& result, const KazString& title, cons
 }
 
 int KazIODirector::progressStart(KazString title, int total) {
+    // The director gets the title itself, and the number that the record needs comes from it.
     const KazString kept = Dialogue::isOn() ? title : KazString();
     const auto begin = [&] { DIRECT(doProgressStart, std::move(title), total); };
+    // The first one to begin is the parent's; the director is given the others.
     const bool isTold = ParentProgress::isOffered() && ParentProgress::begin();
     const int progressId = isTold ? ParentProgress::number : begin();
     RECORD(progressStart(progressId, kept, total));

@@ -192,6 +192,7 @@ int KazIODirector::doProgressStart(KazString title, int) {
     auto progress = std::make_unique<KazConsoleProgress>();
     std::printf("%s ", title.getValue());
     std::fflush(stdout);
+    // From 1 on: 0 stands for no progress.
     const int progressId = ++progressIdCounter_;
     // Memory can run out while the entry is made, so the object enters last.
     progressMap_.bind(asKey(progressId), nullptr, true);

@@ -50,6 +50,7 @@ void KazMsgProgressHandle::vMsg(int level, const char* format, va_list args) {
     char text[textSize];
     text[0] = '\0';
     if (format != nullptr)
+        // What does not fit is cut off.
         std::vsnprintf(text, sizeof text, format, again);
     va_end(again);
     printPlain(withoutConversions(text).getValue());

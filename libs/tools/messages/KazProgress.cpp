@@ -74,6 +74,7 @@ void KazProgress::initialize(bool doReset) {
     pushRange(complete);
 }
 
+/// A progress is something that happens: only itself is equal to it.
 bool KazProgress::operator==(const KazProgress& other) const {
     return this == &other;
 }
@@ -91,6 +92,8 @@ void KazProgress::reset() {
     setProgress(0);
 }
 
+/// A relative value without a range opens one of the whole scale, in which it is the overall value
+/// itself.
 double KazProgress::set(double value, bool absolute) {
     value = orComplete(value);
     if (absolute)
@@ -158,6 +161,7 @@ void KazProgress::pushRange(double share) {
     ranges_.insertAt(0, range.release());
 }
 
+/// The range need not be complete, and the overall value stays where it is.
 void KazProgress::popRange() {
     if (ranges_.getSize() > 0)
         ranges_.removeAt(0, 1);
@@ -179,6 +183,7 @@ KazProgressRange* KazProgress::innermost() const {
     return ranges_.getSize() > 0 ? asRange(ranges_.getAt(0)) : nullptr;
 }
 
+/// Behind those that are there, in the same order.
 void KazProgress::copyRanges(const KazProgress& other) {
     for (int i = 0; i < other.ranges_.getSize(); ++i) {
         auto range = std::make_unique<KazProgressRange>(*asRange(other.ranges_.getAt(i)));

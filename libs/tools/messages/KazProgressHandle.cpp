@@ -91,6 +91,7 @@ void KazProgressHandle::vMsg(int level, const char* format, va_list args) {
         checkCancel();
 }
 
+/// The recording follows the step itself, whoever shows it.
 void KazProgressHandle::startSubProgress(double share, int n) {
     if (Dialogue::isOn())
         Dialogue::stepStart(id_, share);
@@ -164,6 +165,7 @@ void KazProgressHandle::checkCancel() {
             throw;
         }
     }
+    // The recording ends with the status that the process will have.
     Dialogue::end(cancelledStatus);
     std::exit(cancelledStatus);
 }

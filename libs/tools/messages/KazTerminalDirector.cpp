@@ -70,6 +70,7 @@ KazTerminalDirector::Style KazTerminalDirector::getStyle() const {
     return screen().style();
 }
 
+/// The command writes to the same terminal: nothing is drawn until it has ended.
 int KazTerminalDirector::doTtyStart(const char* command) {
     screen().pause();
     return KazIODirector::doTtyStart(screen().onOutput(command).c_str());
@@ -91,6 +92,7 @@ void KazTerminalDirector::doPrintMsg(const char* format, va_list args) {
 void KazTerminalDirector::doPrintError(const char* format, va_list args) {
     if (format == nullptr)
         format = "";
+    // A list that was read once is of no use to the console.
     va_list again;
     va_copy(again, args);
     // Without memory the console says it: destructors that clear up report errors, too.

@@ -45,6 +45,7 @@ void vfatal_err(const char* format, va_list args) {
     KazIODirector::vfatalError(format, args);
 }
 
+/// Returns where the director in force does.
 void kazInternalError(unsigned int code) {
     fatal_err("Internal error #%u", code);
 }

@@ -59,6 +59,7 @@ public:
     }
 
     void setFile(const char* name) {
+        // The first file holds: traces are not spread over several.
         if (!fileName_.empty())
             return;
         fileName_ = std::string("'") + name + "'";
@@ -91,6 +92,7 @@ private:
 
     void giveFileUp() {
         const int reason = errno;
+        // Given up before it is told, and for good: the next trace goes to standard error.
         file_ = kaz::host::LineWriter();
         print_err("-trace_file: cannot write %s: %s", kazPrintable(fileName_.c_str()).getValue(),
                   kaz::host::errorText(reason).c_str());
@@ -124,6 +126,7 @@ std::string textOf(const char* format, va_list args) {
     return text;
 }
 
+/// Recorded first, as all that a tool says.
 void write(const char* topic, const std::string& text) {
     if (kaz::detail::Dialogue::isOn())
         kaz::detail::Dialogue::trace(topic, text.c_str());
@@ -132,7 +135,9 @@ void write(const char* topic, const std::string& text) {
 
 } // namespace
 
+/// Safe in destructors and without memory; not in a signal handler, as the first look allocates.
 bool kazIsTraced(const char* topic) {
+    // What the writing itself would trace is left out, or it would not end.
     if (topic == nullptr || silences > 0 || isWriting)
         return false;
     const KeptErrno kept;
@@ -147,6 +152,7 @@ void kazTrace(const char* topic, const char* format, ...) {
     if (!kazIsTraced(topic))
         return;
     const KeptErrno kept;
+    // Before the text is made: what formats, records and shows it may trace, too.
     const WhileWriting now;
     va_list args;
     va_start(args, format);

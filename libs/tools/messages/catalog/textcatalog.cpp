@@ -104,6 +104,8 @@ const char* lastingText(int number, const char* english) {
     using Texts = std::map<std::string, std::string, std::less<>>;
     static auto& given = *new std::map<int, Texts>; // never destroyed: handed out to the very end
     Texts& texts = given[number];
+    // One number may be asked for with several English texts, each with arguments of its own; so
+    // the answer belongs to both.
     auto found = texts.find(std::string_view(english));
     if (found == texts.end())
         found = texts.emplace(english, chosenText(number, english)).first;
@@ -125,6 +127,7 @@ char* CTextLook(int number) {
     return mkcpy(TextLook(number));
 }
 
+/// The look-up reads files and may trace; errno is what the caller wants to be told.
 void Textperror(int number) {
     const int reason = errno;
     const char* text = TextLook(number);
@@ -155,6 +158,8 @@ void TextStats() {
         catalog.printStatistics(stderr);
         return;
     }
+    // Any other value names a file. One that cannot be opened is passed over: statistics are no
+    // reason to disturb a tool at its end.
     std::FILE* out = TI_fopen(wanted, "a");
     if (out == nullptr)
         return;

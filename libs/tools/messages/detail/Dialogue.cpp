@@ -80,6 +80,7 @@ int written(Make make) {
         JsonLine line = make();
         if (recording().isLog)
             line.add("time", dialogue::timeText()).add("pid", host::processId());
+        // errno is taken here, before guarded() puts the tool's own back.
         return recording().file.write(line.finished()) == 0 ? 0 : errno;
     });
 }
@@ -100,6 +101,9 @@ Followed* find(int id) {
 
 } // namespace
 
+/// A recording that has failed once is over: one with gaps would tell something else than what
+/// happened. It is switched off before the complaint, which passes the director and would be
+/// recorded.
 void Dialogue::settle(int reason) {
     if (reason == 0)
         return;
@@ -118,6 +122,7 @@ void Dialogue::start(int argc, const char* const* argv) {
     const bool isLog = *wish == '+';
     if (!isLog && host::environment("KAZCOREROOT") != nullptr)
         return; // the tool that has started this one is recorded
+    // For settle(), which switches off what could not be opened.
     isOn_ = true;
     settle(guarded([&] { return open(isLog ? wish + 1 : wish, isLog); }));
     if (isOn_)
@@ -178,6 +183,7 @@ void Dialogue::input(const KazString& title, const KazString& prompt, bool echo,
             .add("prompt", dialogue::viewOf(prompt))
             .add("echo", echo)
             .add("given", given);
+        // What is typed without echo is a secret.
         if (echo && given)
             line.add("text", dialogue::viewOf(text));
         return line;
@@ -190,6 +196,7 @@ void Dialogue::trace(const char* topic, const char* text) {
 
 void Dialogue::progressStart(int id, const KazString& title, int total) {
     settle(written([&] {
+        // A director may give a number again, or one number to all.
         recording().progresses.insert_or_assign(id, Followed());
         return JsonLine("progress-start")
             .add("id", id)
@@ -228,6 +235,7 @@ void Dialogue::progressReset(int id) {
     }
 }
 
+/// Steps are followed and not told: they only change what a percentage stands for.
 void Dialogue::stepStart(int id, double share) {
     if (Followed* const progress = find(id))
         settle(guarded([&] { return progress->track.push(share), 0; }));
@@ -240,6 +248,7 @@ void Dialogue::stepEnd(int id) {
     }
 }
 
+/// Whole percents alone: a progress of a million pieces writes a hundred lines.
 void Dialogue::tellPercent(int id) {
     Followed& progress = *find(id);
     const int percent = wholePercent(progress.track);

@@ -83,6 +83,7 @@ void ParentProgress::reset() {
     link().told = 0;
 }
 
+/// The last tenths need not have been told: the parent completes the step when the child ends.
 void ParentProgress::end() {
     isOpen_ = false;
 }
@@ -95,6 +96,7 @@ void ParentProgress::tell() {
     link().told = tenths;
     const std::string line = link().channel + ' ' + std::to_string(tenths / 10) + '.' +
                              std::to_string(tenths % 10) + '\n';
+    // A parent that does not read lets the pipe fill up, and this tool waits then.
     if (link().pipe.write(line) != 0)
         link().pipe = host::LineWriter();
 }

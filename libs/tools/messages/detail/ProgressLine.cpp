@@ -15,6 +15,7 @@ namespace kaz::detail {
 
 namespace {
 
+// The percentage, and the column that stays free.
 constexpr int narrowest = 5;
 constexpr int fewestCells = 5;
 
@@ -49,6 +50,7 @@ std::string duration(double seconds) {
 std::string eta(const ProgressFigures& figures) {
     if (figures.ended)
         return {};
+    // Rounded up: 0:00 would say that it is done.
     return "ETA " + (figures.remaining < 0 ? "--:--" : duration(std::ceil(figures.remaining)));
 }
 
@@ -71,9 +73,11 @@ using Texts = std::array<std::string, pieceCount>;
 
 Texts textsOf(const ProgressFigures& figures, int width) {
     Texts texts;
+    // A long title must not take the room of everything else.
     texts[Title] = cutToColumns(figures.title, width / 3);
     texts[Elapsed] = duration(figures.elapsed);
     texts[Remaining] = eta(figures);
+    // A progress of one piece has told all by its percentage.
     if (figures.total > 1) {
         texts[Pieces] = std::to_string(piecesDone(figures)) + '/' + std::to_string(figures.total);
         texts[Rate] = rate(figures);

@@ -21,6 +21,7 @@ constexpr double firstEstimate = 1;
 /// A mean over intervals shorter than this measures the clock.
 constexpr double shortestSample = 0.05;
 
+/// Written so that what is no number is out of range, too.
 double clipped(double percent) {
     return percent >= 0 && percent <= 100 ? percent : 100;
 }
@@ -33,10 +34,13 @@ double secondsBetween(ProgressTrack::Clock::time_point from, ProgressTrack::Cloc
 
 void ProgressTrack::increment(double delta, bool absolute) {
     const Step step = absolute ? Step{0, 100} : current();
+    // Many small amounts may add up to slightly more than the step; the end of it holds.
     const double advanced = percent_ + clipped(delta) * (step.high - step.low) / 100;
     percent_ = std::max(percent_, std::min(advanced, step.high));
 }
 
+/// A step begins where the progress stands, not where the one around it began: what that has
+/// advanced by itself is not counted twice.
 void ProgressTrack::push(double share) {
     const Step around = current();
     const double size = clipped(share) * (around.high - around.low) / 100;
@@ -74,9 +78,12 @@ void ProgressTrack::sample(Clock::time_point now) {
     const double interval = secondsBetween(sampled_, now);
     if (interval < shortestSample)
         return;
+    // The first sample may come late, and then has no earlier one to compare with.
     if (elapsed(now) < window || sampled_ == begin_) {
         mean_ = percent_ / elapsed(now);
     } else {
+        // The weight grows with the interval, so that the mean does not hang on how often somebody
+        // looks.
         const double speed = (percent_ - sampledPercent_) / interval;
         mean_ += (1 - std::exp(-interval / window)) * (speed - mean_);
     }

@@ -72,9 +72,11 @@ bool wantsColour() {
         return true;
     if (!decided && isText(host::environment("CLICOLOR"), "0"))
         return false;
+    // On Windows this also switches the escapes on, so it is asked last.
     return host::allowEscapes(stderr);
 }
 
+/// Standard error first: the output may go into a file while the user looks on.
 std::FILE* canvasStream() {
     if (host::isTerminal(stderr))
         return stderr;
@@ -95,6 +97,8 @@ void watchExit() {
     static_cast<void>(watching);
 }
 
+/// Flushed each time, as a picture has no newline that would do it. A failure has nobody left to be
+/// told to.
 void put(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
     std::fflush(stream);
@@ -107,6 +111,7 @@ TerminalScreen::TerminalScreen()
       errorIsTerminal_(host::isTerminal(stderr)),
       canvas_(canvasStream()) {}
 
+/// Once for the life of a director: what it shows does not change its look in the middle.
 void TerminalScreen::settle(Style wanted) {
     colour_ = wantsColour();
     style_ = wanted != KazTerminalDirector::Automatic ? wanted : userStyle();
@@ -167,6 +172,7 @@ void TerminalScreen::resume() {
     draw();
 }
 
+/// With the number that the console gave, where it shows the progress, too; 0 where it does not.
 int TerminalScreen::start(int id, std::string_view title, int total) {
     lastId_ = id != 0 ? id : lastId_ + 1;
     const Clock::time_point now = host::lastTick();
@@ -210,11 +216,13 @@ void TerminalScreen::end(int id) {
     Progress* const progress = find(id);
     if (progress == nullptr)
         return;
+    // The last picture stays as a line of its own, and the next progress begins below it.
     if (progress == open_.data()) {
         draw(true);
         finish();
         shownPercent_ = 0;
     }
+    // By the place, since the others move up and `progress` is no longer its own.
     open_.erase(open_.begin() + (progress - open_.data()));
     draw();
 }
@@ -248,6 +256,7 @@ void TerminalScreen::show(Progress& progress) {
         return log(progress);
     if (style_ != KazTerminalDirector::Bar)
         return;
+    // The end is shown at once: there may be no later look.
     const bool completed = progress.track.percent() >= 100 && shownPercent_ < 100;
     if (completed || host::lastTick() - shown_ >= drawingInterval)
         draw();
@@ -285,6 +294,7 @@ void TerminalScreen::paint(bool ended) {
     const std::string line = progressLine(figures, width(), utf8_);
     if (line.empty())
         return erase();
+    // Before anything is on the screen: an exit may come at any time from here on.
     watchExit();
     drawing = this;
     drawn_ = true;

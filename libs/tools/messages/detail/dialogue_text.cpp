@@ -18,6 +18,7 @@ std::string_view viewOf(const KazString& text) {
     return {text.getValue(), static_cast<std::size_t>(text.getLength())};
 }
 
+/// In UTC: the lines of a log stay in order when the clocks change.
 std::string timeText() {
     namespace chrono = std::chrono;
     int nanosecond = 0;
@@ -37,12 +38,15 @@ std::string timeText() {
 std::string textOf(const char* format, va_list args) {
     if (format == nullptr)
         return {};
+    // The director still has to read the arguments.
     va_list again;
     va_copy(again, args);
     KazString formatted;
     formatted.formatV(format, again);
     va_end(again);
     std::string text(viewOf(formatted));
+    // The newline of a format is the caller's wish for a line of its own; one of an argument is
+    // text.
     if (std::string_view(format).ends_with('\n') && text.ends_with('\n'))
         text.pop_back();
     return text;
@@ -68,6 +72,7 @@ std::string listOf(int count, const char* const* texts) {
 std::string_view toolName(int argc, const char* const* argv) {
     std::string_view name = argc > 0 && argv[0] != nullptr ? argv[0] : "";
     name.remove_prefix(name.find_last_of("/\\") + 1); // npos + 1 is the beginning
+    // A tool has one name in the recordings of both hosts.
     if (name.ends_with(".exe") || name.ends_with(".EXE"))
         name.remove_suffix(4);
     return name;

@@ -13,6 +13,7 @@ namespace kaz::detail {
 
 using namespace catalog;
 
+/// The file is kept also when it is refused; whoever looks next finds it open.
 bool CatalogFile::open(host::ReadableFile from) {
     file_ = std::move(from);
     return file_.read(0, header_, headerSize) == headerSize && longAt(header_) == magic;
@@ -24,6 +25,8 @@ const CatalogFile::Table* CatalogFile::findTable(int block) {
     HeapPtr<Table>& table = tables_[block];
     if (table != nullptr)
         return table.get();
+    // Kept for good, also without a place in the file: a table of zeroes has no texts, and the
+    // header is asked only once a block.
     table.reset(static_cast<Table*>(std::calloc(1, sizeof(Table))));
     if (table == nullptr) {
         print_err("Memory allocation for message index block %d failed", block);
@@ -33,6 +36,7 @@ const CatalogFile::Table* CatalogFile::findTable(int block) {
     if (position == 0)
         return nullptr;
     unsigned char bytes[tableSize] = {};
+    // What a file that ends too early does not give is zero, and so no text.
     const std::size_t size = file_.read(position * unit, bytes, tableSize);
     for (std::size_t i = 0; i < table->size(); ++i)
         (*table)[i] = wordAt(bytes + 2 * i);

@@ -91,6 +91,7 @@ MessageCatalog::~MessageCatalog() {
     }
 }
 
+/// All zero is an empty cache; a number of 0 marks an entry that is unused.
 bool MessageCatalog::makeCache() {
     if (cache_ == nullptr)
         cache_.reset(static_cast<Cache*>(std::calloc(1, sizeof(Cache))));
@@ -127,12 +128,15 @@ char* MessageCatalog::look(int number) {
         cache_->stamps[hit] = clock_++;
         return cache_->texts[hit];
     }
+    // The entry is chosen before anybody knows whether there is such a text; it gets its new number
+    // only with one.
     const int victim = cache_->findVictim(clock_);
     if (victim == none) {
         ++errors_;
         return noText;
     }
     const int block = number >> 8;
+    // The block behind the last one passes for the file's as well, which has no table for it.
     const bool onlyRuntime = block < 0 || block > blockCount;
     if ((onlyRuntime || runtimeUsed_) && copyRuntimeText(number, victim))
         return show(victim, number);
@@ -176,6 +180,8 @@ bool MessageCatalog::readText(int number, int entry) {
 
 int MessageCatalog::put(const char* text, int number) {
     if (RuntimeText* known = findRuntimeText(number)) {
+        // The copy first, so that without memory the old text stays. One that lies in the cache is
+        // given out until it makes room there.
         known->text.reset(mkcpy(text));
         return number;
     }
@@ -234,6 +240,7 @@ int MessageCatalog::put(const char* text) {
 
 namespace {
 
+/// Statistics go to terminals and logs: nothing of a text is to be obeyed there.
 void printBeginning(std::FILE* out, const char* text) {
     constexpr int most = 20;
     for (int i = 0; i < most && text[i] != '\0'; ++i) {
