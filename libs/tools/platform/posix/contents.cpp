@@ -64,8 +64,8 @@ public:
         const ssize_t got = retry([&] { return ::read(source_, buffer.data(), buffer.size()); });
         if (got < 0 || writeAll(target_, buffer.data(), static_cast<std::size_t>(got)) != 0)
             return -1;
-        // More than was told fills the buffer further, less may come from a file that is made up as
-        // it is read (/proc, with a size of 0): reading on finds the end in both.
+        // A file that has grown gives more than was told, and so does one that is made up as it is
+        // read (/proc tells a size of 0): reading on finds the end.
         isAsTold = got == size;
         return isAsTold ? 0 : copyByBuffer(everything);
     }

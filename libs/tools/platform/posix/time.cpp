@@ -122,8 +122,8 @@ std::int64_t now(int& nanosecond) {
     return time.tv_sec;
 }
 
-/// Waits for no other thread: asking the C library costs less than being put to sleep, and a
-/// process that was forked while another thread held the mutex never waits for it.
+/// Waits for no other thread, but asks the C library without the kept answers. So a process that
+/// was forked while another thread held the mutex does not hang.
 void localZone(std::int64_t seconds, int& offset, std::string& name) {
     const std::unique_lock lock(answersMutex, std::try_to_lock);
     if (lock.owns_lock())
