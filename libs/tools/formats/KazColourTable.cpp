@@ -57,6 +57,7 @@ int hexColour(std::string_view digits) {
         const int digit = hexDigit(c);
         if (digit < 0)
             return -1;
+        // "f" of three stands for "ff", which is 17 times as much.
         value = digits.size() == 6 ? value * 16 + digit : value * 256 + digit * 17;
     }
     return value;
@@ -141,6 +142,7 @@ int KazColourTable::add(int red, int green, int blue) {
         shares_.push_back(colour);
         return getCount() - 1;
     }
+    // More than any distance: the first colour of the table is always nearer.
     int least = 4 * 255 * 255;
     for (int i = 1; i < getCount(); ++i) {
         const int r = getRed(i) - colour.red, g = getGreen(i) - colour.green,
@@ -197,6 +199,8 @@ KazString KazColourTable::getHtml(int number) const {
     return result;
 }
 
+/// A reserved colour must keep its own tag; the others are named by their value, so that the same
+/// colour has the same tag in all documents.
 KazString KazColourTable::getMifTag(int number) const {
     const unsigned value = valueOf(getRed(number), getGreen(number), getBlue(number));
     if (const char* tag = reservedTag(value))
@@ -209,6 +213,7 @@ KazString KazColourTable::getMifTag(int number) const {
     return result;
 }
 
+/// The empty first entry is the reader's own colour, number 0.
 KazString KazColourTable::getRtf() const {
     KazString result;
     TextBuilder out(result);
@@ -233,6 +238,7 @@ KazString KazColourTable::getMif() const {
     out.append("<ColorCatalog\n");
     for (const Named& colour : reserved)
         appendMifColour(out, colour.name, colour.value);
+    // No tag may be defined twice, and the reserved ones are there already.
     for (int i = 1; i < getCount(); ++i) {
         const unsigned value = valueOf(getRed(i), getGreen(i), getBlue(i));
         if (reservedTag(value) == nullptr)

@@ -44,6 +44,8 @@ bool isControl(const kaz::detail::Utf8& c) {
 }
 
 /// Valid UTF-8 without control characters, for what stands in one line.
+/// A replacement would be shown for a control character, hence a blank in its place. The first two
+/// tests see what the third cannot: the kind of a control is the same as that of a damaged byte.
 std::string cleaned(std::string_view text, text_encoding_enum encoding) {
     std::string result;
     for (const char* at = text.data(); at != text.data() + text.size();) {
@@ -64,6 +66,7 @@ std::string cleaned(std::string_view text, text_encoding_enum encoding) {
 }
 
 /// As it stands, in UTF-8 if it was valid.
+/// A link's bytes are part of its meaning, so nothing is replaced in them.
 std::string inUtf8(std::string_view text, text_encoding_enum encoding) {
     std::string result(text);
     if (encoding != text_latin1)
@@ -105,6 +108,8 @@ std::vector<std::string> codeLines(std::string_view text, text_encoding_enum enc
     return lines;
 }
 
+/// As much of RFC 5646 as keeps a tag from ending the attribute that it is written in; 35 is the
+/// length that the RFC recommends to have room for.
 bool isLanguage(std::string_view tag) {
     return !tag.empty() && tag.size() <= 35 && std::all_of(tag.begin(), tag.end(), [](char c) {
         return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
@@ -159,6 +164,7 @@ struct KazDocWriter::Core {
     void change(Call call) {
         if (isFinished)
             return;
+        // Both are small: a call that does not fail pays little for being able to.
         const State before = state;
         const DocumentFormat::Progress mark = out->mark();
         try {
@@ -199,6 +205,8 @@ struct KazDocWriter::Core {
     bool isFinished = false;
 };
 
+/// A bad number is none rather than an error: reports are written by programs, far from anybody
+/// who could correct it.
 Run KazDocWriter::Core::runOf(const KazTextStyle& style) const {
     Run run;
     run.bold = style.bold;
@@ -235,11 +243,13 @@ void KazDocWriter::Core::endParagraph() {
 void KazDocWriter::Core::beginList(bool numbered) {
     endParagraph();
     endTable();
+    // Counted, so that as many endList() calls end nothing.
     if (state.depth == listLevels) {
         ++state.tooDeep;
         return;
     }
     if (state.depth > 0) {
+        // A list stands in an item, so the outer one gets an empty item first.
         if (state.lists[state.depth - 1].items == 0)
             beginItem();
         if (state.inItemText)
@@ -283,6 +293,8 @@ void KazDocWriter::Core::endList() {
         state.block = State::none;
 }
 
+/// Written with its first cell: a table without any would be invalid in some formats. Nothing
+/// fails behind endBlocks(), so `shape`, which change() does not restore, is that of `state`.
 void KazDocWriter::Core::beginTable(int columns, const int* percents, int headerRows) {
     endBlocks();
     shape.columns = std::clamp(columns, 1, mostColumns);
@@ -296,6 +308,7 @@ void KazDocWriter::Core::beginTable(int columns, const int* percents, int header
 }
 
 void KazDocWriter::Core::beginCell() {
+    // A row that is full ends by itself: endRow() is for those that are not.
     if (state.inRow && state.column == state.columns)
         endRow();
     if (!state.inRow) {
@@ -317,6 +330,7 @@ void KazDocWriter::Core::endCell() {
     state.inCell = false;
 }
 
+/// A row gets empty cells for those that lack, as every format needs all of them.
 void KazDocWriter::Core::endRow() {
     if (!state.inRow)
         return;
@@ -349,6 +363,7 @@ void KazDocWriter::Core::needText() {
     }
 }
 
+/// A link that is not safe, or that the format cannot spell, is shown as its text.
 void KazDocWriter::Core::link(const char* target, const char* text) {
     const Text shown = textOf(text == nullptr || *text == '\0' ? target : text);
     const std::string url = inUtf8(viewOf(target), encoding);
@@ -428,10 +443,12 @@ void KazDocWriter::heading(int level, const char* text, const char* anchor) {
         std::string name;
         if (anchor != nullptr && *anchor != '\0')
             name = kazAnchorName(anchor).getValue();
+        // An anchor that exists stays where it is; a second one would make links ambiguous.
         if (core->anchors.count(name) != 0)
             name.clear();
         core->out->heading(std::clamp(level, 1, kaz::detail::headingLevels), core->textOf(text),
                            name);
+        // Last, as the set is not restored when the call fails.
         if (!name.empty())
             core->anchors.insert(name);
     });
@@ -555,6 +572,7 @@ void KazDocWriter::anchor(const char* name) {
     });
 }
 
+/// The file is read before the document changes, so a failure to read it changes nothing.
 bool KazDocWriter::image(const char* path, int width, int height, const char* alternative) {
     Picture picture{};
     const bool isThere = kaz::detail::readPicture(kaz::detail::orEmpty(path), picture);
@@ -578,6 +596,8 @@ const KazString& KazDocWriter::finish() {
         core->result = core->out->document();
         core->isFinished = true;
     });
+    // The parts are as large as the document and no longer needed. A second finish() gives the
+    // same text.
     core->out.reset();
     return core->result;
 }

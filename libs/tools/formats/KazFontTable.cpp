@@ -44,6 +44,7 @@ KazString cleaned(const char* family) {
     for (const char c : std::string_view(kaz::detail::orEmpty(family)))
         if (isAllowed(c) && (c != ' ' || !text.empty()))
             text += c;
+    // Cut first: the cut may leave a blank at the end.
     text.resize(std::min(text.size(), longest));
     text.resize(text.find_last_not_of(' ') + 1);
     return text.c_str();
@@ -68,6 +69,7 @@ int KazFontTable::add(const char* family, font_kind_enum kind) {
     for (std::size_t i = 0; i < fonts_.size(); ++i) {
         if (!equalsNoCase(fonts_[i].family.getValue(), name.getValue()))
             continue;
+        // The kind that was told first stays, but "unknown" tells nothing.
         if (namesOf(fonts_[i].kind).css == nullptr)
             fonts_[i].kind = kind;
         return static_cast<int>(i);
@@ -78,6 +80,8 @@ int KazFontTable::add(const char* family, font_kind_enum kind) {
     return getCount() - 1;
 }
 
+/// A family is in the table once: one that is there under another number, which documents may
+/// refer to, cannot become a default as well.
 void KazFontTable::setDefault(int number, const char* family, font_kind_enum kind) {
     const KazString name = cleaned(family);
     if (number < body || number > code || name.isEmpty())
@@ -99,6 +103,7 @@ font_kind_enum KazFontTable::getKind(int number) const {
                                               : font_unknown;
 }
 
+/// The quotes are safe: no name holds one.
 KazString KazFontTable::getCss(int number) const {
     if (number < 0 || number >= getCount())
         return {};
@@ -110,6 +115,7 @@ KazString KazFontTable::getCss(int number) const {
     return result;
 }
 
+/// Names are ASCII, so the character set may be 0 (ANSI) for all.
 KazString KazFontTable::getRtf() const {
     KazString result;
     TextBuilder out(result);

@@ -13,6 +13,7 @@ namespace {
 
 using namespace kaz::dates;
 
+/// Each conversion gives some hundred characters at most: no text comes near the limit of a string.
 constexpr std::size_t longestFormat = 1024;
 
 /// A format, and the language of its names (null: the one in force).
@@ -83,6 +84,7 @@ KazString momentText(std::int64_t seconds, const char* format, const char* zone,
     return momentText(moment, chooseFormat(format, otherwise));
 }
 
+/// The join checks the parts, and so guards the tables of names that are indexed by them.
 KazString partsText(const date_parts& parts, const char* format, const Default& otherwise) {
     Moment moment;
     moment.parts = parts;

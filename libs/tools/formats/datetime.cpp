@@ -71,6 +71,7 @@ bool date_join(const date_parts* parts, std::int64_t* seconds) {
            give(localSeconds(*parts) - parts->offset, *seconds);
 }
 
+/// The zone decides, and not the offset among the parts.
 bool date_join(const date_parts* parts, const char* zone, std::int64_t* seconds) {
     const Zone place(zone);
     return parts != nullptr && seconds != nullptr && exists(*parts) && place.exists() &&

@@ -87,6 +87,8 @@ const Language* findLanguage(std::string_view code) {
     return nullptr;
 }
 
+/// The configuration is asked each time: it may be read, or change, after the first date. A code
+/// that is not known there is no error, since a report must be written all the same.
 const Language& languageInForce() {
     if (const Language* language = chosen)
         return *language;

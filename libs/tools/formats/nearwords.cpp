@@ -22,6 +22,7 @@ std::vector<std::string> nearestOf(const char* word, const KazStringColl& candid
 
 } // namespace
 
+/// The words are found before the result is emptied: both collections may be the same one.
 void kazNearWords(const char* word, const KazStringColl& candidates, KazStringColl& nearest) {
     nearest.removeAll();
     for (const std::string& near : nearestOf(word, candidates))

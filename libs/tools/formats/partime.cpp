@@ -15,6 +15,7 @@ using namespace kaz::dates;
 
 /// @p result is new; on failure it has nothing but `errorAt`.
 int read(const char* text, const partime_options& options, partime_result& result) {
+    // No further than the limit: a text may be a whole file by mistake.
     const std::size_t length = text != nullptr ? strnlen(text, longestText + 1) : 0;
     const Zone zone(options.zone);
     if (length > longestText || !zone.exists())
@@ -45,6 +46,7 @@ int partime(const char* text, const partime_options* options, partime_result* re
     const int status = read(text, options != nullptr ? *options : partime_options(), found);
     if (result == nullptr)
         return status;
+    // On failure the caller's result keeps what it had, but for the place of the mistake.
     if (status == partime_ok)
         *result = found;
     else

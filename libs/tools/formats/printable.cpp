@@ -51,11 +51,14 @@ void putByte(TextBuilder& out, char c) {
 }
 
 /// What a terminal obeys beyond ASCII, or what changes the order of what it shows.
+/// The controls of C1, the marks and embeddings of direction (CVE-2021-42574 shows what they hide)
+/// and the separators of lines and paragraphs.
 bool isInvisible(char32_t c) {
     return (c >= 0x80 && c <= 0x9F) || c == 0x61C || c == 0x200E || c == 0x200F ||
            (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
 }
 
+/// Four digits: all of those characters lie below 0x10000.
 void putCode(TextBuilder& out, char32_t c) {
     out.append("\\u{");
     for (int shift = 12; shift >= 0; shift -= 4)
@@ -147,6 +150,7 @@ KazString kazEncodeUrl(const char* text) {
 
 bool kazIsSafeLink(const char* target) {
     const std::string_view view = viewOf(target);
+    // Browsers drop blanks and controls before they look for the scheme.
     if (view.empty() || view.front() == ' ' || view.back() == ' ' || hasControl(view))
         return false;
     // A colon in the first part of a path would be read as the end of a scheme.
@@ -154,6 +158,8 @@ bool kazIsSafeLink(const char* target) {
     return end == std::string_view::npos || view[end] != ':' || isSafeScheme(view.substr(0, end));
 }
 
+/// The narrowest rule of the formats: bookmarks of word processors begin with a letter, hold
+/// letters, digits and "_" alone, and have 40 characters at most.
 KazString kazAnchorName(const char* name) {
     constexpr std::size_t longest = 40;
     const std::string_view view = kaz::detail::orEmpty(name);

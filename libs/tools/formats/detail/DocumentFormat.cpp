@@ -29,6 +29,7 @@ DocumentFormat::Progress DocumentFormat::mark() const {
     return result;
 }
 
+/// Cannot fail: it is called while an exception is on its way.
 void DocumentFormat::goBack(const Progress& mark) {
     progress = mark;
     body.out.truncate(mark.sizes[0]);
@@ -44,6 +45,7 @@ std::string utc(std::int64_t seconds, const char* conversions) {
     return FmtDate(seconds, conversions, "UTC").getValue();
 }
 
+/// "%" itself is kept unless it is among @p others: what was escaped before stays as it is.
 std::string escapedUrl(std::string_view url, std::string_view others) {
     constexpr char digits[] = "0123456789ABCDEF";
     std::string result;

@@ -13,6 +13,8 @@ constexpr std::string_view notInUrl = " \"<>\\^`{|}";
 /// Brackets are for a host's address: "http://[::1]/".
 constexpr std::string_view notBehindHost = " \"<>\\^`{|}[]";
 
+/// Only brackets right behind the scheme are an address's: one in a path or a query is escaped,
+/// or browsers and checkers would disagree on where the host ends.
 std::string hrefOf(std::string_view url) {
     const std::size_t host = url.find("//[");
     const bool hasAddress =
@@ -47,6 +49,7 @@ public:
     void endParagraph() override { put("</p>\n"); }
 
     void code(const std::vector<std::string>& lines) override {
+        // A parser drops a line end right behind <pre>: this one keeps an empty first line alive.
         put("<pre>\n"); // the first line end is no part of it
         for (std::size_t i = 0; i < lines.size(); ++i) {
             if (i > 0)
@@ -57,8 +60,11 @@ public:
     }
 
     void rule() override { put("<hr>\n"); }
+    // An element of its own, whose style breaks the page: a style of the next block would
+    // have to be remembered until that block comes.
     void pageBreak() override { put("<div class=\"page\"></div>\n"); }
 
+    // A list in a list stands in the item that is open, behind its text.
     void beginList(bool numbered, int level) override {
         if (level > 1)
             put("\n");
@@ -66,6 +72,7 @@ public:
     }
     void endList(bool numbered, int) override { put(numbered ? "</ol>\n" : "</ul>\n"); }
     void beginItem(bool, int, int) override { put("<li>"); }
+    // An item holds its text and its lists alike: only </li> ends it.
     void endItemText() override {}
     void continueItem(int) override {}
     void endItem() override { put("</li>\n"); }
@@ -74,6 +81,7 @@ public:
         shape = given;
         progress.rows = 0;
         put("<table>\n<colgroup>");
+        // Hundredths of a percent from rounded edges: they add up to 100.
         std::int64_t begin = 0;
         for (int i = 0; i < shape.columns; ++i) {
             const std::int64_t end = shape.endOf(i, 10000);
@@ -84,6 +92,8 @@ public:
         }
         put("</colgroup>\n");
     }
+    // Head and body open with their first row. A row number equal to the count of header
+    // rows is the first of the body, also when there are none.
     void beginRow(int row) override {
         if (row == 0 && shape.headerRows > 0)
             put("<thead>\n");
@@ -95,8 +105,10 @@ public:
     void beginCell() override { put(isHeader() ? "<th>" : "<td>"); }
     void endCell() override { put(isHeader() ? "</th>" : "</td>"); }
     void endRow() override { put("</tr>\n"); }
+    // A table of headers alone never began its body.
     void endTable() override { put(isHeader() ? "</thead>\n</table>\n" : "</tbody>\n</table>\n"); }
 
+    // The elements end in the reverse order of their begins, or the document is no HTML.
     void text(const Text& text, const Run& run) override {
         if (run.isPlain())
             return putText(text);
@@ -123,12 +135,15 @@ public:
         put("</a>");
     }
 
+    // Not empty by a slash: HTML takes "<span/>" for a begin.
     void anchor(const std::string& name) override {
         put("<span");
         putAttribute("id", name);
         put("></span>");
     }
 
+    // The picture is part of the page, which is one file that can be mailed or moved. Its size
+    // is in millimetres, as in print; attributes of width and height are pixels.
     void image(const Picture& picture, const Text& alternative) override {
         put("<img style=\"width:");
         putMillimetres(picture.width);
@@ -144,6 +159,7 @@ public:
     KazString document() override;
 
 private:
+    // `rows` counts the row that is open, so the last header row is still one.
     bool isHeader() const { return progress.rows <= shape.headerRows; }
 
     void putAttribute(std::string_view name, const char* value, text_encoding_enum encoding) {
@@ -157,6 +173,8 @@ private:
         putAttribute(name, value.c_str(), text_utf8);
     }
 
+    // Sizes and colours are stated in place: classes for them would be known only at the end,
+    // and be as many as the colours.
     void putSpan(const Run& run) {
         put("<span");
         if (run.font >= 0) {
@@ -189,6 +207,8 @@ private:
         const auto at = [&bytes](std::size_t i) {
             return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U;
         };
+        // What lacks in the last three bytes reads as 0; the digits that stand for nothing
+        // else are overwritten with "=" (RFC 4648, section 4).
         for (std::size_t i = 0; i < bytes.size(); i += 3) {
             const unsigned bits = at(i) << 16 | at(i + 1) << 8 | at(i + 2);
             char* const to = out().room(4);
@@ -215,6 +235,7 @@ void HtmlWriter::putStyle(TextBuilder& to) const {
     appendDecimal(to, about.margin, 1);
     to.append("mm}\n");
     for (int i = 0; i < fonts.getCount(); ++i) {
+        // The first three fonts are at the same time those of the elements.
         const char* const tags[] = {"body,", "h1,h2,h3,h4,h5,h6,", "pre,"};
         if (i <= KazFontTable::code)
             to.append(tags[i]);
@@ -224,6 +245,8 @@ void HtmlWriter::putStyle(TextBuilder& to) const {
         to.append(fonts.getCss(i).getValue());
         to.append("}\n");
     }
+    // thead as a header group repeats on each printed page; without "collapse" each cell
+    // would have a frame of its own.
     to.append("body{font-size:12pt}\npre{font-size:10pt}\n");
     for (int level = 1; level <= headingLevels; ++level) {
         to.append("h");
@@ -239,6 +262,8 @@ void HtmlWriter::putStyle(TextBuilder& to) const {
               ".page{break-before:page}\n</style>\n");
 }
 
+/// The encoding comes first: parsers look for it in the first 1024 bytes only. A title must be
+/// there and not blank for the document to be valid.
 void HtmlWriter::putHead(TextBuilder& to) const {
     const auto encoded = [](const std::string& text) {
         return std::string(kazEncodeHtmlAttribute(text.c_str()).getValue());

@@ -14,6 +14,7 @@ namespace {
 class InterleafWriter : public DocumentFormat {
 public:
     InterleafWriter(const KazColourTable& colours, const KazFontTable& fonts, const About& about)
+        // F1 to F9 in this order: the classes below refer to them by number.
         : DocumentFormat(doc_interleaf, colours, fonts, about) {
         fontNumber({KazFontTable::body, bodySize, false, false});
         fontNumber({KazFontTable::body, bodySize, true, false});
@@ -35,6 +36,7 @@ public:
     }
     void endParagraph() override { end(); }
 
+    // One component with forced line ends: a component a line would get its space below.
     void code(const std::vector<std::string>& lines) override {
         begin("code");
         for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -44,11 +46,13 @@ public:
         end();
     }
 
+    // The format has no rules, so one is drawn with characters that every font has.
     void rule() override {
         begin("para");
         put("____________________________________________________________");
         end();
     }
+    // A break is a property of the component behind it, so it waits for that one.
     void pageBreak() override { progress.breaksPage = true; }
 
     void beginList(bool, int) override {}
@@ -69,6 +73,8 @@ public:
         put("<Table, \"table\", Columns = ");
         putNumber(shape.columns);
         put(", Column Widths =");
+        // Hundredths of a millimetre: widths are differences of rounded edges, and add up to
+        // the width of the text.
         std::int64_t begin = 0;
         for (int i = 0; i < shape.columns; ++i) {
             const std::int64_t end = shape.endOf(i, std::int64_t{about.textWidth()} * 10);
@@ -88,11 +94,15 @@ public:
     }
     void endCell() override { end(); }
     void endRow() override {}
+    // isHeader() must be false for what follows, which would otherwise be bold.
     void endTable() override {
         put("<End Table>\n\n");
         progress.rows = 0;
     }
 
+    // A font definition is whole: what the run leaves open comes from the body, and bold
+    // from the header's cell. Underlining and colour belong to the change of font, so
+    // <F0> takes them back too.
     void text(const Text& text, const Run& run) override {
         if (run.isPlain() || text.chars.empty())
             return putText(text);
@@ -127,6 +137,8 @@ private:
 
     bool isHeader() const { return progress.rows > 0 && progress.rows <= shape.headerRows; }
 
+    // Numbers are never taken back, not even when the call that asked for one is undone:
+    // a definition that nothing uses harms nothing.
     int fontNumber(const Face& face) {
         return faces_.try_emplace(face, static_cast<int>(faces_.size()) + 1).first->second;
     }
@@ -159,6 +171,7 @@ std::string commented(const std::string& text) {
     return result;
 }
 
+/// By number, where the map is in the order of faces.
 void InterleafWriter::putFonts(TextBuilder& to) const {
     std::vector<std::string> definitions(faces_.size());
     for (const auto& [face, number] : faces_) {
@@ -178,6 +191,7 @@ void InterleafWriter::putClasses(TextBuilder& to) const {
         to.append("<!Class, \"" + name + "\", Font = F" + std::to_string(font) +
                   ", Left Margin = " + std::to_string(indent) + " Points" + more + ">\n");
     };
+    // The fonts by the numbers that the constructor gave out.
     put("para", 1, 0, ", Bottom Margin = 6 Points");
     put("cell", 1, 0, "");
     put("cellhead", 2, 0, "");
@@ -191,6 +205,7 @@ void InterleafWriter::putClasses(TextBuilder& to) const {
     to.append("\n<!Master Table, \"table\", Columns = 1>\n\n<!End Declarations>\n\n");
 }
 
+/// Declarations stand in this order; an empty colour table has no declaration at all.
 void InterleafWriter::putPrologue(TextBuilder& to) const {
     to.append("<!OPS, Version = 8.0>\n\n");
     const std::pair<const char*, std::string> comments[] = {

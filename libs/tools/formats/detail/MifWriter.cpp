@@ -12,6 +12,8 @@ namespace {
 constexpr std::string_view notInCommand = " \"\\{}<>`'";
 
 /// Components of a native path as MIF spells paths on every host.
+/// Steps are tags: <v> a drive, <r> the root, <u> upwards, <c> a name. Readers on another host
+/// then still find a picture that lies beside the document.
 std::string deviceIndependent(const std::string& path) {
     std::string result;
     std::size_t begin = 0;
@@ -58,15 +60,18 @@ public:
         }
     }
 
+    // The catalog's tag has a right tab with a leader: the line is as long as the text is wide.
     void rule() override {
         beginPara("Rule");
         put("<String `\\t'>");
         endPara();
     }
+    // Placement is a property of the paragraph behind the break.
     void pageBreak() override { progress.breaksPage = true; }
 
     void beginList(bool, int) override {}
     void endList(bool, int) override {}
+    // The reader counts: a tag of its own for the first item sets the series back to 1.
     void beginItem(bool numbered, int level, int number) override {
         beginPara(std::string(!numbered     ? "Bulleted"
                               : number == 1 ? "First"
@@ -88,6 +93,7 @@ public:
     void endRow() override { put("  >\n"); }
     void endTable() override;
 
+    // An empty font tag leaves everything to the paragraph, and so ends the run.
     void text(const Text& text, const Run& run) override {
         if (run.isPlain() || text.chars.empty())
             return putText(text);
@@ -103,12 +109,14 @@ public:
                                   : "message URL " + escapedUrl(target.text, notInCommand));
         putText(text);
     }
+    // A marker is a point in the text, which fits an anchor that is one as well.
     void anchor(const std::string& name) override { putMarker("newlink " + name); }
     void image(const Picture& picture, const Text& alternative) override;
 
     KazString document() override;
 
 protected:
+    // Tables stand in front of the text that refers to them, and calls of both come mixed.
     TextBuilder& out() override { return progress.isInTable ? tables.out : body.out; }
 
 private:
@@ -156,6 +164,7 @@ private:
         put(">");
     }
 
+    // Type 8 is hypertext in all versions; newer ones go by the name.
     void putMarker(const std::string& command) {
         put("<Marker <MType 8> <MTypeName `Hypertext'> <MText ");
         putString(kazEncodeMifString(command.c_str()));
@@ -172,6 +181,7 @@ void appendPoints(TextBuilder& to, std::int64_t milli) {
 }
 
 void MifWriter::beginTable(const TableShape& given) {
+    // The anchor of the table is text, written before out() changes over to the tables.
     beginPara("Body");
     put("<ATbl ");
     putNumber(progress.tables + 1);
@@ -188,6 +198,7 @@ void MifWriter::beginTable(const TableShape& given) {
     put(">\n");
     const std::int64_t width = milliPoints(about.textWidth());
     for (int i = 0; i < shape.columns; ++i) {
+        // The difference of edges and not the share itself: rounding does not add up.
         put(" <TblColumnWidth ");
         appendPoints(out(), shape.endOf(i, width) - (i > 0 ? shape.endOf(i - 1, width) : 0));
         put(">\n");
@@ -198,6 +209,7 @@ constexpr std::string_view headerBegin = " <TblH   \n"; // as long as what may r
 constexpr std::string_view bodyBegin = " <TblBody\n";
 
 void MifWriter::beginRow(int row) {
+    // Where the header begins is remembered: whether a body follows it is known at the end.
     if (row == 0 && shape.headerRows > 0) {
         progress.headerAt = out().size();
         put(headerBegin);
@@ -219,6 +231,7 @@ void MifWriter::endTable() {
 
 void MifWriter::image(const Picture& picture, const Text&) {
     TextBuilder& to = pictures.out;
+    // The frame and the picture in it have the same rectangle, from the frame's corner.
     const auto putSize = [&](std::string_view statement) {
         to.append(statement);
         to.append("0.000 pt 0.000 pt ");
@@ -264,6 +277,7 @@ void appendPgf(TextBuilder& to, const KazFontTable& fonts, const Pgf& pgf) {
     to.append("  <PgfSpBefore " + number(pgf.spaceBefore) + ">\n");
     to.append("  <PgfSpAfter " + number(pgf.spaceAfter) + ">\n  <PgfPlacement Anywhere>\n");
     to.append(pgf.staysWithNext ? "  <PgfWithNext Yes>\n" : "  <PgfWithNext No>\n");
+    // The rule's tab fills the line up to it with "_"; that of a list leads to the text.
     if (pgf.tab > 0) {
         to.append("  <PgfNumTabs 1>\n  <TabStop\n   <TSX ");
         appendPoints(to, pgf.tab);
@@ -287,6 +301,7 @@ void appendListPgfs(TextBuilder& to, const KazFontTable& fonts, int level) {
     const std::string digit = std::to_string(level);
     const std::string series(1, static_cast<char>('A' + level - 1));
     Pgf pgf;
+    // The first line begins left of the others by the width of its number; the tab leads back.
     pgf.indent = 18 * level;
     pgf.firstIndent = pgf.indent - 18;
     pgf.tab = std::int64_t{pgf.indent} * 1000;
@@ -299,12 +314,14 @@ void appendListPgfs(TextBuilder& to, const KazFontTable& fonts, int level) {
         pgf.number = number;
         appendPgf(to, fonts, pgf);
     }
+    // More text of an item, behind a list in it: without a number, at the text's indent.
     pgf.tag = "Continued" + digit;
     pgf.number.clear();
     pgf.firstIndent = pgf.indent;
     appendPgf(to, fonts, pgf);
 }
 
+/// Every tag that the text uses is defined: a reader has no look for one that it does not know.
 void MifWriter::putCatalogs(TextBuilder& to) const {
     to.append(colours.getMif().getValue());
     to.append("<PgfCatalog\n");
@@ -348,6 +365,8 @@ void MifWriter::putCatalogs(TextBuilder& to) const {
               "  <TblRRuling `Thin'>\n  <TblTRuling `Thin'>\n  <TblBRuling `Thin'>\n >\n>\n");
 }
 
+/// MIFFile must be the first statement; comments go to the end of their line, and values have
+/// no line ends. Units holds for the numbers behind it.
 void MifWriter::putPrologue(TextBuilder& to) const {
     to.append("<MIFFile 8.00>\n");
     const std::pair<const char*, std::string> comments[] = {
@@ -385,6 +404,7 @@ KazString MifWriter::document() {
         to.append(pictures.out.view());
         to.append(">\n");
     }
+    // Frames, tables, flow: what is referred to by number comes first.
     constexpr std::string_view flow = "<TextFlow\n <TFTag `A'>\n <TFAutoConnect Yes>\n";
     to.append(tables.out.size() > 0 ? "<Tbls\n" : flow);
     to.commit();

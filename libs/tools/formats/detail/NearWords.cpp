@@ -26,6 +26,8 @@ std::string_view withoutDashes(std::string_view word) {
 
 } // namespace
 
+/// The time is the product of both lengths, which `longestWord` bounds; three rows of memory. A
+/// pair of neighbours that was swapped is never changed again: the usual, restricted distance.
 std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit) {
     if (std::max(a.size(), b.size()) > longestWord)
         return limit + 1;
@@ -60,6 +62,7 @@ std::size_t allowedDistance(std::size_t length) {
 std::vector<std::string> nearWords(std::string_view word,
                                    const std::vector<std::string>& candidates) {
     word = withoutDashes(word);
+    // The bound falls with each better candidate, and those of before go.
     std::size_t nearest = allowedDistance(word.size());
     std::vector<std::string> words;
     for (const std::string& candidate : candidates) {

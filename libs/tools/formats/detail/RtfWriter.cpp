@@ -16,6 +16,8 @@ public:
     RtfWriter(const KazColourTable& colours, const KazFontTable& fonts, const About& about)
         : DocumentFormat(doc_rtf, colours, fonts, about) {}
 
+    // A style is a name only for readers that keep the sheet: the look is stated again, since
+    // \s by itself changes nothing. Outline levels count from 0.
     void heading(int level, const Text& text, const std::string& name) override {
         put("{\\pard\\plain\\s");
         putNumber(level);
@@ -30,6 +32,7 @@ public:
         put("\\par}\n");
     }
 
+    // \f0 and \fs24 repeat what \plain should give: its defaults differ between readers.
     void beginParagraph(Align align) override {
         constexpr std::string_view alignments[] = {"l", "c", "r", "j"};
         put("{\\pard\\plain\\s0\\q");
@@ -53,6 +56,9 @@ public:
 
     void beginList(bool, int) override {}
     void endList(bool, int) override {}
+    // The older of RTF's two kinds of lists, which every reader knows: those without \pn show
+    // the text in \pntext, and the others drop it. A negative first indent puts the number
+    // beside the text.
     void beginItem(bool numbered, int level, int number) override {
         put("{\\pard\\plain\\s0\\fi-360\\li");
         putNumber(level * indent);
@@ -77,6 +83,7 @@ public:
         shape = given;
         rowBegin_.clear();
         // Word processors draw the borders of cells, but not all of them those of rows.
+        // A \cellx is the right edge of a cell from the margin, not its width.
         for (int i = 0; i < shape.columns; ++i) {
             for (const char* side : {"\\clbrdrt", "\\clbrdrl", "\\clbrdrb", "\\clbrdrr"})
                 rowBegin_.append(side).append("\\brdrs\\brdrw10");
@@ -85,6 +92,8 @@ public:
         rowBegin_ += '\n';
     }
     /// The look that is set here holds for all its cells: runs are groups.
+    /// A row states its cells anew: RTF has no tables, only rows that follow one another.
+    /// \intbl goes behind \pard, which would take it back.
     void beginRow(int row) override {
         progress.rows = row + 1;
         put(isHeader() ? "\\trowd\\trgaph70\\trhdr" : "\\trowd\\trgaph70");
@@ -97,6 +106,8 @@ public:
     /// Two tables without a paragraph between them would be one.
     void endTable() override { put("{\\pard\\plain\\fs12\\par}\n"); }
 
+    // The group ends what the run sets, so nothing is switched off one by one. The blank in
+    // front of the text ends the last control word, and is no part of the text.
     void text(const Text& text, const Run& run) override {
         if (run.isPlain() || text.chars.empty())
             return putText(text);
@@ -114,6 +125,8 @@ public:
 
     void lineBreak() override { put("\\line "); }
 
+    // \l is a switch of the field, and its backslash is escaped for RTF. \fldrslt is what
+    // readers show that follow no fields.
     void link(const Target& target, const Text& text) override {
         put(target.isAnchor ? "{\\field{\\*\\fldinst{HYPERLINK \\\\l \""
                             : "{\\field{\\*\\fldinst{HYPERLINK \"");
@@ -123,6 +136,7 @@ public:
         put("}}}");
     }
 
+    // Begin and end in one place: a link leads there, and no text is marked.
     void anchor(const std::string& name) override {
         put("{\\*\\bkmkstart ");
         put(name);
@@ -131,6 +145,8 @@ public:
         put("}");
     }
 
+    // \picw and \pich are pixels, the goals are the size on paper in twips. Readers that know
+    // only one pair still show the picture, with another size.
     void image(const Picture& picture, const Text&) override {
         put(picture.isPng ? "{\\pict\\pngblip" : "{\\pict\\jpegblip");
         putWord("\\picw", picture.pixelsWide, true);
@@ -156,6 +172,8 @@ private:
     void putHex(const std::string& bytes) {
         constexpr char digits[] = "0123456789abcdef";
         constexpr std::size_t inLine = 64;
+        // Lines of 64 digits: line ends between them mean nothing, but editors and mailers of
+        // old had limits. Room is asked for by two, as the text may be of many megabytes.
         for (std::size_t i = 0; i < bytes.size(); ++i) {
             const auto byte = static_cast<unsigned char>(bytes[i]);
             if (i % inLine == 0)
@@ -216,6 +234,8 @@ void RtfWriter::putPage(TextBuilder& to) const {
     to.append("\n");
 }
 
+/// The order of the head is RTF's own: fonts and colours before the styles that use them,
+/// information and paper behind. The tables are final only now, when all text is written.
 KazString RtfWriter::document() {
     KazString head;
     TextBuilder to(head);

@@ -14,6 +14,8 @@ constexpr std::size_t most = 0x7fffffff - 64;
 
 } // namespace
 
+/// A block that others share is readable and never written: with no room in it, the first
+/// piece makes grow() take a block of the string's own.
 void TextBuilder::look() {
     begin_ = static_cast<char*>(text_.disguise());
     at_ = begin_ + old_;
@@ -22,6 +24,7 @@ void TextBuilder::look() {
         limit_ = begin_ + KazStringRep::of(begin_)->bufferLength;
 }
 
+/// An empty string has no block, so that "" and nothing stay the same.
 void TextBuilder::end(int length) {
     if (length == 0)
         text_.clear();
@@ -29,11 +32,13 @@ void TextBuilder::end(int length) {
         text_.releaseBuffer(length);
 }
 
+/// Pieces of any size then cost time in proportion to the whole text.
 void TextBuilder::growByHalf(std::size_t n) {
     grow(n, std::max(n, size() / 2));
 }
 
 void TextBuilder::grow(std::size_t n, std::size_t wanted) {
+    // Subtracting on the side of the limit: the sum could pass the range of the type.
     const std::size_t length = size();
     if (n > most - std::min(length, most))
         throw KazMemoryException();

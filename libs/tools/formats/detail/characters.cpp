@@ -19,6 +19,8 @@ constexpr char16_t windows1252[] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x20
                                     0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
+/// Control characters are bad in every format, but those that end a line or move to a tab: HTML
+/// and XML allow no others, and none of the formats shows them.
 constexpr std::array<Kind, 128> makeAscii() {
     std::array<Kind, 128> kinds{};
     for (std::size_t i = 0; i < kinds.size(); ++i)
@@ -40,6 +42,7 @@ constexpr std::array<Kind, 128> makeAscii() {
 
 constexpr std::array<Kind, 128> ascii = makeAscii();
 
+/// Code points that Unicode keeps for a program's own use and never for exchange.
 bool isNoncharacter(char32_t code) {
     return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFE) == 0xFFFE;
 }
@@ -64,6 +67,7 @@ Kind kindOfSpace(char32_t code) {
     }
 }
 
+/// 0x80 to 0x9F are controls as well; NEL ends a line.
 Kind kindOfLatin(char32_t code) {
     if (code < 0xA0)
         return code == 0x85 ? Kind::lineBreak : Kind::bad;
@@ -75,6 +79,8 @@ Character character(char32_t code, int length) {
     return {kind == Kind::bad ? replacement : code, kind, length};
 }
 
+/// As browsers read it: texts that claim to be Latin-1 and use these bytes are Windows-1252. One
+/// without a character there stays a control, and so becomes bad.
 char32_t latin1(unsigned char byte) {
     if (byte < 0x80 || byte > 0x9F)
         return byte;
@@ -98,14 +104,17 @@ Utf8 firstOfUtf8(const char* text, const char* end) {
     const auto lead = static_cast<unsigned char>(*text);
     if (lead < 0x80)
         return {lead, 1, true};
+    // C0 and C1 could only begin forms that are too long, F5 and above none that exists.
     if (lead < 0xC2 || lead > 0xF4)
         return {lead, 1, false};
     const int more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
     // The second byte says whether it is too long, a surrogate or beyond the last one.
     unsigned low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     unsigned high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    // Five, four or three bits of the first byte are the character's.
     char32_t code = lead & (0x3FU >> more);
     for (int i = 1; i <= more; ++i) {
+        // The end reads as a byte that continues nothing, so a text may end anywhere.
         const unsigned byte = text + i < end ? static_cast<unsigned char>(text[i]) : 0;
         if (byte < low || byte > high)
             return {code, i, false};

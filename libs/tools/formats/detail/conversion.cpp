@@ -35,6 +35,8 @@ const char* readWidth(const char* at, int& width) {
 
 } // namespace
 
+/// The order is that of the C library: flags, width, modifier, colons, letter. E and O ask for
+/// other calendars and digits, which no language here has, and so change nothing.
 const char* readConversion(const char* text, Conversion& result) {
     const char* at = text;
     while (readFlag(*at, result))
@@ -44,6 +46,7 @@ const char* readConversion(const char* text, Conversion& result) {
         ++at;
     for (; *at == ':'; ++at)
         ++result.colons;
+    // Colons belong to %z alone, three at most: in front of any other letter it is plain text.
     if (*at == '\0' || (result.colons != 0 && (*at != 'z' || result.colons > 3)))
         return at;
     result.letter = *at;

@@ -21,6 +21,8 @@ void writeSigned(const Conversion& c, char sign, std::string_view digits, int wi
                  TextSink& sink) {
     if (c.padding != 0)
         padding = c.padding;
+    // fill() takes a negative count for none, so a field that is too small is not cut.
+    // fill() takes a negative count for none, so a field that is too small is not cut.
     const int missing = width - static_cast<int>(digits.size()) - (sign != 0 ? 1 : 0);
     if (padding == '_')
         sink.fill(' ', missing);
@@ -58,6 +60,8 @@ void writeText(const Conversion& c, std::string_view text, TextSink& sink) {
     sink.put(text);
 }
 
+/// Changed first and filled up then: what fills up has no case.
+/// Changed first and filled up then: what fills up has no case.
 void writeInCase(const Conversion& c, std::string_view text, char (*change)(char), TextSink& sink) {
     TextSink changed;
     for (const char letter : text)
@@ -87,6 +91,10 @@ int DateFormatter::dayOfYear() const {
     return static_cast<int>(day_ - dayNumber({parts_.year, 1, 1})) + 1;
 }
 
+/// A composite calls this for its parts: no composite of a language holds another one of it, so the
+/// depth is bounded.
+/// A composite calls this for its parts: no composite of a language holds another one of it, so the
+/// depth is bounded.
 void DateFormatter::write(const char* format, const Conversion& around, TextSink& sink) {
     for (const char* at = format; *at != '\0';) {
         if (*at != '%')
@@ -103,6 +111,8 @@ void DateFormatter::write(const char* format, const Conversion& around, TextSink
 bool DateFormatter::writePlain(char letter, TextSink& sink) const {
     switch (letter) {
     case 'Y':
+        // A zone east of UTC shows the last hours of 9999 as a year of five digits.
+        // A zone east of UTC shows the last hours of 9999 as a year of five digits.
         if (parts_.year > 9999)
             return false;
         sink.putTwoDigits(parts_.year / 100);
@@ -135,17 +145,24 @@ const char* DateFormatter::convert(const char* text, const Conversion& around, T
     Conversion c;
     const char* const end = readConversion(text, c);
     c.upper = c.upper || around.upper;
+    // A part has no flags of its own.
     if (around.padding != 0 && (c.letter == 'y' || c.letter == 'Y'))
         c.padding = around.padding;
     const Number number = numberOf(c.letter);
     if (number.digits != 0)
         writeNumber(c, number.value, number.digits, number.padding, sink);
     else if (!convertRest(c, sink))
+        // Text that is no conversion stands as it is, with its "%".
+        // Text that is no conversion stands as it is, with its "%".
         for (const char* at = text - 1; at < end; ++at)
             sink.put(*at);
     return end;
 }
 
+/// The language is looked up by composites and names only: numbers cost no look at the
+/// configuration.
+/// The language is looked up by composites and names only: numbers cost no look at the
+/// configuration.
 bool DateFormatter::convertRest(const Conversion& c, TextSink& sink) {
     if (const char* composite = compositeOf(c.letter))
         writeComposite(c, composite, sink);
@@ -199,6 +216,10 @@ DateFormatter::Number DateFormatter::numberOf(char letter) const {
     }
 }
 
+/// Weeks of ISO 8601 (%g %G %V) may belong to the year before or behind. %U and %W count from the
+/// first Sunday or Monday of the year; the days before it are in week 0.
+/// Weeks of ISO 8601 (%g %G %V) may belong to the year before or behind. %U and %W count from the
+/// first Sunday or Monday of the year; the days before it are in week 0.
 DateFormatter::Number DateFormatter::weekNumberOf(char letter) const {
     switch (letter) {
     case 'g':
@@ -291,6 +312,10 @@ void DateFormatter::writeComposite(const Conversion& c, const char* format, Text
         around.padding = c.padding;
     if (c.letter == 'F' && c.padding != 0)
         around.padding = '-'; // what fills up stands before the whole
+    // Without a width the parts go to the sink at once; with one, their length must be known
+    // before the first of them.
+    // Without a width the parts go to the sink at once; with one, their length must be known
+    // before the first of them.
     if (c.width < 0)
         return write(format, around, sink);
     TextSink whole;
@@ -298,6 +323,8 @@ void DateFormatter::writeComposite(const Conversion& c, const char* format, Text
     writeText(c, whole.view(), sink);
 }
 
+/// A fixed offset has no name, and shows as one that date readers take.
+/// A fixed offset has no name, and shows as one that date readers take.
 void DateFormatter::writeZone(const Conversion& c, TextSink& sink) {
     TextSink name;
     if (moment_.zone.empty()) {
@@ -322,6 +349,10 @@ void DateFormatter::writeOffset(const Conversion& c, TextSink& sink) {
     const int hours = offset / 3600;
     const int minutes = offset / 60 % 60;
     int colons = c.colons;
+    // Three ask for what is needed: seconds, minutes or hours alone. 3 further on means the
+    // last, so that `colons % 3` counts the parts behind the hours.
+    // Three ask for what is needed: seconds, minutes or hours alone. 3 further on means the
+    // last, so that `colons % 3` counts the parts behind the hours.
     if (colons == 3)
         colons = offset % 60 != 0 ? 2 : minutes != 0 ? 1 : 3;
     Conversion first;
@@ -335,6 +366,8 @@ void DateFormatter::writeOffset(const Conversion& c, TextSink& sink) {
         digits.put(':');
         writeNumber({}, i == 0 ? minutes : offset % 60, 2, '0', digits);
     }
+    // With the sign, by number of colons: +hhmm, +hh:mm, +hh:mm:ss, +hh.
+    // With the sign, by number of colons: +hhmm, +hh:mm, +hh:mm:ss, +hh.
     static constexpr int exact[] = {5, 6, 9, 3};
     const int width = c.width < 0 ? exact[colons] : c.width;
     writeSigned(c, parts_.offset < 0 ? '-' : '+', digits.view(), width, '_', sink);
@@ -343,6 +376,8 @@ void DateFormatter::writeOffset(const Conversion& c, TextSink& sink) {
 /// A width is how many digits; "_" makes zeros at the end blanks, and "-" with a width
 /// drops them.
 void DateFormatter::writeNanoseconds(const Conversion& c, TextSink& sink) {
+    // Of wider fields the rest is filled up behind the digits: a fraction grows to the right.
+    // Of wider fields the rest is filled up behind the digits: a fraction grows to the right.
     const int width = c.width > 0 ? c.width : 9;
     std::array<char, 9> all;
     int rest = parts_.nanosecond;

@@ -10,15 +10,23 @@
 
 namespace kaz::dates {
 
+/// Each turn takes one item or fails, so the time is linear. errorAt_ is the item's place unless
+/// a reader finds a better one inside it.
+/// Each turn takes one item or fails, so the time is linear. errorAt_ is the item's place unless
+/// a reader finds a better one inside it.
 int ItemReader::read() {
     while (token().kind != Token::end) {
         errorAt_ = token().at;
+        // Whether the item before was part of "Month D hh:mm:ss Y" counts for one item only.
+        // Whether the item before was part of "Month D hh:mm:ss Y" counts for one item only.
         ctimeBefore_ = ctime_;
         ctime_ = Ctime::none;
         if (isFiller()) {
             ++next_;
             continue;
         }
+        // "@N" is a whole moment: nothing may stand beside it, before or behind.
+        // "@N" is a whole moment: nothing may stand beside it, before or behind.
         const bool hadMoment = result_.moment.has_value();
         const int given = result_.given;
         if (const int status = isSeparated() ? readItem() : partime_syntax; status != partime_ok)
@@ -26,6 +34,8 @@ int ItemReader::read() {
         if (hadMoment || (result_.moment && given != 0))
             return partime_conflict;
     }
+    // A zone alone is no date.
+    // A zone alone is no date.
     errorAt_ = 0;
     constexpr int enough = partime_given_date | partime_given_time | partime_given_relative;
     return (result_.given & enough) != 0 ? partime_ok : partime_syntax;
@@ -56,6 +66,10 @@ int ItemReader::readItem() {
     return partime_syntax;
 }
 
+/// The order matters: a colon makes a time whatever follows, "5 days" is a span before it is a
+/// day, and the year of a C library's date must not be read as a compact one.
+/// The order matters: a colon makes a time whatever follows, "5 days" is a span before it is a
+/// day, and the year behind a C library's time is taken before days are tried.
 int ItemReader::readNumber() {
     if (isGlued(1, ':'))
         return readClock();
@@ -72,6 +86,10 @@ int ItemReader::readNumber() {
     return token().text().size() >= 8 ? readCompact() : finishDate(readDayMonth());
 }
 
+/// "second" is a unit before it is anything else, and zones come before months and weekdays, of
+/// which a language in force may have the same.
+/// "a" and "an" begin spans only in front of a unit. Zones come before months and weekdays, so
+/// that no language in force can hide one.
 int ItemReader::readWord() {
     const Token& word = token();
     if (word.is("in")) {
@@ -109,6 +127,8 @@ int ItemReader::readDayWord() {
 }
 
 /// "next week", "last Friday", "this Friday".
+/// "this" goes with weekdays alone: "this week" says nothing about a day.
+/// "this" goes with weekdays alone: "this week" says nothing about a day.
 int ItemReader::readTurn() {
     const int turn = token().is("next") ? 1 : token().is("last") ? -1 : 0;
     ++next_;
@@ -145,9 +165,13 @@ int ItemReader::readMoment() {
     const std::string_view digits = token().text();
     ++next_;
     const int nanosecond = readFraction();
+    // What has 18 digits fits 64 bits, whatever they are.
+    // What has 18 digits fits 64 bits, whatever they are.
     if (digits.size() > 18)
         return partime_range;
     std::int64_t moment = isNegative ? -numberOf(digits) : numberOf(digits);
+    // Nanoseconds always count forward from the second below.
+    // Nanoseconds always count forward from the second below.
     if (isNegative && nanosecond != 0)
         --moment;
     if (!isMoment(moment))
@@ -165,6 +189,10 @@ bool ItemReader::isUnit(std::size_t ahead) const {
 }
 
 /// "N unit", "a unit"?
+/// Nine digits: products with the longest unit, and sums of all that a text can hold, stay far
+/// from the limits of 64 bits.
+/// Nine digits: products with the longest unit, and sums of all that a text can hold, stay far
+/// from the limits of 64 bits.
 bool ItemReader::isSpan(std::size_t ahead) const {
     const Token& count = token(ahead);
     const bool isNumber = count.kind == Token::number && count.text().size() <= 9;
@@ -178,7 +206,11 @@ int ItemReader::readSpans(int direction) {
     do {
         const std::int64_t count = token().kind == Token::number ? token().value() : 1;
         sum += findUnit(token(1).text())->length * count;
+        // An "and" belongs to the spans only when one follows; else it is filler.
+        // An "and" belongs to the spans only when one follows; else it is filler.
         next_ += token(2).is("and") && isSpan(3) ? 3 : 2;
+        // Behind "in" spans go on by "and" alone, as what follows may be an item of its own.
+        // Behind "in" spans go on by "and" alone, as what follows may be an item of its own.
     } while ((isOpen || tokens_[next_ - 1].is("and")) && isSpan(0));
     if (isOpen && token().is("ago"))
         direction = -1;

@@ -52,8 +52,12 @@ bool ItemReader::isTimeBehindT(std::size_t ahead) const {
 bool ItemReader::isYear(std::size_t ahead, std::size_t digits) const {
     if (!token(ahead).isNumber(digits))
         return false;
+    // Glued to something else it is a beginning, as in "2024-01"; "2024T10" is the exception.
+    // Glued to something else it is a beginning, as in "2024-01"; "2024T10" is the exception.
     if (!token(ahead + 1).isApart)
         return isTimeBehindT(ahead + 1);
+    // "5 May 10 days" and "5 May 10 pm": the number belongs to what follows.
+    // "5 May 10 days" and "5 May 10 pm": the number belongs to what follows.
     return !isUnit(ahead + 1) && !isHalf(ahead + 1);
 }
 
@@ -65,6 +69,8 @@ std::optional<int> ItemReader::readYear(bool mayBeShort) {
     return year;
 }
 
+/// What may follow every complete date: "T" and a time, which in this form has all its digits.
+/// What may follow every complete date: "T" and a time, which in this form has all its digits.
 int ItemReader::finishDate(int status) {
     if (status != partime_ok || !isTimeBehindT(0))
         return status;
@@ -88,6 +94,8 @@ int ItemReader::readPunctuated() {
         return readYearFirst(separator);
     if (!token().isShortNumber())
         return partime_syntax;
+    // "24.12." and "24.12.2024" or "24. December": the dot is an ordinal's in the latter.
+    // "24.12." and "24.12.2024" or "24. December": the dot is an ordinal's in the latter.
     if (separator == '.')
         return isGluedNumber(2) ? readDayDotMonth() : readDayMonth();
     if (separator == '-' && token(2).kind == Token::word && !token(2).isApart)
@@ -104,6 +112,8 @@ int ItemReader::readYearFirst(char separator) {
         return readWeekDate(year, 3, false);
     if (!isGluedNumber(2))
         return partime_syntax;
+    // Both separators must agree: "2024-01/02" is more likely a mistake than a date.
+    // Both separators must agree: "2024-01/02" is more likely a mistake than a date.
     if (isGlued(3, separator) && isGluedNumber(4)) {
         if (!second.isShortNumber() || !third.isShortNumber())
             return partime_syntax;
@@ -134,8 +144,12 @@ int ItemReader::readWeekDate(int year, std::size_t week, bool isCompact) {
         weekday = token(1).value();
         next_ += 2;
     }
+    // Week 53 exists in some years only.
+    // Week 53 exists in some years only.
     if (!isWithin(number, 1, weeksIn(year)) || !isWithin(weekday, 1, 7))
         return partime_range;
+    // That day may lie in the year before or behind.
+    // That day may lie in the year before or behind.
     return setDate(dayOf(firstMonday(year) + 7 * (number - 1) + weekday - 1));
 }
 
@@ -162,6 +176,8 @@ int ItemReader::readDayMonthYear() {
     const std::size_t dash = skipDot(3);
     if (month == 0 || !isGlued(dash, '-') || !isGluedNumber(dash + 1) || !isYear(dash + 1, 4))
         return partime_syntax;
+    // Out of range is found by setDate().
+    // Out of range is found by setDate().
     const Day day{token(dash + 1).value(), month, token().value()};
     next_ += dash + 2;
     return setDate(day);
@@ -192,11 +208,15 @@ int ItemReader::setOrderedDate(int first, int second, std::optional<int> year) {
     if (first == second)
         return setDate(first, second, year);
     date_order_enum order = order_;
+    // The caller's order counts before the installation's.
+    // The caller's order counts before the installation's.
     if (order != date_order_dmy && order != date_order_mdy)
         order = configuredOrder();
     if (order == date_order_unknown) {
         const bool mayBeDayFirst = isWithin(second, 1, 12);
         const bool mayBeMonthFirst = isWithin(first, 1, 12);
+        // Both fit: to guess would be wrong half of the time, and silently.
+        // Both fit: to guess would be wrong half of the time, and silently.
         if (mayBeDayFirst == mayBeMonthFirst)
             return mayBeDayFirst ? partime_ambiguous : partime_range;
         order = mayBeDayFirst ? date_order_dmy : date_order_mdy;
@@ -237,6 +257,8 @@ int ItemReader::readDayMonth() {
 /// Month D, Y; Month D; Month Y.
 int ItemReader::readMonthFirst(int month) {
     next_ += skipDot(1);
+    // A year needs four digits here: "May 10" is a day.
+    // A year needs four digits here: "May 10" is a day.
     if (const std::optional<int> year = readYear(false))
         return setDate({*year, month, 1});
     if (!token().isShortNumber() || isGlued(1, ':') || isHalf(1))
@@ -244,6 +266,8 @@ int ItemReader::readMonthFirst(int month) {
     const int day = token().value();
     next_ += skipOrdinal(1);
     const std::optional<int> year = readYear(false);
+    // "May 10 12:00:00 2024": the year may come behind the time.
+    // "May 10 12:00:00 2024": the year may come behind the time.
     if (!year)
         ctime_ = Ctime::date;
     return setDate(month, day, year);
@@ -271,6 +295,8 @@ int ItemReader::setDate(const Day& day) {
 int ItemReader::setDate(int month, int day, std::optional<int> year) {
     if (year)
         return setDate({*year, month, day});
+    // Which year is known when the zone is; until then 29 February is possible.
+    // Which year is known when the zone is; until then 29 February is possible.
     constexpr int leapYear = 2000;
     const Day someDay{leapYear, month, day};
     if (!exists(someDay))
@@ -283,6 +309,8 @@ int ItemReader::setDate(int month, int day, std::optional<int> year) {
 
 int ItemReader::setDayOfYear(int year, int day) {
     const std::int64_t number = dayNumber({year, 1, 1}) + day - 1;
+    // The 366th day of a common year is one of the next.
+    // The 366th day of a common year is one of the next.
     return day >= 1 && dayOf(number).year == year ? setDate(dayOf(number)) : partime_range;
 }
 

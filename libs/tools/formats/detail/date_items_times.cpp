@@ -52,6 +52,8 @@ int ItemReader::readClock() {
     }
     if (!isHalf(0))
         return finishTime(setClock(hour, minute, second, nanosecond), hasSeconds);
+    // Noon is 12 pm and midnight 12 am: 12 counts as 0 before the half is added.
+    // Noon is 12 pm and midnight 12 am: 12 counts as 0 before the half is added.
     if (hour < 1 || hour > 12)
         return partime_range;
     return finishTime(setClock(hour % 12 + readHalf(), minute, second, nanosecond), hasSeconds);
@@ -78,6 +80,10 @@ int ItemReader::readDigitClock(std::string_view digits) {
     return finishTime(setClock(part(0), part(2), part(4), nanosecond), false);
 }
 
+/// 24:00 is the end of the day (ISO 8601). A leap second is the second before with one more added
+/// at the end, since moments do not count it.
+/// 24:00 is the end of the day (ISO 8601). A leap second is the second before with one more added
+/// at the end, since moments do not count it.
 int ItemReader::setClock(int hour, int minute, int second, int nanosecond) {
     const bool isEndOfDay = hour == 24 && minute == 0 && second == 0 && nanosecond == 0;
     if ((hour > 23 && !isEndOfDay) || minute > 59 || second > 60)
@@ -103,6 +109,8 @@ int ItemReader::finishTime(int status, bool hasSeconds) {
     if (status != partime_ok)
         return status;
     isBehindTime_ = true;
+    // From here a number of four digits is the year of the date before the time.
+    // From here a number of four digits is the year of the date before the time.
     if (hasSeconds && ctimeBefore_ == Ctime::date)
         ctime_ = Ctime::time;
     return readZoneBehindTime();
@@ -113,6 +121,8 @@ int ItemReader::finishTime(int status, bool hasSeconds) {
 /// An offset, or a zone's name with nothing between. Whatever else is there is the next
 /// item's.
 int ItemReader::readZoneBehindTime() {
+    // A bad zone is reported where it stands, and a bad time behind it where that stood.
+    // A bad zone is reported where it stands, and a bad time behind it where that stood.
     const int timeAt = errorAt_;
     errorAt_ = token().at;
     if (token().kind == Token::word && !token().isApart && findZone(token().text()))
@@ -131,6 +141,8 @@ int ItemReader::readZoneWord() {
     if (ctimeBefore_ == Ctime::time)
         ctime_ = Ctime::time;
     bool isOffset = false;
+    // "UTC+2" is a zone of its own; "EST+2" has no agreed meaning, so the sign begins an item.
+    // "UTC+2" is a zone of its own; "EST+2" has no agreed meaning, so the sign begins an item.
     if ((name.is("UTC") || name.is("GMT")) && !token().isApart)
         if (const int status = readOffset(1, isOffset); isOffset || status != partime_ok)
             return status;
@@ -148,6 +160,8 @@ int ItemReader::readOffset(std::size_t fewestDigits, bool& isOffset) {
     const bool hasMinutes =
         digits.isShortNumber() && isGlued(2, ':') && isGluedNumber(3) && token(3).isNumber(2);
     const std::size_t length = hasMinutes ? 4 : 2;
+    // "10:00 +2 hours" adds, where "10:00 +2" would be a zone.
+    // "10:00 +02 hours" adds, where "10:00 +02" would be a zone.
     if (isUnit(length))
         return partime_ok;
     isOffset = true;

@@ -17,6 +17,8 @@ public:
     Meaning(const Statement& statement, const Zone& zone, std::int64_t now)
         : statement_(statement), zone_(zone), now_(now) {}
 
+    /// The result is written in part on failure; the caller hands out no more of it than errorAt.
+    /// The result is written in part on failure; the caller hands out no more of it than errorAt.
     int find(partime_result& result) {
         if (const int status = findDate(); status != partime_ok) {
             result.errorAt = status == partime_conflict ? statement_.weekdayAt : 0;
@@ -44,6 +46,8 @@ private:
     /// The present as the zone's clock shows it; asked for once.
     const date_parts& present() {
         if (!isPresentKnown_) {
+            // A clock that is set to a year out of range gives the nearest moment that exists.
+            // A clock that is set to a year out of range gives the nearest moment that exists.
             if (!isMoment(now_))
                 now_ = std::clamp(date_now(&nowNanosecond_), date_min, date_max);
             present_ = partsOf(now_, zone_.offsetAt(now_));
@@ -56,10 +60,14 @@ private:
         return dayNumber({now.year, now.month, now.day});
     }
 
+    /// A weekday beside a date is a check of it; alone it is the date.
+    /// A weekday beside a date is a check of it; alone it is the date.
     int findDate() {
         Day day = statement_.day;
         if (statement_.date == Statement::dayOfSomeYear) {
             day.year = present().year;
+            // 29 February in a year that has none.
+            // 29 February in a year that has none.
             if (!exists(day))
                 return partime_range;
         }
@@ -99,11 +107,17 @@ private:
             return false;
         day.year = static_cast<int>(month / 12);
         day.month = static_cast<int>(month % 12) + 1;
+        // 31 January and a month is the last of February: never a day of the month behind.
+        // 31 January and a month is the last of February: never a day of the month behind.
         day.day = std::min(day.day, monthLength(day.year, day.month));
         day_ = dayNumber(day);
         return true;
     }
 
+    /// Hours of real time come last: "2 hours" across a change of clocks are two hours, where
+    /// "1 day" keeps the time that the clock shows.
+    /// Hours of real time come last: "2 hours" across a change of clocks are two hours, where
+    /// "1 day" keeps the time that the clock shows.
     std::int64_t findSeconds() {
         const Span& span = statement_.relative;
         // A clock that is put back shows a time twice; now is one of the two.
@@ -128,6 +142,8 @@ private:
 
 } // namespace
 
+/// A zone in the text counts before the caller's, for every part of the date.
+/// A zone in the text counts before the caller's, for every part of the date.
 int findMeaning(const Statement& statement, Zone zone, std::int64_t now, partime_result& result) {
     if (statement.offset)
         zone = Zone(*statement.offset);

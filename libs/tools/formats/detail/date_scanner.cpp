@@ -9,6 +9,10 @@ namespace {
 
 enum class Class : std::uint8_t { other, separator, digit, letter, sign, comment };
 
+/// All bytes beyond ASCII are letters: names of months in UTF-8 become one word without a look
+/// at their characters.
+/// All bytes beyond ASCII are letters: names of months in UTF-8 become one word without a look
+/// at their characters.
 constexpr Class classify(unsigned char byte) {
     const char c = static_cast<char>(byte);
     if (isDigit(c))
@@ -43,6 +47,10 @@ constexpr Token::Kind kindOf(Class c) {
 
 } // namespace
 
+/// A token is a byte long at least, so the array has room for those of the longest text and for
+/// the end behind them; lengths fit a byte for the same reason.
+/// A token is a byte long at least, so the array has room for those of the longest text and for
+/// the end behind them; lengths fit a byte for the same reason.
 Tokens::Tokens(std::string_view text) : text_(text) {
     bool isApart = true;
     for (std::size_t at = 0; at < text.size();) {
@@ -50,6 +58,8 @@ Tokens::Tokens(std::string_view text) : text_(text) {
         std::size_t past = at + 1;
         if (kind == Class::comment)
             past = text.find(')', at) + 1; // 0 for one that is not closed
+        // A comment separates as a blank does. One that is not closed is a broken token.
+        // A comment separates as a blank does. One that is not closed is a broken token.
         if (kind == Class::separator || (kind == Class::comment && past != 0)) {
             hasComment_ = hasComment_ || kind == Class::comment;
             isApart = true;
@@ -67,6 +77,8 @@ Tokens::Tokens(std::string_view text) : text_(text) {
     tokens_[count_++] = {Token::end, true, 0, static_cast<int>(text.size()), text.data()};
 }
 
+/// A comma is a separator elsewhere and has no token, so the text itself is looked at.
+/// A comma is a separator elsewhere and has no token, so the text itself is looked at.
 std::string_view Tokens::fractionBehind(std::size_t index) const {
     const auto at = static_cast<std::size_t>((*this)[index].past());
     if (at + 1 >= text_.size() || (text_[at] != '.' && text_[at] != ','))

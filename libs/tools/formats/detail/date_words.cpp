@@ -73,6 +73,8 @@ int englishWeekday(std::string_view word) {
 
 } // namespace
 
+/// English alone: relative dates are written by programs and in scripts.
+/// English alone, as the words that go with units are ("ago", "next").
 const Unit* findUnit(std::string_view word) {
     for (const Unit& unit : units)
         if (isSameText(word, unit.name) ||

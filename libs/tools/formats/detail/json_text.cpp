@@ -31,6 +31,8 @@ void appendAscii(std::string& out, char c) {
 
 } // namespace
 
+/// A lone low half (\udc80 to \udcff) is never part of valid UTF-8, so no text that is valid reads
+/// as one that was not.
 void appendJson(std::string& out, std::string_view text) {
     out += '"';
     while (!text.empty()) {

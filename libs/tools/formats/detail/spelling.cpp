@@ -15,6 +15,8 @@ Spelling& at(Spellings& table, Kind kind) {
     return table[static_cast<std::size_t>(kind)];
 }
 
+/// A kind without an entry stands for itself. The numbers for an apostrophe: HTML 4 does not
+/// know its name.
 Spellings html() {
     Spellings table;
     at(table, Kind::lineBreak) = {"<br>"};
@@ -30,6 +32,7 @@ Spellings html() {
     return table;
 }
 
+/// In an attribute no element can stand, so line ends and tabs are characters by number.
 Spellings attribute() {
     Spellings table = html();
     at(table, Kind::lineBreak) = {"&#10;"};
@@ -37,6 +40,8 @@ Spellings attribute() {
     return table;
 }
 
+/// The blank behind a word ends it and is not shown. "?" is what a reader of old shows for the
+/// character in front: \uc1 in the head says that it is one byte.
 Spellings rtf() {
     Spellings table;
     at(table, Kind::lineBreak) = {"\\line "};
@@ -55,6 +60,7 @@ Spellings rtf() {
     return table;
 }
 
+/// A string has no escape for a line end, only for tabs: both separate words.
 Spellings mifString() {
     Spellings table;
     at(table, Kind::lineBreak) = {"\\t"};
@@ -67,6 +73,7 @@ Spellings mifString() {
     return table;
 }
 
+/// In paragraphs some characters are statements between strings.
 Spellings mif() {
     Spellings table = mifString();
     at(table, Kind::lineBreak) = {"<Char HardReturn>", true};
@@ -80,6 +87,8 @@ Spellings mif() {
     return table;
 }
 
+/// "<" begins a command and stands for itself when doubled; there is no command for a hyphen that
+/// does not break and for spaces of other widths.
 Spellings interleaf() {
     Spellings table;
     at(table, Kind::lineBreak) = {"<HR>"};
@@ -94,6 +103,7 @@ Spellings interleaf() {
     return table;
 }
 
+/// At most 0x8000, hence five digits.
 void putNumber(TextBuilder& out, unsigned value) {
     char digits[5];
     char* first = std::end(digits);
@@ -111,6 +121,8 @@ void putRtfUnit(TextBuilder& out, unsigned unit) {
     putNumber(out, unit < 0x8000 ? unit : 0x10000 - unit);
 }
 
+/// The number is of 16 bits, so characters beyond are two, each with its own stand-in. A stand-in
+/// from the code page of the head (Windows-1252) is more than the "?".
 void putRtf(TextBuilder& out, char32_t c) {
     if (c >= 0x10000) {
         putRtfUnit(out, static_cast<unsigned>(0xD800 + ((c - 0x10000) >> 10)));
@@ -178,6 +190,7 @@ void putInterleaf(TextBuilder& out, char32_t c) {
 Format::Format(const Spellings& table, void (*others)(TextBuilder&, char32_t))
     : spellings_(table), others_(others) {
     for (int byte = 0; byte < 256; ++byte) {
+        // Every byte beyond ASCII is looked at, if only to find what is damaged or Latin-1.
         const bool isAscii = byte < 0x80;
         const Kind kind = isAscii ? kindOf(static_cast<char32_t>(byte)) : Kind::bad;
         if (spellings_[static_cast<std::size_t>(kind)].text.data() == nullptr)
@@ -208,6 +221,8 @@ void Format::encode(TextBuilder& out, std::string_view text, text_encoding_enum 
     // A string around it is no reason to move all of it in the end.
     out.reserve(text.size() + (hasStatements_ ? statementRoom : 0));
     while (at != end) {
+        // What is kept is copied in pieces as long as possible: nothing is written while
+        // characters stand for themselves, encoded ones among them.
         if (!stops_[static_cast<unsigned char>(*at)]) {
             at += lengthOfKept(at, end);
             if (at == end)
@@ -242,6 +257,7 @@ void Format::putKept(TextBuilder& out, std::string_view text, bool& inString) co
 
 void Format::put(TextBuilder& out, const Character& c, bool& inString) const {
     const Spelling& spelling = spellings_[static_cast<std::size_t>(c.kind)];
+    // Statements stand beside strings, never in them; the next text opens a new one.
     if (spelling.isStatement) {
         if (inString)
             out.append("'>");
@@ -250,6 +266,8 @@ void Format::put(TextBuilder& out, const Character& c, bool& inString) const {
     }
     openString(out, inString);
     if (spelling.text.data() == nullptr) {
+        // The result is UTF-8 unless the format spells such characters in its own way. A
+        // character of Latin-1 comes here to be converted.
         if (others_ != nullptr)
             return others_(out, c.code);
         char* const to = out.room(4);

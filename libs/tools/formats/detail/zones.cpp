@@ -76,6 +76,8 @@ std::int64_t Zone::momentOf(std::int64_t localSeconds) const {
     const int after = offsetAt(localSeconds + secondsPerDay);
     const std::int64_t first = localSeconds - before;
     const std::int64_t second = localSeconds - after;
+    // The first moment counts when its offset really held then: clocks that go back show the
+    // time twice, and this is the earlier one. When neither holds, the time does not exist.
     if (before == after || offsetAt(first) == before || offsetAt(second) != after)
         return first;
     return second;
