@@ -13,6 +13,7 @@ namespace {
 constexpr int wordBits = 32;
 constexpr std::uint32_t fullWord = 0xFFFFFFFFU;
 
+/// A vector has its size and one bit more, hence no rounding by wordBits - 1.
 std::int64_t wordCount(std::int64_t size) {
     return (size + wordBits) / wordBits;
 }
@@ -38,6 +39,7 @@ int fullWords(const std::uint32_t* words, int count) {
 }
 
 /// The bits @p from..@p to of a word, both included.
+/// Both shifts are by less than a word, for which alone they are defined.
 std::uint32_t maskOf(int from, int to) {
     return (fullWord << from) & (fullWord >> (wordBits - 1 - to));
 }
@@ -52,6 +54,7 @@ bool agree(const _bvs_* a, const _bvs_* b, int from, int to) {
     };
     if (first == last)
         return agreeIn(first, maskOf(from % wordBits, to % wordBits));
+    // Between the two ends whole words are compared; words next to each other have none between.
     const auto between = static_cast<std::size_t>(last - first - 1) * sizeof(std::uint32_t);
     return agreeIn(first, maskOf(from % wordBits, wordBits - 1)) &&
            agreeIn(last, maskOf(0, to % wordBits)) &&
@@ -60,6 +63,7 @@ bool agree(const _bvs_* a, const _bvs_* b, int from, int to) {
 
 } // namespace
 
+/// Null rather than a panic: nothing here prints or throws.
 _bvs_* bitvec_new(int n) {
     void* header = std::malloc(sizeof(_bvs_));
     if (header == nullptr)

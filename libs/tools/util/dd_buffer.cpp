@@ -76,6 +76,7 @@ dd_buffer* dd_copy(const dd_buffer* buffer) {
     return copy;
 }
 
+/// On failure the buffer is as it was.
 void dd_reserve(dd_buffer* buffer, int capacity) {
     if (buffer == nullptr || capacity <= buffer->capacity)
         return;
@@ -131,12 +132,14 @@ void dd_vadd_format(dd_buffer* buffer, const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
     const int length = std::vsnprintf(small, sizeof small, format, args);
+    // A negative length, for what the locale cannot convert, adds nothing.
     if (length < static_cast<int>(sizeof small)) {
         va_end(again);
         dd_add_bytes(buffer, small, length);
         return;
     }
     const auto size = static_cast<std::size_t>(length) + 1;
+    // malloc() and not the panicking kind: the list must be ended before anything is thrown.
     const kaz::detail::HeapPtr<char> large(static_cast<char*>(std::malloc(size)));
     if (large != nullptr)
         std::vsnprintf(large.get(), size, format, again);
@@ -150,6 +153,7 @@ void dd_insert(dd_buffer* buffer, int position, const char* text) {
     const int count = lengthOf(text);
     if (buffer == nullptr || count == 0)
         return;
+    // A part of the buffer may lie on both sides of the gap, so a copy is inserted.
     const kaz::detail::HeapPtr<char> copy(isOwn(buffer, text) ? mkcpy(text) : nullptr);
     makeRoom(buffer, count);
     const int at = std::clamp(position, 0, buffer->length);
@@ -198,6 +202,7 @@ int dd_compare(const dd_buffer* a, const dd_buffer* b) {
     return (difference > 0) - (difference < 0);
 }
 
+/// The caller always gets a block to free, also from an empty buffer.
 char* dd_take(dd_buffer* buffer) {
     if (buffer == nullptr || buffer->text == nullptr)
         return mkcpy("");

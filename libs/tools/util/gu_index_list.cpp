@@ -51,6 +51,7 @@ const Ranges& rangesOf(const gu_index_list* list) {
 
 /// The first range that reaches @p from, as a mutable or a constant iterator.
 template <typename Map>
+/// In logarithmic time: ranges are apart, so only the one that begins at @p from or before can.
 auto reaching(Map& ranges, int from) {
     auto range = ranges.upper_bound(from);
     if (range != ranges.begin() && std::prev(range)->second >= from)
@@ -94,6 +95,7 @@ private:
     /// A number with the blanks around it; stays in front of a bad one.
     bool readNumber(int& number) {
         skipBlanks();
+        // Looked at first, as strtoll() takes line ends and "+", which are no part of the form.
         const char* digits = *at_ == '-' ? at_ + 1 : at_;
         if (*digits < '0' || *digits > '9')
             return false;
@@ -117,6 +119,7 @@ private:
             const char* dash = at_++;
             if (!readNumber(last))
                 return false;
+            // The dash is what a message points at: both numbers are good.
             if (last < first) {
                 at_ = dash;
                 return false;
@@ -189,6 +192,7 @@ void gu_index_list_add_range(gu_index_list* list, int first, int last) {
     if (range == list->ranges.end() || range->first > first)
         range = list->ranges.emplace_hint(range, first, last);
     range->second = std::max(range->second, last);
+    // Touching counts as overlapping. The sum is safe behind the test for the greatest int.
     for (auto next = std::next(range);
          next != list->ranges.end() &&
          (range->second == INT_MAX || next->first <= range->second + 1);
@@ -228,6 +232,7 @@ bool gu_index_list_contains(const gu_index_list* list, int index) {
     return range != rangesOf(list).end() && range->first <= index;
 }
 
+/// All ints are 2^32, which int does not hold.
 long long gu_index_list_size(const gu_index_list* list) {
     long long size = 0;
     for (const auto& [first, last] : rangesOf(list))
@@ -255,6 +260,7 @@ gu_index_list* gu_index_list_union(const gu_index_list* a, const gu_index_list* 
     return result.release();
 }
 
+/// a without what is only in a: n ranges cost n log n, with no second algorithm to be right.
 gu_index_list* gu_index_list_intersection(const gu_index_list* a, const gu_index_list* b) {
     const OwnedList onlyA(gu_index_list_difference(a, b));
     return gu_index_list_difference(a, onlyA.get());
@@ -267,6 +273,7 @@ gu_index_list* gu_index_list_difference(const gu_index_list* a, const gu_index_l
     return result.release();
 }
 
+/// Into a copy, so that a list for which there is no memory stays as it was.
 void gu_index_list_add_all(gu_index_list* list, const gu_index_list* other) {
     if (list == nullptr)
         return;
@@ -277,6 +284,7 @@ void gu_index_list_add_all(gu_index_list* list, const gu_index_list* other) {
 bool gu_index_list_subset(const gu_index_list* part, const gu_index_list* whole) {
     const Ranges& ranges = rangesOf(part);
     return std::all_of(ranges.begin(), ranges.end(), [whole](const auto& range) {
+        // A range lies in one range of the other or in none, as those never touch.
         int first = 0;
         int last = 0;
         return gu_index_list_find_range(whole, range.first, &first, &last) &&
@@ -293,6 +301,7 @@ gu_index_list_iterator gu_index_list_init(const gu_index_list* list) {
     return {list, ranges.empty() ? 0 : ranges.begin()->first, ranges.empty()};
 }
 
+/// A search for each step: the list may be changed between two of them.
 void gu_index_list_next(gu_index_list_iterator* iterator) {
     if (iterator == nullptr || iterator->done)
         return;

@@ -66,6 +66,7 @@ gu_list_node** merge(gu_list_node** link, gu_list_node* left, gu_list_node* righ
                      gu_list_compare compare) {
     while (left != nullptr || right != nullptr) {
         const bool takeLeft =
+            // Left among equals: the sort is stable.
             left != nullptr && (right == nullptr || compare(left->element, right->element) <= 0);
         gu_list_node*& from = takeLeft ? left : right;
         *link = from;
@@ -113,6 +114,8 @@ void gu_list_destroy(gu_list* list) {
 void gu_list_clear(gu_list* list) {
     if (list == nullptr)
         return;
+    // Emptied before the first release function is called, which may look at the list or add to
+    // it.
     gu_list_node* node = std::exchange(list->first, nullptr);
     list->last = nullptr;
     list->size = 0;
@@ -170,6 +173,7 @@ gu_list_node* gu_list_insert_after(gu_list* list, gu_list_node* node, void* elem
     return insertBetween(list, node, next, element, "gu_list_insert_after");
 }
 
+/// From the end, behind equal ones: what comes in order is added in constant time.
 gu_list_node* gu_list_insert_sorted(gu_list* list, void* element, gu_list_compare compare) {
     gu_list_node* node = gu_list_last(list);
     while (node != nullptr && compare(node->element, element) > 0)
@@ -186,6 +190,8 @@ bool gu_list_remove(gu_list* list, const void* element) {
 gu_list_node* gu_list_remove_node(gu_list* list, gu_list_node* node) {
     if (list == nullptr || node == nullptr)
         return nullptr;
+    // Known before the element is released: the release function may change the list, but must
+    // not remove this one.
     gu_list_node* next = node->next;
     drop(list, gu_list_take_node(list, node));
     return next;
@@ -266,6 +272,7 @@ int gu_list_size(const gu_list* list) {
     return list != nullptr ? list->size : 0;
 }
 
+/// The action may remove its own element.
 void gu_list_foreach(const gu_list* list, gu_list_action action, void* data) {
     for (gu_list_node* node = gu_list_first(list); action != nullptr && node != nullptr;) {
         gu_list_node* next = node->next;
@@ -283,17 +290,20 @@ void gu_list_concat(gu_list* list, gu_list* other) {
     other->first->prev = list->last;
     list->last = other->last;
     list->size += other->size;
+    // Empty and still usable, with its own release function.
     *other = gu_list{nullptr, nullptr, 0, other->release};
 }
 
 void gu_list_reverse(gu_list* list) {
     if (list == nullptr)
         return;
+    // Behind the swap `prev` leads on.
     for (gu_list_node* node = list->first; node != nullptr; node = node->prev)
         std::swap(node->next, node->prev);
     std::swap(list->first, list->last);
 }
 
+/// Merging from below: n log n steps, no recursion, no memory, and each element keeps its node.
 void gu_list_sort(gu_list* list, gu_list_compare compare) {
     if (gu_list_size(list) < 2)
         return;

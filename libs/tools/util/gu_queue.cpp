@@ -35,6 +35,8 @@ void*& slotAt(const gu_queue* queue, int index) {
 }
 
 /// Moves the elements, now from the start on, into a block of twice the size.
+/// Twice the size, so that adding takes constant time on average. The old block is freed last:
+/// on failure the queue is as it was.
 void grow(gu_queue* queue) {
     if (queue->capacity == maxCapacity)
         memory_panic("gu_queue_add");
@@ -88,6 +90,7 @@ void gu_queue_add(gu_queue* queue, void* element) {
     ++queue->size;
 }
 
+/// The block never shrinks: queues fill and drain again and again.
 void* gu_queue_take(gu_queue* queue) {
     if (gu_queue_size(queue) == 0)
         return nullptr;
@@ -121,6 +124,7 @@ bool gu_queue_contains(const gu_queue* queue, const void* element) {
 }
 
 void gu_queue_clear(gu_queue* queue) {
+    // One by one, so that a release function that adds something finds a queue in order.
     while (gu_queue_size(queue) > 0) {
         void* element = gu_queue_take(queue);
         if (queue->release != nullptr)

@@ -35,6 +35,7 @@ constexpr int firstCapacity = 8;
 constexpr int maxHint = 1 << 16;
 
 /// Pointers differ in their middle bits, numbers in the lowest: mix all of them.
+/// The constant is 2^64 divided by the golden ratio, made odd (Knuth, multiplicative hashing).
 std::uint64_t hashOf(const void* element) {
     auto h = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(element));
     h ^= h >> 32;
@@ -71,6 +72,7 @@ void rebuild(gu_set* set, int capacity) {
         if (!set->entries[i].live)
             continue;
         auto slot = static_cast<std::int64_t>(hashOf(set->entries[i].element)) & (slotCount - 1);
+        // Abandoned slots are left behind, and all elements differ, so nothing is compared.
         while (slots[slot] != freeSlot)
             slot = (slot + 1) & (slotCount - 1);
         entries.get()[used] = set->entries[i];
@@ -88,6 +90,7 @@ std::int64_t findSlot(const gu_set* set, const void* element) {
         return -1;
     auto slot = static_cast<std::int64_t>(hashOf(element)) & (set->slotCount - 1);
     while (set->slots[slot] != freeSlot) {
+        // An abandoned slot does not end the search: the element may lie behind it.
         const int position = set->slots[slot];
         if (position >= 0 && set->entries[position].element == element)
             break;
@@ -103,6 +106,7 @@ void makeRoom(gu_set* set, int added) {
     const std::int64_t needed = std::int64_t{set->size} + added;
     if (needed > INT_MAX)
         memory_panic("gu_set_add");
+    // Doubled only when more than half are live, or holes would make the array grow for ever.
     const std::int64_t grown = set->size > set->capacity / 2 ? 2 * std::int64_t{set->capacity}
                                                              : std::int64_t{set->capacity};
     const std::int64_t wanted = std::max({grown, needed, std::int64_t{firstCapacity}});
@@ -130,6 +134,7 @@ void addWhere(gu_set* result, const gu_set* set, const gu_set* other, bool wante
 }
 
 /// Removes from @p set what is in @p other (or is not, by @p unwanted).
+/// Removing while walking is safe: a hole moves nothing.
 int removeWhere(gu_set* set, const gu_set* other, bool unwanted) {
     const int before = gu_set_size(set);
     for (auto i = gu_set_init(set); !gu_set_done(i); gu_set_next(&i))
@@ -164,6 +169,7 @@ bool gu_set_add(gu_set* set, void* element) {
     if (set == nullptr || gu_set_contains(set, element))
         return false;
     makeRoom(set, 1);
+    // Searched again, as the room may have been made in new arrays.
     set->slots[findSlot(set, element)] = set->used;
     set->entries[set->used++] = Entry{element, true};
     ++set->size;
@@ -230,6 +236,7 @@ int gu_set_add_all(gu_set* set, const gu_set* other) {
         added += gu_set_contains(set, gu_set_element(i)) ? 0 : 1;
     // Once there is room for all, nothing can fail half-way.
     makeRoom(set, added);
+    // A set that is added to itself adds nothing, and is not walked while it grows.
     if (added > 0)
         for (auto i = gu_set_init(other); !gu_set_done(i); gu_set_next(&i))
             gu_set_add(set, gu_set_element(i));

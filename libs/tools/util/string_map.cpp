@@ -67,17 +67,20 @@ int defaultBucket(const char* key, std::size_t length, int bucketCount) {
     return sum % bucketCount;
 }
 
+/// A key that is too long has no bucket, and so is neither defined nor found.
 int bucketOf(const string_map_tp* map, const char* key) {
     const std::size_t length = key != nullptr ? strnlen(key, maxKeyLength + 1) : 0;
     if (key == nullptr || length > maxKeyLength)
         return noBucket;
     char lowered[maxKeyLength + 1];
     if (!map->caseSensitive) {
+        // With the terminator, which the rule of the caller needs.
         std::transform(key, key + length + 1, lowered, [](char c) {
             return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         });
         key = lowered;
     }
+    // A number out of range would lead out of the array: the map's own rule stands in.
     if (map->hash != nullptr) {
         const unsigned int bucket = map->hash(key, map->bucketCount);
         if (bucket < static_cast<unsigned int>(map->bucketCount))
@@ -119,10 +122,12 @@ void prepareIndex(Map* map) {
             addToIndex(map, i.entry);
     } catch (const KazMemoryException&) {
         map->index.clear();
+        // Not with each entry again: the next try comes when there are twice as many.
         map->nextIndexing = 2 * map->entries;
     }
 }
 
+/// Both blocks before anything is linked: on failure the map is as it was.
 string_map_entry* makeEntry(const char* key, void* value, string_map_entry** link) {
     constexpr const char* function = "string_map_define";
     const std::size_t size = std::strlen(key) + 1;
@@ -179,6 +184,7 @@ string_map_tp* string_map_create(string_map_hash hash, int size, string_map_rele
                                  bool caseSensitive) {
     constexpr const char* function = "string_map_create";
     const int bucketCount = size > 0 ? size : defaultBucketCount;
+    // Sums of signed bytes are negative, too: `buckets` points into the middle of the block.
     const std::size_t below = static_cast<std::size_t>(bucketCount) - 1;
     const std::size_t chains = below + static_cast<std::size_t>(bucketCount);
     kaz::detail::HeapPtr<string_map_entry*> heads(static_cast<string_map_entry**>(
@@ -190,10 +196,12 @@ string_map_tp* string_map_create(string_map_hash hash, int size, string_map_rele
 void string_map_destroy(string_map_tp** map) {
     if (map == nullptr || *map == nullptr)
         return;
+    // The caller's pointer is cleared first, since a release function may look at it.
     string_map_tp* old = std::exchange(*map, nullptr);
     auto iterator = string_map_init(old);
     while (!string_map_done(iterator)) {
         string_map_entry* entry = iterator.entry;
+        // On before the entry is freed.
         string_map_next(&iterator);
         releaseValue(old, entry->value);
         freeEntry(entry);
@@ -280,6 +288,7 @@ int string_map_size(string_map_tp* map) {
     return size;
 }
 
+/// The keys are the map's own, and as short-lived as their entries.
 char** string_map_domain_table(string_map_tp* map) {
     const std::size_t slots = static_cast<std::size_t>(string_map_size(map)) + 1;
     char** table = static_cast<char**>(

@@ -36,6 +36,7 @@ template <typename Range>
 char* join(const Range& texts, const char* separator) {
     const std::size_t gap = std::strlen(separator);
     std::size_t length = 0;
+    // A separator too many is counted, which costs a few bytes and no test.
     for (const char* text : texts)
         length += std::strlen(orEmpty(text)) + gap;
     char* result = newText(length);

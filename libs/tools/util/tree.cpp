@@ -86,6 +86,8 @@ void fetchChildren(const generic_tree* node) {
 /// Descends to the link to the value equal to @p key, or to the empty one where
 /// it would be, and records the nodes passed.
 generic_tree** descend(generic_tree** link, const void* key, tree_comparator cmp, Path& path) {
+    // The comparator has the value of the tree first: negative means that the key is greater, and
+    // greater values lie on the left.
     for (generic_tree* node = *link; node != nullptr; node = *link) {
         fetchChildren(node);
         const int order = cmp(node->value, key);
@@ -223,6 +225,7 @@ generic_tree* unlinkEnd(generic_tree** link, Side side) {
 
 /// Gives a node with two children the value next to its own from its heavier
 /// side; returns the node that held it.
+/// From the heavier side, so that many removals do not make the tree lopsided.
 generic_tree* takeNeighbour(generic_tree* node) {
     const Side side =
         node->left->weight > node->right->weight ? &generic_tree::left : &generic_tree::right;
@@ -242,6 +245,8 @@ void releaseNode(generic_tree* node, tree_release release) {
 /// keeps its source in its value slot and the next such copy in its right link.
 class TreeCopier {
 public:
+    // Only after a failure is something left: nodes that wait hold a source in the place of their
+    // value, and must become ordinary ones before the tree can be deleted.
     ~TreeCopier() {
         if (result_ == nullptr)
             return;
@@ -347,6 +352,7 @@ void* tree_max_value(generic_tree* root) {
     return end != nullptr ? end->value : nullptr;
 }
 
+/// Nothing is balanced here. The value is released first, while its node is still in the tree.
 generic_tree* delete_tree_node(generic_tree* root, const void* key, tree_comparator cmp,
                                tree_release release, bool& deleted) {
     deleted = false;
@@ -420,6 +426,8 @@ int cmp_ints(const void* a, const void* b) {
     return compare_integers(*static_cast<const int*>(a), *static_cast<const int*>(b));
 }
 
+/// The difference itself is the result, which callers see; as unsigned numbers it wraps where
+/// signed ones would overflow, and the order is then wrong for distances beyond 2^31.
 int compare_integers(int a, int b) {
     return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
 }

@@ -18,6 +18,7 @@ constexpr char plainCharacters[] = "@%_-+=:,./";
 /// What a backslash protects inside double quotes, and so what needs one there.
 constexpr char protectedInQuotes[] = "\"\\$`";
 
+/// strchr() finds the terminator, too.
 bool isOneOf(char c, const char* set) {
     return c != '\0' && std::strchr(set, c) != nullptr;
 }
@@ -26,6 +27,7 @@ bool isSeparator(char c) {
     return isOneOf(c, " \t\n");
 }
 
+/// Bytes above 127, as in UTF-8, mean nothing to a shell.
 bool isPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            static_cast<unsigned char>(c) > 127 || isOneOf(c, plainCharacters);
@@ -101,10 +103,12 @@ private:
     /// @p effective: the characters that lose their backslash; null: all do.
     void readEscape(const char* effective) {
         const char next = at_[1];
+        // A line that goes on: both characters vanish, also inside quotes.
         if (next == '\n') {
             at_ += 2;
             return;
         }
+        // A backslash at the very end stands for itself.
         const bool loses = next != '\0' && (effective == nullptr || isOneOf(next, effective));
         if (loses)
             ++at_;
@@ -142,6 +146,7 @@ char* quote_word(const char* word) {
         word = "";
     if (!word_needs_quotes(word))
         return mkcpy(word);
+    // Double quotes and not apostrophes: an apostrophe cannot stand between apostrophes.
     std::size_t length = 2;
     for (const char* p = word; *p != '\0'; ++p)
         length += isOneOf(*p, protectedInQuotes) ? 2 : 1;
@@ -171,6 +176,7 @@ word_status_enum next_word(const char** position, char** word) {
     if (*position == nullptr)
         return word_none;
     const char* from = *position;
+    // A line end behind a backslash separates nothing, but begins no word either.
     while (isSeparator(*from) || (from[0] == '\\' && from[1] == '\n'))
         from += *from == '\\' ? 2 : 1;
     if (*from == '\0') {
@@ -180,6 +186,7 @@ word_status_enum next_word(const char** position, char** word) {
     Unquoter measured(from, nullptr);
     measured.readWord();
     *word = unquoted(from, measured, &Unquoter::readWord);
+    // Moved on last, so that a failed allocation loses no word.
     *position = measured.position();
     return measured.unclosed() ? word_unclosed : word_found;
 }
