@@ -27,6 +27,7 @@ using kaz::detail::toText;
 namespace {
 
 /// Keeps so much of an output, and drops the rest.
+/// The rest is read all the same: a program whose pipe is full would wait for ever.
 class Kept final : public host::OutputSink {
 public:
     explicit Kept(std::size_t limit) : limit_(limit) {}
@@ -45,6 +46,7 @@ bool cutBytes(std::string& text, std::size_t most) {
     if (text.size() <= most)
         return false;
     std::size_t end = most;
+    // Bytes 10xxxxxx go on with a character, so the cut moves to the one that begins it.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
         --end;
     text.resize(end);
@@ -73,6 +75,7 @@ std::string lastLine(std::string_view text) {
     // npos + 1 is the beginning.
     text.remove_prefix(text.find_last_of("\r\n") + 1);
     std::string line(text);
+    // Twice: before, so that a line of megabytes is not escaped whole, and after the escapes.
     cutBytes(line, most);
     line = printable(line); // which may be longer, never shorter
     cutBytes(line, most);
@@ -85,6 +88,7 @@ std::string hexadecimal(std::uint32_t code) {
     return text;
 }
 
+/// A "=" would end the name early, and set another variable.
 bool isVariableName(const char* name) {
     return name != nullptr && *name != '\0' && std::strchr(name, '=') == nullptr;
 }
@@ -127,6 +131,7 @@ KazCommand& KazCommand::setDirectory(const char* path) {
     return *this;
 }
 
+/// The last call for a name counts, so it leaves the list that it was in.
 KazCommand& KazCommand::setVariable(const char* name, const char* value) {
     if (!isVariableName(name))
         return *this;
@@ -164,10 +169,12 @@ bool KazCommand::execute(Run& run) {
     run.launch.directory = directory_;
     run.launch.variables = variables_;
     run.launch.removed = removed_;
+    // An empty line stands for a word that the interpreter cannot be given.
     if (words_.size() > 1 && run.launch.words[0].empty() && isLine_)
         run.ended.error = EINVAL;
     else
         host::start(run.launch, run.ended);
+    // A program that was stopped for its time ends with a status of the stopping, not its own.
     byException_ = run.ended.exception != 0 && !run.ended.isStopped;
     error_ = run.ended.error;
     timedOut_ = run.ended.isStopped;
@@ -215,6 +222,8 @@ KazString KazCommand::getErrorText() const {
     const std::string name = nameOf(words_[0]);
     std::string text;
     if (error_ != 0)
+        // From the certain to the general: a program that was stopped may have a signal as well,
+        // and the interpreter's two statuses are ordinary ones for a program.
         text = " could not be started: " + host::errorText(error_);
     else if (timedOut_)
         text = " was stopped after " + std::to_string(timeout_) + " milliseconds";

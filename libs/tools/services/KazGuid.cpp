@@ -21,6 +21,7 @@
 namespace host = kaz::host;
 using kaz::detail::writtenText;
 
+// The name spaces of RFC 9562, section 6.6: identifiers of names agree with those of others.
 constexpr unsigned char dnsBytes[16] = {0x6b, 0xa7, 0xb8, 0x10, 0x9d, 0xad, 0x11, 0xd1,
                                         0x80, 0xb4, 0x00, 0xc0, 0x4f, 0xd4, 0x30, 0xc8};
 constexpr unsigned char urlBytes[16] = {0x6b, 0xa7, 0xb8, 0x11, 0x9d, 0xad, 0x11, 0xd1,
@@ -43,6 +44,7 @@ constinit Stock stocks[8]{};
 /// A stock that nobody else uses meanwhile; none when all are taken.
 class TakenStock {
 public:
+    // Acquire and release: who takes a stock sees everything that its last user wrote.
     TakenStock()
         : stock_(std::find_if(std::begin(stocks), std::end(stocks), [](Stock& stock) {
               return !stock.isTaken.test_and_set(std::memory_order_acquire);
@@ -67,6 +69,7 @@ void fetch(unsigned char* bytes, std::size_t size) {
 }
 
 void fill(Stock& stock, unsigned generation) {
+    // First, as a fetch that fails may have overwritten a part.
     stock.isFilled = false;
     fetch(stock.bytes, Stock::size);
     stock.isFilled = true;
@@ -75,11 +78,13 @@ void fill(Stock& stock, unsigned generation) {
 }
 
 void takeFrom(Stock& stock, unsigned char (&to)[16]) {
+    // A fork copies the stock: the child must not give out the bytes that the parent will.
     const unsigned generation = host::processGeneration();
     if (!stock.isFilled || stock.generation != generation ||
         stock.position + sizeof to > Stock::size)
         fill(stock, generation);
     std::memcpy(to, stock.bytes + stock.position, sizeof to);
+    // Who reads this memory later learns nothing about identifiers that were given out.
     std::memset(stock.bytes + stock.position, 0, sizeof to);
     stock.position += sizeof to;
 }
@@ -92,6 +97,7 @@ void takeRandom(unsigned char (&to)[16]) {
         fetch(to, sizeof to);
 }
 
+/// RFC 9562: the version is the upper half of byte 6, the variant the two upper bits of byte 8.
 void mark(unsigned char (&bytes)[16], int version) {
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | version << 4);
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
@@ -111,6 +117,7 @@ std::uint64_t nextMoment(unsigned random) {
     std::uint64_t before = last.load(std::memory_order_relaxed);
     std::uint64_t next = 0;
     do
+        // A clock that stands still or is put back only counts on from the last moment.
         next = now >> 12 > before >> 12 ? now : before + 1;
     while (!last.compare_exchange_weak(before, next, std::memory_order_relaxed));
     return next;
@@ -178,6 +185,7 @@ KazGuid KazGuid::createOrdered() {
     takeRandom(guid.bytes_);
     const std::uint64_t moment =
         nextMoment(static_cast<unsigned>(guid.bytes_[0] | guid.bytes_[1] << 8));
+    // 48 bits of milliseconds, the version, and 12 bits of the counter (RFC 9562, section 5.7).
     for (int i = 0; i < 6; ++i)
         guid.bytes_[i] = static_cast<unsigned char>(moment >> (52 - 8 * i));
     guid.bytes_[6] = static_cast<unsigned char>(moment >> 8 & 0xF);
@@ -192,6 +200,7 @@ KazGuid KazGuid::fromName(const KazGuid& space, const char* name) {
     if (host::sha1(space.bytes_, sizeof space.bytes_, text, std::strlen(text), digest) != 0)
         throw KazResourceException("The system's digest cannot be had.");
     KazGuid guid;
+    // Of the 20 bytes of SHA-1 the first 16 (RFC 9562, section 5.5).
     std::memcpy(guid.bytes_, digest, sizeof guid.bytes_);
     mark(guid.bytes_, 5);
     return guid;
@@ -206,6 +215,7 @@ bool KazGuid::parse(const char* text, KazGuid& guid) {
     } else if (left.size() == plainLength + 2 && left.front() == '{' && left.back() == '}') {
         left = left.substr(1, plainLength);
     }
+    // The lengths decide the style, so that digits are read without a look for the end.
     if (left.size() != plainLength && left.size() != compactLength)
         return false;
     unsigned char read[16];

@@ -32,6 +32,8 @@ std::uint32_t kaz_crc32(std::uint32_t crc, const void* data, std::size_t size) {
 
 std::uint32_t kaz_crc32_combine(std::uint32_t first, std::uint32_t second,
                                 std::uint64_t secondSize) {
+    // Combining with 0 moves the first sum over that many bytes. The second one is then added,
+    // which can be done once at the end since sums are linear.
     uLong moved = first;
     std::uint64_t left = secondSize % period;
     while (left > 0) {
@@ -50,6 +52,7 @@ int kaz_crc32_file(const char* path, std::uint32_t* crc, std::uint64_t* size) {
     std::uint32_t sum = 0;
     std::uint64_t count = 0;
     std::size_t got = 0;
+    // read() gives fewer bytes at the end and on failure alike; errno alone tells which.
     const int before = errno;
     errno = 0;
     do {

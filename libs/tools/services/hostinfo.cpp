@@ -21,6 +21,7 @@ std::string shortName() {
     return name.substr(0, name.find('.'));
 }
 
+/// For accounts that the system's data base does not know, as in some containers.
 std::string fromEnvironment() {
     for (const char* variable : {"LOGNAME", "USER"}) {
         const char* name = host::environment(variable);
@@ -48,6 +49,7 @@ KazString kazFullHostName() {
 
 KazString kazHostId() {
     KazGuid space;
+    // A name space of this library's own; another one would change the identity of every host.
     KazGuid::parse("5d0c9b5e-3c3f-5a0b-9d52-1f6a2f0b7c41", space);
     const std::string identity = host::machineIdentity();
     return KazGuid::fromName(space, (!identity.empty() ? identity : shortName()).c_str()).getText();

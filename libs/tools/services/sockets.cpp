@@ -76,6 +76,7 @@ int invalid(const char* text) {
 }
 
 /// Null, and reported, when it is no open socket of that kind.
+/// The kind is checked, too: a listener receives nothing, and a connection accepts nobody.
 Open* find(kaz_socket socket, bool isListener) {
     const auto found = sockets().find(socket);
     if (found != sockets().end() && found->second.isListener == isListener)
@@ -99,6 +100,7 @@ kaz_socket keep(host::SocketHandle handle, bool isListener) {
 }
 
 /// Hands out what a call gave, with its status.
+/// The handle first: it may throw, and the reason of the last call then stays.
 kaz_socket give(host::SocketHandle handle, bool isListener, const SocketResult& result,
                 int* status) {
     const kaz_socket socket = keep(handle, isListener);
@@ -152,6 +154,7 @@ kaz_socket kaz_socket_connect(const char* host, int port, int limit, int* status
     if (isHere && result.outcome == SocketOutcome::refused) {
         // Perhaps somebody listens on the other kind of address only.
         SocketResult other;
+        // One deadline for both tries; the first reason stays unless the second one succeeds.
         socket = host::connectSocket("::1", port, deadline, other);
         if (socket != host::noSocket)
             result = other;
@@ -159,6 +162,8 @@ kaz_socket kaz_socket_connect(const char* host, int port, int limit, int* status
     return give(socket, false, result, status);
 }
 
+/// Without an address only this host is served: a tool must not open itself to the network
+/// unasked. Port 0 lets the system choose.
 kaz_socket kaz_socket_listen(const char* address, int port, int* status) {
     if (port < 0 || port > lastPort)
         return refuse("No such port", status);
@@ -194,6 +199,7 @@ int kaz_socket_receive(kaz_socket socket, void* data, int size, int limit) {
     if (size < 1 || data == nullptr)
         return invalid("No room to receive into");
     const auto most = static_cast<std::size_t>(size);
+    // What was read ahead comes first, and alone: waiting for more could take the whole limit.
     std::size_t got = open->ahead.copy(static_cast<char*>(data), most);
     if (got > 0) {
         open->ahead.erase(0, got);
@@ -212,17 +218,20 @@ int kaz_socket_receive_line(kaz_socket socket, KazString& line, int longest, int
         return invalid("No room to receive into");
     const Deadline deadline(limit);
     const auto most = static_cast<std::size_t>(longest);
+    // Each byte is searched once, however small the pieces in which a line arrives.
     std::size_t searched = 0;
     for (;;) {
         const std::size_t end = open->ahead.find('\n', searched);
         if (end <= most)
             return giveLine(*open, end, 1, line);
         searched = open->ahead.size();
+        // Dropped, so that a peer cannot fill the memory.
         if (searched > most) {
             open->ahead.clear();
             return fail(kaz_socket_failed, "The line is too long");
         }
         const SocketResult result = readAhead(*open, deadline);
+        // A last line may lack its end, but only when the peer ended in order.
         if (result.outcome == SocketOutcome::closed && result.isEnd && searched > 0)
             return giveLine(*open, searched, 0, line);
         if (result.outcome != SocketOutcome::ok)
@@ -250,6 +259,7 @@ KazString kaz_socket_peer(kaz_socket socket) {
     return toText(peer);
 }
 
+/// The caller's variable is cleared also for a bad handle, which makes closing twice harmless.
 void kaz_socket_close(kaz_socket* socket) {
     report({});
     if (socket == nullptr || *socket == kaz_no_socket)

@@ -27,6 +27,7 @@ using kaz::detail::toText;
 
 namespace {
 
+/// In alphabetical order, and a program's first row is the one that a variable chooses.
 constexpr kaz_source_preset presets[] = {
     {"clion", "clion --line ${line} --column ${column} ${file}"},
     {"codium", "codium --goto ${file}:${line}:${column}"},
@@ -102,6 +103,7 @@ bool isPath(const std::string& program) {
 }
 
 /// The first preset whose program the variable's is. False when it is none's.
+/// Options in the variable are dropped: where the line's number goes is known for the preset alone.
 bool readFromVariable(const char* variable, Editor& editor) {
     const char* command = host::environment(variable);
     Words own;
@@ -112,6 +114,7 @@ bool readFromVariable(const char* variable, Editor& editor) {
         read(row->command, editor);
         if (editor.words[0] != name)
             continue;
+        // The user's own installation is started, not what the search path has.
         if (isPath(own[0]))
             editor.words[0] = own[0];
         return true;
@@ -129,6 +132,8 @@ const char* configuredEditor() {
 
 enum class Choice { found, none, unreadable };
 
+/// What is configured counts even when it cannot be read: to start another editor silently would
+/// hide the mistake.
 Choice choose(const char* name, Editor& editor) {
     if (name == nullptr)
         name = configuredEditor();
@@ -154,6 +159,7 @@ bool locate(const char* file, int line, int column, Place& place) {
         return false;
     place.dir = place.file.substr(0, last);
     place.name = place.file.substr(last + 1);
+    // From 1 on: callers that know no line give 0.
     place.line = std::to_string(std::max(line, 1));
     place.column = std::to_string(std::max(column, 1));
     return true;
@@ -175,6 +181,7 @@ std::string valueOf(const std::string& name, const Place& place) {
 
 constexpr std::string_view fileReference = "${file}";
 
+/// From left to right, and never what was put in: a file may be named "${line}".
 std::string replaced(std::string_view word, const Place& place) {
     std::string result;
     for (;;) {
@@ -195,6 +202,7 @@ Words commandOf(const Editor& editor, const Place& place) {
         hasFile = hasFile || word.find(fileReference) != std::string::npos;
         words.push_back(replaced(word, place));
     }
+    // A template without the file would open nothing of use.
     if (!hasFile)
         words.push_back(place.file);
     return words;
@@ -209,6 +217,7 @@ bool start(const Editor& editor, const Place& place) {
         command.runInTerminal();
     else
         command.start();
+    // The status of an editor says nothing about whether the place was shown.
     if (command.getError() != 0)
         print_err("%s", command.getErrorText().getValue());
     return command.getError() == 0;

@@ -56,6 +56,7 @@ int readWhole(const char* path, std::string& text) {
     const host::ReadableFile file(path);
     if (!file.isOpen())
         return -1;
+    // One byte more than is allowed shows a file that has grown since it was asked for its size.
     text.resize(mostOfProductFile + 1);
     const std::size_t got = file.read(0, text.data(), text.size());
     text.resize(got);
@@ -71,6 +72,7 @@ KazProductInfo::KazProductInfo() = default;
 const KazProductInfo& KazProductInfo::getInstance() {
     static KazProductInfo* instance = nullptr; // never destroyed: used to the very end
     if (instance == nullptr) {
+        // Kept only when it is complete: after a failed allocation the next call tries again.
         auto made = std::make_unique<KazProductInfo>();
         made->read(getDefaultPath());
         instance = made.release();
@@ -80,6 +82,7 @@ const KazProductInfo& KazProductInfo::getInstance() {
 
 KazString KazProductInfo::getDefaultPath(const char* product) {
     const KazString root = kazMoxRootDir();
+    // The name becomes a part of a file's name, and must not lead to another directory.
     if (root.isEmpty() || viewOf(product).find_first_of("/\\:") != std::string_view::npos)
         return KazString();
     if (!viewOf(product).empty()) {
@@ -92,6 +95,8 @@ KazString KazProductInfo::getDefaultPath(const char* product) {
     return kazComposePath(root, configured != nullptr ? _TI_hm(configured) : "ProductInfo");
 }
 
+/// Old contents stay until the new ones are known; a file that cannot be read replaces them too,
+/// since nothing true is known of it any longer.
 KazProductInfo::State KazProductInfo::read(const char* from) {
     std::string text;
     KazProductInfo next;
@@ -100,6 +105,7 @@ KazProductInfo::State KazProductInfo::read(const char* from) {
         next.state_ = errno == ENOENT || errno == ENOTDIR ? Missing : Unreadable;
     else
         next.parse(text.data(), static_cast<int>(text.size()));
+    // Again, as parse() puts a fresh object in the place of this one.
     next.path_ = from;
     *this = std::move(next);
     return state_;
@@ -117,6 +123,8 @@ KazProductInfo::State KazProductInfo::parse(const char* text, int length) {
         ProductText found(whole);
         next.state_ = found.state;
         next.errorLine_ = found.errorLine;
+        // Of a malformed text nothing is taken; of one with a wrong checksum everything, for
+        // messages that say what was changed.
         if (found.state != Malformed) {
             next.name_ = found.name;
             next.version_ = found.version;
@@ -170,6 +178,7 @@ const KazProductInfo::Part& KazProductInfo::getPart(int index) const {
     return index >= 0 && index < getPartCount() ? parts_[static_cast<std::size_t>(index)] : none;
 }
 
+/// Paths are kept with "/", and asked for in either spelling.
 int KazProductInfo::findPart(const char* wanted) const {
     std::string slashed(viewOf(wanted));
     std::replace(slashed.begin(), slashed.end(), '\\', '/');
@@ -179,6 +188,7 @@ int KazProductInfo::findPart(const char* wanted) const {
     return found != parts_.end() ? static_cast<int>(found - parts_.begin()) : -1;
 }
 
+/// What was read is no longer what is here, so neither its checksum nor its errors count.
 bool KazProductInfo::changed() {
     state_ = Empty;
     errorLine_ = 0;
@@ -241,6 +251,7 @@ bool KazProductInfo::addPart(const char* root, const char* partPath, const char*
         return failWith(ENOENT) == 0;
     if (kaz_crc32_file(file, &part.checksum, &part.size) != 0)
         return false;
+    // The line as a whole has a limit, too; checked last, as it holds the file's size and sum.
     if (!isProductValue(viewOf(partPath)) || !isProductValue(partValue(part)))
         return failWith(EINVAL) == 0;
     const int index = findPart(partPath);
@@ -259,6 +270,8 @@ bool KazProductInfo::removePart(const char* partPath) {
     return changed();
 }
 
+/// The order is fixed, and so equal contents give equal bytes: files can be compared, and a build
+/// that is repeated gives the same.
 KazString KazProductInfo::getText() const {
     if (name_.isEmpty() || version_.isEmpty())
         return KazString();
@@ -283,6 +296,7 @@ KazString KazProductInfo::getText() const {
     for (const Part* part : inOrder)
         text += "part=" + partValue(*part) + "\n";
     KazString last;
+    // Of all bytes before its own line, which must be the last one.
     last.format("checksum=%08lx\n",
                 static_cast<unsigned long>(kaz_crc32(0, text.data(), text.size())));
     return (text + last.getValue()).c_str();
@@ -291,12 +305,15 @@ KazString KazProductInfo::getText() const {
 void KazProductInfo::write(const char* to) const {
     const KazString text = getText();
     const std::size_t size = static_cast<std::size_t>(text.getLength());
+    // What read() would refuse is not written.
     if (text.isEmpty() || size > mostOfProductFile)
         throw KazFileException(KazFileException::badFormat, to);
     if (host::writeFile(KazString(to), text.getValue(), size) != 0)
         KazFileException::throwErrno(errno, to);
 }
 
+/// From cheap to dear: existence, kind and size come from the file system, and only files of the
+/// right size are read.
 KazProductInfo::PartState KazProductInfo::verifyPart(int index, const char* root) const {
     const Part& part = getPart(index);
     const KazString file = below(root, part.path);
@@ -316,6 +333,7 @@ KazProductInfo::PartState KazProductInfo::verifyPart(int index, const char* root
     std::uint64_t size = 0;
     if (kaz_crc32_file(file, &sum, &size) != 0)
         return failure();
+    // It has changed since it was asked for its size.
     if (size != part.size)
         return PartWrongSize;
     return sum == part.checksum ? PartGood : PartWrongChecksum;

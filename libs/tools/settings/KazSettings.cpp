@@ -54,6 +54,7 @@ std::string checkedName(const char* name) {
     return std::string(viewOf(name));
 }
 
+/// Damaged bytes are replaced and not refused: a setting is not worth losing a run of the tool.
 std::string checkedText(std::string_view text, const char* name) {
     std::string result = host::validUtf8(text);
     if (result.size() > host::mostOfSettingsText)
@@ -64,6 +65,7 @@ std::string checkedText(std::string_view text, const char* name) {
 /// Adds a change to those before it.
 void record(SettingsChanges& batch, const SettingsChange& change) {
     auto& changes = batch.changes;
+    // In the order of names, so that a later change of a name meets the one before it.
     const auto place = std::lower_bound(changes.begin(), changes.end(), change.name,
                                         [](const SettingsChange& each, const std::string& name) {
                                             return host::compareSettingsNames(each.name, name) < 0;
@@ -72,6 +74,8 @@ void record(SettingsChanges& batch, const SettingsChange& change) {
         changes.insert(place, change);
         return;
     }
+    // A value behind a removal still removes first, and so gives the name its new spelling; behind
+    // another value the name keeps the first one.
     SettingsChange merged = change;
     if (!change.removes) {
         merged.removes = place->removes;
@@ -82,6 +86,7 @@ void record(SettingsChanges& batch, const SettingsChange& change) {
 }
 
 void record(SettingsChanges& batch, const SettingsChanges& later) {
+    // Nothing before it can be seen any more.
     if (later.removesAll)
         batch = {true, {}};
     for (const SettingsChange& change : later.changes)
@@ -106,6 +111,7 @@ struct KazSettings::Store {
     bool hasChanges() const { return !tried.isEmpty() || !fresh.isEmpty(); }
     const host::SettingsSection& seen() const { return hasChanges() ? view : stored; }
 
+    /// By halves: names are kept in order, without regard to case.
     const SettingsValue* find(const char* name) const {
         const auto& values = seen().values;
         const auto found =
@@ -121,6 +127,7 @@ struct KazSettings::Store {
     void load() {
         host::SettingsSection now;
         place.load(now); // what cannot be read is not there
+        // Made beside the old one: on failure everything stays as it was.
         host::SettingsSection changed;
         if (hasChanges()) {
             changed = now;
@@ -143,6 +150,7 @@ struct KazSettings::Store {
         host::applySettingsChange(view.values, std::move(seenChange));
     }
 
+    /// `tried` stays, for what it holds comes before; it needs no memory, and cannot fail.
     void removeAll() {
         fresh = {true, {}};
         view = {};
@@ -150,6 +158,7 @@ struct KazSettings::Store {
 
     /// What a commit has tried, with what is new.
     void commit() {
+        // Joined in a copy: without memory both batches stay apart, and commit() can be repeated.
         SettingsChanges all = tried;
         record(all, fresh);
         tried = std::move(all);
@@ -165,10 +174,12 @@ struct KazSettings::Store {
                 load(); // what was written is stored now
             throwFailure(reason);
         }
+        // Moved and not read again: what others wrote meanwhile is seen by refresh() only.
         stored = std::move(view);
         tried = {};
     }
 
+    /// A lock that another process holds is told apart, since there waiting helps.
     [[noreturn]] void throwFailure(int reason) const {
         const std::string file = place.place();
         if (file.empty() || reason == ENAMETOOLONG)
@@ -196,6 +207,7 @@ private:
 
 KazSettings::KazSettings(const char* section) : store_(new Store(pathOf(section))) {}
 
+/// What a commit() tried and failed has been reported to its caller, and is not tried again.
 KazSettings::~KazSettings() {
     try {
         store_->tried = {};
@@ -258,6 +270,7 @@ bool KazSettings::getList(const char* name, KazStringColl& values) const {
     KazStringColl result;
     for (const std::string& each : *list)
         result.add(each.c_str());
+    // Built apart, so that the caller's list is whole or untouched.
     values.copy(result);
     return true;
 }
@@ -287,6 +300,7 @@ void KazSettings::setInteger(const char* name, std::int64_t value) {
 
 void KazSettings::setReal(const char* name, double value) {
     std::string checked = checkedName(name);
+    // Readers refuse infinity and what is no number, so neither is stored.
     if (!std::isfinite(value))
         refuse("The value of", checked);
     store_->change({std::move(checked), false, value});
@@ -308,6 +322,7 @@ void KazSettings::setList(const char* name, const KazStringColl& values) {
 
 void KazSettings::remove(const char* name) {
     std::string checked = checkedName(name);
+    // Removing what is not there is no change, and writes nothing.
     if (isSet(name))
         store_->change({std::move(checked), true, std::nullopt});
 }

@@ -24,11 +24,13 @@ void write(Number number, KazString& result) {
 /// The whole text as a decimal number with or without a sign; one that is finite and fits.
 template <typename Number>
 bool read(std::string_view text, Number& result) {
+    // from_chars() takes no "+"; behind one a "-" would be a second sign.
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
         text.remove_prefix(1);
     Number number{};
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
+    // It does take "inf" and "nan", which are no decimal numbers.
     if (error != std::errc() || stop != end || !std::isfinite(static_cast<double>(number)))
         return false;
     result = number;
@@ -76,6 +78,7 @@ bool asReal(const host::SettingsValue& value, double& result) {
     if (const auto* text = std::get_if<std::string>(&value))
         return read(*text, result);
     if (const auto* integer = std::get_if<std::int64_t>(&value))
+        // Beyond 2^53 the nearest double: an approximate number is what the reader asked for.
         result = static_cast<double>(*integer);
     else if (const auto* real = std::get_if<double>(&value))
         result = *real;
@@ -84,6 +87,7 @@ bool asReal(const host::SettingsValue& value, double& result) {
     return true;
 }
 
+/// A real is no truth value, not even 0 or 1.
 bool asBool(const host::SettingsValue& value, bool& result) {
     if (const auto* flag = std::get_if<bool>(&value)) {
         result = *flag;

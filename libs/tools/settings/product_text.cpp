@@ -77,6 +77,7 @@ bool isFreeProductKey(std::string_view key) {
     return isKey(key) && std::find(ownKeys.begin(), ownKeys.end(), key) == ownKeys.end();
 }
 
+/// A value with blanks at its ends would be read back without them.
 bool isProductValue(std::string_view value) {
     return !value.empty() && value.size() <= mostOfValue && host::isUtf8(value) &&
            !host::hasControl(value) && trimmed(value) == value;
@@ -85,6 +86,7 @@ bool isProductValue(std::string_view value) {
 bool isProductDate(std::string_view date) {
     constexpr std::string_view form = "dddd-dd-dd";
     const auto fits = [](char c, char f) { return f == 'd' ? c >= '0' && c <= '9' : c == f; };
+    // The form first: the numbers behind it are then digits, and fit.
     if (!std::equal(date.begin(), date.end(), form.begin(), form.end(), fits))
         return false;
     int year = 0, month = 0, day = 0;
@@ -94,6 +96,7 @@ bool isProductDate(std::string_view date) {
     return year >= 1 && month >= 1 && month <= 12 && day >= 1 && day <= daysIn(month, year);
 }
 
+/// One word that is not "-", which stands for none in the line of a part.
 bool isPartVersion(std::string_view version) {
     return version.empty() || (version != "-" && isProductValue(version) &&
                                version.find_first_of(blanks) == version.npos);
@@ -114,6 +117,7 @@ bool isPartPath(std::string_view path) {
     return true;
 }
 
+/// The path comes last and may hold blanks; everything before it is one word each.
 std::string partValue(const KazProductInfo::Part& part) {
     std::array<char, 40> front; // checksum and size
     std::snprintf(front.data(), front.size(), "%08lx %llu ",
@@ -130,6 +134,7 @@ ProductText::ProductText(std::string_view text) {
         const std::size_t end = text.find('\n');
         std::string_view line = text.substr(0, end);
         text.remove_prefix(std::min(line.size() + 1, text.size()));
+        // A CR is part of a line end only in front of an LF.
         if (end != text.npos && line.ends_with('\r'))
             line.remove_suffix(1);
         const bool counts = !line.starts_with('%') && !trimmed(line).empty();
@@ -137,9 +142,11 @@ ProductText::ProductText(std::string_view text) {
             errorLine = number;
             return;
         }
+        // Behind the checksum only comments and blank lines can stand, which count for nothing.
         if (!hasChecksum_)
             addToSum(line);
     }
+    // What lacks is reported behind the last line.
     if (name.isEmpty() || version.isEmpty())
         errorLine = number + 1;
     else if (!hasChecksum_)
@@ -159,6 +166,7 @@ bool ProductText::takeLine(std::string_view line) {
         return false;
     const std::string_view key = trimmed(line.substr(0, equals));
     const std::string_view value = trimmed(line.substr(equals + 1));
+    // A part may be there many times; every other key once.
     return isKey(key) && !value.empty() && value.size() <= mostOfValue &&
            (key == "part" ? takePart(value) : keys_.insert(key).second && takeValue(key, value));
 }
@@ -170,6 +178,7 @@ bool ProductText::takeValue(std::string_view key, std::string_view value) {
     else if (key == "version")
         version = toText(value);
     else if (key == "build")
+        // Nine digits fit an int; from_chars() would take a minus.
         return value.size() <= mostDigits && value[0] != '-' && readNumber(value, 10, build);
     else if (key == "checksum")
         return hasChecksum_ = readChecksum(value, checksum_);

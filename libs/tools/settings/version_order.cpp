@@ -30,6 +30,8 @@ int compareComponents(std::string_view a, std::string_view b) {
     if (isNumber(a) != isNumber(b))
         return isNumber(a) ? -1 : 1;
     if (isNumber(a)) {
+        // Without leading zeros the longer number is the greater one, and equal lengths go by
+        // bytes: no number is too long.
         a.remove_prefix(std::min(a.find_first_not_of('0'), a.size()));
         b.remove_prefix(std::min(b.find_first_not_of('0'), b.size()));
         if (a.size() != b.size())
@@ -38,6 +40,7 @@ int compareComponents(std::string_view a, std::string_view b) {
     return signOf(a.compare(b));
 }
 
+/// What lacks is 0, so "1.2" and "1.2.0" are equal.
 int compareNumbers(std::string_view a, std::string_view b) {
     while (!a.empty() || !b.empty()) {
         const std::string_view left = a.empty() ? "0" : take(a);
@@ -48,6 +51,7 @@ int compareNumbers(std::string_view a, std::string_view b) {
     return 0;
 }
 
+/// Of two with the same beginning the longer one comes later.
 int compareReleases(std::string_view a, std::string_view b) {
     while (!a.empty() && !b.empty())
         if (const int order = compareComponents(take(a), take(b)); order != 0)
@@ -57,6 +61,7 @@ int compareReleases(std::string_view a, std::string_view b) {
 
 struct Version {
     explicit Version(const char* text) : numbers(kaz::detail::orEmpty(text)) {
+        // The build's name is cut first: it may hold a "-" of its own.
         numbers = numbers.substr(0, numbers.find('+'));
         const std::size_t dash = numbers.find('-');
         isFinal = dash == numbers.npos;
