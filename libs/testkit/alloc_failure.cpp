@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// One countdown for the whole process, as allocations come from every module and thread. The hooks
+// ask it at each allocation; installing them, and all that must not fail, comes before it is set.
 #include "testkit/alloc_failure.h"
 
 #include "testkit/detail/alloc_hooks.h"
@@ -49,11 +51,13 @@ void haveTwoThreadsOnce() {
 
 } // namespace
 
+/// Called inside malloc(), so nothing here may allocate or lock.
 bool detail::shallFail() {
     long left = countdown.load(std::memory_order_relaxed);
     if (left == 0)
         return false;
     if (left > 0) {
+        // Another thread may have counted since the load above: what is counted now decides.
         left = countdown.fetch_sub(1) - 1;
         if (left > 0)
             return false;
@@ -76,6 +80,7 @@ FailAllocation::FailAllocation(long n, Mode mode) {
     useReserveOnce();
     hasHit = false;
     failOnward = mode == onward;
+    // Last: whatever runs from here on may fail.
     countdown = n;
 }
 
@@ -87,6 +92,7 @@ bool FailAllocation::hit() const {
     return hasHit;
 }
 
+/// The rest of the countdown waits, so that a test's own allocations do not shift the failing one.
 AllocationsPass::AllocationsPass() : left_(countdown.exchange(0)) {}
 
 AllocationsPass::~AllocationsPass() {

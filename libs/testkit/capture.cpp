@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Descriptors are exchanged and not C++ streams: the library prints by stdio, children by the
+// descriptors that they inherit. Everything is flushed at each change, or text of one side would
+// come out on the other.
 #include "testkit/capture.h"
 
 #include "testkit/detail/passing_file.h"
@@ -52,10 +55,12 @@ std::string Capture::err() {
 
 ScopedInput::ScopedInput(const std::string& text) : saved_(dup(0)) {
     const int file = detail::passingFile(false); // the text arrives as it is
+    // A short write would make a test fail for no reason of its own.
     if (write(file, text.data(), static_cast<unsigned>(text.size())) !=
         static_cast<int>(text.size()))
         std::abort();
     lseek(file, 0, SEEK_SET);
+    // What was read ahead belongs to the former input.
     std::fflush(stdin);
     dup2(file, 0);
     close(file);

@@ -25,6 +25,7 @@ void Counted::checkOut(void* element) {
     delete static_cast<Counted*>(element);
 }
 
+/// Null is an element like any other, and comes first.
 int Counted::compare(const void* a, const void* b) {
     if (!a || !b)
         return (a != nullptr) - (b != nullptr);

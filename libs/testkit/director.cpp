@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Nothing is shown and nobody is asked: texts are noted, and answers come from the queues that a
+// test has filled. An empty queue gives the default answer, and no input.
 #include "testkit/director.h"
 
 #include <cstdio>
@@ -11,6 +13,7 @@ namespace {
 std::string formatted(const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
+    // The list can be walked once only, so the copy is measured.
     const int length = std::vsnprintf(nullptr, 0, format, again);
     va_end(again);
     std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');

@@ -19,6 +19,7 @@ TempTree::TempTree(const std::string& parent) {
     std::random_device device;
     do
         root_ = (base / ("moxtest" + std::to_string(numbers(device)))).string();
+    // False for one that exists: tests run side by side, and each gets a tree that it has made.
     while (!fs::create_directory(root_));
 }
 
@@ -27,6 +28,7 @@ TempTree::~TempTree() {
     // A test may have taken permissions away; removal needs them back.
     for (fs::recursive_directory_iterator it(root_, error), end; !error && it != end;
          it.increment(error))
+        // Links are left alone: what they lead to is not the tree's.
         if (it->is_directory(error) && !it->is_symlink(error))
             fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, error);
     fs::remove_all(root_, error);
@@ -45,6 +47,7 @@ std::string TempTree::native(const std::string& name) const {
 std::string TempTree::write(const std::string& name, const std::string& text) const {
     const fs::path file(path(name));
     fs::create_directories(file.parent_path());
+    // The bytes as given, without line ends of the host.
     std::ofstream(file, std::ios::binary) << text;
     return file.string();
 }

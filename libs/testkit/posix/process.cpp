@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// A child is held by one loop that polls all its streams: to write all input before reading would
+// stop both sides as soon as a pipe is full. With a terminal its end is no sign, since this side
+// holds the slave open, and so the child's own end is asked for as well.
 #include "testkit/process.h"
 
 #include <array>
@@ -38,6 +41,7 @@ struct Pipe {
     Descriptor read, write;
     Pipe() {
         int ends[2];
+        // Closed in other children, or an end that they hold would keep the stream open.
         if (pipe2(ends, O_CLOEXEC) != 0)
             std::abort();
         read.value = ends[0];
@@ -148,6 +152,7 @@ private:
         const auto end = Clock::now() + std::chrono::seconds(options_.timeoutSeconds);
         while (outOpen_ || errOpen_) {
             if (Clock::now() > end) {
+                // The status then shows a signal, by which a test sees that time was up.
                 kill(child_, SIGKILL);
                 break;
             }
@@ -190,6 +195,7 @@ private:
             pollfd{options_.pty ? terminal_.master : (outOpen_ ? out_.read : -1), POLLIN, 0},
             pollfd{errOpen_ ? err_.read : -1, POLLIN, 0},
             pollfd{feeding ? in_.write : -1, POLLOUT, 0}};
+        // Ten milliseconds: a signal, or the end of a child with a terminal, is noticed that late.
         if (poll(fds.data(), fds.size(), 10) < 0)
             return;
         if (fds[0].revents != 0)
@@ -207,6 +213,7 @@ private:
         const ssize_t n = left > 0 ? write(in_.write, options_.input.data() + fed_, left) : 0;
         if (n > 0)
             fed_ += static_cast<std::size_t>(n);
+        // A program that reads no further has closed its end, which is no failure of the test.
         if (n < 0 || fed_ == options_.input.size())
             in_.write.reset();
     }
@@ -236,6 +243,7 @@ private:
 } // namespace
 
 Result run(const std::vector<std::string>& argv, const RunOptions& options) {
+    // A child that ends early would otherwise end the test with it.
     std::signal(SIGPIPE, SIG_IGN);
     return Child(options).run(argv);
 }

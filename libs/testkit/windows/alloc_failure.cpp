@@ -53,6 +53,7 @@ void replace(void** entry) {
         if (*entry != function.old)
             continue;
         DWORD old = 0;
+        // The loader makes the table read-only once it is filled.
         VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &old);
         *entry = function.own;
         VirtualProtect(entry, sizeof *entry, old, &old);
@@ -87,6 +88,7 @@ bool isOwn(HMODULE module, const char* programDirectory) {
 void replaceEverywhere() {
     char directory[MAX_PATH + 1] = "";
     GetModuleFileNameA(nullptr, directory, sizeof directory);
+    // With its last backslash, so that no directory beside it begins the same.
     std::strrchr(directory, '\\')[1] = '\0';
     HMODULE modules[256];
     DWORD size = 0;

@@ -15,6 +15,7 @@ int moxkit::detail::passingFile(bool text) {
     if (GetTempPathA(sizeof directory, directory) == 0 ||
         GetTempFileNameA(directory, "kit", 0, name) == 0)
         std::abort();
+    // Temporary: the runtime deletes it with the last descriptor, however the test ends.
     const int mode = _O_RDWR | _O_TEMPORARY | (text ? _O_TEXT : _O_BINARY);
     const int file = ::_open(name, mode, _S_IREAD | _S_IWRITE);
     if (file < 0)

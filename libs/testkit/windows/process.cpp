@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Pipes have no poll here, so each of the three streams has a thread. The ends that the child
+// inherited are closed on this side: a read ends only when nobody can write any more.
 #include "testkit/process.h"
 
 #include "testkit/windows/text.h"
@@ -112,6 +114,7 @@ void readAll(HANDLE pipe, std::string& text) {
         text.append(buffer, n);
 }
 
+/// A program that has stopped reading ends the writing, and is no failure of the test.
 void writeAll(Owned& pipe, const std::string& text) {
     DWORD written = 0;
     for (std::size_t at = 0; at < text.size(); at += written)
@@ -121,6 +124,7 @@ void writeAll(Owned& pipe, const std::string& text) {
     pipe.close();
 }
 
+/// Crashes show as the signal that they are elsewhere, for tests that know one system only.
 void setStatus(DWORD code, Result& result) {
     if (code == STATUS_ACCESS_VIOLATION || code == STATUS_STACK_OVERFLOW)
         result.signal = SIGSEGV;

@@ -15,6 +15,7 @@ KazQuotedStringTokenizer::KazQuotedStringTokenizer(const KazQuotedStringTokenize
     : KazStringTokenizer(o), quotes(ownSet(o.quotes).release()), escape(o.escape) {}
 
 KazQuotedStringTokenizer& KazQuotedStringTokenizer::operator=(const KazQuotedStringTokenizer& o) {
+    // Both sets are copied before the first member changes; what was replaced leaves with `copy`.
     HeapPtr<char> copy = ownSet(o.quotes);
     KazStringTokenizer::operator=(o);
     copy.reset(std::exchange(quotes, copy.release()));

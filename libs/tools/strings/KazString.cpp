@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The narrow string. What both widths do alike stands in the .inc files, which each of the two
+// sources compiles with its own String and Char; what follows them differs: conversion, formatting
+// and output. A string without characters has no block, so a null pointer is the empty text.
 #include "tools/strings/KazString.h"
 
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -36,6 +39,7 @@ KazString::KazString(const char* s) : rep_(isNothing(s) ? nullptr : createRep(s)
 
 KazString::KazString(char c) : rep_(createRep(&c, 1, 1)) {}
 
+/// What the locale cannot express makes the whole string empty: half of a text would look like one.
 KazString::KazString(const unsigned short* ws) {
     if (ws == nullptr)
         return;
@@ -45,6 +49,7 @@ KazString::KazString(const unsigned short* ws) {
     const std::size_t n = std::wcstombs(nullptr, wide.get(), 0);
     if (n == 0 || n == static_cast<std::size_t>(-1))
         return;
+    // The length is set when the characters are there: until then the block is an empty string.
     rep_ = Block::make(0, static_cast<std::int64_t>(n));
     // Measuring may overlook what writing finds impossible.
     const std::size_t written = std::wcstombs(chars(), wide.get(), n + 1);
@@ -83,16 +88,20 @@ struct ArgumentsAgain {
 void KazString::appendFormatV(const char* fmt, va_list args) {
     // Most results fit the small buffer and are formatted once only.
     char small[512];
+    // Before the first pass, which leaves its list in an unknown state.
     ArgumentsAgain again(args);
     errno = 0;
     const int n = std::vsnprintf(small, sizeof small, orEmpty(fmt), args);
     if (n < 0) {
+        // A text beyond INT_MAX is refused like one without memory; anything else is a character
+        // that the locale cannot convert, and adds nothing.
         if (errno == EOVERFLOW || errno == ENOMEM)
             throw KazMemoryException();
         return;
     }
     if (static_cast<std::size_t>(n) < sizeof small)
         return append(small);
+    // Apart from this string, whose characters may be among the arguments.
     KazString large;
     std::vsnprintf(large.getBuffer(n), static_cast<std::size_t>(n) + 1, fmt, again.args);
     large.releaseBuffer();
@@ -107,6 +116,7 @@ void KazString::appendFormat(const char* fmt, ...) {
     appendFormatV(fmt, copy.args);
 }
 
+/// Into a string of its own: the arguments may be this one's characters, and a failure leaves it.
 void KazString::formatV(const char* fmt, va_list args) {
     KazString result;
     result.appendFormatV(fmt, args);
@@ -126,6 +136,7 @@ void KazString::format(const char* fmt, ...) {
 namespace {
 
 template <class Result>
+/// Returns after the report, as a director may let the program go on.
 Result unsupported(Result result) {
     kazInternalError(1);
     return result;

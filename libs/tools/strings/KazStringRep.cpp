@@ -7,12 +7,14 @@
 
 #include <cstdio>
 
+/// Blocks are kept for new strings, which spares most programs the allocator.
 void KazStringRep::destroy(void* text) {
     KazStringRep* const rep = of(text);
     if (!kaz::detail::spareBlocks.keep(rep))
         kaz::detail::BlockMemory::release(rep);
 }
 
+/// Out of line, so that the inline functions that may end here stay small.
 void kaz::detail::throwTextTooLong() {
     throw KazMemoryException();
 }

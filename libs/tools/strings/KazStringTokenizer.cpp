@@ -18,6 +18,8 @@ KazStringTokenizer::KazStringTokenizer(const KazStringTokenizer& o)
     : text(o.text), delimiters(ownSet(o.delimiters).release()), position(o.position) {}
 
 KazStringTokenizer& KazStringTokenizer::operator=(const KazStringTokenizer& o) {
+    // Only the copy of the set can fail, and it is made first; the text is shared. The old set is
+    // freed at the end, also when a tokenizer is assigned to itself.
     const HeapPtr<char> old(std::exchange(delimiters, ownSet(o.delimiters).release()));
     text = o.text;
     position = o.position;

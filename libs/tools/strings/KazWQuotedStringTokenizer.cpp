@@ -18,6 +18,7 @@ KazWQuotedStringTokenizer::KazWQuotedStringTokenizer(const KazWQuotedStringToken
 
 KazWQuotedStringTokenizer&
 KazWQuotedStringTokenizer::operator=(const KazWQuotedStringTokenizer& o) {
+    // Both sets are copied before the first member changes; what was replaced leaves with `copy`.
     HeapPtr<unsigned short> copy = ownSet(o.quotes);
     KazWStringTokenizer::operator=(o);
     copy.reset(std::exchange(quotes, copy.release()));

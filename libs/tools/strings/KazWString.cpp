@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// The wide string, of 16-bit units on every host. What both widths do alike stands in the .inc
+// files; what follows them differs: conversion from and to the locale's bytes, formatting by way
+// of the narrow string, and comparison, which is inline in the narrow class.
 #include "tools/strings/KazWString.h"
 
 #include "tools/app/exceptions/report.h"
@@ -52,6 +55,7 @@ void KazWString::copyUnits(const void* s, std::size_t n) {
 // ---- Between the widths
 
 bool KazWString::setNarrow(const char* s) {
+    // Measured first: a text that is not valid in the locale changes nothing.
     const std::size_t n = s != nullptr ? std::mbstowcs(nullptr, s, 0) : 0;
     if (n == static_cast<std::size_t>(-1))
         return false;
@@ -61,9 +65,11 @@ bool KazWString::setNarrow(const char* s) {
     }
     const kaz::detail::WideBuffer wide = kaz::detail::wideBuffer(n);
     std::mbstowcs(wide.get(), s, n + 1);
+    // Characters beyond 16 bits take two units, so the count differs from that of wchar_t.
     const auto units = static_cast<std::int64_t>(kaz::detail::unitsOf(wide.get(), n));
     Char* const text = Block::make(units, units);
     kaz::detail::putUnits(text, wide.get(), n);
+    // The old block goes only when the new one is complete: a failure leaves the string as it was.
     adopt(text);
     return true;
 }
@@ -77,6 +83,7 @@ bool KazWString::toNarrow(KazString& narrow) const {
     return true;
 }
 
+/// A byte that is no character of its own in the locale adds nothing.
 KazWString KazWString::operator+(char c) const {
     KazWString result = *this;
     const std::wint_t wide = std::btowc(static_cast<unsigned char>(c));
@@ -168,6 +175,7 @@ void KazWString::format(const unsigned short* fmt, ...) {
 
 // ---- Collation
 
+/// wcscoll() gives any number; callers get its sign. Lone surrogates are compared as they are.
 int KazWString::compareLocale(const unsigned short* a, const unsigned short* b) {
     const kaz::detail::WideBuffer left = kaz::detail::widenedAsIs(orEmpty(a));
     const kaz::detail::WideBuffer right = kaz::detail::widenedAsIs(orEmpty(b));
@@ -195,6 +203,7 @@ bool KazWString::equals(const Char* s) const {
     return Characters::compare(chars(), s) == 0;
 }
 
+/// Lengths and blocks first: most texts that differ do so there, and copies share a block.
 bool KazWString::equals(const KazWString& o) const {
     if (getLength() != o.getLength())
         return false;

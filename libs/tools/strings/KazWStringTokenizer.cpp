@@ -18,6 +18,8 @@ KazWStringTokenizer::KazWStringTokenizer(const KazWStringTokenizer& o)
     : text(o.text), delimiters(ownSet(o.delimiters).release()), position(o.position) {}
 
 KazWStringTokenizer& KazWStringTokenizer::operator=(const KazWStringTokenizer& o) {
+    // Only the copy of the set can fail, and it is made first; the text is shared. The old set is
+    // freed at the end, also when a tokenizer is assigned to itself.
     const HeapPtr<unsigned short> old(std::exchange(delimiters, ownSet(o.delimiters).release()));
     text = o.text;
     position = o.position;

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+// Two formats that give the same text here take the same arguments, so a translated one can stand
+// for its original. Flags, widths and precisions of digits do not count; a "*" is an argument of
+// type int. What printf would do something undefined with is written into the text, which then
+// equals that of no good format.
 #include "tools/strings/printf_arguments.h"
 
 #include "tools/util/detail/or_empty.h"
@@ -14,6 +18,7 @@ class Scanner {
 public:
     explicit Scanner(std::string_view text) : rest_(text) {}
 
+    /// One pass over the format; arguments are kept in the order of their positions.
     std::string scan() {
         for (std::size_t at; (at = rest_.find('%')) != std::string_view::npos;) {
             rest_.remove_prefix(at + 1);
@@ -46,9 +51,11 @@ private:
     /// "3$" in front of a conversion or behind "*"; 0 when there is none.
     int takePosition() {
         const std::size_t digits = std::min(rest_.find_first_not_of("0123456789"), rest_.size());
+        // Three digits are more arguments than a call has, and fit an int.
         if (digits == 0 || digits > 3 || digits >= rest_.size() || rest_[digits] != '$')
             return 0;
         const int position = std::stoi(std::string(rest_.substr(0, digits)));
+        // "0$" is none, and stays in the text to be found wrong as a conversion.
         if (position > 0)
             rest_.remove_prefix(digits + 1);
         return position;
@@ -56,7 +63,8 @@ private:
 
     void note(int position, const std::string& conversion) {
         hasPositions_ = hasPositions_ || position > 0;
-        std::string& known = arguments_[position > 0 ? position : ++last_];
+        // An argument may be used twice, but only as the same type.
+        std::string& known = arguments_[position > 0 ? position : ++last];
         if (known.empty())
             known = conversion;
         else if (known != conversion)
@@ -92,6 +100,7 @@ private:
         }
         const char letter = rest_.front();
         rest_.remove_prefix(1);
+        // "i" and "d" read the same argument. "-" and the like are left to differ.
         note(position, conversion + (letter == 'i' ? 'd' : letter));
     }
 

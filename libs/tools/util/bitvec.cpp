@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+// Bits behind the last valid one are always clear: copying, clearing and the search for any set
+// bit then go by whole words. Only a comparison of parts needs masks, at its two ends.
 #include "tools/util/bitvec.h"
 
 #include <algorithm>

@@ -34,6 +34,7 @@ bool readCharacter(const unsigned short*& s, wchar_t*& out) {
         *out++ = static_cast<wchar_t>(unit);
         return true;
     }
+    // The terminator is no low surrogate, so nothing behind it is read.
     if (unit >= lowSurrogate || !isIn(*s, lowSurrogate, endOfSurrogates))
         return false;
     const std::uint32_t low = *s++;
@@ -49,6 +50,7 @@ bool readCharacter(const unsigned short*& s, wchar_t*& out) {
 
 } // namespace
 
+/// Units are as many as characters at least, so a buffer for them is never too small.
 WideBuffer wideBuffer(std::size_t n) {
     return WideBuffer(static_cast<wchar_t*>(allocate((n + 1) * sizeof(wchar_t))));
 }
@@ -65,6 +67,7 @@ WideBuffer widenedAsIs(const unsigned short* s) {
     return result;
 }
 
+/// Null for a lone surrogate, which no locale can write.
 WideBuffer widened(const unsigned short* s) {
     WideBuffer result = wideBuffer(Characters<unsigned short>::length(s));
     wchar_t* out = result.get();
