@@ -63,6 +63,7 @@ int hexColour(std::string_view digits) {
     return value;
 }
 
+/// Names are of ASCII letters, so no locale has a say in their case.
 bool isNamed(std::string_view text, std::string_view name) {
     return std::equal(text.begin(), text.end(), name.begin(), name.end(), [](char a, char b) {
         return a == b || (a >= 'A' && a <= 'Z' && a + 32 == b);
@@ -113,6 +114,7 @@ void appendMifColour(TextBuilder& out, std::string_view tag, unsigned value) {
     out.append(" <Color\n  <ColorTag `");
     out.append(tag);
     out.append("'>\n");
+    // MIF states inks as percentages with six decimals; 0 to 255 come back from them exactly.
     const Inks amounts(value, 6);
     for (int i = 0; i < 4; ++i) {
         out.append("  <Color");

@@ -424,6 +424,7 @@ void KazDocWriter::setCreated(std::int64_t seconds) {
     core->about.created = seconds;
 }
 
+/// All three at once or none: a margin alone might leave no room for text.
 void KazDocWriter::setPage(int width, int height, int margin) {
     constexpr int least = 100;
     const bool isReasonable = margin >= 0 && margin <= kaz::detail::longestMeasure &&

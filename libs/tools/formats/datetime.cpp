@@ -26,6 +26,7 @@ bool exists(const date_parts& parts) {
            isWithin(parts.second, 0, 59) && isWithin(parts.nanosecond, 0, 999'999'999);
 }
 
+/// As if the local time were UTC; the offset is subtracted by the caller.
 std::int64_t localSeconds(const date_parts& parts) {
     return dayNumber({parts.year, parts.month, parts.day}) * secondsPerDay + parts.hour * 3600 +
            parts.minute * 60 + parts.second;

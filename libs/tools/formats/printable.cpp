@@ -82,6 +82,7 @@ std::size_t lengthOfOrdinary(const char* text, const char* end) {
 int putPrintable(TextBuilder& out, const char* text, const char* end) {
     const kaz::detail::Utf8 first = kaz::detail::firstOfUtf8(text, end);
     const auto length = static_cast<std::size_t>(first.length);
+    // Byte by byte, so that a damaged text shows what it really holds.
     if (!first.valid || (length == 1 && isControl(*text)))
         std::for_each_n(text, length, [&out](char c) { putByte(out, c); });
     else if (isInvisible(first.code))
@@ -91,6 +92,7 @@ int putPrintable(TextBuilder& out, const char* text, const char* end) {
     return first.length;
 }
 
+/// C1 controls are found as characters only: their bytes are parts of others in UTF-8.
 bool hasControl(std::string_view text) {
     for (const char* at = text.begin(); at != text.end();) {
         const kaz::detail::Utf8 c = kaz::detail::firstOfUtf8(at, text.end());
@@ -131,6 +133,7 @@ KazString kazPrintable(const char* text) {
     return result;
 }
 
+/// What RFC 3986 calls unreserved stays; all else would mean something, or nothing, in a URL.
 KazString kazEncodeUrl(const char* text) {
     const std::string_view view = viewOf(text);
     KazString result;
