@@ -46,6 +46,7 @@ KazString programName(const char* path) {
 /// Puts the suite's programs in front of "Path", whose entries are native text
 /// on every host.
 void extendPath(const char* binDir) {
+    // Not joined where there was none: some take an empty entry for the current directory.
     KazString nativeDir = kazNormalizedPath(binDir);
     const char* path = kaz::host::environment("Path");
     if (path != nullptr && *path != '\0') {
@@ -58,12 +59,15 @@ void extendPath(const char* binDir) {
 /// Where the host's own search variable is not the one that extendPath has just
 /// set, child tools are found through this one.
 void extendHostSearchPath(const char* binDir) {
+    // Compared by address: where case does not count both names find one and the same entry.
     const char* nativePath = kaz::host::environment("Path");
     const char* hostPath = kaz::host::environment("PATH");
     const bool sameVariable = hostPath != nullptr && nativePath == hostPath;
     std::string result = kaz::host::hostPath(binDir);
     if (sameVariable || result.empty())
         return;
+    // A variable that is set to the suite alone would hide the programs of the host, which are
+    // found by default only while there is no variable at all.
     const std::string behind = hostPath != nullptr ? hostPath : kaz::host::defaultSearchPath();
     if (!behind.empty())
         result.append(1, kaz::host::searchPathSeparator()).append(behind);
@@ -102,6 +106,7 @@ void deleteQuietly(const char* path) {
 } // namespace
 
 KazApp::KazApp() {
+    // Made first and so destroyed last, see there.
     appNameCache();
     kaz::detail::isDebugged = [] { return theApp != nullptr && theApp->debugFlag_; };
     tempFiles_.setCheckIn(KazString::checkIn);
@@ -141,6 +146,7 @@ void KazApp::setBusy(bool) {}
 void KazApp::initEnvironment() {
     // The platform's copy command then never asks before it overwrites.
     TI_putenv("COPYCMD", "/Y");
+    // Before the paths: each level of tools would put the same directory in front once more.
     if (kaz::host::environment("KAZCOREROOT") != nullptr) {
         nestedCall_ = true;
         return;
@@ -187,6 +193,7 @@ void KazApp::removeTemporaryFiles() {
 void KazApp::setHandlers() {
     std::set_terminate(terminateHandler);
     kaz::host::terminateOnUncaughtRethrow();
+    // An exception of the library's, so that superMain can report what operator new has met.
     std::set_new_handler(newHandler);
 }
 

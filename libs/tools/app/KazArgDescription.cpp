@@ -107,6 +107,7 @@ struct LetterIndex {
     std::array<std::uint8_t, 256> end{};
 };
 
+// At compile time: static objects may parse before any initialisation of this file.
 constexpr LetterIndex makeLetterIndex() {
     LetterIndex index;
     std::uint8_t count = 0;
@@ -134,6 +135,7 @@ constexpr const KazArgDescription* findDashRow() {
 bool selects(const KazArgDescription& row, const char* argument, std::size_t length) {
     const std::size_t full = std::strlen(row.text);
     const char last = argument[length - 1];
+    // The digit goes behind the whole text alone; an abbreviation with one is another word.
     if (row.isSwitch && length == full + 1 && (last == '0' || last == '1'))
         length = full;
     return length >= static_cast<std::size_t>(row.minLength) && length <= full &&
@@ -147,6 +149,7 @@ const KazArgDescription* KazArgDescription::table() {
 }
 
 const KazArgDescription* KazArgDescription::find(arg_type_enum type) {
+    // Looked for and not indexed: the types are numbered in another order than the rows.
     for (const KazArgDescription* row = rows; row->type != arg_end; ++row)
         if (row->type == type)
             return row;

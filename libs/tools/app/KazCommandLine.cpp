@@ -31,6 +31,7 @@ std::vector<std::string>& givenWords() {
     return words;
 }
 
+// The problem comes first: a shell that cuts after a line still shows what is wrong.
 void reportProblem(const Description& description, const std::string& problem,
                    const std::vector<std::string>& notes) {
     const char* const program = description.program;
@@ -49,6 +50,7 @@ std::string oneWord(const char* text) {
 }
 
 int explain(const Description& description, int argc, char** argv) {
+    // The status tells scripts whether the line was good; the lines are written in both cases.
     const LineReading reading(description, argc, argv);
     for (int i = 1; i < argc; ++i)
         print_msg("%d\t%s\t%s", i, oneWord(argv[i]).c_str(), reading.meaningOf(i).c_str());
@@ -59,11 +61,13 @@ int explain(const Description& description, int argc, char** argv) {
 
 int complete(const Description& description, KazCommandLine::Completer completer, int argc,
              char** argv) {
+    // The shell's script is no user: it gets a status and no message in between its candidates.
     const std::string_view number = argc > 0 && argv[0] != nullptr ? argv[0] : "";
     std::size_t at = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), at);
     if (number.empty() || error != std::errc() || end != number.data() + number.size())
         return KazCommandLine::wrongUsage;
+    // argc is positive here, as an empty number has been refused.
     const std::vector<std::string> words(argv + 1, argv + argc);
     for (const std::string& line : kaz::detail::completionsOf(description, completer, at, words))
         print_msg("%s", line.c_str());
@@ -104,11 +108,14 @@ bool parseForApplication(const Description& description, LineReading& reading) {
     required.push_back(arg_end);
     optional.push_back(arg_end);
     std::vector<char*>& words = reading.words();
+    // What has been examined is parsed again, now into the set that the tool's queries ask, and
+    // with the messages of the parser.
     words.push_back(nullptr); // argv ends so
     if (!kaz_arg_parse(static_cast<int>(words.size()) - 1, words.data(), required.data(),
                        optional.data(), 0, false))
         return false;
     KazParsedArgs& args = *KazApp::getInstance()->getParsedArgs();
+    // Not parsed: behind "--" what begins with "-" would be taken for an option.
     for (const char* const argument : reading.rest())
         args.addUntagged(argument);
     return true;
@@ -118,6 +125,7 @@ bool parseForApplication(const Description& description, LineReading& reading) {
 
 int KazCommandLine::parse(int argc, char** argv) const {
     LineReading reading(description_, argc, argv);
+    // Before the problem: who asks for help has often made a mistake.
     if (const int position = reading.wordPosition(); position > 0)
         return written(obey(description_, completer_, position, argc, argv), description_.program);
     const std::string problem = reading.problem();

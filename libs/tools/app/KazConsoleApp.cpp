@@ -47,6 +47,8 @@ void report(KazException& exception) {
 } // namespace
 
 int KazConsoleApp::superMain(int count, char** arguments) {
+    // First of all: a file that is opened while one of them is closed would take its number, and
+    // messages would be written into it.
     kaz::host::holdStandardStreams();
     setHandlers();
     argc_ = count;

@@ -22,6 +22,7 @@
 
 namespace {
 
+// The last one of the enumeration, which is not the last row of the table.
 constexpr int typeCount = arg_filter + 1;
 
 bool isType(arg_type_enum type) {
@@ -84,6 +85,7 @@ struct KazParsedArgs::Line {
     bool holdsValues(int count) const { return count < argc - position; }
 };
 
+// Collections are made for the options that are given: a line has few of the seventy.
 KazParsedArgs::KazParsedArgs() : values_(new KazColl* [typeCount] {}) {
     holdStrings(untagged_);
 }
@@ -113,6 +115,7 @@ bool KazParsedArgs::read(int argc, char** argv, const arg_type_enum* required,
                          const arg_type_enum* optional, int minUntagged, bool isQuiet) {
     if (record_ == nullptr)
         record_ = new Record;
+    // The record tells of the last line only, while the values of all lines add up.
     record_->problem = {};
     record_->meanings.assign(static_cast<std::size_t>(std::max(argc, 0)), {});
     Line line{argc,   argv, required, typesOf(required) | typesOf(optional), record_->meanings,
@@ -131,6 +134,7 @@ bool KazParsedArgs::read(int argc, char** argv, const arg_type_enum* required,
     }
     if (!hasRequiredArguments(line))
         return false;
+    // Arguments of earlier lines count, too, as the set holds them all.
     return untagged_.getSize() >= minUntagged ||
            refuse(line, KazArgProblem::argumentsMissing, nullptr);
 }
@@ -159,6 +163,7 @@ bool KazParsedArgs::parseOption(Line& line) {
     const KazArgDescription* row = KazArgDescription::match(line.current());
     if (row == nullptr)
         return refuse(line, KazArgProblem::unknownOption, nullptr);
+    // Before the repetition: an option that the tool does not take is a mistake each time.
     if (!isLegalArgument(row->type, line))
         return refuse(line, KazArgProblem::unlistedOption, row);
     if (hasValues(row->type) && row->repeatLimit <= 1) {
@@ -192,6 +197,7 @@ bool KazParsedArgs::assignText(const KazArgDescription& row, Line& line) {
         return assignSwitch(row, line.current());
     if (!line.holdsValues(row.valueCount))
         return refuse(line, KazArgProblem::valuesMissing, &row);
+    // No switch and no value: that it was given is all there is to keep.
     if (row.repeatLimit < 2 && row.valueCount == 0) {
         addValue(row.type, "1");
         return true;
@@ -200,6 +206,7 @@ bool KazParsedArgs::assignText(const KazArgDescription& row, Line& line) {
 }
 
 bool KazParsedArgs::assignSwitch(const KazArgDescription& row, const char* argument) {
+    // No text of a switch holds a digit, so the first one found is the one at the end.
     const char* digit = std::strchr(argument, '0');
     if (digit == nullptr)
         digit = std::strchr(argument, '1');
@@ -208,6 +215,7 @@ bool KazParsedArgs::assignSwitch(const KazArgDescription& row, const char* argum
 }
 
 bool KazParsedArgs::assignValues(const KazArgDescription& row, Line& line) {
+    // Values are counted and not occurrences, because one occurrence may take several.
     const int stored = hasValues(row.type) ? values_[row.type]->getSize() : 0;
     if (row.repeatLimit >= 2 && stored + row.valueCount > row.valueCount * row.repeatLimit) {
         if (!line.isQuiet)
@@ -255,6 +263,7 @@ const char* KazParsedArgs::getRepeatingText(arg_type_enum type, int occurrence, 
     const KazArgDescription* row = KazArgDescription::find(type);
     if (row == nullptr || !hasValues(type) || item >= row->valueCount)
         return missing(defaultText);
+    // The product of two int may leave the range of int.
     const std::int64_t index = static_cast<std::int64_t>(occurrence) * row->valueCount + item;
     if (index < 0 || index >= values_[type]->getSize())
         return missing(defaultText);

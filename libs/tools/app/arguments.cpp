@@ -29,6 +29,7 @@ const KazParsedArgs* currentSet() {
     KazApp* app = KazApp::getInstance();
     if (app == nullptr)
         return nullptr;
+    // The virtual operation: a console application makes its context here, at the first question.
     if (app->getActiveContext() != nullptr)
         if (const KazParsedArgs* own = KazToolsContext::getInstance()->getParsedArgs())
             return own;
@@ -36,6 +37,7 @@ const KazParsedArgs* currentSet() {
 }
 
 KazParsedArgs* ownSet(const KazParsedArgs* applicationSet) {
+    // What counts for the whole process is handed on; the line that is parsed next adds the rest.
     KazToolsContext* context = KazToolsContext::getInstance();
     if (context == nullptr)
         return nullptr;
@@ -88,6 +90,7 @@ bool isEditorOption(const char* argument) {
     static constexpr char option[] = "-editor";
     if (argument == nullptr || argument[0] != '-' || argument[1] == '\0')
         return false;
+    // Compared as far as both reach, which is what lets abbreviations and longer words through.
     const std::size_t length = std::min(std::strlen(argument), sizeof option - 1);
     for (std::size_t i = 0; i < length; ++i)
         if (std::tolower(static_cast<unsigned char>(argument[i])) != option[i])
@@ -97,6 +100,7 @@ bool isEditorOption(const char* argument) {
 
 /// A position before the last argument, or 0 when there is none.
 int findEditorOption(int argc, char** argv) {
+    // The last argument cannot be the option, because its value would be missing.
     for (int i = 1; i < argc - 1; ++i)
         if (isEditorOption(argv[i]))
             return i;
@@ -105,6 +109,7 @@ int findEditorOption(int argc, char** argv) {
 
 /// The heap copy is the new argv[0]; null when the path does not fit.
 char* programBeside(const char* argv0, const char* program) {
+    // A path that is longer gives null, and the caller goes on with the old argv[0].
     char path[512];
     const KazString directory = kazPathDirPart(argv0);
     if (directory.isEmpty())
@@ -125,8 +130,10 @@ bool kaz_arg_parse(int argc, char** argv, const arg_type_enum* required,
     if (set == nullptr)
         return false;
     const bool isGood = set->parse(argc, argv, required, optional, minUntagged);
+    // A refused line steers nothing, although its values stay in the set.
     if (isGood)
         obeyTraceOptions(*set);
+    // Asked here once: the walk over the line is for traces alone.
     if (kazIsTraced("arguments"))
         traceLine(*set, argc, argv, isGood);
     return isGood;
@@ -181,6 +188,7 @@ bool text_is_float(const char* text) {
 
 /// Removes the null arguments; a null ends the rest, as in every argument vector.
 void arg_shift_argv(int* argc, char** argv) {
+    // There is room for the terminating null even so, as in every argument vector.
     if (*argc < 1) {
         argv[0] = nullptr;
         return;
@@ -201,12 +209,14 @@ int get_editor_from_argv(int* argc, char** argv, char** editor, int renameArgv0)
     const int option = findEditorOption(*argc, argv);
     if (option == 0)
         return 0;
+    // The text stays valid when the vector is shifted: only the pointers move.
     *editor = argv[option + 1];
     argv[option] = nullptr;
     argv[option + 1] = nullptr;
     arg_shift_argv(argc, argv);
     if (renameArgv0 == 0)
         return 1;
+    // Never freed, as argv has to live to the end of the process.
     if (char* renamed = programBeside(argv[0], TI_cprogname(*editor)))
         argv[0] = renamed;
     return 1;

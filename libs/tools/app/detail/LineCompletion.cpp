@@ -50,6 +50,7 @@ bool beginsWith(std::string_view text, std::string_view beginning) {
 }
 
 bool beginsNoCase(std::string_view text, std::string_view beginning) {
+    // ASCII alone, whatever the locale: names of options have no other letters.
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
     return text.size() >= beginning.size() &&
            std::equal(beginning.begin(), beginning.end(), text.begin(),
@@ -98,6 +99,8 @@ void giveToApplication(const Description& description, LineReading& reading) {
         types.push_back(description.options[i].type);
     types.push_back(arg_end);
     std::vector<char*>& words = reading.words();
+    // The result does not matter: a line that is being typed is hardly ever whole, and what was
+    // read up to the mistake is in the set. Nothing is required, so that its end is no mistake.
     if (KazApp* const app = KazApp::getInstance())
         app->getParsedArgs()->examine(static_cast<int>(words.size()), words.data(), nullptr,
                                       types.data(), 0);
@@ -122,6 +125,7 @@ std::vector<std::pair<std::string, const char*>> optionsOf(const Description& de
     for (int i = 0; i < description.optionCount; ++i) {
         const LineOption& option = description.options[i];
         const KazArgDescription& row = *KazArgDescription::find(option.type);
+        // An option with a limit of 0 may be given once.
         if (reading.timesGiven(option.type) < std::max(row.repeatLimit, 1))
             options.emplace_back(row.text, option.help);
     }
@@ -138,6 +142,8 @@ std::vector<std::pair<std::string, const char*>> optionsOf(const Description& de
 void addOptions(Candidates& candidates, const Description& description,
                 const LineReading& reading) {
     const auto options = optionsOf(description, reading);
+    // Exactly first: "-t" and "-T" are different options, and who types one does not want the
+    // other.
     for (const auto& matches : {beginsWith, beginsNoCase}) {
         for (const auto& [text, help] : options)
             if (matches(text, candidates.begin()))
@@ -153,16 +159,21 @@ std::vector<std::string> completionsOf(const Description& description,
                                        KazCommandLine::Completer completer, std::size_t number,
                                        const std::vector<std::string>& words) {
     MuteDirector mute;
+    // Copies, because an argument vector is not const. What stands behind the cursor
+    // is left out: it cannot change what may stand here.
     std::vector<std::string> before(
         words.begin(), words.begin() + static_cast<std::ptrdiff_t>(std::min(number, words.size())));
+    // The parser passes over the program's name and never writes to it.
     std::vector<char*> line{const_cast<char*>("")};
     for (std::string& word : before)
         line.push_back(word.data());
+    // Refers to before, which therefore has to live as long.
     LineReading reading(description, static_cast<int>(line.size()), line.data());
     if (completer != nullptr)
         giveToApplication(description, reading);
     Candidates candidates(number < words.size() ? words[number] : "");
     int item = 0;
+    // First of all, since a value may begin with "-" and even look like an option.
     if (const LineOption* const option = reading.optionInNeed(item)) {
         addValues(candidates, option->kind, option->choices,
                   KazArgDescription::find(option->type)->text, completer);
@@ -174,9 +185,11 @@ std::vector<std::string> completionsOf(const Description& description,
     }
     const bool fits =
         description.maxArguments < 0 || reading.argumentCount() < description.maxArguments;
+    // A tool without arguments has an empty text for them, not a null.
     const bool takesArguments = fits && *description.arguments != '\0';
     if (takesArguments)
         addValues(candidates, description.argumentKind, nullptr, "", completer);
+    // Options fill an empty word only where they would not drown names of files.
     if (candidates.begin().empty() && !reading.isEnded() &&
         (!takesArguments || description.argumentKind == KazCommandLine::AnyText))
         addOptions(candidates, description, reading);

@@ -19,6 +19,8 @@ namespace kaz::detail {
 
 namespace {
 
+// Matched whole, unlike options. The parser stops at each of them: it knows none but
+// "-version", which is an option only of tools that list it.
 constexpr std::string_view wordsAboutTools[] = {"-help",     "--help",     "-version",  "--version",
                                                 "--explain", "--describe", "--complete"};
 
@@ -27,6 +29,7 @@ std::string shown(const char* word) {
 }
 
 bool isWholeNumber(std::string_view text) {
+    // from_chars takes a minus sign and no plus; "+-1" must not become -1.
     if (!text.empty() && text[0] == '+' && text.substr(1, 1) != "-")
         text.remove_prefix(1);
     std::int64_t number = 0;
@@ -45,6 +48,7 @@ std::vector<std::string> choicesOf(const LineOption& option) {
     return choices;
 }
 
+// Distance 0 is equality but for ASCII case, as in the hints.
 bool begins(std::string_view text, std::string_view beginning) {
     return text.size() >= beginning.size() &&
            editDistance(text.substr(0, beginning.size()), beginning, 0) == 0;
@@ -73,6 +77,7 @@ const LineOption* findOption(const LineDescription& description, arg_type_enum t
 
 std::string shortestForm(const KazArgDescription& row) {
     std::string text = row.text;
+    // The length in the table does not tell: an earlier row may take the same abbreviation.
     for (std::size_t length = 1; length < text.size(); ++length)
         if (KazArgDescription::match(text.substr(0, length).c_str()) == &row)
             return text.substr(0, length);
@@ -80,6 +85,7 @@ std::string shortestForm(const KazArgDescription& row) {
 }
 
 bool isAboutTool(const LineDescription& description, std::string_view word) {
+    // A tool that has taken "-version" for an option of its own keeps it, value and all.
     if (word == "-version" && findOption(description, arg_version) != nullptr)
         return false;
     return std::find(std::begin(wordsAboutTools), std::end(wordsAboutTools), word) !=
@@ -93,6 +99,7 @@ LineReading::LineReading(const LineDescription& description, int argc, char** ar
             .push_back(description.options[i].type);
     required_.push_back(arg_end);
     optional_.push_back(arg_end);
+    // Positions are kept apart from the words, as own words and nulls leave gaps between them.
     for (int i = 0; i < argc; ++i) {
         all_.push_back(argv[i]);
         if (argv[i] == nullptr && i > 0)
@@ -100,12 +107,16 @@ LineReading::LineReading(const LineDescription& description, int argc, char** ar
         words_.push_back(argv[i]);
         positions_.push_back(i);
     }
+    // One reading for each own word of the line: the parser keeps no state that could go on behind
+    // a stop, and an own word may be a value of the option in front, which only it knows.
     do
         read();
     while (takeOwnWord());
     wordPosition_ = nextWordAboutTool();
 }
 
+// The set is new each time, since a reading adds to what its set holds. No arguments are
+// demanded here: how many there must be is judged without the parser, after "--" is known.
 void LineReading::read() {
     args_ = std::make_unique<KazParsedArgs>();
     args_->examine(static_cast<int>(words_.size()), words_.data(), required_.data(),
@@ -119,6 +130,7 @@ bool LineReading::takeOwnWord() {
         return false;
     const auto at = problem_.position;
     const std::string word = words_[static_cast<std::size_t>(at)];
+    // Only words_ is cut. positions_ stays longer, which meaningOf has to look at.
     if (word == "--") {
         isEnded_ = true;
         rest_.assign(words_.begin() + at + 1, words_.end());
@@ -129,6 +141,7 @@ bool LineReading::takeOwnWord() {
     if (std::none_of(description_.words, end,
                      [&word](const KazCommandLine::Word& own) { return word == own.text; }))
         return false;
+    // The word stays where it is, so that problem_ goes on pointing at it.
     if (std::find(given_.begin(), given_.end(), word) != given_.end()) {
         repeatedWord_ = word;
         return false;
@@ -144,10 +157,13 @@ bool LineReading::takeOwnWord() {
 int LineReading::nextWordAboutTool() const {
     KazArgProblem problem = problem_;
     std::size_t at = 0;
+    // The position grows with each turn, so this ends. Position 0 is a problem of the whole line,
+    // behind which there is no word to begin at.
     while (problem.kind != KazArgProblem::none && problem.position > 0) {
         at += static_cast<std::size_t>(problem.position);
         if (isAboutTool(description_, words_[at]))
             return positions_[at];
+        // The mistake itself takes the place of the program's name, which the parser passes over.
         KazParsedArgs further;
         std::vector<char*> words(words_.begin() + static_cast<std::ptrdiff_t>(at), words_.end());
         further.examine(static_cast<int>(words.size()), words.data(), required_.data(),
@@ -168,6 +184,7 @@ std::string LineReading::parserProblem() const {
         problem_.position > 0 ? words_[static_cast<std::size_t>(problem_.position)] : "";
     if (problem_.row == nullptr)
         return "unknown option " + shown(word) + hintFor(word);
+    // Only an unknown option has no row; argumentsMissing cannot come, as none are demanded.
     const KazArgDescription& row = *problem_.row;
     std::string text = std::string("option ") + row.text;
     switch (problem_.kind) {
@@ -197,6 +214,7 @@ std::string LineReading::unlistedProblem(const KazArgDescription& row,
         std::string text = textOf(description_.options[i]);
         const std::string shortest =
             shortestForm(*KazArgDescription::find(description_.options[i].type));
+        // More than three would hide the message in front of them.
         if (!begins(text, word) || words.size() >= 3)
             continue;
         if (shortest != text)
@@ -214,12 +232,15 @@ std::string LineReading::hintFor(const std::string& word) const {
         candidates.emplace_back(textOf(description_.options[i]));
     for (int i = 0; i < description_.wordCount; ++i)
         candidates.emplace_back(description_.words[i].text);
+    // Of the words about tools those that people type; the others are for scripts.
     candidates.emplace_back("-help");
     if (findOption(description_, arg_version) == nullptr)
         candidates.emplace_back("-version");
+    // Other suites join option and value. The value would make every option look far away.
     const std::size_t equals = std::min(word.find('='), word.size());
     std::vector<std::string> words =
         nearWords(std::string_view(word).substr(0, equals), candidates);
+    // With two candidates nobody knows whose value it was meant to be.
     if (equals < word.size() && words.size() == 1) {
         const KazArgDescription* const row = KazArgDescription::match(words[0].c_str());
         if (row != nullptr && row->valueCount > 0)
@@ -247,6 +268,7 @@ std::string LineReading::valueProblem(const LineOption& option) const {
     if (option.kind != KazCommandLine::WholeNumber && option.kind != KazCommandLine::OneOf)
         return {};
     const std::vector<std::string> choices = choicesOf(option);
+    // All occurrences: the first bad value of an option that may be repeated is the one to name.
     for (int i = 0; const char* value = args_->getArgText(option.type, i, nullptr); ++i) {
         if (option.kind == KazCommandLine::WholeNumber) {
             if (!isWholeNumber(value))
@@ -270,6 +292,7 @@ std::vector<std::string> LineReading::swallowedOptions() const {
     for (std::size_t i = 1; i < words_.size(); ++i) {
         const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(i));
         const KazArgDescription* const row = KazArgDescription::match(words_[i]);
+        // Options that the tool does not take are left out: there the value was surely meant.
         if (meaning.kind == KazArgMeaning::value && row != nullptr &&
             findOption(description_, row->type) != nullptr)
             notes.push_back(shown(words_[i]) + " was taken as the value of " + meaning.row->text);
@@ -303,15 +326,18 @@ int LineReading::timesGiven(arg_type_enum type) const {
 const LineOption* LineReading::optionInNeed(int& item) const {
     if (problem_.kind != KazArgProblem::valuesMissing)
         return nullptr;
+    // The option is the last one read, so all words behind it are its values.
     item = static_cast<int>(words_.size()) - problem_.position - 1;
     return findOption(description_, problem_.row->type);
 }
 
 std::string LineReading::meaningOf(int position) const {
     const auto at = std::find(positions_.begin(), positions_.end(), position) - positions_.begin();
+    // No word of the parser's: the program itself, a null, an own word, or "--" and beyond.
     if (at == 0 || static_cast<std::size_t>(at) >= words_.size()) {
         // Behind "--" everything is an argument; an own word is what it is.
         const char* const word = all_[static_cast<std::size_t>(position)];
+        // By address, as the same text may stand on both sides of "--".
         const auto behind = std::find(rest_.begin(), rest_.end(), word);
         if (word != nullptr && behind != rest_.end())
             return "argument " + std::to_string(argumentCount() - (rest_.end() - behind) + 1);
@@ -323,6 +349,7 @@ std::string LineReading::meaningOf(int position) const {
     }
     const char* const word = words_[static_cast<std::size_t>(at)];
     const KazArgMeaning meaning = args_->getMeaning(static_cast<int>(at));
+    // Before the meaning: the parser notes an option before it misses the values.
     if (problem_.position == at && problem_.kind != KazArgProblem::none)
         return problemMeaning(word);
     switch (meaning.kind) {
@@ -343,6 +370,7 @@ std::string LineReading::meaningOf(int position) const {
 
 std::string LineReading::optionMeaning(const KazArgDescription& row, const char* word) const {
     if (row.isSwitch) {
+        // A "0" anywhere comes first, as where the parser stores the value.
         const char* digit = std::strpbrk(word, "01");
         if (const char* const zero = std::strchr(word, '0'))
             digit = zero;

@@ -18,6 +18,7 @@ namespace {
 
 using Description = KazCommandLine::Description;
 
+// Indexed by KazCommandLine::ValueKind: scripts for completion read these words.
 constexpr const char* kindNames[] = {"text", "file", "directory", "number", "choice", "tool"};
 
 std::string withValue(const LineOption& option) {
@@ -41,6 +42,7 @@ std::vector<std::pair<std::string, std::string>> detailsOf(const Description& de
     for (int i = 0; i < description.wordCount; ++i)
         rows.emplace_back(description.words[i].text, description.words[i].help);
     rows.emplace_back("-help", "show this and do nothing else");
+    // Where the tool has an option of that name the word is the option's, as on the line.
     if (findOption(description, arg_version) == nullptr)
         rows.emplace_back("-version", "show the version and do nothing else");
     if (*description.arguments != '\0')
@@ -102,6 +104,7 @@ const char* yes(bool value) {
 
 std::string describedOption(const LineOption& option) {
     const KazArgDescription& row = *KazArgDescription::find(option.type);
+    // The row decides which option an abbreviation means, so readers can foretell that from it.
     const auto number = &row - KazArgDescription::table();
     return "{" + textField("name", row.text) + ", " + field("row", std::to_string(number)) + ", " +
            field("shortest", quoted(shortestForm(row))) + ", " + textField("value", option.value) +
@@ -117,6 +120,7 @@ std::string describedOption(const LineOption& option) {
 
 std::string usageText(const Description& description) {
     const auto rows = detailsOf(description);
+    // Bytes count as columns, which is true of ASCII names.
     std::size_t width = 0;
     for (const auto& row : rows)
         width = std::max(width, row.first.size());
