@@ -24,6 +24,7 @@ using kaz::detail::traced;
 
 namespace {
 
+// For an answer of this file's own: the host has not been asked, so errno is still the caller's.
 int failWith(int number) {
     errno = number;
     return -1;
@@ -120,6 +121,7 @@ KazDirectory KazDirectory::openSelf() const {
 int KazDirectory::getStatus(KazFileStatus& status) const {
     host::FileStatus found;
     const int result = isOpen() ? directory_->status(found) : failWith(EBADF);
+    // Written on failure, too: a caller that looks at the kind alone finds it missing.
     status = statusOf(found);
     return result;
 }
@@ -140,9 +142,11 @@ int KazDirectory::list(const char* pattern, std::vector<KazDirectoryEntry>& entr
         return failWith(EBADF);
     std::vector<host::Entry> found;
     const int result = traced(directory_->list(orEmpty(pattern), found), "list", pattern);
+    // Memory is taken below, which may change errno even where it succeeds.
     const int reason = errno;
     entries.reserve(found.size());
     for (const host::Entry& entry : found)
+        // A walk that met them would never end.
         if (entry.name != "." && entry.name != "..")
             entries.push_back({toText(entry.name), kindOf(entry.kind), entry.expressible});
     errno = reason;
@@ -214,6 +218,7 @@ int KazDirectory::copyFile(const KazDirectoryEntry& entry, const KazDirectory& t
         // little as a kind that the caller has made up.
         const bool isFile = entry.kind == KazFileKind::File;
         const host::Kind kind = isFile ? host::Kind::file : host::Kind::link;
+        // The name counts as expressible: it has come from the caller as a text.
         return self.copyFile({name, kind, true}, *target.directory_, rulesOf(rules));
     };
     return traced(onEntry(directory_, entry.name, copy), "copy", entry.name);
@@ -229,6 +234,7 @@ public:
 
     int run() {
         list();
+        // Each entry is visited once; the depth costs memory of the heap and none of the stack.
         while (!levels_.empty()) {
             Level& level = levels_.back();
             if (level.next < level.entries.size())
@@ -254,11 +260,13 @@ private:
             note("");
     }
 
+    // The entry lies in a level. list() may move the levels, so nothing looks at it afterwards.
     void remove(const KazDirectoryEntry& entry) {
         if (entry.kind == KazFileKind::Directory) {
             if (cursor_.enter(entry.name) == 0)
                 list();
             else
+                // One that cannot be entered may be empty, and can be removed then.
                 removeEmpty(entry.name);
         } else if (cursor_.directory().removeFile(entry.name) != 0)
             note(entry.name);
@@ -269,6 +277,8 @@ private:
         if (levels_.empty())
             return;
         const Level& above = levels_.back();
+        // When the way up has been lost there is no open directory, and the removal fails and is
+        // noted.
         cursor_.leave();
         removeEmpty(above.entries[above.next - 1].name);
     }
@@ -297,6 +307,7 @@ private:
 int KazDirectory::removeTree(const char* name, KazString* failed) const {
     KazFileStatus status;
     KazString inside;
+    // The link and not what it leads to: a tree behind a link is somebody else's.
     int result = getStatus(name, status);
     if (result == 0 && status.kind != KazFileKind::Directory)
         result = removeFile(name);
@@ -314,6 +325,7 @@ int KazDirectory::removeTree(const char* name, KazString* failed) const {
             errno = reason;
         }
     }
+    // The path is built after the failure that it tells of.
     const int reason = errno;
     if (result != 0 && failed != nullptr)
         *failed = kaz::detail::joinPath(orEmpty(name), inside.getValue());

@@ -43,6 +43,7 @@ public:
         start(0);
         while (!levels_.empty()) {
             TreeLevel& level = levels_.back();
+            // The reference does not outlive the step into a directory, which may move the levels.
             if (level.next < level.entries.size())
                 removeEntry(level.entries[level.next++]);
             else
@@ -55,8 +56,11 @@ private:
     /// What cannot be listed has no entries here; its own removal tells.
     void start(std::size_t outerPath) {
         TreeLevel& level = levels_.emplace_back();
+        // Kept by length: the path is one text that grows and is cut back.
         level.outerPath = outerPath;
         KAZ_TRACE("files", "remove from directory %s", path_.get().getValue());
+        // A pattern without a directory part lists where the walk is. One whose directory is not
+        // here leaves the level empty, and the walk goes on.
         if (names_ == pattern_ || goElsewhere(level))
             cursor_.directory().list(names_, level.entries);
     }
@@ -66,6 +70,7 @@ private:
         KazDirectory other = openElsewhere(path_.get(), pattern_, path);
         if (!other.isOpen() || cursor_.jump(std::move(other)) != 0)
             return false;
+        // The whole path, because the other place need not lie below this one.
         level.instead = path_.get();
         path_.set(path);
         return true;
@@ -73,11 +78,13 @@ private:
 
     void finish() {
         const std::size_t outerPath = levels_.back().outerPath;
+        // Before the cut, which counts from the path as the walk has built it.
         if (!levels_.back().instead.isEmpty())
             path_.set(levels_.back().instead);
         levels_.pop_back();
         if (levels_.empty())
             return;
+        // First to the directory above, whose handle is what the removal works with.
         cursor_.leave();
         path_.pop(outerPath);
         const TreeLevel& above = levels_.back();
@@ -85,9 +92,12 @@ private:
     }
 
     void removeEntry(const KazDirectoryEntry& entry) {
+        // What is left out stays. The directories around it are tried all the same, and reported.
         if (manager_.isExcluded(entry.name.getValue()))
             return;
         if (entry.kind != KazFileKind::Directory)
+            // A name that cannot be expressed may be another file's name when it goes back to the
+            // host.
             report(entry.isNative && cursor_.directory().removeFile(entry.name) == 0,
                    "Deleted '%s'.", "Failed to delete '%s'.", entry.name);
         else if (recursive_ && entry.isNative && cursor_.enter(entry.name) == 0)
@@ -102,6 +112,7 @@ private:
     }
 
     void report(bool removed, const char* success, const char* failure, const KazString& name) {
+        // Silence costs no path: most removals succeed, and nobody reads of them.
         complete_ = complete_ && removed;
         if (removed && !manager_.verbose_)
             return;
@@ -147,6 +158,7 @@ bool canBeMade(const KazDirectory& parent, const KazString& parentPath, const Ka
 kaz::detail::PlanTop planTop(const KazString& root, const KazString& dest, bool makeTop) {
     kaz::detail::PlanTop top;
     top.path = dest;
+    // Nothing is made then, so a destination that is missing stays so.
     if (!makeTop) {
         top.directory = KazDirectory(dest.getValue());
         return top;
@@ -158,6 +170,7 @@ kaz::detail::PlanTop planTop(const KazString& root, const KazString& dest, bool 
         top.parent = KazDirectory(dest.getValue());
         top.directory = top.parent.openDirectory(top.name);
     } else {
+        // A root without a name of its own is copied into the destination itself.
         const KazString path = kazDirForDisplay(dest.getValue());
         top.name = kazLastFileComponent(path.getValue());
         parentPath = kazPathDirPart(path.getValue());
@@ -165,6 +178,7 @@ kaz::detail::PlanTop planTop(const KazString& root, const KazString& dest, bool 
         top.parent = KazDirectory(parentPath.getValue());
         top.directory = KazDirectory(top.path.getValue());
     }
+    // Asked by path, since permissions cannot be asked for through a handle.
     top.isMade = canBeMade(top.parent, parentPath, top.name);
     return top;
 }
@@ -198,6 +212,7 @@ bool KazFileManager::copy(KazString dest, KazString pattern, bool recursive) {
 bool KazFileManager::destroy(bool recursive) {
     if (!destroy("*", recursive))
         return false;
+    // The result stays true: all that was in it is gone, and the errors tell of the rest.
     if (kaz::host::removeDirectory(root_.getValue()) != 0) {
         addError(root_);
         if (verbose_)
@@ -224,11 +239,14 @@ bool KazFileManager::copyTree(const KazString& dest, const char* pattern, bool r
     if (hasName)
         target = kaz::detail::joinPath(dest.getValue(), name.getValue());
     else if (makeTop) {
+        // Failures do not matter here; what cannot be opened afterwards is reported.
         kaz::host::makeDirectory(dest.getValue(), 0777);
         target = kazComposePath(dest, "");
     }
     KazDirectory opened(hasName ? dest.getValue() : target.getValue());
     if (hasName) {
+        // Through the handle, so that what is made is what is opened, even if the path is
+        // exchanged.
         opened.makeDirectory(name, 0777);
         opened = opened.openDirectory(name);
     }
@@ -247,6 +265,7 @@ bool KazFileManager::plan(KazString dest, KazString pattern, bool recursive, boo
 bool KazFileManager::isExcluded(const char* name) const {
     if (exclusions_.isEmpty())
         return false;
+    // Each name has newlines of its own on both sides, so that two neighbours share none.
     const std::string line = std::string("\n") + name + '\n';
     return std::strstr(exclusions_.getValue(), line.c_str()) != nullptr;
 }

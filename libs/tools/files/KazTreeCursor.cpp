@@ -28,6 +28,7 @@ public:
 
     explicit CursorLevels(KazDirectory top) {
         Level level;
+        // A top that tells no status stays closed; every entering then fails with EBADF.
         if (top.getStatus(level.status) == 0) {
             level.isKnown = know(level.status);
             level.directory = std::move(top);
@@ -40,6 +41,7 @@ public:
 
     KazString path() const {
         std::string result;
+        // The top has no name: paths are relative to it.
         for (std::size_t i = 1; i < levels_.size(); ++i)
             (result += i > 1 ? "\\" : "") += nameOf(i);
         return toText(result);
@@ -51,6 +53,7 @@ public:
         if (!level.directory.isOpen() || level.directory.getStatus(level.status) != 0)
             return -1;
         level.name = names_.size();
+        // Before the name and the identity: dropLast undoes all three, and nothing else does.
         levels_.push_back(std::move(level));
         try {
             names_ += name;
@@ -63,6 +66,7 @@ public:
             dropLast();
             return fail(ELOOP);
         }
+        // Last, when nothing can fail any more.
         closeFurtherUp();
         return 0;
     }
@@ -74,9 +78,12 @@ public:
         Level& above = levels_.back();
         if (above.directory.isOpen())
             return 0;
+        // By ".." first, which works at any depth. Whether it leads back has to be looked at, as
+        // the directory may have been moved meanwhile.
         above.directory = left.openParent();
         if (isItself(above))
             return 0;
+        // By names then: from the last handle that is held, at most as many steps as are closed.
         above.directory = fromTop();
         return isItself(above) ? 0 : fail(ENOENT);
     }
@@ -86,13 +93,17 @@ public:
         KazFileStatus status;
         if (other.getStatus(status) != 0)
             return -1;
+        // First, so that a jump to where the cursor is already counts as no loop.
         forget(level);
+        // Closed before it is known whether the jump is allowed: a refused one leaves nothing to
+        // read.
         level.directory.close();
         level.isKnown = know(status);
         if (!level.isKnown)
             return fail(ELOOP);
         level.directory = std::move(other);
         level.status = status;
+        // ".." of the new place leads elsewhere, so neither it nor the level above is found again.
         level.isPinned = true;
         if (levels_.size() > 1)
             levels_[levels_.size() - 2].isPinned = true;
@@ -103,6 +114,8 @@ private:
     using Identity = std::pair<std::uint64_t, std::uint64_t>;
 
     /// Levels that keep their handles, beside the top.
+    // More would cost handles, of which a process has few; fewer would open directories again at
+    // each step up.
     static constexpr std::size_t window = 16;
 
     static int fail(int number) {
@@ -125,6 +138,7 @@ private:
     KazDirectory dropLast() {
         Level& level = levels_.back();
         forget(level);
+        // Shrinking takes no memory, so this is safe while an exception is on its way.
         names_.resize(level.name);
         KazDirectory directory = std::move(level.directory);
         levels_.pop_back();
@@ -138,6 +152,7 @@ private:
     }
 
     void closeFurtherUp() {
+        // One is closed for each that is opened; the top is never reached.
         if (levels_.size() <= window + 1)
             return;
         Level& level = levels_[levels_.size() - 1 - window];
@@ -157,6 +172,7 @@ private:
     /// The last level, by its names from the last one above whose handle is open.
     KazDirectory fromTop() const {
         std::size_t i = levels_.size() - 1;
+        // Ends at the top at the latest, which keeps its handle.
         while (i > 0 && !levels_[i - 1].directory.isOpen())
             --i;
         if (i == 0)
@@ -184,6 +200,7 @@ public:
     int run() {
         list();
         for (;;) {
+            // A loop and no recursion, since trees may be deeper than the stack.
             if (!pending_.back().empty())
                 enterNext();
             else if (pending_.size() > 1)
@@ -191,6 +208,7 @@ public:
             else
                 break;
         }
+        // What went wrong first; what follows from it would tell less.
         errno = reason_;
         return reason_ == 0 ? 0 : -1;
     }
@@ -204,6 +222,8 @@ private:
     void list() {
         std::vector<KazDirectoryEntry> entries;
         note(cursor_.directory().list("*", entries));
+        // Only the names of directories are kept, so that a wide level costs no more than it has
+        // to.
         std::vector<KazString>& names = pending_.emplace_back();
         for (const KazDirectoryEntry& entry : entries)
             if (visit_(entry) && entry.kind == KazFileKind::Directory)
@@ -211,6 +231,7 @@ private:
     }
 
     void enterNext() {
+        // A copy, because list() adds a level and may move this one.
         const KazString name = pending_.back().back();
         pending_.back().pop_back();
         if (const int result = cursor_.enter(name); result != 0)

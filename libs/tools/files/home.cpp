@@ -29,7 +29,9 @@ std::string directoryAboveBin(std::string path) {
     std::size_t cut = 0;
     while (kazDirPartLength(path.c_str()) > kazRootPartLength(path.c_str()) &&
            (cut = path.find_last_of("\\/")) != path.npos) {
+        // Without case: on some hosts the directory may be spelt "Bin".
         const bool found = kaz_fast_stricmp(path.c_str() + cut + 1, "bin") == 0;
+        // The path gets shorter in each turn, so the loop ends at the root part.
         path.resize(cut);
         if (found)
             return path;
@@ -41,6 +43,7 @@ std::string directoryAboveBin(std::string path) {
 /// names no directory.
 std::optional<std::string> ownChoice() {
     const char* home = kaz::host::environment("HOME");
+    // One that is wrong is passed over, and the host's own places are asked.
     if (home == nullptr || !kaz::host::isDirectory(home))
         return std::nullopt;
     std::string result = kaz::host::nativePath(home);
@@ -81,6 +84,7 @@ const char* TI_myRootDir() {
     static constinit const char* root = nullptr;
     if (root == nullptr) {
         const std::string module = kaz::host::moduleFileName();
+        // A failure is not remembered; the next question asks again.
         if (!module.empty())
             root = mkcpy(directoryAboveBin(module).c_str());
     }
@@ -103,6 +107,7 @@ const char* _TI_hm(const char* path) {
     if (!isHomePath(path))
         return path;
     // Whole before the buffer changes, as the path may stand in the buffer.
+    // The separator behind "~" is skipped, because the expansion brings its own.
     std::string expanded = expandedHome(path + (path[1] == '\0' ? 1 : 2));
     if (expanded.empty())
         return path;
@@ -119,6 +124,7 @@ void TI_userdir(char* buffer, int size) {
         return;
     const char* expanded = _TI_hm(buffer);
     const std::size_t length = std::strlen(expanded);
+    // What does not fit leaves the buffer as it was: half of a path is another path.
     if (size > 0 && length < static_cast<std::size_t>(size))
         std::memmove(buffer, expanded, length + 1);
 }

@@ -26,6 +26,7 @@ std::string plainDirectory(std::string_view dir) {
     std::string result;
     for (const char c : dir) {
         const bool repeated = c == separator && !result.empty() && result.back() == separator;
+        // At the very front a second one is kept: it begins the name of a share.
         if (!repeated || result.size() == 1)
             result += c;
     }
@@ -38,6 +39,7 @@ std::string plainDirectory(std::string_view dir) {
 class Probe {
 public:
     Probe(const std::string& directory, const std::string& name)
+        // Never over a file that is there: "wx" makes one or fails.
         : path_(directory + separator + name), name_(name), directory_(directory.c_str()) {
         std::FILE* probe = kaz::host::openStream(path_.c_str(), "wx");
         isMade_ = probe != nullptr;
@@ -83,6 +85,7 @@ private:
 bool copyOnlyPart(const char* dir, const char* name, char* out) {
     if (dir != nullptr && name != nullptr)
         return false;
+    // memmove, because callers may pass the buffer of the result as the part.
     const char* only = orEmpty(dir != nullptr ? dir : name);
     std::memmove(out, only, std::strlen(only) + 1);
     return true;
@@ -103,12 +106,14 @@ KazString kazFullPath(const char* path) {
 }
 
 int kazSamePathName(KazString a, KazString b) {
+    // From the cheap questions to the one that writes: only names that differ reach the probe.
     if (a == b)
         return 1;
     const std::string first = plainDirectory(a.getValue());
     const std::string second = plainDirectory(b.getValue());
     if (KazString(first.c_str()).equalsNoCase(second.c_str()))
         return 1;
+    // Processes that ask at the same time about one directory do not see each other's probes.
     const std::string name = "_tmp" + std::to_string(kaz::host::processId());
     const std::string other = second + separator + name;
     return Probe(first, name).isSeenAs(other) ? 1 : 0;
@@ -117,6 +122,7 @@ int kazSamePathName(KazString a, KazString b) {
 void make_unix_path(const char* dir, const char* name, char* out) {
     if (copyOnlyPart(dir, name, out))
         return;
+    // Put together before out is written, which may be one of the parts.
     std::string path = dir;
     if (!path.empty() && !isSeparator(path.back()))
         path += separator;

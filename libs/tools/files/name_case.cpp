@@ -40,6 +40,7 @@ std::optional<bool> toldByEntries(const KazDirectory& directory) {
         std::transform(other.begin(), other.end(), other.begin(), inOtherCase);
         KazFileStatus status, otherStatus;
         if (other == entry.name.getValue() || directory.getStatus(entry.name, status) != 0)
+            // Without letters, or gone meanwhile: the next name may tell.
             continue;
         // Two entries may be two names of one file.
         const bool isEntry = std::any_of(entries.begin(), entries.end(), [&other](const auto& e) {
@@ -62,16 +63,20 @@ bool KazDirectory::ignoresCase() const {
         if (const std::optional<bool> told = toldByEntries(directory))
             return *told;
         KazDirectory parent = directory.openParent();
+        // A parent that is the directory itself is the root, and one on another device has rules of
+        // its own, which the condition of the loop looks at.
         KazFileStatus above;
         if (parent.getStatus(above) != 0 || above.isSameFile(around))
             break; // the topmost
         directory = std::move(parent);
     }
+    // Nothing has told: as the host compares names in patterns.
     return matches("A", "a");
 }
 
 KazString KazDirectory::withoutCase(const char* name) {
     std::string text = orEmpty(name);
+    // No text has more characters than bytes.
     std::vector<wchar_t> wide(text.size() + 1);
     const char* from = text.c_str();
     std::mbstate_t state{};

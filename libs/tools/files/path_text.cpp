@@ -37,6 +37,7 @@ bool endsOrDescends(char c) {
 
 /// What a comparison of file names sees of a character.
 int mappedForCompare(char c, const kaz::host::CaseMap& lower) {
+    // Signed, so that the order does not depend on the sign of char on the processor.
     return static_cast<signed char>(c == '/' ? separator : lower(c));
 }
 
@@ -62,6 +63,7 @@ bool mapsLettersAsAscii(const kaz::host::CaseMap& lower) {
 [[gnu::noinline]] std::size_t shareRootLength(std::string_view path) {
     constexpr const char* separators = "\\/";
     const std::size_t server = path.find_first_of(separators, 2);
+    // Without a share the whole of it is the root: there is nothing to cut from.
     if (server == std::string_view::npos)
         return path.size();
     const std::size_t share = path.find_first_of(separators, server + 1);
@@ -77,6 +79,7 @@ std::size_t rootLength(std::string_view path) {
         return shareRootLength(path);
     if (!path.empty() && isSeparator(path[0]))
         return 1;
+    // Any character before the colon counts; whether it is a drive is for the host to say.
     if (path.size() < 2 || path[1] != ':')
         return 0;
     return path.size() > 2 && isSeparator(path[2]) ? 3 : 2;
@@ -105,6 +108,7 @@ std::size_t dirLength(std::string_view path) {
 /// separator?
 bool haveSameRoot(std::string_view a, std::string_view b) {
     const auto same = [](char x, char y) { return normalised(x) == normalised(y); };
+    // Letters of drives are compared by case: a difference gives the absolute path, which works.
     const std::size_t length = rootLength(a);
     return length == rootLength(b) &&
            std::equal(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(length), b.begin(), same);
@@ -141,6 +145,7 @@ int kazFilenameCompare(const char* a, const char* b) {
     a = orEmpty(a);
     b = orEmpty(b);
     const auto lower = kaz::host::CaseMap::lower();
+    // The fast walk folds ASCII by itself, which is right only in such a locale.
     const bool inSteps = mapsLettersAsAscii(lower);
     const std::size_t both = inSteps ? std::min(std::strlen(a), std::strlen(b)) : 0;
     for (std::size_t i = 0;; ++i) {
@@ -231,11 +236,14 @@ KazString kazRelativePath(KazString base, KazString path) {
     if (!kazIsAbsolutePath(from.data()) || !kazIsAbsolutePath(to.data()) || !haveSameRoot(from, to))
         return joinPath({}, to);
 
+    // What is not cut from rest is the answer, separators and all.
     std::string_view rest = to.substr(rootLength(to));
     std::string_view baseParts = withoutSeparators(from.substr(rootLength(from)));
     std::string_view pathParts = withoutSeparators(rest);
     std::size_t count = 0;
     std::size_t matches = 0;
+    // Goes on behind the first difference: components that match at the same depth count, as they
+    // always have.
     while (!baseParts.empty()) {
         ++count;
         const std::string_view part = nextComponent(baseParts);
@@ -245,6 +253,7 @@ KazString kazRelativePath(KazString base, KazString path) {
         }
     }
     constexpr std::string_view upwards = "..\\";
+    // The last component of the base is a file and no directory to leave.
     const std::size_t up = count > matches ? count - matches - 1 : 0;
     return writtenText(up * upwards.size() + rest.size(), [&](char* out) {
         for (std::size_t i = 0; i < up; ++i)
@@ -254,8 +263,10 @@ KazString kazRelativePath(KazString base, KazString path) {
 }
 
 void kazRemoveBlanksFromPath(KazString& path) {
+    // By the locale: letters beyond ASCII are kept where it knows them.
     const auto isBlank = [](unsigned char c) { return !std::isprint(c) || std::isspace(c); };
     const int length = path.getLength();
+    // Nothing to change, so a text that is shared stays shared.
     if (std::none_of(path.getValue(), path.getValue() + length, isBlank))
         return;
     char* text = path.getBuffer(0);

@@ -159,6 +159,7 @@ int shell_cmd(const char* command, int* signal) {
 int shell_cmd_output(const char* command, KazString& output, int* signal) {
     Collector collected;
     const host::Completion ended = host::runShell(orEmpty(command), &collected);
+    // The caller's text stays as it was when nothing was started.
     if (ended.error == 0)
         output = toText(collected.text());
     errno = ended.error;

@@ -42,6 +42,7 @@ int kazIsRunning(const char* stamp) {
         start.empty() || place.empty() || place != host::processPlace())
         return -1;
     const std::string running = host::processStart(number);
+    // It runs, but the host does not tell since when.
     if (running == "?")
         return -1;
     return running == start ? 1 : 0;

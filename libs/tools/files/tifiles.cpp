@@ -34,6 +34,7 @@ int failWith(int number) {
 int makeOne(const std::string& dir) {
     if (host::makeDirectory(dir.c_str(), 0777) == 0)
         return traced(0, "make directory", dir.c_str());
+    // The look at the directory would replace it.
     const int reason = errno;
     return host::isDirectory(dir.c_str()) ? 0
                                           : traced(failWith(reason), "make directory", dir.c_str());
@@ -76,6 +77,8 @@ char* TI_catfile(const char* dir, const char* name, char* out, int size) {
 
 int TI_makedir(const char* dir) {
     const std::string path = orEmpty(dir);
+    // From the top down, each step at once: no look whether it is there, since between look and
+    // making others may make it or take it away.
     for (std::size_t i = static_cast<std::size_t>(kazRootPartLength(dir)); i < path.size(); ++i) {
         // Each separator that ends a component, once, however many stand in a row; the root is
         // never made.
@@ -112,6 +115,7 @@ bool TI_isRealDirectory(const char* path) {
 int read_a_dir(const char* pattern, KazStringColl& entries) {
     const std::string_view text = orEmpty(pattern);
     const std::size_t dirLength = kaz::detail::wildcardStart(text.data());
+    // The paths of the result begin with native text, however the pattern was spelt.
     const std::string prefix = host::nativePath(std::string(text.substr(0, dirLength)).c_str());
     const host::Directory dir(prefix.empty() ? "." : prefix.c_str());
     std::vector<host::Entry> found;
@@ -120,6 +124,7 @@ int read_a_dir(const char* pattern, KazStringColl& entries) {
         return 0;
     int appended = 0;
     for (const host::Entry& entry : found) {
+        // Such a name cannot be given back to the host.
         if (!entry.expressible)
             continue;
         entries.add(toText(entryPath(prefix, entry.name)));
@@ -154,6 +159,7 @@ KazString nameOfNew(const std::string& created, int (*remove)(const char*)) {
 
 FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
     std::string created;
+    // Closed by its owner when the name finds no memory below.
     Stream file(host::createTemporary(temporaryPlace(dir).c_str(), orEmpty(prefix), created));
     traced(file != nullptr ? 0 : -1, "make temporary", file != nullptr ? created.c_str() : dir);
     if (file != nullptr)
@@ -163,6 +169,7 @@ FILE* TI_tmpfile(const char* dir, const char* prefix, KazString& path) {
 
 KazString TI_tmpname(const char* dir, const char* prefix) {
     KazString path;
+    // The file stays: it is what keeps the name from being given to somebody else.
     const Stream file(TI_tmpfile(dir, prefix, path));
     return path;
 }

@@ -22,6 +22,7 @@ class Place {
 public:
     explicit Place(const char* path) {
         std::string text = orEmpty(path);
+        // One is left of a root, which would be no name at all otherwise.
         while (text.size() > 1 && isSeparator(text.back()))
             text.pop_back();
         const std::size_t start = kaz::detail::wildcardStart(text.c_str());
@@ -68,6 +69,7 @@ int TI_status(const char* path, KazFileStatus& status, bool followLinks) {
     if (place.isEntry())
         return place.directory().getStatus(place.name(), status, followLinks);
     // A root, "." and ".." name directories that are no entry of another one here.
+    // Opened by the path as it was given: a Place has no entry to ask about.
     const KazDirectory self(path);
     return self.isOpen() ? self.getStatus(status) : notThere(status);
 }
@@ -118,6 +120,7 @@ int TI_rmtree(const char* path, KazString* failed) {
 }
 
 int TI_rename(const char* from, const char* to, bool mayReplace) {
+    // The source first, so that errno tells of it when both are missing.
     const Place source(from);
     if (!source.isOpen())
         return -1;

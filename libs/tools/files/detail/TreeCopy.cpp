@@ -55,6 +55,7 @@ void TreeCopy::goOn() {
         copyEntry(entry);
         return;
     }
+    // Before the level goes: files of the outer directory are dated from its own start again.
     manager_.startTime_ = level.outerStart;
     const std::size_t outerPath = level.outerPath;
     if (!level.instead.isEmpty())
@@ -62,6 +63,7 @@ void TreeCopy::goOn() {
     levels_.pop_back();
     if (levels_.empty())
         return;
+    // The cursors go up together. The paths are cut by length, which does not depend on them.
     source_.leave();
     leaveTarget();
     sourcePath_.pop(outerPath);
@@ -74,6 +76,7 @@ bool TreeCopy::start(bool isOpen) {
     TreeLevel level;
     level.outerStart = std::exchange(manager_.startTime_, std::time(nullptr));
     if (isOpen ? goElsewhere(level) : failedDirectory(sourcePath_.get())) {
+        // What was listed before the failure is copied all the same.
         if (source_.directory().list(names_, level.entries) != 0)
             failedDirectory(sourcePath_.get());
         listed(level.entries);
@@ -126,6 +129,7 @@ void TreeCopy::copySubdirectory(const char* name) {
         failed(sourcePath_.of(name), name);
         return;
     }
+    // Even for a source that cannot be entered: its directory is part of the tree that is copied.
     makeTarget(name);
     const std::size_t outerPath = sourcePath_.push(name);
     enterTarget(name);
@@ -158,6 +162,7 @@ void TreeCopy::makeTarget(const char* name) {
 
 void TreeCopy::enterTarget(const char* name) {
     pushTarget(name);
+    // Only the first lost level is tried; leaveTarget counts back to it before it moves the cursor.
     if (lost_ > 0 || target_.enter(name) != 0)
         ++lost_;
 }
@@ -194,6 +199,7 @@ bool TreeCopy::copyFile(const KazDirectoryEntry& entry) {
         return false;
     }
     rules.mayReplace = true;
+    // What cannot be looked at may be of this copy's own making, and is left alone.
     return taken && known && source_.directory().copyFile(entry, target(), rules) == 0;
 }
 

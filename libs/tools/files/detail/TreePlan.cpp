@@ -32,6 +32,7 @@ std::string lowered(const char* path) {
 
 } // namespace
 
+// The cursor gets a handle of its own, as the top's is asked for more below.
 TreePlan::TreePlan(KazFileManager& manager, const char* pattern, bool recursive,
                    const KazString& sourcePath, PlanTop top, Visit visit, void* data)
     : TreeCopy(manager, pattern, recursive, sourcePath, top.directory.openSelf(), top.path),
@@ -109,6 +110,7 @@ void TreePlan::take(const char* name, bool isFile) {
 }
 
 void TreePlan::makeTarget(const char* name) {
+    // Silent where nothing is made: what that means for the files is told at each of them.
     if (isLost() || !isNew(name) || !isWritable() || isTaken(name))
         return;
     take(name, false);
@@ -117,6 +119,7 @@ void TreePlan::makeTarget(const char* name) {
 }
 
 void TreePlan::enterTarget(const char* name) {
+    // A directory that was taken by the plan before is there for the copy, so it counts as made.
     const bool isMade = !isLost() && isNew(name) && isWritable() && !isTakenByFile(name);
     pushTarget(name);
     if (isMade)
@@ -145,6 +148,7 @@ bool TreePlan::isReadable(const KazDirectoryEntry& entry) const {
 bool TreePlan::copyFile(const KazDirectoryEntry& entry) {
     if (isLost() || !isReadable(entry))
         return false;
+    // Before the look at the target, where the other name is not yet.
     if (isTaken(entry.name)) {
         isClash_ = true;
         visit(KazPlannedAction::Clash, sourceOf(entry.name), targetOf(entry.name));
@@ -175,6 +179,7 @@ void TreePlan::note(const char* name) {
 
 /// A link in the target may lead to what the copy has dated by then.
 bool TreePlan::leadsToOwnWork(const char* name) const {
+    // As many as hosts follow; a ring of links ends here.
     constexpr int mostLinks = 40;
     std::error_code error;
     std::filesystem::path path = hostTarget(name);
@@ -199,6 +204,7 @@ bool TreePlan::replaceFile(const KazDirectoryEntry& entry) {
         visit(KazPlannedAction::Clash, sourceOf(entry.name), targetOf(entry.name));
         return false;
     }
+    // A file never replaces a directory, and a file is never copied onto itself.
     if (existing.kind == KazFileKind::Directory || existing.isSameFile(own) || !isWritable())
         return false;
     take(entry.name, true);
