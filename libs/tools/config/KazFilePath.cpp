@@ -34,6 +34,7 @@ std::string_view withoutBlanks(std::string_view text) {
 std::vector<KazString> split(const char* list) {
     std::vector<KazString> dirs;
     std::string_view rest = orEmpty(list);
+    // Empty parts give no entry: two semicolons in a row do not mean the current directory.
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find(';'), rest.size());
         const std::string_view dir = withoutBlanks(rest.substr(0, end));
@@ -51,6 +52,8 @@ KazString withHome(const char* path) {
 /// The directories that an entry stands for: a variable in it may hold a list.
 std::vector<KazString> expanded(const KazString& entry) {
     char* text = nullptr;
+    // Variables before the list is split, since a value may be a list; "~" after it, since each
+    // part may begin with one.
     vstring_sub(entry.getValue(), &text);
     const kaz::detail::HeapPtr<char> owned(text);
     std::vector<KazString> dirs = split(text);
@@ -90,6 +93,7 @@ void eachCandidate(const KazFilePath& path, const char* name, Visit visit) {
     if (*orEmpty(name) == '\0')
         return;
     if (kazIsExplicitPath(name)) {
+        // What the visit answers does not matter: there is no second candidate.
         visit(withHome(name));
         return;
     }
@@ -132,6 +136,7 @@ void KazFilePath::prepend(const char* list) {
 
 bool KazFilePath::remove(const char* dir) {
     const KazString wanted = orEmpty(dir);
+    // As file names compare, so without case, and all that match: an entry may stand there twice.
     return std::erase_if(dirs_, [&](const KazString& entry) {
                return kazFilenameCompare(entry.getValue(), wanted.getValue()) == 0;
            }) > 0;

@@ -22,6 +22,7 @@ namespace kaz::detail {
 
 namespace {
 
+// With the first file; a chain that never repeats a name ends here.
 constexpr std::size_t chainLimit = 10;
 
 /// No configuration is of that size; a file that never ends would fill the memory.
@@ -79,6 +80,8 @@ bool readToolInfo(const ToolInfoSource& source, const char* name, std::string& t
 }
 
 KazString resolvedToolInfo(const char* value) {
+    // A relative name is meant below the root of the installation, not beside the file that names
+    // it.
     const KazString expanded = _TI_hm(value);
     return kazComposePath(TI_myRootDir(), expanded);
 }
@@ -95,6 +98,7 @@ ToolInfoChainEnd followChain(ToolInfoReader& reader, std::vector<KazString>& nam
             KAZ_TRACE("config", "not read, the chain is too long: %s", stop.getValue());
             return ToolInfoChainEnd::TooLong;
         }
+        // Read whole before the reader sees it: a file that breaks off defines nothing.
         std::string text;
         if (!readToolInfo(openToolInfo(stop), stop, text))
             return ToolInfoChainEnd::Unreadable;

@@ -43,6 +43,7 @@ ToolInfoSource openAndRemember(const KazString& name) {
 
 ToolInfoSource openDefaultFile() {
     ToolInfoSource source = openAndRemember(kazNormalizedPath(_TI_hm("~\\ToolInfo")));
+    // The platform's own file hides the general one.
     for (const char* name : {"ToolInfo.W32NTX86", "ToolInfo"}) {
         if (source)
             break;
@@ -53,8 +54,10 @@ ToolInfoSource openDefaultFile() {
 
 ToolInfoSource openFirstFile() {
     if (rememberedName())
+        // One that has vanished meanwhile is searched for anew.
         if (ToolInfoSource source = openToolInfo(rememberedName()))
             return source;
+    // The first that is set decides, whether its file opens or not.
     for (const char* variable : {"ToolInfo", "TOOLINFO"}) {
         if (const char* value = kaz::host::environment(variable)) {
             // Remembered even if it does not open: it is what the user asked for.
@@ -87,6 +90,7 @@ public:
 
     const char* next() const override { return table_.find("ToolInfo"); }
     void read(std::string text, const KazString& file) override {
+        // Or the link that led here would lead on: earlier definitions win in this table.
         table_.remove("ToolInfo");
         table_.defineAll(std::move(text), file, false);
     }
@@ -106,6 +110,7 @@ KazString joined(const std::vector<KazString>& names) {
 }
 
 void readFiles() {
+    // Before the files are read: what they hold is classified by the user's locale.
     const KazString locale = localeInForce();
     ToolInfoState& state = ToolInfoState::instance();
     ToolInfoTable& table = state.table;
@@ -116,14 +121,18 @@ void readFiles() {
         return;
     }
     std::vector<KazString> names{state.name};
+    // Defined before the first lookup, by the tool; the scan has to start from the same link.
     KazString linkBefore = table.find("ToolInfo");
     table.defineAll(std::move(text), names.front(), true);
+    // After the first file and over it, but before the chain, where earlier ones win.
     table.define("TI_locale", locale.getValue(), true);
     TableReader reader(table);
     KazString stop;
     kaz::detail::followChain(reader, names, stop);
+    // The last link is overwritten: who asks wants the file that the chain began with.
     table.define("ToolInfo", names.front().getValue(), true);
     table.define("ToolInfoPath", joined(names).getValue(), true);
+    // Only now: a reading that throws leaves the chain of before.
     state.chain = std::move(names);
     state.linkBefore = std::move(linkBefore);
     TI_Vr_done();
@@ -177,6 +186,7 @@ int TI_Name(char* out) {
     const KazString& name = rememberedName();
     if (out == nullptr || !name)
         return -1;
+    // Cut and terminated: callers provide the host's limit and no size.
     const std::size_t length =
         std::min(static_cast<std::size_t>(name.getLength()), kaz::host::pathLimit() - 1);
     std::memcpy(out, name.getValue(), length);

@@ -17,6 +17,7 @@ namespace kaz::detail {
 
 namespace {
 
+// Bytes without the newline. Files may rely on it: what is cut is read as a line of its own.
 constexpr std::size_t lineLimit = 5120;
 
 std::string_view trimmedBack(std::string_view text, std::string_view set) {
@@ -36,6 +37,7 @@ std::string_view trimmed(std::string_view text) {
 /// A line that is longer than the limit is cut, and what is left of it counts as the next line. A
 /// NUL ends a line's text, as for everybody who reads terminated texts.
 std::string_view takeToolInfoLine(std::string_view& text) {
+    // A line of exactly the limit leaves its newline behind, which then reads as an empty line.
     std::string_view line = text.substr(0, lineLimit);
     line = line.substr(0, line.find('\n'));
     text.remove_prefix(std::min(line.size() + (line.size() < lineLimit ? 1 : 0), text.size()));
@@ -68,9 +70,12 @@ const ToolInfoTable::Definition* ToolInfoTable::definitionOf(std::string_view na
 /// After this, as many calls of put() cannot fail.
 void ToolInfoTable::makeRoom(std::size_t more) {
     const std::size_t needed = definitions_.size() + more;
+    // The index counts in 32 bits; a quarter leaves room for its slots.
     if (needed > std::numeric_limits<std::uint32_t>::max() / 4)
         throw KazMemoryException();
     if (needed > definitions_.capacity())
+        // Doubled, because single definitions come in loops and would move the whole table each
+        // time.
         definitions_.reserve(std::max(needed, 2 * definitions_.size()));
     index_.reserve(more);
 }
@@ -81,6 +86,7 @@ void ToolInfoTable::put(Definition&& definition, bool replace) {
     auto* slot = index_.find(probe, hash);
     if (slot == nullptr) {
         const auto number = static_cast<std::uint32_t>(definitions_.size());
+        // The index keeps the pointer into the source and no copy of the name.
         index_.add(definition.name.data(), number, probe.length(), hash);
         definitions_.push_back(std::move(definition));
         return;
@@ -96,6 +102,7 @@ void ToolInfoTable::put(Definition&& definition, bool replace) {
 ToolInfoTable::Definition ToolInfoTable::copyOf(const ToolInfoLine& line, const KazString& file) {
     auto source = std::make_shared<Source>();
     source->file = file;
+    // The text is whole before anything points into it.
     source->text.reserve(line.name.size() + 1 + line.value.size());
     source->text.append(line.name).append(1, '\0').append(line.value);
     const char* text = source->text.c_str();
@@ -110,6 +117,7 @@ void ToolInfoTable::define(std::string_view name, std::string_view value, bool r
 
 void ToolInfoTable::remove(std::string_view name) {
     if (const auto* slot = index_.find(TextProbe(name)))
+        // The source stays: callers may hold the pointer that they were given.
         definitions_[slot->value].value = nullptr;
 }
 
@@ -128,9 +136,12 @@ void ToolInfoTable::defineAll(std::string text, const KazString& file, bool repl
             found.push_back(copyOf(line, file));
             continue;
         }
+        // Both places belong to this line: the "=" or a blank in front of it, and the newline, a
+        // blank, or the end of the text.
         begin[nameEnd - begin] = begin[valueEnd - begin] = '\0';
         found.push_back({line.name, line.value.data(), source});
     }
+    // All are found before any is put: without memory the table stays as it was.
     makeRoom(found.size());
     for (Definition& definition : found)
         put(std::move(definition), replace);

@@ -43,6 +43,7 @@ constexpr const char* cleanedAway = " `!#$^&*[]|\\:;\"',<>?/";
 const char* keptVariable(const char*& kept, const char* variable, const char* otherwise) {
     if (kept == nullptr) {
         const char* value = TI_Vcont(variable);
+        // A copy, since the variable's text may go; never freed, as it is handed out.
         kept = mkcpy(value != nullptr ? value : otherwise);
     }
     return kept;
@@ -50,10 +51,12 @@ const char* keptVariable(const char*& kept, const char* variable, const char* ot
 
 void cleanDiagramName(const char* name) {
     std::string cleaned = name;
+    // The place is looked at again, but "_" is never among those.
     for (std::size_t at = 0; (at = cleaned.find_first_of(cleanedAway, at)) != cleaned.npos;)
         cleaned[at] = '_';
     if (cleaned.front() == '-')
         cleaned.front() = '_';
+    // Assigned and not returned: all who ask for the diagram get the name that the files have.
     kaz_env_diagram_asgn(cleaned.c_str());
 }
 
@@ -96,6 +99,7 @@ constexpr NameCheck nameChecks[] = {
 
 /// The revision for a file name; reported when it is not of a usable length.
 std::string checkedRevision(const char* revision) {
+    // An empty revision gets the same message as a long one, as it always has.
     std::string result = revision;
     if (result.empty() || result.size() > revisionLimit) {
         print_err("Revision name '%s' too long, truncated", quotedName(revision).getValue());
@@ -126,6 +130,7 @@ void kaz_diag_strcpy(char* dst, const char* src) {
     const std::size_t count = std::strlen(replacements);
     for (src = orEmpty(src); *src != '\0'; ++src) {
         const char* found = std::strchr(illegal, *src);
+        // Meaningless where nothing was found, and not used then.
         const auto at = static_cast<std::size_t>(found - illegal);
         *dst++ = found == nullptr ? *src : at < count ? replacements[at] : '_';
     }
@@ -144,6 +149,7 @@ int edit_name_is_legal(int checks, int report) {
 }
 
 char* edit_make_name() {
+    // The answer stands here until the next call.
     static char name[diagramFileSize];
     std::string diagram = orEmpty(kaz_env_diagram());
     name[0] = '\0';
@@ -164,6 +170,7 @@ char* edit_make_name() {
         if (!suffix.empty())
             (whole += '.') += suffix.c_str();
     }
+    // Told and then cut: there is no way to refuse.
     if (static_cast<std::size_t>(whole.getLength()) >= diagramFileSize)
         print_err("Filename too long '%s'", quotedName(whole).getValue());
     copyCut(name, diagramFileSize, whole);

@@ -34,6 +34,7 @@ using kaz::detail::quotedName;
 
 constexpr int nameLimit = kazFilestoreNameSize;
 constexpr std::size_t nameSize = nameLimit;
+// With the terminating NUL; a longer path is refused, though the blocks would hold it.
 constexpr std::size_t sysFileSize = 141;
 
 KazString filestoreDir() {
@@ -48,6 +49,7 @@ const char* projectDir() {
 /// Sets the process's file-creation mask for a scope.
 class ScopedMask {
 public:
+    // The mask belongs to the process: files that another thread makes meanwhile get it, too.
     explicit ScopedMask(unsigned long mask)
         : previous_(kaz::host::setFileMask(static_cast<unsigned>(mask))) {}
     ~ScopedMask() { kaz::host::setFileMask(previous_); }
@@ -65,6 +67,8 @@ bool isUnexpanded(const char* dir) {
 }
 
 bool isUsableDirectory(const char* dir) {
+    // An empty name is the current directory, which is not asked about. Without the right to
+    // write a read-only database can still be worked with.
     return *dir == '\0' || (!isUnexpanded(dir) && kaz::host::isDirectory(dir) &&
                             kaz::host::access(dir, kazIsDbReadonly() ? 5 : 7) == 0);
 }
@@ -77,6 +81,7 @@ void appendIfItFits(char (&path)[nameSize], const char* part) {
 /// The path of a file of the current system, or empty when something it is made
 /// of is missing or when it is too long.
 KazString sysFilePath(const char* subdirectory, const char* name) {
+    // A copy: the buffer of "~" is used again by the next expansion.
     KazString path = _TI_hm(projectDir());
     const char* system = orEmpty(kaz_env_system());
     if (!path || *system == '\0' || name == nullptr)
@@ -90,6 +95,7 @@ KazString sysFilePath(const char* subdirectory, const char* name) {
 
 void report(const KazString& message) {
     const KazApp* app = KazApp::getInstance();
+    // A graphical tool has no terminal where errors would be read.
     if (app != nullptr && app->isGraphical())
         print_msg("%s", message.getValue());
     else
@@ -116,6 +122,7 @@ std::FILE* openSysFile(const char* subdirectory, const char* name, const char* m
         return nullptr;
     std::FILE* stream = kaz_fs_system_umask_fopen(path, mode);
     if (stream == nullptr) {
+        // The report goes through a director, which may change errno.
         const int error = errno;
         reportOpenFailure(name, error);
         errno = error;
@@ -155,6 +162,7 @@ void kaz_fs_filestore_dir_asgn(const KazString& dir) {
 }
 
 char* kaz_fs_filestore_path() {
+    // Handed out as it is: callers keep the pointer and see the next question's answer in it.
     static char path[nameSize];
     const KazString project = projectDir();
     const KazString system = orEmpty(kaz_env_system());
@@ -163,6 +171,7 @@ char* kaz_fs_filestore_path() {
     if (static_cast<std::size_t>(project.getLength()) < nameSize)
         copyCut(path, nameSize, project);
     appendIfItFits(path, system);
+    // After the system, whether that has fitted or not.
     if (filestore)
         appendIfItFits(path, filestore);
     return path;
@@ -173,6 +182,7 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
         return 1;
     const std::size_t length = std::strlen(dir);
     const bool hasSub = *orEmpty(sub) != '\0';
+    // It would not fit the blocks below; nothing is written then.
     if (length >= nameSize)
         return hasSub ? 2 : !isUsableDirectory(dir);
 
@@ -180,6 +190,7 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
     char name[nameSize];
     copyCut(name, nameSize, dir);
     edit_make_dir_name(name);
+    // Without an end nothing beyond the present text may be used.
     const std::size_t room = end == nullptr ? length : end > dir ? std::size_t(end - dir) : 0;
     char joined[nameSize];
     const auto limit = static_cast<int>(std::min(room, nameSize));
@@ -203,6 +214,7 @@ unsigned long kaz_fs_file_umask(const char* path) {
     kaz::host::FileStatus status;
     if (kaz::host::status(_TI_hm(path), status) != 0)
         return kaz::host::fileMask();
+    // The bits that differ from "all may read and write" are those to mask.
     return status.mode ^ 0666U;
 }
 
@@ -231,6 +243,7 @@ char* edit_get_sys_dir() {
     copyCut(dir, nameSize, project);
     const bool fits = static_cast<std::size_t>(project.getLength()) < nameSize &&
                       kaz_fs_cat_dir(dir, dir + nameSize, system) != 2;
+    // Cut, as there is no way to refuse; the message is all that tells.
     if (!fits) {
         KazString whole = project;
         appendPart(whole, system);
@@ -254,6 +267,7 @@ int edit_set_store_dir() {
     static char remembered[nameSize];
     const char* system = orEmpty(kaz_env_system_dir());
     char name[nameSize] = "";
+    // Only an open database has a directory of its own below the system's.
     if (kazGetDbOpen() == 1 && std::strlen(system) < nameSize) {
         copyCut(name, nameSize, system);
         if (kaz_fs_cat_dir(name, name + nameSize, filestoreDir()) != 0)
@@ -273,6 +287,7 @@ void kaz_fs_make_absolute_dir(char* dir) {
     if (dir == nullptr || *dir == '\0')
         return;
     const KazString full = kazFullPath(dir);
+    // What does not fit stays relative in the caller's block; the directory is made all the same.
     if (static_cast<std::size_t>(full.getLength()) < nameSize)
         copyCut(dir, nameSize, full);
     TI_makedir(full);

@@ -61,11 +61,13 @@ void noteSettled(KazToolsContext& context, kaz_env_id_enum id) {
 }
 
 const char* textFromOutside(const Row& row, bool hasCommandLine) {
+    // An option that is given empty counts: it hides the environment.
     if (hasCommandLine && row.option != KAZ_ENV_NO_OPTION) {
         const auto option = static_cast<arg_type_enum>(row.option);
         if (const char* text = kaz_arg_text(option, 0, nullptr))
             return text;
     }
+    // Asks the environment before the configuration.
     return TI_EnvVcont(row.name);
 }
 
@@ -118,10 +120,12 @@ const char* kaz_env_text(kaz_env_id_enum id) {
     KazEnvValue& cell = *context->getEnvValue(id);
     if (cell.isAssigned())
         return cell.getText();
+    // The system directory alone can be composed of others, and only where nobody gave it.
     const char* text = textFromOutside(rows[id], true);
     KazString systemDir;
     if (text == nullptr && id == kaz_env_id_system_dir && (systemDir = composedSystemDir()))
         text = systemDir;
+    // Null, too: what was found once and is gone now must not answer any more.
     cell.keep(text);
     if (text != nullptr)
         noteSettled(*context, id);
@@ -136,6 +140,7 @@ void kaz_env_asgn(kaz_env_id_enum id, const char* text) {
     KazToolsContext* context = KazToolsContext::getInstance();
     if (context == nullptr || !isKnown(id))
         return;
+    // Back to looking outside. The notes of the context stay, for the value was settled once.
     if (text == nullptr) {
         context->getEnvValue(id)->clear();
         return;

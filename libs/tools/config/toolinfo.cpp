@@ -36,6 +36,7 @@ ToolInfoTable& fileVariables() {
 /// The run-time assignment; null when there is none, "" for an empty one.
 const char* assignedValue(const char* name) {
     KazStringToStringMap* assigned = runTimeVariables();
+    // Most tools assign nothing, and a lookup then costs no hash.
     if (assigned == nullptr || assigned->getSize() == 0)
         return nullptr;
     return kaz::detail::storedValue(*assigned, name);
@@ -44,6 +45,7 @@ const char* assignedValue(const char* name) {
 /// The value of "KAZ_<NAME>", or null.
 const char* kazVariable(const char* name) {
     std::string variable = "KAZ_";
+    // ASCII letters alone, so that the variable's name does not depend on the locale.
     for (; *name != '\0'; ++name)
         variable += *name >= 'a' && *name <= 'z' ? static_cast<char>(*name - 'a' + 'A') : *name;
     return kaz::host::environment(variable.c_str());
@@ -57,6 +59,7 @@ std::vector<KazString> allNames() {
             names.push_back(i.getKey());
     std::sort(names.begin(), names.end(),
               [](const KazString& a, const KazString& b) { return std::strcmp(a, b) < 0; });
+    // A name may be assigned and defined at once.
     names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;
 }
@@ -99,6 +102,7 @@ int TI_Vasg(const char* name, const char* value) {
     if (name == nullptr)
         return -1;
     const bool overwrite = ToolInfoState::instance().overwrite;
+    // Without overwriting a definition of the files counts as much as an assignment.
     if (!overwrite && fileVariables().defines(name))
         return -1;
     KazStringToStringMap* assigned = runTimeVariables();

@@ -39,9 +39,11 @@ public:
         if (rest_.empty())
             return false;
         const char* const begin = rest_.data();
+        // What was taken is known from how far the rest has moved, as the text may end at a NUL.
         line.text = kaz::detail::takeToolInfoLine(rest_);
         const auto taken = static_cast<std::size_t>(rest_.data() - begin);
         const bool isEnded = begin[taken - 1] == '\n';
+        // The flag is still that of the line before: its rest has the same number.
         line.number = line.isCut ? line.number : line.number + 1;
         line.hasNul = line.text.size() + (isEnded ? 1 : 0) < taken;
         line.isCut = !isEnded && !rest_.empty();
@@ -74,6 +76,7 @@ public:
 
     const char* next() const override { return linkValue_.c_str(); }
     void read(std::string text, const KazString& file) override {
+        // Each file says anew where the chain goes on; one that says nothing ends it.
         linkValue_.clear();
         hasLink_ = false;
         visitLines(text, file, false);
@@ -90,6 +93,7 @@ public:
                 keepLink(file, line.number, parts.value);
             const bool hasValue = isDefinition || kind == KazLineNoName;
             name_ = parts.name;
+            // A line without a value is shown whole.
             value_ = hasValue ? parts.value : line.text;
             const int marks = (line.isCut ? KazLineIsCut : 0) | (line.hasNul ? KazLineHasNul : 0);
             visitOne(file, line.number, kind | marks, isDefinition ? name_.c_str() : nullptr,
@@ -101,6 +105,7 @@ public:
         const int kind = end == ToolInfoChainEnd::Unreadable ? KazChainUnreadable
                          : end == ToolInfoChainEnd::Cycle    ? KazChainCycle
                                                              : KazChainTooLong;
+        // Told at the line that names the file, since that is the one to mend.
         if (end != ToolInfoChainEnd::Complete)
             visitOne(linkFile_, linkLine_, kind, "ToolInfo", stop);
     }
@@ -133,6 +138,7 @@ private:
 int TI_Vscan(Visit visit, void* data) {
     if (visit == nullptr)
         return -1;
+    // The first file's name is known only after the search.
     TI_Vinit();
     std::vector<KazString> names{TI_Vfile(0)};
     std::string text;
@@ -161,6 +167,7 @@ int TI_Vscan_file(const char* path, Visit visit, void* data) {
 void TI_EnvVwalk(void (*visit)(const char* variable, const char* value, void* data), void* data) {
     if (visit == nullptr)
         return;
+    // In the order of names: that of the environment changes from start to start.
     std::map<std::string, std::string> variables;
     for (char** entry = kaz::host::environmentEntries(); entry != nullptr && *entry != nullptr;
          ++entry) {

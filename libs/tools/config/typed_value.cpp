@@ -34,6 +34,7 @@ kaz_value_enum checkNumber(const char* text, Number least, Number greatest, Numb
     const char* const end = digits.data() + digits.size();
     Number number = 0;
     const auto [stop, error] = std::from_chars(digits.data(), end, number);
+    // Trailing text first: "99999999999x" is no number, and not one out of range.
     if (error == std::errc::invalid_argument || stop != end ||
         !std::isfinite(static_cast<double>(number)))
         return kaz_value_malformed;

@@ -37,6 +37,7 @@ const char* lookUpSimple(const char* name) {
 }
 
 const char* lookUpToolInfo(const char* name) {
+    // Any name that begins so, as in "ti.x" and "title.x": the rest up to the point does not count.
     if (std::strncmp(name, "ti", 2) != 0)
         return nullptr;
     const char* point = std::strchr(name, '.');
@@ -100,6 +101,7 @@ public:
             resize(firstSize);
     }
     ~Output() {
+        // The larger block stays, so that a run of expansions settles on one.
         if (keptSize < size_) {
             char* const fresh = block_.release();
             block_.reset(std::exchange(kept, fresh));
@@ -137,6 +139,7 @@ private:
     }
 
     void resize(std::size_t newSize) {
+        // The old block is released only after the call, which does not return without memory.
         void* const grown = panickingRealloc(block_.get(), newSize, "vstring_sub");
         static_cast<void>(block_.release());
         block_.reset(static_cast<char*>(grown));
@@ -227,6 +230,8 @@ private:
     }
 
     void takeQuote() {
+        // A quote leads deeper behind 2^(depth - 1) backslashes, at depth 0 behind none, and back
+        // behind as many as the one that has opened this depth.
         const std::uint64_t nested = std::uint64_t(1) << depth_;
         if (backslashes_ == nested / 2)
             ++depth_;
@@ -245,6 +250,7 @@ private:
             unclosed_ = true;
             return;
         }
+        // A view into the input, which the caller keeps; lookedUp copies it to terminate it.
         const std::string_view name = next(end);
         next(1);
         appendValue(valueOf(name));
@@ -263,6 +269,7 @@ private:
     }
 
     static std::string_view lookedUp(std::string_view name) {
+        // Nearly all names fit, and cost no allocation.
         char shortName[64];
         HeapText longName;
         char* copy = shortName;
@@ -279,6 +286,8 @@ private:
 
     void appendValue(std::string_view value) {
         for (std::size_t at = 0; depth_ > 0 && (at = value.find('\\')) != value.npos;) {
+            // Fatal and no error result: a text nested so deep would take megabytes for each
+            // backslash.
             if (depth_ > depthLimit)
                 memory_panic("vstring_sub");
             output_.append(value.substr(0, at));
