@@ -32,6 +32,7 @@ void openComplaint(const char* program, const std::string& file, int line, int c
     static bool isDone = false;
     if (isDone || line < 1 || !TI_isFile(file.c_str()) || !isWanted(program))
         return;
+    // Also where nothing is opened below: the first complaint is the one, whatever becomes of it.
     isDone = true;
     if (isOnTerminal() || !needsTerminal(file))
         kazShowSource(file.c_str(), line, column);

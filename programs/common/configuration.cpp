@@ -27,6 +27,7 @@ Configuration::Configuration(const std::string& further) {
 }
 
 int Configuration::numberOf(const std::string& file) {
+    // Only among the files of the same reading, as the further one may be one of the chain.
     const std::size_t first = further_ < 0 ? 0 : static_cast<std::size_t>(further_);
     for (std::size_t i = files_.size(); i > first; --i)
         if (files_[i - 1] == file)
@@ -36,6 +37,7 @@ int Configuration::numberOf(const std::string& file) {
 }
 
 void Configuration::add(const KazVariableLine& line) {
+    // What ends a chain without a link in a file has no place.
     const int file = *line.file != '\0' ? numberOf(line.file) : -1;
     lines_.push_back({file, line.line, line.kind & KazLineKindMask, (line.kind & KazLineIsCut) != 0,
                       (line.kind & KazLineHasNul) != 0, line.name != nullptr ? line.name : "",
@@ -60,6 +62,7 @@ std::vector<const ConfigLine*> Configuration::definitionsOf(const std::string& n
 }
 
 const ConfigLine& Configuration::decisiveInFile(const ConfigLine& line) const {
+    // The line is a definition of this configuration, so its name is there.
     const std::vector<std::size_t>& places = definitions_.at(line.name);
     const auto isHere = [&](std::size_t place) { return lines_[place].file == line.file; };
     return lines_[lastCountsIn(line.file) ? *std::find_if(places.rbegin(), places.rend(), isHere)

@@ -55,6 +55,7 @@ std::vector<std::string> variables() {
 void lookAtVariable(const std::string& variable, const std::set<std::string>& readable,
                     std::vector<Finding>& findings) {
     const std::string name = variable.substr(prefix.size());
+    // A short word is near to too many.
     if (name.size() < shortestNearName || readable.count(name) != 0)
         return;
     KazStringColl meant = nearNames(name, readable);
@@ -72,6 +73,8 @@ std::string quoted(std::string text) {
     const bool isLong = text.size() > most;
     if (isLong) {
         std::size_t end = most;
+        // No character of UTF-8 has more than three continuation bytes; other bytes are cut
+        // anywhere.
         while (end > most - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
             --end; // no character is cut
         text.resize(end);

@@ -59,6 +59,7 @@ public:
         for (const ConfigLine& line : configuration_.lines())
             lookAt(line);
         addEnvironmentFindings(configuration_, known_, findings_);
+        // Findings of one line stay in the order of looking, which goes from the line to its parts.
         std::stable_sort(findings_.begin(), findings_.end(), [](const auto& a, const auto& b) {
             return std::pair(fileOrder(a), a.line) < std::pair(fileOrder(b), b.line);
         });
@@ -67,6 +68,7 @@ public:
 
 private:
     static int fileOrder(const Finding& finding) {
+        // The environment has no place and comes behind all files.
         return finding.file < 0 ? INT_MAX : finding.file;
     }
 
@@ -79,6 +81,7 @@ private:
         lookAtExtent(line);
         const bool isComment = line.kind == KazLineComment || line.kind == KazLineBlank;
         const std::string& start = line.isDefinition() ? line.name : line.value;
+        // Kinds from KazChainUnreadable on tell of a chain's end and show no text of a line.
         if (!isComment && line.kind < KazChainUnreadable && isMark(start, "#"))
             return tell(Finding::Warning, line,
                         R"(a line that begins with "#" is no comment ("%" and "." begin one))" +
@@ -92,6 +95,7 @@ private:
 
     /// What is not read as the line that it looks like.
     void lookAtExtent(const ConfigLine& line) {
+        // All pieces of a long line have one number; it is told at the first.
         const bool isRest = line.file == cutFile_ && line.number == cutLine_;
         if (line.isCut && !isRest) {
             cutFile_ = line.file;
@@ -166,6 +170,8 @@ private:
 
     void lookAtDefinition(const ConfigLine& line) {
         if (isSetByLibrary(line.name) && line.name != "ToolInfo")
+            // Nothing else is said of it: whoever mends the name changes all that is looked at
+            // below.
             return tell(Finding::Warning, line,
                         quoted(line.name) + " is set by the library: the line has no effect",
                         "reserved");
@@ -214,6 +220,7 @@ private:
         if (isQuoted(line.value))
             tell(Finding::Note, line, "the quotes are a part of the value of " + quoted(line.name),
                  "quoted");
+        // A carriage return has been told with the line.
         const auto odd = [](char c) { return isControl(c) && c != '\r'; };
         if (const auto c = std::find_if(line.value.begin(), line.value.end(), odd);
             c != line.value.end())

@@ -48,6 +48,7 @@ bool KnownNames::has(const std::string& name) const {
 }
 
 void KnownNames::addInstalled() {
+    // One list for each product, so that none has to change another one's file.
     const KazString directory = kazComposePath(kazMoxRootDir(), "share\\mox\\variables");
     std::error_code error;
     fs::directory_iterator entry(kazHostPath(directory).getValue(), error);

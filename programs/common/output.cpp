@@ -25,6 +25,7 @@ bool writeStandardOutput(const std::string& bytes) {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::size_t written = 0;
     do {
+        // Or the mark of an interruption would pass for a failure at the end.
         std::clearerr(stdout);
         written += std::fwrite(bytes.data() + written, 1, bytes.size() - written, stdout);
     } while (written < bytes.size() && errno == EINTR);
@@ -54,6 +55,7 @@ std::string printableLines(const std::string& text) {
 bool writeOutput(const std::string& file, const std::string& bytes) {
     const bool isStandard = file.empty() || isStandardStream(file);
     errno = 0;
+    // TI_writefile replaces the file only when all is written.
     if (isStandard ? writeStandardOutput(TI_isTerminal(stdout) ? printableLines(bytes) : bytes)
                    : TI_writefile(file.c_str(), bytes.data(), bytes.size()) == 0)
         return true;
@@ -64,6 +66,7 @@ bool writeOutput(const std::string& file, const std::string& bytes) {
 bool writeBytes(const std::string& file, const std::string& bytes) {
     if (!isStandardStream(file))
         return writeOutput(file, bytes);
+    // Bytes could switch the terminal to anything.
     if (TI_isTerminal(stdout)) {
         print_err("standard output: is a terminal: what is written is no text");
         return false;
@@ -91,6 +94,7 @@ void LineOutput::line(const std::string& text) {
     }
     errno = 0;
     print_msg("%s", isOnTerminal_ ? printable(text).c_str() : text.c_str());
+    // Only the first: after it every line fails again, and with less to say.
     if (reason_ == 0 && std::ferror(stdout) != 0)
         reason_ = errno != 0 ? errno : EIO;
 }

@@ -40,11 +40,13 @@ bool showFindings(const Configuration& configuration, LineOutput& output) {
         output.line(textOf(configuration, finding));
     output.line(counted(findings, Finding::Error) + ", " + counted(findings, Finding::Warning) +
                 ", " + counted(findings, Finding::Note));
+    // In the order of showing, so the editor opens what the user reads first.
     const auto first = std::find_if(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.severity != Finding::Note;
     });
     if (first == findings.end())
         return true;
+    // The environment has no file that could be opened.
     if (first->file >= 0)
         openComplaint("moxinfo", configuration.fileName(first->file), first->line);
     return false;

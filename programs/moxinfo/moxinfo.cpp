@@ -39,6 +39,7 @@ int runProduct(const char* which) {
         std::vector<std::string> more;
         for (int i = 0; const char* argument = kaz_arg_get_untagged(i); ++i)
             more.emplace_back(argument);
+        // Without -output the file itself is replaced, which is safe: it is read whole before.
         const std::string target = outputFile();
         return updateProduct(file, more, target.empty() ? file : target) ? 0 : 1;
     }
@@ -65,15 +66,19 @@ class MoxInfo : public KazConsoleApp {
             return status;
         if (const char* which = kaz_arg_text(arg_product, 0, nullptr))
             return runProduct(which);
+        // The library finds the first file through the variable, at the first lookup. Absolute,
+        // because a relative name there is meant below the root of the installation.
         if (const char* file = kaz_arg_text(arg_toolinfo, 0, nullptr))
             TI_putenv("ToolInfo", kazFullPath(file));
         // Before the further file, which comes after the others.
         TI_Vinit();
         if (!readFurtherFile())
             return 1;
+        // Only now, because it is judged by the files that were read.
         if (!isSourceGood())
             return KazCommandLine::wrongUsage;
         LineOutput output(outputFile());
+        // Output is finished whatever was found: what there is must arrive.
         const bool good = showVariables(output);
         return output.finish() && good ? 0 : 1;
     }

@@ -19,6 +19,7 @@
 
 namespace {
 
+// Declared for the table, which the function itself does not need.
 void offerWords(const char* option, const char* begin, KazCommandLine::Offer offer, void* data);
 
 constexpr KazCommandLine::Option options[] = {
@@ -54,6 +55,7 @@ bool isWordForSource(const std::string& text) {
 }
 
 bool isRead(const std::string& file) {
+    // It is no part of the chain, and yet a source.
     if (file == furtherFile())
         return true;
     for (int i = 0; KazString name = TI_Vfile(i); ++i)
@@ -77,6 +79,7 @@ void offerWords(const char* option, const char*, KazCommandLine::Offer offer, vo
 
 /// What is wrong with a request for product information; "" when nothing is.
 std::string productProblem() {
+    // With -update arguments are further parts; without it nothing takes them.
     const char* argument = kaz_arg_get_untagged(0);
     if (kaz_arg_text(arg_update, 0, nullptr) == nullptr)
         return argument != nullptr ? "what is " + printable(argument) + " for?" : "";
@@ -127,6 +130,7 @@ bool isAsked(const char* word) {
 
 std::string wantedSource() {
     const char* wanted = kaz_arg_text(arg_source, 0, nullptr);
+    // A file of such a name is asked for with a directory in front.
     if (wanted == nullptr || isWordForSource(wanted))
         return wanted != nullptr ? wanted : "";
     return kazFullPath(wanted).getValue();

@@ -23,11 +23,13 @@ std::string reasonOutside(KazVariableSource source, const std::string& name) {
 
 std::string reasonOf(const Configuration& configuration, const ConfigLine& line,
                      KazVariableSource source) {
+    // From the nearest reason to the farthest: its own file, then the others, then what is no file.
     const ConfigLine& inFile = configuration.decisiveInFile(line);
     if (&inFile != &line)
         return "line " + std::to_string(inFile.number) +
                (configuration.lastCountsIn(line.file) ? " replaces it" : " defines it");
     const ConfigLine& decisive = configuration.decisive(line.name);
+    // No file has a say then, whichever of them would come first.
     const bool isLibrarys = isSetByLibrary(line.name) && source != KazFile;
     if (&decisive == &line || isLibrarys)
         return reasonOutside(source, line.name);
@@ -50,6 +52,7 @@ std::vector<std::string> originOf(const Configuration& configuration, const std:
     if (source == KazUndefined)
         return {};
     const std::string value = onOneLine(TI_EnvVcont(name.c_str()));
+    // Exact only for sources that are asked before the one in force; that is where it is used.
     const auto given = [&](KazVariableSource by) { return source == by ? value : "not set"; };
     std::vector<std::string> lines = {
         name + "=" + value,

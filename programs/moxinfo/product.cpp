@@ -35,6 +35,7 @@ std::string title(const KazProductInfo& info) {
 
 /// The keys of no meaning, in the order in which they are written.
 std::vector<std::string> otherLines(const KazProductInfo& info) {
+    // With the sign behind them, so that a longer key of a product's own is not taken for one.
     constexpr std::array known = {
         "%", "name=", "version=", "build=", "date=", "part=", "checksum="};
     std::vector<std::string> lines;
@@ -49,6 +50,7 @@ std::vector<std::string> otherLines(const KazProductInfo& info) {
 }
 
 std::string partLine(const KazProductInfo::Part& part, KazProductInfo::PartState state) {
+    // Indexed by KazProductInfo::PartState.
     constexpr std::array states = {"good", "missing", "unreadable", "wrong size", "wrong checksum"};
     return std::string("part ") + part.path.getValue() + " " +
            (part.version.isEmpty() ? "-" : part.version.getValue()) + " " +
@@ -87,6 +89,7 @@ bool measure(KazProductInfo& info, const KazString& root, const KazString& path,
 std::string productFile(const std::string& which) {
     if (which == ".")
         return KazProductInfo::getDefaultPath().getValue();
+    // A name with a directory is a file even where none is, so that the message names it.
     if (which.find_first_of("/\\") != which.npos || namesFile(which))
         return kazFullPath(which.c_str()).getValue();
     return KazProductInfo::getDefaultPath(which.c_str()).getValue();
@@ -102,6 +105,7 @@ bool showProduct(const std::string& file, bool all, LineOutput& output) {
     output.line(title(info));
     for (const std::string& line : otherLines(info))
         output.line(line);
+    // Parts are named from the directory of the file, so an installation can be moved as a whole.
     const KazString root = kazPathDirPart(file.c_str());
     int problems = 0;
     for (int i = 0; i < info.getPartCount(); ++i) {
@@ -121,12 +125,14 @@ bool updateProduct(const std::string& file, const std::vector<std::string>& more
         return false;
     const KazString root = kazPathDirPart(file.c_str());
     for (int i = 0; i < info.getPartCount(); ++i) {
+        // A copy, since measuring replaces the part.
         const KazProductInfo::Part part = info.getPart(i);
         if (!measure(info, root, part.path, part.version))
             return false;
     }
     for (const std::string& argument : more) {
         std::string path = argument;
+        // As the file spells paths, or a part could be there twice.
         kazMakeRightSlashPath(path.data());
         const KazString version = info.getPart(info.findPart(path.c_str())).version;
         if (!measure(info, root, path.c_str(), version))

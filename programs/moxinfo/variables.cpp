@@ -40,6 +40,7 @@ std::vector<std::string> allSources(const std::vector<Variable>& variables) {
     std::vector<std::string> sources{"environment", "run-time", "library"};
     for (int i = 0; KazString name = TI_Vfile(i); ++i)
         sources.push_back(name.getValue());
+    // Files that were read besides are not in the chain.
     for (const Variable& variable : variables)
         if (std::find(sources.begin(), sources.end(), variable.source) == sources.end())
             sources.push_back(variable.source);
@@ -67,6 +68,7 @@ bool showVariable(LineOutput& output, const char* name, bool withSource) {
     }
     if (withSource)
         output.line("% from " + onOneLine(sourceOf(name).c_str()));
+    // Alone and as it is, since scripts take it for the value.
     output.line(value);
     return true;
 }
@@ -107,8 +109,11 @@ void showAll(LineOutput& output, const std::string& wanted) {
     }
     const std::vector<Variable> variables = allVariables();
     for (const std::string& source : allSources(variables)) {
+        // Files are asked for by full paths, while the chain holds them as their links spell them.
         if (!wanted.empty() && wanted != source && wanted != kazFullPath(source.c_str()).getValue())
             continue;
+        // Sources without a variable get no heading. Each source looks through all variables, which
+        // a chain of ten files keeps cheap.
         bool isFirst = true;
         for (const Variable& variable : variables) {
             if (variable.source != source)
@@ -129,8 +134,10 @@ bool showArguments(LineOutput& output, bool withSources) {
         if (std::string(argument).find("${") != std::string::npos)
             showExpansion(output, argument);
         else
+            // The call comes first: each argument is shown, whatever the one before has met.
             allThere = showVariable(output, argument, withSources) && allThere;
     }
+    // The references of the configuration's own values are expanded without it.
     vstring_pop_lookup_func();
     return allThere;
 }
@@ -139,6 +146,7 @@ bool showOrigins(LineOutput& output, const Configuration& configuration) {
     bool allThere = true;
     for (int i = 0; const char* name = kaz_arg_get_untagged(i); ++i)
         allThere = showOrigin(output, configuration, name) && allThere;
+    // All of them: one that is empty is nobody's failure then.
     if (kaz_arg_get_untagged(0) == nullptr)
         for (const Variable& variable : allVariables())
             showOrigin(output, configuration, variable.name.c_str());

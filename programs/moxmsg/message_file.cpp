@@ -12,6 +12,7 @@ namespace {
 
 using namespace kaz::detail::catalog;
 
+// Offsets are words that count units; the last text that one can address is read whole.
 constexpr std::size_t longestFile = lastOffset + recordSize;
 
 std::size_t roundedUp(std::size_t size) {
@@ -69,6 +70,7 @@ private:
             return problem("the text of " + std::to_string(number) + " is outside the file");
         std::string text = bytes_.substr(offset, recordSize);
         text.resize(std::min(text.find('\0'), text.size()));
+        // Taken all the same, as the tools would show it.
         if (text.size() == recordSize)
             problem("the text of " + std::to_string(number) + " has no end");
         messages_.texts[number] = {text, 0};
@@ -95,6 +97,8 @@ std::string encodeMessageFile(Messages& messages) {
     putWord(bytes, 2, magic >> 16);
     for (const auto& [number, message] : messages.texts) {
         const std::size_t slot = 4 + 2 * static_cast<std::size_t>(number / entryCount);
+        // The block has its table already. Tables come before all texts, so that they stay
+        // addressable.
         if (bytes[slot] != 0 || bytes[slot + 1] != 0)
             continue;
         putWord(bytes, slot, bytes.size() / unit);
@@ -116,6 +120,7 @@ std::string encodeMessageFile(Messages& messages) {
             static_cast<std::size_t>(unit);
         putWord(bytes, table + 2 * static_cast<std::size_t>(number % entryCount), offset / unit);
         bytes += message.text;
+        // Each text begins at a unit, for offsets count in those.
         bytes.resize(offset + roundedUp(message.text.size() + 1));
     }
     // The last texts are read whole, too.

@@ -29,9 +29,11 @@ constexpr std::size_t mostShown = 100;
 bool readAll(std::FILE* stream, std::string& bytes) {
     char part[65536];
     for (;;) {
+        // Or an interruption that was met before would count as a failure of this part.
         std::clearerr(stream);
         const std::size_t got = std::fread(part, 1, sizeof part, stream);
         bytes.append(part, got);
+        // Part of a block is the end, unless a signal has cut it.
         if (got < sizeof part && !(std::ferror(stream) && errno == EINTR))
             return !std::ferror(stream);
         if (bytes.size() > sizeLimit) {
@@ -51,6 +53,7 @@ bool readFile(Messages& messages, std::string& bytes) {
     errno = 0;
     std::FILE* stream = isStandard ? stdin : TI_fopen(messages.file.c_str(), "rb");
     const bool whole = stream && readAll(stream, bytes);
+    // Closing may change it.
     const int reason = errno;
     if (stream && !isStandard)
         std::fclose(stream);
@@ -79,6 +82,7 @@ bool isTemplate(const std::string& bytes) {
 void decodeSource(const std::string& bytes, Messages& messages) {
     if (isTranslation(bytes))
         return messages.addProblem(0, "is an MO file: -merge takes its texts for those of -source");
+    // A template is looked for only where something is wrong: a text may hold such a line.
     parseSource(bytes, messages);
     if (!messages.problems.empty() && isTemplate(bytes))
         messages.problems = {{0, "is a PO file: msgfmt --check makes the MO file of it"}};
@@ -99,6 +103,7 @@ void decodeEither(const std::string& bytes, Messages& messages) {
 } // namespace
 
 bool Messages::report() {
+    // Some are found after the reading; users mend a file from the top.
     std::stable_sort(problems.begin(), problems.end(),
                      [](const Problem& a, const Problem& b) { return a.line < b.line; });
     const std::size_t shown = std::min(problems.size(), mostShown);

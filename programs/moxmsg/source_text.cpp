@@ -60,6 +60,7 @@ private:
         if (rest_.empty())
             return false;
         const std::size_t end = rest_.find('\n');
+        // A last line without a newline is a line, too.
         line_ = rest_.substr(0, end);
         rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
         if (line_.ends_with('\r'))
@@ -118,10 +119,13 @@ private:
     /// Blanks at the end are dropped unless they are escaped or a continuation
     /// follows. True when it does.
     bool parsePart(std::string& text) {
+        // What was there before the part stays: its blanks were escaped or stand before a
+        // continuation.
         std::size_t kept = text.size();
         while (!line_.empty()) {
             const char c = line_.front();
             line_.remove_prefix(1);
+            // The text keeps the blanks in front of it.
             if (c == '\\' && line_.empty())
                 return true;
             if (c == '\0')
@@ -151,6 +155,7 @@ private:
             problem("\\x needs two hexadecimal digits");
             return letter;
         }
+        // Both are digits here, so the sum is 0 for "00" alone.
         if (high + low == 0)
             problem("a text cannot hold a NUL");
         line_.remove_prefix(2);
@@ -162,6 +167,7 @@ private:
             messages_.addProblem(begin, "the text of " + std::to_string(number) + " has " +
                                             std::to_string(text.size()) + " bytes, " +
                                             std::to_string(longestText) + " fit");
+        // The first one stays: later ones are problems, and nothing is written then.
         const auto [place, added] = messages_.texts.try_emplace(number, Message{text, begin});
         if (!added)
             messages_.addProblem(begin, "message " + std::to_string(number) + " is in line " +

@@ -40,6 +40,7 @@ std::size_t characterSize(std::string_view text) {
     for (std::size_t i = 1; i < size; ++i)
         if (!isContinuation(static_cast<unsigned char>(at(i))))
             return 0;
+    // One character has one spelling only, and halves of surrogates are none.
     const bool isOverlong = (first == 0xE0 && at(1) < 0xA0) || (first == 0xF0 && at(1) < 0x90);
     const bool isOutside = (first == 0xED && at(1) >= 0xA0) || (first == 0xF4 && at(1) >= 0x90);
     return isOverlong || isOutside ? 0 : size;
@@ -79,6 +80,7 @@ std::string poText(std::string_view text) {
     const std::size_t first = text.find('\n');
     if (first == text.npos || first + 1 == text.size())
         return quoted(text);
+    // The empty first line lets all lines of the text stand below one another.
     std::string result = "\"\"";
     while (!text.empty()) {
         const std::size_t length = std::min(text.find('\n'), text.size() - 1) + 1;
@@ -137,6 +139,7 @@ std::uint32_t numberAt(std::string_view bytes, std::size_t at, bool isBig) {
 int messageNumber(std::string_view context) {
     int number = -1;
     std::from_chars(context.data(), context.data() + context.size(), number);
+    // Written back, which refuses leading zeros and anything behind the digits.
     const bool isOne = number >= 0 && number <= lastNumber && context == std::to_string(number);
     return isOne ? number : -1;
 }
@@ -148,6 +151,7 @@ public:
     void decode() {
         if (bytes_.size() < translationHeader)
             return problem("is damaged: it ends within its head");
+        // The file has the byte order of the machine that made it.
         isBig_ = numberAt(bytes_, 0, true) == translationMagic;
         const std::uint32_t revision = word(4), count = word(8);
         // The upper half tells whether the file can be read, the lower one what it has more.
@@ -159,6 +163,7 @@ public:
         for (const std::size_t table : {word(12), word(16)})
             if (!isInside(table, std::size_t{count} * 8))
                 return problem("is damaged: a table of its texts is outside the file");
+        // Both tables have been found to lie inside, so that word() reads no byte beyond.
         const auto decodeNext = [this](std::size_t entry) {
             return decodeEntry(word(12) + entry * 8, word(16) + entry * 8);
         };
@@ -192,6 +197,7 @@ private:
     /// False when it is not all there.
     bool textAt(std::size_t at, std::string_view& text) {
         const std::size_t size = word(at), offset = word(at + 4);
+        // The cheap test first also keeps size + 1 from overflowing.
         if (size >= left_ || !isInside(offset, size + 1) || bytes_[offset + size] != '\0')
             return false;
         left_ -= size + 1;
@@ -208,6 +214,7 @@ private:
         const std::size_t context = original.find(behindContext);
         const int number =
             context != original.npos ? messageNumber(original.substr(0, context)) : -1;
+        // Read after the number, so that the problem can name it.
         if (!textAt(translationAt, text))
             return damage(number >= 0
                               ? "the text of " + std::to_string(number) + " is outside the file"
@@ -267,6 +274,7 @@ void takeTranslations(Messages& messages, Messages& from, std::set<int>& outdate
         const int number = translation.number;
         const auto found = messages.texts.find(number);
         if (found == messages.texts.end() || found->second.text != translation.original) {
+            // Kept for a message that has no good translation further on, see the end.
             outdated.insert(number);
             continue;
         }

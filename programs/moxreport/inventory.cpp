@@ -31,6 +31,7 @@ KazString joined(const KazString& directory, const KazString& name) {
 }
 
 std::string reasonOf(int error) {
+    // No failure of the place: the same would be met at all that follow.
     if (error == ENOMEM)
         throw KazMemoryException();
     return std::generic_category().message(error != 0 ? error : EIO);
@@ -41,6 +42,7 @@ std::string reasonOf(int error) {
 /// revisions need not fit an integer.
 bool isOlder(const KazString& a, const KazString& b) {
     const bool areNumbers = text_is_integer(a);
+    // Different kinds never mix, so the order is one and the newest does not depend on the listing.
     if (areNumbers != text_is_integer(b))
         return areNumbers;
     std::string_view first = viewOf(a), second = viewOf(b);
@@ -60,6 +62,7 @@ public:
     void add(const KazString& folder, const KazString& name, const KazFileStatus& status) {
         const bool isRevision = folder == "filestore";
         const auto point = viewOf(name).rfind('.');
+        // A name that begins with its only point has no diagram's name in front of it.
         if (status.kind != KazFileKind::File || point == 0 || !(isRevision || folder.isEmpty()))
             return;
         if (!isRevision && (point == viewOf(name).npos || viewOf(name).substr(point) != ".dgm"))
@@ -110,6 +113,7 @@ public:
         const double step = share / static_cast<double>(levels_.back().directories.size() + 1);
         while (!levels_.empty()) {
             Level& level = levels_.back();
+            // One step for each directory of the top, and the last one when it is left.
             if (levels_.size() == 1)
                 progress.increment(step, false);
             if (level.next < level.directories.size()) {
@@ -136,6 +140,7 @@ private:
 
     void enter(KazTreeCursor& cursor, const KazString& name) {
         const KazString path = joined(levels_.back().path, name);
+        // Before entering: trees may be deeper than any report could show.
         if (path.getLength() > longestPath)
             fail(path.subStringBefore(100) + "...", reasonOf(ENAMETOOLONG));
         else if (cursor.enter(name) != 0)
@@ -200,6 +205,7 @@ public:
     }
 
 private:
+    // A system that was asked for is not looked for: when it is opened it is there or a failure.
     std::vector<KazString> listSystems() {
         if (!options_.system.isEmpty())
             return {options_.system};
@@ -212,6 +218,7 @@ private:
         for (const KazDirectoryEntry& entry : entries)
             if (entry.kind != KazFileKind::Directory)
                 addFile(entry.name);
+            // Hidden directories are those of version control and editors.
             else if (entry.name[0] != '.')
                 systems.push_back(entry.name);
         return systems;
@@ -231,6 +238,7 @@ private:
         KazDirectory directory = top_.openDirectory(name);
         if (!directory.isOpen()) {
             inventory_.failures.add(kazPrintable(name), reasonOf(errno).c_str());
+            // Its share is done, too, or the bar would never fill.
             progress.increment(share, false);
             return;
         }
@@ -253,6 +261,7 @@ void Totals::add(const KazFileStatus& status) {
 }
 
 void Totals::add(const Totals& other) {
+    // The date of no files is none; it may lie after the dates of old files.
     if (other.files > 0)
         modified = files > 0 ? std::max(modified, other.modified) : other.modified;
     files += other.files;

@@ -47,6 +47,7 @@ bool isSwitchedOn(arg_type_enum type) {
 
 bool endsIn(const KazString& text, const char* end) {
     const int length = static_cast<int>(std::strlen(end));
+    // A name that is nothing but the suffix is no suffix.
     if (text.getLength() <= length)
         return false;
     KazString tail = text.subStringFrom(text.getLength() - length);
@@ -75,6 +76,7 @@ bool readLength(arg_type_enum type, int& tenths) {
     const char* text = textOf(type);
     if (text == nullptr)
         return true;
+    // The parser has found a whole number of 64 bits; what is too long for it is out of range here.
     const long millimetres = std::strtol(text, nullptr, 10);
     if (millimetres >= 60 && millimetres <= 2000) {
         tenths = static_cast<int>(millimetres) * 10;
@@ -89,6 +91,7 @@ bool readPage(ReportOptions& report) {
     if (!readLength(arg_pagewidth, report.pageWidth) ||
         !readLength(arg_pageheight, report.pageHeight))
         return false;
+    // The sides are exchanged only where the page does not lie that way already.
     if (const char* side = textOf(arg_orientation);
         side != nullptr && (*side == 'l') != (report.pageWidth > report.pageHeight))
         std::swap(report.pageWidth, report.pageHeight);
@@ -105,6 +108,7 @@ int readOptions(int argc, char** argv, ReportOptions& report) {
         commandLine.complain("the project directory is empty");
         return KazCommandLine::wrongUsage;
     }
+    // Absolute, as links and the title need it, and without the separator that would hide its name.
     report.project = kazDirForDisplay(kazFullPath(project));
     report.system = textOf(arg_system);
     report.filter = textOf(arg_filter);

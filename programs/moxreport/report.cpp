@@ -21,12 +21,14 @@ KazString counted(std::size_t count, const char* what) {
 KazString sizeText(std::uint64_t bytes) {
     constexpr const char* units[] = {"kB", "MB", "GB", "TB", "PB", "EB"};
     KazString text;
+    // Whole bytes need no fraction.
     if (bytes < 1000) {
         text.format("%d B", static_cast<int>(bytes));
         return text;
     }
     double value = static_cast<double>(bytes) / 1000;
     int unit = 0;
+    // What would be rounded to 1000.0 takes the next unit; 64 bits end within the last one.
     for (; value >= 999.95; ++unit)
         value /= 1000;
     text.format("%.1f %s", value, units[unit]);
@@ -60,8 +62,10 @@ KazString urlOf(const KazString& path, char separator) {
 
 /// The URL of a native path that is absolute.
 KazString fileUrl(const KazString& path) {
+    // A share: the server's name stands where URLs have a host.
     if (path.find("\\\\") == 0)
         return "file:/" + urlOf(path, '\\');
+    // The colon of a drive must not be encoded.
     if (path.find(":\\") == 1)
         return "file:///" + path.subStringBefore(2) + urlOf(path.subStringFrom(2), '\\');
     return "file://" + urlOf(path, '\\');
@@ -74,6 +78,7 @@ public:
 
     void write(KazProgressHandle& progress, double share) {
         writeFront();
+        // Without systems contents would point at nothing.
         if (!inventory_.systems.empty()) {
             writeContents();
             writeOverview();
@@ -92,6 +97,7 @@ public:
 private:
     static KazString anchorOf(std::size_t system) {
         KazString anchor;
+        // By number: names of systems may hold what no format takes in a target.
         anchor.format("system%zu", system + 1);
         return anchor;
     }
@@ -101,6 +107,7 @@ private:
     }
 
     void writeFront() {
+        // Asked once, so that the paragraph and the document's date agree.
         const std::int64_t now = presentMoment();
         const KazString title = "Project " + projectName(options_);
         doc_.setTitle(title);
@@ -134,6 +141,7 @@ private:
 
     void writeContentsOf(const System& system, const KazString& target) {
         item(target, "System " + kazPrintable(system.name));
+        // Inside the item of the system, which stays open until the next one.
         doc_.beginList(false);
         if (!system.diagrams.empty())
             item(target + "_diagrams", "Diagrams");
@@ -237,6 +245,7 @@ private:
         doc_.beginList(false);
         for (const Failure& failure : failures.first())
             doc_.item(failure.path + ": " + failure.reason);
+        // Only the first ones are kept; all are counted.
         if (const std::size_t more = failures.count() - failures.first().size(); more > 0)
             doc_.item("and " + counted(more, "more place"));
         doc_.endList();
