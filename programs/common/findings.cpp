@@ -170,8 +170,7 @@ private:
 
     void lookAtDefinition(const ConfigLine& line) {
         if (isSetByLibrary(line.name) && line.name != "ToolInfo")
-            // Nothing else is said of it: whoever mends the name changes all that is looked at
-            // below.
+            // Nothing else is said of a line that has no effect.
             return tell(Finding::Warning, line,
                         quoted(line.name) + " is set by the library: the line has no effect",
                         "reserved");

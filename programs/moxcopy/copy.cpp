@@ -45,8 +45,10 @@ public:
 
 private:
     void copyDirectory(const PlannedDirectory& directory) {
+        // The plan goes on beside or above the last directory: those in between are finished.
         while (static_cast<int>(entered_.size()) > directory.depth)
             leave();
+        // Otherwise a directory above could not be entered, which has been told for all below.
         const bool isAbove = static_cast<int>(entered_.size()) == directory.depth;
         if (isAbove && enter(directory))
             copyFiles(directory.files);
@@ -58,6 +60,7 @@ private:
         const KazString& name = directory.depth == 0 ? name_ : directory.name;
         if (directory.depth > 0 && source_.enter(name) != 0)
             return fail(name);
+        // The cursors go down together or not at all.
         if (target_.directory().makeDirectory(name, directory.mode | ownersBits) != 0 ||
             target_.enter(name) != 0) {
             const int reason = errno;
@@ -101,6 +104,8 @@ private:
         std::uint64_t size = 0;
         KazCopyRules rules;
         rules.size = &size;
+        // Nobody reads the staging directory, so a file need not come whole under another name
+        // first.
         rules.inPlace = rules.cutByMask = true;
         rules.goesOn = [] { return !KazInterruptWatch::isStopped(); };
         if (source_.directory().copyFile(file, target_.directory(), rules) != 0) {

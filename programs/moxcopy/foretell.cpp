@@ -59,6 +59,7 @@ private:
 
     /// A copy none of whose files can be read is thrown away, its directories too.
     void print() {
+        // Known at the end only, so the lines are kept until here.
         const bool isThrownAway = readable_ == 0 && failures_ > 0;
         if (isThrownAway)
             directories_ = 0;
@@ -118,6 +119,7 @@ private:
             leave();
         const KazString& name = directory.depth == 0 ? options_.system : directory.name;
         Level& above = levels_.empty() ? top : levels_.back();
+        // Also of what fails below: what is planned is no part of the rest that is kept.
         above.met.insert(asOneName(name));
         Level level{joined(above.path, name), {}, {}, false, above.isLost, above.isClash, false};
         if (!level.isClash && !above.taken.insert(asOneName(name)).second) {
@@ -191,6 +193,7 @@ private:
         const auto list = [&] {
             std::vector<KazString>& names = pending.emplace_back();
             keepFiles(cursor.directory(), joined(path, cursor.getPath()), {}, names);
+            // Names are taken from the back.
             std::reverse(names.begin(), names.end());
         };
         list();

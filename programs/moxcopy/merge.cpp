@@ -69,6 +69,7 @@ public:
                 leave();
                 continue;
             }
+            // A copy, since a new level may move this one.
             const KazDirectoryEntry entry = level.entries[level.next++];
             if (entry.kind == KazFileKind::Directory)
                 moveDirectory(entry.name, true);
@@ -95,6 +96,9 @@ private:
         const KazDirectory& from = from_.directory();
         const KazDirectory& to = to_.directory();
         from.getStatus(name, status);
+        // A directory that its owner may not write to can be moved by none but the superuser, as
+        // its
+        // ".." changes.
         if (isClosed(status.mode))
             from.setMode(name, status.mode | 0700);
         // Asked beforehand: a rename that is refused takes the system a time that grows with
@@ -104,6 +108,7 @@ private:
         const bool isMoved = !isThere && from.rename(name, to, name, false) == 0;
         int reason = isThere || isMoved ? 0 : errno;
         bool isNew = isMoved;
+        // Another file system: a new directory, which is filled and then closed as the copied one.
         if (reason == EXDEV) {
             isNew = to.makeDirectory(name, status.mode | 0700) == 0;
             reason = isNew || (errno == EEXIST && mayMerge) ? 0 : errno;
@@ -124,6 +129,7 @@ private:
         }
         if (from_.enter(name) != 0) {
             const int reason = errno;
+            // The cursors stay level, or all that follows would go to a wrong place.
             to_.leave();
             failDirectory(name, reason);
             return;
@@ -137,6 +143,7 @@ private:
     }
 
     void leave() {
+        // Copied out, because the level goes before its directory gets its mode.
         const Level level = std::move(levels_.back());
         levels_.pop_back();
         from_.leave();
@@ -159,6 +166,7 @@ private:
             return;
         const int reason = errno;
         KazFileStatus status;
+        // The sums counted it as copied.
         from.getStatus(name, status);
         take({1, status.size});
         result_.fail(shownEntry(place(), name), reason);
@@ -171,6 +179,7 @@ private:
     }
 
     void take(Amount amount) {
+        // Never below zero: somebody may have put files into the staging directory meanwhile.
         result_.files -= std::min(amount.files, result_.files);
         result_.bytes -= std::min(amount.bytes, result_.bytes);
     }

@@ -34,6 +34,8 @@ int isWithin(KazDirectory directory, const KazFileStatus& top) {
     KazFileStatus status, above;
     if (directory.getStatus(status) != 0)
         return -1;
+    // Upwards by handles and not by comparing paths, which links and case would mislead. The root
+    // is its own parent, so the loop ends.
     while (!status.isSameFile(top)) {
         directory = directory.openParent();
         if (directory.getStatus(above) != 0)
@@ -55,10 +57,13 @@ Status checkApart(const CopyOptions& options, const KazDirectory& source) {
     const bool isThere = missing.empty();
     if (!around.isOpen())
         return Done; // Who wants to write there will be told.
+    // Both are asked; -1 of either stays -1.
     int isNested = around.getStatus(destinationStatus) | source.getStatus(sourceStatus);
     if (isNested == 0)
         isNested = isWithin(std::move(around), sourceStatus);
     if (isNested == 0 && isThere)
+        // The other way round only for a destination that is there: a new one has nothing around
+        // it.
         isNested = isWithin(source.openSelf(), destinationStatus);
     if (isNested == 0)
         return Done;
@@ -93,6 +98,7 @@ bool mayWrite(const CopyOptions& options) {
         return true;
     KazString question;
     question.format(localText(texts::overwrite), shown(destination).getValue());
+    // Where nobody can be asked the answer is no.
     if (KazIODirector::confirm("moxcopy", question, KazIODirector::YesNo, KazIODirector::Decline) ==
         KazIODirector::Accept)
         return true;
@@ -107,6 +113,7 @@ CopyDirector::Manner mannerOf(const CopyOptions& options) {
 }
 
 void cancel() {
+    // Before the message, which may wait for a slow terminal or fail.
     Staging::discardAll();
     print_err(localText(texts::cancelled));
     KazInterruptWatch::endBySignal();
@@ -128,9 +135,11 @@ Status copySystem(const Plan& plan, const CopyOptions& options, KazDirectory sou
     Staging staging;
     if (!staging.open(options.target, options.system))
         return Failed;
+    // Into the staging directory alone: until the commit the target is as it was.
     CopyResult result = copyWithProgress(plan, options, std::move(source), staging);
     // What the listing already knows to be missing fails first.
     result.failures.addBefore(plan.failures);
+    // Nothing is moved into place, so nothing counts as copied.
     if (result.diskFull) {
         print_err(localText(texts::diskFull));
         result.files = 0;
@@ -138,6 +147,7 @@ Status copySystem(const Plan& plan, const CopyOptions& options, KazDirectory sou
     } else if (result.files > 0 || result.failures.isEmpty()) {
         staging.commit(result);
     }
+    // Before the summary: what is left behind is told first.
     const bool isCleared = staging.close();
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     printSummary(result, options.destination(), seconds.count(), staging.keptFiles());
@@ -163,6 +173,7 @@ KazDirectory openSource(const CopyOptions& options) {
     const KazDirectory project(options.project);
     KazDirectory source = project.openDirectory(options.system);
     KazFileStatus status;
+    // The looks below are for the message only.
     if (source.isOpen())
         return source;
     if (project.getStatus(options.system, status) == 0 && status.kind == KazFileKind::Link)
@@ -185,6 +196,7 @@ Status run(const CopyOptions& options) {
     KazDirectory source = openSource(options);
     if (!source.isOpen())
         return Failed;
+    // Before the plan: the walk would count a copy that lies in its own source.
     if (const Status status = checkApart(options, source); status != Done)
         return status;
     const Plan plan = makePlan(options, source.openSelf());

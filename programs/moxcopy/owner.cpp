@@ -32,6 +32,7 @@ bool isStagingName(std::string_view name) {
 /// What stands behind the place in this process's stamp, as a part of a name.
 KazString ownPart() {
     KazString part = kazProcessStamp();
+    // The place is left out: a directory is looked at where it was made, and its text may be long.
     part = part.subStringFrom(part.find(' ') + 1);
     part.replaceAll(" ", "-");
     return part;
@@ -55,6 +56,7 @@ int isMakerRunning(const KazString& name) {
 
 bool writeRecord(const KazDirectory& directory) {
     const KazString stamp = kazProcessStamp();
+    // Exclusive: a record that is there is another process's.
     std::FILE* file = directory.openFile(record, "wx");
     if (file == nullptr)
         return false;
@@ -65,6 +67,7 @@ bool writeRecord(const KazDirectory& directory) {
 /// What the record says: whole, else "". @p isOne: it is such a record.
 KazString readRecord(const KazDirectory& directory, bool& isOne) {
     const Stream file(directory.openFile(record, "r"), std::fclose);
+    // More than a stamp has; a line that is cut has no newline and so is no whole record.
     std::array<char, 200> line;
     isOne = file != nullptr && std::fgets(line.data(), line.size(), file.get()) != nullptr &&
             KazString(line.data()) == KazString(heading) + '\n';
@@ -87,6 +90,7 @@ bool isUnwritten(const KazDirectory& directory) {
 bool isStale(const KazString& name, const KazDirectory& directory) {
     bool isOne = false;
     const KazString stamp = readRecord(directory, isOne);
+    // Only a certain no: -1, of another machine for one, keeps the directory.
     return (stamp.isEmpty() ? isMakerRunning(name) : kazIsRunning(stamp)) == 0;
 }
 
@@ -123,6 +127,8 @@ bool isEmptied(const KazDirectory& staging) {
     std::vector<KazDirectoryEntry> entries;
     bool done = staging.list("*", entries) == 0;
     for (const KazDirectoryEntry& entry : entries)
+        // The record goes last, so that a removal that is cut short can be finished by others.
+        // Opened up only where the removal fails, as most trees need it nowhere.
         if (entry.name != record && staging.removeTree(entry.name) != 0) {
             staging.setMode(entry.name, 0700);
             openUp(KazTreeCursor(staging.openDirectory(entry.name)));
@@ -141,6 +147,7 @@ bool claim(const KazDirectory& parent, const KazString& name, KazDirectory& dire
     directory = parent.openDirectory(name);
     if (!directory.isOpen())
         return false;
+    // The reason for a directory that is not empty; a failing record replaces it.
     errno = EEXIST;
     return isUnwritten(directory) && writeRecord(directory);
 }
@@ -158,6 +165,7 @@ void disclaim(const KazDirectory& parent, const KazString& name, KazDirectory& d
 KazDirectory makeStaging(const KazDirectory& parent, KazString& name) {
     const KazString owner = ownPart();
     KazDirectory directory;
+    // A number that is taken is of a copy that this process makes besides, or was left by one.
     for (int turn = 0; turn < 1000; ++turn) {
         name = newName(owner, turn);
         if (parent.makeDirectory(name, 0700) == 0)
@@ -202,6 +210,7 @@ void clearStale(const KazDirectory& parent) {
 bool removeStaging(const KazDirectory& parent, const KazString& name, const KazDirectory& staging) {
     if (!isEmptied(staging))
         return false;
+    // The name may have been exchanged; what is removed has to be the directory itself.
     if (isUnder(parent, name, staging))
         return parent.removeDirectory(name) == 0;
     const KazDirectory around = staging.openParent();

@@ -34,6 +34,7 @@ public:
     /// found.
     bool contains(const KazString& file) {
         bool result = isAll();
+        // Asked for only where a diagram may be missing: the near names are looked for among these.
         if (!isAll())
             met_.insert(diagramOf(file));
         for (int end = file.find('.', 1); end > 0; end = file.find('.', end + 1))
@@ -113,6 +114,7 @@ private:
     void enter(const KazString& name) {
         if (cursor_.enter(name) != 0)
             plan_.failures.add(shownEntry(path(), name), localText(texts::unreadable));
+        // Entered and not listed: no level stands for it, so the cursor goes back here.
         else if (!listDirectory(name))
             cursor_.leave();
     }

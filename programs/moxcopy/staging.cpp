@@ -35,6 +35,7 @@ Staging::Staging() {
 
 Staging::~Staging() {
     close();
+    // After close(), which a cancellation in between may still ask for.
     active_ = nullptr;
 }
 
@@ -50,6 +51,7 @@ bool Staging::open(const KazString& target, const KazString& system) {
         return reportFailure(joined(target, system), errno);
     KazFileStatus earlier;
     isOver_ = target_.directory().getStatus(system, earlier) == 0;
+    // Before the new one is made, as what a killed run has left may fill the disk.
     clearStale(target_.directory());
     if (makeIn(target_.directory().openSelf(), target))
         return true;

@@ -19,7 +19,6 @@
 
 namespace {
 
-// Declared for the table, which the function itself does not need.
 void offerWords(const char* option, const char* begin, KazCommandLine::Offer offer, void* data);
 
 constexpr KazCommandLine::Option options[] = {

@@ -52,7 +52,6 @@ std::vector<std::string> originOf(const Configuration& configuration, const std:
     if (source == KazUndefined)
         return {};
     const std::string value = onOneLine(TI_EnvVcont(name.c_str()));
-    // Exact only for sources that are asked before the one in force; that is where it is used.
     const auto given = [&](KazVariableSource by) { return source == by ? value : "not set"; };
     std::vector<std::string> lines = {
         name + "=" + value,

@@ -137,7 +137,7 @@ bool showArguments(LineOutput& output, bool withSources) {
             // The call comes first: each argument is shown, whatever the one before has met.
             allThere = showVariable(output, argument, withSources) && allThere;
     }
-    // The references of the configuration's own values are expanded without it.
+    // Or expansions of the library's own would ask it, too.
     vstring_pop_lookup_func();
     return allThere;
 }

@@ -146,6 +146,7 @@ Status compile(const Request& request) {
         compareFormats(messages, other);
         isSound = other.report();
     }
+    // Before the report, since what does not fit is found here.
     const std::string bytes = encodeMessageFile(messages);
     if (!messages.report() || !isSound)
         return Failed;
@@ -169,6 +170,7 @@ Status compare(const Request& request) {
     Messages messages = readMessageFile(request.file);
     Messages other = readMessages(request.other);
     const bool otherIsSound = other.report();
+    // Adds problems to the first file, so it is reported after the other one.
     compareFormats(messages, other);
     const bool isSound = messages.report() && otherIsSound;
     const std::string found = differences(messages, other);

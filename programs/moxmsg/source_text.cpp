@@ -167,7 +167,7 @@ private:
             messages_.addProblem(begin, "the text of " + std::to_string(number) + " has " +
                                             std::to_string(text.size()) + " bytes, " +
                                             std::to_string(longestText) + " fit");
-        // The first one stays: later ones are problems, and nothing is written then.
+        // The first one stays; each later one is a problem.
         const auto [place, added] = messages_.texts.try_emplace(number, Message{text, begin});
         if (!added)
             messages_.addProblem(begin, "message " + std::to_string(number) + " is in line " +

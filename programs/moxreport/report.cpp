@@ -78,7 +78,6 @@ public:
 
     void write(KazProgressHandle& progress, double share) {
         writeFront();
-        // Without systems contents would point at nothing.
         if (!inventory_.systems.empty()) {
             writeContents();
             writeOverview();

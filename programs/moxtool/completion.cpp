@@ -105,6 +105,8 @@ std::string joined(const Names& names) {
 std::string scriptFor(std::string_view shell, const Names& names) {
     if (shell == "bash")
         return bashScript + joined(names);
+    // The first line lets the script lie in a directory of completions; its end serves those who
+    // read it at the start of the shell.
     if (shell == "zsh")
         return "#compdef" + joined(names) + "\n" + zshScript + joined(names) + "\nfi";
     std::string script = fishScript;

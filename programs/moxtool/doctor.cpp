@@ -77,6 +77,7 @@ class Examination {
 public:
     /// Looks at everything.
     void run() {
+        // Before anything is asked: the first lookup of a variable may end in a fatal error.
         const Listener listener;
         const Damage damage;
         lookAtLibrary(damage);
@@ -157,6 +158,7 @@ private:
             files.append(files.empty() ? "" : ", ").append(shown(file));
         if (files.empty())
             fail("there is no ToolInfo file" + whereItIsSought());
+        // Only the ends of the chain belong here; what else was found has topics of its own.
         for (const Finding& finding : findings_)
             if (isOfChain(finding))
                 finding.severity == Finding::Error ? fail(textOf(finding)) : warn(textOf(finding));
@@ -164,6 +166,7 @@ private:
     }
 
     static std::string whereItIsSought() {
+        // In the order in which the library asks them.
         for (const char* variable : {"ToolInfo", "TOOLINFO"})
             if (const char* const name = std::getenv(variable); name != nullptr)
                 return std::string(": ") + variable + " names " + name;
@@ -198,6 +201,7 @@ private:
                                    : kazComposePath(kazMoxRootDir(), "bin\\W32NTX86\\msg_file");
         if (!isSet(configured) && !TI_exists(file))
             return confirm("the programs' own texts, as there is no " + shown(file));
+        // The mark of a message file, with which it begins.
         char start[4] = {};
         errno = 0;
         std::FILE* const stream = TI_isFile(file) ? TI_fopen(file, "rb") : nullptr;
@@ -235,6 +239,7 @@ private:
         if (home.size() > 1 && home.ends_with('\\'))
             home.pop_back();
         const char* const named = std::getenv("HOME");
+        // What cannot be expanded comes back as it was.
         if (home == "~")
             warn("this user has no home directory");
         else if (isSet(named) && !TI_isDirectory(kazNativePath(named)))
@@ -258,9 +263,11 @@ private:
     void lookAtLocale() {
         begin("locale");
         std::string wanted = languageAtStart;
+        // The stronger one last, as it replaces the others.
         for (const char* variable : {"LC_CTYPE", "LC_ALL"})
             if (const char* const name = std::getenv(variable); isSet(name))
                 wanted = name;
+        // A copy: the next call may write where the pointer leads.
         const std::string before = std::setlocale(LC_CTYPE, nullptr);
         if (!wanted.empty() && std::setlocale(LC_CTYPE, wanted.c_str()) == nullptr)
             warn(wanted + " is not installed here: texts count as ASCII");

@@ -85,10 +85,12 @@ public:
         : place_(place), name_(std::move(name)), files_(files) {}
     /// Away with it, unless it has got its name.
     ~Draft() {
+        // Nothing was made, or it has its name: neither is this object's to remove.
         if (!isBegun_)
             return;
         for (const ProjectFile& file : files_)
             (file.folder.empty() ? project_ : sub_).removeFile(file.name.c_str());
+        // Each file tries to remove its folder. There is one, and further tries fail quietly.
         for (const ProjectFile& file : files_)
             if (!file.folder.empty())
                 project_.removeDirectory(file.folder.c_str());
@@ -111,6 +113,7 @@ public:
         for (const ProjectFile& file : files_)
             if (!write(file))
                 return errno;
+        // Fails where the name is taken, also when it was taken meanwhile.
         if (place_.rename(name_.c_str(), place_, name.c_str(), false) != 0)
             return errno;
         isBegun_ = false;

@@ -48,7 +48,10 @@ std::string withoutSurrogates(std::string_view line) {
     std::string result;
     for (std::size_t i = 0; i < line.size();) {
         const int number = escapeAt(line, i);
+        // Two for any other escape, so that the second of two backslashes begins none. At the end
+        // of the line there may be only one left, which substr allows.
         std::size_t length = number >= 0 ? escapeLength : line[i] == '\\' ? 2 : 1;
+        // The pair stays together, or its second half could be taken for a byte.
         if (isHighSurrogate(number) && escapeAt(line, i + escapeLength) >= 0)
             length *= 2; // with its other half
         if (number == 0)
@@ -87,6 +90,7 @@ Json parsed(std::string_view line) {
             throw Refusal("is nested too deeply");
         return true;
     };
+    // The limit throws from within, where the parser would recurse or keep what nobody needs.
     Json value = Json::parse(withoutSurrogates(line), limit, false);
     if (value.is_discarded())
         throw Refusal("is no JSON");
@@ -113,10 +117,12 @@ bool isTrue(const Json& line, const char* name) {
     return value.get<bool>();
 }
 
+// With its length, or the NUL would end it.
 constexpr std::string_view notInNames("/\\:\0", 4);
 
 /// Nothing is started but a program that has a name of its own, wherever it lies.
 void readStart(const Json& line, Recording& recording) {
+    // A recording has no times, which would differ in each run.
     if (line.contains("time"))
         throw Refusal("belongs to a log, which may be of several tools");
     recording.tool = textOf(field(line, "tool"), "tool");
@@ -134,6 +140,7 @@ void readStart(const Json& line, Recording& recording) {
 
 /// The line that makes the console give this reply, whatever the question.
 std::string answerTo(const Json& line) {
+    // In the order of the replies' numbers.
     constexpr std::string_view letters = "oci";
     const Json& reply = field(line, "reply");
     if (!reply.is_number_integer())
@@ -143,6 +150,7 @@ std::string answerTo(const Json& line) {
 }
 
 std::string typedText(const Json& line) {
+    // What was typed unseen is not in the recording; an empty line stands for it.
     const bool wasSeen = isTrue(line, "echo") && isTrue(line, "given");
     return wasSeen ? textOf(field(line, "text"), "text") : std::string();
 }
@@ -152,6 +160,7 @@ void readLine(const RecordedLine& line, Recording& recording) {
     if (!value.is_object())
         throw Refusal("is no object");
     const std::string event = textOf(field(value, "event"), "event");
+    // The first line starts the recording, and no other one does.
     if ((event == "start") != recording.lines.empty())
         throw Refusal(recording.lines.empty() ? "is not the start of a recording"
                                               : "starts another recording");
@@ -161,6 +170,7 @@ void readLine(const RecordedLine& line, Recording& recording) {
         recording.input += answerTo(value) + "\n";
     else if (event == "input")
         recording.input += typedText(value) + "\n";
+    // Traces tell of the inside, which may change while what the user sees does not.
     if (event != "trace")
         recording.lines.push_back(line);
 }

@@ -48,6 +48,7 @@ public:
 
     std::string applied(std::string line) const {
         for (const auto& [pattern, text] : pairs_)
+            // In the order of the line, each on what the one before has left.
             line = std::regex_replace(line, pattern, text);
         return line;
     }
@@ -61,6 +62,7 @@ private:
 
     bool add(const char* pattern, const char* text) {
         try {
+            // Refused as the library would refuse it, so that there is one way to tell.
             if (std::strlen(pattern) > longest)
                 throw std::regex_error(std::regex_constants::error_space);
             pairs_.emplace_back(std::regex(pattern, flags), text);
@@ -93,6 +95,7 @@ constexpr std::size_t sizeLimit = std::size_t{256} << 20;
 /// The text, or nothing with errno set.
 std::optional<std::string> contentsOf(const KazString& path) {
     errno = 0;
+    // Some hosts open a directory as a file and fail at the first reading.
     if (TI_isDirectory(path)) {
         errno = EISDIR;
         return std::nullopt;
@@ -105,6 +108,7 @@ std::optional<std::string> contentsOf(const KazString& path) {
     bool isWhole = true;
     for (std::size_t got; isWhole && (got = std::fread(block, 1, sizeof block, stream)) > 0;) {
         text.append(block, got);
+        // Looked at with each block: what never ends has no size that could be asked for.
         isWhole = text.size() <= sizeLimit;
     }
     if (!isWhole)
@@ -139,6 +143,7 @@ private:
 /// The tool beside this program, or along the search path.
 std::string programOf(const std::string& tool) {
     const KazString beside = kazComposePath(kazMoxBinDir(), tool.c_str());
+    // The one beside is of the same version; another may stand first in the search path.
     for (const KazString& file : {beside, beside + ".exe"})
         if (TI_isFile(file))
             return file.getValue();
@@ -150,8 +155,10 @@ bool play(const Recording& recording, const KazString& to) {
     KazCommand command(programOf(recording.tool).c_str());
     for (const std::string& argument : recording.arguments)
         command.add(argument.c_str());
+    // Whole beforehand: answers are lines, and the tool takes one at each question.
     command.setInput(KazString(recording.input.c_str()));
     command.setVariable("KAZ_DIALOGUE", kazHostPath(to));
+    // A tool that finds these takes itself for another one's child.
     for (const char* variable : {"KAZCOREROOT", "KAZ_PROGRESS_FD"})
         command.setVariable(variable, nullptr);
     command.run();
@@ -179,9 +186,11 @@ public:
         if (!play(before, place.path()))
             return failed;
         const std::optional<std::string> newBytes = contentsOf(place.path());
+        // Nothing to read is a recording with a problem, which is told below.
         const Recording after = readRecording(newBytes.value_or(""));
         if (!after.problem.empty())
             return fail(before.tool + " has not been recorded");
+        // There are bytes here: of none no recording without a problem is read.
         return compare(before, after) || update(*newBytes) ? good : failed;
     }
 
@@ -244,6 +253,7 @@ int replayCommand(int argc, char** argv) {
         return KazCommandLine::wrongUsage;
     int status = good;
     for (int i = 0; const char* file = kaz_arg_get_untagged(i); ++i)
+        // All are replayed; the worst is the answer.
         status = std::max(status, Replay(file, replacements).run());
     return status;
 }

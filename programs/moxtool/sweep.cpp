@@ -71,6 +71,8 @@ public:
         : line_(std::move(line)),
           library_((fs::path(kazHostPath(kazMoxBinDir()).getValue()) / "moxfault.so").string()),
           files_(directory),
+          // The library that injects writes the name of the call into this file: that it is there
+          // tells that the run has met its fault.
           mark_(kazHostPath(TI_tmpname(nullptr, "fault")).getValue()) {}
     ~Sweep() { std::remove(mark_.c_str()); }
     Sweep(const Sweep&) = delete;
@@ -80,9 +82,12 @@ public:
     int run() {
         if (!isSound())
             return KazCommandLine::wrongUsage;
+        // Single failures first, then all from one on: code that frees and tries again is found by
+        // the latter only.
         sweep("allocation:", "", 1);
         // Without the very first one, the C++ runtime's reserve, nothing can be thrown.
         sweep("allocation:", "+", 2);
+        // A full disk, a broken one and a missing right are what programs tell apart.
         for (const char* error : {":ENOSPC", ":EIO", ":EACCES"})
             sweep("file:", error, 1);
         if (KazInterruptWatch::isStopped())
@@ -105,6 +110,8 @@ private:
         good_ = runOnce(line_);
         const std::chrono::duration<double, std::milli> time =
             std::chrono::steady_clock::now() - begin;
+        // Twenty times what a good run takes: other work on the machine must not pass for a hang.
+        // The inner limit keeps the number within an int.
         timeout_ = std::max(shortest, static_cast<int>(std::min(20 * time.count(), 1e8)));
         if (!good_.failure.empty() || good_.status != 0) {
             files_.restore();
@@ -114,6 +121,7 @@ private:
         }
         files_.keepGood();
         files_.restore();
+        // With the library and no fault: what differs now would differ in each run of the sweep.
         const Ending again = runOnce(lineWith("none"));
         const bool isSame = again.failure.empty() && again.status == 0 && again.out == good_.out &&
                             files_.spoilt().empty();
@@ -134,6 +142,8 @@ private:
 
     /// What is run, and shown where it is not good.
     std::string lineWith(const std::string& fault) const {
+        // The variables stand in front of LINE and so hold for its first command, which has to be
+        // the program.
         return "MOX_FAULT=" + fault + " LD_PRELOAD=" + quoted(library_) + " " + line_;
     }
 
@@ -142,8 +152,10 @@ private:
         KazCommand command = KazCommand::shell(line.c_str());
         command.setTimeout(timeout_).setVariable("MOX_FAULT_MARK", mark_.c_str());
         command.setVariable("LANG", languageAtStart.empty() ? nullptr : languageAtStart.c_str());
+        // What this tool hands on to its children would make the program another one than by hand.
         for (const char* variable : {"KAZCOREROOT", "KAZ_PROGRESS_FD", "KAZ_DIALOGUE"})
             command.setVariable(variable, nullptr);
+        // The mark of the run before would be taken for that of this one.
         std::remove(mark_.c_str());
         command.run();
         Ending ending{command.getStatus(), "", bytesOf(command.getOutput()),
@@ -166,9 +178,11 @@ private:
             const std::string line = lineWith(std::string(begin).append(std::to_string(n)) += end);
             const Ending ending = runOnce(line);
             const bool isHit = fs::exists(mark_);
+            // An interruption ends the command, too, and would be judged as its failure.
             if (isHit && !KazInterruptWatch::isStopped())
                 judge(ending, line);
             files_.restore();
+            // The number is beyond what the command does. Without that the loop would not end.
             if (!isHit)
                 return;
         }
@@ -189,13 +203,16 @@ private:
     std::string problemOf(const Ending& ending) const {
         if (!ending.failure.empty())
             return ending.failure;
+        // 0 is a whole success and 1 a failure that was told; a call that fails explains no other.
         if (ending.status != 0 && ending.status != 1)
             return "ended with status " + std::to_string(ending.status);
         if (ending.status == 1 && ending.err.empty())
             return "ended with status 1 and no message";
+        // A success has to be a whole one: a failure that is survived may not change the result.
         if (ending.status == 0 && ending.out != good_.out)
             return "ended with status 0 and other output";
         const std::string file = files_.spoilt();
+        // Asked last, as it reads all files.
         return file.empty() ? file : file + " is neither as before nor as it should become";
     }
 
@@ -236,6 +253,7 @@ bool findDirectory(fs::path& directory) {
         return false;
     }
     const char* const home = std::getenv("HOME");
+    // By identity, since a home directory may be named through links.
     const bool isHome = home != nullptr && fs::equivalent(directory, home, error);
     if (isHome || directory == directory.root_path()) {
         commandLine.complain("%s is not made for this: a directory of its own is wanted",
@@ -258,6 +276,7 @@ int sweepCommand(int argc, char** argv) {
     fs::path directory;
     if (!findDirectory(directory))
         return KazCommandLine::wrongUsage;
+    // From here on a signal only stops the loop, so that the files are put back.
     const KazInterruptWatch watch;
     int status = failed;
     try {
@@ -265,6 +284,7 @@ int sweepCommand(int argc, char** argv) {
     } catch (const fs::filesystem_error& problem) {
         print_err("moxtool sweep: %s", kazPrintable(problem.what()).getValue());
     }
+    // After everything has been put back; who started this sees that a signal ended it.
     KazInterruptWatch::endBySignal();
     return status;
 }

@@ -23,6 +23,7 @@ std::vector<fs::path> entriesOf(const fs::path& root) {
     std::vector<fs::path> entries;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root))
         entries.push_back(entry.path().lexically_relative(root));
+    // A folder is a prefix of what is in it, so it sorts before that.
     std::sort(entries.begin(), entries.end());
     return entries;
 }
@@ -33,6 +34,7 @@ fs::file_type typeOf(const fs::path& path) {
 }
 
 bool haveSameBytes(const fs::path& a, const fs::path& b) {
+    // Sizes first: most files that differ are told apart without reading them.
     if (fs::file_size(a) != fs::file_size(b))
         return false;
     std::ifstream first(a, std::ios::binary), second(b, std::ios::binary);
@@ -61,12 +63,14 @@ void copyEntry(const fs::path& from, const fs::path& to) {
     if (!isKept(type))
         return;
     if (!areSame(from, to)) {
+        // The kind may have changed, and neither copy nor create_directory replaces another kind.
         fs::remove_all(to);
         if (type == fs::file_type::directory)
             fs::create_directory(to);
         else
             fs::copy(from, to, fs::copy_options::copy_symlinks);
     }
+    // Permissions of a link would be those of the file that it leads to.
     if (type != fs::file_type::symlink)
         fs::permissions(to, fs::status(from).permissions());
 }
@@ -119,8 +123,11 @@ std::string SweptFiles::spoilt() const {
 void SweptFiles::restore() {
     if (root_.empty())
         return;
+    // Until all is back the copies are kept, also when this is left by an exception.
     isRestored_ = false;
     try {
+        // What is new goes first, as it may stand where a directory has to be put back. Below a
+        // folder that is gone already nothing is found, which isKept takes for nothing to do.
         for (const fs::path& entry : entriesOf(root_))
             if (typeOf(before_ / entry) == fs::file_type::not_found &&
                 isKept(typeOf(root_ / entry)))
