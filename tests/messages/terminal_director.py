@@ -7,24 +7,18 @@ usage: terminal_director.py PROGRAM
 """
 
 import concurrent.futures
-import fcntl
 import os
 import pty
 import random
 import re
-import struct
 import subprocess
 import sys
 import tempfile
-import termios
 import time
 import unittest
 
-try:
-    import pyte
-except ImportError:
-    print("skipped: python3-pyte is not installed")
-    sys.exit(77)
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "kit"))
+import terminal
 
 program = sys.argv.pop(1)
 plain = {name: value for name, value in os.environ.items()
@@ -34,28 +28,18 @@ utf8 = {"TERM": "xterm", "LC_ALL": "C.UTF-8"}
 
 def on_terminal(*steps, columns=80, env=None, keys=b"", output=None):
     """Runs the tool on a terminal of its own: (screen, all that was written, status)."""
-    ours, theirs = pty.openpty()
-    fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    ours, theirs = terminal.opened(24, columns)
     tool = subprocess.Popen([program, *steps], stdin=theirs, stdout=output or theirs, stderr=theirs,
                             env={**plain, **(utf8 if env is None else env)}, close_fds=True)
     os.close(theirs)
     written = b""
-    while True:
-        try:
-            piece = os.read(ours, 65536)
-        except OSError: # the other side is gone
-            break
-        if not piece:
-            break
+    for piece in terminal.pieces(ours):
         written += piece
         if keys and b"? [" in written: # typed ahead, it would be echoed elsewhere
             os.write(ours, keys)
             keys = b""
-    os.close(ours)
-    screen = pyte.Screen(columns, 24)
-    pyte.ByteStream(screen).feed(written)
-    lines = [line.rstrip() for line in screen.display]
-    return Shown(lines, written, tool.wait(), screen)
+    screen, _ = terminal.screen(24, columns, written)
+    return Shown(terminal.lines(screen), written, tool.wait(), screen)
 
 
 class Shown:
@@ -198,12 +182,8 @@ class End(unittest.TestCase):
             tool, ours = pty.fork()
             if tool == 0:
                 os.execve(program, [program, "message:text"], plain)
-            try:
-                while os.read(ours, 65536):
-                    pass
-            except OSError: # the other side is gone
+            for _ in terminal.pieces(ours):
                 pass
-            os.close(ours)
             self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(tool, 0)[1]), 0)
 
 

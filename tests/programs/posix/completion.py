@@ -7,10 +7,8 @@ usage: completion.py BIN        (the folder of moxtool and of the programs)
 
 import fcntl
 import os
-import pty
 import select
 import shutil
-import struct
 import subprocess
 import sys
 import tempfile
@@ -18,11 +16,8 @@ import termios
 import time
 import unittest
 
-try:
-    import pyte
-except ImportError:
-    print("skipped: python3-pyte is not installed")
-    sys.exit(77)
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "kit"))
+import terminal
 
 programs = os.path.abspath(sys.argv.pop(1))
 starts = {
@@ -36,17 +31,14 @@ starts = {
 
 class Shell:
     def __init__(self, name, folder):
-        ours, theirs = pty.openpty()
-        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 30, 100, 0, 0))
+        self.terminal, theirs = terminal.opened(30, 100)
         command, setup = starts[name]
         env = {"PATH": programs + ":" + os.environ["PATH"], "TERM": "xterm", "HOME": folder, "LC_ALL": "C.UTF-8"}
         self.process = subprocess.Popen(command, stdin=theirs, stdout=theirs, stderr=theirs, env=env,
                                         cwd=folder, start_new_session=True,
                                         preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
         os.close(theirs)
-        self.terminal = ours
-        self.screen = pyte.Screen(100, 30)
-        self.stream = pyte.ByteStream(self.screen)
+        self.screen, self.stream = terminal.screen(30, 100)
         self.until(lambda text: text.strip() != "")
         self.type(setup + "; echo rea''dy\n")
         self.until(lambda text: "\nready" in text)
@@ -54,7 +46,7 @@ class Shell:
         self.until(lambda text: text.strip() == ">")
 
     def text(self):
-        return "\n".join(line.rstrip() for line in self.screen.display)
+        return "\n".join(terminal.lines(self.screen))
 
     def type(self, keys):
         os.write(self.terminal, keys.encode())

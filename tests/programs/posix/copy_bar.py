@@ -5,24 +5,17 @@
 usage: copy_bar.py MOXCOPY
 """
 
-import fcntl
 import os
-import pty
 import re
 import select
 import signal
-import struct
 import subprocess
 import sys
 import tempfile
-import termios
 import unittest
 
-try:
-    import pyte
-except ImportError:
-    print("skipped: python3-pyte is not installed")
-    sys.exit(77)
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "kit"))
+import terminal
 
 moxcopy = os.path.abspath(sys.argv.pop(1))
 files = 600
@@ -45,8 +38,7 @@ class Bar(unittest.TestCase):
 
     def start(self, *words, output=None, **variables):
         """A copy on a terminal of its own."""
-        self.ours, theirs = pty.openpty()
-        fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 100, 0, 0))
+        self.ours, theirs = terminal.opened(24, 100)
         env = {"PATH": os.environ["PATH"], "HOME": self.folder.name, "TERM": "xterm", "LC_ALL": "C.UTF-8", **variables}
         tool = subprocess.Popen([moxcopy, "-p", "plant", "-s", "brewery", "-target", "t", *words], stdin=theirs,
                                 stdout=output or theirs, stderr=theirs, env=env, cwd=self.folder.name)
@@ -55,16 +47,9 @@ class Bar(unittest.TestCase):
 
     def watch(self, tool, written=b""):
         """The lines of the screen when the tool has ended, and all that was written there."""
-        try:
-            while piece := os.read(self.ours, 65536):
-                written += piece
-        except OSError: # the other side is gone
-            pass
-        os.close(self.ours)
-        screen = pyte.Screen(100, 24)
-        pyte.ByteStream(screen).feed(written)
+        written += b"".join(terminal.pieces(self.ours))
         self.status = tool.wait()
-        return [line.rstrip() for line in screen.display], written
+        return terminal.lines(terminal.screen(24, 100, written)[0]), written
 
     def start_long_copy(self):
         """The tool, whose bar is up, and what it has written."""
@@ -119,17 +104,15 @@ class Bar(unittest.TestCase):
         os.waitpid(tool.pid, os.WUNTRACED)
         while select.select([self.ours], [], [], 0.1)[0]:
             begin += os.read(self.ours, 65536)
-        screen = pyte.Screen(100, 24)
-        stream = pyte.ByteStream(screen)
-        stream.feed(begin)
+        screen, stream = terminal.screen(24, 100, begin)
         self.assertEqual(len(screen.display[1].rstrip()), 99)
-        fcntl.ioctl(self.ours, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        terminal.resize(self.ours, 24, 60)
         screen.resize(24, 60)
         tool.send_signal(signal.SIGCONT)
         _, written = self.watch(tool)
         self.assertEqual({len(picture) for picture in re.findall(r"\r([^\r\n\x1b]+)\x1b\[K", written.decode())}, {59})
         stream.feed(written)
-        lines = [line.rstrip() for line in screen.display]
+        lines = terminal.lines(screen)
         self.assertRegex(lines[1], r"^Copying brewery ▕█+▏ 100% 608/608 .*\d:\d\d$")
         self.assertRegex(lines[2], "^608 files, ")
 
