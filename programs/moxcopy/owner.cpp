@@ -188,6 +188,7 @@ bool isStaging(const KazDirectory& parent, const KazDirectoryEntry& entry) {
         return false;
     const KazDirectory directory = parent.openDirectory(entry.name);
     bool isOne = false;
+    errno = 0;
     readRecord(directory, isOne);
     // Another user's cannot be looked into; nothing in it could be copied either.
     return isOne || errno == EACCES || isUnwritten(directory);

@@ -68,6 +68,13 @@ std::string shown(const KazString& native) {
     return (host.isEmpty() ? native : host).getValue();
 }
 
+/// A root is above itself.
+KazString directoryAbove(KazString path) {
+    while (path.getLength() > 1 && path[path.getLength() - 1] == '\\')
+        path = path.subStringBefore(path.getLength() - 1);
+    return kazPathDirPart(path);
+}
+
 bool mayWriteTo(const KazString& directory) {
     constexpr int all = 7;
     return TI_isDirectory(directory) && TI_access(directory, all) == 0;
@@ -226,7 +233,7 @@ private:
                 : kazNativePath(std::filesystem::temp_directory_path(error).string().c_str());
         KazString existing = directory;
         for (KazString above; !existing.isEmpty() && !TI_exists(existing); existing = above)
-            if ((above = kazPathDirPart(existing)) == existing)
+            if ((above = directoryAbove(existing)) == existing)
                 break;
         if (!mayWriteTo(existing))
             fail(shown(directory) + " cannot be written to");

@@ -260,6 +260,7 @@ TEST(Documents, Pictures) {
     tree.write("p.jpg", jpeg);
     tree.write("no.png", png(0, 48));
     tree.write("cut.jpg", jpeg.substr(0, 12));
+    tree.write("cut.png", png(96, 48).substr(0, 8));
     tree.write("text", "text");
     tree.mkdir("directory");
     const char* const expected[][2] = {
@@ -277,7 +278,7 @@ TEST(Documents, Pictures) {
         const Doc doc = make(format);
         EXPECT_TRUE(doc->image(tree.native("p.png").c_str(), 0, 0, "a\"b"));
         EXPECT_TRUE(doc->image(tree.native("p.jpg").c_str(), 0, 50, "c"));
-        for (const char* name : {"none", "no.png", "cut.jpg", "text", "directory"})
+        for (const char* name : {"none", "no.png", "cut.jpg", "cut.png", "text", "directory"})
             EXPECT_FALSE(doc->image(tree.native(name).c_str(), 1, 1, name)) << name;
         EXPECT_FALSE(doc->image(nullptr, 1, 1, nullptr));
         const std::string text = doc->finish().getValue();
@@ -287,7 +288,8 @@ TEST(Documents, Pictures) {
         if (format == doc_mif) {
             EXPECT_NE(text.find("<c\\>p.png'>\n"), std::string::npos) << text;
         } else {
-            EXPECT_NE(text.find("[no.png][cut.jpg][text][directory][]"), std::string::npos);
+            EXPECT_NE(text.find("[no.png][cut.jpg][cut.png][text][directory][]"),
+                      std::string::npos);
         }
     }
 }

@@ -315,9 +315,10 @@ int KazDirectory::removeTree(const char* name, KazString* failed) const {
         KazDirectory directory = openDirectory(name);
         // One that cannot be opened may still be empty, and then it can be removed.
         const bool isOpen = directory.isOpen();
+        const int unopened = errno;
         Removal removal(std::move(directory));
         const int emptied = isOpen ? removal.run() : -1;
-        const int reason = errno;
+        const int reason = isOpen ? errno : unopened;
         result = removeDirectory(name);
         // What could be removed at last was empty, whatever went wrong before.
         if (emptied != 0 && result != 0) {

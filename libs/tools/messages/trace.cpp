@@ -121,7 +121,7 @@ std::string textOf(const char* format, va_list args) {
     KazString formatted;
     formatted.formatV(format, args);
     std::string text = formatted.getValue();
-    if (std::string_view(format).ends_with('\n') && !text.empty())
+    if (std::string_view(format).ends_with('\n') && text.ends_with('\n'))
         text.pop_back();
     return text;
 }

@@ -64,7 +64,7 @@ private:
     void note(int position, const std::string& conversion) {
         hasPositions_ = hasPositions_ || position > 0;
         // An argument may be used twice, but only as the same type.
-        std::string& known = arguments_[position > 0 ? position : ++last];
+        std::string& known = arguments_[position > 0 ? position : ++last_];
         if (known.empty())
             known = conversion;
         else if (known != conversion)

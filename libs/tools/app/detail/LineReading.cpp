@@ -161,6 +161,8 @@ int LineReading::nextWordAboutTool() const {
     // behind which there is no word to begin at.
     while (problem.kind != KazArgProblem::none && problem.position > 0) {
         at += static_cast<std::size_t>(problem.position);
+        if (std::string_view(words_[at]) == "--")
+            return 0;
         if (isAboutTool(description_, words_[at]))
             return positions_[at];
         // The mistake itself takes the place of the program's name, which the parser passes over.

@@ -92,10 +92,14 @@ std::string textField(std::string_view name, const char* value) {
 std::string choicesOf(const char* choices) {
     if (choices == nullptr)
         return "null";
-    std::string list = "[\"";
-    for (const char c : std::string_view(choices))
-        list += c == '|' ? std::string("\", \"") : std::string(1, c);
-    return list + "\"]";
+    std::string list;
+    for (std::string_view rest = choices;;) {
+        const std::size_t end = rest.find('|');
+        list += (list.empty() ? "[" : ", ") + quoted(rest.substr(0, end));
+        if (end == rest.npos)
+            return list + "]";
+        rest.remove_prefix(end + 1);
+    }
 }
 
 const char* yes(bool value) {

@@ -81,7 +81,7 @@ bool readPicture(const char* path, Picture& picture) {
     // The content decides and not the suffix, which is often wrong.
     picture.isPng = picture.bytes.starts_with("\x89PNG\r\n\x1A\n");
     if (picture.isPng)
-        return picture.bytes.compare(12, 4, "IHDR") == 0 &&
+        return picture.bytes.size() >= 24 && picture.bytes.compare(12, 4, "IHDR") == 0 &&
                takeSize(picture, numberAt(picture.bytes, 16, 4), numberAt(picture.bytes, 20, 4));
     return picture.bytes.starts_with("\xFF\xD8\xFF") && takeJpegSize(picture);
 }

@@ -97,7 +97,10 @@ public:
     /// There is no request that a program without a window would get: it ends at once, and only the
     /// status tells that it was asked.
     void askToEnd() const { TerminateProcess(process_.get(), askedToEnd); }
-    void stop() const { TerminateJobObject(job_.get(), stopped); }
+    void stop() const {
+        if (TerminateJobObject(job_.get(), stopped) == 0)
+            TerminateProcess(process_.get(), stopped); // without a job it alone can be stopped
+    }
 
     Completion completion() const {
         DWORD code = 0;
