@@ -29,10 +29,12 @@ protected:
         return moxkit::run(arguments, options);
     }
 
-    /// The text with "first" for that file, "FIRST" for its native name, and so on.
+    /// The text with "first" for that file, "FIRST" for its native name, and so on. Where
+    /// both are spelled alike, what stands before a line's number is not the native one.
     std::string named(std::string text) const {
         for (const auto& [name, nativeName] :
              kit::pairs("first = FIRST | second = SECOND | more = MORE")) {
+            replace(text, tree.path(name) + ":", name + ":");
             replace(text, tree.native(name), nativeName);
             replace(text, tree.path(name), name);
         }
