@@ -129,6 +129,7 @@ TEST(CommandLine, HelpAndVersionComeFirstWhateverElseIsWrong) {
     EXPECT_EQ(say({"-version"}).messages.at(0).substr(0, 18), "tool 1.2 (moxtools");
     // Only where an option may stand.
     EXPECT_EQ(problemOf({"-system", "-help", "-projdir"}), "option -projdir needs a value");
+    EXPECT_EQ(problemOf({"-nonsense", "--", "-help"}), problemOf({"-nonsense"}));
     EXPECT_EQ(problemOf({"-system", "s", "--", "-help", "a", "b"}),
               "there is no place for the argument b");
 }

@@ -411,39 +411,28 @@ TEST(NarrowString, FormatsTextOfAnyLength) {
 }
 
 TEST(NarrowString, LiteralsAreAppendedLikeAnyText) {
-    const auto appendLiteral = [](KazString& s, int which) {
-        switch (which) {
-        case 0:
-            return s.append("1");
-        case 1:
-            return s.append("12");
-        case 2:
-            return s.append("123");
-        case 3:
-            return s.append("1234567");
-        case 4:
-            return s.append("12345678");
-        case 5:
-            return s.append("1234567890123456");
-        case 6:
-            return s.append("12345678901234567");
-        default:
-            return s.append("");
-        }
+    // Each as a text of unknown length, and where the compiler knows it.
+    const std::pair<const char*, void (*)(KazString&)> texts[] = {
+        {"1", [](KazString& s) { s.append("1"); }},
+        {"12", [](KazString& s) { s.append("12"); }},
+        {"123", [](KazString& s) { s.append("123"); }},
+        {"1234567", [](KazString& s) { s.append("1234567"); }},
+        {"12345678", [](KazString& s) { s.append("12345678"); }},
+        {"1234567890123456", [](KazString& s) { s.append("1234567890123456"); }},
+        {"12345678901234567", [](KazString& s) { s.append("12345678901234567"); }},
+        {"", [](KazString& s) { s.append(""); }},
     };
-    const char* const texts[] = {
-        "1", "12", "123", "1234567", "12345678", "1234567890123456", "12345678901234567", ""};
     KazString literals, others, held;
     std::string expected, before;
     for (int i = 0; i < 500; ++i) {
-        const int which = i * i % 11 % 8;
+        const auto& [text, appendLiteral] = texts[i * i % 11 % 8];
         if (i % 50 == 0) { // from now on the block is not its own, or not the same
             held = literals;
             before = expected;
         }
-        appendLiteral(literals, which);
-        others.append(texts[which]);
-        expected += texts[which];
+        appendLiteral(literals);
+        others.append(text);
+        expected += text;
         ASSERT_EQ(plain(literals), expected);
         ASSERT_EQ(plain(held), before);
         ASSERT_EQ(blockOf(literals).bufferLength, blockOf(others).bufferLength);

@@ -11,6 +11,7 @@
 #include "tools/messages/detail/TerminalScreen.h"
 #include "tools/messages/detail/TerminalText.h"
 #include "tools/messages/detail/TraceRequest.h"
+#include "tools/messages/detail/dialogue_text.h"
 #include "tools/messages/messages.h"
 #include "tools/platform/host.h"
 #include "tools/platform/host_lines.h"
@@ -113,19 +114,6 @@ struct WhileWriting {
     ~WhileWriting() { isWriting = false; }
 };
 
-/// Without the newline that the format may end in.
-KAZ_PRINTF(1, 0)
-std::string textOf(const char* format, va_list args) {
-    if (format == nullptr)
-        return {};
-    KazString formatted;
-    formatted.formatV(format, args);
-    std::string text = formatted.getValue();
-    if (std::string_view(format).ends_with('\n') && text.ends_with('\n'))
-        text.pop_back();
-    return text;
-}
-
 /// Recorded first, as all that a tool says.
 void write(const char* topic, const std::string& text) {
     if (kaz::detail::Dialogue::isOn())
@@ -157,8 +145,8 @@ void kazTrace(const char* topic, const char* format, ...) {
     va_list args;
     va_start(args, format);
     try {
-        write(topic, textOf(format, args));
-    } catch (const KazMemoryException&) { // left out
+        write(topic, kaz::detail::dialogue::textOf(format, args).c_str()); // to its first NUL
+    } catch (const KazMemoryException&) {                                  // left out
     }
     va_end(args);
 }

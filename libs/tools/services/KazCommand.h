@@ -70,9 +70,8 @@ public:
     /// That ended it, else 0; also 0 when it was stopped at its limit.
     int getSignal() const { return signal_; }
     int getError() const { return error_; } ///< why it was not started, an errno value, else 0
-    bool isTimedOut() const {
-        return timedOut_;
-    } ///< whether it was stopped because its time was up
+    /// Whether it was stopped because its time was up.
+    bool isTimedOut() const { return timedOut_; }
     const KazString& getOutput() const { return output_; } ///< standard output, byte for byte
     const KazString& getErrors() const { return errors_; } ///< standard error
 

@@ -61,9 +61,6 @@ KazString::KazString(const unsigned short* ws) {
 
 // ---- Appending
 
-/// Programs that were built before it was inline call the library's.
-[[gnu::used]] static void (KazString::*const exportedAppend)(const char*) = &KazString::append;
-
 void KazString::appendNumber(int n) {
     char digits[std::numeric_limits<int>::digits10 + 2];
     appendText(digits, std::to_chars(std::begin(digits), std::end(digits), n).ptr - digits);
@@ -135,8 +132,8 @@ void KazString::format(const char* fmt, ...) {
 
 namespace {
 
-template <class Result>
 /// Returns after the report, as a director may let the program go on.
+template <class Result>
 Result unsupported(Result result) {
     kazInternalError(1);
     return result;

@@ -71,7 +71,7 @@ public:
         if (setting_.update())
             entries_.fill({});
         const std::int64_t stretch = seconds >> stretchBits;
-        if (stretch != static_cast<std::int32_t>(stretch))
+        if (stretch != static_cast<std::int32_t>(stretch) || stretch == none)
             return ask(seconds, offset, name);
         Entry& entry = entries_[static_cast<std::size_t>(stretch) % entries_.size()];
         if (entry.stretch != stretch && !load(entry, stretch))

@@ -420,8 +420,9 @@ Handle jobOf(const Launch& launch, const PROCESS_INFORMATION& process) {
     if (launch.timeout <= 0)
         return Handle();
     Handle job(CreateJobObjectW(nullptr, nullptr));
-    if (job.isOpen())
-        AssignProcessToJobObject(job.get(), process.hProcess);
+    // One that is not in it would outlive its end.
+    if (job.isOpen() && AssignProcessToJobObject(job.get(), process.hProcess) == 0)
+        job = Handle();
     ResumeThread(process.hThread);
     return job;
 }
