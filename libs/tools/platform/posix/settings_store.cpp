@@ -3,6 +3,7 @@
 // exchanged as a whole; writers hold the lock of a file beside it from reading to replacing, so
 // that no change of another process is lost. A change is carried out on what the file holds then,
 // not on what was once read. Nothing is written where nothing would change.
+#include "tools/platform/deadline.h"
 #include "tools/platform/host.h"
 #include "tools/platform/posix/open_regular.h"
 #include "tools/platform/posix/replacement.h"
@@ -86,23 +87,16 @@ void pause(long nanoseconds) {
     ::nanosleep(&time, nullptr); // a signal makes it shorter
 }
 
-std::int64_t milliseconds() {
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
-}
-
 int lock(const Descriptor& file) {
     // The lock of a process that was killed goes with it: who waits longer waits for one that
     // hangs.
-    constexpr std::int64_t patience = 5000; // milliseconds
-    constexpr long longestPause = 20'000'000;
-    const std::int64_t start = milliseconds();
+    constexpr long longestPause = 20'000'000; // nanoseconds
+    const Deadline patience(5000);
     for (long wait = 250'000;; wait = std::min(2 * wait, longestPause)) {
         // Not the call that waits: it has no time limit.
         if (retry([&] { return ::flock(file.get(), LOCK_EX | LOCK_NB); }) == 0)
             return 0;
-        if (errno != EWOULDBLOCK || milliseconds() - start >= patience)
+        if (errno != EWOULDBLOCK || patience.isOver())
             return -1;
         pause(wait);
     }
