@@ -3,25 +3,17 @@
 // sure that a text which is a part of the result stays readable while the result grows.
 #include "tools/formats/encode.h"
 
-#include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/formats/detail/bounded_view.h"
 #include "tools/formats/detail/spelling.h"
-#include "tools/util/detail/or_empty.h"
 
-#include <climits>
 #include <cstring>
 #include <functional>
 
 namespace {
 
+using kaz::detail::boundedView;
 using kaz::detail::Format;
 using kaz::detail::TextBuilder;
-
-std::string_view viewOf(const char* text) {
-    const std::string_view view = kaz::detail::orEmpty(text);
-    if (view.size() > INT_MAX)
-        throw KazMemoryException();
-    return view;
-}
 
 /// Gives back room that was expected to be needed.
 /// At most a quarter and 64 bytes stay unused: texts are often kept for long, and growth by half
@@ -36,7 +28,7 @@ void trim(KazString& text) {
 
 /// Most names need no change: one scan and one block of the right size are then all.
 KazString encoded(const Format& format, const char* text, text_encoding_enum encoding) {
-    const std::string_view view = viewOf(text);
+    const std::string_view view = boundedView(text);
     if (format.keeps(view))
         return view.data(); // as terminated as text
     KazString result;
@@ -75,7 +67,7 @@ void kazAppendEncoded(KazString& out, doc_format_enum format, const char* text, 
     TextBuilder builder(out);
     kaz::detail::paragraphFormat(format).encode(
         builder,
-        length < 0 ? viewOf(text) : std::string_view(text, static_cast<std::size_t>(length)),
+        length < 0 ? boundedView(text) : std::string_view(text, static_cast<std::size_t>(length)),
         encoding);
     builder.commit();
 }
@@ -88,7 +80,7 @@ KazString kazEncodeMifString(const char* text, text_encoding_enum encoding) {
     KazString result;
     TextBuilder out(result);
     out.append('`');
-    kaz::detail::mifStringFormat().encode(out, viewOf(text), encoding);
+    kaz::detail::mifStringFormat().encode(out, boundedView(text), encoding);
     out.append('\'');
     out.commit();
     trim(result);

@@ -1,29 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 // What goes by bytes: texts for terminals, links and names of anchors. No locale has a say
 // in what a letter is.
-#include "tools/app/exceptions/KazMemoryException.h"
 #include "tools/formats/detail/TextBuilder.h"
+#include "tools/formats/detail/bounded_view.h"
 #include "tools/formats/detail/characters.h"
 #include "tools/formats/encode.h"
 #include "tools/platform/processor/vector.h"
 #include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
-#include <climits>
 #include <string_view>
 
 namespace {
 
+using kaz::detail::boundedView;
 using kaz::detail::TextBuilder;
 
 constexpr char upperDigits[] = "0123456789ABCDEF";
-
-std::string_view viewOf(const char* text) {
-    const std::string_view view = kaz::detail::orEmpty(text);
-    if (view.size() > INT_MAX)
-        throw KazMemoryException();
-    return view;
-}
 
 unsigned byteOf(char c) {
     return static_cast<unsigned char>(c);
@@ -117,7 +110,7 @@ bool isSafeScheme(std::string_view scheme) {
 } // namespace
 
 KazString kazPrintable(const char* text) {
-    const std::string_view view = viewOf(text);
+    const std::string_view view = boundedView(text);
     KazString result;
     TextBuilder out(result);
     out.reserve(view.size());
@@ -135,7 +128,7 @@ KazString kazPrintable(const char* text) {
 
 /// What RFC 3986 calls unreserved stays; all else would mean something, or nothing, in a URL.
 KazString kazEncodeUrl(const char* text) {
-    const std::string_view view = viewOf(text);
+    const std::string_view view = boundedView(text);
     KazString result;
     TextBuilder out(result);
     out.reserve(view.size());
@@ -152,7 +145,7 @@ KazString kazEncodeUrl(const char* text) {
 }
 
 bool kazIsSafeLink(const char* target) {
-    const std::string_view view = viewOf(target);
+    const std::string_view view = boundedView(target);
     // Browsers drop blanks and controls before they look for the scheme.
     if (view.empty() || view.front() == ' ' || view.back() == ' ' || hasControl(view))
         return false;

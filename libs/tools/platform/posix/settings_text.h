@@ -15,10 +15,8 @@
 
 #include "tools/platform/host_settings.h"
 
-#include <deque>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace kaz::host {
 
