@@ -18,7 +18,7 @@ Counted::~Counted() {
 }
 
 void* Counted::checkIn(void* element) {
-    return element ? new Counted(*static_cast<Counted*>(element)) : nullptr;
+    return element != nullptr ? new Counted(*static_cast<Counted*>(element)) : nullptr;
 }
 
 void Counted::checkOut(void* element) {
@@ -27,15 +27,16 @@ void Counted::checkOut(void* element) {
 
 /// Null is an element like any other, and comes first.
 int Counted::compare(const void* a, const void* b) {
-    if (!a || !b)
-        return (a != nullptr) - (b != nullptr);
+    if (a == nullptr || b == nullptr)
+        return a != nullptr ? 1 : b != nullptr ? -1 : 0;
     const int left = static_cast<const Counted*>(a)->value_;
     const int right = static_cast<const Counted*>(b)->value_;
-    return (left > right) - (left < right);
+    return left < right ? -1 : left > right ? 1 : 0;
 }
 
 unsigned Counted::hash(const void* element) {
-    return element ? static_cast<unsigned>(static_cast<const Counted*>(element)->value_) : 0;
+    return element != nullptr ? static_cast<unsigned>(static_cast<const Counted*>(element)->value_)
+                              : 0;
 }
 
 } // namespace moxkit

@@ -8,7 +8,7 @@ namespace moxkit {
 std::uint64_t seed() {
     const char* text = std::getenv("KIT_SEED");
     // Fixed unless asked for: a run of the tests can always be repeated.
-    return text ? std::strtoull(text, nullptr, 10) : 20240229;
+    return text != nullptr ? std::strtoull(text, nullptr, 10) : 20240229;
 }
 
 std::string seedText() {

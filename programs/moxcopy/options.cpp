@@ -114,9 +114,9 @@ bool readDiagram(const char* name, Diagram& diagram) {
 }
 
 bool readDiagrams(CopyOptions& options) {
-    for (int i = 0; const char* name = kaz_arg_get_untagged(i); ++i) {
+    for (int i = 0; i < kaz_arg_untagged_count(); ++i) {
         Diagram diagram;
-        if (!readDiagram(name, diagram))
+        if (!readDiagram(kaz_arg_get_untagged(i), diagram))
             return false;
         options.diagrams.push_back(diagram);
     }

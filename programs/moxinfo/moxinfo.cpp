@@ -37,8 +37,8 @@ int runProduct(const char* which) {
     }
     if (kaz_arg_text(arg_update, 0, nullptr) != nullptr) {
         std::vector<std::string> more;
-        for (int i = 0; const char* argument = kaz_arg_get_untagged(i); ++i)
-            more.emplace_back(argument);
+        for (int i = 0; i < kaz_arg_untagged_count(); ++i)
+            more.emplace_back(kaz_arg_get_untagged(i));
         // Without -output the file itself is replaced, which is safe: it is read whole before.
         const std::string target = outputFile();
         return updateProduct(file, more, target.empty() ? file : target) ? 0 : 1;

@@ -130,7 +130,8 @@ bool showArguments(LineOutput& output, bool withSources) {
     bool allThere = true;
     // Plain names are variables too; "ti." in front works as in every tool.
     vstring_push_lookup_func(TI_EnvVcont);
-    for (int i = 0; const char* argument = kaz_arg_get_untagged(i); ++i) {
+    for (int i = 0; i < kaz_arg_untagged_count(); ++i) {
+        const char* const argument = kaz_arg_get_untagged(i);
         if (std::string(argument).find("${") != std::string::npos)
             showExpansion(output, argument);
         else
@@ -144,8 +145,8 @@ bool showArguments(LineOutput& output, bool withSources) {
 
 bool showOrigins(LineOutput& output, const Configuration& configuration) {
     bool allThere = true;
-    for (int i = 0; const char* name = kaz_arg_get_untagged(i); ++i)
-        allThere = showOrigin(output, configuration, name) && allThere;
+    for (int i = 0; i < kaz_arg_untagged_count(); ++i)
+        allThere = showOrigin(output, configuration, kaz_arg_get_untagged(i)) && allThere;
     // All of them: one that is empty is nobody's failure then.
     if (kaz_arg_get_untagged(0) == nullptr)
         for (const Variable& variable : allVariables())

@@ -34,8 +34,8 @@ bool readAll(std::FILE* stream, std::string& bytes) {
         const std::size_t got = std::fread(part, 1, sizeof part, stream);
         bytes.append(part, got);
         // Part of a block is the end, unless a signal has cut it.
-        if (got < sizeof part && !(std::ferror(stream) && errno == EINTR))
-            return !std::ferror(stream);
+        if (got < sizeof part && (std::ferror(stream) == 0 || errno != EINTR))
+            return std::ferror(stream) == 0;
         if (bytes.size() > sizeLimit) {
             errno = EFBIG;
             return false;
@@ -52,10 +52,10 @@ bool readFile(Messages& messages, std::string& bytes) {
     }
     errno = 0;
     std::FILE* stream = isStandard ? stdin : TI_fopen(messages.file.c_str(), "rb");
-    const bool whole = stream && readAll(stream, bytes);
+    const bool whole = stream != nullptr && readAll(stream, bytes);
     // Closing may change it.
     const int reason = errno;
-    if (stream && !isStandard)
+    if (stream != nullptr && !isStandard)
         std::fclose(stream);
     if (!whole)
         messages.addProblem(0, "cannot be read: " + std::generic_category().message(reason));

@@ -41,7 +41,7 @@ constexpr KazCommandLine commandLine(
 
 std::string textOf(arg_type_enum type) {
     const char* text = kaz_arg_text(type, 0, nullptr);
-    return text ? text : "";
+    return text != nullptr ? text : "";
 }
 
 struct Request {
@@ -183,7 +183,7 @@ class MoxMsg : public KazConsoleApp {
             return status;
         const char* other = kaz_arg_get_untagged(0);
         const Request request{textOf(arg_source), textOf(arg_file), textOf(arg_output),
-                              other ? other : "", textOf(arg_formats)};
+                              other != nullptr ? other : "", textOf(arg_formats)};
         const std::string problem = request.problem();
         if (!problem.empty()) {
             commandLine.complain("%s", problem.c_str());

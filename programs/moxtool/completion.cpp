@@ -124,7 +124,8 @@ bool isPlain(std::string_view name) {
 }
 
 bool readNames(Names& names) {
-    for (int i = 1; const char* name = kaz_arg_get_untagged(i); ++i) {
+    for (int i = 1; i < kaz_arg_untagged_count(); ++i) {
+        const char* const name = kaz_arg_get_untagged(i);
         if (!isPlain(name)) {
             commandLine.complain("%s cannot be the name of a program",
                                  kazPrintable(name).getValue());

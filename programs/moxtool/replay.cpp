@@ -252,8 +252,8 @@ int replayCommand(int argc, char** argv) {
     if (!replacements.read())
         return KazCommandLine::wrongUsage;
     int status = good;
-    for (int i = 0; const char* file = kaz_arg_get_untagged(i); ++i)
+    for (int i = 0; i < kaz_arg_untagged_count(); ++i)
         // All are replayed; the worst is the answer.
-        status = std::max(status, Replay(file, replacements).run());
+        status = std::max(status, Replay(kaz_arg_get_untagged(i), replacements).run());
     return status;
 }

@@ -6,7 +6,7 @@
 namespace moxkit {
 
 void setVariable(const char* name, const char* value) {
-    if (value)
+    if (value != nullptr)
         setenv(name, value, 1);
     else
         unsetenv(name);

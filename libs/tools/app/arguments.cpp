@@ -49,7 +49,7 @@ KazParsedArgs* ownSet(const KazParsedArgs* applicationSet) {
 /// What the line asks to be traced holds from here on.
 void obeyTraceOptions(const KazParsedArgs& set) {
     std::vector<const char*> topics;
-    for (int i = 0; const char* topic = set.getArgText(arg_trace, i, nullptr); ++i)
+    while (const char* topic = set.getArgText(arg_trace, static_cast<int>(topics.size()), nullptr))
         topics.push_back(topic);
     const char* const file = set.getArgText(arg_trace_file, 0, nullptr);
     if (!topics.empty() || file != nullptr)

@@ -184,7 +184,7 @@ int kaz_fs_cat_dir(char* dir, const char* end, const char* sub) {
     const bool hasSub = *orEmpty(sub) != '\0';
     // It would not fit the blocks below; nothing is written then.
     if (length >= nameSize)
-        return hasSub ? 2 : !isUsableDirectory(dir);
+        return hasSub ? 2 : isUsableDirectory(dir) ? 0 : 1;
 
     // A name of its own, because the expansion of "~" may outgrow dir.
     char name[nameSize];

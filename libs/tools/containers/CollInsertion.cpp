@@ -21,18 +21,19 @@ int KazColl::insertAll(int index, void* const* items, int count, const KazColl* 
         claimSlots(); // now, as that may change the source
     if (!isAlone())
         return insertAside(index, items, count, source);
-    if (source) {
+    if (source != nullptr) {
         items = source->data;
         count = source->size;
     }
     kaz::detail::HeapPtr<void*> aside;
     const auto slots = static_cast<std::size_t>(capacity);
-    if (kaz::detail::isWithin<void*>(items, data, slots) || (source && source->isBusy())) {
+    if (kaz::detail::isWithin<void*>(items, data, slots) ||
+        (source != nullptr && source->isBusy())) {
         // Own slots move; in others there may be what is no element yet.
         aside.reset(static_cast<void**>(
             kaz::detail::allocate(static_cast<std::size_t>(count) * sizeof(void*))));
         moveSlots(aside.get(), items, count);
-        for (int i = 0; source && i < count; ++i)
+        for (int i = 0; source != nullptr && i < count; ++i)
             aside.get()[i] = source->checkedInAt(i);
         items = aside.get();
     }
@@ -44,7 +45,7 @@ int KazColl::insertAll(int index, void* const* items, int count, const KazColl* 
 int KazColl::insertAside(int index, void* const* items, int count, const KazColl* source) {
     const bool isAtEnd = index == size;
     Incoming incoming(*this, count);
-    if (source)
+    if (source != nullptr)
         incoming.checkIn(checkInFunction_, *source);
     else
         incoming.checkIn(checkInFunction_, items);
@@ -58,16 +59,16 @@ int KazColl::insertAside(int index, void* const* items, int count, const KazColl
 
 /// The slots are this object's alone, and the items elsewhere.
 void KazColl::insertInPlace(int index, void* const* items, int count, const KazColl* source) {
-    if (!checkInFunction_ || checkInFunction_ == KazString::checkIn) {
+    if (checkInFunction_ == nullptr || checkInFunction_ == KazString::checkIn) {
         // Nobody can look meanwhile.
         void** slots = openSlots(index, count);
         moveSlots(slots, items, count);
-        if (checkInFunction_)
+        if (checkInFunction_ != nullptr)
             std::for_each_n(slots, count, KazString::checkIn);
         return;
     }
     Under<Arrival> arrival(*this, count);
-    const Under<SourceWatch> watch(source ? *source : *this);
+    const Under<SourceWatch> watch(source != nullptr ? *source : *this);
     const int oldSize = size;
     moveSlots(openSlots(index, count), items, count);
     const Under<Removal> gap(*this, oldSize, std::max(index, oldSize), Removal::up);
@@ -109,10 +110,11 @@ void KazColl::removeItems(const Arrival& arrival, int from) {
     for (int number = arrival.size() - 1; number >= from; --number) {
         claimSlots();
         const int last = arrival.placeOf(number);
-        if (last < 0 || slot(last))
+        if (last < 0 || slot(last) != nullptr)
             continue;
         int first = last;
-        while (number > from && arrival.placeOf(number - 1) == first - 1 && !slot(first - 1)) {
+        while (number > from && arrival.placeOf(number - 1) == first - 1 &&
+               slot(first - 1) == nullptr) {
             --number;
             --first;
         }

@@ -40,7 +40,7 @@ void KazColl::setAt(int index, void* item) {
     slot(index) = held.surrender();
     // A slot that a removal elsewhere has vacated holds an element again.
     storage().occupied = std::max(storage().occupied, storage().occupied < 0 ? -1 : index + 1);
-    if (met)
+    if (met != nullptr)
         checkedOut(met); // an element function has put it there
 }
 
@@ -51,7 +51,7 @@ void KazColl::removeAt(int index, int count) {
         return;
     if (isUnobserved(checkOutFunction_)) {
         // Nobody can look meanwhile, so there are no places to follow.
-        for (int i = index; checkOutFunction_ && i < index + count; ++i)
+        for (int i = index; checkOutFunction_ != nullptr && i < index + count; ++i)
             KazString::checkOut(take(i));
         return extract(index, count);
     }
@@ -67,16 +67,16 @@ void KazColl::removeAt(int index, int count) {
 /// Before the slots are rearranged: what only others count has no place in the
 /// new arrangement and goes.
 void KazColl::claimSlots() {
-    while (data && storage().occupied > size)
+    while (data != nullptr && storage().occupied > size)
         checkOutAt(--storage().occupied, false);
 }
 
 /// In all that share the slots.
 void KazColl::withdrawIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
-        for (Passage* each = sharer.passages_; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each != nullptr; each = each->outer)
             each->removed(index, count);
-        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator_) {
+        for (KazCollIterator* i = sharer.iterators_; i != nullptr; i = i->nextIterator_) {
             if (i->index_ >= index)
                 i->index_ = std::max(i->index_ - count, index - 1);
         }
@@ -99,10 +99,10 @@ void KazColl::removeVacated(const Removal& going) {
         claimSlots();
         const int end = std::min(going.end, size);
         int first = going.begin;
-        while (first < end && slot(first))
+        while (first < end && slot(first) != nullptr)
             ++first;
         int behind = first;
-        while (behind < end && !slot(behind))
+        while (behind < end && slot(behind) == nullptr)
             ++behind;
         if (first >= behind)
             return;
@@ -112,7 +112,7 @@ void KazColl::removeVacated(const Removal& going) {
 
 void KazColl::removeAll() {
     letGo();
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_)
+    for (KazCollIterator* i = iterators_; i != nullptr; i = i->nextIterator_)
         i->index_ = KazCollIterator::done;
 }
 
@@ -121,7 +121,7 @@ void KazColl::removeAll() {
 void KazColl::letGo() {
     if (isUnobserved(checkOutFunction_) && passages_ == nullptr)
         return dismiss(depart());
-    if (data && isAlone()) {
+    if (data != nullptr && isAlone()) {
         claimSlots();
         const bool isNested = isBusy();
         Under<Removal> going(*this, 0, size, Removal::down);
@@ -136,7 +136,7 @@ void KazColl::letGo() {
 /// Whether an element function of this object or a sharer is being called.
 bool KazColl::isBusy() const {
     bool busy = false;
-    forEachSharer([&busy](const KazColl& sharer) { busy = busy || sharer.passages_; });
+    forEachSharer([&busy](const KazColl& sharer) { busy = busy || sharer.passages_ != nullptr; });
     return busy;
 }
 
@@ -145,7 +145,7 @@ bool KazColl::isBusy() const {
 void* KazColl::checkedInAt(int index) const {
     bool isOutside = false;
     forEachSharer([&](const KazColl& sharer) {
-        for (const Passage* each = sharer.passages_; each; each = each->outer)
+        for (const Passage* each = sharer.passages_; each != nullptr; each = each->outer)
             isOutside = isOutside || each->knows(index);
     });
     return isOutside ? nullptr : slot(index);
@@ -156,12 +156,12 @@ void* KazColl::checkedInAt(int index) const {
 void KazColl::checkOutAt(int index, bool isNested) {
     bool isOutside = false;
     forEachSharer([&](KazColl& sharer) {
-        for (Passage* each = sharer.passages_; each; each = each->outer) {
+        for (Passage* each = sharer.passages_; each != nullptr; each = each->outer) {
             each->elementLeaves();
             isOutside = isOutside || each->yields(index);
         }
     });
     void* item = take(index);
-    if (!isOutside && (item || !isNested))
+    if (!isOutside && (item != nullptr || !isNested))
         checkedOut(item);
 }

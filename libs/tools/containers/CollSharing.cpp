@@ -37,9 +37,9 @@ void KazColl::leaveSharers() {
 /// on.
 KazColl::Departing KazColl::depart() {
     Departing contents{data, 0, checkOutFunction_, isBusy()};
-    for (Passage* each = passages_; each; each = each->outer)
+    for (Passage* each = passages_; each != nullptr; each = each->outer)
         each->abandoned();
-    if (data && isAlone())
+    if (data != nullptr && isAlone())
         contents.count = storage().occupied >= 0 ? storage().occupied : size;
     leaveSharers();
     data = nullptr;
@@ -54,8 +54,8 @@ void KazColl::dismiss(const Departing& contents) {
     const auto* slots = reinterpret_cast<const Slot*>(contents.slots);
     if (slots == nullptr)
         return;
-    for (int i = contents.checkOut ? contents.count - 1 : -1; i >= 0; --i) {
-        if (slots[i] || !contents.hasGaps)
+    for (int i = contents.checkOut != nullptr ? contents.count - 1 : -1; i >= 0; --i) {
+        if (slots[i] != nullptr || !contents.hasGaps)
             contents.checkOut(slots[i]);
     }
     release(contents.slots);
@@ -70,7 +70,7 @@ void KazColl::makeRoom(std::int64_t count) {
     const int newCapacity = capacityFor(count);
     if (isAlone())
         KazArrayPtr::inflate(static_cast<int>(count));
-    else if (checkOutFunction_ && !checkInFunction_)
+    else if (checkOutFunction_ != nullptr && checkInFunction_ == nullptr)
         moveTogether(newCapacity);
     else
         separate(newCapacity);
@@ -79,7 +79,7 @@ void KazColl::makeRoom(std::int64_t count) {
 void KazColl::separate(int newCapacity) {
     // What has not come in yet when somebody else's growth meets it stays outside.
     forEachSharer([](KazColl& sharer) {
-        for (Passage* each = sharer.passages_; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each != nullptr; each = each->outer)
             for (int i = 0; i < sharer.size; ++i)
                 if (each->yields(i))
                     sharer.take(i);

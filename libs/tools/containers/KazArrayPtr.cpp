@@ -46,7 +46,7 @@ KazArrayPtr::~KazArrayPtr() {
 
 KazArrayPtr& KazArrayPtr::operator=(const KazArrayPtr& other) {
     // Taken before the old slots are dropped: they may be the same ones.
-    if (other.data)
+    if (other.data != nullptr)
         ++other.storage().owners;
     release(data);
     data = other.data;
@@ -92,7 +92,7 @@ void KazArrayPtr::grow(std::int64_t count) {
 int KazArrayPtr::capacityFor(std::int64_t count) const {
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     std::int64_t wanted = (count + 3) & ~std::int64_t{3};
-    if (data) {
+    if (data != nullptr) {
         // In float on purpose: the truncated product decides the capacity.
         const float extra = std::trunc((growthRate - 1.0F) * static_cast<float>(capacity));
         if (!(extra < static_cast<float>(most)))
@@ -114,19 +114,19 @@ void** KazArrayPtr::allocateSlots(int count) {
 }
 
 void KazArrayPtr::release(void** slots) {
-    if (slots && --storageOf(slots).owners == 0)
+    if (slots != nullptr && --storageOf(slots).owners == 0)
         std::free(&storageOf(slots));
 }
 
 void KazArrayPtr::enlarge(std::int64_t count) {
     const int newCapacity = capacityFor(count);
-    if (data && storage().owners == 1) {
+    if (data != nullptr && storage().owners == 1) {
         void* block =
             kaz::detail::reallocate(&storage(), storageBytes(sizeof(Storage), newCapacity));
         data = reinterpret_cast<void**>(static_cast<Storage*>(block) + 1);
     } else {
         void** slots = allocateSlots(newCapacity);
-        if (data) {
+        if (data != nullptr) {
             // Another owner of the old block may count more elements than this array does.
             storageOf(slots).occupied = storage().occupied;
             moveSlots(slots, data, std::max(size, storage().occupied));
@@ -151,7 +151,7 @@ void KazArrayPtr::freeExtra() {
     }
     // Not through the allocation helper: nobody needs to hear of a failed shrink.
     void* block = std::realloc(&storage(), storageBytes(sizeof(Storage), size));
-    if (!block)
+    if (block == nullptr)
         return;
     data = reinterpret_cast<void**>(static_cast<Storage*>(block) + 1);
     capacity = size;

@@ -23,9 +23,9 @@ KazColl::KazColl(const KazColl& other) : KazArrayPtr() {
 
 KazColl::~KazColl() {
     // More than once, should a check-out add something.
-    while (data)
+    while (data != nullptr)
         letGo();
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_) {
+    for (KazCollIterator* i = iterators_; i != nullptr; i = i->nextIterator_) {
         i->index_ = KazCollIterator::done;
         i->collection_ = nullptr;
     }
@@ -35,14 +35,14 @@ KazColl& KazColl::operator=(const KazColl& other) {
     if (this == &other)
         return *this;
     // What this object had is checked out last: an element function then finds the copy complete.
-    const Departing old = data && data == other.data ? Departing{} : depart();
+    const Departing old = data != nullptr && data == other.data ? Departing{} : depart();
     if (data != other.data)
         joinSharersOf(other);
     size = other.size;
     growthRate = other.growthRate;
     checkOutFunction_ = other.checkOutFunction_;
     checkInFunction_ = other.checkInFunction_;
-    for (KazCollIterator* i = iterators_; i; i = i->nextIterator_) {
+    for (KazCollIterator* i = iterators_; i != nullptr; i = i->nextIterator_) {
         if (i->index_ >= size)
             i->index_ = KazCollIterator::done;
     }
@@ -124,7 +124,7 @@ void KazColl::copy(const KazColl& other) {
     KazColl room;
     room.inflate(other.size);
     removeAll();
-    if (!data) {
+    if (data == nullptr) {
         std::swap(data, room.data);
         std::swap(capacity, room.capacity);
     }
@@ -133,16 +133,16 @@ void KazColl::copy(const KazColl& other) {
 
 /// After the slots were rearranged.
 void KazColl::noteSlots() {
-    if (data && storage().occupied >= 0)
+    if (data != nullptr && storage().occupied >= 0)
         storage().occupied = isAlone() ? -1 : size;
 }
 
 /// Here and in all that share the slots.
 void KazColl::advanceIterators(int index, int count) {
     forEachSharer([=](KazColl& sharer) {
-        for (Passage* each = sharer.passages_; each; each = each->outer)
+        for (Passage* each = sharer.passages_; each != nullptr; each = each->outer)
             each->inserted(index, count);
-        for (KazCollIterator* i = sharer.iterators_; i; i = i->nextIterator_) {
+        for (KazCollIterator* i = sharer.iterators_; i != nullptr; i = i->nextIterator_) {
             if (i->index_ >= index)
                 i->index_ += count;
         }

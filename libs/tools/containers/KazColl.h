@@ -91,7 +91,7 @@ public:
     /// Checks @p item in and appends it. Returns its index.
     int add(void* item) {
         // Slots that are nobody else's, and nobody to ask: a call takes as long again.
-        if (checkInFunction_ || size >= capacity || storage().occupied >= 0)
+        if (checkInFunction_ != nullptr || size >= capacity || storage().occupied >= 0)
             return addOne(item);
         slot(size) = item;
         return size++;
@@ -160,7 +160,7 @@ private:
     using KazArrayPtr::setSize;
 
     void checkedOut(void* item) const {
-        if (checkOutFunction_)
+        if (checkOutFunction_ != nullptr)
             checkOutFunction_(item);
     }
 

@@ -2,7 +2,7 @@
 #include "tools/containers/KazCollIterator.h"
 
 KazCollIterator::KazCollIterator(KazColl* walked) : collection_(walked) {
-    if (!collection_)
+    if (collection_ == nullptr)
         return;
     nextIterator_ = collection_->iterators_;
     collection_->iterators_ = this;
@@ -15,7 +15,7 @@ KazCollIterator::KazCollIterator(const KazCollIterator& other)
 }
 
 KazCollIterator::~KazCollIterator() {
-    if (!collection_)
+    if (collection_ == nullptr)
         return;
     KazCollIterator** link = &collection_->iterators_;
     while (*link != this)
@@ -31,5 +31,5 @@ KazCollIterator& KazCollIterator::operator=(const KazCollIterator& other) {
 }
 
 void KazCollIterator::reset() {
-    index_ = collection_ && collection_->size > 0 ? 0 : done;
+    index_ = collection_ != nullptr && collection_->size > 0 ? 0 : done;
 }

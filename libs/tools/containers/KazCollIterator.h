@@ -33,7 +33,7 @@ public:
     /// Steps to the next element. False when there is none: the iterator is
     /// then done, and stays so until reset().
     bool next() {
-        if (!isDone() && (!collection_ || ++index_ >= collection_->size))
+        if (!isDone() && (collection_ == nullptr || ++index_ >= collection_->size))
             index_ = done;
         return !isDone();
     }
@@ -42,7 +42,7 @@ public:
     void reset();
 
     /// The element, or null when the iterator stands on none.
-    void* item() const { return collection_ ? collection_->peek(index_) : nullptr; }
+    void* item() const { return collection_ != nullptr ? collection_->peek(index_) : nullptr; }
 
 private:
     friend class KazColl;

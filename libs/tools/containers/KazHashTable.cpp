@@ -38,7 +38,7 @@ constexpr std::int32_t movesForSearch = 64;
 void passOut(CheckOut function, void* item) {
     if (function == KazString::checkOut)
         KazString::checkOut(item); // inline
-    else if (function)
+    else if (function != nullptr)
         function(item);
 }
 
@@ -47,12 +47,12 @@ void passOut(CheckOut function, void* item) {
 
 /// Whether @p function can be called without anybody noticing when.
 bool isSilent(CheckOut function) {
-    return !function || function == KazString::checkOut;
+    return function == nullptr || function == KazString::checkOut;
 }
 
 /// Whether @p function leaves every text as it is.
 bool keepsText(CheckIn function) {
-    return !function || function == KazString::checkIn;
+    return function == nullptr || function == KazString::checkIn;
 }
 
 } // namespace
@@ -74,7 +74,7 @@ public:
     EmptyBlock(const EmptyBlock&) = delete;
     EmptyBlock& operator=(const EmptyBlock&) = delete;
     ~EmptyBlock() {
-        if (block_ && block_->count == 0)
+        if (block_ != nullptr && block_->count == 0)
             std::free(std::exchange(block_, nullptr));
     }
 
@@ -169,7 +169,7 @@ void** KazHashTable::getBucketData(int bucket) const {
         return nullptr;
     const Guard guard(*this);
     KazBucket* block = buckets_[bucket];
-    if (!block || block->count == 0)
+    if (block == nullptr || block->count == 0)
         return nullptr;
     if (hidden_->texts)
         hidden_->texts->rest();
@@ -231,8 +231,8 @@ KazHashTable::Held::Position KazHashTable::Held::findText(const void* key) {
     const std::int32_t bucket = bucketOf(key);
     Slot* slot = texts_->index().find(texts_->index().probe(key));
     const KazBucket* block = table_.buckets_[bucket];
-    if (!slot)
-        return {bucket, block ? block->count : 0, false, false};
+    if (slot == nullptr)
+        return {bucket, block != nullptr ? block->count : 0, false, false};
     texts_->putInOrder(bucket);
     const auto [index, found] = searchEntries(table_.buckets_[bucket], key, table_.compare_,
                                               Holes{hidden_.departures, bucket});
@@ -272,7 +272,7 @@ KazHashTable::Held::Position KazHashTable::Held::withSlot(Position position) {
 KazHashTable::Held::Position KazHashTable::Held::findAgain(const void* key, const Position& before,
                                                            std::uint32_t revisionBefore) {
     const bool isSame = hidden_.revision == revisionBefore && (before.isInOrder || goesByIndex()) &&
-                        (!before.slot || texts_->isActive());
+                        (before.slot == nullptr || texts_->isActive());
     return isSame ? before : findKey(key);
 }
 
@@ -304,7 +304,7 @@ void* KazHashTable::Held::lookUpInOrder(const void* key, bool& found) {
 
 bool KazHashTable::Held::bind(void* key, std::int32_t length, void* value, bool replace) {
     // Without a check-in the key stays the caller's, who may change its text behind the index.
-    if (texts_ && !table_.keyCheckIn_)
+    if (texts_ && table_.keyCheckIn_ == nullptr)
         texts_->rest();
     if (goesByIndex() && keepsText(table_.keyCheckIn_) && keepsText(table_.valueCheckIn_) &&
         withProbe(key, length, [&](const auto& probe) { return appendIfNew(key, value, probe); }))
@@ -396,7 +396,7 @@ bool KazHashTable::Held::rebind(const void* key, void* value) {
 }
 
 void* KazHashTable::Held::exchangeValue(const Position& position, void* value) {
-    if (position.slot)
+    if (position.slot != nullptr)
         position.slot->value = value;
     return std::exchange(entryAt(position).value, value);
 }
@@ -405,7 +405,7 @@ void* KazHashTable::Held::exchangeValue(const Position& position, void* value) {
 void KazHashTable::Held::checkOutValue(const Position& position) {
     const bool isOut = hidden_.departures.find(position.bucket, position.index) != nullptr;
     void* value = exchangeValue(position, nullptr);
-    if (value || !isOut)
+    if (value != nullptr || !isOut)
         passOut(table_.valueCheckOut_, value);
 }
 
@@ -420,7 +420,7 @@ bool KazHashTable::Held::replaceValue(const void* key, Position position, void* 
         return false;
     void* met = exchangeValue(position, newValue.surrender());
     remember(position);
-    if (met)
+    if (met != nullptr)
         passOut(table_.valueCheckOut_, met); // an element function has put it there
     return true;
 }
@@ -469,7 +469,7 @@ void KazHashTable::Held::checkOutEntry(Position position) {
 }
 
 void KazHashTable::Held::extract(const Position& position) {
-    if (position.slot)
+    if (position.slot != nullptr)
         texts_->index().remove(position.slot);
     if (texts_)
         texts_->noteInOrder(position.bucket, -1);
@@ -488,7 +488,7 @@ void KazHashTable::Held::clear() {
         texts_->rest();
     std::int32_t removed = 0;
     for (std::int32_t bucket = 0; bucket < hidden_.bucketSlots; ++bucket) {
-        if (table_.buckets_[bucket])
+        if (table_.buckets_[bucket] != nullptr)
             removed += isObserved ? clearBucket(bucket) : dropBucket(bucket);
     }
     table_.entryCount_ -= removed;
@@ -520,7 +520,7 @@ std::int32_t KazHashTable::Held::clearBucket(std::int32_t bucket) {
     while (!going.isGone() && going.end < block->count) {
         const Departure* outer = hidden_.departures.find(bucket, going.end);
         KazBucketEntry& entry = block->entries()[going.end++];
-        if (outer && outer->isHole)
+        if (outer != nullptr && outer->isHole)
             continue;
         table_.cachedIndex_ = -1;
         void* const value = entry.value;
@@ -530,7 +530,7 @@ std::int32_t KazHashTable::Held::clearBucket(std::int32_t bucket) {
         going.key = nullptr;
         if (!going.isGone())
             block->entries()[going.end - 1].value = nullptr;
-        if (value || !outer)
+        if (value != nullptr || outer == nullptr)
             passOut(table_.valueCheckOut_, value);
     }
     if (going.isGone())

@@ -10,7 +10,7 @@ void KazHashTableIterator::reset() {
 }
 
 bool KazHashTableIterator::next() {
-    if (!table_ || bucket_ >= table_->hidden_->bucketSlots)
+    if (table_ == nullptr || bucket_ >= table_->hidden_->bucketSlots)
         return false;
     ++index_;
     while (bucket_ < table_->hidden_->bucketSlots && isDone()) {
@@ -21,15 +21,15 @@ bool KazHashTableIterator::next() {
 }
 
 bool KazHashTableIterator::isDone() const {
-    if (!table_ || bucket_ >= table_->hidden_->bucketSlots)
+    if (table_ == nullptr || bucket_ >= table_->hidden_->bucketSlots)
         return true;
     const KazBucket* block = table_->buckets_[bucket_];
-    return !block || index_ >= block->count;
+    return block == nullptr || index_ >= block->count;
 }
 
 const KazBucketEntry* KazHashTableIterator::entry() const {
-    auto* texts = table_ && table_->hidden_->texts ? &*table_->hidden_->texts : nullptr;
-    if (texts && !texts->isInOrder()) {
+    auto* texts = table_ != nullptr && table_->hidden_->texts ? &*table_->hidden_->texts : nullptr;
+    if (texts != nullptr && !texts->isInOrder()) {
         const KazHashTable::Guard guard(*table_);
         texts->putAllInOrder();
     }
@@ -38,10 +38,10 @@ const KazBucketEntry* KazHashTableIterator::entry() const {
 
 void* KazHashTableIterator::getKey() const {
     const KazBucketEntry* present = entry();
-    return present ? present->key : nullptr;
+    return present != nullptr ? present->key : nullptr;
 }
 
 void* KazHashTableIterator::getValue() const {
     const KazBucketEntry* present = entry();
-    return present ? present->value : nullptr;
+    return present != nullptr ? present->value : nullptr;
 }

@@ -17,7 +17,7 @@ using kaz::detail::HeldItem;
 namespace {
 
 int weightOf(const generic_tree* node) {
-    return node ? node->weight : 0;
+    return node != nullptr ? node->weight : 0;
 }
 
 /// The node with @p rank nodes before it, which there must be.
@@ -43,13 +43,13 @@ public:
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
     ~Copy() {
-        while (nodes_ && checkOut_ && made_ > 0)
+        while (nodes_ != nullptr && checkOut_ != nullptr && made_ > 0)
             checkOut_(nodeAt(nodes_, --made_)->value);
         delete_tree(nodes_, nullptr);
     }
 
     generic_tree* duplicateValues(KazTree::CheckIn duplicate) {
-        for (int count = duplicate ? weightOf(nodes_) : 0; made_ < count; ++made_) {
+        for (int count = duplicate != nullptr ? weightOf(nodes_) : 0; made_ < count; ++made_) {
             void*& value = nodeAt(nodes_, made_)->value;
             value = duplicate(value);
         }
@@ -72,9 +72,9 @@ KazTree::KazTree(const KazTree& other) : compare_(other.compare_) {
 
 KazTree::~KazTree() {
     // More than once, should a check-out add something.
-    while (root_)
+    while (root_ != nullptr)
         removeAll();
-    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
+    for (KazTreeIterator* i = iterators_; i != nullptr; i = i->nextIterator_) {
         i->rank_ = -1;
         i->tree_ = nullptr;
     }
@@ -100,7 +100,7 @@ void KazTree::copy(const KazTree& other, CheckIn duplicate) {
 void KazTree::adopt(generic_tree* nodes, const KazTree& other) {
     compare_ = other.compare_;
     generic_tree* old = std::exchange(root_, nodes);
-    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_)
+    for (KazTreeIterator* i = iterators_; i != nullptr; i = i->nextIterator_)
         i->rank_ = -1;
     delete_tree(old, checkOutFunction_);
 }
@@ -116,7 +116,7 @@ KazTree::CheckOut KazTree::setCheckOut(CheckOut function) {
 void KazTree::add(void* value) {
     HeldItem item(checkInFunction_, checkOutFunction_, value);
     // The comparator may throw: it is asked before anything changes.
-    const int rank = iterators_ ? rankOf(item.get()) : 0;
+    const int rank = iterators_ != nullptr ? rankOf(item.get()) : 0;
     kaz::detail::HeapPtr<generic_tree> node(make_tree_node(item.get()));
     bool added = false;
     root_ = add_tree_node(root_, node.get(), compare_, added);
@@ -124,7 +124,7 @@ void KazTree::add(void* value) {
         throw KazTreeClashException(search_tree(root_, item.get(), compare_));
     node.release();
     item.surrender();
-    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
+    for (KazTreeIterator* i = iterators_; i != nullptr; i = i->nextIterator_) {
         // From its gap an iterator is to find the new value in front of it.
         if (i->rank_ > rank || (i->rank_ == rank && !i->inGap_))
             ++i->rank_;
@@ -148,7 +148,7 @@ bool KazTree::replace(void* value) {
         return false;
     HeldItem item(checkInFunction_, checkOutFunction_, value);
     void** place = placeOf(item.get());
-    if (!place)
+    if (place == nullptr)
         return false; // check-in has removed it
     checkedOut(std::exchange(*place, item.surrender()));
     return true;
@@ -156,13 +156,13 @@ bool KazTree::replace(void* value) {
 
 bool KazTree::remove(const void* key) {
     void** place = placeOf(key);
-    if (!place)
+    if (place == nullptr)
         return false;
     void* value = *place;
-    const int rank = iterators_ ? rankOf(key) : 0;
+    const int rank = iterators_ != nullptr ? rankOf(key) : 0;
     bool deleted = false;
     root_ = delete_tree_node(root_, key, compare_, nullptr, deleted);
-    for (KazTreeIterator* i = iterators_; i; i = i->nextIterator_) {
+    for (KazTreeIterator* i = iterators_; i != nullptr; i = i->nextIterator_) {
         if (i->rank_ > rank)
             --i->rank_;
         else if (i->rank_ == rank)
@@ -199,7 +199,7 @@ void KazTree::balance() {
 /// How many values come before the one equal to @p key.
 int KazTree::rankOf(const void* key) const {
     int rank = 0;
-    for (const generic_tree* node = root_; node;) {
+    for (const generic_tree* node = root_; node != nullptr;) {
         const int order = compare_(node->value, key);
         if (order <= 0)
             rank += weightOf(node->right);

@@ -107,7 +107,7 @@ private:
     friend class KazTreeIterator;
 
     void checkedOut(void* value) const {
-        if (checkOutFunction_)
+        if (checkOutFunction_ != nullptr)
             checkOutFunction_(value);
     }
     void** placeOf(const void* key) const;

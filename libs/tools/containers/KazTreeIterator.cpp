@@ -32,14 +32,14 @@ KazTreeIterator& KazTreeIterator::operator=(const KazTreeIterator& other) {
 
 void KazTreeIterator::enlist(const KazTree* walked) {
     tree_ = walked;
-    if (!tree_)
+    if (tree_ == nullptr)
         return;
     nextIterator_ = tree_->iterators_;
     tree_->iterators_ = this;
 }
 
 void KazTreeIterator::resign() {
-    if (!tree_)
+    if (tree_ == nullptr)
         return;
     KazTreeIterator** link = &tree_->iterators_;
     while (*link != this)
@@ -49,7 +49,7 @@ void KazTreeIterator::resign() {
 
 bool KazTreeIterator::moveTo(int newRank) {
     inGap_ = false;
-    rank_ = tree_ && newRank < tree_->getSize() ? newRank : -1;
+    rank_ = tree_ != nullptr && newRank < tree_->getSize() ? newRank : -1;
     return !isDone();
 }
 
@@ -66,9 +66,9 @@ void KazTreeIterator::toFirst() {
 }
 
 void KazTreeIterator::toLast() {
-    moveTo(tree_ ? tree_->getSize() - 1 : -1);
+    moveTo(tree_ != nullptr ? tree_->getSize() - 1 : -1);
 }
 
 bool KazTreeIterator::startAt(const void* key) {
-    return moveTo(tree_ ? tree_->rankOf(key) : -1);
+    return moveTo(tree_ != nullptr ? tree_->rankOf(key) : -1);
 }

@@ -42,7 +42,7 @@ public:
     bool startAt(const void* key);
 
     /// The value; null when the iterator stands on none.
-    void* item() const { return tree_ && !inGap_ ? tree_->valueAt(rank_) : nullptr; }
+    void* item() const { return tree_ != nullptr && !inGap_ ? tree_->valueAt(rank_) : nullptr; }
 
 private:
     friend class KazTree;

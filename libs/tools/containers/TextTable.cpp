@@ -84,7 +84,7 @@ bool TextTable::wakeFromDoze() {
 bool TextTable::isEachInPlace() const {
     for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket) {
         KazBucket* block = buckets_[bucket];
-        for (std::int32_t i = 0; block && i < block->count; ++i) {
+        for (std::int32_t i = 0; block != nullptr && i < block->count; ++i) {
             // Both must hold by today's rules: the bucket that the hash names, and an ascending
             // order in it.
             const void* key = block->entries()[i].key;
@@ -101,7 +101,7 @@ bool TextTable::isEachInPlace() const {
 void TextTable::indexAll() {
     for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket) {
         KazBucket* block = buckets_[bucket];
-        sorted_.get()[bucket] = block ? block->count : 0;
+        sorted_.get()[bucket] = block != nullptr ? block->count : 0;
         for (std::int32_t i = 0; i < sorted_.get()[bucket]; ++i) {
             const KazBucketEntry& entry = block->entries()[i];
             const Index::Probe probe = keys_.probe(static_cast<const void*>(entry.key));
@@ -113,7 +113,7 @@ void TextTable::indexAll() {
 std::int32_t TextTable::entryCount() const {
     std::int32_t count = 0;
     for (std::int32_t bucket = 0; bucket < bucketCount_; ++bucket)
-        count += buckets_[bucket] ? buckets_[bucket]->count : 0;
+        count += buckets_[bucket] != nullptr ? buckets_[bucket]->count : 0;
     return count;
 }
 
@@ -134,7 +134,7 @@ KeyOrder TextTable::order() const {
 void TextTable::putInOrder(std::int32_t bucket) {
     KazBucket* block = buckets_[bucket];
     std::int32_t& inOrder = sorted_.get()[bucket];
-    if (!isActive() || !block || inOrder == block->count)
+    if (!isActive() || block == nullptr || inOrder == block->count)
         return;
     const std::int32_t late = block->count - inOrder;
     sortTail(*block, inOrder, order());

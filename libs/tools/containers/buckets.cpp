@@ -69,24 +69,24 @@ void mergeFew(KazBucketEntry* entries, KazBucketEntry* tail, std::ptrdiff_t coun
 } // namespace
 
 void makeRoom(KazBucket*& block) {
-    if (block && block->count < block->capacity)
+    if (block != nullptr && block->count < block->capacity)
         return;
-    const std::int64_t capacity = block ? grownCapacity(block->capacity) : 1;
+    const std::int64_t capacity = block != nullptr ? grownCapacity(block->capacity) : 1;
     if (capacity > std::numeric_limits<std::int32_t>::max())
         throw KazMemoryException();
-    const std::int32_t count = block ? block->count : 0;
+    const std::int32_t count = block != nullptr ? block->count : 0;
     block = static_cast<KazBucket*>(reallocate(block, blockBytes(capacity)));
     block->count = count;
     block->capacity = static_cast<std::int32_t>(capacity);
 }
 
 void giveBackRoom(KazBucket*& block) {
-    if (!block || tightCapacity(block->count) >= block->capacity)
+    if (block == nullptr || tightCapacity(block->count) >= block->capacity)
         return;
     const std::int64_t capacity = tightCapacity(block->count);
     // Not through the allocation helper: nobody needs to hear of a failed shrink.
     auto* shrunk = static_cast<KazBucket*>(std::realloc(block, blockBytes(capacity)));
-    if (!shrunk)
+    if (shrunk == nullptr)
         return;
     shrunk->capacity = static_cast<std::int32_t>(capacity);
     block = shrunk;

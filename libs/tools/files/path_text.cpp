@@ -264,7 +264,9 @@ KazString kazRelativePath(KazString base, KazString path) {
 
 void kazRemoveBlanksFromPath(KazString& path) {
     // By the locale: letters beyond ASCII are kept where it knows them.
-    const auto isBlank = [](unsigned char c) { return !std::isprint(c) || std::isspace(c); };
+    const auto isBlank = [](unsigned char c) {
+        return std::isprint(c) == 0 || std::isspace(c) != 0;
+    };
     const int length = path.getLength();
     // Nothing to change, so a text that is shared stays shared.
     if (std::none_of(path.getValue(), path.getValue() + length, isBlank))

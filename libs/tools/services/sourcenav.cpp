@@ -245,7 +245,7 @@ int kaz_source_command(const char* editor, const char* file, int line, int colum
     words.removeAll();
     for (const std::string& word : command)
         words.add(toText(word));
-    return isReady ? chosen.needsTerminal : -1;
+    return !isReady ? -1 : chosen.needsTerminal ? 1 : 0;
 }
 
 bool kazShowSource(const char* file, int line, int column) {

@@ -3,6 +3,7 @@
 // there are.
 #include "tools/settings/KazProductInfo.h"
 
+#include "tools/util/detail/compared.h"
 #include "tools/util/detail/or_empty.h"
 
 #include <algorithm>
@@ -21,10 +22,6 @@ bool isNumber(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
 }
 
-int signOf(int number) {
-    return (number > 0) - (number < 0);
-}
-
 /// Numbers of any length by value, before all texts; texts by bytes.
 int compareComponents(std::string_view a, std::string_view b) {
     if (isNumber(a) != isNumber(b))
@@ -37,7 +34,7 @@ int compareComponents(std::string_view a, std::string_view b) {
         if (a.size() != b.size())
             return a.size() < b.size() ? -1 : 1;
     }
-    return signOf(a.compare(b));
+    return kaz::detail::signOf(a.compare(b));
 }
 
 /// What lacks is 0, so "1.2" and "1.2.0" are equal.

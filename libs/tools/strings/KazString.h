@@ -556,7 +556,7 @@ inline int KazString::order(const char* a, const char* b, int emptyFirst) {
     if (*a == '\0' || *b == '\0')
         return *a == *b ? 0 : *a == '\0' ? emptyFirst : -emptyFirst;
     const int order = std::strcmp(a, b);
-    return (order > 0) - (order < 0);
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
 inline int KazString::compare(const char* s) const {

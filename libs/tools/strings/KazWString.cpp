@@ -33,6 +33,7 @@ constinit const unsigned short blanks[] = {' ', '\t', '\n', '\r', 0};
 #include "tools/strings/detail/core_members.inc"
 #include "tools/strings/detail/edit_members.inc"
 #include "tools/strings/detail/search_members.inc"
+#include "tools/util/detail/compared.h"
 
 constinit const unsigned short* const KazWString::theDefaultWhitespaces = blanks;
 
@@ -180,7 +181,7 @@ int KazWString::compareLocale(const unsigned short* a, const unsigned short* b) 
     const kaz::detail::WideBuffer left = kaz::detail::widenedAsIs(orEmpty(a));
     const kaz::detail::WideBuffer right = kaz::detail::widenedAsIs(orEmpty(b));
     const int order = std::wcscoll(left.get(), right.get());
-    return (order > 0) - (order < 0);
+    return kaz::detail::signOf(order);
 }
 
 // ---- Comparison, which is inline in the narrow class

@@ -5,6 +5,7 @@
 #include "tools/util/text.h"
 
 #include "tools/util/detail/allocate.h"
+#include "tools/util/detail/compared.h"
 #include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/within.h"
 #include "tools/util/memory.h"
@@ -198,8 +199,8 @@ char dd_char_at(const dd_buffer* buffer, int position) {
 int dd_compare(const dd_buffer* a, const dd_buffer* b) {
     const int common = std::min(dd_length(a), dd_length(b));
     const int order = std::memcmp(dd_text(a), dd_text(b), static_cast<std::size_t>(common));
-    const int difference = order != 0 ? order : (dd_length(a) > common) - (dd_length(b) > common);
-    return (difference > 0) - (difference < 0);
+    return order != 0 ? kaz::detail::signOf(order)
+                      : kaz::detail::compared(dd_length(a), dd_length(b));
 }
 
 /// The caller always gets a block to free, also from an empty buffer.

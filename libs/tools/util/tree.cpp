@@ -9,6 +9,7 @@
 // because tools see the shapes that result.
 #include "tools/util/tree.h"
 
+#include "tools/util/detail/compared.h"
 #include "tools/util/detail/heap_ptr.h"
 #include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/panic.h"
@@ -411,7 +412,7 @@ generic_tree* balance_tree(generic_tree* root, tree_comparator) {
 
 int cmp_strings(const char* a, const char* b) {
     const int order = std::strcmp(kaz::detail::orEmpty(a), kaz::detail::orEmpty(b));
-    return (order > 0) - (order < 0);
+    return kaz::detail::signOf(order);
 }
 
 int cmp_strings(const void* a, const void* b) {

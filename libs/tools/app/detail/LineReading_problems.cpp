@@ -146,7 +146,8 @@ std::string LineReading::valueProblem(const LineOption& option) const {
         return {};
     const std::vector<std::string> choices = choicesOf(option);
     // All occurrences: the first bad value of an option that may be repeated is the one to name.
-    for (int i = 0; const char* value = args_->getArgText(option.type, i, nullptr); ++i) {
+    int i = 0;
+    while (const char* const value = args_->getArgText(option.type, i++, nullptr)) {
         if (option.kind == KazCommandLine::WholeNumber) {
             if (!isWholeNumber(value))
                 return std::string("option ") + textOf(option) + ": " + shown(value) +

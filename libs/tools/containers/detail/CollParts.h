@@ -16,7 +16,7 @@ namespace kaz::detail {
 /// Whether nobody can tell when @p function is called. The library's own copy of an
 /// inline function is known here; with a program's copy, everything goes the general way.
 inline bool isUnobserved(KazColl::CheckOut function) {
-    return !function || function == KazString::checkOut;
+    return function == nullptr || function == KazString::checkOut;
 }
 
 } // namespace kaz::detail
@@ -43,7 +43,7 @@ class KAZ_LOCAL KazColl::Incoming {
 public:
     /// Place for up to @p most items.
     Incoming(const KazColl& owner, int most)
-        : checkOutFunction_(owner.checkInFunction_ ? owner.checkOutFunction_ : nullptr),
+        : checkOutFunction_(owner.checkInFunction_ != nullptr ? owner.checkOutFunction_ : nullptr),
           limit_(most) {
         if (most > 1)
             items_ = static_cast<void**>(
@@ -52,7 +52,7 @@ public:
     Incoming(const Incoming&) = delete;
     Incoming& operator=(const Incoming&) = delete;
     ~Incoming() {
-        while (checkOutFunction_ && count_ > 0)
+        while (checkOutFunction_ != nullptr && count_ > 0)
             checkOutFunction_(items_[--count_]);
         if (items_ != &single_)
             std::free(items_);
@@ -82,7 +82,7 @@ public:
 
 private:
     void append(CheckIn function, void* item) {
-        items_[count_] = function ? function(item) : item;
+        items_[count_] = function != nullptr ? function(item) : item;
         ++count_;
     }
 

@@ -11,11 +11,12 @@ namespace kaz::detail {
 class HeldItem {
 public:
     HeldItem(void* (*checkIn)(void*), void (*checkOut)(void*), void* item)
-        : checkOut_(checkIn ? checkOut : nullptr), item_(checkIn ? checkIn(item) : item) {}
+        : checkOut_(checkIn != nullptr ? checkOut : nullptr),
+          item_(checkIn != nullptr ? checkIn(item) : item) {}
     HeldItem(const HeldItem&) = delete;
     HeldItem& operator=(const HeldItem&) = delete;
     ~HeldItem() {
-        if (held_ && checkOut_)
+        if (held_ && checkOut_ != nullptr)
             checkOut_(item_);
     }
 

@@ -27,7 +27,7 @@ inline std::ptrdiff_t findLastSlot(void* const* slots, std::ptrdiff_t count, con
     const auto* addresses = reinterpret_cast<const SlotAddress*>(slots);
     const auto wanted = reinterpret_cast<std::uintptr_t>(item);
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") != 0)
+    if (__builtin_cpu_supports("avx2"))
         return findLastSlotWide(addresses, count, wanted);
 #endif
     return findLastSlotPortable(addresses, count, wanted);

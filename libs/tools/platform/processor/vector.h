@@ -46,8 +46,8 @@ public:
     bool contains(char c) const {
         if (size_ > few)
             return (table_[slot(c)] & bit(c)) != 0;
-        return size_ > 0 && ((c == members_[0]) | (c == members_[1]) | (c == members_[2]) |
-                             (c == members_[3])) != 0;
+        return size_ > 0 && (int{c == members_[0]} | int{c == members_[1]} | int{c == members_[2]} |
+                             int{c == members_[3]}) != 0;
     }
 
     [[gnu::always_inline]] std::size_t size() const { return size_; }
@@ -125,7 +125,7 @@ extern const ByteOperations wideBytes;
 
 /// Whether wideBytes runs on this processor.
 inline bool hasWideBytes() {
-    return __builtin_cpu_supports("avx2") != 0;
+    return __builtin_cpu_supports("avx2");
 }
 
 /// The operations to use.

@@ -7,6 +7,7 @@
 #include "tools/platform/processor/vector.h"
 #include "tools/util/detail/allocate.h"
 #include "tools/util/detail/compare_no_case.h"
+#include "tools/util/detail/compared.h"
 #include "tools/util/detail/or_empty.h"
 #include "tools/util/detail/within.h"
 #include "tools/util/text.h"
@@ -79,9 +80,6 @@ struct Characters<char> {
 
     /// A heap copy, released with `free`.
     static char* duplicate(const char* s) { return mkcpy(s); }
-
-private:
-    static int signOf(int order) { return (order > 0) - (order < 0); }
 };
 
 template <>
@@ -100,7 +98,7 @@ struct Characters<unsigned short> {
             ++a;
             ++b;
         }
-        return (*a > *b) - (*a < *b);
+        return compared(*a, *b);
     }
 
     static int compareN(const Ch* a, const Ch* b, std::size_t n) {
@@ -118,7 +116,7 @@ struct Characters<unsigned short> {
             ++a;
             ++b;
         }
-        return (lowered(*a) > lowered(*b)) - (lowered(*a) < lowered(*b));
+        return compared(lowered(*a), lowered(*b));
     }
     static int compareNoCase(const Ch* a, const Ch* b, std::size_t) { return compareNoCase(a, b); }
 

@@ -81,7 +81,7 @@ WideBuffer widened(const unsigned short* s) {
 std::size_t unitsOf(const wchar_t* s, std::size_t n) {
     std::size_t units = n;
     for (std::size_t i = 0; i < n; ++i)
-        units += isPaired(s[i]);
+        units += isPaired(s[i]) ? 1 : 0;
     return units;
 }
 

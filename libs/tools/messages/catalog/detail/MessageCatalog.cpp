@@ -258,7 +258,7 @@ void printBeginning(std::FILE* out, const char* text) {
 void MessageCatalog::printTables(std::FILE* out) const {
     int used = 0;
     for (int block = 0; block < blockCount; ++block)
-        used += file_.holdsTable(block);
+        used += file_.holdsTable(block) ? 1 : 0;
     std::fprintf(out, "\nBucket tables %d entries used\n", used);
     if (used == 0)
         return;
