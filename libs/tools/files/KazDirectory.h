@@ -117,9 +117,9 @@ public:
     static bool matches(const char* pattern, const char* name);
 
     /// Whether names that differ in case alone are one name here. Told by the entries that
-    /// are there, else by those of the directories around it on the same device, else by what
-    /// the host usually does; nothing is written. Costs a listing, seldom more, and a look at
-    /// two entries. False when not open.
+    /// are there, else by what the host knows of the directory, else by the directories around
+    /// it on the same device, else by what the host usually does; nothing is written. Costs a
+    /// listing, seldom more, and a look at two entries. False when not open.
     bool ignoresCase() const;
     /// @p name as such a directory compares it: names with equal results are one name.
     /// Letters beyond ASCII count as far as the locale knows them. Null counts as "".

@@ -2,9 +2,10 @@
 // Whether a directory tells names apart by case is a matter of its file system, of its
 // mount and sometimes of itself, and no call tells for all of them. So a name that is there
 // is asked for in the other case, ASCII letters changed: that leads to the same file, or
-// to none.
+// to none. Only a directory without such a name needs what the host knows of it.
 #include "tools/files/KazDirectory.h"
 #include "tools/files/detail/text.h"
+#include "tools/platform/host.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -31,10 +32,14 @@ char inLowerCase(char c) {
     return c >= 'A' && c <= 'Z' ? inOtherCase(c) : c;
 }
 
+/// What NTFS has in its topmost directory and does not list; it is found by its name.
+constexpr char unlisted[] = "$Volume";
+
 /// What the entries tell; nothing when no name among them holds a letter.
 std::optional<bool> toldByEntries(const KazDirectory& directory) {
     std::vector<KazDirectoryEntry> entries;
     directory.list("*", entries);
+    entries.emplace_back().name = unlisted;
     for (const KazDirectoryEntry& entry : entries) {
         std::string other = entry.name.getValue();
         std::transform(other.begin(), other.end(), other.begin(), inOtherCase);
@@ -62,6 +67,8 @@ bool KazDirectory::ignoresCase() const {
     while (directory.getStatus(around) == 0 && around.device == own.device) {
         if (const std::optional<bool> told = toldByEntries(directory))
             return *told;
+        if (const std::optional<bool> known = directory.directory_->ignoresCase())
+            return *known;
         KazDirectory parent = directory.openParent();
         // A parent that is the directory itself is the root, and one on another device has rules of
         // its own, which the condition of the loop looks at.

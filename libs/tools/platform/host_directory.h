@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -99,6 +100,10 @@ public:
     /// included where they match, each once, in the host's order. What was read
     /// before a failure is kept.
     int list(std::string_view pattern, std::vector<Entry>& result) const;
+
+    /// Whether names that differ in case alone are one name here, as far as the host knows
+    /// that of the directory itself or of the kind of its file system; nothing is written.
+    std::optional<bool> ignoresCase() const;
 
     /// Opens a file of the directory as fopen would, but follows no link, and waits
     /// for nobody where the name is a pipe's: what is no regular file fails with
