@@ -51,18 +51,18 @@ std::vector<std::string> originOf(const Configuration& configuration, const std:
     const KazVariableSource source = TI_EnvVsource(name.c_str(), nullptr);
     if (source == KazUndefined)
         return {};
+    const KazVariableSource hidden = TI_Vsource(name.c_str(), nullptr);
+    const bool isOverridden = source == KazEnvironment;
     const std::string value = onOneLine(TI_EnvVcont(name.c_str()));
-    const auto given = [&](KazVariableSource by) { return source == by ? value : "not set"; };
+    const std::string behind =
+        onOneLine(TI_Vcont(name.c_str())) + (isOverridden ? " [the environment sets it]" : "");
     std::vector<std::string> lines = {
         name + "=" + value,
-        marked(source == KazEnvironment,
-               "environment " + overridingVariable(name) + ": " + given(KazEnvironment)),
-        marked(source == KazRunTime, "run-time: " + given(KazRunTime))};
-    if (source == KazDefined)
-        lines.push_back(marked(true, "library: " + value));
-    else if (source == KazEnvironment && isSetByLibrary(name))
-        lines.push_back(marked(false, "library: " + onOneLine(TI_Vcont(name.c_str())) +
-                                          " [the environment sets it]"));
+        marked(isOverridden, "environment " + overridingVariable(name) + ": " +
+                                 (isOverridden ? value : "not set")),
+        marked(source == KazRunTime, "run-time: " + (hidden == KazRunTime ? behind : "not set"))};
+    if (hidden == KazDefined)
+        lines.push_back(marked(!isOverridden, "library: " + behind));
     for (const ConfigLine* const line : configuration.definitionsOf(name))
         lines.push_back(definitionText(configuration, *line, source));
     return lines;

@@ -143,6 +143,20 @@ TEST_F(ToolInfo, RefusesWhatIsNotThere) {
     TI_Vwalk(nullptr, nullptr);
 }
 
+TEST_F(ToolInfo, TellsWhatTheEnvironmentHides) {
+    KazString file = "before";
+    TI_Vasg("hidden", "");
+    TI_Var("hidden=by that");
+    TI_Var("shown=too");
+    const moxkit::ScopedEnv hides("KAZ_HIDDEN", ""), too("KAZ_SHOWN", "x");
+    for (const char* name : {"hidden", "shown"})
+        EXPECT_EQ(TI_EnvVsource(name, &file), KazEnvironment);
+    EXPECT_EQ(TI_Vsource("hidden", &file), KazRunTime);
+    EXPECT_EQ(TI_Vsource("shown", &file), KazDefined);
+    EXPECT_STREQ(file, "");
+    EXPECT_EQ(TI_Vsource(nullptr, nullptr), KazUndefined);
+}
+
 TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
     const std::string home = tree.native();
     {

@@ -116,11 +116,17 @@ int TI_V_user_file(const char* path, bool overwrite) {
 }
 
 KazVariableSource TI_EnvVsource(const char* name, KazString* file) {
+    if (name == nullptr || kazVariable(name) == nullptr)
+        return TI_Vsource(name, file);
+    if (file != nullptr)
+        *file = KazString();
+    return KazEnvironment;
+}
+
+KazVariableSource TI_Vsource(const char* name, KazString* file) {
     KazString from;
     KazVariableSource source = KazUndefined;
-    if (name != nullptr && kazVariable(name) != nullptr) {
-        source = KazEnvironment;
-    } else if (name != nullptr) {
+    if (name != nullptr) {
         TI_Vinit();
         if (assignedValue(name) != nullptr) {
             source = KazRunTime;

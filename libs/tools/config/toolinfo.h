@@ -126,6 +126,10 @@ enum KazVariableSource {
 /// and becomes empty otherwise. Reads the files if that has not happened yet.
 KAZ_API KazVariableSource TI_EnvVsource(const char* name, KazString* file);
 
+/// Where the answer of TI_Vcont(name) comes from, in the same way: what an environment
+/// variable may hide. Never KazEnvironment.
+KAZ_API KazVariableSource TI_Vsource(const char* name, KazString* file);
+
 /// The name of a file of the chain, 0 for the first one; empty past the end.
 /// Unlike the variable "ToolInfoPath" this tells names with blanks apart. Reads
 /// the files if that has not happened yet.
