@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tools inside tools: what becomes of the child's progress, lines and end.
+#include "logging_director.h"
 #include "relayed.h"
+#include "tools/messages/KazChildTool.h"
 
 #include <gtest/gtest.h>
 
@@ -36,6 +38,29 @@ TEST_F(ChildTool, TellsHowItsChildEnded) {
     EXPECT_EQ(result.status, 0);
     relay({"start", "Outer", "run", "100", "0"});
     EXPECT_EQ(told(), "100 % ! \"\" could not be started: No such file or directory . status -1 ");
+}
+
+TEST_F(ChildTool, EndsItsStepWhateverTheDirectorThrows) {
+    struct Refusing : LoggingDirector {
+        void doTtyMsg(int, const char*, va_list) override { throw 1; }
+        void doEndSubProgress(int id) override {
+            LoggingDirector::doEndSubProgress(id);
+            throw 2;
+        }
+    };
+    Refusing director;
+    director.install();
+    const std::string tool = moxkit::binDirectory() + "/relay_tool";
+    const char* const child[] = {tool.c_str(), "half", "a line", nullptr};
+    KazProgressHandle progress("work", 1);
+    int thrown = 0;
+    try {
+        kazRunTool(progress, 40, child);
+    } catch (int number) {
+        thrown = number;
+    }
+    EXPECT_EQ(thrown, 1);
+    EXPECT_EQ(director.takeLog(), (Log{"start work,1", "startSub 77,40,100", "endSub 77"}));
 }
 
 TEST_F(ChildTool, WithoutAnOfferOfAParentIsAToolAsEver) {

@@ -119,6 +119,24 @@ int statusOf(const host::Completion& ended, const char* program) {
     return ended.signal != 0 ? 128 + ended.signal : ended.status;
 }
 
+/// What @p run gives. The step ends however that ends: a director may throw what it likes.
+template <typename Run>
+int endingStep(KazProgressHandle& progress, Run run) {
+    int status = 0;
+    try {
+        status = run();
+    } catch (...) {
+        try {
+            progress.endSubProgress();
+        } catch (...) {
+            // The first reason counts.
+        }
+        throw;
+    }
+    progress.endSubProgress();
+    return status;
+}
+
 } // namespace
 
 int kazRunTool(KazProgressHandle& progress, double share, const char* const* argv) {
@@ -144,14 +162,16 @@ int kazRunTool(KazProgressHandle& progress, double share, const char* const* arg
     // Without a handler nobody could be told of the wish to stop.
     launch.watch = progress.cancelHandler_ != nullptr ? &watch : nullptr;
 
+    const auto run = [&] {
+        host::Completion ended;
+        host::start(launch, ended);
+        output.finish();
+        errors.finish();
+        reports.finish();
+        return statusOf(ended, program.c_str());
+    };
     progress.startSubProgress(share, 100);
-    host::Completion ended;
-    host::start(launch, ended);
-    output.finish();
-    errors.finish();
-    reports.finish();
-    const int status = statusOf(ended, program.c_str());
-    progress.endSubProgress();
+    const int status = endingStep(progress, run);
     if (progress.cancelHandler_ != nullptr)
         progress.checkCancel();
     return status;

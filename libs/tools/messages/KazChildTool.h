@@ -21,7 +21,8 @@
 /// (so these must not end their options by "--"), without an input: its questions get their
 /// defaults. Until it ends, lines of its standard output are shown by tty_msg() (with the
 /// number 0, and without tty_start()), lines of its standard error by print_err(), and its
-/// outermost progress advances the step; the step is complete in the end, however that was.
+/// outermost progress advances the step; the step is complete in the end, however that was,
+/// also where a director throws: the child is then awaited, and the exception comes out.
 /// On the console, which knows no steps, the child's percentages count as the whole's.
 ///
 /// **In the child** nothing is to be done but to accept `arg_progress_channel`: a tool with
