@@ -118,7 +118,11 @@ double KazProgress::setInRange(KazProgressRange& range, double value) {
     }
     if (overall <= getProgress())
         return range.percent;
-    const double percent = (overall - range.start) / (range.end - range.start) * 100;
+    const double length = range.end - range.start;
+    // Said outright, because the language leaves a division by 0 open: no part of nothing is a
+    // number, as every processor has it.
+    const double percent = length == 0 ? std::numeric_limits<double>::quiet_NaN()
+                                       : (overall - range.start) / length * 100;
     const unsigned int result = setProgress(toOverall(overall));
     // The derived class may have closed the range on hearing that it is complete.
     if (innermost() == &range)

@@ -54,7 +54,8 @@ public:
     /// @return what setProgress() gave; the range's percentage when unchanged
     virtual double set(double value, bool absolute);
 
-    /// The overall value, or the percentage of the innermost range (0 without one).
+    /// The overall value, or the percentage of the innermost range: 0 without one, no number
+    /// in one of share 0 that was reached anew after a smaller overall value was stored.
     virtual double get(bool absolute) const;
 
     /// set() to @p delta more than what has been reached.
