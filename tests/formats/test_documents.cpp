@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a report looks like in each format. That every sequence of calls gives a well-formed
 // document, also without memory, is held by fuzz/fuzz_doc_writer.cpp.
+#include "kit/host.h"
 #include "kit/sweep.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
@@ -8,6 +9,7 @@
 #include "tools/formats/KazDocWriter.h"
 
 #include <array>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <memory>
@@ -292,6 +294,25 @@ TEST(Documents, Pictures) {
                       std::string::npos);
         }
     }
+}
+
+TEST(Documents, APictureWithAColonInItsNameIsOnNoDrive) {
+    if (!kit::isFileName("1:p.png"))
+        GTEST_SKIP() << "no name holds a colon here";
+    const moxkit::TempTree tree;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(tree.path());
+    const Doc doc = make(doc_mif);
+    for (const char* name : {"1:p.png", "a:p.png"}) {
+        tree.write(name, png(1, 1));
+        EXPECT_TRUE(doc->image((std::string(".\\") + name).c_str(), 0, 0, ""));
+    }
+    EXPECT_TRUE(doc->image("1:p.png", 0, 0, ""));
+    std::filesystem::current_path(before);
+    const std::string text = doc->finish().getValue();
+    EXPECT_EQ(text.find("<v"), text.npos);
+    EXPECT_NE(text.find("<c\\>a:p.png'>"), text.npos);
+    EXPECT_NE(text.find("<c\\>1:p.png'>", text.find("<c\\>1:p.png'>") + 1), text.npos);
 }
 
 TEST(Documents, WithoutMemoryAFileIsTheOldOneOrTheNewOne) {

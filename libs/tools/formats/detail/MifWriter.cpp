@@ -11,13 +11,19 @@ namespace {
 /// What a hypertext command would take for the end of its argument, or of a string.
 constexpr std::string_view notInCommand = " \"\\{}<>`'";
 
+/// A letter: anything else before a colon begins a name, on hosts where a name may hold one.
+bool beginsWithDrive(const std::string& path) {
+    const char letter = static_cast<char>(path.empty() ? '\0' : path[0] | 0x20);
+    return letter >= 'a' && letter <= 'z' && path[1] == ':';
+}
+
 /// Components of a native path as MIF spells paths on every host.
 /// Steps are tags: <v> a drive, <r> the root, <u> upwards, <c> a name. Readers on another host
 /// then still find a picture that lies beside the document.
 std::string deviceIndependent(const std::string& path) {
     std::string result;
     std::size_t begin = 0;
-    if (path.size() > 1 && path[1] == ':') {
+    if (beginsWithDrive(path)) {
         result = "<v>" + path.substr(0, 2);
         begin = 2;
     } else if (!path.empty() && (path[0] == '\\' || path[0] == '/')) {
