@@ -54,6 +54,7 @@ int isMakerRunning(const KazString& name) {
     return kazIsRunning(own.subStringBefore(own.find(' ') + 1) + owner);
 }
 
+/// What it cannot write as a whole it takes away again.
 bool writeRecord(const KazDirectory& directory) {
     const KazString stamp = kazProcessStamp();
     // Exclusive: a record that is there is another process's.
@@ -61,7 +62,12 @@ bool writeRecord(const KazDirectory& directory) {
     if (file == nullptr)
         return false;
     const bool isWritten = std::fprintf(file, "%s\n%s\n", heading, stamp.getValue()) > 0;
-    return std::fclose(file) == 0 && isWritten;
+    if (std::fclose(file) == 0 && isWritten)
+        return true;
+    const int reason = errno;
+    directory.removeFile(record);
+    errno = reason;
+    return false;
 }
 
 /// What the record says: whole, else "". @p isOne: it is such a record.
@@ -152,27 +158,39 @@ bool claim(const KazDirectory& parent, const KazString& name, KazDirectory& dire
     return isUnwritten(directory) && writeRecord(directory);
 }
 
+/// The directory may be somebody else's by now: nothing in it is touched but an empty record,
+/// which is what an opening leaves that fails once the file is there.
 void disclaim(const KazDirectory& parent, const KazString& name, KazDirectory& directory) {
     const int reason = errno;
-    directory.removeFile(record);
+    KazFileStatus status;
+    if (directory.getStatus(record, status) == 0 && status.kind == KazFileKind::File &&
+        status.size == 0)
+        directory.removeFile(record);
     directory.close();
     parent.removeDirectory(name);
     errno = reason;
 }
 
-} // namespace
-
-KazDirectory makeStaging(const KazDirectory& parent, KazString& name) {
+/// A number that is taken is of a copy that this process makes besides, or was left by one. False
+/// with errno set, EEXIST where all are taken.
+bool makeNext(const KazDirectory& parent, KazString& name) {
     const KazString owner = ownPart();
-    KazDirectory directory;
-    // A number that is taken is of a copy that this process makes besides, or was left by one.
     for (int turn = 0; turn < 1000; ++turn) {
         name = newName(owner, turn);
         if (parent.makeDirectory(name, 0700) == 0)
-            break;
+            return true;
         if (errno != EEXIST)
-            return directory;
+            break;
     }
+    return false;
+}
+
+} // namespace
+
+KazDirectory makeStaging(const KazDirectory& parent, KazString& name) {
+    KazDirectory directory;
+    if (!makeNext(parent, name))
+        return directory;
     try {
         if (!claim(parent, name, directory))
             disclaim(parent, name, directory);

@@ -7,7 +7,8 @@
 
 /// Makes a directory of this run's own in @p parent, readable by the user alone, and
 /// writes into it who has made it. Not open, with errno set, when that fails; nothing is
-/// left then. @p name becomes its name.
+/// left then, and what somebody else has put in its place is as it was. EEXIST when there is
+/// no name left for one. @p name becomes its name.
 KazDirectory makeStaging(const KazDirectory& parent, KazString& name);
 
 /// Is an entry such a directory of any run? Told by its name and by what is in it.

@@ -59,7 +59,8 @@ bool Staging::open(const KazString& target, const KazString& system) {
     // An earlier copy can be written to where the directory around it cannot.
     return (isOver_ && (reason == EACCES || reason == EPERM || reason == EROFS) &&
             makeElsewhere()) ||
-           reportFailure(joined(target, system), reason);
+           // What is in the way then is not where the copy goes.
+           reportFailure(joined(target, reason == EEXIST ? name_ : system), reason);
 }
 
 bool Staging::makeIn(KazDirectory parent, const KazString& path) {

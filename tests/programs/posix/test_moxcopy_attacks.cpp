@@ -232,6 +232,24 @@ TEST_F(MoxCopyAttacked, WhatAKilledRunLeavesIsClearedAndNoData) {
     EXPECT_EQ(stagingIn("both"), 0u);
 }
 
+TEST_F(MoxCopyAttacked, WhereEachNameOfItsOwnIsTakenNothingIsTouched) {
+    makeSystem();
+    // The shell becomes the program, so that both have the same number and time.
+    const auto result =
+        runTool({"/bin/bash", "-c",
+                 "p=copies/.moxcopy-$$-$(cut -d' ' -f22 /proc/$$/stat)-; mkdir -p \"$p\"{0..999}; "
+                 "echo mine | tee \"$p\"{0..999}/owner >/dev/null; exec " +
+                     program + " -p plant -s brewery"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("-999'"), result.err.npos) << result.err;
+    EXPECT_TRUE(result.err.ends_with("File exists\n")) << result.err;
+    const auto left = contents(tree, "copies");
+    EXPECT_EQ(left.size(), 2000u);
+    EXPECT_EQ(std::count_if(left.begin(), left.end(),
+                            [](const auto& each) { return each.second == "mine\n"; }),
+              1000);
+}
+
 TEST_F(MoxCopyAttacked, DepthIsNoFailure) {
     kit::digTree(tree.mkdir("plant/brewery"), 5000);
     for (const char* limit : {"1024", "64"}) {
