@@ -35,7 +35,9 @@ struct RunOptions {
     std::string signalAfter;
     /// Standard output goes to this file instead ("/dev/full").
     std::string stdoutFile;
-    /// The run is ended by force after this many seconds.
+    /// The run is ended by force after this many seconds, and its signal is 9 (SIGKILL), also
+    /// where the program itself has ended and something that it has started still holds its
+    /// standard output or error.
     int timeoutSeconds = 60;
 };
 

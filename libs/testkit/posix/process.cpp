@@ -99,13 +99,14 @@ public:
         out_.write.reset();
         err_.write.reset();
         hold();
-        if (!hasEnded())
-            waitpid(child_, &status_, 0);
+        await();
         if (options_.pty)
             hearLastWords();
-        if (WIFEXITED(status_))
+        if (isStopped_)
+            result_.signal = SIGKILL;
+        else if (WIFEXITED(status_))
             result_.status = WEXITSTATUS(status_);
-        if (WIFSIGNALED(status_))
+        else if (WIFSIGNALED(status_))
             result_.signal = WTERMSIG(status_);
         return result_;
     }
@@ -149,18 +150,31 @@ private:
 
     /// Moves bytes until both outputs of the child end.
     void hold() {
-        const auto end = Clock::now() + std::chrono::seconds(options_.timeoutSeconds);
-        while (outOpen_ || errOpen_) {
-            if (Clock::now() > end) {
-                // The status then shows a signal, by which a test sees that time was up.
-                kill(child_, SIGKILL);
-                break;
-            }
+        while ((outOpen_ || errOpen_) && !isTimeUp()) {
             sendSignal();
             step();
             if (options_.pty && hasEnded())
                 break;
         }
+    }
+
+    /// A child may close its outputs and go on.
+    void await() {
+        while (!hasEnded()) {
+            isTimeUp();
+            poll(nullptr, 0, 1);
+        }
+    }
+
+    /// Ends the child then. The result shows a signal, by which a test sees it, also where the
+    /// child itself has ended and left its outputs to somebody else.
+    bool isTimeUp() {
+        if (Clock::now() <= end_)
+            return false;
+        isStopped_ = true;
+        if (!hasEnded())
+            kill(child_, SIGKILL);
+        return true;
     }
 
     bool hasEnded() {
@@ -227,6 +241,7 @@ private:
     }
 
     const RunOptions& options_;
+    const Clock::time_point end_ = Clock::now() + std::chrono::seconds(options_.timeoutSeconds);
     Pipe in_, out_, err_;
     Terminal terminal_{options_.pty};
     Result result_;
@@ -238,6 +253,7 @@ private:
     bool typed_ = false;
     bool signalSent_ = false;
     bool ended_ = false;
+    bool isStopped_ = false;
 };
 
 } // namespace

@@ -49,3 +49,13 @@ TEST(Process, TemporaryFilesGoAlthoughNothingCanBePrinted) {
     EXPECT_EQ(result.err, "in a wide one");
     EXPECT_FALSE(tree.exists("a"));
 }
+
+TEST(Process, TheRunOfATestEndsInTimeWhateverHoldsIt) {
+    moxkit::RunOptions options;
+    options.timeoutSeconds = 1;
+    for (const char* script : {"exec >&- 2>&-; exec sleep 60", "sleep 3 & exit 0"}) {
+        const moxkit::Result result = moxkit::run({"/bin/sh", "-c", script}, options);
+        EXPECT_EQ(result.signal, 9) << script;
+        EXPECT_EQ(result.status, -1) << script;
+    }
+}
