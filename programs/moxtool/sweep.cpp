@@ -71,10 +71,14 @@ public:
         : line_(std::move(line)),
           library_((fs::path(kazHostPath(kazMoxBinDir()).getValue()) / "moxfault.so").string()),
           files_(directory),
-          // The library that injects writes the name of the call into this file: that it is there
-          // tells that the run has met its fault.
-          mark_(kazHostPath(TI_tmpname(nullptr, "fault")).getValue()) {}
-    ~Sweep() { std::remove(mark_.c_str()); }
+          // In a directory of its own: among the temporary files of all users the name could be
+          // another one's link from one run to the next.
+          place_(kazHostPath(TI_tmpdir(nullptr, "fault")).getValue()),
+          mark_(place_.empty() ? "" : place_ + "/mark") {}
+    ~Sweep() {
+        std::remove(mark_.c_str());
+        std::remove(place_.c_str());
+    }
     Sweep(const Sweep&) = delete;
     Sweep& operator=(const Sweep&) = delete;
 
@@ -106,6 +110,8 @@ private:
     bool isSound() {
         if (!fs::exists(library_))
             return refuse("there is no " + library_);
+        if (place_.empty())
+            return refuse("there is no place for temporary files");
         const auto begin = std::chrono::steady_clock::now();
         good_ = runOnce(line_);
         const std::chrono::duration<double, std::milli> time =
@@ -231,6 +237,9 @@ private:
     std::string line_;
     std::string library_;
     SweptFiles files_;
+    std::string place_;
+    /// The library that injects writes the name of the call into this file: that it is there
+    /// tells that the run has met its fault.
     std::string mark_;
     Ending good_;
     int timeout_ = 600000; ///< milliseconds; of the first run, which says how long one takes

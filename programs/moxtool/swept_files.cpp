@@ -92,15 +92,25 @@ SweptFiles::SweptFiles(const fs::path& directory) : root_(directory) {
     kept_ = made.getValue();
     before_ = kept_ / "before";
     good_ = kept_ / "good";
-    fs::create_directory(before_);
-    fs::create_directory(good_);
-    copyAll(root_, before_);
+    try {
+        fs::create_directory(before_);
+        fs::create_directory(good_);
+        copyAll(root_, before_);
+    } catch (const fs::filesystem_error&) {
+        // Half a copy is no use to anybody, and may have filled the disk.
+        removeCopies();
+        throw;
+    }
 }
 
 SweptFiles::~SweptFiles() {
-    std::error_code error;
     if (isRestored_ && !kept_.empty())
-        fs::remove_all(kept_, error);
+        removeCopies();
+}
+
+void SweptFiles::removeCopies() const {
+    std::error_code error;
+    fs::remove_all(kept_, error);
 }
 
 void SweptFiles::keepGood() {
@@ -135,7 +145,8 @@ void SweptFiles::restore() {
         copyAll(before_, root_);
         isRestored_ = true;
     } catch (const fs::filesystem_error&) {
-        print_err("moxtool sweep: the files as they were are in %s", before_.c_str());
+        print_err("moxtool sweep: the files as they were are in %s",
+                  kazPrintable(before_.c_str()).getValue());
         throw;
     }
 }

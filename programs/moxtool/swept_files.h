@@ -28,6 +28,8 @@ public:
     void restore();
 
 private:
+    void removeCopies() const;
+
     std::filesystem::path root_;
     std::filesystem::path kept_;
     std::filesystem::path before_;

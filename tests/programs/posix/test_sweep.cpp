@@ -117,4 +117,14 @@ TEST_F(Programs, SweepRefusesWhatDoesNotRunWell) {
     expectUntouched();
 }
 
+TEST_F(Programs, SweepLeavesNoHalfOfACopy) {
+    tree.write("work/large", std::string(200'000, 'x'));
+    const moxkit::Result full =
+        moxkit::run({"/bin/bash", "-c", "ulimit -f 100; exec \"$0\" sweep -Command true -target .",
+                     moxkit::binDirectory() + "/moxtool"},
+                    options);
+    EXPECT_NE(full.err.find("cannot copy"), full.err.npos) << full.err;
+    EXPECT_TRUE(fs::is_empty(tree.path("tmp")));
+}
+
 } // namespace
