@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Some file systems never tell names apart by case, which their number says. Others leave it
-// to each directory, which has a flag for that. The rest may do either, as they are mounted.
+// to each directory, which has a flag for that. The rest may do either, as they were made (HFS+),
+// are mounted, or as the other machine has it (CIFS).
 #include "tools/platform/host.h"
 #include "tools/platform/posix/descriptor.h"
 
@@ -21,10 +22,6 @@ constexpr std::uint32_t caseless[] = {
     0x2011bab0, // exfat
     0x5346544e, // ntfs, the driver that only reads
     0x4244,     // hfs
-    0x482b,     // hfsplus
-    0x517b,     // smb
-    0xff534d42, // cifs
-    0xfe534d42, // cifs, the second version of its protocol
 };
 constexpr std::uint32_t byDirectory[] = {
     0xef53,     // ext4
