@@ -26,24 +26,21 @@ public:
     /// Does @p act, in some steps with an allocation failing. Ends in an exception? Then
     /// @p unchanged has to hold, and @p act is done again. All that @p act may allocate
     /// beside what is tested has to be safe against exceptions.
-    template <class Act, class Unchanged>
-    void step(Act act, Unchanged unchanged) {
+    template <class Act, class Unchanged = void (*)()>
+    void step(
+        Act act, Unchanged unchanged = [] {}) {
         if (isBroken(act)) {
             unchanged();
             act();
         }
     }
 
-    template <class Act>
-    void step(Act act) {
-        step(act, [] {});
-    }
-
     /// What @p question gives, in some steps only when it is asked again.
-    template <class Question>
-    auto ask(Question question) {
+    template <class Question, class Unchanged = void (*)()>
+    auto ask(
+        Question question, Unchanged unchanged = [] {}) {
         std::optional<decltype(question())> answer;
-        step([&] { answer.emplace(question()); });
+        step([&] { answer.emplace(question()); }, unchanged);
         return *std::move(answer);
     }
 
@@ -66,12 +63,12 @@ public:
         return !wasHit_;
     }
 
-    /// Does @p act, all that a harness does with one input, with any of its many
-    /// allocations failing; what it leaves behind is gone with it.
-    template <class Act>
-    void whole(Act act) {
-        isWhole_ = true;
-        step(act);
+    /// Does @p act with a copy of @p input, all that a harness does with it, with any of its
+    /// many allocations failing; what it leaves behind is gone with it.
+    static void whole(Input& input, void (*act)(Input)) {
+        Failures failures(input);
+        failures.isWhole_ = true;
+        failures.step([&] { act(input); });
     }
 
     static inline bool areOn = true;

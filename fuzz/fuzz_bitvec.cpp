@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Bit vectors against std::vector<bool>.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "util/owned.h"
 
 #include <algorithm>
@@ -90,8 +88,7 @@ void nullHasNoBits() {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     fuzz::Failures failures(input);
     const int n = input.between(-2, 2200);
     memoryRunsOut(failures, n);
@@ -120,5 +117,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         pair.check();
     }
     nullHasNoBits();
-    return 0;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lookups of numbered texts in any file, against the rules as a page of prose; and
 // in a file that moxmsg would write, against the texts that went into it.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "programs/moxmsg/message_file.h"
 #include "testkit/director.h"
 #include "testkit/temp_tree.h"
@@ -264,8 +263,7 @@ Scenario wholeFile(fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     // Near its end the clock begins anew.
     const int start = input.between(0, 255);
     const int kind = start % 4;
@@ -281,5 +279,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (kind == 2)
         scenario.bytes.insert(0, "MZAK");
     run(scenario, steps);
-    return 0;
 }

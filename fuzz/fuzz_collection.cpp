@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Arrays and collections against std::vector, with iterators that stay while
 // elements come and go, and with storage that several of them share.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/meddling.h"
 #include "testkit/counted.h"
 #include "tools/containers/KazCollIterator.h"
@@ -713,8 +711,7 @@ void sharersLetGoOnce(Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
+void fuzz::harness(Input& input) {
     switch (input.between(0, 3)) {
     case 0:
         arraysShareUntilTheyGrow(input);
@@ -729,5 +726,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     default:
         sharersLetGoOnce(input);
     }
-    return 0;
 }

@@ -2,9 +2,7 @@
 // What a tool says of a command line, against the parser's rules as prose: each word's
 // meaning, whether the line is good, and what may follow.
 #include "fuzz/argument_words.h"
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/option_rows.h"
 #include "testkit/director.h"
 #include "tools/app/KazCommandLine.h"
@@ -194,9 +192,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

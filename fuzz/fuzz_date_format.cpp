@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Formats of dates: any format gives what a model says that reads it in one pass of its
 // own, with a calendar that counts day by day in its head.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/formats/datetime.h"
 
 #include <algorithm>
@@ -223,9 +222,8 @@ std::string Model::write(const std::string& format, const Conversion& around) co
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     static const bool isEnglish = date_set_language("en");
-    fuzz::Input input(data, size);
     Model model;
     date_parts& p = model.p;
     p.year = input.between(0, 10000);
@@ -249,5 +247,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         FUZZ_CHECK(text.isEmpty());
     else
         FUZZ_CHECK(model.write(format, {}) == text.getValue());
-    return 0;
 }

@@ -2,6 +2,7 @@
 // Any sequence of calls gives a document that a strict reader of its format takes, with the
 // texts in the order of the calls; and the same one where memory runs out in between.
 #include "fuzz/document_readers.h"
+#include "fuzz/harness.h"
 #include "fuzz/writer_calls.h"
 
 #include <memory>
@@ -50,8 +51,7 @@ void write(doc_format_enum format, const fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     for (const doc_format_enum format : {doc_html, doc_rtf, doc_mif, doc_interleaf})
-        write(format, fuzz::Input(data, size));
-    return 0;
+        write(format, input);
 }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What was encoded is read back by readers of their own: the same characters come back,
 // as far as the format has them, and nothing else is ever written.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/text_reference.h"
 #include "tools/formats/encode.h"
 
@@ -151,9 +149,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

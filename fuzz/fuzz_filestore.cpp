@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names of projects, systems and diagrams: what the buffers of fixed size hold in
 // the end is what a model without buffers says, and the directories are there.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
 #include "testkit/temp_tree.h"
@@ -322,14 +320,13 @@ void compareAbsolute(fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     static const moxkit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
     static const moxkit::ScopedEnv home("HOME", directory().path().c_str());
     const moxkit::RecordingDirector quiet;
     const InTree tree;
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
 
-    fuzz::Input input(data, size);
     fuzz::Failures ofInput(input);
     failures = &ofInput;
     for (int steps = input.between(1, 6); steps > 0; --steps) {
@@ -353,5 +350,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string rest = input.rest();
     std::erase(rest, '\0');
     compareReplacements(rest);
-    return 0;
 }

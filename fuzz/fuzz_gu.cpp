@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lists, queues, sets and index lists against std::list, std::deque and std::set.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/counted.h"
 #include "util/owned.h"
 
@@ -512,13 +510,11 @@ void nullReadsAsEmpty() {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
+void fuzz::harness(Input& input) {
     void (*const parts[])(Input&) = {listsFollowTheModel,   queuesFollowTheModel,
                                      setsFollowTheModel,    indexListsFollowTheModel,
                                      textFormIsRead,        ownedElementsAreReleased,
                                      copiesOwnTheirElements};
     input.pick(parts)(input);
     nullReadsAsEmpty();
-    return 0;
 }

@@ -2,9 +2,7 @@
 // Hash tables against a plain model of them: contents, order, capacities, what is
 // checked in and out and when, what the element functions then see of the table, and
 // how often the comparator and the hash are asked.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/meddling.h"
 #include "kit/hash_seed.h"
 #include "testkit/env.h"
@@ -720,9 +718,8 @@ void chosenNamesGainNothing(Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     kit::fixHashSeed();
-    Input input(data, size);
     const Functions& functions = functionSets[input.between(0, 2)];
     const int buckets = input.pick(std::array{1, -3, 0, 2, 5, 127});
     switch (input.between(0, 7)) {
@@ -740,5 +737,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     default:
         behavesLikeTheModel(input, functions, buckets);
     }
-    return 0;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // moxmsg's way from source text to message file and back.
 #include "common/formats.h"
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "programs/moxmsg/message_file.h"
 #include "programs/moxmsg/source_text.h"
 
@@ -152,8 +151,7 @@ void formats(const std::string& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const int kind = input.between(0, 3);
     if (kind == 0)
         writtenTexts(input);
@@ -163,5 +161,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         anyFile("MZAK" + input.rest());
     else
         formats(input.cText(255));
-    return 0;
 }

@@ -2,9 +2,7 @@
 // Numbers in strings: formats beside the runtime's own formatting into a buffer
 // that is large enough, and whole numbers beside digits computed here.
 
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/strings/KazString.h"
 #include "tools/strings/KazWString.h"
 
@@ -99,9 +97,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

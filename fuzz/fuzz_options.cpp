@@ -2,8 +2,7 @@
 // Command lines: what a set of arguments holds after some of them, against the
 // rules as a page of prose; and the functions that prepare argv.
 #include "fuzz/argument_words.h"
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/option_rows.h"
 #include "testkit/director.h"
 #include "tools/app/KazParsedArgs.h"
@@ -346,12 +345,10 @@ void editorIsTakenOut(fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const std::string text = input.cText(16);
     commandsComeBack(text);
     numbersAreTold(input.textOf("0123456789.-e", 5));
     editorIsTakenOut(input);
     parseLines(input);
-    return 0;
 }

@@ -2,8 +2,7 @@
 // Reading of dates: any text ends in a status and a place inside it; blanks, comments
 // and the case of letters change nothing; and texts that are put together from parts
 // mean what their parts say.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/formats/datetime.h"
 
 #include <algorithm>
@@ -156,8 +155,7 @@ void agesComeBack(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const char* const languages[] = {"en", "de", "es", "fr", "it", "nl"};
     date_set_language("en");
     partsAddUp(input);
@@ -176,5 +174,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     else
         text = input.cText(300);
     spellingDoesNotCount(text, options);
-    return 0;
 }

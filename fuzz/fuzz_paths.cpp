@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Path algebra: laws that hold between the functions, and plain models of those
 // that build a path, of the wildcard and of the list of a search path.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/config/KazFilePath.h"
 #include "tools/files/kazpath.h"
 #include "tools/files/tifiles.h"
@@ -320,9 +318,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

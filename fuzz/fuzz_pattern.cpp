@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Searches for patterns and texts beside ones that try every place.
 
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "strings/string_kit.h"
 
 #include <optional>
@@ -191,8 +190,7 @@ void searchTexts(fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     for (int i = 0; i < 500 && !input.empty(); ++i) {
         switch (input.between(0, 3)) {
         case 0:
@@ -208,5 +206,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             searchTexts<KazWString>(input);
         }
     }
-    return 0;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The product information file: a second reader that takes a text apart by the rules alone
 // says the same of any bytes, and what was read can be written and read again.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/services/crc32.h"
 #include "tools/settings/KazProductInfo.h"
 
@@ -281,8 +280,7 @@ std::string oddLine(std::uint8_t choice) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const std::string odd = oddLine(input.last() % 64);
     if (input.flag())
         return compare(input.rest()), 0;
@@ -290,5 +288,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!odd.empty())
         compare(odd);
     compare("name=a\nversion=1\n" + odd + someLines(input));
-    return 0;
 }

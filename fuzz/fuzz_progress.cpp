@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nested ranges of a progress, against the rules of their arithmetic; and the
 // option that hands a progress to a child.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/director.h"
 #include "tools/messages/KazNGProgress.h"
 #include "tools/messages/KazProgressHandle.h"
@@ -209,8 +207,7 @@ class SilentDirector : public moxkit::RecordingDirector {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     fuzz::Failures failures(input);
     readChannel(input.textOf("0123456789:- x", 24));
     int none = 0;
@@ -224,5 +221,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Model model;
     for (int steps = 0; !input.empty() && steps < 4000; ++steps)
         step(input, failures, progress, model);
-    return 0;
 }

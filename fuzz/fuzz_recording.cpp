@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Recorded dialogues: what was written comes back, and anything else is refused.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "programs/moxtool/recording.h"
 #include "tools/formats/detail/json_text.h"
 #include "tools/messages/detail/JsonLine.h"
@@ -100,8 +99,7 @@ void anything(const std::string& bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const int kind = input.between(0, 3);
     if (kind < 2)
         comesBack(input);
@@ -111,5 +109,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                  input.rest());
     else
         anything(input.rest());
-    return 0;
 }

@@ -2,8 +2,7 @@
 // The file of settings: any bytes as the file, then changes through the interface. A second
 // reader finds what the rules say; what is not understood stays through every commit; and
 // what was set is there afterwards.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/env.h"
 #include "testkit/temp_tree.h"
 #include "tools/app/KazException.h"
@@ -136,9 +135,8 @@ void change(fuzz::Input& input, KazSettings& settings, std::map<std::string, std
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     static const moxkit::ScopedEnv config("XDG_CONFIG_HOME", directory().path().c_str());
-    fuzz::Input input(data, size);
     const std::string before = input.flag() ? input.rest() : someFile(input);
     directory().write(file, before);
     KazSettings settings("A");
@@ -164,5 +162,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     settings.setInteger("always", 1);
     settings.commit();
     FUZZ_CHECK(directory().read(file) == after);
-    return 0;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Templates of editors beside a plain reading of their rules: words are split first, then
 // references are replaced once, and a file's name stays within its word.
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/config/vstring.h"
 #include "tools/files/process.h"
 #include "tools/services/sourcenav.h"
@@ -108,8 +107,7 @@ std::string fileOf(fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     // Asked before the configuration, which knows other names.
     [[maybe_unused]] static const bool pushed = vstring_push_lookup_func(
         [](const char* name) { return std::string_view(name) == "own" ? ownValue : ""; });
@@ -130,5 +128,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string raw = input.rest();
     if (!isPreset(raw.c_str()))
         holds(raw.c_str(), place);
-    return 0;
 }

@@ -2,9 +2,7 @@
 // Edits of a few strings that share blocks, and questions about them, beside
 // std::string.
 
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "fuzz/string_reference.h"
 #include "strings/string_kit.h"
 
@@ -443,13 +441,11 @@ private:
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     static Model<KazString> narrow;
     static Model<KazWString> wide;
-    fuzz::Input input(data, size);
     if (input.flag())
         wide.run(input);
     else
         narrow.run(input);
-    return 0;
 }

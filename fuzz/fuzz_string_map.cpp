@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The plain string map against a model of its chains.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/util/string_map.h"
 #include "tools/util/text.h"
 
@@ -160,8 +158,7 @@ void nullHasNoPlace(string_map_tp* map) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
+void fuzz::harness(Input& input) {
     fuzz::Failures failures(input);
     const bool rough = input.flag();
     const bool caseSensitive = input.flag();
@@ -212,5 +209,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     string_map_destroy(&map);
     string_map_destroy(&map); // null by now
     FUZZ_CHECK(map == nullptr && alive == 0);
-    return 0;
 }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Expansion of references: tools push and pop lookup functions, set variables and
 // expand texts, and a model that reads them character by character agrees.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
 #include "tools/app/KazMasterContext.h"
@@ -252,7 +250,7 @@ void step(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     // No file defines anything; the one fatal error that says so returns.
     static const moxkit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
     const moxkit::RecordingDirector director;
@@ -260,7 +258,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     vstring_clear_lookup_funcs();
     own.clear();
 
-    fuzz::Input input(data, size);
     fuzz::Failures failures(input);
     Model model;
     // Most references lead somewhere from the start on, and to different things.
@@ -273,5 +270,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string text = input.rest();
     std::erase(text, '\0');
     compare(failures, model, text);
-    return 0;
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Plain texts and character buffers against std::string.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "util/owned.h"
 
 #include <algorithm>
@@ -140,11 +138,9 @@ void textsFollowTheModel(Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
+void fuzz::harness(Input& input) {
     if (input.flag())
         buffersFollowTheModel(input);
     else
         textsFollowTheModel(input);
-    return 0;
 }

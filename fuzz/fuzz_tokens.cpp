@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The four tokenizers beside a splitter that walks once over the text.
 
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "strings/string_kit.h"
 
 #include "tools/strings/KazQuotedStringTokenizer.h"
@@ -119,9 +117,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

@@ -3,9 +3,7 @@
 // variables: the library and a plain model of its rules answer alike, also about
 // where each definition stands, which one is in force, and why others are not. Lines
 // in which nothing is found wrong mean what anybody would read there.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "programs/common/findings.h"
 #include "programs/moxinfo/origin.h"
 #include "testkit/director.h"
@@ -604,8 +602,7 @@ void step(Model& model, fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     fuzz::Failures ofInput(input);
     failures = &ofInput;
     startAfresh();
@@ -637,5 +634,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     compareAll(model);
     std::vector<Seen> seen;
     FUZZ_CHECK(TI_Vscan_file(path.c_str(), see, &seen) == 0 && seen == lines);
-    return 0;
 }

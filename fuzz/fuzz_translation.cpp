@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // moxmsg's reader of MO files: files that are built as msgfmt builds them, and any bytes.
 #include "common/formats.h"
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "programs/moxmsg/translations.h"
 
 #include <algorithm>
@@ -107,8 +106,7 @@ void anyFile(const std::string& bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
+void fuzz::harness(Input& input) {
     const int kind = input.between(0, 2);
     if (kind == 0) {
         anyFile((input.flag() ? "\xDE\x12\x04\x95" : "\x95\x04\x12\xDE") + input.rest());
@@ -125,5 +123,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             bytes[at % bytes.size()] = value;
         anyFile(bytes);
     }
-    return 0;
 }

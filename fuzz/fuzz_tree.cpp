@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Trees against a recursive transcription of the balancing rules, which decides
 // on shapes and weights, and std::set, which decides on content and order.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "testkit/counted.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazTree.h"
@@ -458,11 +456,9 @@ void classBehavesLikeASet(Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
+void fuzz::harness(Input& input) {
     if (input.flag())
         functionsFollowTheReference(input);
     else
         classBehavesLikeASet(input);
-    return 0;
 }

@@ -2,8 +2,7 @@
 // The fast forms of the loops over bytes beside the portable ones: both are
 // compiled into this program and have to agree on every text.
 
-#include "fuzz/check.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/platform/processor/vector.h"
 
 #include <string>
@@ -112,11 +111,9 @@ std::size_t compareForms(const ByteOperations& wide, fuzz::Input& input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void fuzz::harness(Input& input) {
     const ByteOperations& wide = kaz::host::bytes();
-    fuzz::Input input(data, size);
     // A text is up to 60 times what it takes of the input: work ends before that does.
     for (std::size_t work = 0; !input.empty() && work < 2000000;)
         work += compareForms(wide, input) + 1;
-    return 0;
 }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Quoting and reading of words: what was quoted comes back, whatever it is, and
 // any line is read to its end.
-#include "fuzz/check.h"
-#include "fuzz/failures.h"
-#include "fuzz/input.h"
+#include "fuzz/harness.h"
 #include "tools/files/process.h"
 #include "util/owned.h"
 
@@ -68,9 +66,6 @@ void all(fuzz::Input input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::Input input(data, size);
-    fuzz::Failures failures(input);
-    failures.whole([&] { all(input); });
-    return 0;
+void fuzz::harness(Input& input) {
+    Failures::whole(input, all);
 }

@@ -3,8 +3,7 @@
 // random inputs and random changes of the files, the same ones each time. In
 // the build with the fuzzer, whose own main wins, only the application object
 // of this file counts.
-#include "fuzz/failures.h"
-#include "fuzz/topic.h"
+#include "fuzz/harness.h"
 #include "testkit/random.h"
 #include "tools/app/KazConsoleApp.h"
 
@@ -17,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -97,20 +97,21 @@ Bytes readFile(const std::filesystem::path& path) {
 }
 
 /// The files of the corpus in the order of their names.
-std::vector<std::filesystem::path> corpusFiles() {
-    std::vector<std::filesystem::path> files;
+std::map<std::string, Bytes> readCorpus() {
+    std::map<std::string, Bytes> files;
     if (std::filesystem::is_directory(fuzz::topic.corpus))
         for (const auto& entry : std::filesystem::directory_iterator(fuzz::topic.corpus))
-            files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
+            files[entry.path().filename().string()] = readFile(entry.path());
     return files;
 }
 
 /// Makes inputs of nothing, or of those that are there.
 class Mutator {
 public:
-    Mutator(std::uint64_t seed, std::vector<Bytes> corpus)
-        : rng_(seed), corpus_(std::move(corpus)) {}
+    explicit Mutator(const std::map<std::string, Bytes>& corpus) : rng_(moxkit::seed()) {
+        for (const auto& [name, bytes] : corpus)
+            corpus_.push_back(bytes);
+    }
 
     Bytes input() {
         if (corpus_.empty() || rng_.oneIn(4))
@@ -150,30 +151,17 @@ private:
 
     void change(Bytes& bytes) {
         const std::size_t at = index(bytes.size() + 1);
-        switch (rng_.below(7)) {
-        case 0:
+        const int kind = rng_.below(7);
+        if (kind == 0)
             bytes.erase(at, index(16));
-            break;
-        case 1:
+        else if (kind == 1)
             bytes.resize(at);
-            break;
-        case 2:
-            bytes.insert(at, random(16));
-            break;
-        case 3:
-            bytes.insert(at, part(bytes));
-            break;
-        case 4:
-            bytes.insert(at, part(any()));
-            break;
-        case 5:
-            if (at < bytes.size())
-                bytes[at] = static_cast<char>(bytes[at] ^ (1 << index(8)));
-            break;
-        default:
-            if (at < bytes.size())
-                bytes[at] = rng_.oneIn(2) ? byte() : "\0\1\x7F\x80\xFF\n\"\\"[index(8)];
-        }
+        else if (kind < 5)
+            bytes.insert(at, kind == 2 ? random(16) : part(kind == 3 ? bytes : any()));
+        else if (at < bytes.size() && kind == 5)
+            bytes[at] = static_cast<char>(bytes[at] ^ (1 << index(8)));
+        else if (at < bytes.size())
+            bytes[at] = rng_.oneIn(2) ? byte() : "\0\1\x7F\x80\xFF\n\"\\"[index(8)];
     }
 
     moxkit::Random rng_;
@@ -184,15 +172,26 @@ class ReplayTool : public KazConsoleApp {
     /// Without arguments all inputs are run, otherwise the files that they name.
     int runTool(int argc, char** argv) override {
         watchForFailures();
-        if (argc > 1) {
-            for (const bool fails : modes())
-                for (int i = 1; i < argc; ++i) {
-                    fuzz::Failures::areOn = fails;
-                    run(argv[i], readFile(argv[i]));
-                }
-        } else {
-            runAll();
+        std::map<std::string, Bytes> files;
+        for (int i = 1; i < argc; ++i)
+            files[argv[i]] = readFile(argv[i]);
+        if (argc == 1)
+            files = readCorpus();
+        Mutator mutator(files);
+        const char* text = std::getenv("FUZZ_RUNS");
+        const int all = std::min(text != nullptr ? std::atoi(text) : 2048, 1 << 20);
+        // With the memory that there is, and with allocations that fail. One round after the
+        // other: once memory has failed, the library keeps no freed blocks of strings any more.
+        const int rounds = fuzz::topic.fails ? 2 : 1;
+        for (int round = 0; round < rounds; ++round) {
+            fuzz::Failures::areOn = round == 1;
+            for (const auto& [name, bytes] : files)
+                run(name, bytes);
+            for (int i = 0; argc == 1 && i < all / rounds; ++i)
+                run("random input " + std::to_string(i), mutator.input());
         }
+        if (argc == 1)
+            finish(mutator, all, files.size());
 #ifdef FUZZ_ADDRESS_SANITIZER
         // Here the report can still be seen; at the end the streams are closed.
         currentName = "a leak in one of the inputs, the last is";
@@ -201,38 +200,14 @@ class ReplayTool : public KazConsoleApp {
         return 0;
     }
 
-    /// First with the memory that there is, then with allocations that fail.
-    static std::vector<bool> modes() {
-        return fuzz::topic.fails ? std::vector<bool>{false, true} : std::vector<bool>{false};
-    }
-
-    static void runAll() {
-        std::vector<Bytes> corpus;
-        for (const auto& path : corpusFiles())
-            corpus.push_back(readFile(path));
-        const std::vector<std::filesystem::path> names = corpusFiles();
-        const std::size_t files = corpus.size();
-        const std::vector<Bytes> inputs = corpus;
-        Mutator mutator(moxkit::seed(), std::move(corpus));
-        const char* text = std::getenv("FUZZ_RUNS");
-        const int runs = std::min(text != nullptr ? std::atoi(text) : 2048, 1 << 20);
-        const std::vector<bool> rounds = modes();
-        // One round after the other: once memory has failed, the library keeps no freed
-        // blocks of strings any more.
-        for (const bool fails : rounds) {
-            fuzz::Failures::areOn = fails;
-            for (std::size_t i = 0; i < files; ++i)
-                run(names[i].filename().string(), inputs[i]);
-            for (int i = 0; i < runs / static_cast<int>(rounds.size()); ++i)
-                run("random input " + std::to_string(i), mutator.input());
-        }
+    static void finish(Mutator& mutator, int runs, std::size_t files) {
         // 1 MiB, unless fewer runs say that this build or its tool is slow.
         const auto size = static_cast<std::size_t>(std::clamp(runs * 512, 1, 1 << 20));
         run("a large random input", mutator.large(size, false));
         run("a large input made of the corpus", mutator.large(size, true));
         std::printf("fuzz_%s: %zu files and %d random inputs, %ld allocations failed\n",
                     fuzz::topic.name, files, runs + 2, fuzz::Failures::failed);
-        if (rounds.back() && fuzz::Failures::failed == 0 && !std::getenv("FUZZ_MEMORY_HOLDS")) {
+        if (fuzz::topic.fails && fuzz::Failures::failed == 0 && !std::getenv("FUZZ_MEMORY_HOLDS")) {
             std::fprintf(stderr, "fuzz_%s: no allocation could be made to fail\n",
                          fuzz::topic.name);
             std::exit(1);

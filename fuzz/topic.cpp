@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "fuzz/topic.h"
+#include "fuzz/harness.h"
 
 #ifdef FUZZ_FAILING
 constexpr bool fails = true;
@@ -8,3 +8,9 @@ constexpr bool fails = false;
 #endif
 
 const fuzz::Topic fuzz::topic{FUZZ_TOPIC, FUZZ_CORPUS, fails};
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    fuzz::harness(input);
+    return 0;
+}
