@@ -4,7 +4,7 @@
 /// them and nothing else, and gives the text in the order in which a person reads it.
 #pragma once
 
-#include "fuzz/check.h"
+#include "fuzz/text_reference.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -19,20 +19,15 @@ namespace reference {
 inline bool isOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
-inline bool isOneOf(std::string_view name, const std::set<std::string_view>& names) {
-    return names.count(name) != 0;
-}
 
 /// HTML: what is open, what may stand in it, and rows with all their cells.
 class HtmlReader {
 public:
     std::string read(std::string_view document) {
-        FUZZ_CHECK(take(document, "<!DOCTYPE html>\n"));
-        for (rest = document; !rest.empty();) {
-            const std::size_t end = std::min(rest.find('<'), rest.size());
-            readText(rest.substr(0, end));
-            rest.remove_prefix(end);
-            if (!rest.empty())
+        rest = Reader(document);
+        for (rest.expect("<!DOCTYPE html>\n"); !rest.empty();) {
+            readText(rest.takeUntil("<"));
+            if (rest.take("<"))
                 readTag();
         }
         FUZZ_CHECK(open.empty());
@@ -40,13 +35,6 @@ public:
     }
 
 private:
-    static bool take(std::string_view& from, std::string_view expected) {
-        if (!from.starts_with(expected))
-            return false;
-        from.remove_prefix(expected.size());
-        return true;
-    }
-
     std::string_view parent() const { return open.empty() ? std::string_view() : open.back(); }
 
     void readText(std::string_view part) {
@@ -60,19 +48,14 @@ private:
     }
 
     void readTag() {
-        const std::size_t end = rest.find('>');
-        FUZZ_CHECK(end != std::string_view::npos);
-        std::string_view tag = rest.substr(1, end - 1);
-        rest.remove_prefix(end + 1);
-        if (take(tag, "/")) {
-            FUZZ_CHECK(parent() == tag);
-            open.pop_back();
-            if (tag == "tr")
-                FUZZ_CHECK(cells == columns);
-            return;
+        Reader tag(rest.takeUntil(">"));
+        rest.expect(">");
+        const bool ends = tag.take("/");
+        const std::string_view name = tag.takeUntil(" ");
+        if (ends) {
+            FUZZ_CHECK(parent() == name && tag.empty() && (name != "tr" || cells == columns));
+            return open.pop_back();
         }
-        const std::string_view name = tag.substr(0, tag.find(' '));
-        tag.remove_prefix(name.size());
         begin(name);
         while (!tag.empty())
             readAttribute(tag);
@@ -81,66 +64,44 @@ private:
     }
 
     void begin(std::string_view name) {
-        static const std::map<std::string_view, std::set<std::string_view>> parents = {
-            {"html", {""}},
-            {"head", {"html"}},
-            {"body", {"html"}},
-            {"meta", {"head"}},
-            {"title", {"head"}},
-            {"style", {"head"}},
-            {"h1", {"body"}},
-            {"h2", {"body"}},
-            {"h3", {"body"}},
-            {"h4", {"body"}},
-            {"h5", {"body"}},
-            {"h6", {"body"}},
-            {"p", {"body"}},
-            {"pre", {"body"}},
-            {"hr", {"body"}},
-            {"div", {"body"}},
-            {"ul", {"body", "li"}},
-            {"ol", {"body", "li"}},
+        static const std::map<std::string_view, std::set<std::string_view>> contents = {
+            {"", {"html"}},
+            {"html", {"head", "body"}},
+            {"head", {"meta", "title", "style"}},
+            {"body",
+             {"h1", "h2", "h3", "h4", "h5", "h6", "p", "pre", "hr", "div", "ul", "ol", "table"}},
+            {"ul", {"li"}},
+            {"ol", {"li"}},
             {"li", {"ul", "ol"}},
-            {"table", {"body"}},
-            {"colgroup", {"table"}},
-            {"thead", {"table"}},
-            {"tbody", {"table"}},
-            {"col", {"colgroup"}},
-            {"tr", {"thead", "tbody"}},
-            {"td", {"tr"}},
-            {"th", {"tr"}}};
-        const auto found = parents.find(name);
-        if (found != parents.end())
-            FUZZ_CHECK(isOneOf(parent(), found->second));
-        else
-            FUZZ_CHECK(isOneOf(name, {"a", "b", "i", "u", "span", "br", "img"}));
+            {"table", {"colgroup", "thead", "tbody"}},
+            {"colgroup", {"col"}},
+            {"thead", {"tr"}},
+            {"tbody", {"tr"}},
+            {"tr", {"td", "th"}}};
+        const auto found = contents.find(parent());
+        FUZZ_CHECK((found != contents.end() && found->second.count(name) != 0) ||
+                   isOneOf(name, {"a", "b", "i", "u", "span", "br", "img"}));
         if (name == "br")
             text += ' ';
         columns = name == "table" ? 0 : columns + (name == "col" ? 1 : 0);
         cells = name == "tr" ? 0 : cells + (name == "td" || name == "th" ? 1 : 0);
     }
 
-    void readAttribute(std::string_view& tag) {
-        FUZZ_CHECK(take(tag, " "));
-        const std::size_t equals = tag.find("=\"");
-        FUZZ_CHECK(equals != std::string_view::npos);
-        const std::string_view name = tag.substr(0, equals);
+    void readAttribute(Reader& tag) {
+        tag.expect(" ");
+        const std::string_view name = tag.takeUntil("=");
         FUZZ_CHECK(isOneOf(name, {"class", "id", "href", "style", "src", "alt", "lang", "charset",
                                   "name", "content"}));
-        tag.remove_prefix(equals + 2);
-        const std::size_t end = tag.find('"');
-        FUZZ_CHECK(end != std::string_view::npos);
-        const std::string_view value = tag.substr(0, end);
-        tag.remove_prefix(end + 1);
+        tag.expect("=\"");
+        const std::string_view value = tag.takeUntil("\"");
+        tag.expect("\"");
         FUZZ_CHECK(value.find('<') == std::string_view::npos);
-        if (name == "id")
-            FUZZ_CHECK(ids.insert(std::string(value)).second);
-        if (name == "href")
-            FUZZ_CHECK(value.find("script:") == std::string_view::npos ||
-                       value.starts_with("http"));
+        FUZZ_CHECK(name != "id" || ids.insert(std::string(value)).second);
+        FUZZ_CHECK(name != "href" || value.find("script:") == std::string_view::npos ||
+                   value.starts_with("http"));
     }
 
-    std::string_view rest;
+    Reader rest{""};
     std::vector<std::string_view> open;
     std::set<std::string> ids;
     std::string text;
@@ -153,8 +114,7 @@ class RtfReader {
 public:
     std::string read(std::string_view document) {
         FUZZ_CHECK(document.starts_with("{\\rtf1\\ansi\\ansicpg1252\\uc1\\deff0\n"));
-        rest = document;
-        while (!rest.empty())
+        for (rest = Reader(document); !rest.empty();)
             step();
         FUZZ_CHECK(groups.empty() && closed && defined == 0);
         FUZZ_CHECK(mostFont < countedFonts && mostColour <= countedColours);
@@ -169,12 +129,10 @@ private:
     };
 
     void step() {
-        const char c = rest.front();
-        rest.remove_prefix(1);
+        const char c = rest.next();
         FUZZ_CHECK(!closed || c == '\n');
         if (c == '{') {
-            const bool hidden = !groups.empty() && groups.back().hidden;
-            groups.push_back({hidden, "", ""});
+            groups.push_back({!groups.empty() && groups.back().hidden, "", ""});
         } else if (c == '}') {
             endGroup();
         } else if (c == '\\') {
@@ -205,40 +163,28 @@ private:
             countedColours =
                 static_cast<int>(std::count(group.plain.begin(), group.plain.end(), ';')) - 1;
         if (groups.back().name == "fldinst") {
-            std::string_view field = group.plain;
-            FUZZ_CHECK(field.starts_with("HYPERLINK "));
-            field.remove_prefix(10);
-            if (field.starts_with("\\l "))
-                field.remove_prefix(3);
-            FUZZ_CHECK(field.size() > 2 && field.front() == '"' &&
-                       field.find('"', 1) == field.size() - 1);
+            Reader field(group.plain);
+            field.expect("HYPERLINK ");
+            field.take("\\l ");
+            field.expect("\"");
+            FUZZ_CHECK(!field.takeUntil("\"").empty());
+            field.expect("\"");
+            FUZZ_CHECK(field.empty());
         }
     }
 
     void control() {
-        FUZZ_CHECK(!rest.empty());
-        std::size_t length = 0;
-        while (length < rest.size() && rest[length] >= 'a' && rest[length] <= 'z')
-            ++length;
-        if (length == 0)
-            return symbol();
-        const std::string word(rest.substr(0, length));
-        rest.remove_prefix(length);
-        std::size_t digits = !rest.empty() && rest[0] == '-' ? 1 : 0;
-        while (digits < rest.size() && rest[digits] >= '0' && rest[digits] <= '9')
-            ++digits;
-        const int value = digits > 0 ? std::stoi(std::string(rest.substr(0, digits))) : 0;
-        rest.remove_prefix(digits);
+        const std::string word(rest.takeWhile("abcdefghijklmnopqrstuvwxyz"));
+        if (word.empty())
+            return symbol(rest.next());
+        const int value = rest.isOneOf("-0123456789") ? rest.takeNumber() : 0;
         if (word == "u")
             return skipFallback();
-        if (!rest.empty() && rest[0] == ' ')
-            rest.remove_prefix(1);
+        rest.take(" ");
         use(word, value);
     }
 
-    void symbol() {
-        const char c = rest.front();
-        rest.remove_prefix(1);
+    void symbol(char c) {
         FUZZ_CHECK(std::string_view("\\{}~-_*").find(c) != std::string_view::npos);
         if (c == '*')
             groups.back().hidden = true;
@@ -248,45 +194,38 @@ private:
 
     void skipFallback() {
         put('?');
-        const bool isHex = rest.starts_with("\\'");
-        FUZZ_CHECK(isHex ? rest.size() >= 4 : rest.starts_with("?"));
-        rest.remove_prefix(isHex ? 4 : 1);
+        if (rest.take("\\'"))
+            rest.takeHex(2);
+        else
+            rest.expect("?");
     }
 
     void use(const std::string& word, int value) {
-        static const std::set<std::string_view> hidden = {"fonttbl", "colortbl", "stylesheet",
-                                                          "info",    "pict",     "pntext"};
         FUZZ_CHECK(!groups.empty());
         Group& group = groups.back();
         if (group.name.empty())
             group.name = word;
-        group.hidden = group.hidden || isOneOf(word, hidden);
+        group.hidden = group.hidden || isOneOf(word, {"fonttbl", "colortbl", "stylesheet", "info",
+                                                      "pict", "pntext"});
         if (word == "f")
             mostFont = std::max(mostFont, value);
         else if (word == "cf")
             mostColour = std::max(mostColour, value);
-        else if (word == "line" || word == "par" || word == "tab")
+        else if (isOneOf(word, {"line", "par", "tab", "cell"}))
             put(' ');
-        else
-            useInTable(word);
+        useInTable(word);
     }
 
     void useInTable(const std::string& word) {
-        if (word == "trowd") {
-            FUZZ_CHECK(defined == 0);
-            cells = 0;
-        } else if (word == "cellx") {
-            ++defined;
-        } else if (word == "cell") {
-            ++cells;
-            put(' ');
-        } else if (word == "row") {
-            FUZZ_CHECK(defined > 0 && cells == defined);
-            defined = 0;
-        }
+        FUZZ_CHECK(word != "trowd" || defined == 0);
+        FUZZ_CHECK(word != "row" || (defined > 0 && cells == defined));
+        if (word == "trowd" || word == "row")
+            cells = defined = 0;
+        cells += word == "cell";
+        defined += word == "cellx";
     }
 
-    std::string_view rest;
+    Reader rest{""};
     std::vector<Group> groups;
     std::string text;
     bool closed = false;
@@ -299,7 +238,7 @@ class MifReader {
 public:
     std::string read(std::string_view document) {
         FUZZ_CHECK(document.starts_with("<MIFFile 8.00>\n"));
-        rest = document;
+        rest = Reader(document);
         while (skip(), !rest.empty())
             all.children.push_back(statement());
         collect(all);
@@ -320,56 +259,41 @@ private:
     };
 
     void skip() {
-        for (;;) {
-            rest.remove_prefix(std::min(rest.find_first_not_of(" \n"), rest.size()));
-            if (!rest.starts_with('#'))
-                return;
-            rest.remove_prefix(std::min(rest.find('\n'), rest.size()));
-        }
+        for (rest.takeWhile(" \n"); rest.is("#"); rest.takeWhile(" \n"))
+            rest.takeUntil("\n");
     }
 
     std::string word() {
-        const std::size_t end = rest.find_first_of(" \n<>`'");
-        FUZZ_CHECK(end != std::string_view::npos && end > 0);
-        const std::string result(rest.substr(0, end));
-        rest.remove_prefix(end);
+        const std::string result(rest.takeUntil(" \n<>`'"));
+        FUZZ_CHECK(!result.empty() && !rest.empty());
         return result;
     }
 
     std::string string() {
         std::string result;
-        while (!rest.starts_with('\'')) {
-            FUZZ_CHECK(!rest.empty() && rest[0] != '>' && rest[0] != '\n');
-            FUZZ_CHECK(static_cast<unsigned char>(rest[0]) >= ' ');
-            if (rest[0] == '\\') {
-                FUZZ_CHECK(std::string_view("tqQ>\\").find(rest[1]) != std::string_view::npos);
-                result += rest[0];
-                rest.remove_prefix(1);
-            }
-            result += rest[0];
-            rest.remove_prefix(1);
+        while (!rest.take("'")) {
+            const bool isEscape = rest.is("\\");
+            result += rest.next();
+            FUZZ_CHECK(static_cast<unsigned char>(result.back()) >= ' ' && result.back() != '>');
+            FUZZ_CHECK(!isEscape || rest.isOneOf("tqQ>\\"));
+            if (isEscape)
+                result += rest.next();
         }
-        rest.remove_prefix(1);
         return result;
     }
 
     Statement statement() {
-        FUZZ_CHECK(rest.starts_with('<'));
-        rest.remove_prefix(1);
+        rest.expect("<");
         Statement result;
         result.name = word();
-        while (skip(), !rest.starts_with('>')) {
-            FUZZ_CHECK(!rest.empty());
-            if (rest[0] == '<') {
+        while (skip(), !rest.take(">")) {
+            if (rest.is("<"))
                 result.children.push_back(statement());
-            } else if (rest[0] == '`') {
-                rest.remove_prefix(1);
+            else if (rest.take("`"))
                 result.values.push_back("`" + string());
-            } else {
+            else
                 result.values.push_back(word());
-            }
         }
-        rest.remove_prefix(1);
         return result;
     }
 
@@ -378,6 +302,13 @@ private:
             if (candidate.name == name)
                 return &candidate;
         return nullptr;
+    }
+    /// Of that child; none where it is missing.
+    static const std::vector<Statement>& childrenOf(const Statement& parent,
+                                                    std::string_view name) {
+        static const std::vector<Statement> none;
+        const Statement* found = child(parent, name);
+        return found != nullptr ? found->children : none;
     }
     static std::string value(const Statement& parent, std::string_view name) {
         const Statement* found = child(parent, name);
@@ -389,30 +320,26 @@ private:
         const std::pair<const char*, const char*> catalogs[] = {
             {"ColorCatalog", "ColorTag"}, {"PgfCatalog", "PgfTag"}, {"TblCatalog", "TblTag"}};
         for (const auto& [catalog, tag] : catalogs) {
-            const Statement* found = child(document, catalog);
-            FUZZ_CHECK(found != nullptr);
-            for (const Statement& entry : found->children)
+            FUZZ_CHECK(child(document, catalog) != nullptr);
+            for (const Statement& entry : childrenOf(document, catalog))
                 FUZZ_CHECK(tags[tag].insert(value(entry, tag)).second);
         }
-        if (const Statement* found = child(document, "Tbls"))
-            for (const Statement& table : found->children)
-                FUZZ_CHECK(tables.emplace(value(table, "TblID"), &table).second);
-        if (const Statement* found = child(document, "AFrames"))
-            for (const Statement& frame : found->children)
-                FUZZ_CHECK(frames.insert(value(frame, "ID")).second);
+        for (const Statement& table : childrenOf(document, "Tbls"))
+            FUZZ_CHECK(tables.emplace(value(table, "TblID"), &table).second);
+        for (const Statement& frame : childrenOf(document, "AFrames"))
+            FUZZ_CHECK(frames.insert(value(frame, "ID")).second);
     }
 
     /// Tags anywhere, and what stands in a ParaLine.
     void checkParagraphs(const Statement& parent) {
-        static const std::set<std::string_view> inLine = {"String", "Char", "Font",
-                                                          "Marker", "ATbl", "AFrame"};
         for (const Statement& statement : parent.children) {
             const auto catalog =
                 tags.find(statement.name == "FColor" ? "ColorTag" : statement.name);
             if (catalog != tags.end())
                 FUZZ_CHECK(catalog->second.count(statement.values.at(0)) == 1);
-            if (parent.name == "ParaLine")
-                FUZZ_CHECK(isOneOf(statement.name, inLine));
+            FUZZ_CHECK(
+                parent.name != "ParaLine" ||
+                isOneOf(statement.name, {"String", "Char", "Font", "Marker", "ATbl", "AFrame"}));
             checkParagraphs(statement);
         }
     }
@@ -440,17 +367,15 @@ private:
         FUZZ_CHECK(columns == static_cast<std::size_t>(std::count_if(
                                   table.children.begin(), table.children.end(),
                                   [](const Statement& s) { return s.name == "TblColumnWidth"; })));
-        const Statement* body = child(table, "TblBody");
-        FUZZ_CHECK(body != nullptr && !body->children.empty());
+        FUZZ_CHECK(!childrenOf(table, "TblBody").empty());
         for (const char* part : {"TblH", "TblBody"})
-            if (const Statement* rows = child(table, part))
-                for (const Statement& row : rows->children) {
-                    FUZZ_CHECK(row.name == "Row" && row.children.size() == columns);
-                    read(row, text);
-                }
+            for (const Statement& row : childrenOf(table, part)) {
+                FUZZ_CHECK(row.name == "Row" && row.children.size() == columns);
+                read(row, text);
+            }
     }
 
-    std::string_view rest;
+    Reader rest{""};
     Statement all;
     std::map<std::string, std::set<std::string>, std::less<>> tags;
     std::map<std::string, const Statement*> tables;
@@ -468,8 +393,7 @@ public:
         const std::size_t end = document.find("<!End Declarations>\n\n");
         FUZZ_CHECK(end != std::string_view::npos);
         declare(document.substr(0, end));
-        rest = document.substr(end + 21);
-        while (!rest.empty())
+        for (rest = Reader(document.substr(end + 21)); !rest.empty();)
             readPart();
         FUZZ_CHECK(columns == 0);
         return text;
@@ -477,13 +401,10 @@ public:
 
 private:
     void declare(std::string_view declarations) {
-        for (std::size_t at = 0;
-             (at = declarations.find("<!Class, \"", at)) != declarations.npos;) {
-            at += 10;
-            FUZZ_CHECK(
-                classes
-                    .insert(std::string(declarations.substr(at, declarations.find('"', at) - at)))
-                    .second);
+        const std::string_view begin = "<!Class, \"";
+        for (std::size_t at = 0; (at = declarations.find(begin, at)) != declarations.npos;) {
+            Reader name(declarations.substr(at += begin.size()));
+            FUZZ_CHECK(classes.insert(std::string(name.takeUntil("\""))).second);
         }
         fonts = numbered(declarations, "\tF");
         colours = numbered(declarations, " C");
@@ -498,10 +419,8 @@ private:
     }
 
     std::string_view line() {
-        const std::size_t end = rest.find('\n');
-        FUZZ_CHECK(end != std::string_view::npos);
-        const std::string_view result = rest.substr(0, end);
-        rest.remove_prefix(end + 1);
+        const std::string_view result = rest.takeUntil("\n");
+        rest.expect("\n");
         return result;
     }
 
@@ -531,19 +450,14 @@ private:
         FUZZ_CHECK(line().empty());
     }
 
-    void readText(std::string_view part) {
-        while (!part.empty()) {
-            const std::size_t end = std::min(part.find('<'), part.size());
-            text += part.substr(0, end);
-            part.remove_prefix(end);
-            if (part.starts_with("<<")) {
+    void readText(std::string_view line) {
+        for (Reader part(line); !part.empty();) {
+            text += part.takeUntil("<");
+            if (part.take("<<")) {
                 text += '<';
-                part.remove_prefix(2);
-            } else if (!part.empty()) {
-                const std::size_t close = part.find('>');
-                FUZZ_CHECK(close != std::string_view::npos);
-                command(part.substr(1, close - 1));
-                part.remove_prefix(close + 1);
+            } else if (part.take("<")) {
+                command(part.takeUntil(">"));
+                part.expect(">");
             }
         }
         text += ' ';
@@ -562,7 +476,7 @@ private:
         text += ' ';
     }
 
-    std::string_view rest;
+    Reader rest{""};
     std::set<std::string> classes;
     std::string text;
     int fonts = 0, colours = 0;

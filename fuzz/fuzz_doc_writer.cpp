@@ -10,16 +10,12 @@
 namespace {
 
 std::string textOf(doc_format_enum format, const std::string& document) {
-    switch (format) {
-    case doc_rtf:
+    if (format == doc_rtf)
         return reference::RtfReader().read(document);
-    case doc_mif:
+    if (format == doc_mif)
         return reference::MifReader().read(document);
-    case doc_interleaf:
-        return reference::InterleafReader().read(document);
-    default:
-        return reference::HtmlReader().read(document);
-    }
+    return format == doc_interleaf ? reference::InterleafReader().read(document)
+                                   : reference::HtmlReader().read(document);
 }
 
 void wordsAreInOrder(const std::string& text, const std::vector<std::string>& words) {
@@ -45,7 +41,7 @@ void write(doc_format_enum format, const fuzz::Input& input) {
     fuzz::Input failing = input;
     fuzz::Failures failures(failing);
     const std::unique_ptr<KazDocWriter> interrupted(KazDocWriter::create(format));
-    fuzz::WriterCalls(*interrupted, "").make(input, failures);
+    fuzz::WriterCalls(*interrupted, "").make(input, &failures);
     FUZZ_CHECK(failures.ask([&] { return interrupted->finish(); }) == document.c_str());
 }
 

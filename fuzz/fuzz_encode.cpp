@@ -67,23 +67,22 @@ bool drivesTerminals(char32_t c) {
 }
 
 void printableSaysWhatItWas(const std::string& text) {
+    const auto escaped = [](const char* format, unsigned code) {
+        char escape[16];
+        std::snprintf(escape, sizeof escape, format, code);
+        return std::string(escape);
+    };
     std::string expected;
     for (std::string_view rest = text; !rest.empty();) {
-        const reference::Piece piece = reference::firstPiece(rest);
-        char escape[16];
-        for (const char c : piece.bytes) {
-            if (piece.code && (*piece.code >= 0x80 || !drivesTerminals(*piece.code)))
-                break;
-            std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(c));
-            expected += escape;
-        }
-        if (piece.code && *piece.code >= 0x80 && drivesTerminals(*piece.code)) {
-            std::snprintf(escape, sizeof escape, "\\u{%04X}", static_cast<unsigned>(*piece.code));
-            expected += escape;
-        } else if (piece.code && !drivesTerminals(*piece.code)) {
-            expected += piece.bytes;
-        }
-        rest.remove_prefix(piece.bytes.size());
+        const auto [code, bytes] = reference::firstPiece(rest);
+        if (code && !drivesTerminals(*code))
+            expected += bytes;
+        else if (code && *code >= 0x80)
+            expected += escaped("\\u{%04X}", *code);
+        else
+            for (const char c : bytes)
+                expected += escaped("\\x%02X", static_cast<unsigned char>(c));
+        rest.remove_prefix(bytes.size());
     }
     FUZZ_CHECK(kazPrintable(text.c_str()).getValue() == expected);
 }

@@ -111,11 +111,20 @@ public:
     explicit Reader(std::string_view text) : rest(text) {}
 
     bool empty() const { return rest.empty(); }
+    bool is(std::string_view expected) const { return rest.starts_with(expected); }
+    bool isOneOf(std::string_view characters) const {
+        return !rest.empty() && characters.find(rest[0]) != std::string_view::npos;
+    }
     bool take(std::string_view expected) {
-        if (!rest.starts_with(expected))
-            return false;
-        rest.remove_prefix(expected.size());
-        return true;
+        return is(expected) && !takeFirst(expected.size()).empty();
+    }
+    void expect(std::string_view expected) { FUZZ_CHECK(take(expected)); }
+    /// All in front of the first of these characters, or everything.
+    std::string_view takeUntil(std::string_view ends) {
+        return takeFirst(rest.find_first_of(ends));
+    }
+    std::string_view takeWhile(std::string_view characters) {
+        return takeFirst(rest.find_first_not_of(characters));
     }
     char32_t takeHex(std::size_t digits) {
         char32_t value = 0;
@@ -129,24 +138,23 @@ public:
     int takeNumber() {
         const bool isNegative = take("-");
         int value = 0, digits = 0;
-        for (; !rest.empty() && rest[0] >= '0' && rest[0] <= '9' && digits < 6; ++digits)
+        for (; !rest.empty() && rest[0] >= '0' && rest[0] <= '9' && digits < 9; ++digits)
             value = value * 10 + (next() - '0');
         FUZZ_CHECK(digits > 0);
         return isNegative ? -value : value;
     }
-    /// A character in UTF-8 that is no control character.
-    char32_t takeCharacter() {
+    /// A character in UTF-8 below @p end that is no control character and none of these.
+    char32_t takeCharacter(std::string_view others, char32_t end = 0x110000) {
         const Piece piece = firstPiece(rest);
         FUZZ_CHECK(piece.code && inDocument(*piece.code) == *piece.code);
-        FUZZ_CHECK(*piece.code >= ' ');
-        rest.remove_prefix(piece.bytes.size());
+        FUZZ_CHECK(*piece.code >= ' ' && *piece.code < end);
+        FUZZ_CHECK(others.find(piece.bytes) == std::string_view::npos);
+        takeFirst(piece.bytes.size());
         return *piece.code;
     }
     char next() {
         FUZZ_CHECK(!rest.empty());
-        const char c = rest.front();
-        rest.remove_prefix(1);
-        return c;
+        return takeFirst(1)[0];
     }
     template <class Table>
     std::optional<char32_t> takeOneOf(const Table& table) {
@@ -157,25 +165,37 @@ public:
     }
 
 private:
+    std::string_view takeFirst(std::size_t count) {
+        const std::string_view taken = rest.substr(0, count);
+        rest.remove_prefix(taken.size());
+        return taken;
+    }
+
     std::string_view rest;
 };
 
 using Table = std::map<std::string_view, char32_t>;
 
-inline std::u32string fromHtml(std::string_view text, const Table& more) {
-    static const Table table = {{"&amp;", '&'},  {"&lt;", '<'},    {"&gt;", '>'},  {"&quot;", '"'},
-                                {"&#39;", '\''}, {"&nbsp;", 0xA0}, {"&shy;", 0xAD}};
+/// The whole of @p text: spellings of @p table, and what @p other reads.
+template <class Other>
+std::u32string decoded(std::string_view text, const Table& table, Other other) {
     std::u32string result;
     for (Reader reader(text); !reader.empty();) {
-        auto code = reader.takeOneOf(table);
-        code = code ? code : reader.takeOneOf(more);
-        if (!code) {
-            code = reader.takeCharacter();
-            FUZZ_CHECK(std::u32string_view(U"&<>\"'").find(*code) == std::u32string_view::npos);
-        }
-        result += *code;
+        const auto code = reader.takeOneOf(table);
+        result += code ? *code : other(reader);
     }
     return result;
+}
+
+inline std::u32string fromHtml(std::string_view text, Table more) {
+    more.insert({{"&amp;", '&'},
+                 {"&lt;", '<'},
+                 {"&gt;", '>'},
+                 {"&quot;", '"'},
+                 {"&#39;", '\''},
+                 {"&nbsp;", 0xA0},
+                 {"&shy;", 0xAD}});
+    return decoded(text, more, [](Reader& reader) { return reader.takeCharacter("&<>\"'"); });
 }
 
 inline char32_t takeRtfUnit(Reader& reader) {
@@ -192,24 +212,17 @@ inline std::u32string fromRtf(std::string_view text) {
     static const Table table = {{"\\line ", '\n'}, {"\\tab ", '\t'}, {"\\\\", '\\'},
                                 {"\\{", '{'},      {"\\}", '}'},     {"\\~", 0xA0},
                                 {"\\-", 0xAD},     {"\\_", 0x2011}};
-    std::u32string result;
-    for (Reader reader(text); !reader.empty();) {
-        auto code = reader.takeOneOf(table);
-        if (!code && reader.take("\\u")) {
-            code = takeRtfUnit(reader);
-            if (*code >= 0xD800 && *code < 0xDC00) {
-                FUZZ_CHECK(reader.take("\\u"));
-                const char32_t low = takeRtfUnit(reader);
-                FUZZ_CHECK(low >= 0xDC00 && low < 0xE000);
-                code = 0x10000 + (*code - 0xD800) * 1024 + (low - 0xDC00);
-            }
-        } else if (!code) {
-            code = reader.takeCharacter();
-            FUZZ_CHECK(*code < 0x7F && *code != '\\' && *code != '{' && *code != '}');
-        }
-        result += *code;
-    }
-    return result;
+    return decoded(text, table, [](Reader& reader) -> char32_t {
+        if (!reader.take("\\u"))
+            return reader.takeCharacter("\\{}", 0x7F);
+        const char32_t code = takeRtfUnit(reader);
+        if (code < 0xD800 || code >= 0xDC00)
+            return code;
+        reader.expect("\\u");
+        const char32_t low = takeRtfUnit(reader);
+        FUZZ_CHECK(low >= 0xDC00 && low < 0xE000);
+        return 0x10000 + (code - 0xD800) * 1024 + (low - 0xDC00);
+    });
 }
 
 /// The inside of a string, up to and without its end.
@@ -218,12 +231,8 @@ inline std::u32string takeMifString(Reader& reader) {
         {"\\t", '\t'}, {"\\>", '>'}, {"\\q", '\''}, {"\\Q", '`'}, {"\\\\", '\\'}};
     std::u32string result;
     while (!reader.take("'")) {
-        auto code = reader.takeOneOf(table);
-        if (!code) {
-            code = reader.takeCharacter();
-            FUZZ_CHECK(*code != '>' && *code != '\\' && *code != '`');
-        }
-        result += *code;
+        const auto code = reader.takeOneOf(table);
+        result += code ? *code : reader.takeCharacter(">\\`");
     }
     return result;
 }
@@ -255,19 +264,13 @@ inline std::u32string fromMif(std::string_view text) {
 inline std::u32string fromInterleaf(std::string_view text) {
     static const Table table = {
         {"<<", '<'}, {"<HR>", '\n'}, {"<Tab>", '\t'}, {"<SP>", 0xA0}, {"<->", 0xAD}};
-    std::u32string result;
-    for (Reader reader(text); !reader.empty();) {
-        auto code = reader.takeOneOf(table);
-        if (!code && reader.take("<#")) {
-            code = reader.takeHex(2);
-            FUZZ_CHECK(*code > 0xA0 && *code != 0xAD && reader.take(">"));
-        } else if (!code) {
-            code = reader.takeCharacter();
-            FUZZ_CHECK(*code < 0x7F && *code != '<');
-        }
-        result += *code;
-    }
-    return result;
+    return decoded(text, table, [](Reader& reader) {
+        if (!reader.take("<#"))
+            return reader.takeCharacter("<", 0x7F);
+        const char32_t code = reader.takeHex(2);
+        FUZZ_CHECK(code > 0xA0 && code != 0xAD && reader.take(">"));
+        return code;
+    });
 }
 
 /// What Interleaf can show of a text.

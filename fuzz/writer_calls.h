@@ -6,6 +6,7 @@
 
 #include "fuzz/failures.h"
 #include "fuzz/input.h"
+#include "kit/table.h"
 #include "tools/formats/KazDocWriter.h"
 
 #include <string>
@@ -20,25 +21,22 @@ public:
     WriterCalls(KazDocWriter& writer, std::string picture, bool breaks = true)
         : doc(writer), picture(std::move(picture)), breaks(breaks) {}
 
-    /// Takes calls until the input ends.
-    void make(Input input) {
-        prepare();
-        for (int i = 0; i < 2000 && !input.empty(); ++i)
-            call(input);
-    }
-
-    /// The same with memory running out in some of the calls, which are then made again.
-    void make(Input input, Failures& failures) {
-        prepare();
+    /// Takes calls until the input ends, with memory running out in some of them where there
+    /// are @p failures; these calls are then made again.
+    void make(Input input, Failures* failures = nullptr) {
+        doc.colours().add("red");
+        doc.colours().add("#123456");
+        doc.fonts().add("Odd {Font}\\b");
         for (int i = 0; i < 2000 && !input.empty(); ++i) {
             const Input before = input;
             const std::size_t count = words.size(), links = linked.size();
-            failures.step([&] {
+            const auto act = [&] {
                 input = before;
                 words.resize(count);
                 linked.resize(links);
                 call(input);
-            });
+            };
+            failures != nullptr ? failures->step(act) : act();
         }
     }
 
@@ -46,48 +44,14 @@ public:
     std::vector<std::string> linked; ///< those that are the text of links
 
 private:
-    void prepare() {
-        doc.colours().add("red");
-        doc.colours().add("#123456");
-        doc.fonts().add("Odd {Font}\\b");
-    }
-
     /// A word between characters that mean something somewhere.
     std::string hostile(Input& input) {
-        static constexpr const char* parts[] = {"",
-                                                " ",
-                                                "<",
-                                                ">",
-                                                "&",
-                                                "\"",
-                                                "'",
-                                                "`",
-                                                "\\",
-                                                "{",
-                                                "}",
-                                                "\n",
-                                                "\t",
-                                                "\r\n\r\n",
-                                                "'>",
-                                                "</p>",
-                                                "<script>",
-                                                "\\par}",
-                                                "{\\*",
-                                                "<!",
-                                                "-->",
-                                                "\xC3\xA4",
-                                                "\xE2\x82\xAC",
-                                                "\xF0\x9F\x98\x80",
-                                                "\x1b",
-                                                "\xFF",
-                                                "\xC2\xA0",
-                                                "\xC2\xAD",
-                                                "<F1@U>",
-                                                "%",
-                                                "#",
-                                                "&amp;"};
+        static const std::vector<std::string> parts = kit::parts(
+            "| |<|>|&|\"|'|`|\\|{|}|\n|\t|\r\n\r\n|'>|</p>|<script>|\\par}|{\\*|<!|-->|"
+            "\xC3\xA4|\xE2\x82\xAC|\xF0\x9F\x98\x80|\x1b|\xFF|\xC2\xA0|\xC2\xAD|<F1@U>|%|#|"
+            "&amp;");
         words.push_back("w" + std::to_string(words.size()) + "x");
-        std::string text = std::string(input.pick(parts)) + words.back() + input.pick(parts);
+        std::string text = input.pick(parts) + words.back() + input.pick(parts);
         if (!breaks)
             std::erase_if(text, [](char c) { return c == '\n' || c == '\r'; });
         return text;
@@ -106,59 +70,36 @@ private:
     }
 
     void call(Input& input) {
-        switch (input.between(0, 27)) {
-        case 0:
-            return doc.heading(input.between(-1, 8), hostile(input).c_str(), "a");
-        case 1:
-            return doc.beginParagraph(static_cast<KazDocWriter::Align>(input.between(-1, 4)));
-        case 2:
-            return doc.endParagraph();
-        case 3:
-            return doc.paragraph(hostile(input).c_str(),
-                                 static_cast<KazDocWriter::Align>(input.between(0, 3)));
-        case 4:
-            return doc.preformatted(hostile(input).c_str());
-        case 5:
-            return input.flag() ? doc.rule() : doc.pageBreak();
-        case 6:
-        case 7:
-            return doc.beginList(input.flag());
-        case 8:
-        case 9:
-            return doc.item(hostile(input).c_str());
-        case 10:
-        case 11:
-            return doc.endList();
-        case 12:
-        case 13:
-            return beginTable(input);
-        case 14:
-            return doc.beginCell();
-        case 15:
-        case 16:
-        case 17:
-        case 18:
-            return cell(input);
-        case 19:
-            return doc.endRow();
-        case 20:
-            return doc.endTable();
-        case 21:
-        case 22:
-            return text(input);
-        case 23:
-            return breaks ? doc.lineBreak() : doc.endRow();
-        case 24:
-            return link(input);
-        case 25:
-            return doc.anchor(hostileName(input).c_str());
-        case 26:
-            return image(input);
-        default:
-            return describe(input);
-        }
+        using W = WriterCalls;
+        static constexpr void (W::*calls[])(Input&) = {
+            &W::heading,  &W::beginParagraph, &W::endParagraph, &W::paragraph,  &W::preformatted,
+            &W::separate, &W::beginList,      &W::beginList,    &W::item,       &W::item,
+            &W::endList,  &W::endList,        &W::beginTable,   &W::beginTable, &W::beginCell,
+            &W::cell,     &W::cell,           &W::cell,         &W::cell,       &W::endRow,
+            &W::endTable, &W::text,           &W::text,         &W::lineBreak,  &W::link,
+            &W::anchor,   &W::image,          &W::describe};
+        (this->*input.pick(calls))(input);
     }
 
+    void heading(Input& input) { doc.heading(input.between(-1, 8), hostile(input).c_str(), "a"); }
+    void beginParagraph(Input& input) {
+        doc.beginParagraph(static_cast<KazDocWriter::Align>(input.between(-1, 4)));
+    }
+    void endParagraph(Input&) { doc.endParagraph(); }
+    void paragraph(Input& input) {
+        doc.paragraph(hostile(input).c_str(),
+                      static_cast<KazDocWriter::Align>(input.between(0, 3)));
+    }
+    void preformatted(Input& input) { doc.preformatted(hostile(input).c_str()); }
+    void separate(Input& input) { input.flag() ? doc.rule() : doc.pageBreak(); }
+    void beginList(Input& input) { doc.beginList(input.flag()); }
+    void item(Input& input) { doc.item(hostile(input).c_str()); }
+    void endList(Input&) { doc.endList(); }
+    void beginCell(Input&) { doc.beginCell(); }
+    void endRow(Input&) { doc.endRow(); }
+    void endTable(Input&) { doc.endTable(); }
+    void lineBreak(Input&) { breaks ? doc.lineBreak() : doc.endRow(); }
+    void anchor(Input& input) { doc.anchor(hostileName(input).c_str()); }
     void beginTable(Input& input) {
         const int percents[] = {input.between(-5, 100), 0, 1000000000, 2147483647, 3};
         const int columns = input.between(-1, 5);
