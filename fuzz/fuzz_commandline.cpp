@@ -3,23 +3,18 @@
 // meaning, whether the line is good, and what may follow.
 #include "fuzz/argument_words.h"
 #include "fuzz/harness.h"
-#include "fuzz/option_rows.h"
+#include "fuzz/option_model.h"
 #include "testkit/director.h"
 #include "tools/app/KazCommandLine.h"
 
 #include <algorithm>
-#include <map>
 #include <string>
 #include <vector>
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
-const std::vector<OptionRow>& rows() {
-    static const std::vector<OptionRow> all = readOptionRows();
-    return all;
-}
+using reference::rows;
+using reference::Texts;
 
 /// A tool that takes some of the options.
 struct Tool {
@@ -54,73 +49,62 @@ std::string rowName(const OptionRow& row, const std::string& word) {
            (word.size() < row.text.size() ? ", abbreviated" : "");
 }
 
-/// The rules: what each word means and whether the line is good.
+/// What each word means and whether the line is good.
 struct Model {
     Texts meanings;
-    bool good = true;
-    std::map<int, int> given;
-    int arguments = 0;
+    bool good;
 
-    Model(const Tool& tool, const Texts& line) {
-        std::size_t i = 0;
-        for (; i < line.size() && good; ++i) {
-            if (line[i] == "--") {
-                meanings.push_back("end of options");
-                for (++i; i < line.size(); ++i)
-                    meanings.push_back("argument " + std::to_string(++arguments));
-                break;
-            }
-            if (line[i].starts_with('-'))
-                option(tool, line, i);
-            else
-                meanings.push_back("argument " + std::to_string(++arguments));
-        }
-        meanings.resize(line.size(), "not read");
+    Model(const Tool& tool, Texts line) {
+        reference::Types lists[2];
         for (const KazCommandLine::Option& option : tool.options)
-            good = good && (!option.required || given[option.type] > 0);
-        good = good && arguments >= tool.minArguments &&
-               (tool.maxArguments < 0 || arguments <= tool.maxArguments);
+            lists[option.required ? 0 : 1].insert(option.type);
+        reference::ArgumentModel parser;
+        good = parser.parse(line, lists[0], lists[1], 0);
+        std::size_t behind = 0;
+        if (const std::size_t at = parser.problemPosition; at > 0 && line[at - 1] == "--") {
+            behind = line.size() - at;
+            line.resize(at - 1);
+            parser = {};
+            good = parser.parse(line, lists[0], lists[1], 0);
+            meanings.push_back("end of options");
+        }
+        std::size_t arguments = parser.untagged.size();
+        for (std::size_t i = line.size(); i-- > 0;)
+            meanings.insert(meanings.begin(), spelled(tool, parser, line[i], i));
+        for (; behind > 0; --behind)
+            meanings.push_back("argument " + std::to_string(++arguments));
+        good = good && static_cast<int>(arguments) >= tool.minArguments &&
+               (tool.maxArguments < 0 || static_cast<int>(arguments) <= tool.maxArguments);
     }
 
-    void refuse(const std::string& meaning) {
-        meanings.push_back(meaning);
-        good = false;
-    }
-
-    void option(const Tool& tool, const Texts& line, std::size_t& i) {
-        const OptionRow* const row = selectRow(rows(), line[i]);
-        if (row == nullptr)
-            return refuse("unknown option");
-        const std::string name = rowName(*row, line[i]);
-        if (!tool.takes(*row))
-            return refuse("option " + name + ", not for this program");
-        int& times = given[row->type];
-        if (times > 0 && row->repeats <= 1)
-            return meanings.push_back("option " + name +
-                                      ", given again: ignored, and no value is taken");
-        const auto values = static_cast<std::size_t>(row->values);
-        if (row->isSwitch) {
-            const std::size_t zero = line[i].find('0');
-            const std::size_t digit = zero != line[i].npos ? zero : line[i].find('1');
-            ++times;
-            const std::string value =
-                digit != line[i].npos ? line[i].substr(digit) : row->defaultText;
-            return meanings.push_back("switch " + name + ", value \"" + value + "\"");
-        }
-        if (line.size() - i - 1 < values)
-            return refuse("option " + name + ", its value is missing");
-        if (row->repeats >= 2 && times >= row->repeats)
-            return refuse("option " + name + ", given more than " + std::to_string(row->repeats) +
-                          " times");
-        ++times;
-        meanings.push_back("option " + name + (values == 0 ? ", value \"1\"" : ""));
-        for (std::size_t k = 1; k <= values; ++k) {
-            const OptionRow* const other = selectRow(rows(), line[++i]);
-            meanings.push_back("value " + std::to_string(k) + " of " + row->text +
-                               (other != nullptr && tool.takes(*other)
-                                    ? "; it would be the option " + other->text
-                                    : ""));
-        }
+    static std::string spelled(const Tool& tool, const reference::ArgumentModel& parser,
+                               const std::string& word, std::size_t at) {
+        const auto& [kind, row, item] = parser.meanings[at];
+        const OptionRow* const option = selectRow(rows(), word);
+        const std::string name = option != nullptr ? rowName(*option, word) : "";
+        const bool isRefused = parser.problemPosition == at + 1;
+        if (isRefused && option == nullptr)
+            return "unknown option";
+        if (isRefused && parser.problem == KazArgProblem::unlistedOption)
+            return "option " + name + ", not for this program";
+        if (isRefused && parser.problem == KazArgProblem::valuesMissing)
+            return "option " + name + ", its value is missing";
+        if (isRefused)
+            return "option " + name + ", given more than " + std::to_string(row->repeats) +
+                   " times";
+        if (kind == KazArgMeaning::repetition)
+            return "option " + name + ", given again: ignored, and no value is taken";
+        if (kind == KazArgMeaning::option && row->isSwitch)
+            return "switch " + name + ", value \"" + parser.of(row->type)[0] + "\"";
+        if (kind == KazArgMeaning::option)
+            return "option " + name + (row->values == 0 ? ", value \"1\"" : "");
+        if (kind == KazArgMeaning::value)
+            return "value " + std::to_string(item + 1) + " of " + row->text +
+                   (option != nullptr && tool.takes(*option)
+                        ? "; it would be the option " + option->text
+                        : "");
+        return kind == KazArgMeaning::argument ? "argument " + std::to_string(item + 1)
+                                               : "not read";
     }
 };
 

@@ -3,14 +3,13 @@
 // rules as a page of prose; and the functions that prepare argv.
 #include "fuzz/argument_words.h"
 #include "fuzz/harness.h"
-#include "fuzz/option_rows.h"
+#include "fuzz/option_model.h"
 #include "testkit/director.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/arguments.h"
 #include "tools/strings/KazString.h"
 
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <set>
 #include <string>
@@ -18,118 +17,12 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-using Types = std::set<int>;
+using reference::rows;
+using reference::Texts;
+using reference::Types;
+using Model = reference::ArgumentModel;
 
 constexpr int typeCount = 72;
-
-const std::vector<OptionRow>& rows() {
-    static const std::vector<OptionRow> all = readOptionRows();
-    return all;
-}
-
-/// What the values of -Command stand for.
-std::string decoded(const std::string& value) {
-    if (!value.starts_with("0x") || value.size() == 2 || value.size() % 2 != 0)
-        return value;
-    std::string text;
-    for (std::size_t i = 2; i < value.size(); i += 2) {
-        if (!std::isxdigit(static_cast<unsigned char>(value[i])) ||
-            !std::isxdigit(static_cast<unsigned char>(value[i + 1])))
-            return "";
-        text += static_cast<char>(std::stoi(value.substr(i, 2), nullptr, 16));
-    }
-    return text.c_str();
-}
-
-/// The parser as a page of prose.
-struct Model {
-    std::map<int, Texts> values;
-    Texts untagged;
-    Texts messages;
-    KazArgProblem::Kind problem = KazArgProblem::none;
-    int problemType = -1;
-    std::size_t problemPosition = 0;             ///< in argv
-    std::map<std::size_t, std::string> meanings; ///< by position in argv
-
-    const Texts& of(int type) const {
-        static const Texts none;
-        const auto found = values.find(type);
-        return found != values.end() ? found->second : none;
-    }
-
-    bool refuse(KazArgProblem::Kind kind, int type, std::size_t position) {
-        problem = kind;
-        problemType = type;
-        problemPosition = position;
-        return false;
-    }
-
-    bool parse(const Texts& line, const Types& required, const Types& optional, int minUntagged) {
-        Types seen;
-        meanings.clear();
-        problem = KazArgProblem::none;
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            if (!line[i].starts_with('-')) {
-                meanings[i + 1] = "argument " + std::to_string(untagged.size());
-                untagged.push_back(line[i]);
-                continue;
-            }
-            const OptionRow* row = selectRow(rows(), line[i]);
-            if (!row)
-                return refuse(KazArgProblem::unknownOption, -1, i + 1);
-            if (!required.count(row->type) && !optional.count(row->type))
-                return refuse(KazArgProblem::unlistedOption, row->type, i + 1);
-            seen.insert(row->type);
-            const bool repeated = values.count(row->type) && row->repeats <= 1;
-            meanings[i + 1] = (repeated ? "repetition " : "option ") + row->text;
-            if (repeated)
-                messages.push_back(row->text + " repeated on command line, using first value\n");
-            else if (!store(*row, line, i))
-                return false;
-        }
-        for (const int type : required)
-            if (!seen.count(type))
-                return refuse(KazArgProblem::requiredMissing, type, 0);
-        return static_cast<int>(untagged.size()) >= minUntagged ||
-               refuse(KazArgProblem::argumentsMissing, -1, 0);
-    }
-
-    bool store(const OptionRow& row, const Texts& line, std::size_t& i) {
-        if (row.isSwitch) {
-            const bool digit = line[i].back() == '0' || line[i].back() == '1';
-            values[row.type].push_back(digit ? line[i].substr(line[i].size() - 1)
-                                             : row.defaultText);
-            return true;
-        }
-        if (i + static_cast<std::size_t>(row.values) >= line.size())
-            return refuse(KazArgProblem::valuesMissing, row.type, i + 1);
-        if (row.values == 0) {
-            values[row.type].push_back("1");
-            return true;
-        }
-        const auto most = static_cast<std::size_t>(row.values * row.repeats);
-        if (row.repeats > 1 && values.count(row.type) && values[row.type].size() >= most) {
-            messages.push_back(row.text + " argument repeated more than " +
-                               std::to_string(row.repeats) + " times on command line\n");
-            return refuse(KazArgProblem::tooOften, row.type, i + 1);
-        }
-        for (int n = 0; n < row.values; ++n) {
-            ++i;
-            meanings[i + 1] = "value " + std::to_string(n) + " of " + row.text;
-            values[row.type].push_back(row.text == "-Command" ? decoded(line[i]) : line[i]);
-        }
-        return true;
-    }
-
-    void copyGlobal(const Model& from) {
-        for (const OptionRow& row : rows()) {
-            const Texts added = from.of(row.type);
-            if (row.isGlobal && !added.empty())
-                values[row.type].insert(values[row.type].end(), added.begin(), added.end());
-        }
-    }
-};
 
 const OptionRow& anyRow(fuzz::Input& input) {
     return rows()[input.between<std::size_t>(0, rows().size() - 1)];
@@ -180,22 +73,6 @@ std::vector<arg_type_enum> asList(const Types& types) {
     return list;
 }
 
-std::string spelled(const KazArgMeaning& meaning) {
-    const std::string text = meaning.row ? meaning.row->text : "";
-    switch (meaning.kind) {
-    case KazArgMeaning::option:
-        return "option " + text;
-    case KazArgMeaning::repetition:
-        return "repetition " + text;
-    case KazArgMeaning::value:
-        return "value " + std::to_string(meaning.item) + " of " + text;
-    case KazArgMeaning::argument:
-        return "argument " + std::to_string(meaning.item);
-    default:
-        return "";
-    }
-}
-
 /// Why the line was refused, and what each word of it was read as.
 void compareRecords(const KazParsedArgs& args, const Model& model, const Texts& line) {
     const KazArgProblem problem = args.getProblem();
@@ -208,9 +85,13 @@ void compareRecords(const KazParsedArgs& args, const Model& model, const Texts& 
                                                             std::string(problem.row->text).size()));
     }
     for (int i = -1; i <= static_cast<int>(line.size()) + 1; ++i) {
-        const auto found = model.meanings.find(static_cast<std::size_t>(i));
-        FUZZ_CHECK(spelled(args.getMeaning(i)) ==
-                   (found != model.meanings.end() ? found->second : ""));
+        const bool isWord = i > 0 && i <= static_cast<int>(line.size());
+        const auto expected =
+            isWord ? model.meanings[static_cast<std::size_t>(i - 1)] : Model::Meaning();
+        const KazArgMeaning meaning = args.getMeaning(i);
+        FUZZ_CHECK(meaning.kind == expected.kind && meaning.item == expected.item);
+        FUZZ_CHECK((meaning.row ? meaning.row->text : "") ==
+                   (expected.row ? expected.row->text : ""));
     }
 }
 
@@ -315,12 +196,8 @@ void numbersAreTold(const std::string& text) {
 }
 
 bool meansEditor(const std::string& argument) {
-    if (argument.size() < 2 || argument[0] != '-')
-        return false;
-    std::string lower;
-    for (const char c : argument.substr(0, 7))
-        lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return lower == std::string("-editor").substr(0, lower.size());
+    const std::string begin = fuzz::lowered(argument.substr(0, 7));
+    return begin.size() > 1 && std::string("-editor").starts_with(begin);
 }
 
 void editorIsTakenOut(fuzz::Input& input) {
