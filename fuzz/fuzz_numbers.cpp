@@ -12,21 +12,13 @@
 
 namespace {
 
-std::string decimal(long long n) {
-    std::string digits;
-    // The remainder of a negative number is negative, too.
-    for (long long rest = n; rest != 0 || digits.empty(); rest /= 10)
-        digits.insert(0, 1, static_cast<char>('0' + (rest % 10 < 0 ? -(rest % 10) : rest % 10)));
-    return n < 0 ? "-" + digits : digits;
-}
-
 /// A conversion with flags, a width and a precision that the bytes choose.
 std::string conversion(fuzz::Input& input, const char* kind) {
     std::string result = "%" + input.textOf("-+ #0", 3);
     if (input.flag())
-        result += decimal(input.between(1, 700));
+        result += std::to_string(input.between(1, 700));
     if (input.flag())
-        result += "." + decimal(input.between(0, 40));
+        result += "." + std::to_string(input.between(0, 40));
     return result + kind;
 }
 
@@ -73,11 +65,11 @@ void formatOne(fuzz::Input& input, KazString& s, std::string& model) {
 void appendOne(fuzz::Input& input, KazString& s, std::string& model) {
     const int n = input.raw<int>() >> input.between(0, 31);
     s.appendNumber(n);
-    model += decimal(n);
+    model += std::to_string(n);
     FUZZ_CHECK(model == s.getValue());
     KazWString wide;
     wide.appendNumber(n);
-    FUZZ_CHECK(wide.toNarrow() == decimal(n).c_str());
+    FUZZ_CHECK(wide.toNarrow() == std::to_string(n).c_str());
 }
 
 void all(fuzz::Input input) {

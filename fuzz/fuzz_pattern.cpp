@@ -2,6 +2,7 @@
 // Searches for patterns and texts beside ones that try every place.
 
 #include "fuzz/harness.h"
+#include "fuzz/string_reference.h"
 #include "strings/string_kit.h"
 
 #include <optional>
@@ -164,25 +165,13 @@ void searchTexts(fuzz::Input& input) {
     if (wanted.empty())
         return;
     const String s{Text(hay)};
-    const auto index = [](std::size_t found) {
-        return found == std::string::npos ? -1 : static_cast<int>(found);
-    };
-    const auto start = input.between<std::size_t>(0, hay.size());
-    const auto from = static_cast<int>(start);
-    FUZZ_CHECK(s.find(Text(wanted), from) == (hay.empty() ? -1 : index(hay.find(wanted, start))));
+    const int from = input.between(0, static_cast<int>(hay.size()));
+    FUZZ_CHECK(s.find(Text(wanted), from) == reference::find(hay, wanted, from));
+    FUZZ_CHECK(s.findLast(Text(wanted), from) == reference::findLast(hay, wanted, from));
     // Replacements longer than what they replace come in here, in short texts too.
     const std::string by = input.textOf("xby", 40);
-    int last = -1;
-    std::string replaced;
-    std::size_t copied = 0;
-    for (std::size_t i = 0; (i = hay.find(wanted, copied)) != std::string::npos;) {
-        if (start == 0 || i + wanted.size() <= start)
-            last = static_cast<int>(i);
-        replaced += hay.substr(copied, i - copied) + by;
-        copied = i + wanted.size();
-    }
-    replaced += hay.substr(copied);
-    FUZZ_CHECK(s.findLast(Text(wanted), from) == last);
+    std::string replaced = hay;
+    reference::replaceAll(replaced, wanted, by);
     String all = s;
     all.replaceAll(Text(wanted), Text(by));
     FUZZ_CHECK(plain(all) == replaced);
@@ -191,19 +180,9 @@ void searchTexts(fuzz::Input& input) {
 } // namespace
 
 void fuzz::harness(Input& input) {
-    for (int i = 0; i < 500 && !input.empty(); ++i) {
-        switch (input.between(0, 3)) {
-        case 0:
-            searchPatterns<KazString>(input);
-            break;
-        case 1:
-            searchPatterns<KazWString>(input);
-            break;
-        case 2:
-            searchTexts<KazString>(input);
-            break;
-        default:
-            searchTexts<KazWString>(input);
-        }
-    }
+    static constexpr void (*searches[])(Input&) = {searchPatterns<KazString>,
+                                                   searchPatterns<KazWString>,
+                                                   searchTexts<KazString>, searchTexts<KazWString>};
+    for (int i = 0; i < 500 && !input.empty(); ++i)
+        input.pick(searches)(input);
 }
