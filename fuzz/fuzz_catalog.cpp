@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lookups of numbered texts in any file, against the rules as a page of prose; and
 // in a file that moxmsg would write, against the texts that went into it.
+#include "fuzz/directory.h"
 #include "fuzz/harness.h"
 #include "programs/moxmsg/message_file.h"
 #include "testkit/director.h"
-#include "testkit/temp_tree.h"
 #include "tools/messages/catalog/detail/MessageCatalog.h"
 
 #include <array>
@@ -17,21 +17,18 @@
 
 namespace {
 
-const moxkit::TempTree& tree() {
-    static const moxkit::TempTree made;
-    return made;
-}
+using fuzz::directory;
 
 /// A new file each time: some file systems write an old one that is cut to disk at
 /// once, which takes milliseconds.
 void writeFile(const std::string& bytes) {
-    std::remove(tree().path("file").c_str());
-    tree().write("file", bytes);
+    std::remove(directory().path("file").c_str());
+    directory().write("file", bytes);
 }
 
 kaz::host::ReadableFile openFile(KazString& name) {
     name = "the file";
-    return kaz::host::ReadableFile(tree().path("file").c_str());
+    return kaz::host::ReadableFile(directory().path("file").c_str());
 }
 
 /// What the catalog is to do, on the bytes of a file in memory.
@@ -103,8 +100,8 @@ public:
         out += share("Hit  ", hits) + share("Miss ", misses) + share("Err  ", failed) + "\n";
         for (std::size_t i = 0; i < cache.size(); ++i) {
             const Entry& entry = cache[i];
-            out += format("Entry %2d, ", static_cast<int>(i)) + format("Tno %5d, ", entry.number) +
-                   format("Lru %5d, Text ", static_cast<int>(entry.stamp));
+            out += format("Entry %2d, Tno %5d, Lru %5d, Text ", static_cast<int>(i), entry.number,
+                          static_cast<int>(entry.stamp));
             out += entry.number == 0 ? "UNUSED\n" : beginning(entry.text.c_str()) + "\n";
         }
         return out + "\n";
@@ -118,16 +115,14 @@ private:
     };
     using Table = std::array<std::size_t, 256>;
 
-    static std::string format(const char* text, int value) {
+    template <class... Values>
+    static std::string format(const char* text, Values... values) {
         char buffer[100];
-        std::snprintf(buffer, sizeof buffer, text, value);
+        std::snprintf(buffer, sizeof buffer, text, values...);
         return buffer;
     }
     std::string share(const char* name, int count) const {
-        char buffer[100];
-        std::snprintf(buffer, sizeof buffer, "\tText %s%6d(%6.2f%%)\n", name, count,
-                      100.0 * count / calls);
-        return buffer;
+        return format("\tText %s%6d(%6.2f%%)\n", name, count, 100.0 * count / calls);
     }
     static std::string beginning(const std::string& text) {
         std::string shown;
@@ -172,7 +167,7 @@ private:
 
 /// Through one file that is written over and over.
 std::string statisticsOf(const kaz::detail::MessageCatalog& catalog) {
-    static std::FILE* const out = std::fopen(tree().path("statistics").c_str(), "w+b");
+    static std::FILE* const out = std::fopen(directory().path("statistics").c_str(), "w+b");
     FUZZ_CHECK(out != nullptr);
     std::rewind(out);
     catalog.printStatistics(out);
@@ -183,16 +178,12 @@ std::string statisticsOf(const kaz::detail::MessageCatalog& catalog) {
 }
 
 int someNumber(fuzz::Input& input) {
-    switch (input.between(0, 6)) {
-    case 0:
-        return input.between(15868, 15880);
-    case 1:
+    const int kind = input.between(0, 6);
+    if (kind == 1)
         return input.raw<int>();
-    case 2:
-        return input.between(0, 70 * 256);
-    default:
-        return input.between(0, 40);
-    }
+    return kind == 0   ? input.between(15868, 15880)
+           : kind == 2 ? input.between(0, 70 * 256)
+                       : input.between(0, 40);
 }
 
 /// Something to ask or to tell the catalog.

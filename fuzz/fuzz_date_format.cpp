@@ -1,28 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 // Formats of dates: any format gives what a model says that reads it in one pass of its
-// own, with a calendar that counts day by day in its head.
+// own, with the calendar of the C++ library.
 #include "fuzz/harness.h"
 #include "tools/formats/datetime.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
 
 namespace {
 
-/// The day of the year from 0, by the lengths of the months before.
-int dayOfYear(const date_parts& p) {
-    int days = p.day - 1;
-    for (int month = 1; month < p.month; ++month)
-        days += date_month_length(p.year, month);
-    return days;
+std::chrono::sys_days dayOf(int year, int month, int day) {
+    return std::chrono::year(year) / month / day;
 }
 
-/// From Monday, 0 to 6: a year moves it by one day, a leap year by two.
+/// The day of the year from 0.
+int dayOfYear(const date_parts& p) {
+    return static_cast<int>((dayOf(p.year, p.month, p.day) - dayOf(p.year, 1, 1)).count());
+}
+
+/// From Monday, 0 to 6.
 int fromMonday(const date_parts& p) {
-    const int before = p.year - 1 + 400;
-    return (before + before / 4 - before / 100 + before / 400 + dayOfYear(p)) % 7;
+    return static_cast<int>(std::chrono::weekday(dayOf(p.year, p.month, p.day)).iso_encoding()) - 1;
 }
 
 /// Thursday of the same week tells the year of the week, and its number.
@@ -58,7 +60,7 @@ std::string padded(const Conversion& conversion, const std::string& text) {
            text;
 }
 
-std::string numberText(Conversion conversion, long long value, int digits, char pad = '0') {
+std::string numberText(Conversion conversion, long long value, int digits, char pad) {
     if (conversion.pad == 0)
         conversion.pad = pad;
     if (conversion.width < 0)
@@ -88,102 +90,68 @@ std::string Model::number(char letter, const Conversion& s) const {
     isoWeek(p, year, week);
     const int hour = p.hour % 12 == 0 ? 12 : p.hour % 12;
     const int sunday = (fromMonday(p) + 1) % 7;
-    switch (letter) {
-    case 'C':
-        return numberText(s, p.year / 100, 2);
-    case 'd':
-        return numberText(s, p.day, 2);
-    case 'e':
-        return numberText(s, p.day, 2, '_');
-    case 'g':
-        return numberText(s, year < 0 ? 99 : year % 100, 2);
-    case 'G':
-        return numberText(s, year, 4);
-    case 'H':
-        return numberText(s, p.hour, 2);
-    case 'I':
-        return numberText(s, hour, 2);
-    case 'j':
-        return numberText(s, dayOfYear(p) + 1, 3);
-    case 'k':
-        return numberText(s, p.hour, 2, '_');
-    case 'l':
-        return numberText(s, hour, 2, '_');
-    case 'm':
-        return numberText(s, p.month, 2);
-    case 'M':
-        return numberText(s, p.minute, 2);
-    case 'q':
-        return numberText(s, (p.month - 1) / 3 + 1, 1);
-    case 's':
-        return numberText(s, seconds, 1);
-    case 'S':
-        return numberText(s, p.second, 2);
-    case 'u':
-        return numberText(s, fromMonday(p) + 1, 1);
-    case 'U':
-        return numberText(s, (dayOfYear(p) + 7 - sunday) / 7, 2);
-    case 'V':
-        return numberText(s, week, 2);
-    case 'w':
-        return numberText(s, sunday, 1);
-    case 'W':
-        return numberText(s, (dayOfYear(p) + 7 - fromMonday(p)) / 7, 2);
-    case 'y':
-        return numberText(s, p.year % 100, 2);
-    case 'Y':
-        return numberText(s, p.year, 4);
-    default:
-        return {};
-    }
+    const int days = dayOfYear(p);
+    const struct {
+        char letter;
+        long long value;
+        int digits;
+        char pad = '0';
+    } rows[] = {{'C', p.year / 100, 2},
+                {'d', p.day, 2},
+                {'e', p.day, 2, '_'},
+                {'g', year < 0 ? 99 : year % 100, 2},
+                {'G', year, 4},
+                {'H', p.hour, 2},
+                {'I', hour, 2},
+                {'j', days + 1, 3},
+                {'k', p.hour, 2, '_'},
+                {'l', hour, 2, '_'},
+                {'m', p.month, 2},
+                {'M', p.minute, 2},
+                {'q', (p.month - 1) / 3 + 1, 1},
+                {'s', seconds, 1},
+                {'S', p.second, 2},
+                {'u', fromMonday(p) + 1, 1},
+                {'U', (days + 7 - sunday) / 7, 2},
+                {'V', week, 2},
+                {'w', sunday, 1},
+                {'W', (days + 7 - fromMonday(p)) / 7, 2},
+                {'y', p.year % 100, 2},
+                {'Y', p.year, 4}};
+    for (const auto& row : rows)
+        if (row.letter == letter)
+            return numberText(s, row.value, row.digits, row.pad);
+    return {};
 }
 
 /// "" for a letter that is none; %N and %z are left to the tests.
 std::string Model::convert(char letter, Conversion conversion) const {
+    static const std::map<char, const char*> meanings = {
+        {'n', "\n"},       {'t', "\t"},          {'%', ""},      {'c', "%a %b %e %H:%M:%S %Y"},
+        {'x', "%m/%d/%y"}, {'r', "%I:%M:%S %p"}, {'R', "%H:%M"}, {'T', "%H:%M:%S"},
+        {'X', "%H:%M:%S"}};
     Conversion inner;
     inner.upper = conversion.upper;
-    switch (letter) {
-    case 'a':
-    case 'A':
-    case 'b':
-    case 'B':
-    case 'h': {
+    if (const auto found = meanings.find(letter); found != meanings.end())
+        return padded(conversion, letter == '%' ? "%" : write(found->second, inner));
+    const auto isOneOf = [letter](std::string_view letters) {
+        return letters.find(letter) != letters.npos;
+    };
+    if (isOneOf("aAbBh")) {
         const std::string text = name(letter);
         return padded(conversion, conversion.upper || conversion.other ? cased(text, true) : text);
     }
-    case 'p':
-    case 'P': {
+    if (isOneOf("pP")) {
         const std::string text = p.hour < 12 ? "AM" : "PM";
         return padded(conversion, letter == 'P' || conversion.other ? cased(text, false) : text);
     }
-    case 'Z':
+    if (letter == 'Z')
         return padded(conversion, name('Z'));
-    case 'n':
-        return padded(conversion, "\n");
-    case 't':
-        return padded(conversion, "\t");
-    case '%':
-        return padded(conversion, "%");
-    case 'c':
-        return padded(conversion, write("%a %b %e %H:%M:%S %Y", inner));
-    case 'x':
-        return padded(conversion, write("%m/%d/%y", inner));
-    case 'r':
-        return padded(conversion, write("%I:%M:%S %p", inner));
-    case 'R':
-        return padded(conversion, write("%H:%M", inner));
-    case 'T':
-    case 'X':
-        return padded(conversion, write("%H:%M:%S", inner));
-    case 'D':
-        inner.pad = conversion.pad;
-        return padded(conversion, write("%m/%d/", inner) + number('y', inner));
-    case 'F':
-        inner.pad = conversion.pad != 0 ? '-' : '\0';
-        return padded(conversion, number('Y', inner) + write("-%m-%d", inner));
-    default:
+    if (!isOneOf("DF"))
         return number(letter, conversion);
-    }
+    inner.pad = letter == 'D' ? conversion.pad : conversion.pad != 0 ? '-' : '\0';
+    return padded(conversion, letter == 'D' ? write("%m/%d/", inner) + number('y', inner)
+                                            : number('Y', inner) + write("-%m-%d", inner));
 }
 
 std::string Model::write(const std::string& format, const Conversion& around) const {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names of projects, systems and diagrams: what the buffers of fixed size hold in
 // the end is what a model without buffers says, and the directories are there.
+#include "fuzz/directory.h"
 #include "fuzz/harness.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
-#include "testkit/temp_tree.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/filestore.h"
 #include "tools/config/kazenv.h"
@@ -27,26 +27,7 @@ using Texts = std::vector<std::string>;
 constexpr std::size_t nameSize = 140;
 
 /// The home directory and the current one; everything happens inside it.
-const moxkit::TempTree& directory() {
-    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
-    return tree;
-}
-
-/// The current directory is the tree for one input, and the tree is then empty.
-class InTree {
-public:
-    InTree() { fs::current_path(directory().path()); }
-    ~InTree() {
-        for (const auto& entry : fs::directory_iterator("."))
-            fs::remove_all(entry.path());
-        fs::current_path(before);
-    }
-    InTree(const InTree&) = delete;
-    InTree& operator=(const InTree&) = delete;
-
-private:
-    fs::path before = fs::current_path();
-};
+using fuzz::directory;
 
 // ------------------------------------------------------------------- the model
 
@@ -104,24 +85,20 @@ std::string withoutEscape(const std::string& project) {
     return project.starts_with("\\~") ? project.substr(1) : project;
 }
 
-std::string cleaned(std::string name) {
-    const std::string away = " `!#$^&*[]|\\:;\"',<>?/";
-    if (name.find_first_of(away + "-") == name.npos)
-        return name;
+std::string underscored(std::string name, const std::string& illegal) {
     for (char& c : name)
-        if (away.find(c) != away.npos)
-            c = '_';
-    if (name[0] == '-')
-        name[0] = '_';
+        c = illegal.find(c) != illegal.npos ? '_' : c;
     return name;
 }
 
-std::string withReplacements(std::string name) {
-    const std::string illegal = " *\"'`?![](){};/\\&";
-    for (char& c : name)
-        if (illegal.find(c) != illegal.npos)
-            c = '_';
-    return name;
+std::string cleaned(std::string name) {
+    if (name.starts_with('-'))
+        name[0] = '_';
+    return underscored(name, " `!#$^&*[]|\\:;\"',<>?/");
+}
+
+std::string withReplacements(const std::string& name) {
+    return underscored(name, " *\"'`?![](){};/\\&");
 }
 
 // ------------------------------------------------------------------- the checks
@@ -324,30 +301,20 @@ void fuzz::harness(Input& input) {
     static const moxkit::ScopedEnv toolInfo("ToolInfo", "/no/such/file");
     static const moxkit::ScopedEnv home("HOME", directory().path().c_str());
     const moxkit::RecordingDirector quiet;
-    const InTree tree;
+    const fs::path before = fs::current_path();
+    fs::current_path(directory().path());
+    for (const auto& entry : fs::directory_iterator("."))
+        fs::remove_all(entry.path());
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
 
     fuzz::Failures ofInput(input);
     failures = &ofInput;
-    for (int steps = input.between(1, 6); steps > 0; --steps) {
-        switch (input.between(0, 4)) {
-        case 0:
-            compareLegality(input);
-            break;
-        case 1:
-            compareDiagramFile(input);
-            break;
-        case 2:
-            compareAppending(input);
-            break;
-        case 3:
-            comparePaths(input);
-            break;
-        default:
-            compareAbsolute(input);
-        }
-    }
+    static constexpr void (*parts[])(Input&) = {compareLegality, compareDiagramFile,
+                                                compareAppending, comparePaths, compareAbsolute};
+    for (int steps = input.between(1, 6); steps > 0; --steps)
+        input.pick(parts)(input);
     std::string rest = input.rest();
     std::erase(rest, '\0');
     compareReplacements(rest);
+    fs::current_path(before);
 }

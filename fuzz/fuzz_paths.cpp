@@ -181,22 +181,12 @@ std::string fullByComponents(const std::string& path) {
     } else if (text[0] != '\\') {
         text = std::filesystem::current_path().string() + '/' + text;
     }
-    std::vector<std::string> parts;
-    for (std::string part; const char c : nativeOf(text) + '\\') {
-        if (c != '\\') {
-            part += c;
-            continue;
-        }
-        if (part == ".." && !parts.empty())
-            parts.pop_back();
-        else if (!part.empty() && part != "." && part != "..")
-            parts.push_back(part);
-        part.clear();
-    }
-    std::string result = root;
-    for (const std::string& part : parts)
-        result += (&part == &parts.front() ? "" : "\\") + part;
-    return result + (trailing && open && !parts.empty() ? "\\" : "");
+    std::replace(text.begin(), text.end(), '\\', '/');
+    text.erase(0, text.find_first_not_of('/'));
+    std::string folded = std::filesystem::path('/' + text).lexically_normal().string().substr(1);
+    if (folded.ends_with('/'))
+        folded.pop_back();
+    return root + nativeOf(folded) + (trailing && open && !folded.empty() ? "\\" : "");
 }
 
 void fullPathIsFolded(const std::string& p) {

@@ -76,93 +76,77 @@ bool same(double a, double b) {
 
 void compare(const KazNGProgress& progress, const Model& model) {
     FUZZ_CHECK(progress.get(true) == model.whole);
-    FUZZ_CHECK(same(progress.get(false), model.ranges.empty() ? 0 : model.ranges[0].percent));
+    const Model::Range range = model.ranges.empty() ? Model::Range{0, 100, 0, 1} : model.ranges[0];
+    FUZZ_CHECK(same(progress.get(false), range.percent));
     double low = -1, high = -1;
     FUZZ_CHECK(progress.getRange(low, high, true) && low == 0 && high == 100);
     FUZZ_CHECK(progress.getRange(low, high, false));
-    if (model.ranges.empty()) {
-        FUZZ_CHECK(low == 0 && high == 100);
-    } else {
-        FUZZ_CHECK(same(low, model.ranges[0].start * model.ranges[0].scale));
-        FUZZ_CHECK(same(high, model.ranges[0].end * model.ranges[0].scale));
-    }
+    FUZZ_CHECK(same(low, range.start * range.scale) && same(high, range.end * range.scale));
 }
 
 double percentage(fuzz::Input& input) {
-    switch (input.between(0, 3)) {
-    case 0:
+    const int kind = input.between(0, 3);
+    if (kind == 0)
         return input.raw<double>();
-    case 1:
-        return input.between(-20, 130) + 0.25 * input.between(0, 3);
-    default:
-        return input.between(0, 100);
+    return kind == 1 ? input.between(-20, 130) + 0.25 * input.between(0, 3) : input.between(0, 100);
+}
+
+void copiesGoTheirOwnWay(fuzz::Failures& failures, KazNGProgress& progress, const Model& model,
+                         double value) {
+    KazNGProgress copy(progress);
+    Model copied = model;
+    for (int depth = 0; depth < 3; ++depth) {
+        compare(copy, copied);
+        copy.popRange();
+        copied.pop();
     }
+    copy.increment(value, false);
+    compare(progress, model);
+    Model before;
+    before.push(value);
+    KazNGProgress assigned;
+    for (int n = 0; n < 16; ++n) { // one allocation among others tells
+        assigned = KazNGProgress();
+        assigned.pushRange(value);
+        failures.step([&] { assigned = progress; },
+                      [&] {
+                          compare(assigned, before);
+                          assigned.popRange(); // nothing is behind it
+                          compare(assigned, Model());
+                      });
+    }
+    compare(assigned, model);
+    progress = assigned;
+    progress = *&progress;
 }
 
 void step(fuzz::Input& input, fuzz::Failures& failures, KazNGProgress& progress, Model& model) {
     const int operation = input.between(0, 11);
     const double value = percentage(input);
-    switch (operation) {
-    case 0: {
+    if (operation == 0) {
         const bool reset = input.flag();
         progress.initialize(reset);
         if (reset)
             model = Model();
         model.push(100);
-        break;
-    }
-    case 1:
-    case 2:
-    case 3:
+    } else if (operation < 4) {
         failures.step([&] { progress.pushRange(value); }, [&] { compare(progress, model); });
         model.push(value);
-        break;
-    case 4:
+    } else if (operation == 4) {
         progress.popRange();
         model.pop();
-        break;
-    case 5:
+    } else if (operation == 5) {
         progress.setRange(value);
         model.pop();
         model.push(value);
-        break;
-    case 6: {
-        // Copies go their own way.
-        KazNGProgress copy(progress);
-        Model copied = model;
-        for (int depth = 0; depth < 3; ++depth) {
-            compare(copy, copied);
-            copy.popRange();
-            copied.pop();
-        }
-        copy.increment(value, false);
-        compare(progress, model);
-        Model before;
-        before.push(value);
-        KazNGProgress assigned;
-        for (int n = 0; n < 16; ++n) { // one allocation among others tells
-            assigned = KazNGProgress();
-            assigned.pushRange(value);
-            failures.step([&] { assigned = progress; },
-                          [&] {
-                              compare(assigned, before);
-                              assigned.popRange(); // nothing is behind it
-                              compare(assigned, Model());
-                          });
-        }
-        compare(assigned, model);
-        progress = assigned;
-        progress = *&progress;
-        break;
-    }
-    case 7:
-    case 8:
-        FUZZ_CHECK(same(progress.set(value, operation == 7), model.set(value, operation == 7)));
-        break;
-    default: {
+    } else if (operation == 6) {
+        copiesGoTheirOwnWay(failures, progress, model, value);
+    } else if (operation < 9) {
+        const bool absolute = operation == 7;
+        FUZZ_CHECK(same(progress.set(value, absolute), model.set(value, absolute)));
+    } else {
         const bool absolute = operation == 9;
         FUZZ_CHECK(same(progress.increment(value, absolute), model.increment(value, absolute)));
-    }
     }
     compare(progress, model);
 }

@@ -2,45 +2,31 @@
 // The file of settings: any bytes as the file, then changes through the interface. A second
 // reader finds what the rules say; what is not understood stays through every commit; and
 // what was set is there afterwards.
+#include "fuzz/directory.h"
 #include "fuzz/harness.h"
+#include "kit/table.h"
 #include "testkit/env.h"
-#include "testkit/temp_tree.h"
 #include "tools/app/KazException.h"
 #include "tools/settings/KazSettings.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
+
+using fuzz::directory;
 
 constexpr const char* file = "Tarvo/Mox/settings";
 
-const moxkit::TempTree& directory() {
-    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
-    return tree;
-}
-
-std::string lowered(std::string text) {
-    for (char& c : text)
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-    return text;
-}
-
 Lines linesOf(const std::string& text) {
-    Lines lines;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        lines.push_back(text.substr(at, end - at));
-        if (end < text.size() && !lines.back().empty() && lines.back().back() == '\r')
-            lines.back().pop_back();
-        at = end + 1;
-    }
+    Lines lines = kit::lines(text);
+    for (std::string& line : lines)
+        if (line.ends_with('\r') && (&line != &lines.back() || text.ends_with('\n')))
+            line.pop_back();
     return lines;
 }
 
@@ -53,7 +39,7 @@ std::map<std::string, std::string> plainTexts(const std::string& text, bool& isS
             line.begin(), line.end(), [](char c) { return c >= ' ' && c < '\x7F' && c != '\\'; });
         if (!line.empty() && line[0] == '[') {
             isSure = isSure && isPlain;
-            inside = lowered(line) == "[a]";
+            inside = fuzz::lowered(line) == "[a]";
             continue;
         }
         if (!inside || line.empty() || line[0] == '#')
@@ -63,7 +49,8 @@ std::map<std::string, std::string> plainTexts(const std::string& text, bool& isS
         if (equals == line.npos || equals == 0 || equals > 200 ||
             line.substr(0, equals).find('/') != line.npos)
             continue;
-        const std::string name = lowered(line.substr(0, equals)), value = line.substr(equals + 1);
+        const std::string name = fuzz::lowered(line.substr(0, equals)),
+                          value = line.substr(equals + 1);
         if (value.starts_with("s:") && value.size() <= 65537)
             found[name] = value.substr(2);
         else if (value.size() >= 2 && value[1] == ':' &&
@@ -84,27 +71,10 @@ Lines strangers(const std::string& text) {
 }
 
 std::string someFile(fuzz::Input& input) {
-    constexpr const char* pieces[] = {"\n",
-                                      "[A]\n",
-                                      "[a/B]\n",
-                                      "[]\n",
-                                      "[",
-                                      "a=s:",
-                                      "B=i:12",
-                                      "c=l:a|b|",
-                                      "=",
-                                      "|",
-                                      "\\n",
-                                      "\\x4",
-                                      "b=b:1\n",
-                                      "r=r:1e5\n",
-                                      "\\",
-                                      "#",
-                                      "# Mox settings 2\n",
-                                      "]",
-                                      "/",
-                                      "x",
-                                      "\r\n"};
+    static const Lines pieces =
+        kit::parts("\n,[A]\n,[a/B]\n,[]\n,[,a=s:,B=i:12,c=l:a|b|,=,|,\\n,\\x4,b=b:1\n,"
+                   "r=r:1e5\n,\\,#,# Mox settings 2\n,],/,x,\r\n",
+                   ",");
     std::string text;
     while (input.remaining() > 40)
         text += input.byte() % 8 == 0 ? input.text(6) : input.pick(pieces);
@@ -118,18 +88,16 @@ std::string someName(fuzz::Input& input) {
 
 void change(fuzz::Input& input, KazSettings& settings, std::map<std::string, std::string>& wanted) {
     const std::string name = someName(input), text = input.textOf("ab\n\r\t\\|=\x01\x7F#[]", 8);
-    switch (input.between(0, 3)) {
-    case 0:
+    const int operation = input.between(0, 3);
+    if (operation == 0) {
         settings.remove(name.c_str());
-        wanted[lowered(name)] = "-";
-        return;
-    case 1:
+        wanted[fuzz::lowered(name)] = "-";
+    } else if (operation == 1) {
         settings.setBool(name.c_str(), input.flag());
-        wanted.erase(lowered(name));
-        return;
-    default:
+        wanted.erase(fuzz::lowered(name));
+    } else {
         settings.setText(name.c_str(), text.c_str());
-        wanted[lowered(name)] = "=" + text;
+        wanted[fuzz::lowered(name)] = "=" + text;
     }
 }
 

@@ -140,18 +140,9 @@ private:
 
 // ------------------------------------------------------------------- the input
 
-const std::array<std::string, 12> names = {"a",
-                                           "b",
-                                           "ab",
-                                           "ac",
-                                           "nested",
-                                           "ti.x",
-                                           "tiger.a.b",
-                                           "ti",
-                                           "",
-                                           "\\\"$",
-                                           std::string(63, 'n'),
-                                           std::string(64, 'n')};
+const std::string limit(63, 'n');
+const std::array<std::string, 12> names = {"a",         "b",  "ab", "ac",    "nested", "ti.x",
+                                           "tiger.a.b", "ti", "",   "\\\"$", limit,    limit + "n"};
 
 const std::array<std::string, 14> pieces = {"${ab}",    "${ac}", "\\", "\"",       "\\\"",
                                             "\\\\\\\"", "${",    "}",  "${a}",     "$",
@@ -208,42 +199,34 @@ void push(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
 
 void step(fuzz::Failures& failures, Model& model, fuzz::Input& input) {
     const std::string name = takeName(input);
-    std::string value;
     const auto unchanged = [&] {
         const char* const found = vstring_lookup_var(name.c_str());
         FUZZ_CHECK((found != nullptr ? Answer(found) : std::nullopt) == model.lookUp(name));
     };
-    switch (input.between(0, 8)) {
-    case 0:
+    const int operation = input.between(0, 8);
+    if (operation == 0) {
         push(failures, model, input);
-        break;
-    case 1:
+    } else if (operation == 1) {
         vstring_pop_lookup_func();
         if (!model.pushed.empty())
             model.pushed.pop_back();
-        break;
-    case 2:
+    } else if (operation == 2) {
         FUZZ_CHECK(vstring_clear_lookup_funcs());
         model.pushed.clear();
-        break;
-    case 3:
+    } else if (operation == 3) {
         own[name] = takeValue(input);
-        break;
-    case 4:
-        value = takeValue(input);
+    } else if (operation == 4) {
+        const std::string value = takeValue(input);
         failures.step([&] { vstring_set_simple_var(name.c_str(), value.c_str()); }, unchanged);
         model.simple[name] = value;
-        break;
-    case 5:
+    } else if (operation == 5) {
         // A "~" in front is the business of others.
-        value = "x" + takeValue(input);
+        const std::string value = "x" + takeValue(input);
         failures.step([&] { FUZZ_CHECK(TI_Vasg(name.c_str(), value.c_str()) == 0); }, unchanged);
         model.toolInfo[name] = value;
-        break;
-    case 6:
+    } else if (operation == 6) {
         failures.step(unchanged);
-        break;
-    default:
+    } else {
         compare(failures, model, takeText(input));
     }
 }

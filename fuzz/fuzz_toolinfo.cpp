@@ -3,12 +3,13 @@
 // variables: the library and a plain model of its rules answer alike, also about
 // where each definition stands, which one is in force, and why others are not. Lines
 // in which nothing is found wrong mean what anybody would read there.
+#include "fuzz/directory.h"
 #include "fuzz/harness.h"
+#include "kit/table.h"
 #include "programs/common/findings.h"
 #include "programs/moxinfo/origin.h"
 #include "testkit/director.h"
 #include "testkit/env.h"
-#include "testkit/temp_tree.h"
 #include "tools/app/KazMasterContext.h"
 #include "tools/config/detail/ToolInfoState.h"
 #include "tools/config/toolinfo.h"
@@ -40,12 +41,8 @@ Answer answer(const char* text) {
     return text != nullptr ? Answer(text) : std::nullopt;
 }
 
-/// The files' directory, which is the user's home too. In memory where that is
-/// possible; removed at the end.
-const moxkit::TempTree& directory() {
-    static const moxkit::TempTree tree(fs::is_directory("/dev/shm") ? "/dev/shm" : "");
-    return tree;
-}
+/// The files' directory, which is the user's home too.
+using fuzz::directory;
 
 std::string fileName(int number) {
     return "f" + std::to_string(number);
@@ -74,18 +71,16 @@ struct Seen {
 std::vector<Seen> linesOf(const std::string& text, const std::string& file) {
     std::vector<Seen> lines;
     int number = 0;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
+    for (std::string line : kit::lines(text)) {
         ++number;
         do {
-            const std::string piece = text.substr(begin, std::min<std::size_t>(5120, end - begin));
-            begin += piece.size();
+            const std::string piece = line.substr(0, 5120);
+            line.erase(0, piece.size());
             const bool hasNul = piece.find('\0') != piece.npos;
             lines.push_back({file, number,
-                             (begin < end ? KazLineIsCut : 0) | (hasNul ? KazLineHasNul : 0),
+                             (line.empty() ? 0 : KazLineIsCut) | (hasNul ? KazLineHasNul : 0),
                              std::nullopt, piece.c_str()});
-        } while (begin < end);
-        ++begin;
+        } while (!line.empty());
     }
     return lines;
 }
@@ -190,11 +185,10 @@ public:
     }
 
     Answer valueOf(const std::string& name) const {
-        std::string value;
-        if (assigned.count(name) != 0)
-            value = assigned.at(name);
-        else if (table.count(name) != 0)
-            value = table.at(name).value;
+        const bool isAssigned = assigned.count(name) != 0;
+        if (!isAssigned && table.count(name) == 0)
+            return std::nullopt;
+        const std::string& value = isAssigned ? assigned.at(name) : table.at(name).value;
         return value.empty() ? std::nullopt : Answer(value);
     }
 
@@ -210,15 +204,12 @@ public:
     }
 
     std::vector<std::string> names() const {
-        std::map<std::string, int> all;
+        std::set<std::string> all;
         for (const auto& entry : table)
-            all[entry.first];
+            all.insert(entry.first);
         for (const auto& entry : assigned)
-            all[entry.first];
-        std::vector<std::string> result;
-        for (const auto& entry : all)
-            result.push_back(entry.first);
-        return result;
+            all.insert(entry.first);
+        return {all.begin(), all.end()};
     }
 
     static std::string environmentName(const std::string& name) {
@@ -275,24 +266,14 @@ std::string takeLink(fuzz::Input& input, int from) {
     const int to = input.byte() % 4 != 0 ? from + 1 : input.between(0, fileCount);
     const std::string name = fileName(to);
     const moxkit::TempTree& tree = directory();
-    switch (input.between(0, 10)) {
-    case 0:
-        return tree.path(name);
-    case 1:
-        return tree.path("./" + name);
-    case 2:
-        return "~\\" + name;
-    case 3:
-        return tree.path();
-    case 4:
-        return name;
-    case 5:
+    const std::string spellings[] = {tree.path(name), tree.path("./" + name), "~\\" + name,
+                                     tree.path(), name};
+    const auto how = input.between<std::size_t>(0, 10);
+    if (how < std::size(spellings))
+        return spellings[how];
+    if (how == 5)
         return input.textOf("~/\\.f12 ", 12);
-    case 6:
-        return "";
-    default:
-        return "~/" + name;
-    }
+    return how == 6 ? "" : "~/" + name;
 }
 
 std::string takeLine(fuzz::Input& input, int file) {
@@ -321,20 +302,16 @@ std::string takeFile(fuzz::Input& input, int number) {
     return text;
 }
 
-std::set<int> writtenFiles;
-
 void writeFile(int number, const std::string& text) {
-    writtenFiles.insert(number);
-    std::ofstream(directory().path(fileName(number)), std::ios::binary) << text;
+    directory().write(fileName(number), text);
 }
 
 /// Everything is as if no file had been read yet.
 void startAfresh() {
     kaz::detail::ToolInfoState::instance() = {};
     KazMasterContext::getInstance()->setSlot(KazMasterContext::toolsSlot, nullptr);
-    for (const int number : writtenFiles)
-        fs::remove(directory().path(fileName(number)));
-    writtenFiles.clear();
+    for (const auto& entry : fs::directory_iterator(directory().path()))
+        fs::remove(entry.path());
     for (const char* variable : {"TOOLINFO", "KAZ_PROJDIR", "KAZ_A"})
         moxkit::setVariable(variable, nullptr);
     moxkit::setVariable("HOME", directory().path().c_str());
@@ -400,24 +377,22 @@ std::string placeOf(const std::string& file, int line) {
 
 /// Is that why this definition is not in force, as one looks for it by hand?
 void checkReason(const Model& model, const Seen& line, const std::string& reason) {
-    const bool isFirstFile = line.file == model.chain[0];
-    const std::vector<Seen> all = model.definitionsOf(*line.name);
-    bool isEarlier = false, isLine = false;
-    for (const Seen& other : all) {
-        isEarlier = isEarlier || (other.file != line.file &&
-                                  std::find(model.chain.begin(), model.chain.end(), other.file) <
-                                      std::find(model.chain.begin(), model.chain.end(), line.file));
-        const std::string number = std::to_string(other.line);
-        isLine =
-            isLine || (other.file == line.file &&
-                       reason == "line " + number + (isFirstFile ? " replaces it" : " defines it"));
-    }
+    std::set<std::string> reasons;
     const bool isLibrarys = model.table.at(*line.name).file.empty();
-    const bool isOverridden =
-        std::getenv(Model::environmentName(*line.name).c_str()) != nullptr && !isLibrarys;
-    FUZZ_CHECK(isLine || (reason == "an earlier file defines it" && isEarlier && !isLibrarys) ||
-               (reason == "the library sets it" && isLibrarys) ||
-               (reason == "the environment sets it" && isOverridden));
+    if (isLibrarys)
+        reasons.insert("the library sets it");
+    else if (std::getenv(Model::environmentName(*line.name).c_str()) != nullptr)
+        reasons.insert("the environment sets it");
+    const auto place = [&](const Seen& each) {
+        return std::find(model.chain.begin(), model.chain.end(), each.file);
+    };
+    for (const Seen& other : model.definitionsOf(*line.name))
+        if (other.file == line.file)
+            reasons.insert("line " + std::to_string(other.line) +
+                           (line.file == model.chain[0] ? " replaces it" : " defines it"));
+        else if (place(other) < place(line) && !isLibrarys)
+            reasons.insert("an earlier file defines it");
+    FUZZ_CHECK(reasons.count(reason) == 1);
 }
 
 /// What stands below a variable: one source is in force, and it is the right one.
@@ -473,12 +448,8 @@ void compareFindings(const Model& model, const Configuration& configuration) {
         if (finding.file >= 0)
             places.emplace(configuration.fileName(finding.file), finding.line);
     for (const std::string& file : model.chain) {
-        const std::string text = *Model::contents(file);
         int number = 0;
-        for (std::size_t begin = 0; begin < text.size();) {
-            const std::size_t end = std::min(text.find('\n', begin), text.size());
-            const std::string line = text.substr(begin, end - begin);
-            begin = end + 1;
+        for (const std::string& line : kit::lines(*Model::contents(file))) {
             ++number;
             if (trimmed(line, " \t\r", " \t\r").empty() || line[0] == '%' || line[0] == '.')
                 continue;
@@ -557,8 +528,8 @@ void step(Model& model, fuzz::Input& input) {
     const std::string name = takeName(input);
     const Model before = model;
     const auto unchanged = [&before] { compareAll(before); };
-    switch (input.between(0, 6)) {
-    case 0: {
+    const int operation = input.between(0, 6);
+    if (operation == 0) {
         const int number = input.between(0, fileCount);
         const bool flag = input.flag(), overwrites = model.overwrite;
         writeFile(number, takeFile(input, number));
@@ -568,34 +539,24 @@ void step(Model& model, fuzz::Input& input) {
         model.overwrite = overwrites;
         failures->step([&] { needed(TI_V_user_file(path.c_str(), flag) == 0); }, unchanged);
         FUZZ_CHECK(TI_V_user_file(directory().path().c_str(), flag) == -1);
-        break;
-    }
-    case 1: {
+    } else if (operation == 1) {
         const std::string line = takeLine(input, 0).c_str();
-        int result = 0;
-        failures->step([&] { result = TI_Var(line.c_str()); }, unchanged);
+        const int result = failures->ask([&] { return TI_Var(line.c_str()); }, unchanged);
         FUZZ_CHECK(result == model.defineLine(line));
-        break;
-    }
-    case 2: {
+    } else if (operation == 2) {
         const std::string value = input.cText(8);
         const std::string expanded = _TI_hm(value.c_str());
-        int result = 0;
-        failures->step([&] { result = TI_Vasg(name.c_str(), value.c_str()); }, unchanged);
+        const int result =
+            failures->ask([&] { return TI_Vasg(name.c_str(), value.c_str()); }, unchanged);
         FUZZ_CHECK(result == model.assign(name, expanded));
-        break;
-    }
-    case 3: {
+    } else if (operation == 3) {
         const bool flag = input.flag();
         FUZZ_CHECK(TI_V_set_overwrite(flag) == model.overwrite);
         model.overwrite = flag;
-        break;
-    }
-    case 4:
+    } else if (operation == 4) {
         moxkit::setVariable(input.flag() ? "KAZ_PROJDIR" : "KAZ_A",
                             input.flag() ? "" : "environment");
-        break;
-    default:
+    } else {
         compare(model, name);
     }
 }
