@@ -94,25 +94,20 @@ void fuzz::harness(Input& input) {
     memoryRunsOut(failures, n);
     Pair pair(n);
     for (int work = 0; !input.empty() && work < 2000000; work += n + 40) {
-        switch (input.between(0, 4)) {
-        case 0:
+        const int operation = input.between(0, 4);
+        if (operation == 0) {
             pair.put(input.between(-2, n + 34), input.flag());
-            break;
-        case 1: {
+        } else if (operation == 1) {
             const int first = input.between(-2, n + 34);
             const bool value = input.between(0, 3) > 0;
             for (int i = first, end = first + input.between(0, 2200); i < end; ++i)
                 pair.put(i, value ? -7 : 0);
-            break;
-        }
-        case 2:
-            if (input.byte() == 0)
-                pair.clear();
-            break;
-        default:
+        } else if (operation > 2) {
             const int flip = input.between(-2, n + 2);
             pair.compareCopy(flip, input.byte() == 0 ? INT_MAX : input.between(-20, n + 20),
                              input.byte() == 0 ? INT_MIN : input.between(-20, n + 20));
+        } else if (input.byte() == 0) {
+            pair.clear();
         }
         pair.check();
     }

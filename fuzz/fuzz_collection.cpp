@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <list>
 #include <memory>
 #include <string>
@@ -27,7 +26,7 @@ int valueOf(const void* element) {
     return element ? static_cast<const Counted*>(element)->value() : 0;
 }
 
-// ---- The array
+// ---- Arrays, which share their slots until one of them needs more
 
 struct Array : KazArrayPtr {
     std::vector<void*> contents() const { return std::vector<void*>(data, data + size); }
@@ -41,89 +40,6 @@ int grownCapacity(int present, int count) {
     return present == 0 ? fitting : std::max(fitting, (present + more + 4) / 4 * 4);
 }
 
-void arrayBehavesLikeAVector(Input& input) {
-    fuzz::Failures failures(input);
-    Array array;
-    std::vector<void*> model;
-    int room = 0;
-    const auto unchanged = [&] { FUZZ_CHECK(array.contents() == model && array.room() == room); };
-    for (int work = 0; !input.empty() && work < 300000; work += array.getSize() + 1) {
-        const int size = static_cast<int>(model.size());
-        void* value = reinterpret_cast<void*>(static_cast<std::intptr_t>(input.between(1, 99)));
-        const int at = input.between(0, size + 3);
-        const auto fillTo = [&](int count) {
-            if (count > size)
-                model.resize(static_cast<std::size_t>(count));
-        };
-        bool fits = false;
-        switch (input.between(0, 9)) {
-        case 0:
-            failures.step([&] { FUZZ_CHECK(array.add(value) == size); }, unchanged);
-            model.push_back(value);
-            break;
-        case 1:
-            failures.step([&] { array.setAtGrow(at, value); }, unchanged);
-            fillTo(at + 1);
-            model[static_cast<std::size_t>(at)] = value;
-            break;
-        case 2: {
-            std::vector<void*> inserted(static_cast<std::size_t>(input.between(0, 80)), value);
-            failures.step(
-                [&] { array.insertAt(at, inserted.data(), static_cast<int>(inserted.size())); },
-                unchanged);
-            fillTo(at);
-            model.insert(model.begin() + at, inserted.begin(), inserted.end());
-            break;
-        }
-        case 3:
-            if (size > 0 && size < 500) { // its own slots
-                failures.step([&] { array.insertAt(at, array); }, unchanged);
-                const std::vector<void*> inserted(model);
-                fillTo(at);
-                model.insert(model.begin() + at, inserted.begin(), inserted.end());
-            }
-            break;
-        case 4:
-            array.remove();
-            model.resize(static_cast<std::size_t>(std::max(size - 1, 0)));
-            break;
-        case 5:
-            fits = failures.hold([&] { array.freeExtra(); }); // or the block cannot shrink
-            break;
-        case 6:
-            failures.step([&] { array.setSize(at); }, unchanged);
-            model.resize(static_cast<std::size_t>(at));
-            fits = at == 0;
-            break;
-        case 7: {
-            KazArrayPtr other;
-            failures.step([&] { other.copy(array); }, [&] { FUZZ_CHECK(other.getSize() == 0); });
-            failures.step([&] { FUZZ_CHECK(other.append(array) == size); },
-                          [&] { FUZZ_CHECK(other.getSize() == size); });
-            FUZZ_CHECK(other.findPtr(size > 0 ? array[0] : value) >= size || size == 0);
-            break;
-        }
-        default:
-            if (size > 0) {
-                const int from = input.between(0, size - 1);
-                const int count = input.between(0, 9);
-                failures.hold([&] { array.removeAt(from, count); });
-                model.erase(model.begin() + from,
-                            model.begin() + from + std::min(count, size - from));
-            }
-        }
-        FUZZ_CHECK(array.contents() == model);
-        FUZZ_CHECK(array.findPtr(value) ==
-                   model.rend() - std::find(model.rbegin(), model.rend(), value) - 1);
-        room = fits                      ? static_cast<int>(model.size())
-               : array.getSize() <= room ? room
-                                         : grownCapacity(room, array.getSize());
-        FUZZ_CHECK(array.room() == room);
-    }
-}
-
-// ---- Arrays that share their slots until one of them needs more
-
 /// An array, and the slots that it should have, of which it counts the first ones.
 struct Sharer {
     Array array;
@@ -135,6 +51,8 @@ struct Sharer {
         return slots ? std::vector<void*>(slots->begin(), slots->begin() + size)
                      : std::vector<void*>();
     }
+    void check() const { FUZZ_CHECK(array.contents() == contents() && array.room() == room()); }
+    void put(int at, void* value) { (*slots)[static_cast<std::size_t>(at)] = value; }
     /// What is new is null, also for whoever counts these slots already.
     void resize(int count) {
         if (count > room()) {
@@ -144,96 +62,118 @@ struct Sharer {
         }
         if (count > size)
             std::fill(slots->begin() + size, slots->begin() + count, nullptr);
-        if (count == 0)
-            slots.reset();
         size = count;
     }
+    /// By setSize() and copy(), which let go of all slots when none is wanted.
+    void setSize(int count) {
+        resize(count);
+        if (count == 0)
+            slots.reset();
+    }
     void insert(int at, const std::vector<void*>& items) {
-        if (items.empty())
-            return;
         std::vector<void*> behind = contents();
         behind.erase(behind.begin(), behind.begin() + std::min(at, size));
         resize(std::max(at, size) + static_cast<int>(items.size()));
-        std::copy(behind.begin(), behind.end(),
-                  std::copy(items.begin(), items.end(), slots->begin() + at));
+        if (!items.empty())
+            std::copy(behind.begin(), behind.end(),
+                      std::copy(items.begin(), items.end(), slots->begin() + at));
+    }
+    void remove(int at, int count) {
+        const int gone = std::min(count, size - at);
+        if (gone > 0)
+            std::copy(slots->begin() + at + gone, slots->begin() + size, slots->begin() + at);
+        size -= gone;
+    }
+    void freeExtra() {
+        if (slots.use_count() == 1)
+            size > 0 ? slots->resize(static_cast<std::size_t>(size)) : slots.reset();
     }
 };
 
-void arraysShareUntilTheyGrow(Input input) {
+void arraysShareUntilTheyGrow(Input& input) {
     fuzz::Failures failures(input);
     std::array<Sharer, 3> all;
     const auto check = [&all] {
-        for (const Sharer& each : all) {
-            FUZZ_CHECK(each.array.contents() == each.contents());
-            FUZZ_CHECK(each.array.room() == each.room());
-        }
+        for (const Sharer& each : all)
+            each.check();
     };
-    for (int work = 0; !input.empty() && work < 100000; work += all[0].size + 1) {
+    for (int work = 0; !input.empty() && work < 300000;) {
+        work += all[0].size + all[1].size + all[2].size + 1;
         Sharer& one = all[input.between<std::size_t>(0, 2)];
         const Sharer& other = all[input.between<std::size_t>(0, 2)];
+        Array& array = one.array;
         void* value = reinterpret_cast<void*>(static_cast<std::intptr_t>(input.between(1, 99)));
         const int at = input.between(0, one.size + 2), count = input.between(0, 3);
-        switch (input.between(0, 8)) {
-        case 0:
-            failures.step([&] { one.array.add(value); }, check);
+        const int operation = input.between(0, 12);
+        if (operation == 0) {
+            failures.step([&] { FUZZ_CHECK(array.add(value) == one.size); }, check);
             one.insert(one.size, {value});
-            break;
-        case 1:
+        } else if (operation == 1) {
             if (at < one.size) {
-                one.array.setAt(at, value);
-                (*one.slots)[static_cast<std::size_t>(at)] = value;
+                array.setAt(at, value);
+                one.put(at, value);
             }
-            break;
-        case 2:
-        case 3:
+        } else if (operation < 4) {
             one = Sharer(other);
-            break;
-        case 4:
+        } else if (operation == 4) {
             if (other.size < 100) {
                 const int from = input.between(0, std::max(other.size - 1, 0));
                 Array lent = other.array; // which shares them, too
                 failures.step(
                     [&] {
-                        from == 0
-                            ? one.array.insertAt(at, other.array)
-                            : one.array.insertAt(at, lent.getData() + from, other.size - from);
+                        from == 0 ? array.insertAt(at, other.array)
+                                  : array.insertAt(at, lent.getData() + from, other.size - from);
                     },
                     check);
                 std::vector<void*> inserted = other.contents();
                 inserted.erase(inserted.begin(), inserted.begin() + from);
-                one.insert(at, inserted);
+                if (!inserted.empty())
+                    one.insert(at, inserted);
             }
-            break;
-        case 5:
+        } else if (operation == 5) {
             if (at < one.size) {
-                const int gone = std::min(count, one.size - at);
-                one.array.removeAt(at, count);
-                std::copy(one.slots->begin() + at + gone, one.slots->begin() + one.size,
-                          one.slots->begin() + at);
-                one.size -= gone;
+                failures.hold([&] { array.removeAt(at, count); });
+                one.remove(at, count);
             }
-            break;
-        case 6:
-            failures.step([&] { one.array.setSize(at); }, check);
-            one.resize(at);
-            break;
-        case 7:
-            one.array.freeExtra();
-            if (one.slots.use_count() == 1)
-                one.size > 0 ? one.slots->resize(static_cast<std::size_t>(one.size))
-                             : one.resize(0);
-            break;
-        default:
-            failures.step([&] { one.array.copy(other.array); }, check);
+        } else if (operation == 6) {
+            failures.step([&] { array.setSize(at); }, check);
+            one.setSize(at);
+        } else if (operation == 7) {
+            if (failures.hold([&] { array.freeExtra(); })) // or the block cannot shrink
+                one.freeExtra();
+        } else if (operation == 8) {
+            failures.step([&] { array.setAtGrow(at, value); }, check);
+            one.resize(std::max(at + 1, one.size));
+            one.put(at, value);
+        } else if (operation == 9) {
+            array.remove();
+            one.remove(std::max(one.size - 1, 0), 1);
+        } else if (operation == 10) {
+            std::vector<void*> inserted(input.between<std::size_t>(0, 80), value);
+            const int inputs = static_cast<int>(inserted.size());
+            failures.step([&] { array.insertAt(at, inserted.data(), inputs); }, check);
+            one.insert(at, inserted);
+        } else if (operation == 11) {
+            if (other.size < 100) {
+                failures.step([&] { FUZZ_CHECK(array.append(other.array) == one.size); }, check);
+                if (other.size > 0)
+                    one.insert(one.size, other.contents());
+            }
+        } else {
+            failures.step([&] { array.copy(other.array); }, check);
             if (one.slots == other.slots) {
                 one.size = other.size;
             } else {
-                one.resize(other.size);
-                for (std::size_t i = 0; i < other.contents().size(); ++i)
-                    (*one.slots)[i] = (*other.slots)[i];
+                const std::vector<void*> copied = other.contents();
+                one.setSize(other.size);
+                for (std::size_t i = 0; i < copied.size(); ++i)
+                    (*one.slots)[i] = copied[i];
             }
         }
         check();
+        const std::vector<void*> now = one.contents();
+        FUZZ_CHECK(array.findPtr(value) ==
+                   now.rend() - std::find(now.rbegin(), now.rend(), value) - 1);
     }
 }
 
@@ -330,12 +270,11 @@ public:
         const int size = model.size();
         const int at = input.between(0, size + 1);
         Counted one(input.between(1, 99)), two(7);
-        switch (input.between(0, 9)) {
-        case 0:
+        const int operation = input.between(0, 9);
+        if (operation == 0) {
             retry([&] { FUZZ_CHECK(coll.add(&one) == size); });
             model.insertOne(size, one.value());
-            break;
-        case 1: {
+        } else if (operation == 1) {
             void* items[] = {&one, &two};
             if (input.flag()) {
                 retry([&] { coll.insertAt(at, items, 2); });
@@ -344,9 +283,7 @@ public:
                 retry([&] { coll.insertAt(at, &one); });
                 model.insertOne(at, one.value());
             }
-            break;
-        }
-        case 2:
+        } else if (operation == 2) {
             if (size > 0 && size < 200) {
                 if (input.flag()) {
                     retry([&] { coll.insertAt(at, coll); });
@@ -356,8 +293,7 @@ public:
                     model.insert(size, std::vector<int>(model.values));
                 }
             }
-            break;
-        case 3:
+        } else if (operation == 3) {
             if (size > 0) {
                 // What it replaces is gone before the new one comes in.
                 failures.step([&] { coll.setAt(at % size, &one); },
@@ -370,35 +306,25 @@ public:
                 model.note('i', one.value());
                 model.values[static_cast<std::size_t>(at % size)] = one.value();
             }
-            break;
-        case 4:
-        case 5:
+        } else if (operation < 6) {
             if (size > 0) {
                 const int from = at % size;
                 const int count = input.between(1, size - from);
                 failures.hold([&] { coll.removeAt(from, count); });
                 model.remove(from, count);
             }
-            break;
-        case 6:
-            switch (input.between(0, 9)) {
-            case 0:
+        } else if (operation == 6) {
+            if (const int what = input.between(0, 9); what == 0)
                 clear();
-                break;
-            case 1:
+            else if (what == 1)
                 copyOthers(input);
-                break;
-            default:
+            else
                 coll.freeExtra();
-            }
-            break;
-        case 7: {
+        } else if (operation == 7) {
             const bool fresh = input.flag();
             model.iterators.pop_back();
             model.iterators.push_front(fresh ? atStart() : model.iterators.back());
-            break;
-        }
-        default:
+        } else {
             for (auto& [real, position] : model.iterators) {
                 if (position != -2 && ++position == size)
                     position = -2;
@@ -499,12 +425,6 @@ void iteratorsKeepTheirElements(Input& input) {
 
 // ---- Strings, own elements among the arguments
 
-bool isSameInAnyCase(const std::string& a, const std::string& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-        return std::tolower(x) == std::tolower(y);
-    });
-}
-
 /// Each element holds one reference to its block.
 void holdsOneReferenceEach(const KazStringColl& coll, const KazString& text) {
     KazStringColl copied;
@@ -536,38 +456,32 @@ void stringsBehaveLikeAVector(Input& input) {
         const KazString& text = isOwn ? coll[from] : fresh;
         const std::string value = text.getValue();
         const auto here = model.begin() + at;
-        switch (input.between(0, 6)) {
-        case 0:
+        const int operation = input.between(0, 6);
+        if (operation == 0) {
             failures.step([&] { FUZZ_CHECK(coll.add(text) == size); }, unchanged);
             model.push_back(value);
-            break;
-        case 1:
+        } else if (operation == 1) {
             failures.step([&] { coll.insertAt(at, text); }, unchanged);
             model.insert(here, value);
-            break;
-        case 2: {
+        } else if (operation == 2) {
             const KazString both[] = {text, fresh};
             failures.step([&] { coll.insertAt(at, both, 2); }, unchanged);
             model.insert(here, {value, wanted});
-            break;
-        }
-        case 3:
+        } else if (operation == 3) {
             if (size < 100) {
                 coll.insertAt(at, coll);
                 const std::vector<std::string> inserted(model);
                 model.insert(here, inserted.begin(), inserted.end());
             }
-            break;
-        case 4:
+        } else if (operation == 4) {
             coll.removeAt(from, 1);
             if (size > 0)
                 model.erase(model.begin() + from);
-            break;
-        default:
-            if (at == size)
-                break;
-            input.flag() ? coll.setAt(at, text) : void(coll[at] = text);
-            *here = value;
+        } else {
+            if (at < size) {
+                input.flag() ? coll.setAt(at, text) : void(coll[at] = text);
+                *here = value;
+            }
         }
         FUZZ_CHECK(coll.getSize() == static_cast<int>(model.size()));
         holdsOneReferenceEach(coll, fresh);
@@ -579,8 +493,9 @@ void stringsBehaveLikeAVector(Input& input) {
         };
         const char* const searched = wanted.empty() ? nullptr : wanted.c_str();
         FUZZ_CHECK(coll.find(searched) == last([&](const auto& each) { return each == wanted; }));
-        FUZZ_CHECK(coll.findNoCase(searched) ==
-                   last([&](const auto& each) { return isSameInAnyCase(each, wanted); }));
+        FUZZ_CHECK(coll.findNoCase(searched) == last([&](const auto& each) {
+                       return fuzz::lowered(each) == fuzz::lowered(wanted);
+                   }));
     }
 }
 
@@ -609,40 +524,25 @@ public:
         if (!coll)
             coll = fresh();
         const int size = coll->getSize();
-        switch (input.between(0, 9)) {
-        case 0:
-            return withItem([&](void* item) { coll->insertAt(input.between(0, size + 1), item); });
-        case 1:
-            return withItem([&](void* item) {
-                size > 0 ? coll->setAt(input.between(0, size - 1), item) : void(coll->add(item));
-            });
-        case 2:
-        case 3:
-            return withItem([&](void* item) { coll->add(item); });
-        case 4:
-            if (size > 0)
-                coll->removeAt(input.between(0, size - 1), input.between(1, 3));
-            break;
-        case 5:
-            if (other)
-                *coll = *other;
-            break;
-        case 6:
-            if (!Meddling::isInside() && input.flag())
-                coll.reset();
-            break;
-        case 7:
+        const int operation = input.between(0, 9);
+        if (operation == 0)
+            withItem([&](void* item) { coll->insertAt(input.between(0, size + 1), item); });
+        else if (operation == 1 && size > 0)
+            withItem([&](void* item) { coll->setAt(input.between(0, size - 1), item); });
+        else if (operation < 4)
+            withItem([&](void* item) { coll->add(item); });
+        else if (operation == 4 && size > 0)
+            coll->removeAt(input.between(0, size - 1), input.between(1, 3));
+        else if (operation == 5 && other)
+            *coll = *other;
+        else if (operation == 6 && !Meddling::isInside() && input.flag())
+            coll.reset();
+        else if (operation == 7)
             input.flag() ? coll->removeAll() : coll->freeExtra();
-            break;
-        case 8:
-            if (!Meddling::isInside())
-                iterators[input.between<std::size_t>(0, 5)] =
-                    std::make_unique<KazCollIterator>(*coll);
-            break;
-        default:
-            if (checksIn && other && size < 30)
-                takeOver(*coll, *other);
-        }
+        else if (operation == 8 && !Meddling::isInside())
+            iterators[input.between<std::size_t>(0, 5)] = std::make_unique<KazCollIterator>(*coll);
+        else if (operation == 9 && checksIn && other && size < 30)
+            takeOver(*coll, *other);
     }
 
     /// Whatever can be reached is alive: the sanitizer sees to the rest.
@@ -664,17 +564,15 @@ private:
         Counted items[] = {Counted(1), Counted(2), Counted(3)};
         void* given[] = {&items[0], &items[1], &items[2]};
         const int at = input.between(0, coll.getSize() + 1);
-        switch (input.between(0, 3)) {
-        case 0:
-            return coll.copy(other);
-        case 1:
-            return coll.insertAt(at, other);
-        case 2:
+        const int how = input.between(0, 3);
+        if (how == 0)
+            coll.copy(other);
+        else if (how == 1)
+            coll.insertAt(at, other);
+        else if (how == 2)
             coll.append(other);
-            return;
-        default:
+        else
             coll.insertAt(at, given, 3);
-        }
     }
 
     /// What is not checked in is the collection's from then on.
@@ -712,18 +610,8 @@ void sharersLetGoOnce(Input& input) {
 } // namespace
 
 void fuzz::harness(Input& input) {
-    switch (input.between(0, 3)) {
-    case 0:
-        arraysShareUntilTheyGrow(input);
-        arrayBehavesLikeAVector(input);
-        break;
-    case 1:
-        iteratorsKeepTheirElements(input);
-        break;
-    case 2:
-        stringsBehaveLikeAVector(input);
-        break;
-    default:
-        sharersLetGoOnce(input);
-    }
+    static constexpr void (*parts[])(Input&) = {arraysShareUntilTheyGrow,
+                                                iteratorsKeepTheirElements,
+                                                stringsBehaveLikeAVector, sharersLetGoOnce};
+    input.pick(parts)(input);
 }

@@ -64,12 +64,11 @@ void changeList(Input& input, fuzz::Failures& failures, gu_list* list, std::list
     FUZZ_CHECK((place == model.end()) == (node == nullptr));
     const auto unchanged = [&] { compareLists(list, model); };
     const auto tensBefore = [](int a, int b) { return a / 10 < b / 10; };
-    switch (input.between(0, 8)) {
-    case 0:
+    const int operation = input.between(0, 8);
+    if (operation == 0) {
         failures.step([&] { gu_list_insert_before(list, node, element(value)); }, unchanged);
         model.insert(place, value);
-        break;
-    case 1:
+    } else if (operation == 1) {
         failures.step(
             [&] {
                 FUZZ_CHECK(gu_list_element(gu_list_insert_after(list, node, element(value))) ==
@@ -77,49 +76,39 @@ void changeList(Input& input, fuzz::Failures& failures, gu_list* list, std::list
             },
             unchanged);
         model.insert(node != nullptr ? std::next(place) : model.begin(), value);
-        break;
-    case 2: {
+    } else if (operation == 2) {
         const auto first = std::find(model.begin(), model.end(), value);
         FUZZ_CHECK(gu_list_remove(list, element(value)) == (first != model.end()));
         if (first != model.end())
             model.erase(first);
-        break;
-    }
-    case 3: {
+    } else if (operation == 3) {
         gu_list_node* next = gu_list_next(node);
         FUZZ_CHECK(gu_list_remove_node(list, node) == next);
         if (place != model.end())
             model.erase(place);
-        break;
-    }
-    case 4:
+    } else if (operation == 4) {
         FUZZ_CHECK(gu_list_take_last(list) == element(model.empty() ? 0 : model.back()));
         if (!model.empty())
             model.pop_back();
-        break;
-    case 5:
+    } else if (operation == 5) {
         gu_list_reverse(list);
         model.reverse();
-        break;
-    case 6: // all tens are equal: only a stable sort agrees
+    } else if (operation == 6) { // all tens are equal: only a stable sort agrees
         gu_list_sort(list, byTens);
         model.sort(tensBefore);
         failures.step([&] { gu_list_insert_sorted(list, element(value), byTens); }, unchanged);
         model.insert(std::upper_bound(model.begin(), model.end(), value, tensBefore), value);
-        break;
-    case 7: {
+    } else if (operation == 7) {
         const Owned<gu_list> other(failures.ask([&] { return gu_list_copy(list, nullptr); }));
         compareLists(other.get(), model);
-        if (model.size() > 100)
-            break;
-        gu_list_concat(list, other.get());
-        gu_list_concat(list, list);
-        FUZZ_CHECK(gu_list_size(other.get()) == 0);
-        std::list<int> again(model);
-        model.splice(model.end(), again);
-        break;
-    }
-    default:
+        if (model.size() <= 100) {
+            gu_list_concat(list, other.get());
+            gu_list_concat(list, list);
+            FUZZ_CHECK(gu_list_size(other.get()) == 0);
+            std::list<int> again(model);
+            model.splice(model.end(), again);
+        }
+    } else {
         if (node != nullptr) {
             FUZZ_CHECK(gu_list_set_element(node, element(value)) == element(*place));
             *place = value;
@@ -200,25 +189,22 @@ void copiesOwnTheirElements(Input& input) {
             gu_list_append(list.get(), new Counted(n));
             gu_queue_add(queue.get(), new Counted(n));
         }
-        int live = Counted::live();
-        const bool holdsThree = live >= 6;
-        const auto unchanged = [&] { FUZZ_CHECK(Counted::live() == live); };
+        const bool holdsThree = Counted::live() >= 6;
+        const auto makeAgain = [&failures](auto& copy, auto make) {
+            const int live = Counted::live();
+            for (int n = 0; n < 16; ++n) { // one allocation among others tells
+                copy.reset();
+                failures.step([&] { copy.reset(make()); },
+                              [&] { FUZZ_CHECK(Counted::live() == live); });
+            }
+        };
         Owned<gu_list> copy;
-        Owned<gu_queue> copied;
-        for (int n = 0; n < 16; ++n) { // one allocation among others tells
-            copy.reset();
-            failures.step([&] { copy.reset(gu_list_copy(list.get(), Counted::checkIn)); },
-                          unchanged);
-        }
+        makeAgain(copy, [&] { return gu_list_copy(list.get(), Counted::checkIn); });
         delete static_cast<Counted*>(gu_list_take_first(copy.get()));
         gu_list_concat(list.get(), copy.get()); // moved nodes belong to their new list
         copy.reset();
-        live = Counted::live();
-        for (int n = 0; n < 16; ++n) {
-            copied.reset();
-            failures.step([&] { copied.reset(gu_queue_copy(queue.get(), Counted::checkIn)); },
-                          unchanged);
-        }
+        Owned<gu_queue> copied;
+        makeAgain(copied, [&] { return gu_queue_copy(queue.get(), Counted::checkIn); });
         const Owned<gu_list> shared(gu_list_copy(list.get(), nullptr));
         const Owned<gu_queue> sharedQueue(gu_queue_copy(queue.get(), nullptr));
         FUZZ_CHECK(gu_list_size(shared.get()) == gu_list_size(list.get()));

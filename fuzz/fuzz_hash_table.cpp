@@ -15,6 +15,7 @@
 #include <clocale>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -31,20 +32,22 @@ std::string keyOf(int number) {
         "", "k", "K", "variable_", "VARIABLE_", "a_longer_name_than_most_", "\xC3\x84", "begin..."};
     if (number == 0)
         return "";
-    if (number % 16 == 14)
-        return "\xE3\x84" + std::to_string(number / 16);
-    if (number % 16 == 6)
-        return "\xC3\x84" + std::to_string(number / 16);
-    const std::string key = prefixes[number % 8] + std::to_string(number / 8);
-    return number % 8 == 7 ? key + "...the_end" : key;
+    if (number % 16 == 14 || number % 16 == 6)
+        return (number % 16 == 14 ? "\xE3\x84" : "\xC3\x84") + std::to_string(number / 16);
+    return prefixes[number % 8] + std::to_string(number / 8) +
+           (number % 8 == 7 ? "...the_end" : "");
 }
 
 // ---- Elements: heap copies of texts whose coming and going is written down.
 
-std::vector<std::string> journal;
+/// Calls of the functions that a table was given.
+struct Calls {
+    std::vector<std::string> journal; ///< of those for elements
+    int comparisons = 0, hashes = 0;  ///< where these are counted
+    bool operator==(const Calls&) const = default;
+};
+Calls calls;
 int alive = 0;
-int comparisons = 0;
-int hashes = 0;
 /// An exchange ran out of memory, and its repetition finds no value to check out.
 bool awaitsNull = false;
 
@@ -78,7 +81,7 @@ void* checkIn(void* text) {
     char* copy = new char[std::strlen(from) + 1];
     const fuzz::MemoryHolds holds;
     ++alive;
-    journal.push_back(std::string("in ") + from + sight());
+    calls.journal.push_back(std::string("in ") + from + sight());
     return std::strcpy(copy, from);
 }
 
@@ -90,16 +93,23 @@ void checkOut(void* text) {
     --alive;
     const std::string left = static_cast<char*>(text);
     delete[] static_cast<char*>(text); // whatever the table looks at now is not this
-    journal.push_back("out " + left + sight());
+    calls.journal.push_back("out " + left + sight());
+}
+
+void setFunctions(KazHashTable& table, KazHashTable::CheckIn in, KazHashTable::CheckOut out) {
+    table.setKeyCheckIn(in);
+    table.setKeyCheckOut(out);
+    table.setValueCheckIn(in);
+    table.setValueCheckOut(out);
 }
 
 int countedCompare(const void* a, const void* b) {
-    ++comparisons;
+    ++calls.comparisons;
     return KazString::compareDisguised(a, b);
 }
 
 unsigned countedHash(const void* key) {
-    ++hashes;
+    ++calls.hashes;
     return KazString::hashDisguised(key);
 }
 
@@ -157,7 +167,7 @@ struct Bucket {
 class Model {
 public:
     Model(const Functions& functions, int size)
-        : functions_(functions),
+        : functions_(functions.counted ? functionSets[0] : functions),
           size_(size),
           buckets_(static_cast<std::size_t>(std::max(size, 1))) {}
 
@@ -236,10 +246,7 @@ public:
         buckets_[bucket].entries[index].value = value;
     }
 
-    /// What has been checked in and out, forgotten by this.
-    std::vector<std::string> takeJournal() { return std::exchange(journal_, {}); }
-    int takeComparisons() { return std::exchange(comparisons_, 0); }
-    int takeHashes() { return std::exchange(hashes_, 0); }
+    Calls calls; ///< that a table should have made
 
     int count() const { return count_; }
     const std::vector<Bucket>& buckets() const { return buckets_; }
@@ -264,7 +271,7 @@ private:
                 if (!entry.isLeaving && isSame(entry.key, watch.key))
                     asked = &entry;
         const char* value = asked && asked->hasValue ? asked->value.c_str() : nullptr;
-        journal_.push_back(call + sight(count_, watch.asks, asked != nullptr, value));
+        calls.journal.push_back(call + sight(count_, watch.asks, asked != nullptr, value));
     }
 
     bool isSame(const std::string& a, const std::string& b) const {
@@ -277,9 +284,8 @@ private:
     }
 
     int compare(const std::string& probe, const std::string& stored) {
-        ++comparisons_;
-        return functions_.counted ? KazString::compareDisguised(probe.c_str(), stored.c_str())
-                                  : functions_.compare(probe.c_str(), stored.c_str());
+        ++calls.comparisons;
+        return functions_.compare(probe.c_str(), stored.c_str());
     }
 
     Place find(const std::string& key) {
@@ -287,10 +293,8 @@ private:
             return cached_;
         Place place{0, 0, false};
         if (size_ > 1) {
-            ++hashes_;
-            const unsigned hash = functions_.counted ? KazString::hashDisguised(key.c_str())
-                                                     : functions_.hash(key.c_str());
-            place.bucket = hash % static_cast<unsigned>(size_);
+            ++calls.hashes;
+            place.bucket = functions_.hash(key.c_str()) % static_cast<unsigned>(size_);
         }
         const auto& entries = at(place).entries;
         int high = static_cast<int>(entries.size());
@@ -322,9 +326,6 @@ private:
     std::vector<Bucket> buckets_;
     Place cached_{0, -1, true};
     int count_ = 0;
-    std::vector<std::string> journal_;
-    int comparisons_ = 0;
-    int hashes_ = 0;
 };
 
 // ---- Both side by side
@@ -348,26 +349,21 @@ public:
           table(functions.compare, functions.hash, size),
           model(functions, size) {
         watch = {&table, "", asks && !counted};
-        table.setKeyCheckIn(checkIn);
-        table.setKeyCheckOut(checkOut);
-        table.setValueCheckIn(checkIn);
-        table.setValueCheckOut(checkOut);
+        setFunctions(table, checkIn, checkOut);
     }
     Pair(const Pair&) = delete;
     Pair& operator=(const Pair&) = delete;
     ~Pair() { watch = {}; }
 
     void bind(const std::string& key, const std::string& value, bool replace) {
-        bool bound = false;
-        failures.step([&] { bound = table.bind(slot(key), slot(value), replace); },
-                      [&] { afterFailure(key); });
+        const bool bound = failures.ask([&] { return table.bind(slot(key), slot(value), replace); },
+                                        [&] { afterFailure(key); });
         FUZZ_CHECK(bound == model.bind(key, value, replace));
     }
 
     void rebind(const std::string& key, const std::string& value) {
-        bool bound = false;
-        failures.step([&] { bound = table.rebind(slot(key), slot(value)); },
-                      [&] { afterFailure(key); });
+        const bool bound = failures.ask([&] { return table.rebind(slot(key), slot(value)); },
+                                        [&] { afterFailure(key); });
         FUZZ_CHECK(bound == model.rebind(key, value));
     }
 
@@ -376,33 +372,26 @@ public:
         const std::string value = std::to_string(input.byte());
         if (watch.asks)
             watch.key = input.flag() ? key : keyOf(input.between(0, 255));
-        switch (input.between(0, 9)) {
-        case 0:
-        case 1:
-            return bind(key, value, input.flag());
-        case 2:
-            return rebind(key, value);
-        case 3:
-        case 4: {
+        const int operation = input.between(0, 9);
+        if (operation < 2) {
+            bind(key, value, input.flag());
+        } else if (operation == 2) {
+            rebind(key, value);
+        } else if (operation < 5) {
             bool unbound = false;
             failures.hold([&] { unbound = table.unbind(slot(key)); });
             FUZZ_CHECK(unbound == model.unbind(key));
-            return;
-        }
-        case 5:
-            return look(key);
-        case 6:
+        } else if (operation == 5) {
+            look(key);
+        } else if (operation == 6) {
             FUZZ_CHECK(table.isBound(slot(key)) == (model.valueOf(key) != nullptr));
-            return;
-        case 7:
-            if (arrays)
-                compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1), value);
-            else
-                changeRules(input.between(0, 3));
-            return;
-        case 8:
-            return bindMany(input);
-        default:
+        } else if (operation == 7 && arrays) {
+            compareBucket(input.between<std::size_t>(0, model.buckets().size() - 1), value);
+        } else if (operation == 7) {
+            changeRules(input.between(0, 3));
+        } else if (operation == 8) {
+            bindMany(input);
+        } else {
             if (input.flag()) {
                 table.freeExtra();
                 model.freeExtra();
@@ -417,12 +406,12 @@ public:
     /// After each step: what has been done to the elements, and at what cost.
     void compareEffects() {
         FUZZ_CHECK(table.getSize() == model.count());
-        const bool noted = std::exchange(journal, {}) == model.takeJournal();
-        const bool compared = std::exchange(comparisons, 0) == model.takeComparisons();
-        const bool hashed = std::exchange(hashes, 0) == model.takeHashes();
+        Calls expected = std::exchange(model.calls, {});
+        if (!counted)
+            expected.comparisons = expected.hashes = 0;
         // What was tried twice has asked and noted twice.
-        FUZZ_CHECK(std::exchange(isRepeated, false) ||
-                   (noted && (!counted || (compared && hashed))));
+        const bool agree = std::exchange(calls, {}) == expected;
+        FUZZ_CHECK(std::exchange(isRepeated, false) || agree);
         FUZZ_CHECK(alive == 2 * model.count());
         awaitsNull = false;
         FUZZ_CHECK(model.count() > 64 || isSound());
@@ -460,9 +449,9 @@ private:
 
     /// Its own questions are not among those that count.
     bool isSound() const {
-        const int before = comparisons;
+        const int before = calls.comparisons;
         const bool sound = kaz::detail::Soundness::holds(table, !rules.haveChanged());
-        comparisons = before;
+        calls.comparisons = before;
         return sound;
     }
 
@@ -526,8 +515,7 @@ private:
 
 void behavesLikeTheModel(Input& input, const Functions& functions, int size) {
     fuzz::Failures failures(input);
-    journal.clear();
-    comparisons = hashes = 0;
+    calls = {};
     {
         const bool asks = input.flag();
         Pair both(functions, size, asks, input.between(0, 3) == 0, failures);
@@ -561,7 +549,7 @@ void isSound(KazHashTable& table) {
     FUZZ_CHECK(kaz::detail::Soundness::holds(table));
     for (KazHashTableIterator i(table); !i.isDone(); i.next())
         FUZZ_CHECK(table.valueOf(i.getKey()) == i.getValue());
-    journal.clear();
+    calls = {};
 }
 
 void survivesItsElementFunctions(Input& input, const Functions& functions) {
@@ -569,36 +557,23 @@ void survivesItsElementFunctions(Input& input, const Functions& functions) {
         const bool arrays = input.between(0, 3) == 0;
         KazHashTable table(functions.compare, functions.hash, input.flag() ? 1 : 3);
         watch = {&table, keyOf(1), !functions.counted};
-        table.setKeyCheckIn(meddlingCheckIn);
-        table.setKeyCheckOut(meddlingCheckOut);
-        table.setValueCheckIn(meddlingCheckIn);
-        table.setValueCheckOut(meddlingCheckOut);
+        setFunctions(table, meddlingCheckIn, meddlingCheckOut);
         const auto change = [&] {
             const std::string key = keyOf(input.between(0, 30));
             const std::string value = "v";
-            switch (input.between(0, 8)) {
-            case 0:
-            case 1:
-            case 2:
+            const int operation = input.between(0, 8);
+            if (operation < 3)
                 table.bind(slot(key), slot(value), input.flag());
-                break;
-            case 3:
+            else if (operation == 3)
                 table.rebind(slot(key), slot(value));
-                break;
-            case 4:
-            case 5:
+            else if (operation < 6)
                 table.unbind(slot(key));
-                break;
-            case 6:
+            else if (operation == 6)
                 table.isBound(slot(key));
-                break;
-            case 7:
-                if (arrays)
-                    table.getBucketData(0);
-                break;
-            default:
+            else if (operation == 8)
                 input.between(0, 20) == 0 ? table.clear() : table.freeExtra();
-            }
+            else if (arrays)
+                table.getBucketData(0);
         };
         const Meddling meddling(input, change);
         // The whole table after each change; in a long input now and then.
@@ -642,24 +617,21 @@ void mapHoldsItsBlocks(Input& input) {
                 text.replaceAllInSet("e", 'E');
                 FUZZ_CHECK(holder == "ElsEwhErE");
             }
-            switch (input.between(0, 3)) {
-            case 0:
+            const int operation = input.between(0, 3);
+            if (operation == 0) {
                 failures.step([&] { FUZZ_CHECK(map.bind(key, shared, false) == !bound); },
                               [&] { FUZZ_CHECK(holders(shared) == before && !map.isBound(key)); });
                 FUZZ_CHECK(holders(shared) == before + !bound);
-                break;
-            case 1:
+            } else if (operation == 1) {
                 FUZZ_CHECK(map.rebind(key, map.valueOf(key)) == bound);
                 FUZZ_CHECK(holders(shared) == before);
-                break;
-            case 2:
+            } else if (operation == 2) {
                 failures.hold([&] {
                     FUZZ_CHECK(map.unbind(key) == bound);
                     map.freeExtra();
                 });
                 FUZZ_CHECK(holders(shared) == before - bound);
-                break;
-            default:
+            } else {
                 FUZZ_CHECK(map.valueOf(key).disguise() == (bound ? shared.disguise() : nullptr));
             }
         }
@@ -673,12 +645,8 @@ using kaz::detail::HashSeed;
 using kaz::detail::TextProbe;
 
 HashSeed seedOf(std::uint64_t number) {
-    const auto mixed = [](std::uint64_t x) { // splitmix64 (public domain)
-        x = (x ^ x >> 30) * 0xBF58476D1CE4E5B9U;
-        x = (x ^ x >> 27) * 0x94D049BB133111EBU;
-        return x ^ x >> 31;
-    };
-    return {mixed(number), mixed(number + 0x9E3779B97F4A7C15U)};
+    std::mt19937_64 random(number);
+    return {random(), random()};
 }
 
 /// A name of this many words of eight bytes, the first of which leaves nothing of
@@ -722,19 +690,13 @@ void fuzz::harness(Input& input) {
     kit::fixHashSeed();
     const Functions& functions = functionSets[input.between(0, 2)];
     const int buckets = input.pick(std::array{1, -3, 0, 2, 5, 127});
-    switch (input.between(0, 7)) {
-    case 7:
+    const int part = input.between(0, 7);
+    if (part == 7)
         chosenNamesGainNothing(input);
-        break;
-    case 0:
-    case 4:
+    else if (part % 4 == 0)
         survivesItsElementFunctions(input, functions);
-        break;
-    case 1:
-    case 5:
+    else if (part % 4 == 1)
         mapHoldsItsBlocks(input);
-        break;
-    default:
+    else
         behavesLikeTheModel(input, functions, buckets);
-    }
 }

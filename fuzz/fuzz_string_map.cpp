@@ -38,12 +38,6 @@ unsigned int roughHash(const char* key, int bucketCount) {
     return first % 3 == 0 ? first % static_cast<unsigned>(bucketCount) : 0x80000000U + first;
 }
 
-std::string lowered(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
 struct Entry {
     std::string key;
     int number;
@@ -58,7 +52,7 @@ public:
     Entry* find(const std::string& key) {
         if (key.size() > 255)
             return nullptr;
-        for (Entry& entry : chains_[bucketOf(key)])
+        for (Entry& entry : chains_[placeOf(key)])
             if (form(entry.key) == form(key))
                 return &entry;
         return nullptr;
@@ -71,26 +65,19 @@ public:
         }
         if (key.size() > 255)
             return false;
-        chains_[bucketOf(key)].push_front({key, number});
+        chains_[placeOf(key)].push_front({key, number});
         return true;
     }
 
     void undefine(const std::string& key) {
-        chains_[bucketOf(key)].remove_if(
+        chains_[placeOf(key)].remove_if(
             [&](const Entry& entry) { return form(entry.key) == form(key); });
     }
 
-    /// From bucket 0 upward, then from -1 downward.
     std::vector<Entry> inOrder() const {
         std::vector<Entry> result;
-        const auto take = [&](int bucket) {
-            if (const auto found = chains_.find(bucket); found != chains_.end())
-                result.insert(result.end(), found->second.begin(), found->second.end());
-        };
-        for (int bucket = 0; bucket < buckets_; ++bucket)
-            take(bucket);
-        for (int bucket = -1; bucket > -buckets_; --bucket)
-            take(bucket);
+        for (const auto& [place, chain] : chains_)
+            result.insert(result.end(), chain.begin(), chain.end());
         return result;
     }
 
@@ -99,9 +86,12 @@ public:
     }
 
 private:
-    std::string form(const std::string& key) const { return caseSensitive_ ? key : lowered(key); }
+    std::string form(const std::string& key) const {
+        return caseSensitive_ ? key : fuzz::lowered(key);
+    }
 
-    int bucketOf(const std::string& key) const {
+    /// Buckets come in the order from 0 upward and then from -1 downward.
+    int placeOf(const std::string& key) const {
         const std::string hashed = form(key);
         if (rough_) {
             const unsigned bucket = roughHash(hashed.c_str(), buckets_);
@@ -111,7 +101,8 @@ private:
         int sum = 0;
         for (const char c : hashed)
             sum += static_cast<signed char>(c);
-        return sum % buckets_;
+        const int bucket = sum % buckets_;
+        return bucket < 0 ? buckets_ - bucket : bucket;
     }
 
     bool rough_;
@@ -177,9 +168,8 @@ void fuzz::harness(Input& input) {
         const Entry* entry = model.find(key);
         auto* found = static_cast<int*>(string_map_find(map, key.c_str()));
         FUZZ_CHECK(entry ? found && *found == entry->number : !found);
-        switch (input.between(0, 3)) {
-        case 0:
-        case 1: {
+        const int operation = input.between(0, 3);
+        if (operation < 2) {
             void* value = newValue(work);
             const bool defined = model.define(key, work, flag);
             bool didDefine = false;
@@ -188,9 +178,7 @@ void fuzz::harness(Input& input) {
             FUZZ_CHECK(didDefine == defined);
             if (!defined)
                 releaseValue(value);
-            break;
-        }
-        case 2:
+        } else if (operation == 2) {
             failures.hold([&] {
                 FUZZ_CHECK(string_map_undefine(map, key.c_str(), flag) == (entry != nullptr));
             });
@@ -198,8 +186,7 @@ void fuzz::harness(Input& input) {
                 releaseValue(found);
             if (entry)
                 model.undefine(key);
-            break;
-        default:
+        } else {
             compare(failures, map, model);
             work += 50;
         }

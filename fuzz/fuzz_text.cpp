@@ -30,39 +30,31 @@ void edit(Input& input, fuzz::Failures& failures, dd_buffer* buffer, std::string
     const auto retry = [&](auto act) {
         failures.step(act, [&] { FUZZ_CHECK(textOf(buffer) == model); });
     };
-    switch (input.between(0, 8)) {
-    case 0:
+    const int operation = input.between(0, 8);
+    if (operation == 0) {
         retry([&] { dd_add_char(buffer, '\0'); });
         model += '\0';
-        break;
-    case 1: // a part of its own
+    } else if (operation == 1) { // a part of its own
         retry([&] { dd_add_bytes(buffer, dd_text(buffer) + half, length - length / 2); });
         model += model.substr(half);
-        break;
-    case 2: // its own text as an argument, which ends at the first NUL
+    } else if (operation == 2) { // its own text as an argument, which ends at the first NUL
         retry([&] { dd_add_format(buffer, "%s|%d|%s", dd_text(buffer), at, piece.c_str()); });
         model += std::string(model.c_str()) + "|" + std::to_string(at) + "|" + piece;
-        break;
-    case 3: {
+    } else if (operation == 3) {
         const std::string inserted = count < 0 ? std::string(model.c_str()) : piece;
         retry([&] { dd_insert(buffer, at, count < 0 ? dd_text(buffer) : piece.c_str()); });
         model.insert(static_cast<std::size_t>(std::clamp(at, 0, length)), inserted);
-        break;
-    }
-    case 4:
+    } else if (operation == 4) {
         failures.hold([&] { dd_remove(buffer, at, count); });
         if (at >= 0 && at < length && count > 0)
             model.erase(static_cast<std::size_t>(at), static_cast<std::size_t>(count));
-        break;
-    case 5:
+    } else if (operation == 5) {
         retry([&] { dd_add_fill(buffer, '-', count); });
         model.append(static_cast<std::size_t>(std::max(count, 0)), '-');
-        break;
-    case 6:
+    } else if (operation == 6) {
         dd_truncate(buffer, at);
         model.resize(static_cast<std::size_t>(std::clamp(at, 0, length)));
-        break;
-    default:
+    } else {
         retry([&] { dd_add_text(buffer, piece.c_str()); });
         model += piece;
     }
@@ -95,12 +87,6 @@ void buffersFollowTheModel(Input& input) {
     dd_destroy(nullptr);
 }
 
-std::string lowered(std::string text) {
-    for (char& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
-
 void textsFollowTheModel(Input& input) {
     fuzz::Failures failures(input);
     // The result of a function that makes a text.
@@ -109,8 +95,8 @@ void textsFollowTheModel(Input& input) {
     // Texts that agree for a while are what comparison has to tell apart.
     const std::string like = a.substr(0, input.between<std::size_t>(0, a.size())) + b;
     FUZZ_CHECK(kaz_fast_stricmp(a.c_str(), like.c_str()) ==
-               sign(lowered(a).compare(lowered(like))));
-    FUZZ_CHECK(kaz_fast_stricmp(a.c_str(), lowered(a).c_str()) == 0);
+               sign(fuzz::lowered(a).compare(fuzz::lowered(like))));
+    FUZZ_CHECK(kaz_fast_stricmp(a.c_str(), fuzz::lowered(a).c_str()) == 0);
     FUZZ_CHECK(made([&] { return mkcpy(a.c_str()); }) == a);
     const int length = input.between(-1, 40);
     FUZZ_CHECK(made([&] { return mkncpy(a.c_str(), length); }) ==

@@ -117,13 +117,17 @@ bool sameShape(const generic_tree* a, const generic_tree* b) {
            sameShape(a->right, b->right);
 }
 
-/// Values from the `right` end to the `left` one, which is ascending here.
-void walk(const generic_tree* root, std::vector<int>& values) {
+/// Values from the `right` end to the `left` one, which is ascending here; or each behind both
+/// of its subtrees.
+void walk(const generic_tree* root, std::vector<int>& values, bool upwards = false) {
     if (root == nullptr)
         return;
-    walk(root->right, values);
+    walk(upwards ? root->left : root->right, values, upwards);
+    if (upwards)
+        walk(root->right, values, true);
     values.push_back(number(root->value));
-    walk(root->left, values);
+    if (!upwards)
+        walk(root->left, values);
 }
 
 std::vector<int> valuesOf(const generic_tree* root) {
@@ -153,15 +157,6 @@ void noteReleased(void* value) {
     released.push_back(number(value));
 }
 
-/// Both subtrees come before their node.
-void walkUpwards(const generic_tree* root, std::vector<int>& values) {
-    if (root == nullptr)
-        return;
-    walkUpwards(root->left, values);
-    walkUpwards(root->right, values);
-    values.push_back(number(root->value));
-}
-
 /// A tree and its two references under one sequence of changes.
 class Trees {
 public:
@@ -170,7 +165,7 @@ public:
     Trees& operator=(const Trees&) = delete;
     ~Trees() {
         std::vector<int> expected;
-        walkUpwards(model, expected);
+        walk(model, expected, true);
         released.clear();
         delete_tree(tree, noteReleased);
         FUZZ_CHECK(released == expected);
@@ -267,35 +262,22 @@ private:
 void functionsFollowTheReference(Input& input) {
     Trees trees(input);
     for (int work = 0, at = 0; !input.empty() && work < 100000; work += trees.size() + 1) {
-        switch (input.between(0, 9)) {
-        case 0:
-        case 1:
-        case 2:
+        const int operation = input.between(0, 9);
+        if (operation < 3) {
             trees.add(at = input.between(-300, 300));
-            break;
-        case 3: { // runs of neighbours make trees lopsided
+        } else if (operation == 3) { // runs of neighbours make trees lopsided
             const int step = input.flag() ? 1 : -3;
             for (int n = input.between(0, 200); n > 0; --n)
                 trees.add(at += step);
-            break;
-        }
-        case 4:
-        case 5:
-            trees.remove(input.between(-300, 300));
-            break;
-        case 6: {
+        } else if (operation < 7) {
             const int first = input.between(-300, 300);
-            for (int n = input.between(0, 60); n > 0; --n)
-                trees.remove(first + n);
-            break;
-        }
-        case 7:
+            for (int n = operation == 6 ? input.between(0, 60) : 1; n > 0; --n)
+                trees.remove(operation == 6 ? first + n : first);
+        } else if (operation == 7) {
             trees.look(input.between(-300, 300));
-            break;
-        case 8:
+        } else if (operation == 8) {
             input.between(0, 7) == 0 ? trees.addWhole() : trees.balance();
-            break;
-        default:
+        } else {
             trees.copy();
         }
         trees.check();
@@ -358,10 +340,8 @@ public:
         const int value = element.value();
         const bool present = model.count(value) > 0;
         void* item = const_cast<Counted*>(&element);
-        switch (input.between(0, 8)) {
-        case 0:
-        case 1:
-        case 2:
+        const int operation = input.between(0, 8);
+        if (operation < 3) {
             try {
                 failures.step([&] { tree.add(item); }, [&] { check(); });
                 FUZZ_CHECK(!present);
@@ -369,29 +349,21 @@ public:
                 FUZZ_CHECK(present && clash.getClashData() == tree.find(item));
             }
             model.insert(value);
-            break;
-        case 3:
-        case 4:
+        } else if (operation < 5) {
             failures.step([&] { FUZZ_CHECK(tree.remove(item) == present); }, [&] { check(); });
             model.erase(value);
-            break;
-        case 5:
+        } else if (operation == 5) {
             FUZZ_CHECK(tree.replace(item) == present);
-            break;
-        case 6:
+        } else if (operation == 6) {
             stand(input.between(0, 20));
-            break;
-        case 7:
+        } else if (operation == 7) {
             compareWalks(tree, model);
-            break;
-        default:
-            if (input.between(0, 20) > 0) {
-                tree.balance();
-                const KazTree& itself = tree;
-                tree = itself;
-                failures.step([&] { tree.copy(itself, Counted::checkIn); }, [&] { check(); });
-                break;
-            }
+        } else if (input.between(0, 20) > 0) {
+            tree.balance();
+            const KazTree& itself = tree;
+            tree = itself;
+            failures.step([&] { tree.copy(itself, Counted::checkIn); }, [&] { check(); });
+        } else {
             failures.hold([&] { tree.removeAll(); });
             model.clear();
         }
