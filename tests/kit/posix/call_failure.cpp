@@ -97,43 +97,24 @@ KIT_CALL(int, poll, (pollfd * files, nfds_t count, int timeout), (files, count, 
 KIT_CALL(int, dladdr, (const void* address, Dl_info* info), (address, info), -1, 0)
 KIT_CALL(pid_t, waitpid, (pid_t child, int* status, int options), (child, status, options), -1, -1)
 
-KIT_DEFINITION(int, posix_spawnp,
-               (pid_t * child, const char* file, const posix_spawn_file_actions_t* actions,
-                const posix_spawnattr_t* attributes, char* const* arguments,
-                char* const* variables)) {
-    KIT_NEXT(int, posix_spawnp,
-             (pid_t*, const char*, const posix_spawn_file_actions_t*, const posix_spawnattr_t*,
-              char* const*, char* const*));
-    const int failure = failureOf("posix_spawnp");
-    return failure != 0 ? failure : next(child, file, actions, attributes, arguments, variables);
-}
+/// A call that gives its error, and leaves errno alone.
+#define KIT_SPAWN(function, Parameters, Arguments)                                                 \
+    KIT_DEFINITION(int, function, Parameters) {                                                    \
+        KIT_NEXT(int, function, Parameters);                                                       \
+        const int failure = failureOf(#function);                                                  \
+        return failure != 0 ? failure : next Arguments;                                            \
+    }
 
-KIT_DEFINITION(int, posix_spawn_file_actions_adddup2,
-               (posix_spawn_file_actions_t * actions, int from, int to)) {
-    KIT_NEXT(int, posix_spawn_file_actions_adddup2, (posix_spawn_file_actions_t*, int, int));
-    const int failure = failureOf("posix_spawn_file_actions_adddup2");
-    return failure != 0 ? failure : next(actions, from, to);
-}
-
-KIT_DEFINITION(int, posix_spawn_file_actions_addopen,
-               (posix_spawn_file_actions_t * actions, int to, const char* path, int flags,
-                mode_t mode)) {
-    KIT_NEXT(int, posix_spawn_file_actions_addopen,
-             (posix_spawn_file_actions_t*, int, const char*, int, mode_t));
-    const int failure = failureOf("posix_spawn_file_actions_addopen");
-    return failure != 0 ? failure : next(actions, to, path, flags, mode);
-}
-
-KIT_DEFINITION(int, posix_spawn_file_actions_addclosefrom_np,
-               (posix_spawn_file_actions_t * actions, int from)) {
-    KIT_NEXT(int, posix_spawn_file_actions_addclosefrom_np, (posix_spawn_file_actions_t*, int));
-    const int failure = failureOf("posix_spawn_file_actions_addclosefrom_np");
-    return failure != 0 ? failure : next(actions, from);
-}
-
-KIT_DEFINITION(int, posix_spawn_file_actions_addchdir_np,
-               (posix_spawn_file_actions_t * actions, const char* path)) {
-    KIT_NEXT(int, posix_spawn_file_actions_addchdir_np, (posix_spawn_file_actions_t*, const char*));
-    const int failure = failureOf("posix_spawn_file_actions_addchdir_np");
-    return failure != 0 ? failure : next(actions, path);
-}
+KIT_SPAWN(posix_spawnp,
+          (pid_t * child, const char* file, const posix_spawn_file_actions_t* actions,
+           const posix_spawnattr_t* attributes, char* const* arguments, char* const* variables),
+          (child, file, actions, attributes, arguments, variables))
+KIT_SPAWN(posix_spawn_file_actions_adddup2,
+          (posix_spawn_file_actions_t * actions, int from, int to), (actions, from, to))
+KIT_SPAWN(posix_spawn_file_actions_addopen,
+          (posix_spawn_file_actions_t * actions, int to, const char* path, int flags, mode_t mode),
+          (actions, to, path, flags, mode))
+KIT_SPAWN(posix_spawn_file_actions_addclosefrom_np,
+          (posix_spawn_file_actions_t * actions, int from), (actions, from))
+KIT_SPAWN(posix_spawn_file_actions_addchdir_np,
+          (posix_spawn_file_actions_t * actions, const char* path), (actions, path))
