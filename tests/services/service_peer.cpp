@@ -21,16 +21,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-std::string hex(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
-        result += digits;
-    }
-    return result;
-}
-
 /// Beside the file first, so that whoever waits for it finds it whole.
 int record(const char* file, const Words& words) {
     const std::string beside = std::string(file) + ".part";
@@ -85,7 +75,7 @@ class Peer : public KazConsoleApp {
         const std::string value = argc > 2 ? words[2] : "";
         if (what == "arguments") {
             for (std::size_t i = 2; i < words.size(); ++i)
-                std::printf("%s\n", hex(words[i]).c_str());
+                std::printf("%s\x02", words[i].c_str()); // what no word holds
         } else if (what == "copy") {
             std::cout << std::cin.rdbuf();
         } else if (what == "exit") {

@@ -41,16 +41,11 @@ std::string textOf(const KazString& output) {
     return text;
 }
 
-std::string hexLines(const std::vector<std::string>& words) {
+/// As the peer tells its arguments.
+std::string told(const std::vector<std::string>& words) {
     std::string result;
-    for (const std::string& word : words) {
-        for (const char c : word) {
-            char digits[3];
-            std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
-            result += digits;
-        }
-        result += '\n';
-    }
+    for (const std::string& word : words)
+        result += word + '\x02';
     return result;
 }
 
@@ -74,14 +69,14 @@ TEST(Command, ArgumentsArriveAsTheyAre) {
         for (const std::string& word : lineWords)
             line.add(word.c_str());
         ASSERT_TRUE(command.run()) << command.getErrorText().getValue();
-        ASSERT_EQ(textOf(command.getOutput()), hexLines(words));
+        ASSERT_EQ(textOf(command.getOutput()), told(words));
         ASSERT_TRUE(line.run()) << line.getErrorText().getValue();
-        ASSERT_EQ(textOf(line.getOutput()), hexLines(lineWords));
+        ASSERT_EQ(textOf(line.getOutput()), told(lineWords));
     }
     KazCommand control = peer("arguments");
     control.add("a\nb\x01").add(nullptr);
     ASSERT_TRUE(control.run());
-    EXPECT_EQ(textOf(control.getOutput()), hexLines({"a\nb\x01", ""}));
+    EXPECT_EQ(textOf(control.getOutput()), told({"a\nb\x01", ""}));
 }
 
 TEST(Command, InputAndOutputMayBeLarge) {

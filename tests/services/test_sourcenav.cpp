@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Editors: templates by their laws, and a program in an editor's place that writes down
-// how it was called.
+// Editors: which one is asked for, and a program in an editor's place that writes down how
+// it was called.
 #include "tools/services/sourcenav.h"
 
 #include "kit/await.h"
@@ -11,7 +11,6 @@
 #include "testkit/env.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
-#include "tools/config/vstring.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -80,24 +79,8 @@ TEST_F(SourceEditor, EachPresetNamesFileAndLine) {
     EXPECT_EQ(count, 20);
 }
 
-TEST_F(SourceEditor, Templates) {
-    const std::string file = hostName("x.c");
-    const std::string dir = file.substr(0, file.size() - 4);
-    const auto wordsOf = [&](const char* text) { return commandOf(text, file.c_str()).words; };
-    EXPECT_EQ(wordsOf("e \"${line} ${column}\" '${file}'"), (Words{"e", "3 5", file}));
-    EXPECT_EQ(wordsOf("e"), (Words{"e", file}));
-    EXPECT_EQ(wordsOf("e ${dir} ${name}"), (Words{"e", dir, "x.c", file}));
-    EXPECT_EQ(wordsOf("e -${file}-${file} ${line} ${ ${x"),
-              (Words{"e", "-" + file + "-" + file, "3", "${", "${x"}));
-    // What a variable holds is neither split nor read again.
-    vstring_set_simple_var("own", "a b '${file}");
-    EXPECT_EQ(wordsOf("e ${own}${unknown} ${}$"), (Words{"e", "a b '${file}", "$", file}));
-    EXPECT_EQ(commandOf("@terminal e ${line}", file.c_str(), 0, -7).result, 1);
-    EXPECT_EQ(commandOf("e ${line}:${column}", file.c_str(), 0, -7).words,
-              (Words{"e", "1:1", file}));
-    for (const char* wrong : {"", "  ", "e 'x", "@terminal", "\"e"})
-        EXPECT_EQ(commandOf(wrong, file.c_str()).result, -1) << wrong;
-    EXPECT_TRUE(commandOf("", file.c_str()).words.empty());
+/// What becomes of a template is the model's to show.
+TEST_F(SourceEditor, NamesOfFiles) {
     EXPECT_EQ(commandOf("e", "").result, -1);
     EXPECT_EQ(commandOf("e", nullptr).result, -1);
     if (!kit::hasDrives) {

@@ -6,7 +6,6 @@
 #include "kit/random.h"
 #include "testkit/process.h"
 
-#include <cstdio>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -31,42 +30,19 @@ TEST(Oracle, NamesAndChecksums) {
     for (int i = 0; i < 300; ++i) {
         const KazGuid space = KazGuid::create();
         const std::string name = random.text(90, "abc/:. -\xc3\xa9");
-        std::string hex;
-        for (const char c : name) {
-            char text[3];
-            std::snprintf(text, sizeof text, "%02x", static_cast<unsigned char>(c));
-            hex += text;
-        }
-        lines += std::string(space.getText().getValue()) + " x" + hex + "\n";
+        lines += space.getText().getValue() + ("\t" + name) + "\n";
         expected += std::string(KazGuid::fromName(space, name.c_str()).getText().getValue()) + " " +
                     std::to_string(kaz_crc32(0, name.data(), name.size())) + " " +
                     space.getText().getValue() + " 4\n";
     }
     const char* program = "import sys, uuid, zlib, hashlib\n"
-                          "for line in sys.stdin:\n"
-                          "    space, name = line.split()\n"
-                          "    space = uuid.UUID(space); name = bytes.fromhex(name[1:])\n"
+                          "for line in sys.stdin.buffer:\n"
+                          "    space, name = line.rstrip(b'\\n').split(b'\\t')\n"
+                          "    space = uuid.UUID(space.decode())\n"
                           "    digest = hashlib.sha1(space.bytes + name).digest()[:16]\n"
                           "    print(uuid.UUID(bytes=digest, version=5), zlib.crc32(name), space,\n"
                           "          space.version)\n";
     EXPECT_EQ(python(program, lines), expected);
-}
-
-TEST(Oracle, PythonReadsOrderedOnesAndTheirVariant) {
-    std::string lines;
-    for (int i = 0; i < 100; ++i)
-        lines +=
-            (KazGuid::createOrdered().getText(i % 2 == 0 ? KazGuid::Braced : KazGuid::Compact) +
-             "\n")
-                .getValue();
-    const char* program =
-        "import sys, time, uuid\n"
-        "read = [uuid.UUID(line.strip()) for line in sys.stdin]\n"
-        "assert read == sorted(read)\n"
-        "assert all(u.variant == uuid.RFC_4122 and u.version == 7 for u in read)\n"
-        "assert all(abs((u.int >> 80) / 1000 - time.time()) < 60 for u in read)\n"
-        "print('good')\n";
-    EXPECT_EQ(python(program, lines), "good\n");
 }
 
 TEST(Guid, AChildDoesNotRepeatItsParent) {
