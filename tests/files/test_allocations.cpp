@@ -41,10 +41,12 @@ TEST(Allocations, FilesAndProcesses) {
     const std::string dir = tree.native();
     const std::string file = tree.write("in/file with a long name", "contents");
     const KazFilePath path((dir + ";" + tree.native("in")).c_str());
-    const auto listed = [](const std::function<int(KazStringColl&)>& list) {
-        KazStringColl found;
-        const int count = list(found);
-        return count == 1 ? str(found[0]) : "";
+    // The one entry of a list.
+    const auto one = [](const std::function<int(KazStringColl&)>& list) {
+        return [list] {
+            KazStringColl found;
+            return list(found) == 1 ? str(found[0]) : "";
+        };
     };
     expectRepeatable({
         {"directory", [&] { return made(TI_makedir((dir + "\\made\\below").c_str())); }},
@@ -52,22 +54,12 @@ TEST(Allocations, FilesAndProcesses) {
         {"temporary file", [&] { return made(TI_tmpname(dir.c_str(), "t").isEmpty()); }},
         {"temporary directory", [&] { return made(TI_tmpdir(dir.c_str(), "t").isEmpty()); }},
         {"listing",
-         [&] {
-             return listed([&](KazStringColl& found) {
-                 return read_a_dir((dir + "\\in\\f*").c_str(), found);
-             });
-         }},
+         one([&](KazStringColl& found) { return read_a_dir((dir + "\\in\\f*").c_str(), found); })},
         {"search", [&] { return str(path.find("file with a long name")); }},
         {"search for all",
-         [&] {
-             return listed([&](KazStringColl& found) {
-                 return path.findAll("file with a long name", found);
-             });
-         }},
+         one([&](KazStringColl& found) { return path.findAll("file with a long name", found); })},
         {"search by pattern",
-         [&] {
-             return listed([&](KazStringColl& found) { return path.findMatching("f*", found); });
-         }},
+         one([&](KazStringColl& found) { return path.findMatching("f*", found); })},
         {"output",
          [] {
              KazString output;
@@ -75,6 +67,23 @@ TEST(Allocations, FilesAndProcesses) {
              return str(output);
          }},
     });
+    const KazString target = tree.write("target", "old").c_str();
+    const std::string text(5000, 'w');
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
+        moxkit::sweepAllocations(
+            [&] {
+                if (TI_writefile(target, text.data(), text.size()) != 0)
+                    throw KazMemoryException();
+            },
+            [&] {
+                const std::string now = tree.read("target");
+                EXPECT_TRUE(now == "old" || now == text);
+                tree.write("target", "old");
+            },
+            mode);
+        EXPECT_EQ(tree.read("target"), text);
+        tree.write("target", "old");
+    }
     KazFilePath changed("one;two");
     for (const auto change : {&KazFilePath::set, &KazFilePath::append, &KazFilePath::prepend}) {
         changed.set("one;two");

@@ -46,18 +46,12 @@ tree::Snapshot applied(tree::Snapshot tree, const Planned& planned, const std::s
 
 /// The names at which two trees differ, each with the beginning of what is there.
 std::string difference(const tree::Snapshot& is, const tree::Snapshot& planned) {
+    std::vector<tree::Snapshot::value_type> different;
+    std::set_symmetric_difference(is.begin(), is.end(), planned.begin(), planned.end(),
+                                  std::back_inserter(different));
     std::string text;
-    const auto beginning = [](const tree::Snapshot& tree, const std::string& name) {
-        const auto found = tree.find(name);
-        return found != tree.end() ? found->second.substr(0, 20) : std::string("nothing");
-    };
-    for (const tree::Snapshot* tree : {&is, &planned})
-        for (const auto& [name, what] : *tree) {
-            const auto other = (tree == &is ? planned : is).find(name);
-            if ((tree == &is ? planned : is).end() == other || other->second != what)
-                text += name + ": " + beginning(is, name) + ", planned " +
-                        beginning(planned, name) + "\n";
-        }
+    for (const auto& [name, what] : different)
+        text += name + ": " + what.substr(0, 20) + "\n";
     return text;
 }
 

@@ -61,18 +61,10 @@ TEST(Paths, FullPathIsTheSameTextOnEveryHost) {
                   expected(full, tree.native("one/two"), kit::currentDrive(path[0])))
             << path;
     fs::current_path(before);
-    // Stripping dots and blanks would name another file where they are part of a name.
-    if (!kit::hasDrives) {
-        for (const char* path : {R"(\a.)", R"(\a )", R"(\a.\b)", R"(\...)", R"(\a. .)", R"(\NUL)"})
-            EXPECT_EQ(str(kazFullPath(path)), path);
-    }
 }
 
 TEST(Paths, FullPathWhereThereIsNone) {
     EXPECT_EQ(str(kazFullPath("C:/")), R"(C:\)");
-    if (!kit::hasDrives) { // nor has one a current directory
-        EXPECT_EQ(str(kazFullPath("C:x/y")), "C:x/y");
-    }
     EXPECT_EQ(str(kazFullPath(nullptr)), "");
     const std::string tooLong = "/x/" + std::string(5000, 'y');
     EXPECT_EQ(str(kazFullPath(tooLong.c_str())), tooLong);

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
 #include <string>
 #include <vector>
@@ -40,38 +41,6 @@ private:
     moxkit::TempTree tree_;
     moxkit::ScopedEnv toolInfo_{"ToolInfo", tree_.write("ToolInfo", "x=y\n").c_str()};
 };
-
-TEST_F(DateTime, EveryDayHasItsNames) {
-    // Day by day over the whole range, beside the rule for the length of months.
-    date_parts expected;
-    expected.year = expected.month = expected.day = 1;
-    int weekday = 1; // 1 January 1 was a Monday
-    for (std::int64_t moment = date_min; moment <= date_max; moment += day) {
-        date_parts parts;
-        ASSERT_TRUE(date_split(moment, "Z", &parts));
-        ASSERT_TRUE(parts.year == expected.year && parts.month == expected.month &&
-                    parts.day == expected.day)
-            << moment;
-        ASSERT_EQ(date_weekday(parts.year, parts.month, parts.day), weekday);
-        std::int64_t joined = 0;
-        ASSERT_TRUE(date_join(&parts, &joined) && joined == moment);
-        weekday = (weekday + 1) % 7;
-        const bool isLeap =
-            expected.year % 400 == 0 || (expected.year % 4 == 0 && expected.year % 100 != 0);
-        const int lengths[] = {31, isLeap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-        const int length = date_month_length(expected.year, expected.month);
-        ASSERT_EQ(length, lengths[expected.month - 1]);
-        if (++expected.day > length) {
-            expected.day = 1;
-            expected.year += expected.month / 12;
-            expected.month = expected.month % 12 + 1;
-        }
-    }
-    EXPECT_EQ(date_month_length(2026, 0) + date_month_length(2026, 13), 0);
-    EXPECT_EQ(date_weekday(2026, 2, 29), -1);
-    EXPECT_EQ(date_weekday(-1, 1, 1), -1);
-    EXPECT_EQ(date_weekday(10001, 1, 1), -1);
-}
 
 TEST_F(DateTime, ZonesAreReadByTheirText) {
     for (const auto& [zone, offset] :
@@ -130,6 +99,12 @@ TEST_F(DateTime, WhatDoesNotExistIsRefused) {
         EXPECT_EQ(text(moment, "%Y", nullptr), "");
     }
     EXPECT_EQ(seconds, 77);
+    EXPECT_EQ(date_month_length(2026, 0) + date_month_length(2026, 13), 0);
+    EXPECT_EQ(date_month_length(1900, 2) + date_month_length(2000, 2), 28 + 29);
+    for (const auto& [year, month, date] :
+         {std::array{2026, 2, 29}, {-1, 1, 1}, {10001, 1, 1}, {2026, 13, 1}})
+        EXPECT_EQ(date_weekday(year, month, date), -1);
+    EXPECT_EQ(date_weekday(1, 1, 1), 1) << "Monday";
 }
 
 TEST_F(DateTime, TheEndsOfTheRangeMayBeShifted) {
@@ -145,25 +120,19 @@ TEST_F(DateTime, TheEndsOfTheRangeMayBeShifted) {
     EXPECT_FALSE(date_join(&parts, &seconds));
 }
 
+/// All without a zone or a name is the model's to show.
 TEST_F(DateTime, FormatsGoBeyondThoseOfDate) {
-    for (const auto& [format, expected] : kit::pairs(
-             "%q %5n|%03t|%% = 1     \n|00\t|% | %Ed %OS %EY = 12 09 2026 | "
-             "%5%|%12F|%012F|%10z|%10:z|%-12F = "
-             "    %|  2026-03-12|002026-03-12|     +0000|    +00:00|2026-03-12 | "
-             // What is not known or not complete stays.
-             "% = % | %5 = %5 | %-_^ = %-_^ | %E = %E | %:%d = %:12 | "
-             "%Q %5Q %-i %+ %:d %::::z %ä = %Q %5Q %-i %+ %:d %::::z %ä | plain ü = plain ü | "
-             "@iso = 2026-03-12T14:05:09+00:00 | @basic = 20260312T140509+0000 | "
-             "@mail = Thu, 12 Mar 2026 14:05:09 +0000 | @long = 12 March 2026 | "
-             "@long  = @long  | @isO %d = @isO 12 | @ = @ | @%s = @1773324309"))
+    for (const auto& [format, expected] :
+         kit::pairs("%10z|%10:z =      +0000|    +00:00 | %d %::::z %ä = 12 %::::z %ä | "
+                    "@iso = 2026-03-12T14:05:09+00:00 | @basic = 20260312T140509+0000 | "
+                    "@mail = Thu, 12 Mar 2026 14:05:09 +0000 | @long = 12 March 2026 | "
+                    "@long  = @long  | @isO %d = @isO 12 | @ = @ | @%s = @1773324309"))
         EXPECT_EQ(text(sample, format), expected) << format;
     EXPECT_EQ(text(sample, ""), "");
     EXPECT_EQ(text(sample, "%Z %z %#Z", "+05:30"), "+05:30 +0530 +05:30");
     EXPECT_EQ(text(sample, "%Z %#Z", "gmt"), "UTC utc");
 
-    // A width counts up to 255, a format up to 1024 bytes.
-    EXPECT_EQ(text(sample, "%999d").size(), 255U);
-    EXPECT_EQ(text(sample, "%99999999999999999999999d").size(), 255U);
+    // A format counts up to 1024 bytes.
     EXPECT_EQ(text(sample, std::string(1024, 'x')), std::string(1024, 'x'));
     EXPECT_EQ(text(sample, std::string(1025, 'x')), "");
     std::string wide, expected;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The table of characters and formats by examples; what was encoded comes back in
-// fuzz/fuzz_encode.cpp.
+// That what was encoded comes back, and nothing else is written, is held by
+// fuzz/fuzz_encode.cpp; here is what that leaves open.
 #include "kit/table.h"
 #include "testkit/alloc_failure.h"
 #include "tools/formats/encode.h"
@@ -8,7 +8,6 @@
 #include <clocale>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -17,76 +16,20 @@ std::string encoded(doc_format_enum format, const char* text,
     return kazEncodeText(format, text, encoding).getValue();
 }
 
-struct Row {
-    const char* text;
-    const char *html, *attribute, *rtf, *mif, *mifString, *interleaf;
-};
-
-TEST(Encode, EachCharacterAsEachFormatWritesIt) {
-    const Row rows[] = {
-        {"", "", "", "", "", "`'", ""},
-        {"a b~9", "a b~9", "a b~9", "a b~9", "<String `a b~9'>", "`a b~9'", "a b~9"},
-        {"a\r\n\nb", "a<br><br>b", "a&#10;&#10;b", "a\\line \\line b",
-         "<String `a'><Char HardReturn><Char HardReturn><String `b'>", "`a\\t\\tb'", "a<HR><HR>b"},
-        {"\v\f\r\xC2\x85\xE2\x80\xA8\xE2\x80\xA9", "<br><br><br><br><br><br>",
-         "&#10;&#10;&#10;&#10;&#10;&#10;", "\\line \\line \\line \\line \\line \\line ",
-         "<Char HardReturn><Char HardReturn><Char HardReturn><Char HardReturn><Char HardReturn>"
-         "<Char HardReturn>",
-         "`\\t\\t\\t\\t\\t\\t'", "<HR><HR><HR><HR><HR><HR>"},
-        {"\t", "&emsp;", "&#9;", "\\tab ", "<String `\\t'>", "`\\t'", "<Tab>"},
-        {"&<>", "&amp;&lt;&gt;", "&amp;&lt;&gt;", "&<>", "<String `&<\\>'>", "`&<\\>'", "&<<>"},
-        {"\"'`\\", "&quot;&#39;`\\", "&quot;&#39;`\\", "\"'`\\\\", "<String `\"\\q\\Q\\\\'>",
-         "`\"\\q\\Q\\\\'", "\"'`\\"},
-        {"{}", "{}", "{}", "\\{\\}", "<String `{}'>", "`{}'", "{}"},
-        {"\xC2\xA0\xC2\xAD", "&nbsp;&shy;", "&nbsp;&shy;", "\\~\\-",
-         "<Char HardSpace><Char DiscHyphen>", "`\xC2\xA0\xC2\xAD'", "<SP><->"},
-        {"\xE2\x80\x91\xE2\x80\x82", "\xE2\x80\x91\xE2\x80\x82", "\xE2\x80\x91\xE2\x80\x82",
-         "\\_\\u8194?", "<Char HardHyphen><Char EnSpace>", "`\xE2\x80\x91\xE2\x80\x82'", "- "},
-        {"\xC3\xA4", "\xC3\xA4", "\xC3\xA4", "\\u228\\'e4", "<String `\xC3\xA4'>", "`\xC3\xA4'",
-         "<#e4>"},
-        {"\xE2\x82\xAC", "\xE2\x82\xAC", "\xE2\x82\xAC", "\\u8364\\'80", "<String `\xE2\x82\xAC'>",
-         "`\xE2\x82\xAC'", "EUR"},
-        {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80", "\\u-10179?\\u-8704?",
-         "<String `\xF0\x9F\x98\x80'>", "`\xF0\x9F\x98\x80'", "?"},
-        {"\x1b\x7f\xEF\xBF\xBE", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD",
-         "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD", "\\u-3?\\u-3?\\u-3?",
-         "<String `\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD'>",
-         "`\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD'", "???"},
-        {"\xEF\xBB\xBFx", "\xEF\xBB\xBFx", "\xEF\xBB\xBFx", "\\u-257?x", "<String `\xEF\xBB\xBFx'>",
-         "`\xEF\xBB\xBFx'", "?x"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(kazPrintable(row.text).getValue());
-        EXPECT_EQ(encoded(doc_html, row.text), row.html);
-        EXPECT_STREQ(kazEncodeHtmlAttribute(row.text), row.attribute);
-        EXPECT_EQ(encoded(doc_rtf, row.text), row.rtf);
-        EXPECT_EQ(encoded(doc_mif, row.text), row.mif);
-        EXPECT_STREQ(kazEncodeMifString(row.text), row.mifString);
-        EXPECT_EQ(encoded(doc_interleaf, row.text), row.interleaf);
-    }
-}
-
-TEST(Encode, InvalidUtf8CountsOnceForEachMaximalPart) {
-    const std::string mark = "\xEF\xBF\xBD";
-    const std::pair<const char*, int> texts[] = {
-        {"\x80", 1},         {"\xC0\xAF", 2},     {"\xE0\x80\xAF", 3},
-        {"\xED\xA0\x80", 3}, {"\xE2\x82", 1},     {"\xF0\x9F\x98", 1},
-        {"\xF0\x80\x80", 3}, {"\xF4\x91\x92", 3}, {"\xE1\x80\xE2\xF0\x91\x92\xF1\xBF", 4}};
-    for (const auto& [text, marks] : texts) {
-        std::string expected;
-        for (int i = 0; i < marks; ++i)
-            expected += mark;
-        EXPECT_EQ(encoded(doc_html, text), expected);
-        EXPECT_EQ(encoded(doc_html, (std::string(text) + "A").c_str()), expected + "A");
-    }
-}
-
-TEST(Encode, Latin1HasTheCharactersOfWindows) {
-    EXPECT_EQ(encoded(doc_html, "\xE4\x80\x9F\x81&", text_latin1),
-              "\xC3\xA4\xE2\x82\xAC\xC5\xB8\xEF\xBF\xBD&amp;");
-    EXPECT_EQ(encoded(doc_rtf, "\x85\xA0\xAD\xFF", text_latin1), "\\u8230\\'85\\~\\-\\u255\\'ff");
-    EXPECT_STREQ(kazEncodeHtmlAttribute("\xE9", text_latin1), "\xC3\xA9");
-    EXPECT_STREQ(kazEncodeMifString("\xE9'", text_latin1), "`\xC3\xA9\\q'");
+/// Where a reader would take more than one spelling.
+TEST(Encode, CharactersThatEachFormatHasOwnWordsFor) {
+    const char* const special = "\xC2\xA0\xC2\xAD\xE2\x80\x91\xE2\x80\x82";
+    EXPECT_EQ(encoded(doc_html, special), "&nbsp;&shy;\xE2\x80\x91\xE2\x80\x82");
+    EXPECT_STREQ(kazEncodeHtmlAttribute(special), "&nbsp;&shy;\xE2\x80\x91\xE2\x80\x82");
+    EXPECT_EQ(encoded(doc_rtf, special), "\\~\\-\\_\\u8194?");
+    EXPECT_EQ(encoded(doc_mif, special),
+              "<Char HardSpace><Char DiscHyphen><Char HardHyphen><Char EnSpace>");
+    EXPECT_STREQ(kazEncodeMifString(special), (std::string("`") + special + "'").c_str());
+    EXPECT_EQ(encoded(doc_interleaf, special), "<SP><->- ");
+    // What older readers of RTF show instead.
+    EXPECT_EQ(encoded(doc_rtf, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"),
+              "\\u228\\'e4\\u8364\\'80\\u-10179?\\u-8704?");
+    EXPECT_EQ(encoded(doc_rtf, "\x85\xFF", text_latin1), "\\u8230\\'85\\u255\\'ff");
 }
 
 TEST(Encode, NullRangeAndLength) {
@@ -119,7 +62,6 @@ TEST(Encode, LinksThatRunNothing) {
 }
 
 TEST(Encode, UrlsAndAnchors) {
-    EXPECT_STREQ(kazEncodeUrl("aZ09-._~ /?\xC3\xA4\xFF%"), "aZ09-._~%20%2F%3F%C3%A4%FF%25");
     EXPECT_STREQ(kazEncodeUrl(nullptr), "");
     EXPECT_STREQ(kazAnchorName("Tank 1"), "Tank_1");
     EXPECT_STREQ(kazAnchorName("1\xC3\xA4"), "a1__");
@@ -135,12 +77,7 @@ TEST(Encode, PrintableInEveryLocale) {
     for (const char* locale : {"C", ""}) {
         std::setlocale(LC_ALL, locale);
         EXPECT_STREQ(kazPrintable("a\tb\n\x1b[31m\x7f\\"), "a\\x09b\\x0A\\x1B[31m\\x7F\\");
-        EXPECT_STREQ(kazPrintable("\xC3\xA4\xE2\x82\xAC\xFF\xE2\x82"),
-                     "\xC3\xA4\xE2\x82\xAC\\xFF\\xE2\\x82");
-        EXPECT_STREQ(kazPrintable("\xC2\x9B\xE2\x80\xAE\xD8\x9C\xE2\x80\xA8\xE2\x81\xA6"),
-                     "\\u{009B}\\u{202E}\\u{061C}\\u{2028}\\u{2066}");
-        EXPECT_STREQ(kazPrintable("\xC2\xA0\xE2\x81\xA5\xE2\x80\x90"),
-                     "\xC2\xA0\xE2\x81\xA5\xE2\x80\x90");
+        EXPECT_STREQ(kazPrintable("\xC3\xA4\xFF\xC2\x9B"), "\xC3\xA4\\xFF\\u{009B}");
         EXPECT_STREQ(kazPrintable(nullptr), "");
     }
     std::setlocale(LC_ALL, old.c_str());

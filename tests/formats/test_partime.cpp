@@ -5,7 +5,6 @@
 
 #include "kit/table.h"
 #include "testkit/env.h"
-#include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
@@ -278,25 +277,6 @@ TEST_F(Partime, ItTellsWhatWasStated) {
     const std::int64_t before = date_now();
     EXPECT_EQ(partime("now", &seconds), partime_ok);
     EXPECT_TRUE(before <= seconds && seconds <= date_now());
-}
-
-TEST_F(Partime, TheToolOfTheGuideTellsWhatADateMeans) {
-    moxkit::RunOptions run;
-    run.env = {{"ToolInfo", tree_.write("ToolInfo", "date_language = nl\ndate_order = mdy\n")},
-               {"TZ", "UTC0"}};
-    const auto say = [&](const std::string& text) {
-        const moxkit::Result result = moxkit::run({"dates_guide", text}, run);
-        return std::to_string(result.status) + result.out + result.err;
-    };
-    EXPECT_EQ(say("3/4/2026"), "04 maart 2026\n");
-    EXPECT_EQ(say("1 mei 1999"), "01 mei 1999\n");
-    EXPECT_EQ(say("now, sort of"), "1not understood as a date: sort of\n");
-    EXPECT_TRUE(say("3 days ago").ends_with(" (3 days ago)\n"));
-    // Without any configuration the defaults hold.
-    run.env["ToolInfo"] = run.env["TOOLINFO"] = moxkit::unset;
-    run.env["HOME"] = tree_.path("none");
-    EXPECT_EQ(say("13/4/2026"), "013 April 2026\n");
-    EXPECT_TRUE(say("3/4/2026").starts_with("1day and month cannot be told apart"));
 }
 
 } // namespace

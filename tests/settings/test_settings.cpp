@@ -2,18 +2,18 @@
 #include "kit/random.h"
 #include "kit/table.h"
 #include "place.h"
-#include "probe.h"
 #include "testkit/director.h"
 #include "testkit/process.h"
 #include "tools/app/failures/KazResourceException.h"
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
+#include <iomanip>
 #include <limits>
 #include <map>
 #include <set>
+#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -44,19 +44,43 @@ class Settings : public testing::Test {
 protected:
     static std::string at(const std::string& section) { return Place::section(section); }
 
-    std::string ask(const std::string& section, const std::string& script) {
-        moxkit::RunOptions options;
-        options.input = script;
-        const moxkit::Result result =
-            moxkit::run({moxkit::binDirectory() + "/settings_probe", at(section)}, options);
-        EXPECT_EQ(result.status, 0) << result.err;
-        std::string out = result.out;
-        std::erase(out, '\r');
-        return out;
-    }
-
     Place place;
 };
+
+/// The values of a list as one text, with a character between them that none has.
+std::string joined(const List& list) {
+    std::string result = "\x02";
+    for (const std::string& each : list)
+        result += each + "\x02";
+    return result;
+}
+
+KazStringColl collected(const List& list) {
+    KazStringColl result;
+    for (const std::string& each : list)
+        result.add(each.c_str());
+    return result;
+}
+
+std::string valueOf(const KazSettings& settings, const char* name) {
+    KazStringColl values;
+    if (!settings.getList(name, values))
+        return settings.getText(name, "none").getValue();
+    List list;
+    for (int i = 0; i < values.getSize(); ++i)
+        list.push_back(values[i].getValue());
+    return joined(list);
+}
+
+/// Names with their values, and the sections below.
+List shown(const KazSettings& settings) {
+    List result;
+    for (const std::string& name : namesOf(settings))
+        result.push_back(name + " " + valueOf(settings, name.c_str()));
+    for (const std::string& section : namesOf(settings, true))
+        result.push_back("\x02" + section);
+    return result;
+}
 
 /// What one section holds, by the rules alone.
 class Model {
@@ -69,10 +93,10 @@ public:
     void remove(const std::string& name) { values_.erase(lowered(name)); }
     void clear() { values_.clear(); }
 
-    std::string text() const {
-        std::string result;
+    List shown() const {
+        List result;
         for (const auto& [key, entry] : values_)
-            result += word(entry.first) + " " + entry.second + "\n";
+            result.push_back(entry.first + " " + entry.second);
         return result;
     }
 
@@ -94,82 +118,82 @@ std::string someText(moxkit::Random& random, const char* others) {
     return text.empty() ? "a" : text;
 }
 
-std::string someStep(moxkit::Random& random, Model& model) {
-    const std::string name = someText(random, "");
-    const std::string start = word(name) + " ";
+/// Changes one thing or none; has everything been removed?
+bool change(moxkit::Random& random, KazSettings& settings, Model& model) {
+    const std::string spelled = someText(random, "");
+    const char* const name = spelled.c_str();
     const std::string text = random.oneIn(5) ? "" : someText(random, "\n\r\t\\/\x01\x1F\x7F");
-    switch (random.below(8)) {
-    case 0:
-        model.set(name, word(text));
-        return "t " + start + word(text);
-    case 1: {
-        const std::string number = std::to_string(static_cast<std::int64_t>(random.bits()));
-        model.set(name, word(number));
-        return "i " + start + number;
-    }
-    case 2: {
-        const double number = std::ldexp(random.below(1000) - 500, -random.below(8));
-        std::string shown = std::to_string(number);
-        shown.erase(shown.find_last_not_of('0') + 1);
-        if (shown.back() == '.')
-            shown.pop_back();
-        if (shown.find("00") != shown.npos)
-            return ""; // there is a shorter form
-        model.set(name, word(shown));
-        return "r " + start + shown;
-    }
-    case 3: {
-        const bool on = random.oneIn(2);
-        model.set(name, word(std::string(on ? "true" : "false")));
-        return "b " + start + (on ? "1" : "0");
-    }
-    case 4: {
-        List list(static_cast<std::size_t>(random.below(4)));
-        for (std::string& each : list)
-            each = random.oneIn(3) ? "" : someText(random, "\n|\\\x01");
-        model.set(name, word(list));
-        return "l " + start + word(list);
-    }
-    case 5:
-    case 6:
-        model.remove(name);
-        return "- " + start;
-    default:
-        if (!random.oneIn(10))
-            return "";
+    const std::function<std::string()> setters[] = {
+        [&] {
+            settings.setText(name, text.c_str());
+            return text;
+        },
+        [&] {
+            const auto number = static_cast<std::int64_t>(random.bits());
+            settings.setInteger(name, number);
+            return std::to_string(number);
+        },
+        [&] {
+            const double number = std::ldexp(random.below(1000) - 500, -random.below(8));
+            settings.setReal(name, number);
+            std::ostringstream shortest;
+            shortest << std::setprecision(17) << number;
+            return shortest.str();
+        },
+        [&] {
+            const bool on = random.oneIn(2);
+            settings.setBool(name, on);
+            return std::string(on ? "true" : "false");
+        },
+        [&] {
+            List list(static_cast<std::size_t>(random.below(4)));
+            for (std::string& each : list)
+                each = random.oneIn(3) ? "" : someText(random, "\n|\\\x01");
+            settings.setList(name, collected(list));
+            return joined(list);
+        },
+    };
+    const auto kind = static_cast<std::size_t>(random.below(8));
+    if (kind < std::size(setters)) {
+        model.set(spelled, setters[kind]());
+    } else if (kind < 7) {
+        settings.remove(name);
+        model.remove(spelled);
+    } else if (random.oneIn(10)) {
+        settings.removeAll();
         model.clear();
-        return "!";
+        return true;
     }
+    return false;
 }
 
-TEST_F(Settings, WhatProcessesWriteIsWhatAModelHolds) {
+TEST_F(Settings, WhatIsWrittenIsWhatAModelHolds) {
     kit::Random random;
     std::map<std::string, Model> models;
+    const std::string above = "Model/B", below = "Model\\b\\Below";
     KazSettings watcher(at("Model\\b").c_str());
-    for (int round = 0; round < 30; ++round) {
-        const std::string section = random.oneIn(2) ? "Model/B" : "Model\\b\\Below";
-        Model& model = models[section];
-        std::string script;
-        for (int n = random.between(1, 30); n > 0; --n) {
-            if (random.oneIn(8))
-                script += ".\n";
-            const std::string step = someStep(random, model);
-            script += step + "\n";
-            if (step == "!" && section == "Model/B")
-                models["Model\\b\\Below"].clear();
+    const auto expected = [&](const std::string& section) {
+        List result = models[section].shown();
+        if (section == above && !models[below].shown().empty())
+            result.push_back("\x02"
+                             "Below");
+        return result;
+    };
+    for (int round = 0; round < 30 && !HasFailure(); ++round) {
+        const std::string section = random.oneIn(2) ? above : below;
+        {
+            KazSettings settings(at(section).c_str());
+            for (int n = random.between(1, 30); n > 0; --n) {
+                if (random.oneIn(8))
+                    settings.commit();
+                if (change(random, settings, models[section]) && section == above)
+                    models[below].clear();
+            }
+            EXPECT_EQ(shown(settings), expected(section)) << "before they are written";
         }
-        script += "?\n"; // its own changes show before they are written
-        const bool hasBelow = section == "Model/B" && !models["Model\\b\\Below"].text().empty();
-        const std::string expected =
-            model.text() + (hasBelow ? "below " + word(std::string("Below")) + "\n" : "");
-        EXPECT_EQ(ask(section, script), expected) << script;
-        EXPECT_EQ(ask(section, "?\n"), expected); // and after the end of the other process
+        EXPECT_EQ(shown(KazSettings(at(section).c_str())), expected(section));
         watcher.refresh();
-        const std::string seen = models["Model/B"].text();
-        EXPECT_EQ(namesOf(watcher).size(),
-                  static_cast<std::size_t>(std::count(seen.begin(), seen.end(), '\n')));
-        if (HasFailure())
-            return;
+        EXPECT_EQ(shown(watcher), expected(above));
     }
 }
 
@@ -178,19 +202,18 @@ TEST_F(Settings, ProcessesThatWriteAtOnceLoseNothing) {
     std::vector<std::thread> threads;
     for (int i = 0; i < processes; ++i)
         threads.emplace_back([&, i] {
-            std::string script;
-            for (int n = 0; n < commits; ++n)
-                script += "i " + word("own " + std::to_string(i * commits + n)) + " " +
-                          std::to_string(i) + "\ni " + word(std::string("shared")) + " " +
-                          std::to_string(i) + "\n.\n";
-            ask("Together", script);
+            const moxkit::Result result =
+                moxkit::run({"settings_probe", at("Together"), std::to_string(i * commits),
+                             std::to_string(commits)});
+            EXPECT_EQ(result.status, 0) << result.err;
         });
     for (std::thread& thread : threads)
         thread.join();
     const KazSettings settings(at("Together").c_str());
     EXPECT_EQ(namesOf(settings).size(), processes * commits + 1U);
     for (int n = 0; n < processes * commits; ++n)
-        EXPECT_EQ(settings.getInteger(("own " + std::to_string(n)).c_str(), -1), n / commits);
+        EXPECT_EQ(settings.getInteger(("own " + std::to_string(n)).c_str(), -1),
+                  n / commits * commits);
 }
 
 TEST_F(Settings, ConvertsAsTheTableSays) {

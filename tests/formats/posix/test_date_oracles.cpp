@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Dates beside the programs whose users expect the same of them: GNU date, Python's
-// datetime, zoneinfo and email, and the locales of the C library. Everything that is
+// datetime and zoneinfo, and the locales of the C library. Everything that is
 // compared is made in the run.
 #include "tools/formats/datetime.h"
 
@@ -157,41 +157,6 @@ for line in sys.stdin:
         std::int64_t joined = 0;
         ASSERT_TRUE(date_join(&wall, nullptr, &joined));
         ASSERT_EQ(std::to_string(joined), words[9]);
-    }
-}
-
-TEST_F(DateOracles, MailDatesAreThoseOfEmailUtils) {
-    const std::string script = R"python(
-import datetime, email.utils, sys
-for line in sys.stdin:
-    seconds, offset = map(int, line.split())
-    zone = datetime.timezone(datetime.timedelta(minutes=offset))
-    epoch = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
-    local = (epoch + datetime.timedelta(seconds=seconds)).astimezone(zone)
-    print(email.utils.format_datetime(local), local.isoformat(), sep="|")
-)python";
-    std::vector<std::pair<std::int64_t, int>> cases;
-    std::string input;
-    for (int i = 0; i < 200; ++i) {
-        cases.emplace_back(randomMoment(rng_, -30000000000, date_max - 86400 * 2),
-                           rng_.between(-1439, 1439));
-        input +=
-            std::to_string(cases.back().first) + " " + std::to_string(cases.back().second) + "\n";
-    }
-    date_set_language("fr"); // mail is English
-    const Lines lines = python(script, input);
-    ASSERT_EQ(lines.size(), cases.size());
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        date_parts parts;
-        const int offset = cases[i].second;
-        ASSERT_TRUE(date_split(cases[i].first + offset * 60, "UTC", &parts));
-        parts.offset = offset * 60;
-        const Lines expected = kit::parts(lines[i]);
-        EXPECT_EQ(FmtDate(parts, "@mail"), expected[0].c_str());
-        EXPECT_EQ(FmtDate(parts, "@iso"), expected[1].c_str());
-        std::int64_t read = 0;
-        EXPECT_EQ(partime(expected[0].c_str(), &read), partime_ok);
-        EXPECT_EQ(read, cases[i].first);
     }
 }
 

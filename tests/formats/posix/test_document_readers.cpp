@@ -8,25 +8,14 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
-
-/// The place of a program; "" when it is not installed.
-std::string placeOf(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    std::string rest = std::string(path != nullptr ? path : "/usr/bin") + ":";
-    for (std::size_t end; (end = rest.find(':')) != std::string::npos; rest.erase(0, end + 1)) {
-        const std::string candidate = rest.substr(0, end) + "/" + program;
-        if (std::filesystem::exists(candidate))
-            return candidate;
-    }
-    return "";
-}
 
 using Words = std::vector<std::string>;
 
@@ -60,22 +49,18 @@ void expectInOrder(const std::string& text, const Words& words, const Words& fir
     }
 }
 
-class Readers : public testing::TestWithParam<int> {
+class ReaderTest : public testing::Test {
 protected:
-    Report write(doc_format_enum format, bool breaks = true) {
-        return Report(format, GetParam(), tree.native("report"), breaks);
-    }
-
     /// Is it not installed? With MOX_ALL_READERS=1 in the environment that is a failure.
     static bool isMissing(const std::string& program) {
         const char* const all = std::getenv("MOX_ALL_READERS");
-        const bool result = placeOf(program).empty();
+        const bool result = std::system(("command -v " + program + " >/dev/null").c_str()) != 0;
         EXPECT_FALSE(result && all != nullptr && *all == '1') << program << " is not installed";
         return result;
     }
 
-    moxkit::Result run(std::vector<std::string> command, const Words& files = {"report"}) {
-        command[0] = placeOf(command[0]);
+    moxkit::Result run(Words command, const Words& files) {
+        command.insert(command.begin(), "/usr/bin/env");
         for (const std::string& file : files)
             command.push_back(tree.path(file));
         moxkit::RunOptions options;
@@ -91,87 +76,89 @@ private:
     testing::ScopedTrace trace_{__FILE__, __LINE__, moxkit::seedText()};
 };
 
-TEST_P(Readers, Tidy) {
-    if (isMissing("tidy"))
-        GTEST_SKIP() << "tidy is not installed";
-    write(doc_html);
-    const moxkit::Result result =
-        run({"tidy", "-e", "-q", "--drop-empty-elements", "no", "--show-info", "no"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err, "");
+struct Reader {
+    enum Kind {
+        Shows,
+        ShowsCellsBesideOneAnother,
+        ShowsWhereLinksLead, ///< instead of their texts
+        Checks               ///< and shows nothing but what is wrong
+    };
+    const char* name;
+    Kind kind;
+    doc_format_enum format;
+    Words command;
+    Words firsts = {"w"};
+};
+
+std::ostream& operator<<(std::ostream& out, const Reader& reader) {
+    return out << reader.name;
 }
 
-TEST_P(Readers, Xmllint) {
-    if (isMissing("xmllint"))
-        GTEST_SKIP() << "xmllint is not installed";
-    write(doc_html);
-    const moxkit::Result result = run({"xmllint", "--html", "--noout"});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err.find("error"), std::string::npos) << result.err;
+class Readers : public ReaderTest, public testing::WithParamInterface<Reader> {};
+
+TEST_P(Readers, TakeRandomReports) {
+    const Reader& reader = GetParam();
+    if (isMissing(reader.command[0]))
+        GTEST_SKIP() << reader.command[0] << " is not installed";
+    for (int number = 0; number < 4; ++number) {
+        SCOPED_TRACE(number);
+        Report report(reader.format, number, tree.native("report"),
+                      reader.kind != Reader::ShowsCellsBesideOneAnother);
+        const moxkit::Result result = run(reader.command, {"report"});
+        EXPECT_EQ(result.status, 0) << result.err;
+        if (reader.kind == Reader::Checks) {
+            EXPECT_EQ(result.err.find("error"), std::string::npos) << result.err;
+            continue;
+        }
+        if (reader.kind == Reader::ShowsWhereLinksLead)
+            for (const std::string& word : report.linked)
+                std::erase(report.words, word);
+        expectInOrder(result.out, report.words, reader.firsts);
+    }
 }
 
-TEST_P(Readers, W3m) {
-    if (isMissing("w3m"))
-        GTEST_SKIP() << "w3m is not installed";
-    // Cells stand beside one another; columns wide enough keep their texts in one line.
-    const Report report = write(doc_html, false);
-    const moxkit::Result result = run({"w3m", "-dump", "-cols", "20000", "-T", "text/html"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    expectInOrder(result.out, report.words);
-}
-
-TEST_P(Readers, Unrtf) {
-    if (isMissing("unrtf"))
-        GTEST_SKIP() << "unrtf is not installed";
-    Report report = write(doc_rtf);
-    const moxkit::Result result = run({"unrtf", "--text", "--nopict"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    // It shows where a link leads instead of its text.
-    std::erase_if(report.words, [&report](const std::string& word) {
-        return std::find(report.linked.begin(), report.linked.end(), word) != report.linked.end();
-    });
-    expectInOrder(result.out, report.words);
-}
-
-TEST_P(Readers, PandocReadsRtf) {
-    if (isMissing("pandoc"))
-        GTEST_SKIP() << "pandoc is not installed";
-    const Report report = write(doc_rtf);
-    const moxkit::Result result = run({"pandoc", "-f", "rtf", "-t", "json"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    // It takes the letter behind a replacement character for a part of that.
-    expectInOrder(result.out, report.words, {"w", "\"", "\xEF\xBF\xBD"});
-}
-
-TEST_P(Readers, PandocReadsHtml) {
-    if (isMissing("pandoc"))
-        GTEST_SKIP() << "pandoc is not installed";
-    const Report report = write(doc_html);
-    const moxkit::Result result = run({"pandoc", "-f", "html", "-t", "native"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    expectInOrder(result.out, report.words);
-}
-
-INSTANTIATE_TEST_SUITE_P(Reports, Readers, testing::Range(0, 4));
+// Columns wide enough keep the texts of cells in one line. Pandoc takes the letter behind a
+// replacement character of RTF for a part of that.
+INSTANTIATE_TEST_SUITE_P(
+    Reports, Readers,
+    testing::Values(
+        Reader{"Tidy",
+               Reader::Checks,
+               doc_html,
+               {"tidy", "-e", "-q", "--drop-empty-elements", "no", "--show-info", "no"}},
+        Reader{"Xmllint", Reader::Checks, doc_html, {"xmllint", "--html", "--noout"}},
+        Reader{"W3m",
+               Reader::ShowsCellsBesideOneAnother,
+               doc_html,
+               {"w3m", "-dump", "-cols", "20000", "-T", "text/html"}},
+        Reader{"Unrtf", Reader::ShowsWhereLinksLead, doc_rtf, {"unrtf", "--text", "--nopict"}},
+        Reader{"PandocRtf",
+               Reader::Shows,
+               doc_rtf,
+               {"pandoc", "-f", "rtf", "-t", "json"},
+               {"w", "\"", "\xEF\xBF\xBD"}},
+        Reader{"PandocHtml", Reader::Shows, doc_html, {"pandoc", "-f", "html", "-t", "native"}}),
+    [](const auto& info) { return info.param.name; });
 
 /// Its start is what takes time: one for all reports of a format, and only where all readers
 /// are asked for.
-class OfficeReaders : public Readers {
-protected:
-    static bool isLeftOut() { return std::getenv("MOX_ALL_READERS") == nullptr; }
+class OfficeReaders : public ReaderTest {};
 
-    void readAll(doc_format_enum format, const std::string& suffix,
-                 const std::vector<std::string>& options) {
+TEST_F(OfficeReaders, TakeRandomReports) {
+    if (std::getenv("MOX_ALL_READERS") == nullptr || isMissing("soffice"))
+        GTEST_SKIP() << "LibreOffice is started by ./dev readers";
+    for (const auto& [format, suffix] : {std::pair{doc_rtf, ".rtf"}, {doc_html, ".html"}}) {
         std::vector<Report> reports;
         Words files;
-        for (int number = 0; number < GetParam(); ++number) {
+        for (int number = 0; number < 20; ++number) {
             files.push_back("report" + std::to_string(number) + suffix);
             reports.emplace_back(format, number, tree.native(files.back()));
         }
-        std::vector<std::string> command = {"soffice", "--headless",
-                                            "-env:UserInstallation=file://" + tree.path("profile"),
-                                            "--convert-to", "txt:Text"};
-        command.insert(command.end(), options.begin(), options.end());
+        Words command = {"soffice", "--headless",
+                         "-env:UserInstallation=file://" + tree.path("profile"), "--convert-to",
+                         "txt:Text"};
+        if (format == doc_html)
+            command.emplace_back("--infilter=HTML (StarWriter)");
         const moxkit::Result result = run(command, files);
         EXPECT_EQ(result.status, 0) << result.err;
         for (std::size_t i = 0; i < reports.size(); ++i) {
@@ -179,20 +166,6 @@ protected:
             expectInOrder(tree.read("report" + std::to_string(i) + ".txt"), reports[i].words);
         }
     }
-};
-
-TEST_P(OfficeReaders, Rtf) {
-    if (isLeftOut() || isMissing("soffice"))
-        GTEST_SKIP() << "LibreOffice is started by ./dev readers";
-    readAll(doc_rtf, ".rtf", {});
 }
-
-TEST_P(OfficeReaders, Html) {
-    if (isLeftOut() || isMissing("soffice"))
-        GTEST_SKIP() << "LibreOffice is started by ./dev readers";
-    readAll(doc_html, ".html", {"--infilter=HTML (StarWriter)"});
-}
-
-INSTANTIATE_TEST_SUITE_P(Reports, OfficeReaders, testing::Values(20));
 
 } // namespace
