@@ -32,13 +32,13 @@ protected:
     }
 
     static Words running(int share, const Words& child) {
-        const Words line = {"run", std::to_string(share), std::to_string(child.size() + 1),
-                            moxkit::binDirectory() + "/relay_tool"};
+        const Words line = {"run:a:" + std::to_string(share), std::to_string(child.size() + 1),
+                            moxkit::binDirectory() + "/step_tool"};
         return joined(line, child);
     }
 
     moxkit::Result relay(const Words& words) {
-        return moxkit::run(joined({"relay_tool"}, words), options);
+        return moxkit::run(joined({"step_tool"}, words), options);
     }
 
     /// The recording in short: "N %", "> " output of children, "! " errors, ". " messages; each

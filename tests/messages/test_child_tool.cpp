@@ -11,9 +11,9 @@ namespace {
 class ChildTool : public Relayed {};
 
 TEST_F(ChildTool, IsAStepOfItsParentsProgress) {
-    const Words child = {"start", "Inner", "add",    "25",   "say", "one",  "add", "25",
-                         "err",   "two",   "second", "tell", "it",  "half", "rest"};
-    const Words line = joined({"start", "Outer", "add", "10"}, running(40, child), {"add", "10"});
+    const Words child = {"start:a:1:Inner", "add:a:25", "message:one", "add:a:25",
+                         "error:two",       "second",   "tell:a:it",   "half:rest"};
+    const Words line = joined({"start:a:1:Outer", "add:a:10"}, running(40, child), {"add:a:10"});
     const moxkit::Result result = relay(line);
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(told(), "10 % 20 % 30 % 50 % 60 % > one > Second ....................it > rest "
@@ -22,21 +22,21 @@ TEST_F(ChildTool, IsAStepOfItsParentsProgress) {
 }
 
 TEST_F(ChildTool, AttachesItsOwnChildrenToItsParent) {
-    const Words grandchild = {"start", "Innermost", "add", "50", "add", "50", "exit", "4"};
-    const Words child = joined({"start", "Inner"}, running(50, grandchild), {"add", "20"});
-    relay(joined({"start", "Outer"}, running(40, child), {"add", "60"}));
+    const Words grandchild = {"start:a:1:Innermost", "add:a:50", "add:a:50", "exit:4"};
+    const Words child = joined({"start:a:1:Inner"}, running(50, grandchild), {"add:a:20"});
+    relay(joined({"start:a:1:Outer"}, running(40, child), {"add:a:60"}));
     EXPECT_EQ(told(), "10 % 20 % 28 % 40 % 100 % > status 4 . status 0 ");
 }
 
 TEST_F(ChildTool, TellsHowItsChildEnded) {
-    relay(joined({"start", "Outer"}, running(10, {"ask", "exit", "3"}), running(20, {"deaf"})));
-    EXPECT_EQ(told(), "10 % 30 % > Q: ? [Yes]/No reply 0 . status 3 . status 0 ");
+    relay(joined({"start:a:1:Outer"}, running(10, {"ask:Q", "exit:3"}), running(20, {"deaf"})));
+    EXPECT_EQ(told(), "10 % 30 % > Q: Sure? [Yes]/No reply 0 . status 3 . status 0 ");
 
-    const moxkit::Result result = relay({"start", "Outer", "run", "50", "1", "nosuchtool"});
+    const moxkit::Result result = relay({"start:a:1:Outer", "run:a:50", "1", "nosuchtool"});
     EXPECT_EQ(told(), "50 % ! \"nosuchtool\" could not be started: No such file or directory "
                       ". status -1 ");
     EXPECT_EQ(result.status, 0);
-    relay({"start", "Outer", "run", "100", "0"});
+    relay({"start:a:1:Outer", "run:a:100", "0"});
     EXPECT_EQ(told(), "100 % ! \"\" could not be started: No such file or directory . status -1 ");
 }
 
@@ -64,7 +64,7 @@ TEST_F(ChildTool, EndsItsStepWhateverTheDirectorThrows) {
 }
 
 TEST_F(ChildTool, WithoutAnOfferOfAParentIsAToolAsEver) {
-    const Words words = {"start", "Alone", "add", "100", "end"};
+    const Words words = {"start:a:1:Alone", "add:a:100", "end:a"};
     const std::string shown = "Alone ....................";
     EXPECT_EQ(relay(words).out, shown);
     EXPECT_EQ(relay(joined(words, {"-progress_channel", "1:0:100"})).out, shown);

@@ -197,7 +197,6 @@ TEST_F(Dialogue, WhatIsNoRecordingIsRefused) {
         {"", ": is no recording"},
         {"{", ":1: is no JSON"},
         {start + "\n\n", ":2: is no JSON"},
-        {std::string(100000, '['), ":1: is nested too deeply"},
         {start + "\n{\"a\":" + std::string(100000, '['), ":2: is nested too deeply"},
         {"[]", ":1: is no object"},
         {R"({"event":"end"})", ":1: is not the start of a recording"},
@@ -219,9 +218,8 @@ TEST_F(Dialogue, WhatIsNoRecordingIsRefused) {
     tree.write("a", start);
     const std::string help = "\nmoxtool replay -help shows how it is used\n";
     const std::size_t many = kit::hasDrives ? 20000 : 100000; // what a command line holds
-    for (const std::string& pattern :
-         {std::string("("), std::string(many, '('), std::string("(a)\\1")})
-        EXPECT_EQ(replay({"a", "-x", pattern, ""}).substr(0, 2), "2 ");
+    EXPECT_EQ(replay({"a", "-x", std::string(many, '('), ""}).substr(0, 2), "2 ");
+    EXPECT_EQ(replay({"a", "-x", "(a)\\1", ""}).substr(0, 2), "2 ");
     EXPECT_EQ(replay({"a", "-x", "[", ""}),
               "2 moxtool replay: [ is no pattern: its brackets do not match" + help);
     EXPECT_EQ(replay({}), "2 moxtool replay: arguments are missing: FILE ..." + help);

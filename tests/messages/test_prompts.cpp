@@ -49,18 +49,4 @@ TEST(Prompts, WithoutOutputMessagesDoNotEndUpInTheUsersFile) {
     EXPECT_EQ(tree.read("file"), "data\n");
 }
 
-TEST(Prompts, TheToolOfTheGuideDoesWhatItSays) {
-    moxkit::RunOptions options;
-    options.input = "orders\nyes\n";
-    const moxkit::Result swept = moxkit::run({"guide_tool"}, options);
-    EXPECT_EQ(swept.status, 0);
-    EXPECT_EQ(swept.out, "Sweep: System: Sweep: Remove old diagrams? Yes/[No] "
-                         "Sweeping ....................\n8 diagrams of \"orders\" removed\n");
-    options.input = "\n";
-    const moxkit::Result refused = moxkit::run({"guide_tool"}, options);
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_EQ(refused.out, "Sweep: System: ! no system given\n");
-    EXPECT_EQ(refused.err, "no system given\n");
-}
-
 } // namespace
