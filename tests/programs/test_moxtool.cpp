@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The doctor: what is wrong is told under its topic, and nothing is changed.
+#include "files/tree.h"
 #include "kit/host.h"
 #include "kit/table.h"
 #include "testkit/env.h"
@@ -7,6 +8,8 @@
 #include "testkit/temp_tree.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
@@ -43,9 +46,9 @@ protected:
 
     /// What it says of each topic; its own form is checked each time.
     Verdicts look() {
-        const std::map<std::string, std::string> before = contents();
+        const tree::Snapshot before = tree::snapshot(tree.path());
         const moxkit::Result result = moxkit::run({"moxtool", "doctor"}, options);
-        EXPECT_EQ(contents(), before);
+        EXPECT_EQ(tree::snapshot(tree.path()), before);
         EXPECT_EQ(result.err, "");
         Verdicts verdicts;
         std::vector<std::string> order;
@@ -75,16 +78,6 @@ protected:
             for (const std::string& line : verdicts.at(topic))
                 if (!line.starts_with("ok "))
                     result += topic + ": " + line + "\n";
-        return result;
-    }
-
-    std::map<std::string, std::string> contents() const {
-        std::map<std::string, std::string> result;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(tree.path()))
-            result[entry.path().generic_string()] =
-                entry.is_regular_file()
-                    ? tree.read(fs::relative(entry.path(), tree.path()).generic_string())
-                    : "";
         return result;
     }
 
@@ -215,15 +208,23 @@ TEST_F(Doctor, IsNotAloneInTellingThatItsResultIsLost) {
     if (kit::hasDrives)
         GTEST_SKIP() << "no file is always full here";
     tree.write("project/plant/a.dgm", "text");
-    options.stdoutFile = "/dev/full";
+    moxkit::run({"moxmsg", "-source", tree.write("texts", "1 x\n"), "-output", tree.path("msg")});
     const std::vector<std::vector<std::string>> commands = {
         {"moxtool", "doctor"},
         {"moxtool", "completion", "zsh"},
+        {"moxinfo"},
+        {"moxmsg", "-file", "msg"},
+        {"moxreport", "-p", "project"},
         {"moxreport", "-p", "project", "-output", "report.html", "-verbose"}};
-    for (const auto& command : commands) {
-        const moxkit::Result result = moxkit::run(command, options);
-        EXPECT_EQ(result.status, 1) << command[1];
-        EXPECT_EQ(result.err, "standard output: cannot be written: No space left on device\n");
+    for (const bool isClosed : {false, true}) {
+        options.stdoutFile = isClosed ? "" : "/dev/full";
+        options.closeStdout = isClosed;
+        for (const auto& command : commands) {
+            const moxkit::Result result = moxkit::run(command, options);
+            EXPECT_EQ(result.status, 1) << testing::PrintToString(command);
+            EXPECT_EQ(result.err, std::string("standard output: cannot be written: ") +
+                                      std::strerror(isClosed ? EBADF : ENOSPC) + "\n");
+        }
     }
 }
 

@@ -81,23 +81,6 @@ class Bar(unittest.TestCase):
         self.assertNotIn(b"\x1b[2J", written)
         self.assertIn("evil\\x1B[2J.dgm'.", "\n".join(lines))
 
-    def test_what_is_no_terminal_gets_plain_bytes(self):
-        with tempfile.TemporaryFile() as file:
-            lines, _ = self.watch(self.start(output=file))
-            file.seek(0)
-            plain = file.read()
-        self.assertIn(b"\nCopying brewery ....................\n600 files, ", plain)
-        self.assertNotRegex(plain, rb"[\x00-\x09\x0b-\x1f]")
-        self.assertRegex(lines[0], "^Copying brewery ▕█+▏ 100% 600/600")
-
-    def test_what_people_set(self):
-        lines, _ = self.watch(self.start(KAZ_PROGRESS="none"))
-        self.assertRegex(lines[1], "^600 files")
-        lines, _ = self.watch(self.start("-Force", TERM="dumb"))
-        self.assertEqual(lines[1], "Copying brewery ....................")
-        _, written = self.watch(self.start("-Force", "-Quiet"))
-        self.assertEqual(written, b"")
-
     def test_a_window_that_changes_its_size_gets_lines_of_the_new_width(self):
         tool, begin = self.start_long_copy()
         tool.send_signal(signal.SIGSTOP)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Opens a report's page in a browser, and shows it to two checkers of HTML.
+"""Opens a report's page in a browser.
 
 usage: report_page.py BIN PROJECT        (the folder of moxreport, a project)
 
@@ -20,7 +20,9 @@ import urllib.parse
 
 programs, sample = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
 browser = shutil.which("chromium")
-is_required = os.environ.get("MOX_ALL_READERS") == "1"
+if browser is None:
+    print("skipped: no browser is installed")
+    sys.exit(1 if os.environ.get("MOX_ALL_READERS") == "1" else 77)
 
 
 class Page(html.parser.HTMLParser):
@@ -65,22 +67,7 @@ class ReportPage(unittest.TestCase):
         subprocess.run([programs / "moxreport", "-projdir", project, "-output", self.page, "-path", "-Quiet"],
                        check=True, env={"HOME": str(here)})
 
-    def check(self, *command):
-        if shutil.which(command[0]) is None:
-            self.assertFalse(is_required, command[0])
-            self.skipTest(command[0] + " is not installed")
-        run = subprocess.run([*command, self.page], capture_output=True, text=True, check=False)
-        self.assertEqual((run.returncode, run.stderr), (0, ""))
-
-    def test_tidy_accepts_it(self):
-        self.check("tidy", "-e", "-q", "--drop-empty-elements", "no", "--show-info", "no")
-
-    def test_xmllint_accepts_it(self):
-        self.check("xmllint", "--html", "--noout")
-
     def test_a_browser_shows_what_it_says(self):
-        if browser is None:
-            self.skipTest("no browser is installed")
         # The sandbox wants rights that containers do not give; the page is our own.
         run = subprocess.run([browser, "--headless", "--no-sandbox", "--disable-gpu",
                               "--user-data-dir=" + self.folder.name + "/profile", "--dump-dom",
@@ -102,9 +89,4 @@ class ReportPage(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if browser is None:
-        print("skipped: no browser is installed")
-    result = unittest.main(argv=sys.argv[:1], verbosity=1, exit=False).result
-    if not result.wasSuccessful() or (browser is None and is_required):
-        sys.exit(1)
-    sys.exit(77 if browser is None else 0)
+    unittest.main(argv=sys.argv[:1], verbosity=1)

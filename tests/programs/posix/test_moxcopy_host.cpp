@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// moxcopy among links, permissions, signals and full disks.
+// moxcopy among links, permissions and full disks.
 #include "programs/moxcopy.h"
 #include "programs/posix/plain_user.h"
 
-#include <csignal>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,6 +26,12 @@ TEST_F(MoxCopy, ListsWhatItCouldNotCopy) {
             << name;
     EXPECT_TRUE(result.err.ends_with("\n4 failures\n")) << result.err;
     EXPECT_TRUE(onlyCopyIn("copies"));
+    // No name begins a line of its own or drives the terminal.
+    fs::create_symlink("nowhere", tree.path("plant/brewery/\x1b[2J\nNot copied: 'x"));
+    tree.write("plant/brewery/\xc2\x9b\x1b]0;title\a", "x");
+    result = copy({"-verbose", "-target", "t"});
+    EXPECT_EQ((result.out + result.err).find_first_of("\x1b\a\x9b"), std::string::npos);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 6) << result.err;
 
     // Inside an earlier copy, a link in place of a directory is not followed.
     fs::remove_all(tree.path("copies/brewery/deep"));
@@ -93,23 +98,6 @@ TEST_F(MoxCopy, HostileSurroundingsEndInAMessage) {
                            tree.path("plant") + "' -s brewery -target u"})
                   .status,
               1);
-}
-
-TEST_F(MoxCopy, InterruptRemovesWhatThisRunHasMade) {
-    for (int i = 0; i < 400; ++i)
-        tree.write("plant/brewery/f" + std::to_string(1000 + i), std::string(200'000, 'x'));
-    moxkit::RunOptions options;
-    options.signal = SIGINT;
-    options.signalAfter = "Copied";
-    auto result = copy({"-verbose", "-target", "new/parents"}, options);
-    EXPECT_EQ(result.status, 9) << result.out.substr(result.out.size() - 200);
-    EXPECT_EQ(result.err, "Cancelled, nothing was copied\n");
-    EXPECT_FALSE(tree.exists("new"));
-
-    tree.write("copies/brewery/f1000", "old");
-    const auto before = contents(tree, "copies");
-    EXPECT_EQ(copy({"-verbose", "-Force"}, options).status, 9);
-    EXPECT_EQ(contents(tree, "copies"), before);
 }
 
 TEST_F(MoxCopy, FullDiskLeavesWhatWasThere) {

@@ -27,21 +27,8 @@ TEST_F(MoxMsg, OutputIsWholeOrAsItWas) {
     }
     EXPECT_EQ(run({"-source", source, "-output", "/dev/full"}).err,
               "/dev/full: cannot be written: No space left on device\n");
-    options.stdoutFile = "/dev/full";
-    moxkit::Result result = run({"-file", file});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "standard output: cannot be written: No space left on device\n");
-    options.stdoutFile.clear();
-    options.closeStdout = true;
-    result = run({"-file", file}); // and nothing it opens takes the place
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "standard output: cannot be written: Bad file descriptor\n");
-    options.closeStdout = false;
     EXPECT_EQ(run({"-file", file}).out, "1 text\n");
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(tree.path()))
-        names.push_back(entry.path().filename());
-    EXPECT_EQ(names.size(), 3U) << testing::PrintToString(names);
+    EXPECT_EQ(std::distance(fs::directory_iterator(tree.path()), fs::directory_iterator()), 3);
 }
 
 TEST_F(MoxMsg, OutputTakesOverPermissionsButNoPrivileges) {

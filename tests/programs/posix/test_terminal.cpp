@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Names and values from outside on a terminal: none begins a line of its own or moves the
 // cursor, whatever program shows it.
-#include "kit/await.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -90,21 +88,6 @@ TEST_F(Terminal, NamesOfFilesAndTextsOfCatalogs) {
     tree.write("by/" + evil, "a=b\n\x1b[2J=\x9b\nToolInfo=\x1b[2J\n");
     for (const char* word : {"--origin", "--check"})
         EXPECT_NE(run({"moxinfo", word}).out.find("\\x1B[2J"), std::string::npos);
-}
-
-TEST_F(Terminal, TheFirstFindingOpensInTheEditor) {
-    const std::string file = tree.write("ToolInfo", "empty=\na=b\nno equals\nnor here\n");
-    const std::string editor =
-        tree.write("editor", "#!/bin/sh\necho \"$@\" >'" + tree.path("part") + "'\nmv '" +
-                                 tree.path("part") + "' '" + tree.path("opened") + "'\n");
-    std::filesystem::permissions(editor, std::filesystem::perms::owner_all);
-    options.env["XDG_CONFIG_HOME"] = tree.path("config");
-    options.env["KAZ_SOURCE_EDITOR"] = editor + " ${line}:${column} ${file}";
-    EXPECT_EQ(run({"moxinfo", "--check"}).status, 1);
-    tree.write("config/Tarvo/Mox/settings", "[moxinfo]\nopen complaints in the editor=b:1\n");
-    EXPECT_FALSE(tree.exists("opened")) << "only for who asks for it";
-    EXPECT_EQ(run({"moxinfo", "--check"}).status, 1);
-    EXPECT_EQ(kit::awaitText(tree, "opened"), "3:1 " + file + "\n") << "a note is nothing wrong";
 }
 
 } // namespace
