@@ -183,6 +183,7 @@ private:
             FUZZ_CHECK(plain(result) == expected);
             i_ = pick();
             subject() = result;
+            FUZZ_CHECK(subject().disguise() == result.disguise());
             text() = expected;
         });
     }

@@ -12,18 +12,6 @@
 
 namespace {
 
-struct Narrow {
-    using String = KazString;
-    using Tokenizer = KazStringTokenizer;
-    using Quoted = KazQuotedStringTokenizer;
-};
-
-struct Wide {
-    using String = KazWString;
-    using Tokenizer = KazWStringTokenizer;
-    using Quoted = KazWQuotedStringTokenizer;
-};
-
 using Tokens = std::vector<std::string>;
 
 /// All further tokens.
@@ -35,34 +23,19 @@ Tokens rest(Tokenizer& tokenizer) {
     return result;
 }
 
-template <class Width>
-class Tokenizers : public testing::Test {
-protected:
-    using Text = TestText<typename Width::String>;
-    static typename Width::Quoted quotedOne(const std::string& text, const std::string& set,
-                                            const std::string& quotes, char escape) {
-        return {typename Width::String(Text(text)), Text(set), Text(quotes),
-                wideChar<typename Width::String>(escape)};
-    }
-};
-using Widths = testing::Types<Narrow, Wide>;
-TYPED_TEST_SUITE(Tokenizers, Widths);
-
-TYPED_TEST(Tokenizers, WithoutDelimitersOrQuotes) {
-    using Text = TestText<typename TypeParam::String>;
-    typename TypeParam::Tokenizer all(typename TypeParam::String(Text(" a b ")), nullptr);
+template <class String, class Tokenizer, class Quoted>
+void expectTokens() {
+    using Text = TestText<String>;
+    Tokenizer all(String(Text(" a b ")), nullptr);
     EXPECT_EQ(rest(all), Tokens{" a b "});
-    auto quoted = this->quotedOne("a 'b c' d", " ", "'", '\\');
-    typename TypeParam::Tokenizer sliced = quoted; // quotes mean nothing to it
-    EXPECT_EQ(rest(sliced), (Tokens{"a", "'b", "c'", "d"}));
-    typename TypeParam::Tokenizer& base = quoted;
-    EXPECT_EQ(rest(base), (Tokens{"a", "'b c'", "d"}));
-}
-
-TYPED_TEST(Tokenizers, SurviveFailedAllocations) {
-    const auto source = this->quotedOne("a 'b c' d\\ e", " ", "'", '\\');
+    const Quoted source(String(Text("a 'b c' d\\ e")), Text(" "), Text("'"), '\\');
+    Quoted quoted = source;
+    Tokenizer sliced = quoted; // quotes and escapes mean nothing to it
+    EXPECT_EQ(rest(sliced), (Tokens{"a", "'b", "c'", "d\\", "e"}));
+    Tokenizer& base = quoted;
+    EXPECT_EQ(rest(base), (Tokens{"a", "'b c'", "d\\ e"}));
     for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
-        auto target = this->quotedOne("x-y", "-", "", 'q');
+        Quoted target(String(Text("x-y")), Text("-"), Text(""), 'q');
         const long failures = moxkit::sweepAllocations(
             [&] {
                 auto copy = source;
@@ -76,6 +49,11 @@ TYPED_TEST(Tokenizers, SurviveFailedAllocations) {
         EXPECT_EQ(failures, 4);
         EXPECT_EQ(rest(target), (Tokens{"a", "'b c'", "d\\ e"}));
     }
+}
+
+TEST(Tokenizers, WithoutDelimitersOrQuotesOrMemory) {
+    expectTokens<KazString, KazStringTokenizer, KazQuotedStringTokenizer>();
+    expectTokens<KazWString, KazWStringTokenizer, KazWQuotedStringTokenizer>();
 }
 
 } // namespace
