@@ -1,19 +1,80 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/containers/KazColl.h"
+// What the models of arrays, collections and trees cannot see: limits, iterators that outlive
+// their collection, and what shallow copies share, which must be freed once, checked out
+// once, and never be touched after that.
+#include "elements.h"
+#include "testkit/alloc_failure.h"
+#include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazIntColl.h"
 #include "tools/containers/KazIntCollIterator.h"
-
-#include "elements.h"
-#include "testkit/alloc_failure.h"
+#include "tools/containers/KazStringColl.h"
+#include "tools/containers/KazStringTree.h"
+#include "tools/containers/KazStringTreeIterator.h"
+#include "tools/containers/KazTreeIterator.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <vector>
 
 namespace {
+
+using moxkit::Counted;
+using Items = std::vector<void*>;
+
+struct Array : KazArrayPtr {
+    explicit Array(int count = 0) {
+        for (std::intptr_t i = 1; i <= count; ++i)
+            add(reinterpret_cast<void*>(i));
+    }
+    Items contents() const { return Items(data, data + size); }
+    int room() const { return capacity; }
+    float rate() const { return growthRate; }
+};
+
+TEST(ArrayTest, GrowsByTheRateInFours) {
+    Array array;
+    for (float rate : {1.0F, 0.5F, std::nanf("")}) { // these would not grow
+        array.setGrowthRate(2.0F);
+        EXPECT_EQ(array.rate(), 2.0F);
+        array.setGrowthRate(rate);
+        EXPECT_EQ(array.rate(), 1.3F);
+    }
+
+    Array fitted(5);
+    fitted.freeExtra();
+    EXPECT_EQ(fitted.room(), 5);
+    fitted.setGrowthRate(2.0F);
+    fitted.inflate(6);
+    EXPECT_EQ(fitted.room(), 12); // (5 + 5 + 4) in fours; at least 8
+    fitted.inflate(101);
+    fitted.inflate(50);
+    EXPECT_EQ(fitted.room(), 104);
+    fitted.removeAt(0, 5);
+    fitted.freeExtra();
+    EXPECT_EQ(fitted.getData(), nullptr);
+    EXPECT_EQ(fitted.room(), 0);
+}
+
+TEST(ArrayTest, FailedGrowthChangesNothing) {
+    Array array(4);
+    const Items before = array.contents();
+    constexpr int most = std::numeric_limits<int>::max();
+    EXPECT_THROW(array.setSize(most), KazMemoryException);
+    EXPECT_THROW(array.setAtGrow(most, nullptr), KazMemoryException);
+    EXPECT_THROW(array.insertAt(most, &array), KazMemoryException);
+    array.setGrowthRate(1e30F);
+    EXPECT_THROW(array.add(nullptr), KazMemoryException);
+    EXPECT_EQ(array.contents(), before);
+    array.remove();
+    moxkit::FailAllocation failure(1);
+    array.freeExtra();
+    EXPECT_TRUE(failure.hit());
+    EXPECT_EQ(array.room(), 4);
+}
 
 TEST(CollectionTest, IteratorsOutliveTheirCollection) {
     auto coll = std::make_unique<KazIntColl>();
@@ -31,11 +92,9 @@ TEST(CollectionTest, IteratorsOutliveTheirCollection) {
     EXPECT_TRUE(first.isDone());
     EXPECT_FALSE(second.next());
     first = elsewhere;
-    EXPECT_EQ(first.item(), 0);
-    EXPECT_FALSE(first.next());
+    EXPECT_TRUE(first.item() == 0 && !first.next());
     first.reset();
     EXPECT_TRUE(first.isDone());
-    EXPECT_TRUE(KazCollIterator(nullptr).isDone());
 }
 
 TEST(CollectionTest, CopyingTakesTheMemoryBeforeItGivesAnythingUp) {
@@ -50,24 +109,134 @@ TEST(CollectionTest, CopyingTakesTheMemoryBeforeItGivesAnythingUp) {
     EXPECT_EQ(valueOf(coll[1]), 21);
 }
 
-TEST(IntCollTest, KeepsIntegers) {
-    constexpr int least = std::numeric_limits<int>::min();
-    KazIntColl coll;
-    const int numbers[] = {-1, 0, -1 - least, least, 0};
-    coll.insertAt(0, numbers, 5);
-    coll.insertAt(1, 7);
-    coll.setAt(0, -5);
-    EXPECT_EQ(coll.find(0), 5);
-    EXPECT_EQ(coll.find(least), 4);
-    EXPECT_EQ(coll.find(1), -1);
-    KazIntColl other;
-    other.copy(coll);
-    other.insertAt(1, coll);
-    std::vector<int> walked;
-    for (KazIntCollIterator i(other); !i.isDone(); i.next())
-        walked.push_back(i.item());
-    EXPECT_EQ(walked,
-              (std::vector<int>{-5, -5, 7, 0, -1 - least, least, 0, 7, 0, -1 - least, least, 0}));
+TEST(SharedStorageTest, ElementsAreCheckedOutByTheLastToLetGo) {
+    auto first = std::make_unique<OwningColl>();
+    first->fill(1, 3);
+    OwningColl second;
+    second.fill(10, 14);
+    KazCollIterator onSecond(second), late(second);
+    for (int i = 0; i < 3; ++i)
+        late.next();
+    second = *first;
+    EXPECT_EQ(Counted::live(), 3); // what it held before is gone
+    EXPECT_EQ(onSecond.item(), second[0]);
+    EXPECT_TRUE(late.isDone());
+
+    Counted nine(9);
+    second.setAt(1, &nine);
+    EXPECT_EQ(valueOf((*first)[1]), 9);
+    KazCollIterator onFirst(*first);
+    onFirst.next();
+    onFirst.next();
+    second.removeAt(0, 1);
+    EXPECT_EQ(valueOf((*first)[1]), 3);
+    EXPECT_EQ(onFirst.item(), (*first)[1]);
+    EXPECT_EQ((*first)[2], nullptr);
+    first.reset();
+    EXPECT_TRUE(onFirst.isDone());
+    EXPECT_EQ(Counted::live(), 3); // nine, and two elements
+
+    OwningColl third(second);
+    second.removeAll();
+    EXPECT_EQ(valueOf(third[0]), 9);
+    third.removeAll();
+    EXPECT_EQ(Counted::live(), 1);
+}
+
+TEST(SharedStorageTest, WhatASharerHasLeftGoesWithTheSlotsThatAnArrayHolds) {
+    const int before = Counted::live();
+    {
+        OwningColl coll;
+        coll.fill(1, 2);
+        OwningColl(coll).fill(3, 3); // in the room that both have
+        const KazArrayPtr slots(coll);
+        coll.inflate(20);
+        EXPECT_EQ(Counted::live(), before + 3);
+    }
+    EXPECT_EQ(Counted::live(), before);
+}
+
+TEST(SharedStorageTest, GrowthSeparates) {
+    KazStringColl first;
+    first.add("one");
+    {
+        KazStringColl second(first);
+        second.getAt(0) = "changed";
+        for (int i = 0; i < 10; ++i)
+            second.add("more");
+        second.getAt(0) = "apart";
+    }
+    EXPECT_STREQ(first[0].getValue(), "changed");
+}
+
+TEST(TreeTest, IteratorsSurviveTheirTreeAndItsContents) {
+    auto tree = std::make_unique<OwningTree>();
+    // A value added where one stands in the gap lies ahead.
+    tree->put(0);
+    KazTreeIterator gap(*tree);
+    tree->remove(tree->smallest());
+    tree->put(0);
+    EXPECT_EQ(gap.item(), nullptr);
+    EXPECT_TRUE(gap.next());
+    EXPECT_EQ(valueOf(gap.item()), 0);
+    KazTreeIterator other(*tree);
+    other = gap;
+    tree->remove(tree->smallest()); // both are in a gap when the tree goes
+    tree.reset();
+    EXPECT_TRUE(gap.isDone());
+    EXPECT_EQ(other.item(), nullptr);
+    other.toFirst();
+    EXPECT_FALSE(other.next());
+}
+
+TEST(TreeTest, AComparatorThatThrowsLeavesTheTreeAlone) {
+    static int left;
+    left = 1000;
+    const auto failing = [](const void* a, const void* b) {
+        return --left == 0 ? throw left : Counted::compare(a, b);
+    };
+    Counted values[] = {Counted(1), Counted(3), Counted(5), Counted(7), Counted(4)};
+    KazTree tree(failing);
+    for (int i = 0; i < 4; ++i)
+        tree.add(&values[i]);
+    const KazTreeIterator first(tree);
+    for (int n = 1; tree.getSize() == 4; ++n) {
+        left = n;
+        try {
+            tree.add(&values[4]);
+        } catch (int) {
+            for (int i = 0; i < 4; ++i)
+                EXPECT_EQ(tree.valueAt(i), &values[i]);
+        }
+    }
+    EXPECT_EQ(first.item(), &values[0]);
+}
+
+TEST(StringTreeTest, HoldsOneReferenceForEachString) {
+    const KazString text("Text");
+    KazStringTree tree(false);
+    tree.add(text);
+    tree.add("alpha");
+    tree.add("");
+    EXPECT_EQ(references(text), 2);
+    try {
+        tree.add("TEXT");
+        ADD_FAILURE() << "no clash";
+    } catch (KazTreeClashException& clash) {
+        EXPECT_STREQ(KazString::undisguise(clash.getClashData()).getValue(), "Text");
+    }
+    EXPECT_TRUE(tree.contains("") && tree.smallest().isEmpty());
+    EXPECT_STREQ(tree.find("tExT").getValue(), "Text");
+    EXPECT_TRUE(tree.replace("text"));
+    EXPECT_EQ(references(text), 1);
+    EXPECT_TRUE(tree.replace(tree.largest()));
+    EXPECT_FALSE(tree.replace("none"));
+    KazStringTree copied;
+    copied.copy(tree);
+    EXPECT_TRUE(copied.remove("TEXT"));
+    KazStringTreeIterator i(tree);
+    i.toLast();
+    EXPECT_STREQ(i.item().getValue(), "text");
 }
 
 } // namespace
