@@ -6,22 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <set>
 #include <string>
 
 namespace {
 
 using Indices = Owned<gu_index_list>;
-
-std::set<int> contentOf(const gu_index_list* list) {
-    std::set<int> content;
-    for (auto i = gu_index_list_init(list); !gu_index_list_done(i); gu_index_list_next(&i)) {
-        EXPECT_TRUE(content.empty() || *content.rbegin() < i.index);
-        content.insert(i.index);
-    }
-    EXPECT_EQ(static_cast<long long>(content.size()), gu_index_list_size(list));
-    return content;
-}
 
 std::string textOf(const Indices& list) {
     return take(gu_index_list_text(list.get()));
@@ -60,7 +49,12 @@ TEST(GuIndexList, TheWholeRangeOfIntegers) {
     EXPECT_EQ(1LL << 32, gu_index_list_size(all.get()));
     EXPECT_FALSE(gu_index_list_add(all.get(), INT_MIN));
     gu_index_list_remove_range(all.get(), INT_MIN + 1, INT_MAX - 1);
-    EXPECT_EQ((std::set<int>{INT_MIN, INT_MAX}), contentOf(all.get()));
+    auto i = gu_index_list_init(all.get());
+    EXPECT_EQ(INT_MIN, i.index);
+    gu_index_list_next(&i);
+    EXPECT_EQ(INT_MAX, i.index);
+    gu_index_list_next(&i);
+    EXPECT_TRUE(gu_index_list_done(i));
     gu_index_list_add_range(all.get(), 5, INT_MAX);
     EXPECT_EQ("-2147483648,5-2147483647", textOf(all));
     int first = 0;
@@ -71,5 +65,5 @@ TEST(GuIndexList, TheWholeRangeOfIntegers) {
     EXPECT_TRUE(gu_index_list_find_range(all.get(), -7, &first, &last));
     EXPECT_EQ(5, first);
     gu_index_list_clear(all.get());
-    EXPECT_TRUE(contentOf(all.get()).empty());
+    EXPECT_EQ("", textOf(all));
 }

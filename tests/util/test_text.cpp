@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "tools/util/gnu_regex.h"
+
 #include "testkit/capture.h"
 #include "tools/app/KazApp.h"
 #include "tools/app/exceptions/KazMemoryException.h"
@@ -14,8 +16,6 @@
 TEST(Text, NullsReadAsEmpty) {
     EXPECT_EQ(nullptr, mkcpy(nullptr));
     EXPECT_EQ("b", take(concat(nullptr, "b")));
-    const char* parts[] = {"a"};
-    EXPECT_EQ("", take(concat_texts(parts, -1, "-")));
     EXPECT_EQ("", take(concat_texts(nullptr, 3, nullptr)));
     EXPECT_EQ("ab", take(concat_onto(concat_onto(nullptr, "ab"), nullptr)));
     EXPECT_FALSE(is_pattern(nullptr, 1));
@@ -50,16 +50,31 @@ TEST(CharacterBuffer, NullBuffersAndLimits) {
 
 TEST(Memory, PanicNamesTheFunctionInDebugModeOnly) {
     KazApp* app = KazApp::getInstance();
-    ASSERT_NE(nullptr, app);
-    const bool before = app->getDebugFlag();
     moxkit::Capture capture;
-    app->setDebugFlag(false);
-    EXPECT_THROW(memory_panic("quiet"), KazMemoryException);
-    app->setDebugFlag(true);
-    EXPECT_THROW(memory_panic("some_function"), KazMemoryException);
+    for (const bool debug : {false, true}) {
+        app->setDebugFlag(debug);
+        EXPECT_THROW(memory_panic("some_function"), KazMemoryException);
+    }
     EXPECT_THROW(memory_panic(nullptr), KazMemoryException);
-    app->setDebugFlag(before);
+    app->setDebugFlag(false);
     EXPECT_EQ("Memory allocation failed in function 'some_function', exiting.\n"
               "Memory allocation failed in function '(null)', exiting.\n",
               capture.err());
+}
+
+TEST(GnuRegex, BothInterfacesAreThere) {
+    const reg_syntax_t before = re_set_syntax(RE_SYNTAX_POSIX_EXTENDED);
+    re_pattern_buffer pattern = {};
+    ASSERT_EQ(nullptr, re_compile_pattern("(b+)(c)?", 8, &pattern));
+    EXPECT_EQ(RE_SYNTAX_POSIX_EXTENDED, re_set_syntax(before));
+    EXPECT_EQ(2, re_search(&pattern, "aabbbcd", 7, 0, 7, nullptr));
+    EXPECT_EQ(4, re_match(&pattern, "aabbbcd", 7, 2, nullptr));
+    regfree(&pattern);
+    char message[100] = "";
+    EXPECT_LT(1U, regerror(regcomp(&pattern, "[a", REG_EXTENDED), &pattern, message, 100));
+    ASSERT_EQ(0, regcomp(&pattern, "^([a-z]+)=(.*)$", REG_EXTENDED | REG_ICASE));
+    regmatch_t matches[3];
+    ASSERT_EQ(0, regexec(&pattern, "Name=a value", 3, matches, 0));
+    EXPECT_EQ(5, matches[2].rm_so);
+    regfree(&pattern);
 }
