@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The frame and the messages without memory: each allocation fails in its turn,
-// alone or with all that follow.
+// The frame, the messages and the configuration without memory: each allocation fails in its
+// turn, alone or with all that follow.
 #include "frame_app.h"
+#include "kit/host.h"
 #include "kit/sweep.h"
 #include "testkit/capture.h"
+#include "testkit/director.h"
 #include "testkit/env.h"
 #include "testkit/temp_tree.h"
 #include "tools/app/KazEditorsBase.h"
@@ -11,15 +13,18 @@
 #include "tools/app/failures/KazFileException.h"
 #include "tools/app/failures/KazResourceException.h"
 #include "tools/config/KazFilePath.h"
+#include "tools/config/filestore.h"
+#include "tools/config/kazenv.h"
+#include "tools/config/toolinfo.h"
 #include "tools/messages/KazIODirector.h"
 #include "tools/messages/KazMsgProgressHandle.h"
 #include "tools/messages/messages.h"
 #include "tools/util/gu_set.h"
+#include "util/owned.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <memory>
+#include <cstdio>
 
 namespace {
 
@@ -38,13 +43,11 @@ std::string useApplication() {
 }
 
 std::string useArgv() {
-    char tool[] = "dir\\tool", option[] = "-ed", name[] = "gr";
+    char tool[] = "dir\\tool", option[] = "-ed", name[] = "gr", *editor = nullptr;
     char* argv[] = {tool, option, name, nullptr};
     int argc = 3;
-    char* editor = nullptr;
     get_editor_from_argv(&argc, argv, &editor, 1);
-    const std::unique_ptr<char, decltype(&std::free)> program(argv[0], std::free);
-    return std::string(program.get()) + kaz_arg_text_encode("\xFF z").getValue() +
+    return take(argv[0]) + kaz_arg_text_encode("\xFF z").getValue() +
            KazEditorsBase::getInstance()->getCreationCommand("editor").getValue();
 }
 
@@ -71,6 +74,44 @@ std::string useProgress() {
     handle.increment(10, false);
     handle.msg(1, "%s", "100%");
     return handle.asCmdLine(1, 2).getValue();
+}
+
+/// Where a lock gets its memory at its first use, no exception can be thrown once all memory
+/// is gone.
+void sweep(const std::string& name, const std::function<std::string()>& ask) {
+    using moxkit::FailAllocation;
+    if (kit::hasDrives)
+        kit::sweepQuestion(name, ask, {FailAllocation::once});
+    else
+        kit::sweepQuestion(name, ask);
+}
+
+/// No memory for a stream is no file.
+std::string closed(std::FILE* stream) {
+    if (stream == nullptr)
+        throw KazMemoryException();
+    return std::to_string(std::fclose(stream));
+}
+
+TEST(Memory, PlacesAndFilesAreFoundOrThrown) {
+    const moxkit::TempTree tree("/tmp");
+    const moxkit::ScopedEnv home("HOME", tree.path().c_str());
+    const moxkit::ScopedEnv toolInfo("ToolInfo", tree.write("first", "value=first\n").c_str());
+    const moxkit::RecordingDirector director;
+    tree.mkdir("p/sys/store");
+    TI_Vinit();
+    sweep("home", [] { return std::string(_TI_hm("~/x")); });
+    sweep("home copy", [] { return take(const_cast<char*>(kazGetUserHomeDir())); });
+    sweep("directories",
+          [] { return std::string(kazMoxRootDir().getValue()) + kazMoxBinDir().getValue(); });
+    sweep("configuration", [] { return closed(_TI_Cfile()); });
+    kaz_env_projdir_asgn(tree.native("p").c_str());
+    kaz_env_system_asgn("sys");
+    kaz_fs_filestore_dir_asgn("store");
+    sweep("file of the filestore", [] {
+        char name[] = "file", mode[] = "w";
+        return closed(kaz_fs_open_filestore_file(name, mode));
+    });
 }
 
 TEST(Memory, EveryFailedAllocationIsSurvived) {

@@ -75,7 +75,6 @@ char* registered(const Words& words, std::size_t index) {
 const std::map<std::string, std::function<std::string(const Words&)>> commands = {
     {"init", [](const Words&) { return std::to_string(TI_Vinit()); }},
     {"cont", [](const Words& w) { return text(TI_Vcont(w[1].c_str())); }},
-    {"envcont", [](const Words& w) { return text(TI_EnvVcont(w[1].c_str())); }},
     {"same", [](const Words& w) { return text(TI_SameEnvVcont(w[1].c_str())); }},
     {"name", [](const Words&) { return rememberedName(); }},
     {"root", [](const Words&) { return text(TI_myRootDir()); }},

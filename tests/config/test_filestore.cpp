@@ -47,6 +47,13 @@ protected:
         return static_cast<unsigned>(fs::status(tree.path(name)).permissions());
     }
 
+    std::string saidByProbe(const std::string& script, const std::string& variables) const {
+        moxkit::RunOptions options;
+        options.env["ToolInfo"] = tree.write("ToolInfo", variables);
+        options.input = script;
+        return moxkit::run({"config_probe"}, options).out;
+    }
+
     moxkit::TempTree tree{"/tmp"}; // a short name, since lengths are what is tested
     moxkit::ScopedEnv toolInfo{"ToolInfo", "/no/such/file"};
     moxkit::RecordingDirector director;
@@ -58,16 +65,14 @@ TEST_F(Filestore, WhatIsNoDirectoryIsNotUsable) {
     EXPECT_EQ(kaz_fs_cat_dir(nullptr, end, "x"), 1);
     tree.write("file", "");
     std::strcpy(buffer, tree.native("file").c_str());
-    EXPECT_EQ(kaz_fs_cat_dir(buffer, end, ""), 1);
-    EXPECT_EQ(kaz_fs_cat_dir(buffer, end, "x"), 1);
-    EXPECT_EQ(kaz_fs_cat_dir(buffer, end, nullptr), 1);
+    for (const char* below : {"", "x", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(kaz_fs_cat_dir(buffer, end, below), 1);
     EXPECT_EQ(kaz_fs_cat_dir(buffer, buffer, "x"), 2);
     EXPECT_EQ(edit_make_dir_name(nullptr), -1);
     buffer[0] = '\0';
     EXPECT_EQ(edit_make_dir_name(buffer), -1);
     kaz_fs_make_absolute_dir(buffer);
     kaz_fs_make_absolute_dir(nullptr);
-    EXPECT_STREQ(buffer, "");
     kaz_diag_strcpy(nullptr, "x");
     kaz_diag_strcpy(buffer, nullptr);
     EXPECT_STREQ(buffer, "");
@@ -133,13 +138,9 @@ TEST_F(Filestore, OpensNothingForMissingAndLongNames) {
               (std::vector<std::string>{"file Revision : No such file or directory",
                                         "file Revision 7: No such file or directory"}));
     EXPECT_EQ(kaz_fs_open_sys_file(name, nullptr), nullptr);
-    // A graphical application reports it as a message.
-    moxkit::RunOptions options;
-    options.env = {{"ToolInfo", tree.write("ToolInfo", "projdir=/p\nsystem=s\n")},
-                   {"PROBE_GRAPHICAL", "1"}};
-    options.input = "open\tfile\n";
-    const moxkit::Result result = moxkit::run({"config_probe"}, options);
-    EXPECT_EQ(result.out, "file Revision : No such file or directory\n-\n");
+    const moxkit::ScopedEnv graphical("PROBE_GRAPHICAL", "1"); // reports it as a message
+    EXPECT_EQ(saidByProbe("open\tfile\n", "projdir=/p\nsystem=s\n"),
+              "file Revision : No such file or directory\n-\n");
     const std::size_t room = 140 - tree.native("p\\sys\\").size();
     std::string fits(room, 'n'), tooLong(room + 1, 'n');
     std::FILE* stream = kaz_fs_open_sys_file(fits.data(), write);
@@ -150,32 +151,25 @@ TEST_F(Filestore, OpensNothingForMissingAndLongNames) {
 
 TEST_F(Filestore, StoreDirectoryIsAssignedWhenItChanges) {
     tree.mkdir("p/sys/store");
-    kaz_fs_filestore_dir_asgn("store");
-    const auto stored = [] {
+    tree.write("p/sys/file", "");
+    const auto stored = [](const char* directory, int isOpen) {
+        kaz_fs_filestore_dir_asgn(directory);
+        kazSetDbOpen(isOpen);
+        EXPECT_EQ(kazGetDbOpen(), isOpen);
         EXPECT_EQ(edit_set_store_dir(), 0);
         return std::string(TI_Vcont("filestore"));
     };
-    EXPECT_EQ(stored(), tree.native("p\\sys"));
-    kazSetDbOpen(1);
-    EXPECT_EQ(kazGetDbOpen(), 1);
-    EXPECT_EQ(stored(), tree.native("p\\sys\\store"));
+    EXPECT_EQ(stored("store", 1), tree.native("p\\sys\\store"));
     TI_Vasg("filestore", "mine");
-    EXPECT_EQ(stored(), "mine") << "the directory is the one assigned last";
-    tree.write("p/sys/file", "");
-    kaz_fs_filestore_dir_asgn("file"); // unusable
-    EXPECT_EQ(stored(), tree.native("p\\sys"));
-    kazSetDbOpen(2);
-    kaz_fs_filestore_dir_asgn("store");
+    EXPECT_EQ(stored("store", 1), "mine") << "the directory is the one assigned last";
+    EXPECT_EQ(stored("file", 1), tree.native("p\\sys")) << "unusable";
     TI_Vasg("filestore", "mine");
-    EXPECT_EQ(stored(), "mine");
+    EXPECT_EQ(stored("store", 2), "mine");
 }
 
 TEST_F(Filestore, AToolsOwnSetOfIllegalCharactersIsReplacedByPosition) {
-    moxkit::RunOptions options;
-    options.env["ToolInfo"] =
-        tree.write("ToolInfo", "illegal_diag_chars=abc\nreplace_diag_chars=12\n");
-    options.input = "diag\txaybzc\n";
-    EXPECT_EQ(moxkit::run({"config_probe"}, options).out, "x1y2z_\n");
+    EXPECT_EQ(saidByProbe("diag\txaybzc\n", "illegal_diag_chars=abc\nreplace_diag_chars=12\n"),
+              "x1y2z_\n");
 }
 
 TEST_F(Filestore, TheRevisionInUseIsTracedOnRequest) {

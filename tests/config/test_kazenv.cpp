@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/config/kazenv.h"
 
+#include "tools/config/typed_value.h"
+
 #include "probe.h"
 
-#include "kit/host.h"
 #include "kit/random.h"
-#include "testkit/env.h"
 #include "testkit/process.h"
 #include "testkit/temp_tree.h"
 
@@ -14,6 +14,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -37,16 +38,16 @@ std::string upper(std::string text) {
     return text;
 }
 
-/// Options that carry a text of their own under the value's name.
-const std::map<std::string, std::string> options = {
-    {"projdir", "-projdir"}, {"system", "-system"},      {"revision", "-Revision"},
-    {"product", "-product"}, {"editor_name", "-editor"}, {"file", "-file"},
-    {"filter", "-filter"},   {"formats", "-formats"},    {"handle", "-handle"},
-    {"host", "-host"},       {"output", "-output"},      {"pageheight", "-pageheight"},
-    {"port", "-port"},       {"printer", "-printer"},    {"session", "-session"},
-    {"target", "-target"},   {"toolinfo", "-toolinfo"},  {"trace_file", "-trace_file"},
-    {"type", "-Type"},       {"source", "-source"},      {"srcdir", "-srcdir"},
-};
+/// The option that carries a value of this name as a text of its own; "" for none.
+std::string optionOf(const std::string& name) {
+    for (const std::string option :
+         {"projdir", "system", "Revision", "product",    "editor_name", "file",   "filter",
+          "formats", "handle", "host",     "output",     "pageheight",  "port",   "printer",
+          "session", "target", "toolinfo", "trace_file", "Type",        "source", "srcdir"})
+        if (upper(option) == upper(name))
+            return "-" + option.substr(0, option.find("_name"));
+    return "";
+}
 
 TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
     kit::Random rng;
@@ -66,8 +67,8 @@ TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
                 run.env["KAZ_" + upper(name)] = rng.oneIn(3) ? "" : "environment";
                 values[name] = run.env["KAZ_" + upper(name)];
             }
-            if (options.count(name) != 0 && rng.oneIn(3)) {
-                arguments.insert(arguments.end(), {options.at(name), "argument" + name});
+            if (!optionOf(name).empty() && rng.oneIn(3)) {
+                arguments.insert(arguments.end(), {optionOf(name), "argument" + name});
                 values[name] = "argument" + name;
             }
         }
@@ -102,16 +103,14 @@ TEST(KazEnv, EachValueComesFromTheFirstSourceThatHasIt) {
 TEST(KazEnv, SwitchesAndNumbersHaveTheirTypes) {
     const Lines script = {
         "typed", "asgn\tport\t+2147483647", "asgn\tpagewidth\t-2.5e1", "asgn\tbatch\tno",
-        "typed", "asgn\tport\t2147483648",  "asgn\tpagewidth\tinf",    "asgn\tbatch\t",
-        "typed", "asgn\tport\t12x",         "asgn\tpagewidth\t1,5",    "asgn\tbatch\tja",
+        "typed", "asgn\tport\t2147483648",  "asgn\tpagewidth\tinf",    "asgn\tbatch\tja",
         "typed", "asgn\tport\t+-5",         "asgn\tpagewidth\t   ",    "asgn\tbatch",
         "typed"};
     const Lines answers = ask(script, "port = 9 \n", {}, {"-batch", "-pagewidth", " 21.5 "});
     EXPECT_EQ(answers[0], "9 21.5 1");
     EXPECT_EQ(answers[4], "2147483647 -25 0");
-    EXPECT_EQ(answers[8], "0 0 0");
-    EXPECT_EQ(answers[12], "0 0 1");
-    EXPECT_EQ(answers[16], "0 0 1") << "batch is the command line's again";
+    EXPECT_EQ(answers[8], "0 0 1");
+    EXPECT_EQ(answers[12], "0 0 1") << "batch is the command line's again";
     EXPECT_EQ(ask({"typed"}, "", {}, {"-batch0"})[0], "0 0 0");
 }
 
@@ -122,31 +121,10 @@ TEST(KazEnv, TheSystemDirectoryFollowsProjectAndSystem) {
     const Lines script = {"env\tsystem_dir",       "asgn\tsystem\tsys",         "env\tsystem_dir",
                           "asgn\tprojdir\t\\~\\p", "env\tsystem_dir",           "asgn\tprojdir\t",
                           "env\tsystem_dir",       "asgn\tsystem_dir\tD:\\own", "env\tsystem_dir"};
-    const Lines answers = ask(script, "projdir=/work/p\n", run);
-    EXPECT_EQ(answers[0], "-");
-    EXPECT_EQ(answers[2], "=\\work\\p\\sys");
-    EXPECT_EQ(answers[4], "=" + home.native() + "\\p\\sys");
-    EXPECT_EQ(answers[6], "-");
-    EXPECT_EQ(answers[8], "=D:\\own");
+    EXPECT_EQ(ask(script, "projdir=/work/p\n", run),
+              (Lines{"-", "", "=\\work\\p\\sys", "", "=" + home.native() + "\\p\\sys", "", "-", "",
+                     "=D:\\own"}));
     EXPECT_FALSE(home.exists("p")) << "asking makes no directory";
-}
-
-TEST(KazEnv, TheToolOfTheGuideFindsItsSettings) {
-    const moxkit::TempTree tree;
-    moxkit::RunOptions run;
-    run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\nbackup_command = zip\n");
-    run.env["KAZ_BACKUP_COMMAND"] = "pack ${ti.tmp_dir} ${archive} ${dir}";
-    const Lines arguments = {"configuration_guide", "-projdir", "/p", "-system", "$(s) x"};
-    const std::string archive =
-        kit::hasDrives ? R"("\\tmp\\\$(s) x.tar")" : R"("/tmp/\$(s) x.tar")";
-    const std::string dir = kit::hasDrives ? R"("\\p\\\$(s) x")" : R"("/p/\$(s) x")";
-    EXPECT_EQ(moxkit::run(arguments, run).out, "pack /tmp " + archive + " " + dir + "\n");
-    run.env["KAZ_BACKUP_COMMAND"] = moxkit::unset;
-    run.env["KAZ_VERBOSE"] = "yes";
-    EXPECT_EQ(moxkit::run(arguments, run).out, "system directory: \\p\\$(s) x\nzip\n");
-    run.env["ToolInfo"] = tree.write("ToolInfo", "tmp_dir = /tmp\n");
-    EXPECT_EQ(moxkit::run(arguments, run).out,
-              "system directory: \\p\\$(s) x\ntar -cf " + archive + " " + dir + "\n");
 }
 
 TEST(KazEnv, UnknownIdentifiersNameNothing) {
@@ -158,7 +136,46 @@ TEST(KazEnv, UnknownIdentifiersNameNothing) {
         EXPECT_EQ(kaz_env_kind(unknown), kaz_env_kind_text);
         kaz_env_asgn(unknown, "x");
     }
-    EXPECT_EQ(kaz_env_kind(kaz_env_id_port), kaz_env_kind_integer);
+}
+
+/// A check of @p text: what is not good leaves the default, 77, alone.
+template <typename Number, typename Check>
+kaz_value_enum checked(Check check, const char* text, Number least, Number greatest,
+                       Number expected = 77) {
+    Number value = 77;
+    const kaz_value_enum result = check(text, least, greatest, &value);
+    EXPECT_EQ(result, check(text, least, greatest, nullptr));
+    EXPECT_EQ(value, expected) << text;
+    return result;
+}
+
+TEST(TypedValue, TellsGoodNumbersFromBadOnes) {
+    const auto integer = [](const char* text, int value = 77) {
+        return checked(kaz_check_integer, text, -1, 2147483647, value);
+    };
+    for (const auto& [good, value] : {std::pair{"-1", -1},
+                                      {"2147483647", 2147483647},
+                                      {" +7\t", 7},
+                                      {"\r\n42 ", 42},
+                                      {"007", 7}})
+        EXPECT_EQ(integer(good, value), kaz_value_good) << good;
+    for (const char* far : {"-2", "2147483648", "99999999999999999999", "-99999999999999999999"})
+        EXPECT_EQ(integer(far), kaz_value_out_of_range) << far;
+    for (const char* bad : {"", " ", "abc", "8080x", "1.5", "0x10", "+-1", "++1", "1 2", "1e3"})
+        EXPECT_EQ(integer(bad), kaz_value_malformed) << bad;
+    EXPECT_EQ(integer(nullptr), kaz_value_missing);
+
+    const auto real = [](const char* text, double value = 77) {
+        return checked(kaz_check_real, text, -0.5, 210.0, value);
+    };
+    for (const auto& [good, value] :
+         {std::pair{"-.5", -0.5}, {"210", 210}, {"1e-3", 0.001}, {" +2.25 ", 2.25}})
+        EXPECT_EQ(real(good, value), kaz_value_good) << good;
+    for (const char* far : {"210.001", "-1", "1e999", "1e-999"})
+        EXPECT_EQ(real(far), kaz_value_out_of_range) << far;
+    for (const char* bad : {"", "a4", "2,5", "nan", "inf", "-infinity"})
+        EXPECT_EQ(real(bad), kaz_value_malformed) << bad;
+    EXPECT_EQ(real(nullptr), kaz_value_missing);
 }
 
 } // namespace

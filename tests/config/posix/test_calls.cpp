@@ -147,7 +147,6 @@ TEST_F(FilestoreCalls, ASystemFileOpensUnderItsModeOrTheReasonIsTold) {
 TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
     const std::string system = tree.native("p\\sys"), store = system + "\\store";
     const moxkit::ScopedEnv debug("edit_debug_diag_rev", nullptr);
-    char buffer[kazFilestoreNameSize];
     struct Case {
         const char* what;
         std::function<std::string()> run;
@@ -155,47 +154,40 @@ TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
         std::string made; ///< the directory that is there then
         std::set<std::string> otherwise;
     };
-    const auto start = [&](const std::string& name) { std::strcpy(buffer, name.c_str()); };
+    // The result, and what is in the buffer then.
+    const auto inBuffer = [](const std::string& name, auto act) {
+        return [name, act] {
+            char buffer[kazFilestoreNameSize];
+            std::strcpy(buffer, name.c_str());
+            const int result = act(buffer);
+            return std::to_string(result) + buffer;
+        };
+    };
+    const auto join = [this](char* name) {
+        const int result = kaz_fs_cat_dir(name, name + kazFilestoreNameSize, "sys\\store");
+        EXPECT_TRUE(result == 1 || fs::is_directory(tree.path("p/sys/store")));
+        return result;
+    };
+    const auto makeAbsolute = [](char* name) { return kaz_fs_make_absolute_dir(name), 0; };
     const auto assign = [] {
         kazSetDbOpen(1);
         const int result = edit_set_store_dir();
         return std::to_string(result) + text(TI_Vcont("filestore"));
     };
     const std::vector<Case> cases = {
-        {"joined",
-         [&] {
-             start(tree.native("p"));
-             const int result = kaz_fs_cat_dir(buffer, buffer + sizeof buffer, "sys\\store");
-             EXPECT_TRUE(result == 1 || fs::is_directory(tree.path("p/sys/store")));
-             return std::to_string(result) + buffer;
-         },
-         "0" + store,
-         "p/sys/store",
-         {"1" + store}},
-        {"filestore",
-         [] { return std::string(kaz_fs_filestore_path()); },
-         store,
-         "p/sys/store",
-         {}},
-        {"system", [] { return std::string(edit_get_sys_dir()); }, system, "p/sys", {}},
+        {"joined", inBuffer(tree.native("p"), join), "0" + store, "p/sys/store", {"1" + store}},
+        {"filestore", kaz_fs_filestore_path, store, "p/sys/store", {}},
+        {"system", edit_get_sys_dir, system, "p/sys", {}},
         {"made",
-         [&] {
-             start(system + "\\a\\b");
-             const int result = edit_make_dir_name(buffer);
-             return std::to_string(result) + buffer;
-         },
+         inBuffer(system + "\\a\\b", edit_make_dir_name),
          "0" + system + "\\a\\b",
          "p/sys/a/b",
          {}},
         {"absolute",
-         [&] {
-             start("p\\.\\new");
-             kaz_fs_make_absolute_dir(buffer);
-             return std::string(buffer);
-         },
-         tree.native("p\\new"),
+         inBuffer("p\\.\\new", makeAbsolute),
+         "0" + tree.native("p\\new"),
          "p/new",
-         {"p\\.\\new"}},
+         {"0p\\.\\new"}},
         {"assigned", assign, "0" + store, "p/sys/store", {"0" + system}},
     };
     const fs::path here = fs::current_path();

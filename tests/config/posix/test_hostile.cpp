@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -28,6 +29,24 @@ struct Case {
     std::string out, err; ///< a tool that reports something ends with 1
 };
 
+class HostileEnvironment : public testing::Test {
+protected:
+    HostileEnvironment() {
+        options.env = {{"ToolInfo", tree.write("ToolInfo", "b=2\n")}, {"LC_ALL", "C"}};
+    }
+    moxkit::Result run(const std::vector<std::string>& line) const {
+        return moxkit::run(line, options);
+    }
+    /// Runs moxinfo from a shell that does something before.
+    moxkit::Result runAfter(const std::string& before, const std::string& arguments) const {
+        return run({"/bin/sh", "-c",
+                    before + " exec " + moxkit::binDirectory() + "/moxinfo " + arguments});
+    }
+
+    const moxkit::TempTree tree;
+    moxkit::RunOptions options;
+};
+
 const std::string longText(100000, 'x');
 const std::string oddText = "100 %s %n\n${a}\\";
 
@@ -36,8 +55,7 @@ std::string cannotOpen(const std::string& file) {
            ",\nis ToolInfo environment variable set correctly?\n";
 }
 
-TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
-    const moxkit::TempTree tree;
+TEST_F(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
     const std::string odd = tree.write("%s\n%n", "a=1\n");
     const std::vector<Case> cases = {
         {{{"KAZ_A", longText}}, {"moxinfo", "a"}, longText + "\n", ""},
@@ -64,11 +82,10 @@ TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
         {{{"LC_ALL", longText}}, {"moxinfo", "b"}, "2\n", ""},
     };
     for (const Case& each : cases) {
-        moxkit::RunOptions options;
-        options.env = {{"ToolInfo", tree.write("ToolInfo", "b=2\n")}, {"LC_ALL", "C"}};
+        moxkit::RunOptions other = options;
         for (const auto& [name, value] : each.environment)
-            options.env[name] = value;
-        const moxkit::Result result = moxkit::run(each.arguments, options);
+            other.env[name] = value;
+        const moxkit::Result result = moxkit::run(each.arguments, other);
         const std::size_t number = static_cast<std::size_t>(&each - cases.data());
         EXPECT_EQ(result.status, each.err.empty() ? 0 : 1) << number;
         EXPECT_TRUE(result.out == each.out) << number << result.out.substr(0, 200);
@@ -77,7 +94,7 @@ TEST(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
     EXPECT_TRUE(tree.exists("ToolInfo"));
 }
 
-TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
+TEST_F(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
     const char* const file = "/proc/self/mounts";
     const moxkit::ScopedEnv toolInfo("ToolInfo", file);
     std::ifstream in(file);
@@ -92,34 +109,28 @@ TEST(HostileEnvironment, AFileThatDoesNotTellItsSizeIsReadWhole) {
 }
 
 /// A source that is sparse, so that nobody has to write it.
-TEST(HostileEnvironment, WhatNeverEndsIsRefused) {
-    const moxkit::TempTree tree;
+TEST_F(HostileEnvironment, WhatNeverEndsIsRefused) {
     const std::string large = tree.write("large", "a=1\n");
     ASSERT_EQ(::truncate(large.c_str(), 300 << 20), 0);
-    moxkit::RunOptions options;
-    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
     const std::string refused = " holds more than 256 MiB and is not read\n";
-    moxkit::Result result = moxkit::run({"moxinfo", "-file", large, "b"}, options);
+    const moxkit::Result result = run({"moxinfo", "-file", large, "b"});
     EXPECT_EQ(result.err, tree.native("large") + refused + "moxinfo: cannot read " + large + "\n");
     EXPECT_EQ(result.status, 1);
-    result = moxkit::run({"moxmsg", "-source", large}, options);
-    EXPECT_EQ(result.err, large + ": cannot be read: File too large\n");
+    EXPECT_EQ(run({"moxmsg", "-source", large}).err, large + ": cannot be read: File too large\n");
     options.env["ToolInfo"] = large;
-    EXPECT_EQ(moxkit::run({"moxinfo", "b"}, options).err,
-              tree.native("large") + refused + cannotOpen(large));
+    EXPECT_EQ(run({"moxinfo", "b"}).err, tree.native("large") + refused + cannotOpen(large));
     options.timeoutSeconds = 20;
     for (const char* silent : {"/proc/kmsg", "/dev/tty", "/dev/zero", "/dev/ptmx"}) {
         options.env["ToolInfo"] = silent;
-        EXPECT_EQ(moxkit::run({"moxinfo", "b"}, options).err, cannotOpen(silent));
+        EXPECT_EQ(run({"moxinfo", "b"}).err, cannotOpen(silent));
     }
 }
 
 /// A file and a pipe without a writer that take each other's place all the time.
-TEST(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
-    const moxkit::TempTree tree;
+TEST_F(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
     const std::string file = tree.write("file", "a=1\n"), pipe = tree.path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const moxkit::ScopedEnv toolInfo("ToolInfo", tree.write("ToolInfo", "").c_str());
+    const moxkit::ScopedEnv toolInfo("ToolInfo", options.env["ToolInfo"].c_str());
     const pid_t child = ::fork();
     if (child == 0) {
         ::alarm(20);
@@ -138,24 +149,17 @@ TEST(HostileEnvironment, AFileThatTurnsIntoAPipeIsNotWaitedFor) {
     EXPECT_STREQ(TI_Vcont("a"), "1");
 }
 
-TEST(HostileEnvironment, TheSearchPathKeepsAllThatItHeld) {
-    const moxkit::TempTree tree;
-    moxkit::RunOptions options;
-    options.env = {{"ToolInfo", tree.write("ToolInfo", "")},
-                   {"PATH", "/bin:" + longText},
-                   {"Path", "D:\\%s;" + longText}};
+TEST_F(HostileEnvironment, TheSearchPathKeepsAllThatItHeld) {
+    options.env["PATH"] = "/bin:" + longText;
+    options.env["Path"] = "D:\\%s;" + longText;
     options.input = "same\tPATH\nsame\tPath\n";
     std::string native = moxkit::binDirectory();
-    for (char& c : native)
-        c = c == '/' ? '\\' : c;
-    EXPECT_EQ(moxkit::run({"config_probe"}, options).out, "=" + moxkit::binDirectory() +
-                                                              ":/bin:" + longText + "\n=" + native +
-                                                              ";D:\\%s;" + longText + "\n");
+    std::replace(native.begin(), native.end(), '/', '\\');
+    EXPECT_EQ(run({"config_probe"}).out, "=" + moxkit::binDirectory() + ":/bin:" + longText +
+                                             "\n=" + native + ";D:\\%s;" + longText + "\n");
 }
 
-TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
-    const moxkit::TempTree tree;
-    const std::string tool = moxkit::binDirectory() + "/moxinfo";
+TEST_F(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
     const std::pair<std::string, std::string> runs[] = {
         {"b", "2\n"},
         {"-output " + tree.path("written") + " b", ""},
@@ -163,36 +167,23 @@ TEST(HostileEnvironment, WithoutAWorkingDirectoryAbsoluteNamesStillWork) {
         {"-toolinfo rel b", cannotOpen("rel")},
         {"-output rel b", "rel: cannot be written: No such file or directory\n"}};
     for (const auto& [arguments, said] : runs) {
-        moxkit::RunOptions options;
-        options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
         options.cwd = tree.mkdir("gone");
-        const std::string line = "rmdir " + options.cwd + " && exec " + tool + " " + arguments;
-        const moxkit::Result result = moxkit::run({"/bin/sh", "-c", line}, options);
+        const moxkit::Result result = runAfter("rmdir " + options.cwd + " &&", arguments);
         EXPECT_EQ(result.out + result.err, said);
         EXPECT_EQ(result.status, result.err.empty() ? 0 : 1);
     }
     EXPECT_EQ(tree.read("written"), "2\n");
 }
 
-TEST(HostileEnvironment, AnOutputMayHaveTheLongestName) {
-    const moxkit::TempTree tree;
-    moxkit::RunOptions options;
-    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+TEST_F(HostileEnvironment, AnOutputMayHaveTheLongestName) {
     const std::string name(255, 'n');
-    const moxkit::Result result =
-        moxkit::run({"moxinfo", "-output", tree.path(name), "b"}, options);
-    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(run({"moxinfo", "-output", tree.path(name), "b"}).err, "");
     EXPECT_EQ(tree.read(name), "2\n");
 }
 
-TEST(HostileEnvironment, AnOutputThatCannotBeWrittenLeavesTheFileAsItWas) {
-    const moxkit::TempTree tree;
-    moxkit::RunOptions options;
-    options.env["ToolInfo"] = tree.write("ToolInfo", "b=2\n");
+TEST_F(HostileEnvironment, AnOutputThatCannotBeWrittenLeavesTheFileAsItWas) {
     const std::string file = tree.write("file", "old");
-    const std::string line = "trap '' XFSZ; ulimit -f 0; exec " + moxkit::binDirectory() +
-                             "/moxinfo -output " + file + " b";
-    const moxkit::Result result = moxkit::run({"/bin/sh", "-c", line}, options);
+    const moxkit::Result result = runAfter("trap '' XFSZ; ulimit -f 0;", "-output " + file + " b");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, file + ": cannot be written: File too large\n");
     EXPECT_EQ(tree.read("file"), "old");
