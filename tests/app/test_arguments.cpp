@@ -12,22 +12,18 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-#include <set>
+#include <memory>
 
 namespace {
 
 using Texts = std::vector<std::string>;
 
-const std::vector<arg_type_enum>& allTypes() {
-    static const std::vector<arg_type_enum> types = [] {
-        std::vector<arg_type_enum> result;
-        for (const OptionRow& row : readOptionRows())
-            result.push_back(static_cast<arg_type_enum>(row.type));
-        result.push_back(arg_end);
-        return result;
-    }();
-    return types;
+std::vector<arg_type_enum> allTypes() {
+    std::vector<arg_type_enum> result;
+    for (const OptionRow& row : readOptionRows())
+        result.push_back(static_cast<arg_type_enum>(row.type));
+    result.push_back(arg_end);
+    return result;
 }
 
 Texts valuesOf(const KazParsedArgs& args, arg_type_enum type) {
@@ -39,31 +35,20 @@ Texts valuesOf(const KazParsedArgs& args, arg_type_enum type) {
 
 } // namespace
 
+// What the parser makes of the rows is compared with a model elsewhere.
 TEST(OptionTable, HasTheKnownRowsInTheirOrder) {
-    const std::vector<OptionRow> rows = readOptionRows();
-    ASSERT_EQ(rows.size(), 71u);
     const KazArgDescription* actual = KazArgDescription::table();
-    std::set<int> types;
-    for (const OptionRow& row : rows) {
+    for (const OptionRow& row : readOptionRows()) {
         SCOPED_TRACE(row.text);
         ASSERT_NE(actual->type, arg_end);
         EXPECT_EQ(actual->text, row.text);
         EXPECT_EQ(actual->type, row.type);
-        EXPECT_EQ(actual->minLength, static_cast<int>(row.shortest));
-        EXPECT_EQ(actual->valueCount, row.values);
-        EXPECT_EQ(actual->repeatLimit, row.repeats);
-        EXPECT_EQ(actual->isSwitch, row.isSwitch);
-        EXPECT_EQ(actual->isGlobal, row.isGlobal);
         EXPECT_EQ(actual->defaultText ? actual->defaultText : "-", row.defaultText);
         EXPECT_EQ(KazArgDescription::find(actual->type), actual);
         EXPECT_EQ(kaz_arg_is_repeating(actual->type), row.repeats > 1);
-        types.insert(row.type);
         ++actual;
     }
     EXPECT_EQ(actual->type, arg_end);
-    EXPECT_EQ(types.size(), 71u);
-    EXPECT_EQ(types.count(46), 0u);
-    EXPECT_EQ(*types.rbegin(), 71);
     EXPECT_FALSE(kaz_arg_is_repeating(static_cast<arg_type_enum>(46)));
     EXPECT_EQ(KazArgDescription::find(arg_end), nullptr);
     EXPECT_EQ(KazArgDescription::match(nullptr), nullptr);
@@ -71,27 +56,23 @@ TEST(OptionTable, HasTheKnownRowsInTheirOrder) {
 
 TEST(ParsedArgs, KeepsWhatItHasWhenMemoryRunsOut) {
     Words words({"-x", "key", "value", "-batch", "plain", "-Command", "0x4142"});
-    const Texts whole{"key", "value"};
+    const std::vector<arg_type_enum> types = allTypes();
     moxkit::Capture capture; // The parses after a failure report repetitions.
     for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
-        std::optional<KazParsedArgs> args;
+        auto args = std::make_unique<KazParsedArgs>();
         const auto parse = [&] {
-            args->parse(words.argc(), words.argv(), nullptr, allTypes().data(), 0);
+            args->parse(words.argc(), words.argv(), nullptr, types.data(), 0);
         };
         const long failed = moxkit::sweepAllocations(
+            parse,
             [&] {
-                args.emplace();
-                parse();
-            },
-            [&] {
-                if (!args) // it could not even be made
-                    return;
                 const Texts kept = valuesOf(*args, arg_x);
-                EXPECT_EQ(kept,
-                          Texts(whole.begin(), whole.begin() + static_cast<long>(kept.size())));
+                EXPECT_TRUE(kept.empty() || kept[0] == "key");
+                EXPECT_TRUE(kept.size() < 2 || kept == (Texts{"key", "value"}));
                 EXPECT_EQ(valuesOf(*args, arg_Command), Texts{});
                 parse();
                 EXPECT_EQ(valuesOf(*args, arg_batch), Texts{"1"});
+                args = std::make_unique<KazParsedArgs>();
             },
             mode);
         EXPECT_GE(failed, 5) << "one for each value at least";
@@ -115,25 +96,24 @@ TEST(ParsedArgs, TakeNullEntriesAndListsOfAnything) {
 
 TEST(Arguments, QueriesGoToTheToolsOwnSetOnceItExists) {
     FrameApp app;
-    Words shared({"-projdir", "shared", "-trace", "t1", "-verbose", "plain"});
-    ASSERT_TRUE(kaz_arg_parse(shared.argc(), shared.argv(), nullptr, allTypes().data(), 1, false));
-    EXPECT_STREQ(kaz_arg_text(arg_projdir, 0, nullptr), "shared");
+    const auto parse = [types = allTypes()](const Texts& line, bool own) {
+        Words words(line);
+        return kaz_arg_parse(words.argc(), words.argv(), nullptr, types.data(), 0, own);
+    };
+    const Texts own{"-trace", "t2", "-x", "a", "b", "mine"};
+    ASSERT_TRUE(parse({"-projdir", "shared", "-trace", "t1", "-verbose", "plain"}, false));
     EXPECT_STREQ(kaz_arg_get_untagged(0), "plain");
-
-    Words own({"-trace", "t2", "-x", "a", "b", "mine"});
-    EXPECT_FALSE(kaz_arg_parse(own.argc(), own.argv(), nullptr, allTypes().data(), 0, true))
-        << "there is no context to hold a set";
+    EXPECT_FALSE(parse(own, true)) << "there is no context to hold a set";
     KazMasterContext context;
     EXPECT_STREQ(kaz_arg_text(arg_projdir, 0, nullptr), "shared") << "no own set yet";
-    ASSERT_TRUE(kaz_arg_parse(own.argc(), own.argv(), nullptr, allTypes().data(), 0, true));
+    ASSERT_TRUE(parse(own, true));
     EXPECT_EQ(kaz_arg_text(arg_projdir, 0, nullptr), nullptr);
     EXPECT_STREQ(kaz_arg_text(arg_verbose, 0, nullptr), "1");
     EXPECT_STREQ(kaz_arg_text(arg_trace, 0, nullptr), "t1");
-    EXPECT_STREQ(kaz_arg_text(arg_trace, 1, nullptr), "t2");
+    EXPECT_STREQ(kaz_arg_text_or(arg_trace, "none", 1), "t2");
     EXPECT_STREQ(kaz_arg_repeating_text(arg_x, 0, 1, nullptr), "b");
     EXPECT_STREQ(kaz_arg_get_untagged(0), "mine");
     EXPECT_EQ(kaz_arg_untagged_count(), 1);
-    EXPECT_STREQ(kaz_arg_text_or(arg_trace, "none", 1), "t2");
     EXPECT_STREQ(kaz_arg_text_or(arg_projdir, "here"), "here");
     EXPECT_EQ(kaz_arg_text_or(arg_projdir, nullptr), nullptr);
 
@@ -159,11 +139,10 @@ TEST(Arguments, WithoutAnApplicationNothingIsKnown) {
 
 TEST(Arguments, AnArgvOfNothingIsShiftedToNothing) {
     char a[] = "a";
-    char* argv[] = {a, nullptr};
+    char *argv[] = {a, nullptr}, **same = nullptr;
     int argc = 0;
     arg_shift_argv(&argc, argv);
     EXPECT_EQ(argv[0], nullptr);
-    char** same = nullptr;
     argv_to_glob(7, argv, &argc, &same);
     EXPECT_TRUE(argc == 7 && same == argv);
     argv_to_glob(1, nullptr, nullptr, nullptr);
@@ -171,17 +150,16 @@ TEST(Arguments, AnArgvOfNothingIsShiftedToNothing) {
 
 TEST(Arguments, TheEditorMayNameTheProgram) {
     const std::string far = std::string(510, 'd') + "/tool";
-    const Texts names[] = {
+    const std::pair<std::string, std::string> names[] = {
         {"tool", "gr"}, {"dir\\tool", "dir\\gr"}, {"a/b/tool", "a\\b\\gr"}, {far, far}};
-    for (const Texts& name : names) {
+    for (auto [argv0, name] : names) {
         Words words({"x", "-Ed", "gr", "y"});
-        std::string argv0 = name[0];
         words.argv()[0] = argv0.data();
         int argc = words.argc();
         char* editor = nullptr;
         EXPECT_EQ(get_editor_from_argv(&argc, words.argv(), &editor, 1), 1);
         EXPECT_STREQ(editor, "gr");
-        EXPECT_EQ(Texts(words.argv(), words.argv() + argc), (Texts{name[1], "x", "y"}));
+        EXPECT_EQ(Texts(words.argv(), words.argv() + argc), (Texts{name, "x", "y"}));
         if (words.argv()[0] != argv0.data())
             std::free(words.argv()[0]);
     }

@@ -33,12 +33,10 @@ TEST(MasterContext, DeletesItsSlotsInOrderAndLeavesTheApplication) {
     std::vector<int> gone;
     auto context = std::make_unique<KazMasterContext>();
     EXPECT_EQ(KazMasterContext::getInstance(), context.get());
-    EXPECT_FALSE(context->isDoc());
     for (int slot : {15, 3, 0, 16})
         EXPECT_TRUE(context->setSlot(slot, new Noted(gone, slot)));
     Noted refused(gone, 99);
-    EXPECT_FALSE(context->setSlot(17, &refused));
-    EXPECT_FALSE(context->setSlot(-1, &refused));
+    EXPECT_FALSE(context->setSlot(17, &refused) || context->setSlot(-1, &refused));
     for (int slot : {17, -1, 1})
         EXPECT_EQ(context->getSlot(slot), nullptr);
     EXPECT_TRUE(context->setSlot(3, context->getSlot(3))) << "it stays";
@@ -94,7 +92,7 @@ TEST(MasterContext, MayOutliveTheApplication) {
     EXPECT_STREQ(KazApp::getArgv0(), "");
 }
 
-TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
+TEST(ToolsContext, EachMasterContextHasItsOwn) {
     FrameApp app;
     EXPECT_EQ(KazToolsContext::getInstance(), nullptr) << "no active context";
     KazMasterContext master;
@@ -106,19 +104,13 @@ TEST(ToolsContext, StartsEmptyAndKeepsWhatItIsGiven) {
     KazParsedArgs* args = tools->allocParsedArgs();
     EXPECT_EQ(tools->allocParsedArgs(), args);
     EXPECT_EQ(tools->getParsedArgs(), args);
-
     for (int id = 0; id < KazToolsContext::envValueCount; ++id) {
         const KazEnvValue* value = tools->getEnvValue(static_cast<kaz_env_id_enum>(id));
-        EXPECT_FALSE(value->isAssigned());
-        EXPECT_TRUE(value->isNull());
-        EXPECT_EQ(value, tools->getEnvValue(static_cast<kaz_env_id_enum>(0)) + id);
+        EXPECT_TRUE(!value->isAssigned() && value->isNull());
     }
     EXPECT_TRUE(tools->getDbOpen() == 0 && !tools->isDbReadonly());
-    tools->setDbOpen(3);
-    tools->setDbReadonly(true);
-    EXPECT_TRUE(tools->getDbOpen() == 3 && tools->isDbReadonly());
     KazMasterContext other;
-    EXPECT_NE(KazToolsContext::getInstance(), tools) << "each master context has its own";
+    EXPECT_NE(KazToolsContext::getInstance(), tools);
 }
 
 TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
@@ -135,18 +127,14 @@ TEST(ToolsContext, IsMadeWholeOrNotAtAll) {
 TEST(EditorsBase, GivesTheInstalledOnesCommand) {
     class Graphical : public KazEditorsBase {
         KazString getCreationCommand(const char* name) override {
-            KazString command("start ");
-            command += name;
-            return command;
+            return "start " + KazString(name);
         }
     };
     {
         Graphical installed;
-        EXPECT_EQ(KazEditorsBase::getInstance(), &installed);
         EXPECT_STREQ(KazEditorsBase::getInstance()->getCreationCommand("gr"), "start gr");
     }
     KazEditorsBase* plain = KazEditorsBase::getInstance();
-    EXPECT_EQ(plain, KazEditorsBase::getInstance());
     EXPECT_STREQ(plain->getCreationCommand("gr"), "gr");
     EXPECT_STREQ(plain->getCreationCommand(nullptr), "");
 }

@@ -6,16 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 namespace {
 
-using lines::linesOf;
-
 std::string nativeText(std::string path) {
-    for (char& c : path)
-        if (c == '/')
-            c = '\\';
+    std::replace(path.begin(), path.end(), '/', '\\');
     return path;
 }
 
@@ -36,6 +33,15 @@ moxkit::RunOptions outermost() {
     return options;
 }
 
+/// What a tool says of its environment.
+std::map<std::string, std::string> environmentIn(const moxkit::RunOptions& options,
+                                                 const std::vector<std::string>& line = {
+                                                     "app_tool", "environment"}) {
+    const moxkit::Result result = moxkit::run(line, options);
+    EXPECT_EQ(result.status, 0) << result.err;
+    return lines::linesOf(result.out);
+}
+
 /// "Path" after the directory of the programs was put in front.
 std::string extendedPath() {
     return nativeText(moxkit::binDirectory()) + (kit::hasDrives ? ";" + hostSearchPath() : "");
@@ -45,13 +51,10 @@ std::string extendedPath() {
 
 TEST(Process, OutermostToolPreparesTheEnvironment) {
     moxkit::RunOptions options = outermost();
-    auto result = moxkit::run({"app_tool", "environment"}, options);
-    EXPECT_EQ(result.status, 0);
-    auto lines = linesOf(result.out);
+    auto lines = environmentIn(options);
     const std::string bin = moxkit::binDirectory();
     EXPECT_EQ(lines["name"], "app_tool");
-    EXPECT_EQ(lines["nested"], "0");
-    EXPECT_EQ(lines["graphical"], "0");
+    EXPECT_EQ(lines["nested"] + lines["graphical"], "00");
     EXPECT_EQ(lines["COPYCMD"], "/Y");
     EXPECT_EQ(lines["LANG"], "default");
     EXPECT_EQ(lines["KAZCOREROOT"], nativeText(bin.substr(0, bin.find_last_of("/\\"))));
@@ -63,20 +66,19 @@ TEST(Process, OutermostToolPreparesTheEnvironment) {
 
     options.env["Path"] = "\\suite;\\other";
     options.env["PATH"] = "";
-    lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
+    lines = environmentIn(options);
     EXPECT_EQ(lines["Path"], nativeText(bin) + ";\\suite;\\other");
     EXPECT_EQ(lines["PATH"], bin);
 
     // Children find the system's programs without it, too.
     options.env["PATH"] = moxkit::unset;
-    lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
-    EXPECT_EQ(lines["PATH"], bin + ":/bin:/usr/bin");
+    EXPECT_EQ(environmentIn(options)["PATH"], bin + ":/bin:/usr/bin");
 }
 
 TEST(Process, NestedToolLeavesTheEnvironmentAlone) {
     moxkit::RunOptions options = outermost();
     options.env["KAZCOREROOT"] = "";
-    auto lines = linesOf(moxkit::run({"app_tool", "environment"}, options).out);
+    auto lines = environmentIn(options);
     EXPECT_EQ(lines["nested"], "1");
     EXPECT_EQ(lines["COPYCMD"], "/Y");
     EXPECT_EQ(lines["KAZCOREROOT"], "");
@@ -91,9 +93,7 @@ TEST(Process, ToolsFindAndNestEachOther) {
     moxkit::TempTree elsewhere;
     moxkit::RunOptions options = outermost();
     options.cwd = elsewhere.path();
-    auto result = moxkit::run({"app_tool", "run", "app_tool", "environment"}, options);
-    EXPECT_EQ(result.status, 0) << result.err;
-    auto lines = linesOf(result.out);
+    auto lines = environmentIn(options, {"app_tool", "run", "app_tool", "environment"});
     EXPECT_EQ(lines["name"], "app_tool");
     EXPECT_EQ(lines["nested"], "1");
     EXPECT_EQ(lines["LANG"], "default");
@@ -101,21 +101,18 @@ TEST(Process, ToolsFindAndNestEachOther) {
 }
 
 TEST(Process, ExceptionsBecomeStatusesAndOneMessage) {
-    struct Case {
-        const char* what;
-        const char* err;
-    };
-    const Case cases[] = {{"memory", "Out of memory or swap space\n"},
-                          {"file", "Could not find \"100%s\".\n"},
-                          {"reported", ""},
-                          {"standard", "Internal error #2\n"},
-                          {"rethrown", "Internal error #2\n"},
-                          {"director", "Internal error #2\n"}};
-    for (const Case& c : cases) {
-        auto result = moxkit::run({"app_tool", c.what});
-        EXPECT_EQ(result.status, 1) << c.what << " signal " << result.signal;
-        EXPECT_EQ(result.err, c.err) << c.what;
-        EXPECT_EQ(result.out, "") << c.what;
+    const std::pair<const char*, const char*> cases[] = {
+        {"memory", "Out of memory or swap space\n"},
+        {"file", "Could not find \"100%s\".\n"},
+        {"reported", ""},
+        {"standard", "Internal error #2\n"},
+        {"rethrown", "Internal error #2\n"},
+        {"director", "Internal error #2\n"}};
+    for (const auto& [what, err] : cases) {
+        const auto result = moxkit::run({"app_tool", what});
+        EXPECT_EQ(result.status, 1) << what << " signal " << result.signal;
+        EXPECT_EQ(result.err, err) << what;
+        EXPECT_EQ(result.out, "") << what;
     }
 }
 

@@ -11,18 +11,18 @@
 using lines::linesOf;
 
 TEST(Process, NameIsTheLastComponentInLowerCaseWithoutExe) {
-    moxkit::TempTree tree;
-    const std::string tool = moxkit::binDirectory() + "/app_tool";
     const std::map<std::string, std::string> names = {{"C:\\Tools\\MyTool.EXE", "mytool"},
                                                       {"/a/B.exe/tool.exe.bak", "tool.exe.bak"},
                                                       {"x.exe.exe", "x.exe"},
                                                       {".exe", ""},
                                                       {"exe", "exe"},
                                                       {"dir/", ""}};
+    const std::string script =
+        "import os, sys\nos.execv(sys.argv[1], [sys.argv[2], 'environment'])";
     for (const auto& [argv0, name] : names) {
-        const std::string script = tree.write(
-            "start.py", "import os, sys\nos.execv(sys.argv[1], [sys.argv[2], 'environment'])\n");
-        auto lines = linesOf(moxkit::run({"/usr/bin/python3", script, tool, argv0}).out);
+        auto lines = linesOf(moxkit::run({"/usr/bin/python3", "-c", script,
+                                          moxkit::binDirectory() + "/app_tool", argv0})
+                                 .out);
         EXPECT_EQ(lines["argv0"], argv0);
         EXPECT_EQ(lines["name"], name) << argv0;
     }
