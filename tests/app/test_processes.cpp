@@ -141,18 +141,17 @@ TEST(Process, ProductPathComesFromTheProductsVariable) {
     moxkit::TempTree tree;
     moxkit::RunOptions options;
     options.env["ToolInfo"] = tree.write("ToolInfo", "gantt_mox_file_path=g1;g2\n");
-    auto result = moxkit::run({"app_tool", "product", "GANTT"}, options);
-    EXPECT_EQ(result.out, "g1;g2|1\n");
-    EXPECT_EQ(result.err, "");
-
-    result = moxkit::run({"app_tool", "product", "Pert%s"}, options);
-    EXPECT_EQ(result.out, "templates/ct;templates|1\n");
-    EXPECT_EQ(result.err,
-              "TI variable \"pert%s_mox_file_path\" undefined for product \"Pert%s\" -- "
-              "using default\n");
-    result = moxkit::run({"app_tool", "product"}, options);
-    EXPECT_EQ(result.out, "templates/ct;templates|1\n");
-    EXPECT_EQ(result.err, "TI variable \"mox_file_path\" undefined -- using default\n");
+    const std::pair<std::vector<std::string>, std::string> runs[] = {
+        {{"app_tool", "product", "GANTT"}, "g1;g2|1\n"},
+        {{"app_tool", "product", "Pert%s"},
+         "templates/ct;templates|1\nTI variable \"pert%s_mox_file_path\" undefined for product "
+         "\"Pert%s\" -- using default\n"},
+        {{"app_tool", "product"},
+         "templates/ct;templates|1\nTI variable \"mox_file_path\" undefined -- using default\n"}};
+    for (const auto& [line, said] : runs) {
+        const moxkit::Result result = moxkit::run(line, options);
+        EXPECT_EQ(result.out + result.err, said);
+    }
 }
 
 /// What is printed after the application's destructor has closed the streams

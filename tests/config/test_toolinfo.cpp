@@ -9,10 +9,10 @@
 #include "testkit/director.h"
 #include "testkit/env.h"
 #include "testkit/temp_tree.h"
+#include "util/owned.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -49,11 +49,10 @@ public:
     }
 
     std::string probe() const { return tree.path("Suite/BIN/config_probe"); }
-    moxkit::Result start() { return moxkit::run({probe()}, withInput("init\n")); }
-    moxkit::RunOptions withInput(const std::string& input) {
-        moxkit::RunOptions result = options;
-        result.input = input;
-        return result;
+    moxkit::Result start() {
+        moxkit::RunOptions more = options;
+        more.input = "init\n";
+        return moxkit::run({probe()}, more);
     }
     Lines answers(const Lines& script) { return ask(script, options, {}, probe()); }
 
@@ -160,9 +159,7 @@ TEST_F(ToolInfo, ExpandsTheHomeDirectoryOnly) {
             EXPECT_EQ(_TI_hm(path), path) << "the same pointer";
         EXPECT_STREQ(_TI_hm(nullptr), "");
         TI_userdir(nullptr, 1);
-        char* copy = const_cast<char*>(kazGetUserHomeDir());
-        EXPECT_EQ(copy, home + "\\");
-        std::free(copy);
+        EXPECT_EQ(take(const_cast<char*>(kazGetUserHomeDir())), home + "\\");
 
         TI_Vasg("dir", "~/sub");
         EXPECT_EQ(TI_Vcont("dir"), home + "\\sub");

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rules of KazString that a model of the text alone cannot show: blocks,
-// the kinds of empty, signs, errors.
+// The rules of strings that a model of the text alone cannot show: blocks, the kinds of
+// empty, signs, errors; and of tokenizers, nothing to split at, and no memory.
 
 #include "kit/host.h"
 #include "string_kit.h"
+#include "testkit/alloc_failure.h"
 #include "testkit/capture.h"
 #include "testkit/director.h"
 #include "tools/app/exceptions/KazMemoryException.h"
+#include "tools/strings/KazQuotedStringTokenizer.h"
+#include "tools/strings/KazWQuotedStringTokenizer.h"
 
 #include <gtest/gtest.h>
 
@@ -284,6 +287,50 @@ TYPED_TEST(StringRules, HardSearchesTakeNoMoreThanTheirLength) {
     EXPECT_EQ(s.getLength(), 600000);
     s.replaceAll(Text("ax"), Text(""));
     EXPECT_TRUE(s.isEmpty());
+}
+
+using Tokens = std::vector<std::string>;
+
+/// All further tokens.
+template <class Tokenizer>
+Tokens rest(Tokenizer& tokenizer) {
+    Tokens result;
+    while (!tokenizer.isDone())
+        result.push_back(plain(tokenizer.nextString(false)));
+    return result;
+}
+
+template <class String, class Tokenizer, class Quoted>
+void expectTokens() {
+    using Text = TestText<String>;
+    Tokenizer all(String(Text(" a b ")), nullptr);
+    EXPECT_EQ(rest(all), Tokens{" a b "});
+    const Quoted source(String(Text("a 'b c' d\\ e")), Text(" "), Text("'"), '\\');
+    Quoted quoted = source;
+    Tokenizer sliced = quoted; // quotes and escapes mean nothing to it
+    EXPECT_EQ(rest(sliced), (Tokens{"a", "'b", "c'", "d\\", "e"}));
+    Tokenizer& base = quoted;
+    EXPECT_EQ(rest(base), (Tokens{"a", "'b c'", "d\\ e"}));
+    for (const auto mode : {moxkit::FailAllocation::once, moxkit::FailAllocation::onward}) {
+        Quoted target(String(Text("x-y")), Text("-"), Text(""), 'q');
+        const long failures = moxkit::sweepAllocations(
+            [&] {
+                auto copy = source;
+                target = copy;
+            },
+            [&] {
+                auto untouched = target;
+                EXPECT_EQ(rest(untouched), (Tokens{"x", "y"}));
+            },
+            mode);
+        EXPECT_EQ(failures, 4);
+        EXPECT_EQ(rest(target), (Tokens{"a", "'b c'", "d\\ e"}));
+    }
+}
+
+TEST(Tokenizers, WithoutDelimitersOrQuotesOrMemory) {
+    expectTokens<KazString, KazStringTokenizer, KazQuotedStringTokenizer>();
+    expectTokens<KazWString, KazWStringTokenizer, KazWQuotedStringTokenizer>();
 }
 
 TEST(NarrowString, WhatItDoesNotOfferIsAnInternalError) {
