@@ -3,6 +3,7 @@
 
 #include "frame_app.h"
 #include "testkit/alloc_failure.h"
+#include "tools/app/KazConsoleApp.h"
 #include "tools/app/KazEditorsBase.h"
 #include "tools/app/KazParsedArgs.h"
 #include "tools/app/KazToolsContext.h"
@@ -27,6 +28,19 @@ private:
 };
 
 } // namespace
+
+// Before others take the place of the application that this program is.
+TEST(ConsoleApp, MakesItsContextWhenNoneIsActive) {
+    KazConsoleApp* app = KazConsoleApp::getInstance();
+    const std::unique_ptr<KazMasterContext> made(app->getActiveContext());
+    EXPECT_EQ(app->getActiveContext(), made.get());
+    EXPECT_EQ(KazMasterContext::getInstance(), made.get());
+    KazMasterContext own;
+    EXPECT_EQ(app->getActiveContext(), &own);
+    app->setActiveContext(nullptr);
+    const std::unique_ptr<KazMasterContext> again(app->getActiveContext());
+    EXPECT_TRUE(again && again != made && again.get() != &own);
+}
 
 TEST(MasterContext, DeletesItsSlotsInOrderAndLeavesTheApplication) {
     FrameApp app;

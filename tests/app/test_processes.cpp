@@ -122,10 +122,6 @@ TEST(Process, WithoutAnApplicationObjectThereIsAMessage) {
     EXPECT_EQ(result.err, "This program has no application object\n");
 }
 
-TEST(Process, ConsoleApplicationMakesItsContextWhenNoneIsActive) {
-    EXPECT_EQ(moxkit::run({"app_tool", "contexts"}).out, "kept=1 replaced=1 again=1\n");
-}
-
 TEST(Process, TemporaryFilesGoAndNothingPrintedIsLost) {
     moxkit::TempTree tree;
     const std::string kept = tree.write("kept", "kept");

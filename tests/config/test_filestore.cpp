@@ -92,22 +92,16 @@ TEST_F(Filestore, ReadOnlyDatabasesNeedNoWritePermission) {
 }
 
 TEST_F(Filestore, NewFilesGetTheModeThatTheSystemPrescribes) {
-    tree.mkdir("p/sys/store");
     tree.write("p/sys/.sys_file_mode", "");
-    kaz_fs_filestore_dir_asgn("store");
     char name[] = "new", write[] = "w";
     const unsigned long own = kaz_fs_file_umask("\\none");
     if (kit::hasDrives)
         GTEST_SKIP() << "one permission and no classes of users";
     for (const unsigned bits : {0644U, 0600U, 0666U, 0444U}) {
         mode("p/sys/.sys_file_mode", bits);
-        for (const std::string file : {"p/sys/new", "p/sys/store/new"}) {
-            const bool inStore = file.size() > 9;
-            std::fclose(inStore ? kaz_fs_open_filestore_file(name, write)
-                                : kaz_fs_open_sys_file(name, write));
-            EXPECT_EQ(modeOf(file), bits) << file;
-            fs::remove(tree.path(file));
-        }
+        std::fclose(kaz_fs_open_sys_file(name, write));
+        EXPECT_EQ(modeOf("p/sys/new"), bits);
+        fs::remove(tree.path("p/sys/new"));
         EXPECT_EQ(kaz_fs_file_umask("\\none"), own) << "the process's own mask is back";
     }
     mode("p/sys/.sys_file_mode", 0755);

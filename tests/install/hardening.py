@@ -26,30 +26,21 @@ def problems(path):
     headers = output("readelf", "-hlW", path)
     code = output("objdump", "-d", "--no-show-raw-insn", path)
     undefined = output("nm", "-D", "--undefined-only", path)
-    is_library = "(SONAME)" in dynamic
-    if "GNU_RELRO" not in headers:
-        yield "relocations stay writable"
-    if not re.search(r"\(FLAGS(_1)?\).*NOW", dynamic):
-        yield "functions are bound when they are first called"
-    if not re.search(r"Type:\s+DYN", headers):
-        yield "it has a fixed address"
-    if re.search(r"GNU_STACK.*RWE", headers):
-        yield "its stack is executable"
-    if re.search(r"\((RPATH|TEXTREL)\)", dynamic):
-        yield "old search path, or relocations in code"
-    if "endbr64" not in code:
-        yield "targets of indirect branches are not marked"
-    if not is_library:
-        return
-    if not re.search(r"\(FLAGS_1\).*NODELETE", dynamic):
-        yield "it can be unloaded under its own handlers"
-    if "__stack_chk_fail" not in undefined:
-        yield "stack frames have no canaries"
-    if not re.search(r" U __\w+_chk\b", undefined.replace("__stack_chk_fail", "")):
-        yield "no function of the C library is fortified"
-    # `or` with zero touches a page without changing it.
-    if not re.search(r"\borq\s+\$0x0,\(%rsp\)", code):
-        yield "large stack frames are not touched page by page"
+    wanted = [(headers, "GNU_RELRO", "relocations stay writable"),
+              (dynamic, r"\(FLAGS(_1)?\).*NOW", "functions are bound when they are first called"),
+              (headers, r"Type:\s+DYN", "it has a fixed address"),
+              (code, "endbr64", "targets of indirect branches are not marked")]
+    unwanted = [(headers, "GNU_STACK.*RWE", "its stack is executable"),
+                (dynamic, r"\((RPATH|TEXTREL)\)", "old search path, or relocations in code")]
+    if "(SONAME)" in dynamic:
+        wanted += [(dynamic, r"\(FLAGS_1\).*NODELETE", "it can be unloaded under its own handlers"),
+                   (undefined, "__stack_chk_fail", "stack frames have no canaries"),
+                   (undefined.replace("__stack_chk_fail", ""), r" U __\w+_chk\b",
+                    "no function of the C library is fortified"),
+                   # `or` with zero touches a page without changing it.
+                   (code, r"\borq\s+\$0x0,\(%rsp\)", "large stack frames are not touched page by page")]
+    yield from (problem for text, pattern, problem in wanted if not re.search(pattern, text))
+    yield from (problem for text, pattern, problem in unwanted if re.search(pattern, text))
 
 
 found = [f"{path}: {problem}" for path in sys.argv[1:] for problem in problems(path)]

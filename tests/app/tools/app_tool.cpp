@@ -31,20 +31,6 @@ int showEnvironment() {
     return 0;
 }
 
-int showContexts() {
-    KazConsoleApp* app = KazConsoleApp::getInstance();
-    KazMasterContext* made = app->getActiveContext();
-    const bool kept = made == app->getActiveContext() && made == KazMasterContext::getInstance();
-    KazMasterContext own;
-    const bool replaced = app->getActiveContext() == &own;
-    app->setActiveContext(nullptr);
-    KazMasterContext* again = app->getActiveContext();
-    std::printf("kept=%d replaced=%d again=%d\n", kept, replaced, again != made && again != &own);
-    delete again;
-    delete made;
-    return 0;
-}
-
 int showProductPath(int argc, char** argv) {
     if (argc > 2)
         kaz_env_product_asgn(argv[2]);
@@ -105,8 +91,6 @@ class AppTool : public KazConsoleApp {
         const std::string what = argc > 1 ? argv[1] : "";
         if (what == "environment")
             return showEnvironment();
-        if (what == "contexts")
-            return showContexts();
         if (what == "product")
             return showProductPath(argc, argv);
         if (what == "leave")
