@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A tool that asks the library what a script on standard input says: one command
 // a line, its words separated by tabs, and one line of answer each.
+#include "kit/table.h"
 #include "tools/app/KazConsoleApp.h"
 #include "tools/app/arguments.h"
 #include "tools/config/filestore.h"
@@ -141,16 +142,6 @@ private:
 
 Edge edge;
 
-Words split(const std::string& line) {
-    Words words;
-    std::size_t start = 0;
-    for (std::size_t tab = 0; tab != line.npos; start = tab + 1) {
-        tab = line.find('\t', start);
-        words.push_back(line.substr(start, tab - start));
-    }
-    return words;
-}
-
 class Probe : public KazConsoleApp {
     bool isGraphical() const override { return std::getenv("PROBE_GRAPHICAL") != nullptr; }
 
@@ -162,7 +153,7 @@ class Probe : public KazConsoleApp {
         if (!kaz_arg_parse(argc, argv, nullptr, options.data(), 0, false))
             return 3;
         for (std::string line; std::getline(std::cin, line);) {
-            const Words words = split(line);
+            const Words words = kit::parts(line, "\t");
             std::cout << commands.at(words[0])(words) << '\n';
         }
         return 0;

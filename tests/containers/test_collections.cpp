@@ -2,8 +2,8 @@
 // What the models of arrays, collections and trees cannot see: limits, iterators that outlive
 // their collection, and what shallow copies share, which must be freed once, checked out
 // once, and never be touched after that.
-#include "elements.h"
 #include "testkit/alloc_failure.h"
+#include "testkit/counted.h"
 #include "tools/app/exceptions/KazTreeClashException.h"
 #include "tools/containers/KazCollIterator.h"
 #include "tools/containers/KazIntColl.h"
@@ -23,6 +23,40 @@
 namespace {
 
 using moxkit::Counted;
+
+/// The value of a Counted in a slot; 0 for none.
+int valueOf(const void* element) {
+    return element ? static_cast<const moxkit::Counted*>(element)->value() : 0;
+}
+
+/// How many hold the block of @p text, which is not empty.
+int references(const KazString& text) {
+    return KazStringRep::of(text.disguise())->referenceCount;
+}
+
+struct OwningColl : KazColl {
+    OwningColl() {
+        setCheckIn(Counted::checkIn);
+        setCheckOut(Counted::checkOut);
+    }
+    void fill(int from, int to) {
+        for (int i = from; i <= to; ++i) {
+            Counted element(i);
+            add(&element);
+        }
+    }
+};
+
+struct OwningTree : KazTree {
+    OwningTree() : KazTree(Counted::compare) {
+        setCheckIn(Counted::checkIn);
+        setCheckOut(Counted::checkOut);
+    }
+    void put(int value) {
+        Counted element(value);
+        add(&element);
+    }
+};
 using Items = std::vector<void*>;
 
 struct Array : KazArrayPtr {

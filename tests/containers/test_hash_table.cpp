@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "elements.h"
 #include "tools/containers/KazHashTableIterator.h"
 #include "tools/containers/KazStringToStringMap.h"
 #include "tools/containers/KazStringToStringMapIterator.h"
@@ -122,6 +121,11 @@ TEST(HashTableTest, ThreadsTakeTurns) {
         takeTurns();
     }
     EXPECT_EQ(ledger.checkedIn, 3 * (1 + 2 * turns * (threads + 1)));
+}
+
+/// How many hold the block of @p text, which is not empty.
+int references(const KazString& text) {
+    return KazStringRep::of(text.disguise())->referenceCount;
 }
 
 TEST(StringMapClassTest, CaseCountsOnlyWhereItShould) {
