@@ -10,21 +10,17 @@
 
 namespace {
 
-/// Puts the process into a UTF-8 locale, where there is one, until destruction.
-class Utf8Locale {
-public:
-    Utf8Locale() : before_(std::setlocale(LC_CTYPE, nullptr)) {
-        isThere = std::setlocale(LC_CTYPE, "C.UTF-8") || std::setlocale(LC_CTYPE, "en_US.UTF-8");
-    }
-    ~Utf8Locale() { std::setlocale(LC_CTYPE, before_.c_str()); }
+/// Puts the process into a UTF-8 locale, where there is one, until the test ends.
+class WideText : public testing::Test {
+protected:
+    ~WideText() override { std::setlocale(LC_CTYPE, before.c_str()); }
 
-    bool isThere;
-
-private:
-    std::string before_;
+    const std::string before = std::setlocale(LC_CTYPE, nullptr);
+    const bool isUtf8 =
+        std::setlocale(LC_CTYPE, "C.UTF-8") || std::setlocale(LC_CTYPE, "en_US.UTF-8");
 };
 
-TEST(WideText, PlainTextGoesThereAndBack) {
+TEST_F(WideText, PlainTextGoesThereAndBack) {
     const KazString narrow("plain text");
     const KazWString wide(narrow);
     EXPECT_EQ(wide.getLength(), 10);
@@ -38,9 +34,8 @@ TEST(WideText, PlainTextGoesThereAndBack) {
     EXPECT_TRUE(wide < "plant" && wide != "plain");
 }
 
-TEST(WideText, CharactersBeyond16BitsBecomePairs) {
-    const Utf8Locale locale;
-    if (!locale.isThere)
+TEST_F(WideText, CharactersBeyond16BitsBecomePairs) {
+    if (!isUtf8)
         GTEST_SKIP() << "no UTF-8 locale";
     const std::pair<const char*, std::u16string> rows[] = {
         {"\xC3\xA4", u"\u00E4"},
@@ -60,7 +55,7 @@ TEST(WideText, CharactersBeyond16BitsBecomePairs) {
     EXPECT_TRUE(case_.equalsNoCase(KazWString("\xC3\xA4x")));
 }
 
-TEST(WideText, OtherTypesOfUnitsAreText) {
+TEST_F(WideText, OtherTypesOfUnitsAreText) {
     char16_t buffer[] = u"uv";
     KazWString text(u"b\xD83D");
     EXPECT_EQ(text.getLength(), 2);
@@ -76,9 +71,8 @@ TEST(WideText, OtherTypesOfUnitsAreText) {
     EXPECT_EQ((std::is_constructible_v<KazWString, const wchar_t*>), hasWideUnits);
 }
 
-TEST(WideText, FormattingGoesThroughTheNarrowForm) {
-    const Utf8Locale locale;
-    if (!locale.isThere)
+TEST_F(WideText, FormattingGoesThroughTheNarrowForm) {
+    if (!isUtf8)
         GTEST_SKIP() << "no UTF-8 locale";
     KazWString text;
     text.format("%d %s%c", 7, "\xE2\x82\xAC", 'x');
@@ -93,7 +87,7 @@ TEST(WideText, FormattingGoesThroughTheNarrowForm) {
     EXPECT_TRUE(text.isEmpty());
 }
 
-TEST(WideText, CollationIsTheLocales) {
+TEST_F(WideText, CollationIsTheLocales) {
     for (const char* name : {"C", "en_US.UTF-8", "de_DE.UTF-8"}) {
         const std::string before = std::setlocale(LC_ALL, nullptr);
         if (std::setlocale(LC_ALL, name) != nullptr) {
@@ -109,17 +103,16 @@ TEST(WideText, CollationIsTheLocales) {
     }
 }
 
-TEST(WideText, WhatCannotBeConvertedIsNullAndSaysSo) {
+TEST_F(WideText, WhatCannotBeConvertedIsNullAndSaysSo) {
     const unsigned short lone[][4] = {
         {0xD83D}, {0xDE00}, {'a', 0xD83D, 'b'}, {0xD83D, 0xD83D, 0xDE00}, {0xDE00, 0xDE00}};
-    const Utf8Locale locale;
     KazString narrow("before");
     KazWString wide("before");
     for (const auto& text : lone) {
         EXPECT_EQ(KazString(text).disguise(), nullptr);
         EXPECT_FALSE(KazWString(text).toNarrow(narrow));
     }
-    if (locale.isThere) {
+    if (isUtf8) {
         EXPECT_EQ(KazWString("a\xFF").disguise(), nullptr);
         EXPECT_FALSE(wide.setNarrow("a\xFF"));
         EXPECT_TRUE(wide == "before");

@@ -146,6 +146,7 @@ TEST_F(FilestoreCalls, ASystemFileOpensUnderItsModeOrTheReasonIsTold) {
 
 TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
     const std::string system = tree.native("p\\sys"), store = system + "\\store";
+    const std::string below = system + "\\a\\b", fresh = tree.native("p\\new");
     const moxkit::ScopedEnv debug("edit_debug_diag_rev", nullptr);
     struct Case {
         const char* what;
@@ -178,16 +179,8 @@ TEST_F(FilestoreCalls, DirectoriesAreMadeOrTheResultTells) {
         {"joined", inBuffer(tree.native("p"), join), "0" + store, "p/sys/store", {"1" + store}},
         {"filestore", kaz_fs_filestore_path, store, "p/sys/store", {}},
         {"system", edit_get_sys_dir, system, "p/sys", {}},
-        {"made",
-         inBuffer(system + "\\a\\b", edit_make_dir_name),
-         "0" + system + "\\a\\b",
-         "p/sys/a/b",
-         {}},
-        {"absolute",
-         inBuffer("p\\.\\new", makeAbsolute),
-         "0" + tree.native("p\\new"),
-         "p/new",
-         {"0p\\.\\new"}},
+        {"made", inBuffer(below, edit_make_dir_name), "0" + below, "p/sys/a/b", {}},
+        {"absolute", inBuffer("p\\.\\new", makeAbsolute), "0" + fresh, "p/new", {"0p\\.\\new"}},
         {"assigned", assign, "0" + store, "p/sys/store", {"0" + system}},
     };
     const fs::path here = fs::current_path();

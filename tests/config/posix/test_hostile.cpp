@@ -86,10 +86,10 @@ TEST_F(HostileEnvironment, TextsArriveWholeAndAsTheyAre) {
         for (const auto& [name, value] : each.environment)
             other.env[name] = value;
         const moxkit::Result result = moxkit::run(each.arguments, other);
-        const std::size_t number = static_cast<std::size_t>(&each - cases.data());
-        EXPECT_EQ(result.status, each.err.empty() ? 0 : 1) << number;
-        EXPECT_TRUE(result.out == each.out) << number << result.out.substr(0, 200);
-        EXPECT_TRUE(result.err == each.err) << number << result.err.substr(0, 200);
+        SCOPED_TRACE(&each - cases.data());
+        EXPECT_EQ(result.status, each.err.empty() ? 0 : 1);
+        EXPECT_TRUE(result.out == each.out) << result.out.substr(0, 200);
+        EXPECT_TRUE(result.err == each.err) << result.err.substr(0, 200);
     }
     EXPECT_TRUE(tree.exists("ToolInfo"));
 }
