@@ -145,8 +145,9 @@ void kazTrace(const char* topic, const char* format, ...) {
     va_list args;
     va_start(args, format);
     try {
-        write(topic, kaz::detail::dialogue::textOf(format, args).c_str()); // to its first NUL
-    } catch (const KazMemoryException&) {                                  // left out
+        const std::string text = kaz::detail::dialogue::textOf(format, args);
+        write(topic, text.substr(0, text.find('\0')));
+    } catch (const KazMemoryException&) { // left out
     }
     va_end(args);
 }

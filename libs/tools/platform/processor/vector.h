@@ -46,8 +46,9 @@ public:
     bool contains(char c) const {
         if (size_ > few)
             return (table_[slot(c)] & bit(c)) != 0;
-        return size_ > 0 && (int{c == members_[0]} | int{c == members_[1]} | int{c == members_[2]} |
-                             int{c == members_[3]}) != 0;
+        const auto is = [c](char member) { return static_cast<unsigned>(c == member); };
+        return size_ > 0 &&
+               (is(members_[0]) | is(members_[1]) | is(members_[2]) | is(members_[3])) != 0;
     }
 
     [[gnu::always_inline]] std::size_t size() const { return size_; }
