@@ -50,8 +50,8 @@ TEST_F(ChildTool, EndsItsStepWhateverTheDirectorThrows) {
     };
     Refusing director;
     director.install();
-    const std::string tool = moxkit::binDirectory() + "/relay_tool";
-    const char* const child[] = {tool.c_str(), "half", "a line", nullptr};
+    const std::string tool = moxkit::binDirectory() + "/step_tool";
+    const char* const child[] = {tool.c_str(), "half:a line", nullptr};
     KazProgressHandle progress("work", 1);
     int thrown = 0;
     try {
