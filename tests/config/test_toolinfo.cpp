@@ -138,7 +138,7 @@ TEST_F(ToolInfo, TellsWhatTheEnvironmentHides) {
     TI_Vasg("hidden", "");
     TI_Var("hidden=by that");
     TI_Var("shown=too");
-    const moxkit::ScopedEnv hides("KAZ_HIDDEN", ""), too("KAZ_SHOWN", "x");
+    const moxkit::ScopedEnv hides("KAZ_HIDDEN", "x"), too("KAZ_SHOWN", "x");
     for (const char* name : {"hidden", "shown"})
         EXPECT_EQ(TI_EnvVsource(name, &file), KazEnvironment);
     EXPECT_EQ(TI_Vsource("hidden", &file), KazRunTime);
