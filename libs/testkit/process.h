@@ -35,9 +35,9 @@ struct RunOptions {
     std::string signalAfter;
     /// Standard output goes to this file instead ("/dev/full").
     std::string stdoutFile;
-    /// The run is ended by force after this many seconds, and its signal is 9 (SIGKILL), also
-    /// where the program itself has ended and something that it has started still holds its
-    /// standard output or error.
+    /// The program is ended by force after this many seconds. On POSIX the run is, with 9 (SIGKILL)
+    /// as its signal, also where the program itself has ended and something that it has started
+    /// still holds its standard output or error; Windows waits for that.
     int timeoutSeconds = 60;
 };
 

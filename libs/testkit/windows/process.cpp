@@ -1,30 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 // Pipes have no poll here, so each of the three streams has a thread. The ends that the child
-// inherited are closed on this side: a read ends only when nobody can write any more. What the
-// child has started may hold a pipe for longer than the run may take; the thread is then left to
-// itself, with all that it works on.
+// inherited are closed on this side: a read ends only when nobody can write any more.
 #include "testkit/process.h"
 
 #include "testkit/windows/text.h"
 #include "tools/platform/windows/command_line.h"
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <future>
-#include <memory>
-#include <mutex>
 #include <thread>
-#include <utility>
 #include <vector>
 #include <windows.h>
 
 namespace moxkit {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 /// Closes a handle at the end.
 struct Owned {
@@ -117,57 +108,21 @@ HANDLE start(const std::vector<std::string>& argv, const RunOptions& options, HA
     return process.hProcess;
 }
 
-/// This side's end of a pipe, with what is heard from it or said to it.
-struct Stream {
-    Owned pipe;
-    std::string text;
-    std::mutex mutex; ///< of the text
-};
-
-void readAll(Stream& stream) {
+void readAll(HANDLE pipe, std::string& text) {
     char buffer[4096];
-    for (DWORD n = 0;
-         ReadFile(stream.pipe.value, buffer, sizeof buffer, &n, nullptr) != 0 && n > 0;) {
-        const std::lock_guard lock(stream.mutex);
-        stream.text.append(buffer, n);
-    }
+    for (DWORD n = 0; ReadFile(pipe, buffer, sizeof buffer, &n, nullptr) != 0 && n > 0;)
+        text.append(buffer, n);
 }
 
 /// A program that has stopped reading ends the writing, and is no failure of the test.
-void writeAll(Stream& stream) {
-    const std::string& text = stream.text;
+void writeAll(Owned& pipe, const std::string& text) {
     DWORD written = 0;
     for (std::size_t at = 0; at < text.size(); at += written)
-        if (WriteFile(stream.pipe.value, text.data() + at, static_cast<DWORD>(text.size() - at),
-                      &written, nullptr) == 0)
+        if (WriteFile(pipe.value, text.data() + at, static_cast<DWORD>(text.size() - at), &written,
+                      nullptr) == 0)
             break;
-    stream.pipe.close();
+    pipe.close();
 }
-
-/// A stream and the thread that works on it.
-class Moved {
-public:
-    Moved(Pipe& pipe, void (*work)(Stream&), const std::string& text = {})
-        : stream_(std::make_shared<Stream>()) {
-        stream_->pipe.value = std::exchange(pipe.own.value, nullptr);
-        stream_->text = text;
-        std::packaged_task<void()> task([stream = stream_, work] { work(*stream); });
-        done_ = task.get_future();
-        std::thread(std::move(task)).detach();
-    }
-
-    bool isDone(Clock::time_point end) const {
-        return done_.wait_until(end) == std::future_status::ready;
-    }
-    std::string text() const {
-        const std::lock_guard lock(stream_->mutex);
-        return stream_->text;
-    }
-
-private:
-    std::shared_ptr<Stream> stream_;
-    std::future<void> done_;
-};
 
 /// Crashes show as the signal that they are elsewhere, for tests that know one system only.
 void setStatus(DWORD code, Result& result) {
@@ -200,25 +155,20 @@ Result run(const std::vector<std::string>& argv, const RunOptions& options) {
         result.status = 127; // as a command interpreter has it
         return result;
     }
-    const Moved input(in, writeAll, options.input); // which nobody need read to its end
-    const Moved output(out, readAll), errors(err, readAll);
-    const auto end = Clock::now() + std::chrono::seconds(options.timeoutSeconds);
-    bool isInTime = WaitForSingleObject(process.value, static_cast<DWORD>(options.timeoutSeconds) *
-                                                           1000) == WAIT_OBJECT_0;
-    if (!isInTime)
+    std::thread feeding([&] { writeAll(in.own, options.input); });
+    std::thread hearing([&] { readAll(out.own.value, result.out); });
+    std::thread noticing([&] { readAll(err.own.value, result.err); });
+    if (WaitForSingleObject(process.value, static_cast<DWORD>(options.timeoutSeconds) * 1000) !=
+        WAIT_OBJECT_0)
         TerminateProcess(process.value, 1);
-    // What it wrote last takes a moment.
-    const auto last = std::max(end, Clock::now() + std::chrono::seconds(1));
-    for (const Moved* each : {&output, &errors})
-        isInTime = each->isDone(last) && isInTime;
     DWORD code = 0;
     GetExitCodeProcess(process.value, &code);
-    if (isInTime)
-        setStatus(code, result);
-    else
-        result.signal = 9; // the number of SIGKILL, which has no name here
-    result.out = withoutReturns(output.text());
-    result.err = withoutReturns(errors.text());
+    feeding.join();
+    hearing.join();
+    noticing.join();
+    setStatus(code, result);
+    result.out = withoutReturns(result.out);
+    result.err = withoutReturns(result.err);
     return result;
 }
 
